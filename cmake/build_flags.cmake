@@ -1,0 +1,17 @@
+# Flags of every target of this project. They stay with the build: nothing of them reaches a user of the library.
+add_library(tv2_build_flags INTERFACE)
+target_include_directories(tv2_build_flags INTERFACE $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}>)
+
+if(MSVC)
+    target_compile_options(tv2_build_flags INTERFACE /W4 /WX /fp:precise /utf-8)
+else()
+    # Single precision is part of the format: one scene gives the same bytes under every compiler and level.
+    target_compile_options(tv2_build_flags INTERFACE -ffp-contract=off -fno-fast-math)
+    target_compile_options(tv2_build_flags INTERFACE -Wall -Wextra -Wpedantic -Wshadow -Wconversion
+                           -Wdouble-promotion -Wold-style-cast -Werror)
+endif()
+
+if(TV2_SANITIZE)
+    add_compile_options(-fsanitize=${TV2_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
+    add_link_options(-fsanitize=${TV2_SANITIZE})
+endif()
