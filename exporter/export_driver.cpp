@@ -1,0 +1,199 @@
+#include "exporter/export_driver.h"
+
+#include "exporter/file_information.h"
+#include "exporter/file_naming.h"
+#include "exporter/platform/platform.h"
+#include "exporter/sampling/cameras.h"
+#include "exporter/sampling/key_reduction.h"
+#include "exporter/sampling/sample_take.h"
+#include "exporter/sampling/take_span.h"
+#include "exporter/text.h"
+#include "tev2_loader/serialisation/file_writer.h"
+
+#include <memory>
+
+namespace tev2_exporter
+{
+namespace
+{
+
+using namespace TEV2_LOADER;
+
+FBConstraint* ConstraintAt(FBScene& scene, int index)
+{
+    FBComponent* entry = scene.Constraints[index];
+    return FBIS(entry, FBConstraint) ? static_cast<FBConstraint*>(entry) : nullptr;
+}
+
+// The active flags of the scene's constraints, in list order; entries of other kinds hold false and are left
+// alone.
+std::vector<bool> DeactivateConstraints(FBScene& scene)
+{
+    const int count = scene.Constraints.GetCount();
+    std::vector<bool> were_active(static_cast<std::size_t>(count), false);
+    for (int i = 0; i < count; ++i)
+        if (FBConstraint* constraint = ConstraintAt(scene, i))
+        {
+            were_active[static_cast<std::size_t>(i)] = constraint->Active;
+            constraint->Active = false;
+        }
+    return were_active;
+}
+
+void RestoreConstraints(FBScene& scene, const std::vector<bool>& were_active)
+{
+    for (std::size_t i = 0; i < were_active.size(); ++i)
+        if (FBConstraint* constraint = ConstraintAt(scene, static_cast<int>(i)))
+            constraint->Active = were_active[i];
+}
+
+// The topmost selected models, depth first.
+void AppendSelected(FBModel& model, std::vector<FBModel*>& selected)
+{
+    if (model.Selected)
+    {
+        selected.push_back(&model);
+        return;
+    }
+    const int children = model.Children.GetCount();
+    for (int child = 0; child < children; ++child)
+        AppendSelected(*model.Children[child], selected);
+}
+
+std::vector<FBModel*> CollectExportModels(ExportContext& context)
+{
+    std::vector<FBModel*> models;
+    if (FBModel* root = context.system.SceneRootModel)
+    {
+        AppendSelected(*root, models);
+        if (models.empty())
+            models.push_back(root);
+    }
+    return models;
+}
+
+// One take and the file it goes into.
+struct OutputFile
+{
+    FBTake* take = nullptr;
+    std::u16string file_name;
+};
+
+std::vector<OutputFile> ListOutputFiles(ExportContext& context, const ExportOptions& options,
+                                        const char* path)
+{
+    std::vector<OutputFile> files;
+    if (options.AllTakes)
+    {
+        FBScene* scene = context.system.Scene;
+        const int takes = scene->Takes.GetCount();
+        for (int i = 0; i < takes; ++i)
+            files.push_back({scene->Takes[i], {}});
+    }
+    else
+        files.push_back({context.system.CurrentTake, {}});
+
+    std::vector<std::u16string> take_names;
+    for (const OutputFile& file : files)
+        take_names.push_back(Widen(file.take->Name));
+    std::vector<std::u16string> names = OutputFileNames(Widen(path), take_names, options.AllTakes != 0,
+                                                        options.FilenameSpacesToUnderscores == 1);
+    for (std::size_t i = 0; i < files.size(); ++i)
+        files[i].file_name = std::move(names[i]);
+    return files;
+}
+
+FBCameraSwitcher* FindCameraSwitcher()
+{
+    FBModel* model = FBFindModelByLabelName("Camera Switcher");
+    return FBIS(model, FBCameraSwitcher) ? static_cast<FBCameraSwitcher*>(model) : nullptr;
+}
+
+// False when the file is read-only and the user wants it kept.
+bool MayWrite(const std::u16string& file_name)
+{
+    if (!platform::IsReadOnly(file_name))
+        return true;
+    const std::u16string question = file_name +
+                                    u" already exists and has read-only file properties!  Are you sure "
+                                    u"that you wish to over-write this file?";
+    if (!platform::AskOkCancel(u"Read Only File!", question))
+        return false;
+    platform::MakeWritable(file_name);
+    return true;
+}
+
+void Write(const TEV2& scene, const std::u16string& file_name)
+{
+    TEV2_FILE_WRITER writer(TEV2_WIDE_STRING(file_name), false, true);
+    scene.Save(writer);
+}
+
+// Makes the file's take current, converts it and writes it. False when the conversion failed.
+bool ExportTake(ExportContext& context, const ExportOptions& options, const OutputFile& file,
+                const std::vector<FBModel*>& models, const CameraIndexTable* camera_indices)
+{
+    TEV2 scene;
+    context.system.CurrentTake = file.take;
+    const SampledModels sampled{models, camera_indices ? FindCameraSwitcher() : nullptr, camera_indices};
+    const SamplingRange range = GetSamplingRange(context, options);
+    FillFileInformation(context, file.file_name, scene.information);
+    scene.environment.timeRange.minimum = range.start;
+    scene.environment.timeRange.maximum = range.end;
+
+    if (!SampleTake(context, sampled, range, options, scene))
+        return false;
+    if (options.KeepPositiveZ == 1)
+        KeepPositiveZ(scene.matrixHierarchy);
+    if (options.RemoveNamespaceFromNames == 1)
+        RemoveNamespaces(scene.matrixHierarchy);
+    ReduceKeys(scene.matrixHierarchy);
+    Write(scene, file.file_name);
+    return true;
+}
+
+// False when a conversion failed; the scene is then left on the take that failed.
+bool ExportFiles(ExportContext& context, const ExportOptions& options, const std::vector<OutputFile>& files,
+                 const std::vector<FBModel*>& models)
+{
+    FBTake* current_take = context.system.CurrentTake;
+    const FBTime current_time = context.system.LocalTime;
+
+    std::unique_ptr<CameraIndexTable> camera_indices;
+    if (FindCameraSwitcher())
+    {
+        camera_indices = std::make_unique<CameraIndexTable>();
+        IndexExportCameras(models, *camera_indices);
+    }
+
+    for (const OutputFile& file : files)
+        if (MayWrite(file.file_name) && !ExportTake(context, options, file, models, camera_indices.get()))
+            return false;
+
+    context.system.CurrentTake = current_take;
+    FBTime restored;
+    restored.SetSecondDouble(static_cast<double>(static_cast<float>(current_time.GetSecondDouble())));
+    context.player.Goto(restored);
+    context.system.Scene->Evaluate();
+    return true;
+}
+
+} // namespace
+
+unsigned ExportScene(ExportContext& context, const ExportOptions& options, const char* path)
+{
+    FBScene& scene = *static_cast<FBScene*>(context.system.Scene);
+    std::vector<bool> were_active;
+    if (options.DisableConstraints == 1)
+        were_active = DeactivateConstraints(scene);
+
+    const std::vector<FBModel*> models = CollectExportModels(context);
+    const std::vector<OutputFile> files = ListOutputFiles(context, options, path);
+    if (!models.empty() && !ExportFiles(context, options, files, models))
+        return 0;
+
+    RestoreConstraints(scene, were_active);
+    return 1;
+}
+
+} // namespace tev2_exporter

@@ -1,0 +1,18 @@
+#pragma once
+
+#include "exporter/export_options.h"
+
+namespace tev2_exporter
+{
+
+// One whole export of the open scene: one file for the current take or for each take, named from `path`
+// (8-bit, zero terminated). Selected models are exported with their subtrees; with nothing selected, the
+// whole scene.
+//
+// Returns 1 when the run completed, 0 when a conversion failed. A file that cannot be written, or one that is
+// read-only and that the user wants kept, does not change the result. Afterwards the take, the time (to
+// single precision) and the constraints are as they were; after a failed conversion they are left as they
+// stand.
+unsigned ExportScene(ExportContext& context, const ExportOptions& options, const char* path);
+
+} // namespace tev2_exporter

@@ -1,0 +1,62 @@
+#include "exporter/file_information.h"
+
+#include "exporter/platform/platform.h"
+#include "exporter/text.h"
+
+#include <charconv>
+#include <cstdio>
+
+namespace tev2_exporter
+{
+namespace
+{
+
+constexpr const char* kExporterVersion = "v1.14";
+
+// Two decimals with a point, whatever the locale.
+std::string TwoDecimals(float value)
+{
+    char text[64];
+    const auto end = std::to_chars(text, text + sizeof text, value, std::chars_format::fixed, 2).ptr;
+    return std::string(text, end);
+}
+
+std::string Title(ExportContext& context)
+{
+    const double version = context.system.Version;
+    return "MotionBuilder v" + TwoDecimals(static_cast<float>(version * 0.001)) + "  Tev2 Exporter " +
+           kExporterVersion;
+}
+
+std::string UserLine()
+{
+    return "USERNAME:\t" + platform::UserName().value_or("Unknown User") + "\r\n";
+}
+
+std::string TimeLine()
+{
+    const platform::UtcTime now = platform::CurrentUtcTime();
+    char text[64];
+    std::snprintf(text, sizeof text, "EXPORTED:\t%02d/%02d/%04d,%02d:%02d:%02d\r\n", now.day, now.month,
+                  now.year, now.hour, now.minute, now.second);
+    return text;
+}
+
+std::string SceneLine(ExportContext& context)
+{
+    const char* scene = context.system.Scene->FilePath;
+    return std::string("FBX_FILE:\t") + (scene ? scene : "Unsaved FBX") + "\r\n";
+}
+
+} // namespace
+
+void FillFileInformation(ExportContext& context, const std::u16string& file_name,
+                         TEV2_LOADER::TEV2_INF& information)
+{
+    const std::string lines =
+        UserLine() + TimeLine() + "TEV_NAME:\t" + Narrow(file_name) + "\r\n" + SceneLine(context);
+    information.creatorText = TEV2_LOADER::TEV2_WIDE_STRING(Widen(Title(context)));
+    information.infoText = TEV2_LOADER::TEV2_WIDE_STRING(Widen(lines));
+}
+
+} // namespace tev2_exporter

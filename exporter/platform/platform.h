@@ -1,0 +1,36 @@
+#pragma once
+
+// All that the exporter asks of the operating system, in its own terms. One source file for each system
+// implements it; the tests bring a system of their own with a clock that stands still.
+
+#include <optional>
+#include <string>
+
+namespace tev2_exporter::platform
+{
+
+struct UtcTime
+{
+    int year = 0;
+    int month = 0; // 1 to 12
+    int day = 0;   // 1 to 31
+    int hour = 0;
+    int minute = 0;
+    int second = 0;
+};
+
+UtcTime CurrentUtcTime();
+
+// The name of the user whose session this is; none when it is unknown or longer than 63 bytes.
+std::optional<std::string> UserName();
+
+// True when `file_name` exists and is marked read-only. Paths are UTF-16 as the exporter holds them.
+bool IsReadOnly(const std::u16string& file_name);
+
+// Takes the read-only mark off; a failure shows when the file is opened.
+void MakeWritable(const std::u16string& file_name);
+
+// Asks the user a question with the answers OK and Cancel; true for OK. Where nobody can be asked: false.
+bool AskOkCancel(const std::u16string& caption, const std::u16string& text);
+
+} // namespace tev2_exporter::platform

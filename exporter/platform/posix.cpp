@@ -1,0 +1,64 @@
+#include "exporter/platform/platform.h"
+
+#include "exporter/text.h"
+
+#include <ctime>
+#include <iostream>
+#include <pwd.h>
+#include <sys/stat.h>
+#include <unistd.h>
+#include <vector>
+
+namespace tev2_exporter::platform
+{
+
+UtcTime CurrentUtcTime()
+{
+    const std::time_t now = std::time(nullptr);
+    std::tm utc{};
+    gmtime_r(&now, &utc);
+    return {utc.tm_year + 1900, utc.tm_mon + 1, utc.tm_mday, utc.tm_hour, utc.tm_min, utc.tm_sec};
+}
+
+std::optional<std::string> UserName()
+{
+    constexpr std::size_t kLongest = 63;
+    std::vector<char> buffer(16384);
+    passwd entry{};
+    passwd* found = nullptr;
+    if (getpwuid_r(geteuid(), &entry, buffer.data(), buffer.size(), &found) != 0 || !found)
+        return std::nullopt;
+    std::string name = found->pw_name;
+    if (name.empty() || name.size() > kLongest)
+        return std::nullopt;
+    return name;
+}
+
+// A file that nobody may write: the permission bits decide, as the mark would on other systems, even for a
+// superuser who could write it all the same.
+bool IsReadOnly(const std::u16string& file_name)
+{
+    struct stat status;
+    return stat(Narrow(file_name).c_str(), &status) == 0 && S_ISREG(status.st_mode) &&
+           (status.st_mode & (S_IWUSR | S_IWGRP | S_IWOTH)) == 0;
+}
+
+void MakeWritable(const std::u16string& file_name)
+{
+    const std::string path = Narrow(file_name);
+    struct stat status;
+    if (stat(path.c_str(), &status) == 0)
+        static_cast<void>(chmod(path.c_str(), (status.st_mode & 07777) | S_IWUSR));
+}
+
+bool AskOkCancel(const std::u16string& caption, const std::u16string& text)
+{
+    if (!isatty(STDIN_FILENO) || !isatty(STDERR_FILENO))
+        return false;
+    std::cerr << '\n' << Narrow(caption) << '\n' << Narrow(text) << "\n[o]k or [C]ancel? " << std::flush;
+    std::string answer;
+    std::getline(std::cin, answer);
+    return answer == "o" || answer == "O" || answer == "ok" || answer == "OK";
+}
+
+} // namespace tev2_exporter::platform

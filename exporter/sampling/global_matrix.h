@@ -1,0 +1,16 @@
+#pragma once
+
+#include "exporter/sampling/rigid_transform.h"
+
+#include <fbsdk/fbsdk.h>
+
+namespace tev2_exporter
+{
+
+// The evaluated global transformation of `model` in the frame of the file: metres, Z mirrored, scale
+// discarded. The basis columns stand in an order of their own that makes the mirrored basis a proper rotation
+// again: X, Z, Y for a model; Z, Y, X for a camera, whose roll and turn about its interest are applied on
+// top. An axis without length gives values that are no numbers; they are passed on as they are.
+TEV2_MATRIX_3X4 ConvertGlobalMatrix(FBModel& model);
+
+} // namespace tev2_exporter

@@ -1,0 +1,62 @@
+#pragma once
+
+// The window of one take and the instants at which it is sampled. Pure arithmetic, single precision
+// throughout: the drift of the accumulated time is part of the result.
+
+#include <cstdint>
+
+namespace tev2_exporter
+{
+
+struct SamplingRange
+{
+    float start = 0.0f; // seconds
+    float end = 0.0f;   // seconds
+    float rate = 0.0f;  // samples a second
+};
+
+// A range is sampled at its start, at the regular instants between its ends, and at its end:
+//
+//     RegularInstants instants(range);
+//     while (instants.Next())
+//         Use(instants.Time());
+//
+// Regular instants are start + step, start + 2 step ... by repeated addition, as long as they lie strictly
+// below the end. They stop where adding the step no longer advances the time (a rate that is negative or
+// huge).
+class RegularInstants
+{
+public:
+    explicit RegularInstants(const SamplingRange& range)
+        : time_(range.start), step_(1.0f / range.rate), end_(range.end)
+    {
+    }
+
+    // Moves to the next instant; false when there is none.
+    bool Next()
+    {
+        const float next = time_ + step_;
+        if (!(end_ > next) || !(next > time_))
+            return false;
+        time_ = next;
+        return true;
+    }
+
+    float Time() const { return time_; }
+
+private:
+    float time_;
+    float step_;
+    float end_;
+};
+
+// True when every step of `range` moves the time on, from its start to its end. False for a rate of 0 or
+// less, for one that is not finite, and for one whose step is lost in the rounding of the largest time of the
+// window.
+bool TimeAdvances(const SamplingRange& range);
+
+// How many keys a track sampled over `range` should make room for: (end - start) x rate + 2 truncated toward
+// zero, held between 0 and a bound past which tracks rather grow as they go.
+std::uint32_t ReservedKeys(const SamplingRange& range);
+
+} // namespace tev2_exporter

@@ -1,0 +1,35 @@
+#pragma once
+
+#include "exporter/export_options.h"
+#include "exporter/sampling/sampling_range.h"
+
+#include <cstdint>
+
+namespace tev2_exporter
+{
+
+struct TakeFrameSpan
+{
+    std::int32_t start_frame = 0; // both truncated toward zero
+    std::int32_t stop_frame = 0;
+    double transport_rate = 0.0; // frames a second
+};
+
+struct TakeSecondSpan
+{
+    float start = 0.0f; // seconds of whole transport frames
+    float stop = 0.0f;
+    double transport_rate = 0.0;
+};
+
+// The local time span of the current take in whole frames of the transport rate.
+TakeFrameSpan GetTakeFrameSpan(ExportContext& context);
+
+// The same span, as the seconds of those frames.
+TakeSecondSpan GetTakeSecondSpan(ExportContext& context);
+
+// What of the current take is sampled: all of it, or the custom range of `options` clamped into it. The
+// custom range may turn out empty or reversed; nothing checks it here.
+SamplingRange GetSamplingRange(ExportContext& context, const ExportOptions& options);
+
+} // namespace tev2_exporter
