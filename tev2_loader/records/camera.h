@@ -1,0 +1,38 @@
+#pragma once
+
+#include "tev2_loader/records/camera_effects.h"
+#include "tev2_loader/records/positional_object.h"
+
+#include <cstdint>
+#include <memory>
+#include <vector>
+
+namespace TEV2_LOADER
+{
+
+/// A camera. Where it stands is the node of the matrix hierarchy that its value names.
+class TEV2_CAMERA : public TEV2_POSITIONAL_OBJECT, public TEV2_CHUNK_OBJECT
+{
+public:
+    /// Height of the picture over its width.
+    float inverseAspect = 0.0f;
+
+    // Each track may be null.
+    std::unique_ptr<TEV2_ANIMATABLE_FLOAT32> distance;             ///< metres
+    std::unique_ptr<TEV2_ANIMATABLE_FLOAT32> fieldOfView;          ///< radians
+    std::unique_ptr<TEV2_ANIMATABLE_FLOAT32_RANGE> secondaryRange; ///< kept, not used
+    std::unique_ptr<TEV2_ANIMATABLE_FLOAT32_RANGE> clipRange;      ///< near and far, metres
+
+    /// Entries may be null.
+    std::vector<std::unique_ptr<TEV2_CAMERA_EFFECT>> effects;
+
+    bool Load(TEV2_MEMORY_CURSOR& cursor, float version) override;
+    bool Save(TEV2_FILE_WRITER& writer) const override;
+    std::uint32_t GetChunkId() const override { return 6; }
+
+    /// Reach the tracks and effects, not the bounds.
+    void Update(float delta_time) override;
+    void SetTime(float time) override;
+};
+
+} // namespace TEV2_LOADER

@@ -1,0 +1,41 @@
+#pragma once
+
+#include "tev2_loader/records/material_map.h"
+#include "tev2_loader/records/object_bases.h"
+#include "tev2_loader/records/values.h"
+#include "tev2_loader/tracks/animatable.h"
+
+#include <array>
+#include <cstdint>
+#include <memory>
+
+namespace TEV2_LOADER
+{
+
+/// The time range of a scene and its surroundings.
+class TEV2_ENVIRONMENT : public TEV2_INTERNAL_ANIM_OBJECT,
+                         public TEV2_SERIALISABLE_OBJECT,
+                         public TEV2_CHUNK_OBJECT
+{
+public:
+    /// Start and end of the scene, seconds.
+    TEV2_FLOAT32_RANGE timeRange;
+
+    /// May be null.
+    std::unique_ptr<TEV2_ANIMATABLE_COLOUR> environmentColour;
+
+    /// Null, unless a program puts a map there; a file that has one is refused.
+    std::unique_ptr<TEV2_MATERIAL_MAP> environmentMap;
+
+    /// Kept and written as they stand; from version 1.16.
+    std::array<std::uint8_t, 8> reserved{};
+
+    bool Load(TEV2_MEMORY_CURSOR& cursor, float version) override;
+    bool Save(TEV2_FILE_WRITER& writer) const override;
+    std::uint32_t GetChunkId() const override { return 2; }
+
+    void Update(float delta_time) override;
+    void SetTime(float time) override;
+};
+
+} // namespace TEV2_LOADER

@@ -1,0 +1,73 @@
+#pragma once
+
+#include "tev2_loader/records/object_bases.h"
+#include "tev2_loader/serialisation/optional_object.h"
+#include "tev2_loader/tracks/animatable.h"
+
+#include <memory>
+#include <vector>
+
+namespace TEV2_LOADER
+{
+
+/// A named list of texts.
+class TEV2_NAMED_STRING_ARRAY : public TEV2_ENTITY
+{
+public:
+    std::vector<TEV2_WIDE_STRING> strings;
+
+    /// True when all strings were there; Save is true when their count was written.
+    bool Load(TEV2_MEMORY_CURSOR& cursor, float version) override;
+    bool Save(TEV2_FILE_WRITER& writer) const override;
+};
+
+/// A named value, constant or animated. Family is the family of its track.
+template <typename Family>
+class TEV2_NAMED_ANIMATABLE : public TEV2_ENTITY, public TEV2_INTERNAL_ANIM_OBJECT
+{
+public:
+    /// May be null.
+    std::unique_ptr<Family> track;
+
+    bool Load(TEV2_MEMORY_CURSOR& cursor, float version) override
+    {
+        bool loaded = TEV2_ENTITY::Load(cursor, version);
+        loaded &= LoadOptional(cursor, version, "track", track);
+        return loaded;
+    }
+
+    bool Save(TEV2_FILE_WRITER& writer) const override
+    {
+        bool saved = TEV2_ENTITY::Save(writer);
+        saved &= SaveOptional(writer, track);
+        return saved;
+    }
+
+    void Update(float delta_time) override
+    {
+        if (track)
+            track->Update(delta_time);
+    }
+
+    void SetTime(float time) override
+    {
+        if (track)
+            track->SetTime(time);
+    }
+};
+
+/// The user's own properties of a placed object or a node: named texts and named values of four kinds.
+class TEV2_EXTENDED_PROPERTIES : public TEV2_SERIALISABLE_OBJECT
+{
+public:
+    std::vector<TEV2_NAMED_STRING_ARRAY> stringArrays;
+    std::vector<TEV2_NAMED_ANIMATABLE<TEV2_ANIMATABLE_INT32>> intValues;
+    std::vector<TEV2_NAMED_ANIMATABLE<TEV2_ANIMATABLE_FLOAT32>> floatValues;
+    std::vector<TEV2_NAMED_ANIMATABLE<TEV2_ANIMATABLE_VECTOR_3>> vector3Values;
+    std::vector<TEV2_NAMED_ANIMATABLE<TEV2_ANIMATABLE_VECTOR_4>> vector4Values;
+
+    bool Load(TEV2_MEMORY_CURSOR& cursor, float version) override;
+    bool Save(TEV2_FILE_WRITER& writer) const override;
+};
+
+} // namespace TEV2_LOADER

@@ -1,0 +1,31 @@
+#pragma once
+
+#include "tev2_loader/records/object_bases.h"
+
+namespace TEV2_LOADER
+{
+
+/// The version that is written, and the newest that is read.
+inline constexpr float kVersion = 1.16f;
+
+/// The first record of every file: its version and who made it.
+class TEV2_INF : public TEV2_CHUNK_OBJECT
+{
+public:
+    /// The version of the file that was loaded. Save writes kVersion whatever stands here.
+    float version = kVersion;
+    TEV2_WIDE_STRING creatorText{u"NATIVE WIN32"};
+
+    /// Lines that each end in "\r\n".
+    TEV2_WIDE_STRING infoText;
+
+    /// False, and the cursor failed, for a version above kVersion. The version passed in is not looked at.
+    bool Load(TEV2_MEMORY_CURSOR& cursor, float version_before);
+
+    /// Always true.
+    bool Save(TEV2_FILE_WRITER& writer) const;
+
+    std::uint32_t GetChunkId() const override { return 0; }
+};
+
+} // namespace TEV2_LOADER

@@ -1,0 +1,46 @@
+#pragma once
+
+#include "tev2_loader/records/lit_object.h"
+#include "tev2_loader/records/positional_object.h"
+#include "tev2_loader/records/scaled_object.h"
+#include "tev2_loader/records/unparsed_record.h"
+
+#include <memory>
+
+namespace TEV2_LOADER
+{
+
+/// Another appearance of an object. Body kept as bytes. The list that it stands in is written before its
+/// body.
+class TEV2_INSTANCE
+    : public UnparsedRecord<14, TEV2_POSITIONAL_OBJECT, UNUSED__TEV2_SCALED_OBJECT, TEV2_CHUNK_OBJECT>
+{
+public:
+    /// Makes the class of a chunk id (14, 16, 18, 19); null for any other id.
+    static std::unique_ptr<TEV2_INSTANCE> Create(std::uint32_t chunk_id);
+};
+
+class TEV2_GEOM_INSTANCE : public TEV2_INSTANCE, public TEV2_LIT_OBJECT
+{
+public:
+    std::uint32_t GetChunkId() const override { return 16; }
+    bool Load(TEV2_MEMORY_CURSOR& cursor, float version) override
+    {
+        return TEV2_INSTANCE::Load(cursor, version);
+    }
+    bool Save(TEV2_FILE_WRITER& writer) const override { return TEV2_INSTANCE::Save(writer); }
+};
+
+class TEV2_GEOM_INSTANCE_DIFFERING_MATERIALS final : public TEV2_GEOM_INSTANCE
+{
+public:
+    std::uint32_t GetChunkId() const override { return 18; }
+};
+
+class TEV2_GEOM_INSTANCE_DIFFERING_SUB_OBJECTS final : public TEV2_GEOM_INSTANCE
+{
+public:
+    std::uint32_t GetChunkId() const override { return 19; }
+};
+
+} // namespace TEV2_LOADER

@@ -1,0 +1,22 @@
+#pragma once
+
+#include "tev2_loader/records/object_bases.h"
+
+#include <cstdint>
+#include <vector>
+
+namespace TEV2_LOADER
+{
+
+/// The light list of an object that lights shine on.
+class TEV2_LIT_OBJECT : public TEV2_SERIALISABLE_OBJECT
+{
+public:
+    std::vector<std::uint32_t> lights;
+
+    /// Always true. Save is true when the count was written.
+    bool Load(TEV2_MEMORY_CURSOR& cursor, float version) override;
+    bool Save(TEV2_FILE_WRITER& writer) const override;
+};
+
+} // namespace TEV2_LOADER

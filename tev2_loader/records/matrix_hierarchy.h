@@ -1,0 +1,76 @@
+#pragma once
+
+#include "tev2_loader/records/extended_properties.h"
+#include "tev2_loader/records/object_bases.h"
+#include "tev2_loader/records/values.h"
+#include "tev2_loader/tracks/animatable.h"
+
+#include <cstdint>
+#include <memory>
+#include <vector>
+
+namespace TEV2_LOADER
+{
+
+/// A joint of the skeleton: its place relative to its parent over time, and its place in the world at the
+/// present time.
+class TEV2_MATRIX_NODE : public TEV2_ENTITY, public TEV2_INTERNAL_ANIM_OBJECT
+{
+public:
+    /// Index of the parent in the hierarchy's nodes; any negative value is a node at top level.
+    std::int32_t parentIndex = -1;
+
+    /// Relative to the parent, metres. Null: no translation.
+    std::unique_ptr<TEV2_ANIMATABLE_VECTOR_3> translation;
+
+    /// Relative to the parent. Null: no rotation. Values are used as they are, unit or not.
+    std::unique_ptr<TEV2_ANIMATABLE_QUATERNION> rotation;
+
+    /// Along the node's own axes, applied before the rotation. Null: none. From version 1.15.
+    std::unique_ptr<TEV2_ANIMATABLE_VECTOR_3> scale;
+
+    /// The parent's worldMatrix or null; not owned. Set by LinkParents of the hierarchy, never written.
+    const TEV2_MATRIX_3X4* parentMatrix = nullptr;
+
+    /// As of the last Update or SetTime; never written. Files up to version 1.05 bring one along.
+    TEV2_MATRIX_3X4 worldMatrix;
+
+    TEV2_WIDE_STRING userText;
+    TEV2_EXTENDED_PROPERTIES properties; ///< from version 1.04
+
+    bool Load(TEV2_MEMORY_CURSOR& cursor, float version) override;
+    bool Save(TEV2_FILE_WRITER& writer) const override;
+
+    /// Move the tracks (not those of the properties), then form worldMatrix from them and from *parentMatrix
+    /// as it stands.
+    void Update(float delta_time) override;
+    void SetTime(float time) override;
+
+private:
+    void Evaluate();
+};
+
+/// The skeleton: nodes in file order, every parent before its children.
+class TEV2_MATRIX_HIERARCHY : public TEV2_INTERNAL_ANIM_OBJECT,
+                              public TEV2_SERIALISABLE_OBJECT,
+                              public TEV2_CHUNK_OBJECT
+{
+public:
+    /// Growing it moves the nodes: call LinkParents afterwards.
+    std::vector<TEV2_MATRIX_NODE> nodes;
+
+    /// Sets every node's parentMatrix from its parentIndex; null when that is negative or no node's index.
+    /// Load does this itself.
+    void LinkParents();
+
+    /// Always true; a node that could not be read fails the cursor.
+    bool Load(TEV2_MEMORY_CURSOR& cursor, float version) override;
+    bool Save(TEV2_FILE_WRITER& writer) const override;
+    std::uint32_t GetChunkId() const override { return 12; }
+
+    /// Evaluate all nodes in order.
+    void Update(float delta_time) override;
+    void SetTime(float time) override;
+};
+
+} // namespace TEV2_LOADER

@@ -1,0 +1,36 @@
+#pragma once
+
+#include "tev2_loader/records/extended_properties.h"
+#include "tev2_loader/records/object_bases.h"
+#include "tev2_loader/tracks/animatable.h"
+
+#include <cstdint>
+#include <memory>
+
+namespace TEV2_LOADER
+{
+
+/// The base of every placed object: cameras, lights, meshes, helpers, instances.
+class TEV2_POSITIONAL_OBJECT : public TEV2_ENTITY, public TEV2_INTERNAL_ANIM_OBJECT
+{
+public:
+    TEV2_WIDE_STRING secondText;
+    TEV2_WIDE_STRING thirdText;
+
+    /// For a camera: index of its node in the matrix hierarchy.
+    std::uint32_t value = 0;
+
+    TEV2_EXTENDED_PROPERTIES properties; ///< from version 1.04
+
+    /// May be null; metres.
+    std::unique_ptr<TEV2_ANIMATABLE_BOUNDING_BOX> bounds; ///< from version 1.13
+
+    /// True whenever the name was read. Save is true when the bounds were written.
+    bool Load(TEV2_MEMORY_CURSOR& cursor, float version) override;
+    bool Save(TEV2_FILE_WRITER& writer) const override;
+
+    void Update(float delta_time) override;
+    void SetTime(float time) override;
+};
+
+} // namespace TEV2_LOADER

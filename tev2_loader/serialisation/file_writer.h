@@ -1,0 +1,53 @@
+#pragma once
+
+#include "tev2_loader/serialisation/file_stream.h"
+#include "tev2_loader/serialisation/little_endian.h"
+#include "tev2_loader/serialisation/wide_string.h"
+
+#include <cstdint>
+#include <memory>
+#include <string>
+
+namespace TEV2_LOADER
+{
+
+/// The 8-bit path that stands for a wide file name: units that all fit a byte become those bytes, any other
+/// name becomes UTF-8 (an unpaired surrogate becomes U+FFFD). At most 260 bytes are kept.
+std::string NarrowFileName(const TEV2_WIDE_STRING& fileName);
+
+/// What every record's Save writes to: one file, framed into chunks that never nest. Nothing here throws or
+/// stops: a failure is latched in stream->lastError and writing goes on.
+class TEV2_FILE_WRITER
+{
+public:
+    /// Opens the file for writing, at its end when append is set. When that fails, stream->lastError says why
+    /// and every write falls short. With requireChunk, guarded writes outside a chunk write nothing.
+    TEV2_FILE_WRITER(const TEV2_WIDE_STRING& name, bool append, bool requireChunkForWrites);
+
+    bool chunkOpen = false;
+    std::int32_t chunkStart = 0;
+    bool requireChunk;
+    std::unique_ptr<TEV2_FILE_STREAM> stream;
+    TEV2_WIDE_STRING fileName;
+
+    /// The guarded write: returns the number of bytes written, 0 outside a chunk when requireChunk is set.
+    std::uint32_t Write(const void* data, std::uint32_t size);
+
+    /// The guarded write for blocks of any size.
+    std::size_t WriteBlock(const void* data, std::size_t size);
+
+    /// Guarded writes of one number; true when all 4 bytes were written.
+    bool WriteU32(std::uint32_t value);
+    bool WriteI32(std::int32_t value);
+    bool WriteF32(float value);
+
+    /// Opens a chunk: its size field follows here, filled in by EndChunk. False, and nothing done, when one
+    /// is open.
+    bool BeginChunk();
+
+    /// Closes the chunk: puts its size (size field included) in front and goes back to the end. False, and
+    /// nothing done, when none is open.
+    bool EndChunk();
+};
+
+} // namespace TEV2_LOADER

@@ -1,0 +1,161 @@
+#pragma once
+
+#include "tev2_loader/records/object_bases.h"
+#include "tev2_loader/records/values.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <vector>
+
+namespace TEV2_LOADER
+{
+
+/// An animated value: ascending key times in seconds, one value a key, and a playback cursor that lies
+/// between two neighbouring keys. Whatever a track was loaded with, evaluating it touches no memory but its
+/// own: indices are held to its arrays when used, and kept as they are otherwise. Evaluating allocates
+/// nothing.
+class TEV2_ANIMATABLE : public TEV2_SERIALISABLE_OBJECT, public TEV2_INTERNAL_ANIM_OBJECT
+{
+public:
+    /// The key that opens the present segment.
+    std::uint32_t m_current_key = 0;
+
+    /// Position inside the segment: 0 at its opening key, 1 at its closing key.
+    float m_fraction = 0.0f;
+
+    /// Key times, ascending. Playback takes at least two.
+    std::vector<float> m_times;
+
+    /// Reads and writes cursor and times; the concrete tracks add their values behind.
+    bool Load(TEV2_MEMORY_CURSOR& cursor, float version) override;
+    bool Save(TEV2_FILE_WRITER& writer) const override;
+
+    /// The kind code that stands before the track in the file and that the family's Create takes.
+    virtual std::uint32_t GetType() const = 0;
+
+    /// Same kind, times and values (floats as == compares them, so a NaN never equals); the cursor does not
+    /// count.
+    virtual bool IsEqual(const TEV2_ANIMATABLE& other) const = 0;
+
+    /// A copy of the same class with the cursor, the times and the values.
+    virtual std::unique_ptr<TEV2_ANIMATABLE> Clone() const = 0;
+
+    /// Moves the cursor by delta_time. Past the last key it wraps: less than half a length too far goes on
+    /// from the first key; more, up to a whole length, lands on the first key.
+    void Update(float delta_time) override;
+
+    /// Puts the cursor at a time, held between the first and the last key. Nothing changes with fewer than
+    /// two keys, for a NaN, or when no segment holds the time (times that do not ascend).
+    void SetTime(float time) override;
+
+private:
+    float PresentTime(std::size_t key) const;
+};
+
+/// A family of tracks is the interface of all tracks of one type of value. Each has
+///     static std::unique_ptr<Family> Create(std::uint32_t kind);
+/// which makes an empty track, or null when the kind is not of the family.
+template <typename ValueType>
+class TrackOf : public TEV2_ANIMATABLE
+{
+public:
+    using Value = ValueType;
+
+    /// The value at the cursor. A track of one value is a constant; a track without values gives Value{}:
+    /// zeros, for rotations the identity.
+    virtual Value GetValue() const = 0;
+};
+
+/// A family whose values can be moved by an offset, each component on its own.
+template <typename Family, typename ValueType>
+class OffsetTrackOf : public TrackOf<ValueType>
+{
+public:
+    virtual Family& Add(const ValueType& offset) = 0;
+    virtual Family& Subtract(const ValueType& offset) = 0;
+};
+
+/// A family whose values can be moved and scaled. Divide multiplies by 1 / divisor.
+template <typename Family, typename ValueType>
+class ScalableTrackOf : public OffsetTrackOf<Family, ValueType>
+{
+public:
+    virtual Family& Scale(float factor) = 0;
+    virtual Family& Divide(float divisor) = 0;
+};
+
+class TEV2_ANIMATABLE_FLOAT32 : public ScalableTrackOf<TEV2_ANIMATABLE_FLOAT32, float>
+{
+public:
+    static std::unique_ptr<TEV2_ANIMATABLE_FLOAT32> Create(std::uint32_t kind);
+};
+
+class TEV2_ANIMATABLE_FLOAT32_RANGE : public OffsetTrackOf<TEV2_ANIMATABLE_FLOAT32_RANGE, TEV2_FLOAT32_RANGE>
+{
+public:
+    static std::unique_ptr<TEV2_ANIMATABLE_FLOAT32_RANGE> Create(std::uint32_t kind);
+};
+
+class TEV2_ANIMATABLE_COLOUR : public ScalableTrackOf<TEV2_ANIMATABLE_COLOUR, TEV2_COLOUR>
+{
+public:
+    static std::unique_ptr<TEV2_ANIMATABLE_COLOUR> Create(std::uint32_t kind);
+};
+
+class TEV2_ANIMATABLE_VECTOR_2 : public ScalableTrackOf<TEV2_ANIMATABLE_VECTOR_2, TEV2_VECTOR_2>
+{
+public:
+    static std::unique_ptr<TEV2_ANIMATABLE_VECTOR_2> Create(std::uint32_t kind);
+};
+
+class TEV2_ANIMATABLE_VECTOR_3 : public ScalableTrackOf<TEV2_ANIMATABLE_VECTOR_3, TEV2_VECTOR_3>
+{
+public:
+    static std::unique_ptr<TEV2_ANIMATABLE_VECTOR_3> Create(std::uint32_t kind);
+};
+
+class TEV2_ANIMATABLE_VECTOR_4 : public ScalableTrackOf<TEV2_ANIMATABLE_VECTOR_4, TEV2_VECTOR_4>
+{
+public:
+    static std::unique_ptr<TEV2_ANIMATABLE_VECTOR_4> Create(std::uint32_t kind);
+};
+
+class TEV2_ANIMATABLE_QUATERNION : public TrackOf<TEV2_QUATERNION>
+{
+public:
+    static std::unique_ptr<TEV2_ANIMATABLE_QUATERNION> Create(std::uint32_t kind);
+
+    /// Replaces every key k by the Hamilton product k * rotation.
+    virtual TEV2_ANIMATABLE_QUATERNION& Multiply(const TEV2_QUATERNION& rotation) = 0;
+
+    /// Negates keys so that no two neighbours have a negative dot product.
+    virtual TEV2_ANIMATABLE_QUATERNION& MakeContinuous() = 0;
+};
+
+class TEV2_ANIMATABLE_RECTF : public ScalableTrackOf<TEV2_ANIMATABLE_RECTF, TEV2_RECTF>
+{
+public:
+    static std::unique_ptr<TEV2_ANIMATABLE_RECTF> Create(std::uint32_t kind);
+};
+
+/// Whole numbers change in steps; Add, Subtract, Scale and Divide leave them as they are.
+class TEV2_ANIMATABLE_INT32 : public ScalableTrackOf<TEV2_ANIMATABLE_INT32, std::int32_t>
+{
+public:
+    static std::unique_ptr<TEV2_ANIMATABLE_INT32> Create(std::uint32_t kind);
+};
+
+class TEV2_ANIMATABLE_BINORMAL_TANGENT : public TrackOf<TEV2_BINORMAL_TANGENT>
+{
+public:
+    static std::unique_ptr<TEV2_ANIMATABLE_BINORMAL_TANGENT> Create(std::uint32_t kind);
+};
+
+class TEV2_ANIMATABLE_BOUNDING_BOX : public ScalableTrackOf<TEV2_ANIMATABLE_BOUNDING_BOX, TEV2_BOUNDING_BOX>
+{
+public:
+    static std::unique_ptr<TEV2_ANIMATABLE_BOUNDING_BOX> Create(std::uint32_t kind);
+};
+
+} // namespace TEV2_LOADER

@@ -1,0 +1,103 @@
+#pragma once
+
+#include "tev2_loader/serialisation/arrays.h"
+#include "tev2_loader/tracks/animatable.h"
+
+#include <algorithm>
+#include <type_traits>
+
+namespace TEV2_LOADER
+{
+
+/// What all concrete tracks share: the values, their record, comparison and copy. Concrete is the final
+/// class, Family its interface, kKind its code.
+template <typename Concrete, typename Family, std::uint32_t kKind>
+class KeyedTrack : public Family
+{
+public:
+    using Value = typename Family::Value;
+
+    static constexpr std::uint32_t kKindCode = kKind;
+
+    /// Value i belongs to time i; exactly one value is a constant.
+    std::vector<Value> m_values;
+
+    /// Makes room for this many keys in both arrays.
+    void Reserve(std::size_t keys)
+    {
+        this->m_times.reserve(keys);
+        m_values.reserve(keys);
+    }
+
+    /// Appends one key.
+    void Append(float time, const Value& value)
+    {
+        this->m_times.push_back(time);
+        m_values.push_back(value);
+    }
+
+    /// Base record, u32 count, values. Always true; what is missing fails the cursor.
+    bool Load(TEV2_MEMORY_CURSOR& cursor, float version) override
+    {
+        bool loaded = TEV2_ANIMATABLE::Load(cursor, version);
+        if constexpr (BlockElement<Value>)
+            LoadBlock(cursor, m_values);
+        else
+            loaded &= LoadRecords(cursor, version, "values", m_values, sizeof(float));
+        return loaded;
+    }
+
+    /// Values of one number count as written with their count, all others by each of their bytes.
+    bool Save(TEV2_FILE_WRITER& writer) const override
+    {
+        bool saved = TEV2_ANIMATABLE::Save(writer);
+        if constexpr (std::is_arithmetic_v<Value>)
+        {
+            saved &= SaveNumbers(writer, m_values);
+        }
+        else if constexpr (BlockElement<Value>)
+        {
+            saved &= SaveCount(writer, m_values);
+            saved &= SaveBlock(writer, m_values);
+        }
+        else
+        {
+            saved &= SaveRecords(writer, m_values);
+        }
+        return saved;
+    }
+
+    std::uint32_t GetType() const override { return kKind; }
+
+    bool IsEqual(const TEV2_ANIMATABLE& other) const override
+    {
+        return other.GetType() == kKind && this->m_times == other.m_times &&
+               m_values == static_cast<const KeyedTrack&>(other).m_values;
+    }
+
+    std::unique_ptr<TEV2_ANIMATABLE> Clone() const override
+    {
+        return std::make_unique<Concrete>(static_cast<const Concrete&>(*this));
+    }
+
+    /// Hands the two values around the cursor and the fraction between them to interpolate.
+    Value GetValue() const final
+    {
+        const std::size_t count = m_values.size();
+        if (count < 2)
+            return count == 0 ? Value{} : m_values.front();
+        const std::size_t key = std::min<std::size_t>(this->m_current_key, count - 2);
+        return Concrete::Interpolate(m_values[key], m_values[key + 1], this->m_fraction);
+    }
+};
+
+/// The track of a family for a kind when it is one of Tracks, else null.
+template <typename Family, typename... Tracks>
+std::unique_ptr<Family> CreateTrack(std::uint32_t kind)
+{
+    std::unique_ptr<Family> track;
+    ((kind == Tracks::kKindCode ? void(track = std::make_unique<Tracks>()) : void()), ...);
+    return track;
+}
+
+} // namespace TEV2_LOADER

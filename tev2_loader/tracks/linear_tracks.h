@@ -1,0 +1,100 @@
+#pragma once
+
+#include "tev2_loader/tracks/keyed_track.h"
+
+namespace TEV2_LOADER
+{
+
+// Tracks of plain values, interpolated linearly and component by component. How much arithmetic a track has
+// follows its family: none, offsets, or offsets and scaling.
+
+template <typename Concrete, typename Family, std::uint32_t kKind>
+class LinearTrack : public KeyedTrack<Concrete, Family, kKind>
+{
+public:
+    using Value = typename Family::Value;
+
+    static Value Interpolate(const Value& opening, const Value& closing, float fraction)
+    {
+        return opening + (closing - opening) * fraction;
+    }
+};
+
+template <typename Concrete, typename Family, std::uint32_t kKind>
+class OffsetLinearTrack : public LinearTrack<Concrete, Family, kKind>
+{
+public:
+    using Value = typename Family::Value;
+
+    Family& Add(const Value& offset) override
+    {
+        for (Value& value : this->m_values)
+            value = value + offset;
+        return *this;
+    }
+
+    Family& Subtract(const Value& offset) override { return Add(-offset); }
+};
+
+template <typename Concrete, typename Family, std::uint32_t kKind>
+class ScalableLinearTrack : public OffsetLinearTrack<Concrete, Family, kKind>
+{
+public:
+    using Value = typename Family::Value;
+
+    Family& Scale(float factor) override
+    {
+        for (Value& value : this->m_values)
+            value = value * factor;
+        return *this;
+    }
+
+    Family& Divide(float divisor) override { return Scale(1.0f / divisor); }
+};
+
+class TEV2_ANIMATABLE_FLOAT32_LINEAR final
+    : public ScalableLinearTrack<TEV2_ANIMATABLE_FLOAT32_LINEAR, TEV2_ANIMATABLE_FLOAT32, 0>
+{
+};
+
+class TEV2_ANIMATABLE_FLOAT32_RANGE_LINEAR final
+    : public OffsetLinearTrack<TEV2_ANIMATABLE_FLOAT32_RANGE_LINEAR, TEV2_ANIMATABLE_FLOAT32_RANGE, 1>
+{
+};
+
+class TEV2_ANIMATABLE_COLOUR_LINEAR final
+    : public ScalableLinearTrack<TEV2_ANIMATABLE_COLOUR_LINEAR, TEV2_ANIMATABLE_COLOUR, 2>
+{
+};
+
+class TEV2_ANIMATABLE_VECTOR_3_LINEAR final
+    : public ScalableLinearTrack<TEV2_ANIMATABLE_VECTOR_3_LINEAR, TEV2_ANIMATABLE_VECTOR_3, 3>
+{
+};
+
+class TEV2_ANIMATABLE_VECTOR_2_LINEAR final
+    : public ScalableLinearTrack<TEV2_ANIMATABLE_VECTOR_2_LINEAR, TEV2_ANIMATABLE_VECTOR_2, 4>
+{
+};
+
+class TEV2_ANIMATABLE_RECTF_LINEAR final
+    : public ScalableLinearTrack<TEV2_ANIMATABLE_RECTF_LINEAR, TEV2_ANIMATABLE_RECTF, 7>
+{
+};
+
+class TEV2_ANIMATABLE_VECTOR_4_LINEAR final
+    : public ScalableLinearTrack<TEV2_ANIMATABLE_VECTOR_4_LINEAR, TEV2_ANIMATABLE_VECTOR_4, 9>
+{
+};
+
+class TEV2_ANIMATABLE_BINORMAL_TANGENT_LINEAR final
+    : public LinearTrack<TEV2_ANIMATABLE_BINORMAL_TANGENT_LINEAR, TEV2_ANIMATABLE_BINORMAL_TANGENT, 10>
+{
+};
+
+class TEV2_ANIMATABLE_BOUNDING_BOX_LINEAR final
+    : public ScalableLinearTrack<TEV2_ANIMATABLE_BOUNDING_BOX_LINEAR, TEV2_ANIMATABLE_BOUNDING_BOX, 11>
+{
+};
+
+} // namespace TEV2_LOADER
