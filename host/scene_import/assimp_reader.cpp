@@ -1,0 +1,118 @@
+#include "host/scene_import/assimp_reader.h"
+
+#include <assimp/config.h>
+#include <assimp/DefaultIOSystem.h>
+#include <assimp/MemoryIOWrapper.h>
+
+#include <cstdint>
+#include <exception>
+
+namespace
+{
+
+unsigned g_violated_assertions = 0;
+
+}
+
+namespace Assimp
+{
+
+// The import library calls this where one of its own assumptions fails. Its version ends the process; a scene
+// that is odd enough to get here is read on, and the user is told.
+__attribute__((visibility("default"))) void aiAssertViolation(const char* expression, const char* file,
+                                                              int line);
+
+void aiAssertViolation(const char*, const char*, int)
+{
+    ++g_violated_assertions;
+}
+
+} // namespace Assimp
+
+namespace mobu_host
+{
+namespace
+{
+
+// One file that is in memory; everything else as it lies on disk.
+class SceneFileSystem : public Assimp::DefaultIOSystem
+{
+public:
+    SceneFileSystem(std::string path, const std::string& bytes) : path_(std::move(path)), bytes_(bytes) {}
+
+    bool Exists(const char* path) const override
+    {
+        return path == path_ || Assimp::DefaultIOSystem::Exists(path);
+    }
+
+    Assimp::IOStream* Open(const char* path, const char* mode) override
+    {
+        if (path != path_)
+            return Assimp::DefaultIOSystem::Open(path, mode);
+        return new Assimp::MemoryIOStream(reinterpret_cast<const std::uint8_t*>(bytes_.data()),
+                                          bytes_.size());
+    }
+
+private:
+    std::string path_;
+    const std::string& bytes_;
+};
+
+// The library chooses its reader by this.
+const char* ExtensionOf(SceneFormat format)
+{
+    switch (format)
+    {
+    case SceneFormat::Bvh:
+        return ".bvh";
+    case SceneFormat::GltfText:
+        return ".gltf";
+    case SceneFormat::GltfBinary:
+        return ".glb";
+    case SceneFormat::Collada:
+        return ".dae";
+    }
+    return "";
+}
+
+std::string OneLine(std::string text)
+{
+    for (char& c : text)
+        c = static_cast<unsigned char>(c) < 0x20 ? ' ' : c;
+    return text;
+}
+
+} // namespace
+
+const aiScene* ReadWithAssimp(Assimp::Importer& importer, const std::string& path, const std::string& bytes,
+                              SceneFormat format, ImportNotes& notes, std::string& cause)
+{
+    const std::string name = path + ExtensionOf(format);
+    const unsigned violations_before = g_violated_assertions;
+    const aiScene* scene = nullptr;
+    try
+    {
+        importer.SetIOHandler(new SceneFileSystem(name, bytes)); // the importer owns it
+        importer.SetPropertyBool(AI_CONFIG_IMPORT_NO_SKELETON_MESHES, true);
+        scene = importer.ReadFile(name, 0);
+        cause = OneLine(importer.GetErrorString());
+    }
+    catch (const std::exception& error)
+    {
+        scene = nullptr;
+        cause = OneLine(error.what());
+    }
+    // The stream over `bytes` is gone by now; nothing may look for them later.
+    importer.SetIOHandler(nullptr);
+
+    for (unsigned i = violations_before; i < g_violated_assertions; ++i)
+        notes.Add("self-checks of the import library failed; the scene may be read wrongly");
+    if (scene && !scene->mRootNode)
+    {
+        cause = "it holds no node";
+        return nullptr;
+    }
+    return scene;
+}
+
+} // namespace mobu_host

@@ -1,0 +1,191 @@
+#include "host/scene_import/scene_import.h"
+
+#include "host/scene_import/assimp_reader.h"
+#include "host/scene_import/collada_text.h"
+#include "host/scene_import/gltf_document.h"
+#include "host/scene_import/scene_builder.h"
+#include "host/scene_import/scene_file.h"
+
+#include <mobu_host/scene.h>
+
+#include <charconv>
+#include <cmath>
+#include <exception>
+#include <string_view>
+
+namespace mobu_host
+{
+namespace
+{
+
+constexpr double kCentimetresPerMetre = 100.0;
+constexpr std::string_view kNamelessCollada = "$ColladaAutoName$";
+
+std::string TakeNameAsRead(const aiScene& scene, unsigned animation)
+{
+    return scene.mAnimations[animation]->mName.C_Str();
+}
+
+// Seconds a frame; the import library keeps them only in single precision. 0 where the file states nothing
+// usable.
+double BvhFrameTime(std::string_view text)
+{
+    constexpr std::string_view kLabel = "Frame Time:";
+    const std::size_t label = text.find(kLabel);
+    if (label == std::string_view::npos)
+        return 0.0;
+    text.remove_prefix(label + kLabel.size());
+    text.remove_prefix(std::min(text.find_first_not_of(" \t"), text.size()));
+    double seconds = 0.0;
+    std::from_chars(text.data(), text.data() + text.size(), seconds);
+    return std::isfinite(seconds) && seconds > 0.0 ? seconds : 0.0;
+}
+
+bool ImportBvh(const SceneFile& file, ImportNotes& notes, std::string& cause)
+{
+    Assimp::Importer importer;
+    const aiScene* const scene = ReadWithAssimp(importer, file.path, file.bytes, file.format, notes, cause);
+    if (!scene)
+        return false;
+    SceneReading reading;
+    reading.seconds_per_tick = BvhFrameTime(file.bytes);
+    if (reading.seconds_per_tick <= 0.0)
+    {
+        cause = "its frame time is not a number above 0";
+        return false;
+    }
+    reading.frames_per_second = 1.0 / reading.seconds_per_tick;
+    reading.describe = [](const aiNode& node)
+    {
+        SourceNode source;
+        source.name = node.mName.C_Str();
+        return source;
+    };
+    reading.take_name = [scene](unsigned animation) { return TakeNameAsRead(*scene, animation); };
+    reading.steps = [](unsigned, const std::string&) { return SceneReading::Steps(); };
+    return BuildScene(*scene, reading, notes, cause);
+}
+
+bool ImportGltf(const SceneFile& file, ImportNotes& notes, std::string& cause)
+{
+    GltfDocument document;
+    if (!ReadGltfDocument(file, document, notes, cause))
+        return false;
+    Assimp::Importer importer;
+    const aiScene* const scene =
+        ReadWithAssimp(importer, file.path, document.bytes, file.format, notes, cause);
+    if (!scene)
+        return false;
+    SceneReading reading;
+    reading.centimetres = kCentimetresPerMetre;
+    reading.root_is_a_node = GltfNodeIndex(scene->mRootNode->mName.C_Str()).has_value();
+    reading.scene_properties = document.scene_properties;
+    reading.describe = [&document](const aiNode& node)
+    {
+        const std::optional<std::size_t> index = GltfNodeIndex(node.mName.C_Str());
+        return index && *index < document.nodes.size() ? document.nodes[*index] : SourceNode();
+    };
+    reading.take_name = [&document](unsigned animation)
+    { return animation < document.animations.size() ? document.animations[animation].name : std::string(); };
+    reading.steps = [&document](unsigned animation, const std::string& node)
+    {
+        SceneReading::Steps steps;
+        const std::optional<std::size_t> index = GltfNodeIndex(node);
+        if (!index || animation >= document.animations.size())
+            return steps;
+        const GltfAnimation::Steps& known = document.animations[animation].steps;
+        steps.translation = known.translation.contains(*index);
+        steps.rotation = known.rotation.contains(*index);
+        steps.scale = known.scale.contains(*index);
+        return steps;
+    };
+    return BuildScene(*scene, reading, notes, cause);
+}
+
+SourceLens LensOf(const aiCamera& camera)
+{
+    SourceLens lens;
+    lens.horizontal_angle = static_cast<double>(camera.mHorizontalFOV);
+    lens.aspect = static_cast<double>(camera.mAspect);
+    lens.near_plane = static_cast<double>(camera.mClipPlaneNear);
+    lens.far_plane = static_cast<double>(camera.mClipPlaneFar);
+    lens.orthographic = camera.mOrthographicWidth > 0.0f;
+    return lens;
+}
+
+bool ImportCollada(const SceneFile& file, ImportNotes& notes, std::string& cause)
+{
+    Assimp::Importer importer;
+    const aiScene* const scene = ReadWithAssimp(importer, file.path, file.bytes, file.format, notes, cause);
+    if (!scene)
+        return false;
+    const ColladaText text = ScanCollada(file.bytes);
+    if (text.has_bezier_curves)
+        notes.Add("documents with curved animation: curves are read as straight lines between their keys");
+    SceneReading reading;
+    reading.centimetres = kCentimetresPerMetre; // the tree's top carries the document's unit, in metres
+    reading.root_is_a_node = false;
+    reading.describe = [scene, &text](const aiNode& node)
+    {
+        // The library goes by ids, which are unique and not meant for people.
+        SourceNode source;
+        source.name = node.mName.C_Str();
+        if (source.name.starts_with(kNamelessCollada))
+            source.name.clear();
+        else if (const auto found = text.node_names.find(source.name); found != text.node_names.end())
+            source.name = found->second;
+        for (unsigned i = 0; i < scene->mNumCameras && !source.lens; ++i)
+        {
+            if (scene->mCameras[i]->mName == node.mName)
+                source.lens = LensOf(*scene->mCameras[i]);
+        }
+        return source;
+    };
+    reading.take_name = [scene](unsigned animation) { return TakeNameAsRead(*scene, animation); };
+    reading.steps = [](unsigned, const std::string&) { return SceneReading::Steps(); };
+    return BuildScene(*scene, reading, notes, cause);
+}
+
+bool Import(const SceneFile& file, ImportNotes& notes, std::string& cause)
+{
+    switch (file.format)
+    {
+    case SceneFormat::Bvh:
+        return ImportBvh(file, notes, cause);
+    case SceneFormat::GltfText:
+    case SceneFormat::GltfBinary:
+        return ImportGltf(file, notes, cause);
+    case SceneFormat::Collada:
+        return ImportCollada(file, notes, cause);
+    }
+    return false;
+}
+
+} // namespace
+
+SceneImportResult ImportScene(const std::string& path)
+{
+    SceneImportResult result;
+    try
+    {
+        SceneFile file;
+        if (!ReadSceneFile(path, file, result.error))
+            return result;
+        ImportNotes notes;
+        std::string cause;
+        result.ok = Import(file, notes, cause);
+        result.notes = notes.Lines();
+        if (result.ok)
+            SetSceneFilePath(path.c_str());
+        else
+            result.error = "cannot read " + path + ": " + cause;
+    }
+    catch (const std::exception& error) // out of memory
+    {
+        result.ok = false;
+        result.error = "cannot read " + path + ": " + error.what();
+    }
+    return result;
+}
+
+} // namespace mobu_host

@@ -1,0 +1,51 @@
+#pragma once
+
+// Scene files into the one scene of the headless SDK.
+//
+//     const mobu_host::SceneImportResult result = mobu_host::ImportScene("walk.bvh");
+//     if (!result.ok)
+//         std::cerr << result.error << '\n';
+//
+// What is read, decided by the content of the file rather than by its name:
+//
+//   BVH        every joint and end site; one unit is one centimetre; transport rate 1 / frame time
+//   glTF, GLB  nodes, cameras, node and camera extras as user properties; metres; 30 frames a second
+//   Collada    nodes, cameras; its own unit and up axis; 30 frames a second
+//
+// FBX scenes are refused. Meshes, materials, skins and blend shapes are passed over.
+//
+// What the scene holds afterwards:
+//
+//   Models     centimetres, Y up, below the scene's root. A label that is taken already gets a number (" 1").
+//   Cameras    look along their own +X, +Y up; the turn is taken off again for what hangs on them.
+//              Horizontal aperture; the field of view is the horizontal angle.
+//   Takes      one for each animation in file order, unnamed ones "Take 001" and so on; a file without
+//   animation
+//              gives "Take 001" from 0 to 0. A take spans 0 to the last key. The first take is current.
+//   Animation  translation and scale in straight lines between keys, rotation along the shortest arc,
+//   constant
+//              outside the keys. glTF steps hold their value; cubic glTF splines and Bezier curves of Collada
+//              keep their keys and become straight lines between them.
+//
+// Key times and take ends within a hundredth of a frame of a whole frame are set onto that frame: formats
+// store them in single precision or as short decimals, and the last frame of a take must not be lost to that.
+
+#include <string>
+#include <vector>
+
+namespace mobu_host
+{
+
+struct SceneImportResult
+{
+    bool ok = false;
+    std::string error; // when not ok: names the file and the cause, one line
+    std::vector<std::string>
+        notes; // what the file holds and the scene does not, or holds differently; one line each
+};
+
+// Empties the scene and opens the file at `path` (bytes as the system takes them) into it. When that fails
+// the scene is left as it was.
+SceneImportResult ImportScene(const std::string& path);
+
+} // namespace mobu_host
