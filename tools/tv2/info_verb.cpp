@@ -1,0 +1,343 @@
+// tv2 info: what a file holds, on one screen.
+
+#include "tools/tv2/extents.h"
+#include "tools/tv2/json.h"
+#include "tools/tv2/loaded_file.h"
+#include "tools/tv2/names.h"
+#include "tools/tv2/scene_walk.h"
+#include "tools/tv2/text.h"
+#include "tools/tv2/track_view.h"
+#include "tools/tv2/verb.h"
+
+#include <CLI/CLI.hpp>
+
+#include <iomanip>
+#include <map>
+#include <set>
+#include <sstream>
+
+using namespace TEV2_LOADER;
+
+namespace
+{
+
+struct TrackTotal
+{
+    std::size_t tracks = 0;
+    std::size_t keys = 0;
+};
+
+struct ChunkTotal
+{
+    std::size_t chunks = 0;
+    std::uint64_t bytes = 0;
+};
+
+/// What the screen and the JSON are made from.
+struct Summary
+{
+    std::vector<std::string> information_lines;
+    std::map<std::uint32_t, TrackTotal> tracks; // by kind
+    std::map<std::uint32_t, ChunkTotal> chunks; // by id
+    std::set<std::int32_t> cameras_on_air;
+    std::size_t switcher_keys = 0;
+    std::size_t top_nodes = 0;
+    Extents extents;
+};
+
+class TrackCounter : public SceneVisitor
+{
+public:
+    explicit TrackCounter(std::map<std::uint32_t, TrackTotal>& totals) : totals_(totals) {}
+
+    void VisitTrack(const RecordPlace&, const TEV2_ANIMATABLE& track) override
+    {
+        TrackTotal& total = totals_[track.GetType()];
+        ++total.tracks;
+        total.keys += TrackView(track).ValueCount();
+    }
+
+private:
+    std::map<std::uint32_t, TrackTotal>& totals_;
+};
+
+std::vector<std::string> Lines(const std::string& text)
+{
+    std::vector<std::string> lines;
+    std::istringstream stream(text);
+    for (std::string line; std::getline(stream, line);)
+    {
+        if (!line.empty() && line.back() == '\r')
+        {
+            line.pop_back();
+        }
+        lines.push_back(line);
+    }
+    return lines;
+}
+
+Summary Summarise(LoadedFile& file)
+{
+    Summary summary;
+    TEV2& scene = *file.scene;
+    summary.information_lines = Lines(ReadableText(scene.information.infoText.Text()));
+    TrackCounter counter(summary.tracks);
+    WalkScene(scene, file.report, counter);
+    for (const TEV2_CHUNK_SPAN& chunk : file.report.chunks)
+    {
+        ChunkTotal& total = summary.chunks[chunk.id];
+        ++total.chunks;
+        total.bytes += chunk.size;
+    }
+    if (scene.cameraMan.cameraIndex != nullptr)
+    {
+        const TrackView view(*scene.cameraMan.cameraIndex);
+        summary.switcher_keys = view.ValueCount();
+        for (std::size_t i = 0; i < view.ValueCount(); ++i)
+        {
+            summary.cameras_on_air.insert(view.Integer(i));
+        }
+    }
+    for (const TEV2_MATRIX_NODE& node : scene.matrixHierarchy.nodes)
+    {
+        summary.top_nodes += node.parentIndex < 0 ? 1 : 0;
+    }
+    summary.extents = MeasureExtents(scene);
+    return summary;
+}
+
+/// The node that a camera hangs on; empty when the file has no such node.
+std::string NodeName(const TEV2& scene, const TEV2_CAMERA& camera)
+{
+    const auto& nodes = scene.matrixHierarchy.nodes;
+    return camera.value < nodes.size() ? ReadableText(nodes[camera.value].name.Text()) : std::string();
+}
+
+Json ToJson(const LoadedFile& file, const Summary& summary)
+{
+    const TEV2& scene = *file.scene;
+    Json json;
+    json["file"] = file.path;
+    json["bytes"] = file.image.size();
+    json["version"] = JsonFloat(scene.information.version);
+    json["creatorText"] = ReadableText(scene.information.creatorText.Text());
+    json["informationLines"] = summary.information_lines;
+    json["timeRange"] = {{"start", JsonFloat(scene.environment.timeRange.minimum)},
+                         {"end", JsonFloat(scene.environment.timeRange.maximum)}};
+    json["nodes"] = scene.matrixHierarchy.nodes.size();
+    json["topNodes"] = summary.top_nodes;
+    json["cameras"] = Json::array();
+    for (const auto& camera : scene.cameras)
+    {
+        json["cameras"].push_back({{"name", ReadableText(camera->name.Text())},
+                                   {"node", camera->value},
+                                   {"nodeName", NodeName(scene, *camera)},
+                                   {"inverseAspect", JsonFloat(camera->inverseAspect)}});
+    }
+    json["switcher"] = nullptr;
+    if (scene.cameraMan.cameraIndex != nullptr)
+    {
+        json["switcher"] = {{"keys", summary.switcher_keys}, {"cameras", summary.cameras_on_air}};
+    }
+    json["tracks"] = Json::array();
+    for (const auto& [kind, total] : summary.tracks)
+    {
+        json["tracks"].push_back({{"kind", kind},
+                                  {"class", TrackClassName(kind)},
+                                  {"tracks", total.tracks},
+                                  {"keys", total.keys}});
+    }
+    json["extents"] = nullptr;
+    if (summary.extents.found)
+    {
+        json["extents"] = {{"minimum", summary.extents.minimum},
+                           {"maximum", summary.extents.maximum},
+                           {"keyTimes", summary.extents.key_times},
+                           {"keyTimesEvaluated", summary.extents.evaluated}};
+    }
+    json["chunks"] = Json::array();
+    for (const auto& [id, total] : summary.chunks)
+    {
+        json["chunks"].push_back(
+            {{"id", id}, {"class", ChunkClassName(id)}, {"chunks", total.chunks}, {"bytes", total.bytes}});
+    }
+    return json;
+}
+
+class Screen
+{
+public:
+    Screen(std::ostream& out, const LoadedFile& file, const Summary& summary)
+        : out_(out), file_(file), scene_(*file.scene), summary_(summary)
+    {
+    }
+
+    void Print()
+    {
+        out_ << file_.path << '\n';
+        Line("version") << FloatText(scene_.information.version) << ", "
+                        << CountOf(file_.image.size(), "byte", "bytes") << '\n';
+        Line("creator") << OneLine(ReadableText(scene_.information.creatorText.Text())) << '\n';
+        for (const std::string& line : summary_.information_lines)
+        {
+            const std::size_t tab = line.find(":\t");
+            if (tab == std::string::npos)
+            {
+                Line("") << OneLine(line) << '\n';
+            }
+            else
+            {
+                Line(OneLine(line.substr(0, tab))) << OneLine(line.substr(tab + 2)) << '\n';
+            }
+        }
+        const auto& range = scene_.environment.timeRange;
+        Line("time range") << FloatText(range.minimum) << " to " << FloatText(range.maximum) << " s\n";
+        PrintExtents();
+        Line("nodes") << CountText(scene_.matrixHierarchy.nodes.size());
+        if (!scene_.matrixHierarchy.nodes.empty())
+        {
+            out_ << ", first \"" << OneLine(ReadableText(scene_.matrixHierarchy.nodes[0].name.Text())) << '"';
+        }
+        out_ << '\n';
+        PrintCameras();
+        PrintTotals();
+    }
+
+private:
+    static constexpr std::size_t kMostCameras = 10;
+
+    std::ostream& Line(const std::string& label)
+    {
+        return out_ << "  " << std::left << std::setw(12) << label << ' ';
+    }
+
+    void PrintExtents()
+    {
+        const Extents& extents = summary_.extents;
+        Line("extents");
+        if (!extents.found)
+        {
+            out_ << "none\n";
+            return;
+        }
+        std::ostringstream text;
+        text << std::fixed << std::setprecision(3);
+        for (std::size_t axis = 0; axis < 3; ++axis)
+        {
+            text << (axis == 0 ? "" : ", ") << "xyz"[axis] << ' ' << extents.minimum[axis] << " to "
+                 << extents.maximum[axis];
+        }
+        out_ << text.str() << " m";
+        if (extents.evaluated < extents.key_times)
+        {
+            out_ << " (at " << CountText(extents.evaluated) << " of " << CountText(extents.key_times)
+                 << " key times)";
+        }
+        out_ << '\n';
+    }
+
+    void PrintCameras()
+    {
+        Line("cameras") << CountText(scene_.cameras.size()) << '\n';
+        for (std::size_t i = 0; i < std::min(scene_.cameras.size(), kMostCameras); ++i)
+        {
+            const TEV2_CAMERA& camera = *scene_.cameras[i];
+            Line("") << i << ": \"" << OneLine(ReadableText(camera.name.Text())) << "\" at node "
+                     << camera.value << '\n';
+        }
+        if (scene_.cameras.size() > kMostCameras)
+        {
+            Line("") << "... " << CountText(scene_.cameras.size() - kMostCameras) << " more\n";
+        }
+        Line("switcher");
+        if (scene_.cameraMan.cameraIndex == nullptr)
+        {
+            out_ << "none\n";
+            return;
+        }
+        out_ << CountOf(summary_.switcher_keys, "key", "keys") << ", on air:";
+        for (const std::int32_t camera : summary_.cameras_on_air)
+        {
+            out_ << ' ' << camera;
+        }
+        out_ << '\n';
+    }
+
+    void PrintTotals()
+    {
+        Line("tracks") << (summary_.tracks.empty() ? "none\n" : "  tracks        keys\n");
+        for (const auto& [kind, total] : summary_.tracks)
+        {
+            Line("") << std::right << std::setw(8) << CountText(total.tracks) << std::setw(12)
+                     << CountText(total.keys) << "  " << TrackTitle(kind) << '\n';
+        }
+        Line("chunks") << "  chunks       bytes\n";
+        for (const auto& [id, total] : summary_.chunks)
+        {
+            Line("") << std::right << std::setw(8) << CountText(total.chunks) << std::setw(12)
+                     << CountText(total.bytes) << "  " << ChunkTitle(id) << '\n';
+        }
+    }
+
+    std::ostream& out_;
+    const LoadedFile& file_;
+    const TEV2& scene_;
+    const Summary& summary_;
+};
+
+struct InfoOptions
+{
+    std::vector<std::string> files;
+    bool json = false;
+};
+
+void RunInfo(const InfoOptions& options, VerbContext& context)
+{
+    Json json = {{"files", Json::array()}};
+    bool first = true;
+    for (const std::string& path : options.files)
+    {
+        LoadedFile file;
+        std::string error;
+        if (!ReadFile(path, file, error))
+        {
+            context.err << "tv2 info: " << error << '\n';
+            context.Report(kExitCouldNotRun);
+            continue;
+        }
+        if (!file.loaded)
+        {
+            context.err << "tv2 info: " << WhyNotLoaded(file) << '\n';
+            context.Report(kExitFindings);
+            continue;
+        }
+        const Summary summary = Summarise(file);
+        if (options.json)
+        {
+            json["files"].push_back(ToJson(file, summary));
+            continue;
+        }
+        context.out << (first ? "" : "\n");
+        first = false;
+        Screen(context.out, file, summary).Print();
+    }
+    if (options.json)
+    {
+        context.out << json.dump(2, ' ', false, Json::error_handler_t::replace) << '\n';
+    }
+}
+
+} // namespace
+
+void AddInfoVerb(CLI::App& app, VerbContext& context)
+{
+    auto options = std::make_shared<InfoOptions>();
+    CLI::App* verb = app.add_subcommand("info", "What a file holds, on one screen");
+    verb->add_option("FILE", options->files, "The .tv2 files")->required();
+    verb->add_flag("--json", options->json,
+                   "Print JSON: an object with one entry of \"files\" for each file");
+    verb->footer("Examples:\n"
+                 "  tv2 info walk.tv2\n"
+                 "  tv2 info --json takes/*.tv2 | jq '.files[].nodes'");
+    verb->callback([options, &context] { RunInfo(*options, context); });
+}

@@ -1,0 +1,25 @@
+#pragma once
+
+#include "tev2_loader/tev2.h"
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <vector>
+
+/// A file as read and, where it could be, loaded.
+struct LoadedFile
+{
+    std::string path;
+    std::vector<std::uint8_t> image; ///< all its bytes
+    TEV2_LOADER::TEV2_LOAD_REPORT report;
+    std::unique_ptr<TEV2_LOADER::TEV2> scene; ///< never null after ReadFile; what was loaded before a failure
+    bool loaded = false;                      ///< whether the whole file was taken
+};
+
+/// Reads and loads a file. False only when it cannot be read at all; `error` then says why and names the
+/// file.
+bool ReadFile(const std::string& path, LoadedFile& file, std::string& error);
+
+/// Why `file` was not loaded, on one line, with its path.
+std::string WhyNotLoaded(const LoadedFile& file);

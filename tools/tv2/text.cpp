@@ -1,0 +1,217 @@
+#include "tools/tv2/text.h"
+
+#include <algorithm>
+#include <array>
+#include <bit>
+#include <charconv>
+#include <cmath>
+#include <cstdio>
+
+namespace
+{
+
+constexpr char32_t kReplacement = 0xFFFD;
+
+void AppendUtf8(std::string& text, char32_t point)
+{
+    const auto append = [&text](char32_t byte)
+    { text += static_cast<char>(static_cast<unsigned char>(byte)); };
+    if (point < 0x80)
+    {
+        append(point);
+    }
+    else if (point < 0x800)
+    {
+        append(0xC0 | (point >> 6));
+        append(0x80 | (point & 0x3F));
+    }
+    else if (point < 0x10000)
+    {
+        append(0xE0 | (point >> 12));
+        append(0x80 | ((point >> 6) & 0x3F));
+        append(0x80 | (point & 0x3F));
+    }
+    else
+    {
+        append(0xF0 | (point >> 18));
+        append(0x80 | ((point >> 12) & 0x3F));
+        append(0x80 | ((point >> 6) & 0x3F));
+        append(0x80 | (point & 0x3F));
+    }
+}
+
+/// Units (or bytes, widened) that one valid UTF-8 sequence takes at the front of `bytes`; 0 when there is
+/// none.
+std::size_t Utf8Length(std::u16string_view bytes)
+{
+    const char16_t lead = bytes[0];
+    if (lead < 0x80)
+    {
+        return 1;
+    }
+    std::size_t length = 0;
+    char16_t least = 0x80;
+    char16_t greatest = 0xBF;
+    if (lead >= 0xC2 && lead <= 0xDF)
+    {
+        length = 2;
+    }
+    else if (lead >= 0xE0 && lead <= 0xEF)
+    {
+        length = 3;
+        least = lead == 0xE0 ? 0xA0 : 0x80;
+        greatest = lead == 0xED ? 0x9F : 0xBF;
+    }
+    else if (lead >= 0xF0 && lead <= 0xF4)
+    {
+        length = 4;
+        least = lead == 0xF0 ? 0x90 : 0x80;
+        greatest = lead == 0xF4 ? 0x8F : 0xBF;
+    }
+    if (length == 0 || bytes.size() < length || bytes[1] < least || bytes[1] > greatest)
+    {
+        return 0;
+    }
+    const auto continues = [](char16_t byte) { return byte >= 0x80 && byte <= 0xBF; };
+    return std::all_of(bytes.begin() + 2, bytes.begin() + static_cast<std::ptrdiff_t>(length), continues)
+               ? length
+               : 0;
+}
+
+bool IsUtf8InUnits(std::u16string_view units)
+{
+    while (!units.empty())
+    {
+        const std::size_t length = Utf8Length(units);
+        if (length == 0)
+        {
+            return false;
+        }
+        units.remove_prefix(length);
+    }
+    return true;
+}
+
+} // namespace
+
+std::string ReadableText(std::u16string_view units)
+{
+    std::string text;
+    text.reserve(units.size());
+    if (IsUtf8InUnits(units))
+    {
+        for (const char16_t unit : units)
+        {
+            text += static_cast<char>(static_cast<unsigned char>(unit));
+        }
+        return text;
+    }
+    for (std::size_t i = 0; i < units.size(); ++i)
+    {
+        char32_t point = units[i];
+        if (point >= 0xD800 && point <= 0xDFFF)
+        {
+            const bool pair =
+                point <= 0xDBFF && i + 1 < units.size() && units[i + 1] >= 0xDC00 && units[i + 1] <= 0xDFFF;
+            point = pair ? 0x10000 + ((point - 0xD800) << 10) + (static_cast<char32_t>(units[++i]) - 0xDC00)
+                         : kReplacement;
+        }
+        AppendUtf8(text, point);
+    }
+    return text;
+}
+
+bool TextTellsUnits(std::u16string_view units)
+{
+    const auto ascii = [](char16_t unit) { return unit < 0x80; };
+    if (std::all_of(units.begin(), units.end(), ascii))
+    {
+        return true;
+    }
+    if (IsUtf8InUnits(units))
+    {
+        return false;
+    }
+    for (std::size_t i = 0; i < units.size(); ++i)
+    {
+        if (units[i] >= 0xD800 && units[i] <= 0xDFFF)
+        {
+            if (units[i] > 0xDBFF || i + 1 == units.size() || units[i + 1] < 0xDC00 || units[i + 1] > 0xDFFF)
+            {
+                return false;
+            }
+            ++i;
+        }
+    }
+    return true;
+}
+
+std::string OneLine(std::string_view text)
+{
+    std::string line;
+    line.reserve(text.size());
+    for (const char c : text)
+    {
+        const auto byte = static_cast<unsigned char>(c);
+        if (c == '\n' || c == '\r' || c == '\t' || c == '\\')
+        {
+            line += '\\';
+            line += c == '\n' ? 'n' : c == '\r' ? 'r' : c == '\t' ? 't' : '\\';
+        }
+        else if (byte < 0x20 || byte == 0x7F)
+        {
+            std::array<char, 8> escape{};
+            std::snprintf(escape.data(), escape.size(), "\\x%02x", static_cast<unsigned>(byte));
+            line += escape.data();
+        }
+        else
+        {
+            line += c;
+        }
+    }
+    return line;
+}
+
+std::string FloatText(float value)
+{
+    if (std::isnan(value))
+    {
+        const auto bits = std::bit_cast<std::uint32_t>(value);
+        return bits == 0x7FC00000U ? "NaN" : "NaN(" + HexText(bits) + ")";
+    }
+    if (std::isinf(value))
+    {
+        return value > 0.0F ? "Infinity" : "-Infinity";
+    }
+    std::array<char, 32> buffer{};
+    const auto result = std::to_chars(buffer.data(), buffer.data() + buffer.size(), value);
+    std::string text(buffer.data(), result.ptr);
+    if (text.find_first_of(".e") == std::string::npos)
+    {
+        text += ".0";
+    }
+    return text;
+}
+
+std::string HexText(std::uint64_t value, int digits)
+{
+    std::array<char, 32> buffer{};
+    std::snprintf(buffer.data(), buffer.size(), "0x%0*llx", digits, static_cast<unsigned long long>(value));
+    return buffer.data();
+}
+
+std::string CountText(std::uint64_t value)
+{
+    std::string text = std::to_string(value);
+    for (std::size_t position = text.size(); position > 3;)
+    {
+        position -= 3;
+        text.insert(position, 1, ',');
+    }
+    return text;
+}
+
+std::string CountOf(std::uint64_t count, std::string_view singular, std::string_view plural)
+{
+    return CountText(count) + " " + std::string(count == 1 ? singular : plural);
+}

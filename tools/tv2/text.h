@@ -1,0 +1,31 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+/// Text of a file as UTF-8 for people. Units that are all <= 0xFF and form valid UTF-8 as bytes are taken as
+/// that text (8-bit names are widened byte by byte in files); all others are read as UTF-16, a lone surrogate
+/// as U+FFFD.
+std::string ReadableText(std::u16string_view units);
+
+/// True when the UTF-16 form of ReadableText(units) is `units` again, so that the text alone tells the units.
+bool TextTellsUnits(std::u16string_view units);
+
+/// Text on one line of a terminal: control characters as \n, \t or \x07, backslash as two.
+std::string OneLine(std::string_view text);
+
+/// The shortest decimal that reads back to the same bits as an f32, always with a point or an exponent
+/// ("1.0",
+/// "-0.0", "1e+20"). Non-finite values: "Infinity", "-Infinity", "NaN" and "NaN(0xffc00001)" where the bits
+/// are not those of the plain 0x7fc00000.
+std::string FloatText(float value);
+
+/// "0x0000002c"
+std::string HexText(std::uint64_t value, int digits = 8);
+
+/// "1,234,567"
+std::string CountText(std::uint64_t value);
+
+/// "3 nodes", "1 node"
+std::string CountOf(std::uint64_t count, std::string_view singular, std::string_view plural);
