@@ -81,18 +81,6 @@ TEV2_QUATERNION RotationAbout(const TEV2_VECTOR_3& axis, float angle)
     return {axis.x * sine, axis.y * sine, axis.z * sine, cosine};
 }
 
-TEV2_MATRIX_3X4 Multiply(const TEV2_MATRIX_3X4& left, const TEV2_MATRIX_3X4& right)
-{
-    TEV2_MATRIX_3X4 product;
-    for (int column = 0; column < 3; ++column)
-        for (int row = 0; row < 3; ++row)
-            product.m[row][column] = left.m[row][0] * right.m[0][column] +
-                                     left.m[row][1] * right.m[1][column] +
-                                     left.m[row][2] * right.m[2][column];
-    SetColumn(product, 3, TransformPoint(left, Column(right, 3)));
-    return product;
-}
-
 TEV2_VECTOR_3 TransformPoint(const TEV2_MATRIX_3X4& matrix, const TEV2_VECTOR_3& point)
 {
     const auto& m = matrix.m;
@@ -101,7 +89,7 @@ TEV2_VECTOR_3 TransformPoint(const TEV2_MATRIX_3X4& matrix, const TEV2_VECTOR_3&
             m[2][0] * point.x + m[2][1] * point.y + m[2][2] * point.z + m[2][3]};
 }
 
-TEV2_MATRIX_3X4 Inverse(const TEV2_MATRIX_3X4& matrix)
+TEV2_MATRIX_3X4 AffineInverse(const TEV2_MATRIX_3X4& matrix)
 {
     const auto& m = matrix.m;
     const float c00 = m[1][1] * m[2][2] - m[1][2] * m[2][1];

@@ -32,12 +32,10 @@ TEV2_QUATERNION Multiply(const TEV2_QUATERNION& left, const TEV2_QUATERNION& rig
 // Rotation by `angle` (radians) about `axis` (unit length).
 TEV2_QUATERNION RotationAbout(const TEV2_VECTOR_3& axis, float angle);
 
-// Affine product and point transform.
-TEV2_MATRIX_3X4 Multiply(const TEV2_MATRIX_3X4& left, const TEV2_MATRIX_3X4& right);
 TEV2_VECTOR_3 TransformPoint(const TEV2_MATRIX_3X4& matrix, const TEV2_VECTOR_3& point);
 
 // General affine inverse by cofactors. A singular matrix is not detected and gives values that are not
 // finite.
-TEV2_MATRIX_3X4 Inverse(const TEV2_MATRIX_3X4& matrix);
+TEV2_MATRIX_3X4 AffineInverse(const TEV2_MATRIX_3X4& matrix);
 
 } // namespace tev2_exporter

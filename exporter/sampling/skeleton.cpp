@@ -49,14 +49,14 @@ void AppendTransformKeys(ExportSubtree& subtree, TEV2_MATRIX_HIERARCHY& hierarch
         const TEV2_QUATERNION rotation = ToQuaternion(converted);
         const TEV2_MATRIX_3X4 global = ToMatrix(rotation, translation);
         if (exported.has_children)
-            exported.inverse = Inverse(global);
+            exported.inverse = AffineInverse(global);
 
         if (i == 0)
         {
             AppendKey(node, time, translation, rotation);
             continue;
         }
-        const TEV2_MATRIX_3X4 local = Multiply(subtree[exported.parent].inverse, global);
+        const TEV2_MATRIX_3X4 local = Product(subtree[exported.parent].inverse, global);
         AppendKey(node, time, Column(local, 3), ToQuaternion(local));
     }
 }

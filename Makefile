@@ -1,0 +1,47 @@
+# The front door. Every target installs the Debian packages it lacks (and says so), builds what it needs, and runs.
+
+BUILD := build
+SAMPLE := samples/mocap_walk_cameras.dae
+JOBS := $(shell nproc)
+CTEST := ctest --output-on-failure --no-tests=error -j$(JOBS)
+
+.PHONY: help demo build test test-asan test-bytes lint format install clean packages
+
+help: ## Show this list
+	@awk -F ':.*## ' '/^[a-z-]+:.*## / { printf "  make %-12s %s\n", $$1, $$2 }' $(MAKEFILE_LIST)
+
+demo: build ## Export a real motion-capture scene and show what came out
+	@mkdir -p out
+	$(BUILD)/bin/tv2 export $(SAMPLE) out/walk.tv2
+	$(BUILD)/bin/tv2 check out/walk.tv2
+	$(BUILD)/bin/tv2 info out/walk.tv2
+
+build: packages ## Build everything; the command is build/bin/tv2 afterwards
+	@cmake --preset release > /dev/null
+	@cmake --build --preset release
+
+test: build ## Build and run all tests
+	cd $(BUILD) && $(CTEST)
+
+test-asan: packages ## Run all tests under AddressSanitizer and UndefinedBehaviorSanitizer
+	@cmake --preset asan > /dev/null
+	@cmake --build --preset asan
+	cd $(BUILD)/asan && $(CTEST)
+
+test-bytes: packages ## Export the samples with g++ and clang++ at -O0 and -O2 and compare the files
+	scripts/same_bytes.sh
+
+lint: packages ## Check formatting and run clang-tidy
+	scripts/lint.sh
+
+format: packages ## Format all sources
+	git ls-files '*.h' '*.cpp' | xargs clang-format -i
+
+install: build ## Install the command, the plug-in and the library (PREFIX=/usr/local)
+	cmake --install $(BUILD) --prefix $(or $(PREFIX),/usr/local)
+
+clean: ## Remove everything that was built
+	rm -rf $(BUILD) out
+
+packages:
+	@scripts/install_packages.sh
