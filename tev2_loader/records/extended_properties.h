@@ -43,17 +43,8 @@ public:
         return saved;
     }
 
-    void Update(float delta_time) override
-    {
-        if (track)
-            track->Update(delta_time);
-    }
-
-    void SetTime(float time) override
-    {
-        if (track)
-            track->SetTime(time);
-    }
+    void Update(float delta_time) override { UpdateEach(delta_time, track); }
+    void SetTime(float time) override { SetTimeEach(time, track); }
 };
 
 /// The user's own properties of a placed object or a node: named texts and named values of four kinds.

@@ -5,6 +5,7 @@
 #include "tev2_loader/serialisation/wide_string.h"
 
 #include <cstdint>
+#include <memory>
 
 namespace TEV2_LOADER
 {
@@ -46,6 +47,19 @@ public:
     /// Goes to a time in seconds; tracks hold before their first and after their last key.
     virtual void SetTime(float time) = 0;
 };
+
+/// Hand a call on to each object that is there.
+template <typename... Objects>
+void UpdateEach(float delta_time, const std::unique_ptr<Objects>&... objects)
+{
+    ((objects ? objects->Update(delta_time) : void()), ...);
+}
+
+template <typename... Objects>
+void SetTimeEach(float time, const std::unique_ptr<Objects>&... objects)
+{
+    ((objects ? objects->SetTime(time) : void()), ...);
+}
 
 /// A named record. Load and Save are always true.
 class TEV2_ENTITY : public TEV2_SERIALISABLE_OBJECT

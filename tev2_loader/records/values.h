@@ -2,7 +2,9 @@
 
 #include "tev2_loader/records/object_bases.h"
 
+#include <cstddef>
 #include <tuple>
+#include <utility>
 
 namespace TEV2_LOADER
 {
@@ -162,6 +164,11 @@ public:
     auto Components() { return std::tuple_cat(minimum.Components(), maximum.Components()); }
     auto Components() const { return std::tuple_cat(minimum.Components(), maximum.Components()); }
 };
+
+/// Bytes of a value of this type on disk.
+template <typename Value>
+inline constexpr std::size_t
+    kDiskSize = sizeof(float) * std::tuple_size_v<decltype(std::declval<const Value&>().Components())>;
 
 /// A value made of several floats.
 template <typename Value>

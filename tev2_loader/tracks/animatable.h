@@ -85,6 +85,13 @@ public:
     virtual Family& Divide(float divisor) = 0;
 };
 
+/// A copy of a track that may be null.
+template <typename Family>
+std::unique_ptr<Family> CloneTrack(const std::unique_ptr<Family>& track)
+{
+    return track ? std::unique_ptr<Family>(static_cast<Family*>(track->Clone().release())) : nullptr;
+}
+
 class TEV2_ANIMATABLE_FLOAT32 : public ScalableTrackOf<TEV2_ANIMATABLE_FLOAT32, float>
 {
 public:

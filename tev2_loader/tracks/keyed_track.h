@@ -43,7 +43,7 @@ public:
         if constexpr (BlockElement<Value>)
             LoadBlock(cursor, m_values);
         else
-            loaded &= LoadRecords(cursor, version, "values", m_values, sizeof(float));
+            loaded &= LoadRecords(cursor, version, "values", m_values, kDiskSize<Value>);
         return loaded;
     }
 
@@ -80,13 +80,16 @@ public:
         return std::make_unique<Concrete>(static_cast<const Concrete&>(*this));
     }
 
-    /// Hands the two values around the cursor and the fraction between them to interpolate.
+    /// Hands the two values around the cursor and the fraction between them to Interpolate; a cursor beyond
+    /// the last segment gives the last value.
     Value GetValue() const final
     {
         const std::size_t count = m_values.size();
-        if (count < 2)
-            return count == 0 ? Value{} : m_values.front();
-        const std::size_t key = std::min<std::size_t>(this->m_current_key, count - 2);
+        if (count == 0)
+            return Value{};
+        const std::size_t key = this->m_current_key;
+        if (key + 1 >= count)
+            return m_values.back();
         return Concrete::Interpolate(m_values[key], m_values[key + 1], this->m_fraction);
     }
 };

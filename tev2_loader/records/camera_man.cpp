@@ -1,0 +1,28 @@
+#include "tev2_loader/records/camera_man.h"
+
+#include "tev2_loader/serialisation/optional_object.h"
+
+namespace TEV2_LOADER
+{
+
+bool TEV2_CAMERA_MAN::Load(TEV2_MEMORY_CURSOR& cursor, float version)
+{
+    return LoadOptional(cursor, version, "cameraIndex", cameraIndex);
+}
+
+bool TEV2_CAMERA_MAN::Save(TEV2_FILE_WRITER& writer) const
+{
+    return SaveOptional(writer, cameraIndex);
+}
+
+void TEV2_CAMERA_MAN::Update(float delta_time)
+{
+    UpdateEach(delta_time, cameraIndex);
+}
+
+void TEV2_CAMERA_MAN::SetTime(float time)
+{
+    SetTimeEach(time, cameraIndex);
+}
+
+} // namespace TEV2_LOADER

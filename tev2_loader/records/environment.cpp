@@ -1,0 +1,53 @@
+#include "tev2_loader/records/environment.h"
+
+#include "tev2_loader/serialisation/optional_object.h"
+
+namespace TEV2_LOADER
+{
+
+namespace
+{
+
+bool LoadNoMap(TEV2_MEMORY_CURSOR& cursor, std::unique_ptr<TEV2_MATERIAL_MAP>& map)
+{
+    const RecordScope scope(cursor, "environmentMap");
+    map.reset();
+    const std::uint32_t present = cursor.ReadU32();
+    if (present == 0)
+        return true;
+    return cursor.Fail(TEV2_LOAD_CODE::EnvironmentMapUnsupported, "0", std::to_string(present),
+                       sizeof present);
+}
+
+} // namespace
+
+bool TEV2_ENVIRONMENT::Load(TEV2_MEMORY_CURSOR& cursor, float version)
+{
+    timeRange.Load(cursor, version);
+    bool loaded = LoadOptional(cursor, version, "environmentColour", environmentColour);
+    loaded &= LoadNoMap(cursor, environmentMap);
+    if (version >= 1.16f)
+        cursor.ReadBlock(reserved.data(), reserved.size());
+    return loaded;
+}
+
+bool TEV2_ENVIRONMENT::Save(TEV2_FILE_WRITER& writer) const
+{
+    bool saved = timeRange.Save(writer);
+    saved &= SaveOptional(writer, environmentColour);
+    saved &= SaveOptional(writer, environmentMap);
+    writer.WriteBlock(reserved.data(), reserved.size());
+    return saved;
+}
+
+void TEV2_ENVIRONMENT::Update(float delta_time)
+{
+    UpdateEach(delta_time, environmentColour, environmentMap);
+}
+
+void TEV2_ENVIRONMENT::SetTime(float time)
+{
+    SetTimeEach(time, environmentColour, environmentMap);
+}
+
+} // namespace TEV2_LOADER

@@ -1,0 +1,25 @@
+#include "tev2_loader/records/inf.h"
+
+namespace TEV2_LOADER
+{
+
+bool TEV2_INF::Load(TEV2_MEMORY_CURSOR& cursor, float /*version_before*/)
+{
+    version = cursor.ReadF32();
+    ReadWideString(cursor, creatorText);
+    ReadWideString(cursor, infoText);
+    if (kVersion >= version)
+        return true;
+    return cursor.Fail(TEV2_LOAD_CODE::UnsupportedVersion, "at most " + std::to_string(kVersion),
+                       std::to_string(version));
+}
+
+bool TEV2_INF::Save(TEV2_FILE_WRITER& writer) const
+{
+    writer.WriteF32(kVersion);
+    WriteWideString(*writer.stream, creatorText);
+    WriteWideString(*writer.stream, infoText);
+    return true;
+}
+
+} // namespace TEV2_LOADER

@@ -1,0 +1,26 @@
+#include "tev2_loader/records/unparsed_record.h"
+
+#include "tev2_loader/records/inf.h"
+
+namespace TEV2_LOADER
+{
+
+void UnparsedBody::Load(TEV2_MEMORY_CURSOR& cursor, float version)
+{
+    if (version != kVersion)
+    {
+        cursor.Warn(TEV2_LOAD_CODE::UnparsedOtherVersion, "version " + std::to_string(kVersion),
+                    "version " + std::to_string(version));
+    }
+    bytes.clear();
+    if (cursor.current < cursor.chunkEnd)
+        bytes.assign(cursor.current, cursor.chunkEnd);
+    cursor.current += bytes.size();
+}
+
+bool UnparsedBody::Save(TEV2_FILE_WRITER& writer) const
+{
+    return writer.WriteBlock(bytes.data(), bytes.size()) == bytes.size();
+}
+
+} // namespace TEV2_LOADER

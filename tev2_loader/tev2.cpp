@@ -1,0 +1,403 @@
+#include "tev2_loader/tev2.h"
+
+#include <algorithm>
+#include <limits>
+#include <string>
+
+namespace TEV2_LOADER
+{
+
+namespace
+{
+
+constexpr std::uint32_t kChunkHeader = 8; ///< u32 size, u32 id
+
+/// The instance lists in file order. Lists 7 and 9 are in no file that is saved, list 8 comes last of all.
+constexpr std::array<std::uint32_t, 7> kSavedInstanceLists = {3, 2, 5, 0, 4, 6, 1};
+constexpr std::uint32_t kLastInstanceList = 8;
+
+bool IsSaved(std::uint32_t list)
+{
+    return list != 7 && list != 9;
+}
+
+/// Writes the chunk of a record. Where numbers stand between id and body, these and the id count in the
+/// result.
+template <typename Record, typename... Prefix>
+bool SaveChunk(TEV2_FILE_WRITER& writer, const Record& record, Prefix... prefix)
+{
+    writer.BeginChunk();
+    bool saved = writer.WriteU32(record.GetChunkId()) || sizeof...(prefix) == 0;
+    ((saved &= writer.WriteU32(prefix)), ...);
+    saved &= record.Save(writer);
+    writer.EndChunk();
+    return saved;
+}
+
+template <typename Object>
+bool SaveEach(TEV2_FILE_WRITER& writer, const TEV2::Array<Object>& array)
+{
+    bool saved = true;
+    for (const auto& object : array)
+    {
+        if (object)
+            saved &= SaveChunk(writer, *object);
+    }
+    return saved;
+}
+
+template <typename Object>
+bool SaveEachWithType(TEV2_FILE_WRITER& writer, const TEV2::Array<Object>& array)
+{
+    bool saved = true;
+    for (const auto& object : array)
+    {
+        if (object)
+            saved &= SaveChunk(writer, *object, object->GetType());
+    }
+    return saved;
+}
+
+bool SaveInstances(TEV2_FILE_WRITER& writer, const TEV2& scene, std::uint32_t list)
+{
+    bool saved = true;
+    for (const auto& instance : scene.instanceLists[list])
+    {
+        if (instance)
+            saved &= SaveChunk(writer, *instance, list);
+    }
+    return saved;
+}
+
+/// The number that stands between a chunk's id and its body.
+bool ReadPrefix(TEV2_MEMORY_CURSOR& cursor, std::uint32_t& prefix)
+{
+    const auto present = cursor.chunkEnd - cursor.current;
+    if (present < static_cast<std::ptrdiff_t>(sizeof prefix))
+        return cursor.Fail(TEV2_LOAD_CODE::ChunkTooSmall, "4 bytes", std::to_string(present) + " bytes");
+    prefix = cursor.ReadU32();
+    return true;
+}
+
+template <typename Record>
+bool LoadEmbedded(TEV2_MEMORY_CURSOR& cursor, float version, const char* label, Record& record)
+{
+    const RecordScope scope(cursor, label);
+    return record.Load(cursor, version);
+}
+
+/// The object is in its array before it is read.
+template <typename Object>
+bool LoadInto(TEV2_MEMORY_CURSOR& cursor, float version, const char* label, TEV2::Array<Object>& array)
+{
+    const RecordScope scope(cursor, label, array.size());
+    return array.emplace_back(std::make_unique<Object>())->Load(cursor, version);
+}
+
+/// The object is in its array only when it was read.
+template <typename Object>
+bool LoadIntoWithType(TEV2_MEMORY_CURSOR& cursor, float version, const char* label,
+                      TEV2::Array<Object>& array)
+{
+    const RecordScope scope(cursor, label, array.size());
+    std::uint32_t type = 0;
+    if (!ReadPrefix(cursor, type))
+        return false;
+    auto object = Object::Create(type);
+    if (!object->Load(cursor, version))
+        return false;
+    array.push_back(std::move(object));
+    return true;
+}
+
+bool LoadInstance(TEV2_MEMORY_CURSOR& cursor, float version, std::uint32_t chunkId, TEV2& scene)
+{
+    std::uint32_t list = 0;
+    if (!ReadPrefix(cursor, list))
+        return false;
+    if (list >= TEV2::kInstanceLists)
+        return cursor.Fail(TEV2_LOAD_CODE::BadInstanceList, "at most 9", std::to_string(list), sizeof list);
+
+    auto& instances = scene.instanceLists[list];
+    const RecordScope scope(cursor, "instanceLists", list);
+    const RecordScope place(cursor, "", instances.size());
+    if (!IsSaved(list))
+        cursor.Warn(TEV2_LOAD_CODE::InstanceListNeverSaved, "a list other than 7 and 9",
+                    std::to_string(list));
+    return instances.emplace_back(TEV2_INSTANCE::Create(chunkId))->Load(cursor, version);
+}
+
+void WarnWhereRecordEnds(TEV2_MEMORY_CURSOR& cursor)
+{
+    if (cursor.current == cursor.chunkEnd)
+        return;
+    const bool before = cursor.current < cursor.chunkEnd;
+    cursor.Warn(before ? TEV2_LOAD_CODE::RecordEndsBeforeChunk : TEV2_LOAD_CODE::RecordEndsAfterChunk,
+                "end at " + std::to_string(cursor.chunkEnd - cursor.begin),
+                "end at " + std::to_string(cursor.Offset()));
+}
+
+} // namespace
+
+bool TEV2::Save(TEV2_FILE_WRITER& writer) const
+{
+    TEV2_FILE_STREAM& stream = *writer.stream;
+    const std::int32_t magicPosition = stream.Tell();
+    const std::uint32_t unfinished = 0;
+    stream.Write(&unfinished, sizeof unfinished);
+
+    bool saved = SaveChunk(writer, information);
+    saved &= SaveChunk(writer, TEV2_ARRAY_LENGTH_HELPER(*this));
+    saved &= SaveChunk(writer, environment);
+    if (globalLightTint)
+        saved &= SaveChunk(writer, *globalLightTint);
+    if (ambientLight)
+        saved &= SaveChunk(writer, *ambientLight);
+    saved &= SaveChunk(writer, cameraMan);
+    saved &= SaveEachWithType(writer, lights);
+    saved &= SaveEach(writer, cameras);
+    saved &= SaveEach(writer, rigids);
+    saved &= SaveEach(writer, animMeshes);
+    saved &= SaveEach(writer, morphMeshes);
+    saved &= SaveEach(writer, weightedMeshes);
+    saved &= SaveEach(writer, bezierSplines);
+    saved &= SaveEach(writer, helpers);
+    saved &= SaveEach(writer, speedTreeReferences);
+    saved &= SaveChunk(writer, matrixHierarchy);
+    saved &= SaveEachWithType(writer, materials);
+    for (const std::uint32_t list : kSavedInstanceLists)
+        saved &= SaveInstances(writer, *this, list);
+    saved &= SaveEach(writer, xrefs15);
+    saved &= SaveEach(writer, xrefs20);
+    saved &= SaveEach(writer, xrefObjects);
+    saved &= SaveInstances(writer, *this, kLastInstanceList);
+
+    // Errors of buffered writes show only now. A file that lost anything stays without its magic.
+    stream.Flush();
+    if (stream.lastError == 0)
+    {
+        stream.Seek(magicPosition);
+        stream.Write(&kMagic, sizeof kMagic);
+    }
+    return saved;
+}
+
+bool TEV2::Load(TEV2_MEMORY_CURSOR& cursor, bool applyStartTime)
+{
+    Clear();
+    if (cursor.begin == cursor.end)
+        return cursor.Fail(TEV2_LOAD_CODE::EmptyImage, "a scene file", "no bytes");
+    if (cursor.Remaining() > std::numeric_limits<std::uint32_t>::max())
+    {
+        return cursor.Fail(TEV2_LOAD_CODE::ImageTooLarge, "less than 4 GiB",
+                           std::to_string(cursor.Remaining()) + " bytes");
+    }
+    const std::uint32_t magic = cursor.ReadU32();
+    if (cursor.Failed())
+        return false;
+    if (magic != kMagic)
+    {
+        return cursor.Fail(TEV2_LOAD_CODE::BadMagic, std::to_string(kMagic),
+                           std::to_string(magic) + (magic == 0 ? " (an interrupted save)" : ""),
+                           sizeof magic);
+    }
+
+    float version = 0.0f;
+    while (cursor.Remaining() > 0)
+    {
+        TEV2_CHUNK_SPAN chunk;
+        chunk.offset = cursor.Offset();
+        if (cursor.Remaining() < kChunkHeader)
+        {
+            return cursor.Fail(TEV2_LOAD_CODE::TruncatedChunkHeader, "8 bytes",
+                               std::to_string(cursor.Remaining()) + " bytes");
+        }
+        chunk.size = cursor.ReadU32();
+        chunk.id = cursor.ReadU32();
+        // A size below 8 wraps round and is as wrong as one that is too large.
+        if (cursor.Remaining() < std::uint32_t{chunk.size - kChunkHeader})
+        {
+            return cursor.Fail(TEV2_LOAD_CODE::BadChunkSize,
+                               "8 to " + std::to_string(cursor.Remaining() + kChunkHeader),
+                               std::to_string(chunk.size), kChunkHeader);
+        }
+
+        cursor.EnterChunk(chunk);
+        const bool loaded = LoadChunk(cursor, chunk.id, version) && !cursor.Failed();
+        if (chunk.id == information.GetChunkId())
+        {
+            version = information.version;
+            if (cursor.Report() != nullptr)
+                cursor.Report()->version = version;
+        }
+        if (!loaded)
+            return false;
+        WarnWhereRecordEnds(cursor);
+        cursor.LeaveChunk();
+    }
+
+    AfterLoad();
+    if (applyStartTime)
+        SetTime(environment.timeRange.minimum);
+    return true;
+}
+
+bool TEV2::LoadChunk(TEV2_MEMORY_CURSOR& cursor, std::uint32_t id, float version)
+{
+    switch (id)
+    {
+    case 0:
+        return LoadEmbedded(cursor, version, "information", information);
+    case 1:
+    {
+        TEV2_ARRAY_LENGTH_HELPER lengths;
+        if (!LoadEmbedded(cursor, version, "arrayLengths", lengths) || cursor.Failed())
+            return false;
+        lengths.Reserve(*this, cursor.Remaining() / kChunkHeader);
+        return true;
+    }
+    case 2:
+        return LoadEmbedded(cursor, version, "environment", environment);
+    case 3:
+        globalLightTint = std::make_unique<TEV2_GLOBAL_LIGHT_TINT>();
+        return LoadEmbedded(cursor, version, "globalLightTint", *globalLightTint);
+    case 4:
+    {
+        auto light = std::make_unique<TEV2_AMBIENT_LIGHT>();
+        if (!LoadEmbedded(cursor, version, "ambientLight", *light))
+            return false;
+        ambientLight = std::move(light);
+        return true;
+    }
+    case 5:
+        return LoadIntoWithType(cursor, version, "lights", lights);
+    case 6:
+        return LoadInto(cursor, version, "cameras", cameras);
+    case 7:
+        return LoadInto(cursor, version, "rigids", rigids);
+    case 8:
+        return LoadInto(cursor, version, "animMeshes", animMeshes);
+    case 9:
+        return LoadInto(cursor, version, "morphMeshes", morphMeshes);
+    case 10:
+        return LoadInto(cursor, version, "weightedMeshes", weightedMeshes);
+    case 11:
+        return LoadInto(cursor, version, "bezierSplines", bezierSplines);
+    case 12:
+        return LoadEmbedded(cursor, version, "matrixHierarchy", matrixHierarchy);
+    case 13:
+        return LoadIntoWithType(cursor, version, "materials", materials);
+    case 14:
+    case 16:
+    case 18:
+    case 19:
+        return LoadInstance(cursor, version, id, *this);
+    case 15:
+        return LoadInto(cursor, version, "xrefs15", xrefs15);
+    case 17:
+        return LoadInto(cursor, version, "helpers", helpers);
+    case 20:
+        return LoadInto(cursor, version, "xrefs20", xrefs20);
+    case 21:
+        return LoadInto(cursor, version, "xrefObjects", xrefObjects);
+    case 22:
+        return LoadEmbedded(cursor, version, "cameraMan", cameraMan);
+    case 23:
+        return LoadInto(cursor, version, "speedTreeReferences", speedTreeReferences);
+    default:
+        cursor.Warn(TEV2_LOAD_CODE::UnknownChunk, "a chunk id from 0 to 23", std::to_string(id));
+        cursor.current = cursor.chunkEnd;
+        return true;
+    }
+}
+
+void TEV2::AfterLoad()
+{
+    if (weightedMeshes.empty())
+        return;
+    matrixHierarchy.SetTime(environment.timeRange.minimum);
+    inverseBindMatrices.reserve(matrixHierarchy.nodes.size());
+    for (const TEV2_MATRIX_NODE& node : matrixHierarchy.nodes)
+        inverseBindMatrices.push_back(Inverse(node.worldMatrix));
+}
+
+void TEV2::Clear()
+{
+    information = {};
+    environment = {};
+    ambientLight.reset();
+    globalLightTint.reset();
+    lights.clear();
+    cameras.clear();
+    rigids.clear();
+    animMeshes.clear();
+    morphMeshes.clear();
+    weightedMeshes.clear();
+    bezierSplines.clear();
+    helpers.clear();
+    speedTreeReferences.clear();
+    matrixHierarchy = {};
+    materials.clear();
+    for (auto& list : instanceLists)
+        list.clear();
+    xrefs15.clear();
+    xrefs20.clear();
+    xrefObjects.clear();
+    cameraMan = {};
+    inverseBindMatrices.clear();
+}
+
+/// Reaches everything that moves; Update takes the cameras before the rigids, SetTime after them.
+template <typename Call>
+void TEV2::Broadcast(Call call, bool camerasFirst)
+{
+    const auto each = [&call](auto& array)
+    {
+        for (const auto& object : array)
+        {
+            if (object)
+                call(*object);
+        }
+    };
+
+    call(matrixHierarchy);
+    call(environment);
+    if (ambientLight)
+        call(*ambientLight);
+    if (globalLightTint)
+        call(*globalLightTint);
+    each(lights);
+    if (camerasFirst)
+        each(cameras);
+    each(rigids);
+    if (!camerasFirst)
+        each(cameras);
+    each(animMeshes);
+    each(morphMeshes);
+    each(weightedMeshes);
+    each(bezierSplines);
+    for (const auto& mesh : weightedMeshes)
+    {
+        if (mesh)
+            mesh->Bind(matrixHierarchy, inverseBindMatrices);
+    }
+    each(materials);
+    each(speedTreeReferences);
+    for (const std::size_t list : {9, 3, 5, 0, 4, 6, 1, 7, 8})
+        each(instanceLists[list]);
+    each(xrefs15);
+    each(xrefs20);
+    call(cameraMan);
+}
+
+void TEV2::Update(float delta_time)
+{
+    Broadcast([delta_time](TEV2_INTERNAL_ANIM_OBJECT& object) { object.Update(delta_time); }, true);
+}
+
+void TEV2::SetTime(float time)
+{
+    Broadcast([time](TEV2_INTERNAL_ANIM_OBJECT& object) { object.SetTime(time); }, false);
+}
+
+} // namespace TEV2_LOADER

@@ -1,0 +1,144 @@
+#include "tev2_loader/tracks/animatable.h"
+
+#include "tev2_loader/serialisation/arrays.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace TEV2_LOADER
+{
+
+namespace
+{
+
+constexpr std::size_t kNoSegment = ~std::size_t{0};
+
+/// So many neighbouring segments are tried one by one before the rest is bisected: playback mostly moves by
+/// one.
+constexpr std::size_t kNearSegments = 4;
+
+/// Whether the segment that key opens holds the time, both ends included.
+bool Holds(const std::vector<float>& times, std::size_t key, float time)
+{
+    return times[key] <= time && times[key + 1] >= time;
+}
+
+std::size_t SegmentIfHolds(const std::vector<float>& times, std::size_t key, float time)
+{
+    return Holds(times, key, time) ? key : kNoSegment;
+}
+
+/// The first segment from key on that holds the time.
+std::size_t SearchForward(const std::vector<float>& times, std::size_t key, float time)
+{
+    const std::size_t segments = times.size() - 1;
+    for (const std::size_t near = std::min(segments, key + kNearSegments); key < near; ++key)
+    {
+        if (Holds(times, key, time))
+            return key;
+    }
+    if (key == segments)
+        return kNoSegment;
+    const auto first_close = times.begin() + static_cast<std::ptrdiff_t>(key) + 1;
+    const auto close = std::lower_bound(first_close, times.end(), time);
+    if (close == times.end())
+        return kNoSegment;
+    return SegmentIfHolds(times, static_cast<std::size_t>(close - times.begin()) - 1, time);
+}
+
+/// The first segment from key downwards that holds the time.
+std::size_t SearchBackward(const std::vector<float>& times, std::size_t key, float time)
+{
+    for (std::size_t steps = 0; steps < kNearSegments; ++steps, --key)
+    {
+        if (Holds(times, key, time))
+            return key;
+        if (key == 0)
+            return kNoSegment;
+    }
+    const auto behind_last_open = times.begin() + static_cast<std::ptrdiff_t>(key) + 1;
+    const auto behind_open = std::upper_bound(times.begin(), behind_last_open, time);
+    if (behind_open == times.begin())
+        return kNoSegment;
+    return SegmentIfHolds(times, static_cast<std::size_t>(behind_open - times.begin()) - 1, time);
+}
+
+} // namespace
+
+bool TEV2_ANIMATABLE::Load(TEV2_MEMORY_CURSOR& cursor, float /*version*/)
+{
+    m_current_key = cursor.ReadU32();
+    m_fraction = cursor.ReadF32();
+    LoadBlock(cursor, m_times);
+    return true;
+}
+
+bool TEV2_ANIMATABLE::Save(TEV2_FILE_WRITER& writer) const
+{
+    bool saved = writer.WriteU32(m_current_key);
+    saved &= writer.WriteF32(m_fraction);
+    saved &= SaveNumbers(writer, m_times);
+    return saved;
+}
+
+float TEV2_ANIMATABLE::PresentTime(std::size_t key) const
+{
+    return m_times[key] + (m_times[key + 1] - m_times[key]) * m_fraction;
+}
+
+void TEV2_ANIMATABLE::Update(float delta_time)
+{
+    if (m_times.size() < 2)
+        return;
+
+    const float first = m_times.front();
+    const float last = m_times.back();
+    const float time = PresentTime(std::min<std::size_t>(m_current_key, m_times.size() - 2)) + delta_time;
+    if (last >= time)
+    {
+        SetTime(time);
+        return;
+    }
+    const float span = last - first;
+    const float lengths = (time - last) / span;
+    const float wrapped = lengths - std::trunc(lengths + 0.5f);
+    SetTime(wrapped * span + first);
+}
+
+void TEV2_ANIMATABLE::SetTime(float time)
+{
+    const std::size_t count = m_times.size();
+    if (count < 2)
+        return;
+    if (time >= m_times.back())
+    {
+        m_current_key = static_cast<std::uint32_t>(count - 2);
+        m_fraction = 1.0f;
+        return;
+    }
+    if (m_times.front() >= time)
+    {
+        m_current_key = 0;
+        m_fraction = 0.0f;
+        return;
+    }
+
+    const std::size_t key = std::min<std::size_t>(m_current_key, count - 2);
+    const float present = PresentTime(key);
+    std::size_t segment = kNoSegment;
+    if (std::isnan(present))
+        segment = SearchForward(m_times, 0, time); // a cursor that is nowhere: start over
+    else if (time - present >= 0.0f)
+        segment = SearchForward(m_times, key, time);
+    else
+        segment = SearchBackward(m_times, key, time);
+    if (segment == kNoSegment)
+        return;
+
+    const float opening = m_times[segment];
+    const float span = m_times[segment + 1] - opening;
+    m_current_key = static_cast<std::uint32_t>(segment);
+    m_fraction = span > 0.0f ? (time - opening) / span : 0.0f;
+}
+
+} // namespace TEV2_LOADER
