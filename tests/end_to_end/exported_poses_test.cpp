@@ -1,0 +1,178 @@
+// Exports real scenes through the plug-in module as the command does, and holds the pose that the file gives
+// at every sample against the scene itself. The file is known only through the format library.
+
+#include "host/scene_import/scene_import.h"
+#include "mobu_host/plugin.h"
+#include "mobu_host/scene.h"
+#include "tev2_loader/serialisation/file_image.h"
+#include "tev2_loader/tev2.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <filesystem>
+#include <map>
+
+namespace
+{
+
+using namespace TEV2_LOADER;
+namespace fs = std::filesystem;
+
+// Columns of a rotation and a place, in the frame of the file but in double precision.
+struct Pose
+{
+    double m[3][4];
+};
+
+// Pose of a model that the scene has just evaluated: metres, Z mirrored, unit axes in the order of the
+// format.
+Pose ScenePose(FBModel& model)
+{
+    FBMatrix global;
+    model.GetMatrix(global, kModelTransformation, true, nullptr);
+    const bool is_camera = model.Is(FBCamera::TypeInfo);
+    const int axis_of_column[2][3] = {{0, 2, 1}, {2, 1, 0}};
+    Pose pose{};
+    for (int column = 0; column < 3; ++column)
+    {
+        const int axis = axis_of_column[is_camera][column];
+        const double length = std::hypot(global(axis, 0), global(axis, 1), global(axis, 2));
+        pose.m[0][column] = global(axis, 0) / length;
+        pose.m[1][column] = global(axis, 1) / length;
+        pose.m[2][column] = -global(axis, 2) / length;
+    }
+    pose.m[0][3] = global(3, 0) * 0.01;
+    pose.m[1][3] = global(3, 1) * 0.01;
+    pose.m[2][3] = -global(3, 2) * 0.01;
+    return pose;
+}
+
+// The frame in which a whole scene is exported: relative to the converted scene root, which has X, Z and Y
+// for axes.
+Pose RelativeToSceneRoot(const Pose& p)
+{
+    Pose relative{};
+    for (int column = 0; column < 4; ++column)
+    {
+        relative.m[0][column] = p.m[0][column];
+        relative.m[1][column] = -p.m[2][column];
+        relative.m[2][column] = p.m[1][column];
+    }
+    return relative;
+}
+
+class ExportedPoses : public testing::TestWithParam<std::string>
+{
+};
+
+// How far the file's world matrices lie from the scene, at worst.
+struct Deviation
+{
+    double axis = 0.0;  // components of unit vectors
+    double place = 0.0; // metres
+    std::size_t poses = 0;
+
+    void Add(const Pose& expected, const TEV2_MATRIX_3X4& actual)
+    {
+        ++poses;
+        for (int row = 0; row < 3; ++row)
+            for (int column = 0; column < 4; ++column)
+            {
+                const double off =
+                    std::fabs(expected.m[row][column] - static_cast<double>(actual.m[row][column]));
+                double& worst = column == 3 ? place : axis;
+                worst = off > worst || std::isnan(off) ? off : worst;
+            }
+    }
+};
+
+Deviation CompareTake(FBTake& take, const std::string& path, float rate)
+{
+    std::vector<std::uint8_t> image;
+    std::string error;
+    EXPECT_TRUE(ReadFileImage(path, image, error)) << error;
+    TEV2_LOAD_REPORT report;
+    TEV2_MEMORY_CURSOR cursor(image.data(), image.size(), &report);
+    TEV2 file;
+    EXPECT_TRUE(file.Load(cursor, true)) << path;
+    EXPECT_TRUE(report.findings.empty()) << path;
+
+    const std::vector<FBModel*> models = mobu_host::ModelsInPreOrder();
+    EXPECT_EQ(file.matrixHierarchy.nodes.size(), models.size()) << path;
+
+    Deviation deviation;
+    FBSystem system;
+    FBPlayerControl player;
+    system.CurrentTake = &take;
+    const auto compare_at = [&](float seconds)
+    {
+        FBTime time;
+        time.SetSecondDouble(static_cast<double>(seconds));
+        player.Goto(time);
+        system.Scene->Evaluate();
+        file.SetTime(seconds);
+        for (std::size_t i = 1; i < models.size(); ++i)
+            deviation.Add(RelativeToSceneRoot(ScenePose(*models[i])),
+                          file.matrixHierarchy.nodes[i].worldMatrix);
+    };
+    const float end = file.environment.timeRange.maximum;
+    for (float time = file.environment.timeRange.minimum; time < end; time += 1.0f / rate)
+        compare_at(time);
+    compare_at(end);
+    return deviation;
+}
+
+TEST_P(ExportedPoses, AreThoseOfTheScene)
+{
+    const fs::path scene = GetParam();
+    if (!fs::exists(scene))
+        GTEST_SKIP() << scene << " is not there";
+    const mobu_host::SceneImportResult imported = mobu_host::ImportScene(scene);
+    ASSERT_TRUE(imported.ok) << imported.error;
+
+    std::string error;
+    const auto plugin = mobu_host::Plugin::Load(TV2_PLUGIN, error);
+    ASSERT_TRUE(plugin) << error;
+    const auto export_tv2 =
+        plugin->Symbol<unsigned(const char*, int, int, int, bool, bool, bool, bool, bool, bool)>(
+            "python_export_tv2");
+    ASSERT_TRUE(export_tv2);
+
+    const fs::path folder = fs::path(testing::TempDir()) / ("tv2_poses_" + scene.filename().string());
+    fs::remove_all(folder);
+    fs::create_directories(folder);
+    const int rate = static_cast<int>(std::lround(FBPlayerControl().GetTransportFpsValue()));
+    ASSERT_EQ(export_tv2((folder / ".tv2").c_str(), 0, 0, rate, true, false, true, false, true, true), 1u);
+
+    FBScene& open = mobu_host::Scene();
+    for (int i = 0; i < open.Takes.GetCount(); ++i)
+    {
+        FBTake& take = *open.Takes[i];
+        std::string name = static_cast<const char*>(take.Name);
+        std::replace(name.begin(), name.end(), ' ', '_');
+        const Deviation deviation = CompareTake(take, folder / (name + ".tv2"), static_cast<float>(rate));
+        EXPECT_LE(deviation.axis, 1e-4) << name;
+        EXPECT_LE(deviation.place, 1e-4) << name << ", metres";
+        EXPECT_GT(deviation.poses, 0u);
+        std::cout << scene.filename().string() << " " << name << ": " << deviation.poses
+                  << " poses, axes off by " << deviation.axis << ", places by " << deviation.place * 1000.0
+                  << " mm\n";
+    }
+    fs::remove_all(folder);
+}
+
+const std::string kSamples = TV2_SAMPLES_DIR "/";
+const std::string kScenes = TV2_SCENES_DIR "/";
+
+INSTANTIATE_TEST_SUITE_P(Scenes, ExportedPoses,
+                         testing::Values(kSamples + "mocap_walk_cameras.dae", kSamples + "robot_14_takes.glb",
+                                         kSamples + "extras_property.glb", kScenes + "mocap_01_03.bvh",
+                                         kScenes + "tpose_173_joints.bvh"),
+                         [](const auto& info)
+                         {
+                             std::string name = fs::path(info.param).stem();
+                             return name;
+                         });
+
+} // namespace
