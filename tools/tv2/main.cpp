@@ -15,6 +15,8 @@ using AddVerb = void (*)(CLI::App&, VerbContext&);
 /// In the order in which the help lists them.
 constexpr AddVerb kVerbs[] = {
     AddInfoVerb,
+    AddDumpVerb,
+    AddCheckVerb,
 };
 
 } // namespace

@@ -1,0 +1,200 @@
+// tv2 check: all that is wrong with a file, or looks wrong.
+
+#include "tools/tv2/check_codes.h"
+#include "tools/tv2/json.h"
+#include "tools/tv2/lint.h"
+#include "tools/tv2/loaded_file.h"
+#include "tools/tv2/names.h"
+#include "tools/tv2/text.h"
+#include "tools/tv2/verb.h"
+
+#include <CLI/CLI.hpp>
+
+#include <array>
+#include <iomanip>
+#include <map>
+
+namespace
+{
+
+struct CheckOptions
+{
+    std::vector<std::string> files;
+    bool codes = false;
+    bool all = false;
+    bool json = false;
+};
+
+/// How many findings of one code the text shows of a file.
+constexpr std::size_t kMostOfOneCode = 5;
+
+void PrintCodes(const CheckOptions& options, std::ostream& out)
+{
+    if (options.json)
+    {
+        Json json = {{"codes", Json::array()}};
+        for (const CheckCode& code : CheckCodes())
+        {
+            json["codes"].push_back({{"code", code.code},
+                                     {"severity", SeverityName(code.severity)},
+                                     {"sentence", code.sentence}});
+        }
+        out << json.dump(2) << '\n';
+        return;
+    }
+    for (const CheckCode& code : CheckCodes())
+    {
+        out << std::left << std::setw(28) << code.code << std::setw(9) << SeverityName(code.severity)
+            << code.sentence << '\n';
+    }
+}
+
+std::string CountsText(const std::array<std::size_t, 3>& counts)
+{
+    std::string text;
+    const auto add = [&text](std::size_t count, const char* singular, const char* plural)
+    {
+        if (count > 0)
+        {
+            text += (text.empty() ? "" : ", ") + CountOf(count, singular, plural);
+        }
+    };
+    add(counts[2], "error", "errors");
+    add(counts[1], "warning", "warnings");
+    add(counts[0], "note", "notes");
+    return text.empty() ? "clean" : text;
+}
+
+void PrintFinding(const Finding& finding, std::ostream& out)
+{
+    out << "  " << SeverityName(finding.severity) << ' ' << finding.code << " at byte " << finding.offset;
+    if (!finding.path.empty())
+    {
+        out << ", " << finding.path;
+    }
+    else if (finding.chunk_id)
+    {
+        out << ", chunk " << *finding.chunk_id << " (" << ChunkTitle(*finding.chunk_id) << ")";
+    }
+    out << ": " << finding.message << '\n';
+}
+
+Json ToJson(const Finding& finding)
+{
+    Json json;
+    json["code"] = finding.code;
+    json["severity"] = SeverityName(finding.severity);
+    json["offset"] = finding.offset;
+    json["chunkId"] = nullptr;
+    json["chunkOffset"] = nullptr;
+    if (finding.chunk_id)
+    {
+        json["chunkId"] = *finding.chunk_id;
+        json["chunkOffset"] = finding.chunk_offset;
+    }
+    json["path"] = finding.path;
+    json["message"] = finding.message;
+    return json;
+}
+
+void PrintFile(const LoadedFile& file, const std::vector<Finding>& findings, const std::string& counts,
+               const CheckOptions& options, std::ostream& out)
+{
+    out << file.path << ": " << counts << '\n';
+    std::map<std::string, std::size_t> shown;
+    for (const Finding& finding : findings)
+    {
+        if (++shown[finding.code] <= kMostOfOneCode || options.all)
+        {
+            PrintFinding(finding, out);
+        }
+    }
+    for (const auto& [code, count] : shown)
+    {
+        if (count > kMostOfOneCode && !options.all)
+        {
+            out << "  ... " << CountText(count - kMostOfOneCode) << " more of " << code
+                << " (--all shows them)\n";
+        }
+    }
+}
+
+void RunCheck(const CheckOptions& options, VerbContext& context)
+{
+    if (options.codes)
+    {
+        PrintCodes(options, context.out);
+        return;
+    }
+    Json json = {{"files", Json::array()}};
+    for (const std::string& path : options.files)
+    {
+        LoadedFile file;
+        std::string error;
+        if (!ReadFile(path, file, error))
+        {
+            context.err << "tv2 check: " << error << '\n';
+            context.Report(kExitCouldNotRun);
+            continue;
+        }
+        const std::vector<Finding> findings = Examine(file);
+        std::array<std::size_t, 3> counts{};
+        for (const Finding& finding : findings)
+        {
+            ++counts[static_cast<std::size_t>(finding.severity)];
+        }
+        const bool clean = counts[1] == 0 && counts[2] == 0;
+        if (!clean)
+        {
+            context.Report(kExitFindings);
+        }
+        if (!options.json)
+        {
+            PrintFile(file, findings, CountsText(counts), options, context.out);
+            continue;
+        }
+        Json entry;
+        entry["file"] = path;
+        entry["loaded"] = file.loaded;
+        entry["clean"] = clean;
+        entry["findings"] = Json::array();
+        for (const Finding& finding : findings)
+        {
+            entry["findings"].push_back(ToJson(finding));
+        }
+        json["files"].push_back(std::move(entry));
+    }
+    if (options.json)
+    {
+        context.out << json.dump(2, ' ', false, Json::error_handler_t::replace) << '\n';
+    }
+}
+
+} // namespace
+
+void AddCheckVerb(CLI::App& app, VerbContext& context)
+{
+    auto options = std::make_shared<CheckOptions>();
+    CLI::App* verb = app.add_subcommand("check", "All that is wrong with a file, or looks wrong");
+    verb->add_option("FILE", options->files, "The .tv2 files");
+    verb->add_flag("--codes", options->codes, "List all codes, each with a sentence, and do nothing else");
+    verb->add_flag("--all", options->all, "Show every finding, however many there are of one code");
+    verb->add_flag("--json", options->json,
+                   "Print JSON: an object with one entry of \"files\" for each file");
+    verb->footer(
+        "Exit code: 0 for files without errors and warnings (notes do not count), 1 otherwise,\n"
+        "2 when a file cannot be read.\n"
+        "Examples:\n"
+        "  tv2 check takes/*.tv2\n"
+        "  tv2 check --json walk.tv2 | jq -r '.files[].findings[] | [.code, .offset, .path] | @tsv'\n"
+        "  tv2 check --codes");
+    verb->callback(
+        [options, verb, &context]
+        {
+            if (options->files.empty() && !options->codes)
+            {
+                throw CLI::RequiredError("FILE");
+            }
+            RunCheck(*options, context);
+        });
+}

@@ -1,0 +1,345 @@
+#include "tools/tv2/export_plan.h"
+
+#include "exporter/file_naming.h"
+#include "exporter/text.h"
+#include "tools/tv2/text.h"
+
+#include <mobu_host/scene.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cmath>
+#include <cstring>
+#include <filesystem>
+#include <limits>
+#include <map>
+#include <sys/stat.h>
+#include <unistd.h>
+
+using tev2_exporter::Narrow;
+using tev2_exporter::SamplingRange;
+using tev2_exporter::Widen;
+
+namespace
+{
+
+/// The writer keeps no more of a path.
+constexpr std::size_t kLongestPath = 260;
+constexpr std::size_t kMostNamesShown = 12;
+
+std::string Quoted(const std::string& text)
+{
+    return '"' + OneLine(text) + '"';
+}
+
+std::string Listed(const std::vector<std::string>& names)
+{
+    std::string list;
+    for (std::size_t i = 0; i < std::min(names.size(), kMostNamesShown); ++i)
+    {
+        list += (i == 0 ? "" : ", ") + Quoted(names[i]);
+    }
+    if (names.size() > kMostNamesShown)
+    {
+        list += " and " + CountText(names.size() - kMostNamesShown) + " more (tv2 scene shows them all)";
+    }
+    return list;
+}
+
+std::vector<FBTake*> TakesOfScene()
+{
+    FBPropertyListTake& takes = mobu_host::Scene().Takes;
+    std::vector<FBTake*> list;
+    for (int i = 0; i < takes.GetCount(); ++i)
+    {
+        list.push_back(takes[i]);
+    }
+    return list;
+}
+
+std::string NameOf(FBTake& take)
+{
+    return static_cast<const char*>(take.Name);
+}
+
+std::string LongNameOf(FBModel& model)
+{
+    return static_cast<const char*>(model.LongName);
+}
+
+std::string ChooseTake(const std::string& name)
+{
+    if (name.empty())
+    {
+        return {};
+    }
+    std::vector<std::string> names;
+    for (FBTake* take : TakesOfScene())
+    {
+        names.push_back(NameOf(*take));
+        if (names.back() == name)
+        {
+            FBSystem().CurrentTake = take;
+            return {};
+        }
+    }
+    return "there is no take " + Quoted(name) + "; the scene has " + Listed(names);
+}
+
+std::string SelectModels(const std::vector<std::string>& wanted)
+{
+    const std::vector<FBModel*> models = mobu_host::ModelsInPreOrder();
+    for (const std::string& name : wanted)
+    {
+        const auto found = std::find_if(models.begin(), models.end(),
+                                        [&name](FBModel* model) { return LongNameOf(*model) == name; });
+        if (found == models.end())
+        {
+            std::vector<std::string> names;
+            for (FBModel* model : models)
+            {
+                names.push_back(LongNameOf(*model));
+            }
+            return "there is no model " + Quoted(name) + "; the scene has " + Listed(names);
+        }
+        (*found)->Selected = true;
+    }
+    return {};
+}
+
+void CountNodes(ExportPlan& plan)
+{
+    std::vector<FBModel*> tops;
+    const std::vector<FBModel*> models = mobu_host::ModelsInPreOrder();
+    for (FBModel* model : models)
+    {
+        bool below_selected = false;
+        for (FBModel* up = model->Parent; up != nullptr; up = up->Parent)
+        {
+            below_selected = below_selected || up->Selected;
+        }
+        if (model->Selected && !below_selected)
+        {
+            tops.push_back(model);
+        }
+    }
+    if (tops.empty())
+    {
+        tops.push_back(models.front());
+    }
+    plan.nodes = tops.front() == models.front() ? 0 : 1; // a root of the exporter's own above selected models
+    for (FBModel* top : tops)
+    {
+        for (FBModel* model : mobu_host::ModelsInPreOrder(top))
+        {
+            ++plan.nodes;
+            plan.cameras += model->Is(FBCamera::TypeInfo) ? 1 : 0;
+        }
+    }
+}
+
+int ToFrame(double frames)
+{
+    constexpr double kLeast = std::numeric_limits<int>::min();
+    constexpr double kMost = std::numeric_limits<int>::max();
+    return static_cast<int>(std::clamp(frames, kLeast, kMost));
+}
+
+float SecondsOfFrame(int frame, double transport_rate)
+{
+    return static_cast<float>(frame / transport_rate);
+}
+
+/// The window of a take as the exporter forms it.
+SamplingRange RangeOf(FBTake& take, const ExportPlan& plan, double transport_rate)
+{
+    const FBTimeSpan span = take.LocalTimeSpan;
+    const int first = ToFrame(transport_rate * span.GetStart().GetSecondDouble());
+    const int last = ToFrame(transport_rate * span.GetStop().GetSecondDouble());
+    const auto seconds = [transport_rate](int frame)
+    { return static_cast<float>(static_cast<double>(static_cast<float>(frame)) / transport_rate); };
+    SamplingRange range{seconds(first), seconds(last), static_cast<float>(plan.fps)};
+    if (!plan.whole_take)
+    {
+        range.start = std::max(range.start, SecondsOfFrame(plan.start_frame, transport_rate));
+        range.end = std::min(range.end, SecondsOfFrame(plan.end_frame, transport_rate));
+    }
+    return range;
+}
+
+std::string CheckRange(const PlannedFile& file)
+{
+    const SamplingRange& range = file.range;
+    const std::string of_take = " of take " + Quoted(file.take_name);
+    if (range.start > range.end)
+    {
+        return "the start (" + FloatText(range.start) + " s) is after the end (" + FloatText(range.end) +
+               " s)" + of_take + "; a range is held to the take it cuts from";
+    }
+    if (!tev2_exporter::TimeAdvances(range))
+    {
+        return "at " + FloatText(range.rate) + " samples a second the time does not advance: a step of " +
+               FloatText(1.0f / range.rate) + " s is lost in the single precision of " +
+               FloatText(range.end) + " s" + of_take;
+    }
+    return {};
+}
+
+std::string CheckNames(const std::vector<PlannedFile>& files)
+{
+    std::map<std::string, const PlannedFile*> seen;
+    for (const PlannedFile& file : files)
+    {
+        if (file.path.size() > kLongestPath)
+        {
+            return "the path " + Quoted(file.path) + " has " + std::to_string(file.path.size()) +
+                   " bytes; at most " + std::to_string(kLongestPath) + " can be written to";
+        }
+        const auto [other, is_new] = seen.emplace(file.path, &file);
+        if (!is_new)
+        {
+            return "takes " + Quoted(other->second->take_name) + " and " + Quoted(file.take_name) +
+                   " would both be written to " + Quoted(file.path);
+        }
+    }
+    return {};
+}
+
+} // namespace
+
+std::string CheckRequest(const ExportRequest& request)
+{
+    if (!request.output.ends_with(".tv2"))
+    {
+        return "the output " + Quoted(request.output) + " does not end in .tv2";
+    }
+    if (request.output.size() > kLongestPath)
+    {
+        return "the output path has " + std::to_string(request.output.size()) + " bytes; at most " +
+               std::to_string(kLongestPath) + " can be written to";
+    }
+    if (request.fps && *request.fps <= 0)
+    {
+        return "a rate of " + std::to_string(*request.fps) +
+               " samples a second exports nothing; --fps takes 1 or more";
+    }
+    if (request.start_frame && request.end_frame && *request.start_frame > *request.end_frame)
+    {
+        return "the start frame " + std::to_string(*request.start_frame) + " is after the end frame " +
+               std::to_string(*request.end_frame);
+    }
+    return {};
+}
+
+std::string PlanExport(const ExportRequest& request, ExportPlan& plan)
+{
+    if (mobu_host::ModelsInPreOrder().size() < 2)
+    {
+        return "the scene has no models";
+    }
+    for (const std::string& reason : {ChooseTake(request.take), SelectModels(request.select)})
+    {
+        if (!reason.empty())
+        {
+            return reason;
+        }
+    }
+    CountNodes(plan);
+
+    const double transport_rate = FBPlayerControl().GetTransportFpsValue();
+    plan.fps = request.fps.value_or(std::max(1, ToFrame(std::round(transport_rate))));
+    plan.whole_take = !request.start_frame && !request.end_frame;
+    // An end that is left open is the take's own: the exporter holds a range to the take.
+    plan.start_frame = request.start_frame.value_or(std::numeric_limits<int>::min());
+    plan.end_frame = request.end_frame.value_or(std::numeric_limits<int>::max());
+
+    FBTake* const current = FBSystem().CurrentTake;
+    std::vector<std::u16string> take_names;
+    for (FBTake* take : request.all_takes ? TakesOfScene() : std::vector<FBTake*>{current})
+    {
+        PlannedFile file;
+        file.take = take;
+        file.take_name = NameOf(*take);
+        file.range = RangeOf(*take, plan, transport_rate);
+        take_names.push_back(Widen(file.take_name));
+        plan.files.push_back(std::move(file));
+    }
+    const std::vector<std::u16string> paths = tev2_exporter::OutputFileNames(
+        Widen(request.output), take_names, request.all_takes, request.spaces_to_underscores);
+    for (std::size_t i = 0; i < plan.files.size(); ++i)
+    {
+        PlannedFile& file = plan.files[i];
+        file.path = Narrow(paths[i]);
+        if (const std::string reason = CheckRange(file); !reason.empty())
+        {
+            return reason;
+        }
+        file.instants.push_back(file.range.start);
+        for (tev2_exporter::RegularInstants regular(file.range); regular.Next();)
+        {
+            file.instants.push_back(regular.Time());
+        }
+        file.instants.push_back(file.range.end);
+    }
+    return CheckNames(plan.files);
+}
+
+std::string CheckTargets(const ExportPlan& plan)
+{
+    for (const PlannedFile& file : plan.files)
+    {
+        const auto because = [&file](int error)
+        { return "cannot write " + Quoted(file.path) + ": " + std::strerror(error); };
+        std::string folder = std::filesystem::path(file.path).parent_path().string();
+        folder = folder.empty() ? "." : folder;
+        struct stat status;
+        if (::stat(folder.c_str(), &status) != 0)
+        {
+            return because(errno) + ": " + Quoted(folder);
+        }
+        if (!S_ISDIR(status.st_mode))
+        {
+            return because(ENOTDIR) + ": " + Quoted(folder);
+        }
+        if (::stat(file.path.c_str(), &status) != 0)
+        {
+            if (errno != ENOENT)
+            {
+                return because(errno);
+            }
+            if (::access(folder.c_str(), W_OK | X_OK) != 0)
+            {
+                return because(errno) + ": " + Quoted(folder);
+            }
+            continue;
+        }
+        if (S_ISDIR(status.st_mode))
+        {
+            return because(EISDIR);
+        }
+        const bool marked_read_only = (status.st_mode & (S_IWUSR | S_IWGRP | S_IWOTH)) == 0;
+        if (!marked_read_only && ::access(file.path.c_str(), W_OK) != 0)
+        {
+            return because(errno);
+        }
+    }
+    return {};
+}
+
+std::string MakeTargetsWritable(const ExportPlan& plan)
+{
+    for (const PlannedFile& file : plan.files)
+    {
+        struct stat status;
+        if (::stat(file.path.c_str(), &status) != 0 || !S_ISREG(status.st_mode) ||
+            (status.st_mode & (S_IWUSR | S_IWGRP | S_IWOTH)) != 0)
+        {
+            continue;
+        }
+        if (::chmod(file.path.c_str(), (status.st_mode & 07777) | S_IWUSR) != 0)
+        {
+            return "cannot make " + Quoted(file.path) + " writable: " + std::strerror(errno);
+        }
+    }
+    return {};
+}

@@ -1,0 +1,64 @@
+#pragma once
+
+#include "exporter/sampling/sampling_range.h"
+
+#include <fbsdk/fbsdk.h>
+
+#include <cstddef>
+#include <optional>
+#include <string>
+#include <vector>
+
+/// What the user asked for on the command line.
+struct ExportRequest
+{
+    std::string scene;
+    std::string output;
+    std::optional<int> fps;
+    std::optional<int> start_frame; ///< frames of the scene's transport rate
+    std::optional<int> end_frame;
+    bool all_takes = false;
+    std::string take;                ///< empty: the first one
+    std::vector<std::string> select; ///< long names; empty: the whole scene
+    bool spaces_to_underscores = true;
+    bool keep_positive_z = true;
+    bool remove_namespace = true;
+    bool disable_constraints = false;
+    bool overwrite_read_only = false;
+};
+
+/// One file that the export should write.
+struct PlannedFile
+{
+    FBTake* take = nullptr;
+    std::string take_name;
+    std::string path;
+    tev2_exporter::SamplingRange range;
+    std::vector<float> instants; ///< at which the take is sampled, start and end included
+};
+
+/// What an export of the scene that is open will do. Made from the rules that the exporter goes by.
+struct ExportPlan
+{
+    int fps = 0;
+    int start_frame =
+        0; ///< frames as the exporter takes them; without effect when the whole take is exported
+    int end_frame = 0;
+    bool whole_take = true;
+    std::size_t nodes = 0; ///< in each file
+    std::size_t cameras = 0;
+    std::vector<PlannedFile> files;
+};
+
+/// Makes the take current and selects the models that the request names, and plans the export of the scene that is
+/// open. Empty when it can go ahead; otherwise why not, for the user. Changes no file.
+std::string PlanExport(const ExportRequest& request, ExportPlan& plan);
+
+/// What of the request can be judged without the scene; empty when nothing speaks against it.
+std::string CheckRequest(const ExportRequest& request);
+
+/// Looks at the places where the planned files go. Empty when they can be written; otherwise why not.
+std::string CheckTargets(const ExportPlan& plan);
+
+/// Makes read-only files that stand in the way writable. Empty, or what went wrong.
+std::string MakeTargetsWritable(const ExportPlan& plan);

@@ -1,0 +1,430 @@
+#include "tools/tv2/lint.h"
+
+#include "tools/tv2/names.h"
+#include "tools/tv2/scene_walk.h"
+#include "tools/tv2/text.h"
+#include "tools/tv2/track_view.h"
+
+#include <algorithm>
+#include <cmath>
+#include <map>
+
+using namespace TEV2_LOADER;
+
+namespace
+{
+
+// Rotations go through single-precision matrices, which leaves errors around 1e-6; a real mistake is far larger.
+constexpr float kUnitTolerance = 0.001F;
+
+// The sampler's last regular instant may fall just short of the end. Ordinary pairs do so by a rounding error of the
+// accumulated time or by a real remainder of the range; both are worth a look only when next to nothing remains.
+constexpr float kClosePart = 0.1F;
+
+// A key time that was accumulated, against a range that was computed.
+constexpr float kRangeTolerance = 0.001F;
+
+std::string At(std::size_t key)
+{
+    return "key " + std::to_string(key);
+}
+
+class Lint : public SceneVisitor
+{
+public:
+    Lint(const LoadedFile& file, std::vector<Finding>& findings)
+        : file_(file), scene_(*file.scene), findings_(findings)
+    {
+    }
+
+    void Run()
+    {
+        CheckChunks();
+        CheckArrayLengths();
+        CheckTimeRange();
+        CheckNodeNames();
+        WalkScene(scene_, file_.report, *this);
+    }
+
+    void VisitNode(const RecordPlace& place, std::size_t index) override
+    {
+        const TEV2_MATRIX_NODE& node = scene_.matrixHierarchy.nodes[index];
+        const std::uint64_t parent_offset = place.offset + FileSize(node.name);
+        const auto node_count = scene_.matrixHierarchy.nodes.size();
+        if (node.parentIndex >= 0)
+        {
+            const auto parent = static_cast<std::size_t>(node.parentIndex);
+            if (parent >= index && parent < node_count)
+            {
+                Add("parent-not-before-child", place, parent_offset,
+                    "node " + std::to_string(index) + " has the parent " + std::to_string(parent));
+            }
+        }
+        if (node.translation == nullptr || node.rotation == nullptr)
+        {
+            Add("node-track-missing", place, parent_offset + 4,
+                node.translation != nullptr ? "no rotation"
+                : node.rotation != nullptr  ? "no translation"
+                                            : "neither translation nor rotation");
+        }
+    }
+
+    void VisitCamera(const RecordPlace& place, std::size_t index) override
+    {
+        const TEV2_CAMERA& camera = *scene_.cameras[index];
+        const std::uint64_t value_offset =
+            place.offset + FileSize(camera.name) + FileSize(camera.secondText) + FileSize(camera.thirdText);
+        if (camera.value >= scene_.matrixHierarchy.nodes.size())
+        {
+            Add("camera-node-outside", place, value_offset,
+                "node index " + std::to_string(camera.value) + ", but there are " +
+                    CountOf(scene_.matrixHierarchy.nodes.size(), "node", "nodes"));
+        }
+        if (!std::isfinite(camera.inverseAspect))
+        {
+            Add("non-finite-value", place, value_offset,
+                "inverseAspect is " + FloatText(camera.inverseAspect));
+        }
+    }
+
+    void VisitTrack(const RecordPlace& place, const TEV2_ANIMATABLE& track) override
+    {
+        const TrackView view(track);
+        CheckCounts(place, view);
+        CheckCursor(place, track);
+        CheckTimes(place, view);
+        if (view.IsInteger())
+        {
+            if (place.chunk_id == 22)
+            {
+                CheckSwitcher(place, view);
+            }
+            return;
+        }
+        CheckFinite(place, view);
+        if (view.IsQuaternion())
+        {
+            CheckRotations(place, view);
+        }
+    }
+
+private:
+    void Add(const char* code, const RecordPlace& place, std::uint64_t offset, std::string message)
+    {
+        findings_.push_back({code, FindCheckCode(code).severity, offset, place.chunk_id, place.chunk_offset,
+                             place.path, std::move(message)});
+    }
+
+    void AddForChunk(const char* code, const TEV2_CHUNK_SPAN& chunk, std::uint64_t offset, const char* path,
+                     std::string message)
+    {
+        Add(code, {path, chunk.offset, chunk.id, chunk.offset}, offset, std::move(message));
+    }
+
+    /// The chunk of an id that counts, which is the last one; null when there is none.
+    const TEV2_CHUNK_SPAN* LastChunk(std::uint32_t id) const
+    {
+        const auto& chunks = file_.report.chunks;
+        const auto found = std::find_if(chunks.rbegin(), chunks.rend(),
+                                        [id](const TEV2_CHUNK_SPAN& chunk) { return chunk.id == id; });
+        return found == chunks.rend() ? nullptr : &*found;
+    }
+
+    void CheckChunks()
+    {
+        const auto& chunks = file_.report.chunks;
+        if (!chunks.empty() && chunks[0].id != 0)
+        {
+            AddForChunk("information-not-first", chunks[0], chunks[0].offset, "",
+                        "the first chunk is " + ChunkTitle(chunks[0].id));
+        }
+        for (const std::uint32_t id : {0U, 1U, 2U, 3U, 4U, 12U, 22U})
+        {
+            bool seen = false;
+            for (const TEV2_CHUNK_SPAN& chunk : chunks)
+            {
+                if (chunk.id == id && seen)
+                {
+                    AddForChunk("chunk-repeated", chunk, chunk.offset, "", "another chunk " + ChunkTitle(id));
+                }
+                seen = seen || chunk.id == id;
+            }
+            if (!seen && id != 3 && id != 4)
+            {
+                findings_.push_back({"chunk-missing", FindCheckCode("chunk-missing").severity,
+                                     file_.image.size(), std::nullopt, 0, "", "no chunk " + ChunkTitle(id)});
+            }
+        }
+    }
+
+    /// Array lengths are only a hint, so the loader forgets them; here they are read once more.
+    void CheckArrayLengths()
+    {
+        const TEV2_CHUNK_SPAN* chunk = LastChunk(1);
+        if (chunk == nullptr)
+        {
+            return;
+        }
+        const bool information_before =
+            chunk->offset > (LastChunk(0) != nullptr ? LastChunk(0)->offset : chunk->offset);
+        TEV2_MEMORY_CURSOR cursor(file_.image.data(), file_.image.size());
+        cursor.current += chunk->offset + 8;
+        TEV2_ARRAY_LENGTH_HELPER announced;
+        announced.Load(cursor, information_before ? file_.report.version : 0.0F);
+        const TEV2_ARRAY_LENGTH_HELPER present(scene_);
+        for (std::size_t i = 0; i < TEV2_ARRAY_LENGTH_HELPER::kCounts; ++i)
+        {
+            if (announced.counts[i] != present.counts[i])
+            {
+                AddForChunk("array-lengths-differ", *chunk, chunk->offset + 12 + 4 * i, "arrayLengths",
+                            "number " + std::to_string(i + 1) + " announces " +
+                                CountText(announced.counts[i]) + ", there are " +
+                                CountText(present.counts[i]));
+            }
+        }
+    }
+
+    void CheckTimeRange()
+    {
+        const TEV2_CHUNK_SPAN* chunk = LastChunk(2);
+        const auto& range = scene_.environment.timeRange;
+        if (chunk == nullptr)
+        {
+            return;
+        }
+        const std::string text = FloatText(range.minimum) + " to " + FloatText(range.maximum);
+        if (!std::isfinite(range.minimum) || !std::isfinite(range.maximum))
+        {
+            AddForChunk("non-finite-value", *chunk, chunk->offset + 8, "environment.timeRange", text);
+        }
+        else if (range.maximum < range.minimum)
+        {
+            AddForChunk("time-range-reversed", *chunk, chunk->offset + 8, "environment.timeRange", text);
+        }
+    }
+
+    void CheckNodeNames()
+    {
+        const TEV2_CHUNK_SPAN* chunk = LastChunk(12);
+        if (chunk == nullptr)
+        {
+            return;
+        }
+        std::map<std::u16string, std::vector<std::size_t>> nodes_by_name;
+        const auto& nodes = scene_.matrixHierarchy.nodes;
+        for (std::size_t i = 0; i < nodes.size(); ++i)
+        {
+            nodes_by_name[nodes[i].name.Text()].push_back(i);
+        }
+        for (const auto& [name, indices] : nodes_by_name)
+        {
+            if (indices.size() > 1)
+            {
+                AddForChunk("duplicate-node-name", *chunk, chunk->offset, "matrixHierarchy",
+                            CountText(indices.size()) + " nodes are called \"" + OneLine(ReadableText(name)) +
+                                "\", first " + std::to_string(indices[0]) + " and " +
+                                std::to_string(indices[1]));
+            }
+        }
+    }
+
+    void CheckCounts(const RecordPlace& place, const TrackView& view)
+    {
+        const std::string counts =
+            CountOf(view.TimeCount(), "time", "times") + ", " + CountOf(view.ValueCount(), "value", "values");
+        if (view.ValueCount() == 0)
+        {
+            Add("track-without-keys", place, place.offset, counts);
+        }
+        else if (view.ValueCount() == 1 && view.TimeCount() != 1)
+        {
+            Add("constant-with-times", place, place.offset, counts);
+        }
+        else if (view.ValueCount() != view.TimeCount())
+        {
+            Add("value-count-differs", place, place.offset, counts);
+        }
+    }
+
+    void CheckCursor(const RecordPlace& place, const TEV2_ANIMATABLE& track)
+    {
+        const std::size_t last_segment = track.m_times.size() < 2 ? 0 : track.m_times.size() - 2;
+        if (track.m_current_key > last_segment)
+        {
+            Add("cursor-outside", place, place.offset + 8,
+                "cursor at " + At(track.m_current_key) + " of " +
+                    CountOf(track.m_times.size(), "key", "keys"));
+        }
+        if (!(track.m_fraction >= 0.0F && track.m_fraction <= 1.0F))
+        {
+            Add("cursor-outside", place, place.offset + 12, "fraction " + FloatText(track.m_fraction));
+        }
+    }
+
+    void CheckTimes(const RecordPlace& place, const TrackView& view)
+    {
+        const std::size_t count = view.TimeCount();
+        const auto& range = scene_.environment.timeRange;
+        bool finite = true;
+        bool ascending = true;
+        bool inside = LastChunk(2) != nullptr && range.minimum <= range.maximum;
+        for (std::size_t i = 0; i < count; ++i)
+        {
+            const float time = view.Time(i);
+            if (!std::isfinite(time) && finite)
+            {
+                finite = false;
+                Add("non-finite-value", place, place.offset + view.TimeOffset(i),
+                    "time of " + At(i) + " is " + FloatText(time));
+            }
+            const bool equal_at_end = i + 1 == count && i > 0 && time == view.Time(i - 1);
+            if (i > 0 && ascending && time <= view.Time(i - 1) && !equal_at_end)
+            {
+                ascending = false;
+                Add("times-not-ascending", place, place.offset + view.TimeOffset(i),
+                    At(i) + " at " + FloatText(time) + " s follows one at " + FloatText(view.Time(i - 1)) +
+                        " s");
+            }
+            if (inside && (time < range.minimum - kRangeTolerance || time > range.maximum + kRangeTolerance))
+            {
+                inside = false;
+                Add("key-outside-range", place, place.offset + view.TimeOffset(i),
+                    At(i) + " at " + FloatText(time) + " s, range " + FloatText(range.minimum) + " to " +
+                        FloatText(range.maximum) + " s");
+            }
+        }
+        if (finite && ascending && count >= 2)
+        {
+            CheckEndKeys(place, view);
+        }
+    }
+
+    void CheckEndKeys(const RecordPlace& place, const TrackView& view)
+    {
+        const std::size_t count = view.TimeCount();
+        const float last = view.Time(count - 1) - view.Time(count - 2);
+        float median = 0.0F;
+        if (count > 2)
+        {
+            std::vector<float> distances;
+            distances.reserve(count - 2);
+            for (std::size_t i = 1; i + 1 < count; ++i)
+            {
+                distances.push_back(view.Time(i) - view.Time(i - 1));
+            }
+            const auto middle = distances.begin() + static_cast<std::ptrdiff_t>(distances.size() / 2);
+            std::nth_element(distances.begin(), middle, distances.end());
+            median = *middle;
+        }
+        if (last == 0.0F || last < kClosePart * median)
+        {
+            Add("end-keys-close", place, place.offset + view.TimeOffset(count - 1),
+                "the last two keys are " + FloatText(last) + " s apart" +
+                    (count > 2 ? ", the median distance is " + FloatText(median) + " s" : ""));
+        }
+    }
+
+    void CheckFinite(const RecordPlace& place, const TrackView& view)
+    {
+        std::size_t found = 0;
+        std::size_t first = 0;
+        for (std::size_t i = 0; i < view.ValueCount(); ++i)
+        {
+            const auto value = view.Value(i);
+            if (!std::all_of(value.begin(), value.end(),
+                             [](float component) { return std::isfinite(component); }))
+            {
+                first = found == 0 ? i : first;
+                ++found;
+            }
+        }
+        if (found > 0)
+        {
+            Add("non-finite-value", place, place.offset + view.ValueOffset(first),
+                "value of " + At(first) + (found > 1 ? " and " + CountText(found - 1) + " more" : ""));
+        }
+    }
+
+    void CheckRotations(const RecordPlace& place, const TrackView& view)
+    {
+        bool unit = true;
+        bool continuous = true;
+        for (std::size_t i = 0; i < view.ValueCount() && (unit || continuous); ++i)
+        {
+            const auto value = view.Value(i);
+            const float length = std::sqrt(Dot(value, value));
+            if (unit && std::isfinite(length) && std::abs(length - 1.0F) > kUnitTolerance)
+            {
+                unit = false;
+                Add("quaternion-not-unit", place, place.offset + view.ValueOffset(i),
+                    At(i) + " has the length " + FloatText(length));
+            }
+            const float dot = i > 0 ? Dot(view.Value(i - 1), value) : 1.0F;
+            if (continuous && dot < 0.0F)
+            {
+                continuous = false;
+                Add("quaternion-flip", place, place.offset + view.ValueOffset(i),
+                    At(i - 1) + " and the next have the dot product " + FloatText(dot));
+            }
+        }
+    }
+
+    static float Dot(const std::array<float, TrackView::kMostComponents>& a,
+                     const std::array<float, TrackView::kMostComponents>& b)
+    {
+        return a[0] * b[0] + a[1] * b[1] + a[2] * b[2] + a[3] * b[3];
+    }
+
+    void CheckSwitcher(const RecordPlace& place, const TrackView& view)
+    {
+        const auto cameras = static_cast<std::int64_t>(scene_.cameras.size());
+        for (std::size_t i = 0; i < view.ValueCount(); ++i)
+        {
+            if (view.Integer(i) < -1 || view.Integer(i) >= cameras)
+            {
+                Add("switcher-camera-outside", place, place.offset + view.ValueOffset(i),
+                    At(i) + " names camera " + std::to_string(view.Integer(i)) + ", but there are " +
+                        CountOf(scene_.cameras.size(), "camera", "cameras"));
+                return;
+            }
+        }
+    }
+
+    const LoadedFile& file_;
+    const TEV2& scene_;
+    std::vector<Finding>& findings_;
+};
+
+Finding FromLoader(const TEV2_LOAD_FINDING& loader)
+{
+    Finding finding;
+    finding.code = CodeName(loader.code);
+    finding.severity = loader.severity == TEV2_LOAD_SEVERITY::Error ? Severity::Error : Severity::Warning;
+    finding.offset = loader.offset;
+    if (loader.chunkId != TEV2_LOAD_FINDING::kNoChunk)
+    {
+        finding.chunk_id = loader.chunkId;
+        finding.chunk_offset = loader.chunkOffset;
+    }
+    finding.path = loader.path;
+    finding.message = "expected " + loader.expected + ", found " + loader.found;
+    return finding;
+}
+
+} // namespace
+
+std::vector<Finding> Examine(const LoadedFile& file)
+{
+    std::vector<Finding> findings;
+    for (const TEV2_LOAD_FINDING& loader : file.report.findings)
+    {
+        findings.push_back(FromLoader(loader));
+    }
+    if (file.loaded)
+    {
+        Lint(file, findings).Run();
+    }
+    std::stable_sort(findings.begin(), findings.end(),
+                     [](const Finding& left, const Finding& right) { return left.offset < right.offset; });
+    return findings;
+}

@@ -1,0 +1,24 @@
+#pragma once
+
+#include "tools/tv2/check_codes.h"
+#include "tools/tv2/loaded_file.h"
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+/// Something that `tv2 check` has to say about a file.
+struct Finding
+{
+    std::string code; ///< one of CheckCodes()
+    Severity severity;
+    std::uint64_t offset = 0;              ///< the byte it is about
+    std::optional<std::uint32_t> chunk_id; ///< of the chunk around it; none outside every chunk
+    std::uint64_t chunk_offset = 0;        ///< of that chunk
+    std::string path;                      ///< the record, "matrixHierarchy.nodes[3].rotation"; may be empty
+    std::string message;                   ///< what is the matter, with the numbers
+};
+
+/// What the loader reported, and for a file that was loaded what looks wrong in it, by offset.
+std::vector<Finding> Examine(const LoadedFile& file);

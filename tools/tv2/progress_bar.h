@@ -1,0 +1,55 @@
+#pragma once
+
+#include "tools/tv2/export_plan.h"
+
+#include <chrono>
+#include <cstddef>
+#include <memory>
+#include <ostream>
+#include <string>
+#include <vector>
+
+namespace mobu_host
+{
+class SceneObserver;
+}
+
+/// Watches the player of the host while an export runs: how long each take needs, and, where there is a terminal, a
+/// line that shows how far it is.
+class ExportWatch
+{
+public:
+    using Clock = std::chrono::steady_clock;
+
+    /// `terminal` is where the line is drawn; null for none. The plan must outlive the watch.
+    ExportWatch(const ExportPlan& plan, std::ostream* terminal);
+    ~ExportWatch();
+
+    /// The export has returned: takes the line away and stops the clock.
+    void Finish();
+
+    /// Seconds that a file of the plan took; 0 for one whose take was never sampled.
+    double Seconds(std::size_t file) const { return seconds_[file]; }
+
+private:
+    static constexpr std::size_t kNoFile = static_cast<std::size_t>(-1);
+
+    void OnGoto(double seconds, FBTake* take);
+    void Draw(double seconds);
+    void Erase();
+    void EndFile();
+
+    const ExportPlan& plan_;
+    std::ostream* terminal_;
+    std::vector<double> seconds_;
+    std::vector<bool> begun_;
+    std::size_t file_ = kNoFile; ///< that is sampled now
+    std::size_t samples_ = 0;    ///< of that file
+    std::size_t total_ = 0;      ///< of all files of the plan
+    std::size_t done_ = 0;       ///< of the files before
+    bool drawn_ = false;
+    Clock::time_point start_ = Clock::now();
+    Clock::time_point file_start_;
+    Clock::time_point last_drawn_;
+    std::unique_ptr<mobu_host::SceneObserver> observer_;
+};

@@ -1,0 +1,342 @@
+#include "tools/tv2/text.h"
+#include "tools/tv2/verb.h"
+
+#include "host/scene_import/scene_import.h"
+
+#include <mobu_host/scene.h>
+
+#include <CLI/CLI.hpp>
+#include <nlohmann/json.hpp>
+
+#include <cmath>
+#include <iomanip>
+#include <memory>
+#include <sstream>
+#include <string>
+#include <vector>
+
+namespace
+{
+
+using SceneJson = nlohmann::ordered_json;
+
+struct SceneVerbOptions
+{
+    std::string scene;
+    bool json = false;
+};
+
+std::string Text(const char* text)
+{
+    return text != nullptr ? text : "";
+}
+
+std::string TypeOf(FBModel& model)
+{
+    if (model.Is(FBCameraSwitcher::TypeInfo))
+    {
+        return "camera switcher";
+    }
+    return model.Is(FBCamera::TypeInfo) ? "camera" : "model";
+}
+
+SceneJson Numbers(FBProperty& property, int count)
+{
+    double values[4] = {};
+    property.GetData(values, static_cast<int>(sizeof(double)) * count);
+    SceneJson list = SceneJson::array();
+    for (int i = 0; i < count; ++i)
+    {
+        list.push_back(values[i]);
+    }
+    return list;
+}
+
+SceneJson ValueOf(FBProperty& property)
+{
+    switch (property.GetPropertyType())
+    {
+    case kFBPT_bool:
+        return property.AsInt() != 0;
+    case kFBPT_int:
+    case kFBPT_enum:
+        return property.AsInt();
+    case kFBPT_double:
+        return Numbers(property, 1).front();
+    case kFBPT_Vector2D:
+        return Numbers(property, 2);
+    case kFBPT_Vector3D:
+    case kFBPT_ColorRGB:
+        return Numbers(property, 3);
+    case kFBPT_Vector4D:
+    case kFBPT_ColorRGBA:
+        return Numbers(property, 4);
+    default:
+        return Text(property.AsString());
+    }
+}
+
+const char* KindOf(FBProperty& property)
+{
+    switch (property.GetPropertyType())
+    {
+    case kFBPT_bool:
+        return "bool";
+    case kFBPT_int:
+        return "int";
+    case kFBPT_double:
+        return "double";
+    case kFBPT_charptr:
+        return "text";
+    case kFBPT_enum:
+        return "enum";
+    case kFBPT_Vector3D:
+        return "vector";
+    case kFBPT_ColorRGB:
+        return "colour";
+    case kFBPT_ColorRGBA:
+        return "colour with alpha";
+    default:
+        return property.GetPropertyTypeName();
+    }
+}
+
+SceneJson PropertiesOf(FBComponent& owner)
+{
+    SceneJson list = SceneJson::array();
+    for (int i = 0; i < owner.PropertyList.GetCount(); ++i)
+    {
+        FBProperty* property = owner.PropertyList[i];
+        if (property == nullptr || !property->IsUserProperty())
+        {
+            continue;
+        }
+        SceneJson entry = {{"name", Text(property->GetName())},
+                           {"kind", Text(KindOf(*property))},
+                           {"value", ValueOf(*property)}};
+        if (property->GetPropertyType() == kFBPT_enum)
+        {
+            entry["items"] = SceneJson::array();
+            for (int item = 0; const char* text = property->EnumList(item); ++item)
+            {
+                entry["items"].push_back(text);
+            }
+        }
+        list.push_back(std::move(entry));
+    }
+    return list;
+}
+
+SceneJson LensOf(FBCamera& camera)
+{
+    static constexpr const char* kApertureModes[] = {"vertical", "horizontal", "vertical and horizontal",
+                                                     "focal length"};
+    const int mode = camera.ApertureMode.AsInt();
+    return {{"orthogonal", camera.Type.AsInt() == kFBCameraTypeOrthogonal},
+            {"apertureMode", mode >= 0 && mode < 4 ? kApertureModes[mode] : "unknown"},
+            {"fieldOfView", static_cast<double>(camera.FieldOfView)},
+            {"aspect", static_cast<double>(camera.FilmAspectRatio)},
+            {"near", static_cast<double>(camera.NearPlaneDistance)},
+            {"far", static_cast<double>(camera.FarPlaneDistance)}};
+}
+
+SceneJson DescribeTakes()
+{
+    const double rate = FBPlayerControl().GetTransportFpsValue();
+    FBTake* const current = FBSystem().CurrentTake;
+    SceneJson list = SceneJson::array();
+    FBPropertyListTake& takes = mobu_host::Scene().Takes;
+    for (int i = 0; i < takes.GetCount(); ++i)
+    {
+        FBTake& take = *takes[i];
+        const FBTimeSpan span = take.LocalTimeSpan;
+        const double start = span.GetStart().GetSecondDouble();
+        const double stop = span.GetStop().GetSecondDouble();
+        list.push_back({{"name", Text(take.Name)},
+                        {"current", &take == current},
+                        {"start", start},
+                        {"stop", stop},
+                        {"startFrame", std::trunc(start * rate)},
+                        {"stopFrame", std::trunc(stop * rate)}});
+    }
+    return list;
+}
+
+SceneJson DescribeModel(FBModel& model)
+{
+    FBVector3d place;
+    model.GetVector(place, kModelTranslation, true);
+    FBModel* const parent = model.Parent;
+    SceneJson entry = {{"name", Text(model.LongName)},
+                       {"type", TypeOf(model)},
+                       {"parent", parent != nullptr ? SceneJson(Text(parent->LongName)) : SceneJson()},
+                       {"position", {place[0], place[1], place[2]}}};
+    if (model.Is(FBCamera::TypeInfo))
+    {
+        entry["lens"] = LensOf(static_cast<FBCamera&>(model));
+    }
+    entry["properties"] = PropertiesOf(model);
+    return entry;
+}
+
+/// Everything that the host sees of the scene that is open, in the order of its lists.
+SceneJson DescribeScene(const std::string& path, const std::vector<std::string>& notes)
+{
+    SceneJson json = {{"scene", path},
+                      {"transportRate", FBPlayerControl().GetTransportFpsValue()},
+                      {"takes", DescribeTakes()},
+                      {"models", SceneJson::array()},
+                      {"systemCameras", SceneJson::array()},
+                      {"switcher", FBFindModelByLabelName("Camera Switcher") != nullptr},
+                      {"constraints", SceneJson::array()},
+                      {"notes", notes}};
+    for (FBModel* model : mobu_host::ModelsInPreOrder())
+    {
+        json["models"].push_back(DescribeModel(*model));
+    }
+    FBPropertyListCamera& cameras = mobu_host::Scene().Cameras;
+    for (int i = 0; i < cameras.GetCount(); ++i)
+    {
+        if (cameras[i]->SystemCamera)
+        {
+            json["systemCameras"].push_back(Text(cameras[i]->LongName));
+        }
+    }
+    FBPropertyListConstraint& constraints = mobu_host::Scene().Constraints;
+    for (int i = 0; i < constraints.GetCount(); ++i)
+    {
+        json["constraints"].push_back(
+            {{"name", Text(constraints[i]->Name)}, {"active", static_cast<bool>(constraints[i]->Active)}});
+    }
+    return json;
+}
+
+/// The shortest that tells a number apart to six digits.
+std::string Short(double value)
+{
+    std::ostringstream text;
+    text << value;
+    return text.str();
+}
+
+std::string Short(const SceneJson& value)
+{
+    if (value.is_number_float())
+    {
+        return Short(value.get<double>());
+    }
+    if (value.is_array())
+    {
+        std::string list;
+        for (const SceneJson& element : value)
+        {
+            list += (list.empty() ? "" : ", ") + Short(element);
+        }
+        return "(" + list + ")";
+    }
+    return value.is_string() ? '"' + OneLine(value.get<std::string>()) + '"' : value.dump();
+}
+
+void PrintProperties(std::ostream& out, const SceneJson& properties, const std::string& indent)
+{
+    for (const SceneJson& property : properties)
+    {
+        out << indent << ". " << OneLine(property["name"].get<std::string>()) << " = "
+            << Short(property["value"]) << "  " << property["kind"].get<std::string>();
+        if (property.contains("items"))
+        {
+            out << " of " << Short(property["items"]);
+        }
+        out << '\n';
+    }
+}
+
+void PrintModels(std::ostream& out, const SceneJson& models)
+{
+    std::vector<std::string> path; // long names from the root down to the model before
+    for (const SceneJson& model : models)
+    {
+        while (!path.empty() && model["parent"] != path.back())
+        {
+            path.pop_back();
+        }
+        const std::string indent(2 + 2 * path.size(), ' ');
+        const std::string name = model["name"].get<std::string>();
+        out << indent << OneLine(name);
+        if (model["type"] != "model")
+        {
+            out << "  [" << model["type"].get<std::string>() << ']';
+        }
+        out << '\n';
+        if (model.contains("lens"))
+        {
+            const SceneJson& lens = model["lens"];
+            out << indent << "  " << (lens["orthogonal"].get<bool>() ? "orthogonal, " : "")
+                << "field of view " << Short(lens["fieldOfView"]) << " degrees ("
+                << lens["apertureMode"].get<std::string>() << "), aspect " << Short(lens["aspect"]) << ", "
+                << Short(lens["near"]) << " to " << Short(lens["far"]) << " cm\n";
+        }
+        PrintProperties(out, model["properties"], indent + "  ");
+        path.push_back(name);
+    }
+}
+
+void PrintScene(std::ostream& out, const SceneJson& scene)
+{
+    out << OneLine(scene["scene"].get<std::string>()) << "\ntransport rate " << Short(scene["transportRate"])
+        << " frames a second\n";
+    out << CountOf(scene["takes"].size(), "take", "takes") << '\n';
+    for (const SceneJson& take : scene["takes"])
+    {
+        out << "  " << OneLine(take["name"].get<std::string>()) << "  " << Short(take["start"]) << " to "
+            << Short(take["stop"]) << " s, frames " << Short(take["startFrame"]) << " to "
+            << Short(take["stopFrame"]) << (take["current"].get<bool>() ? "  (current)" : "") << '\n';
+    }
+    out << CountOf(scene["models"].size() - 1, "model", "models") << " below the root\n";
+    PrintModels(out, scene["models"]);
+    out << CountOf(scene["systemCameras"].size(), "system camera", "system cameras") << ", "
+        << (scene["switcher"].get<bool>() ? "a" : "no") << " camera switcher\n";
+    out << CountOf(scene["constraints"].size(), "constraint", "constraints") << '\n';
+    for (const SceneJson& constraint : scene["constraints"])
+    {
+        out << "  " << OneLine(constraint["name"].get<std::string>())
+            << (constraint["active"].get<bool>() ? "" : "  (inactive)") << '\n';
+    }
+    for (const SceneJson& note : scene["notes"])
+    {
+        out << "note: " << OneLine(note.get<std::string>()) << '\n';
+    }
+}
+
+void RunScene(const SceneVerbOptions& options, VerbContext& context)
+{
+    const mobu_host::SceneImportResult result = mobu_host::ImportScene(options.scene);
+    if (!result.ok)
+    {
+        context.err << "tv2 scene: " << result.error << '\n';
+        context.Report(kExitCouldNotRun);
+        return;
+    }
+    const SceneJson scene = DescribeScene(options.scene, result.notes);
+    if (options.json)
+    {
+        context.out << scene.dump(2, ' ', false, SceneJson::error_handler_t::replace) << '\n';
+        return;
+    }
+    PrintScene(context.out, scene);
+}
+
+} // namespace
+
+void AddSceneVerb(CLI::App& app, VerbContext& context)
+{
+    auto options = std::make_shared<SceneVerbOptions>();
+    CLI::App* verb = app.add_subcommand("scene", "What the exporter sees of a scene (BVH, glTF, Collada)");
+    verb->add_option("SCENE", options->scene, "The scene file")->required();
+    verb->add_flag("--json", options->json,
+                   "Print JSON; positions are those of the first frame, in centimetres");
+    verb->footer("Examples:\n"
+                 "  tv2 scene walk.bvh\n"
+                 "  tv2 scene --json robot.glb | jq '.takes[].name'");
+    verb->callback([options, &context] { RunScene(*options, context); });
+}
