@@ -28,6 +28,7 @@ public:
         writer_.Integer("bytes", static_cast<std::int64_t>(file_.image.size()));
         Chunks();
         Information();
+        ArrayLengths();
         Environment();
         Body("globalLightTint", scene_.globalLightTint.get());
         Body("ambientLight", scene_.ambientLight.get());
@@ -82,11 +83,29 @@ private:
         writer_.EndObject();
     }
 
+    void ArrayLengths()
+    {
+        const auto lengths = AnnouncedLengths(file_);
+        if (!lengths)
+        {
+            writer_.Absent("arrayLengths");
+            return;
+        }
+        writer_.BeginArray("arrayLengths", lengths->counts.size());
+        for (const std::uint32_t count : lengths->counts)
+        {
+            writer_.Integer({}, count);
+        }
+        writer_.EndArray();
+    }
+
     void Environment()
     {
         writer_.BeginObject("environment");
-        writer_.Float("start", scene_.environment.timeRange.minimum);
-        writer_.Float("end", scene_.environment.timeRange.maximum);
+        writer_.BeginObject("timeRange");
+        writer_.Float("minimum", scene_.environment.timeRange.minimum);
+        writer_.Float("maximum", scene_.environment.timeRange.maximum);
+        writer_.EndObject();
         writer_.Track("environmentColour", scene_.environment.environmentColour.get());
         writer_.Bytes("reserved", scene_.environment.reserved);
         writer_.EndObject();

@@ -221,7 +221,6 @@ private:
             return;
         }
         std::ostringstream text;
-        text << std::fixed << std::setprecision(3);
         for (std::size_t axis = 0; axis < 3; ++axis)
         {
             text << (axis == 0 ? "" : ", ") << "xyz"[axis] << ' ' << extents.minimum[axis] << " to "

@@ -17,8 +17,8 @@ namespace
 // Rotations go through single-precision matrices, which leaves errors around 1e-6; a real mistake is far larger.
 constexpr float kUnitTolerance = 0.001F;
 
-// The sampler's last regular instant may fall just short of the end. Ordinary pairs do so by a rounding error of the
-// accumulated time or by a real remainder of the range; both are worth a look only when next to nothing remains.
+// A range whose length is no multiple of the step ends with a shorter one, and the accumulated time of a multiple may
+// fall short of the end by a rounding error. Only pairs of which next to nothing remains are worth a look.
 constexpr float kClosePart = 0.1F;
 
 // A key time that was accumulated, against a range that was computed.
@@ -121,15 +121,6 @@ private:
         Add(code, {path, chunk.offset, chunk.id, chunk.offset}, offset, std::move(message));
     }
 
-    /// The chunk of an id that counts, which is the last one; null when there is none.
-    const TEV2_CHUNK_SPAN* LastChunk(std::uint32_t id) const
-    {
-        const auto& chunks = file_.report.chunks;
-        const auto found = std::find_if(chunks.rbegin(), chunks.rend(),
-                                        [id](const TEV2_CHUNK_SPAN& chunk) { return chunk.id == id; });
-        return found == chunks.rend() ? nullptr : &*found;
-    }
-
     void CheckChunks()
     {
         const auto& chunks = file_.report.chunks;
@@ -157,28 +148,22 @@ private:
         }
     }
 
-    /// Array lengths are only a hint, so the loader forgets them; here they are read once more.
     void CheckArrayLengths()
     {
-        const TEV2_CHUNK_SPAN* chunk = LastChunk(1);
-        if (chunk == nullptr)
+        const auto announced = AnnouncedLengths(file_);
+        if (!announced)
         {
             return;
         }
-        const bool information_before =
-            chunk->offset > (LastChunk(0) != nullptr ? LastChunk(0)->offset : chunk->offset);
-        TEV2_MEMORY_CURSOR cursor(file_.image.data(), file_.image.size());
-        cursor.current += chunk->offset + 8;
-        TEV2_ARRAY_LENGTH_HELPER announced;
-        announced.Load(cursor, information_before ? file_.report.version : 0.0F);
+        const TEV2_CHUNK_SPAN& chunk = *LastChunk(file_, 1);
         const TEV2_ARRAY_LENGTH_HELPER present(scene_);
         for (std::size_t i = 0; i < TEV2_ARRAY_LENGTH_HELPER::kCounts; ++i)
         {
-            if (announced.counts[i] != present.counts[i])
+            if (announced->counts[i] != present.counts[i])
             {
-                AddForChunk("array-lengths-differ", *chunk, chunk->offset + 12 + 4 * i, "arrayLengths",
+                AddForChunk("array-lengths-differ", chunk, chunk.offset + 12 + 4 * i, "arrayLengths",
                             "number " + std::to_string(i + 1) + " announces " +
-                                CountText(announced.counts[i]) + ", there are " +
+                                CountText(announced->counts[i]) + ", there are " +
                                 CountText(present.counts[i]));
             }
         }
@@ -186,7 +171,7 @@ private:
 
     void CheckTimeRange()
     {
-        const TEV2_CHUNK_SPAN* chunk = LastChunk(2);
+        const TEV2_CHUNK_SPAN* chunk = LastChunk(file_, 2);
         const auto& range = scene_.environment.timeRange;
         if (chunk == nullptr)
         {
@@ -205,7 +190,7 @@ private:
 
     void CheckNodeNames()
     {
-        const TEV2_CHUNK_SPAN* chunk = LastChunk(12);
+        const TEV2_CHUNK_SPAN* chunk = LastChunk(file_, 12);
         if (chunk == nullptr)
         {
             return;
@@ -267,7 +252,7 @@ private:
         const auto& range = scene_.environment.timeRange;
         bool finite = true;
         bool ascending = true;
-        bool inside = LastChunk(2) != nullptr && range.minimum <= range.maximum;
+        bool inside = LastChunk(file_, 2) != nullptr && range.minimum <= range.maximum;
         for (std::size_t i = 0; i < count; ++i)
         {
             const float time = view.Time(i);

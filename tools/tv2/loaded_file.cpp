@@ -23,6 +23,30 @@ bool ReadFile(const std::string& path, LoadedFile& file, std::string& error)
     return true;
 }
 
+const TEV2_CHUNK_SPAN* LastChunk(const LoadedFile& file, std::uint32_t id)
+{
+    const auto& chunks = file.report.chunks;
+    const auto found = std::find_if(chunks.rbegin(), chunks.rend(),
+                                    [id](const TEV2_CHUNK_SPAN& chunk) { return chunk.id == id; });
+    return found == chunks.rend() ? nullptr : &*found;
+}
+
+std::optional<TEV2_ARRAY_LENGTH_HELPER> AnnouncedLengths(const LoadedFile& file)
+{
+    const TEV2_CHUNK_SPAN* lengths = LastChunk(file, 1);
+    if (lengths == nullptr)
+    {
+        return std::nullopt;
+    }
+    const TEV2_CHUNK_SPAN* information = LastChunk(file, 0);
+    const bool has_version = information != nullptr && information->offset < lengths->offset;
+    TEV2_MEMORY_CURSOR cursor(file.image.data(), file.image.size());
+    cursor.current += lengths->offset + 8;
+    TEV2_ARRAY_LENGTH_HELPER announced;
+    announced.Load(cursor, has_version ? file.report.version : 0.0F);
+    return announced;
+}
+
 std::string WhyNotLoaded(const LoadedFile& file)
 {
     const auto error = std::find_if(file.report.findings.begin(), file.report.findings.end(),

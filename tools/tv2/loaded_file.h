@@ -4,6 +4,7 @@
 
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -20,6 +21,12 @@ struct LoadedFile
 /// Reads and loads a file. False only when it cannot be read at all; `error` then says why and names the
 /// file.
 bool ReadFile(const std::string& path, LoadedFile& file, std::string& error);
+
+/// The last chunk of an id, which is the one that counts where a file should have one; null when there is none.
+const TEV2_LOADER::TEV2_CHUNK_SPAN* LastChunk(const LoadedFile& file, std::uint32_t id);
+
+/// The array lengths of a loaded file, which the scene itself does not keep; none when the file has none.
+std::optional<TEV2_LOADER::TEV2_ARRAY_LENGTH_HELPER> AnnouncedLengths(const LoadedFile& file);
 
 /// Why `file` was not loaded, on one line, with its path.
 std::string WhyNotLoaded(const LoadedFile& file);
