@@ -159,7 +159,7 @@ class FBSDK_DLL FBLayout : public FBVisualComponent
     virtual bool RenameRegion(const char* pOldName, const char* pNewName);
     virtual bool SetRegionTitle(const char* pName, const char* pTitle);
     virtual const char* GetRegion(int pIndex); // name, NULL outside
-    // Left, top, right and bottom edge: as placed (pComputed) or as the offsets given to AddRegion.
+    // As placed: left, top, right and bottom edge. Otherwise the four offsets given to AddRegion.
     virtual bool GetRegionPositions(const char* pName, bool pComputed, int* pX1 = NULL, int* pY1 = NULL,
                                     int* pX2 = NULL, int* pY2 = NULL);
 
@@ -201,7 +201,6 @@ class FBSDK_DLL FBPopup : public FBLayout
 private:
     friend struct ::mobu_host::SdkAccess;
     bool open_ = false;
-    bool closed_with_ok_ = false;
 };
 
 class FBSDK_DLL FBButton : public FBVisualComponent

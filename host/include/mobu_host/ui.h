@@ -1,0 +1,63 @@
+#pragma once
+
+#include <functional>
+#include <string>
+#include <vector>
+
+#include <fbsdk/fbsdk.h>
+
+// What a user does with the menu and with popups. Regions are addressed by their names.
+
+namespace mobu_host
+{
+
+// The activated items, in order of activation.
+FBSDK_DLL std::vector<FBMenuItem*> MenuItems();
+
+// Plays the user of a popup: called by FBPopup::Show when everything is laid out; when it returns the window is closed,
+// if Close has not been called before. Without a player Show returns false at once. An empty one takes it away.
+FBSDK_DLL void SetPopupPlayer(std::function<void(FBPopup& popup)> player);
+
+// Each returns false, and does nothing, when the region has no such control, the control is disabled or the popup is
+// not open.
+// A radio button is set, a check box turned over, then the click handlers run.
+FBSDK_DLL bool Click(FBPopup& popup, const std::string& region);
+// Types a number, kept within the control's limits.
+FBSDK_DLL bool Edit(FBPopup& popup, const std::string& region, double value);
+FBSDK_DLL bool MoveTo(FBPopup& popup, int left, int top);
+
+FBSDK_DLL bool IsOpen(FBPopup& popup);
+
+struct RegionEdge
+{
+    int offset = 0;
+    FBAttachType type = kFBAttachNone;
+    std::string relative; // "": the layout
+    float multiplier = 1.0f;
+};
+
+struct RegionBorder
+{
+    FBBorderStyle style = kFBNoBorder;
+    bool show_title = false;
+    bool in_set = false;
+    int width = 0;
+    int spacing = 0;
+    float max_angle = 0.0f;
+    int corner_radius = 0;
+};
+
+struct Region
+{
+    std::string name;
+    std::string title;
+    RegionEdge x, y, width, height;
+    RegionBorder border;
+    FBVisualComponent* control = nullptr;
+};
+
+// In order of AddRegion; valid until the layout changes.
+FBSDK_DLL const std::vector<Region>& Regions(FBLayout& layout);
+FBSDK_DLL const Region* FindRegion(FBLayout& layout, const std::string& name); // null when there is none
+
+} // namespace mobu_host

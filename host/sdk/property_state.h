@@ -1,0 +1,156 @@
+#pragma once
+
+#include <cstring>
+#include <string>
+#include <vector>
+
+#include <fbsdk/fbsdk.h>
+
+// What stands behind a property: its value as the bytes that GetData and SetData carry.
+
+namespace mobu_host
+{
+
+struct ValueBytes
+{
+    alignas(8) unsigned char bytes[32] = {};
+};
+
+// Bytes of a value of this type; 0 for types that hold none. Text counts as its pointer.
+std::size_t ValueSize(FBPropertyType type);
+
+// How many numbers a value of this type has (0: none), and each of them as a double.
+int NumberCount(FBPropertyType type);
+double NumberAt(FBPropertyType type, const ValueBytes& value, int component);
+void SetNumberAt(FBPropertyType type, ValueBytes& value, int component, double number);
+
+// Values that live elsewhere: value points to a buffer as GetData and SetData describe it.
+using PropertyReader = void (*)(FBComponent& owner, void* value);
+using PropertyWriter = void (*)(FBComponent& owner, const void* value);
+
+// What a list does beyond holding pointers; null members mean the plain list.
+using ListChange = void (*)(FBComponent& owner, FBComponent& item);
+
+} // namespace mobu_host
+
+namespace FBSDKNamespace
+{
+
+struct FBProperty::State
+{
+    FBPropertyType type = kFBPT_unknown;
+    FBComponent* owner = nullptr;
+    std::string name;
+    bool user = false;
+    bool read_only = false;
+    bool min_clamp = false;
+    bool max_clamp = false;
+    double min = 0.0;
+    double max = 0.0;
+    mobu_host::ValueBytes base;    // as assigned
+    mobu_host::ValueBytes current; // as evaluated
+    std::string text;
+    std::string shown; // what AsString returned last
+    std::unique_ptr<FBStringList> items;
+    const char* const* item_names = nullptr; // built-in enumerations, ends with null
+    mobu_host::PropertyReader read = nullptr;
+    mobu_host::PropertyWriter write = nullptr;
+    int animating_takes = 0;
+};
+
+struct FBPropertyListComponent::Items
+{
+    std::vector<FBComponent*> items;
+    mobu_host::ListChange add = nullptr;
+    mobu_host::ListChange remove = nullptr;
+};
+
+struct FBPropertyManager::List
+{
+    std::vector<FBProperty*> properties;
+};
+
+struct FBPropertyEvent::Handlers
+{
+    struct Handler
+    {
+        HICallback owner;
+        kICallbackHandler function;
+    };
+    std::vector<Handler> handlers;
+};
+
+struct FBComponent::State
+{
+    std::vector<std::unique_ptr<FBProperty>> created;
+};
+
+struct FBModel::Space
+{
+    FBModel* parent = nullptr;
+    bool in_tree = false;       // the scene root or below it
+    bool owned = false;         // by the scene
+    bool matrix_driven = false; // local is given by animation, not made from the properties
+    double local[16] = {};      // as last evaluated; rows of a row-vector matrix
+    double global[16] = {};
+};
+
+} // namespace FBSDKNamespace
+
+namespace mobu_host
+{
+
+struct SdkAccess
+{
+    static FBProperty::State& Of(const FBProperty& property) { return *property.state_; }
+    static std::vector<FBComponent*>& Items(FBPropertyListComponent& list) { return list.items_->items; }
+    static auto& ListState(FBPropertyListComponent& list) { return *list.items_; }
+    static std::vector<FBProperty*>& Properties(FBComponent& component)
+    {
+        return component.PropertyList.list_->properties;
+    }
+    static auto& Handlers(FBPropertyEvent& event) { return event.handlers_->handlers; }
+    static FBModel::Space& Space(FBModel& model) { return *model.space_; }
+    static auto& Regions(FBLayout& layout) { return *layout.regions_; }
+    static bool& Open(FBPopup& popup) { return popup.open_; }
+    static std::unique_ptr<FBScene> MakeScene() { return std::unique_ptr<FBScene>(new FBScene); }
+
+    template <class T>
+    static const T& Current(const FBProperty& property)
+    {
+        return *reinterpret_cast<const T*>(property.state_->current.bytes);
+    }
+
+    // Assigns whatever the property's own rules (read-only, clamps) say.
+    template <class T>
+    static void Store(FBProperty& property, const T& value)
+    {
+        std::memcpy(property.state_->base.bytes, &value, sizeof value);
+        property.state_->current = property.state_->base;
+    }
+
+    // The value of the moment: gone when the property goes back to its own value.
+    template <class T>
+    static void Drive(FBProperty& property, const T& value)
+    {
+        std::memcpy(property.state_->current.bytes, &value, sizeof value);
+    }
+    static void Restore(FBProperty& property) { property.state_->current = property.state_->base; }
+};
+
+// Gives the property its owner, name and, when its value lives elsewhere, the way to it. A reader without writer is
+// read-only. Publish also lists it.
+void Bind(FBComponent& owner, FBProperty& property, const char* name, PropertyReader read = nullptr,
+          PropertyWriter write = nullptr);
+
+// Makes the property a built-in one of the owner, in order of the calls.
+void Publish(FBComponent& owner, FBProperty& property, const char* name, PropertyReader read = nullptr,
+             PropertyWriter write = nullptr);
+void PublishEnum(FBComponent& owner, FBProperty& property, const char* name, const char* const* items);
+void PublishList(FBComponent& owner, FBPropertyListComponent& list, const char* name,
+                 ListChange add = nullptr, ListChange remove = nullptr);
+
+// For lists that only the host changes.
+void RefuseChange(FBComponent& owner, FBComponent& item);
+
+} // namespace mobu_host

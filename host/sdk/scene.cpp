@@ -1,0 +1,120 @@
+#include <algorithm>
+
+#include "host/sdk/scene_state.h"
+
+namespace mobu_host
+{
+namespace
+{
+
+void ReadRoot(FBComponent&, void* value)
+{
+    *static_cast<FBComponent**>(value) = TheScene().root;
+}
+
+void ReadFilePath(FBComponent&, void* value)
+{
+    const SceneState& scene = TheScene();
+    const bool none = !scene.has_path && !scene.behaviour.empty_path_when_unsaved;
+    *static_cast<const char**>(value) = none ? nullptr : scene.path.c_str();
+}
+
+void AddToTakes(FBComponent&, FBComponent& take)
+{
+    TheScene().Adopt(static_cast<FBTake&>(take));
+}
+void RemoveFromTakes(FBComponent&, FBComponent& take)
+{
+    TheScene().Forget(static_cast<FBTake&>(take));
+}
+
+} // namespace
+} // namespace mobu_host
+
+namespace FBSDKNamespace
+{
+
+using namespace mobu_host;
+
+FBSDKClassImplementation(FBConstraint);
+FBSDKClassImplementation(FBTake);
+FBSDKClassImplementation(FBScene);
+
+FBConstraint::FBConstraint(const char* pName, HIObject pObject) : FBBox(pName, pObject)
+{
+    Publish(*this, Active, "Active");
+    Publish(*this, Lock, "Lock");
+    Publish(*this, Weight, "Weight");
+    Publish(*this, Description, "Description");
+    Publish(*this, Snap, "Snap");
+    Weight = 100.0;
+    if (!pObject)
+        TheScene().Adopt(*this);
+}
+
+FBConstraint::~FBConstraint()
+{
+    TheScene().Forget(*this);
+}
+
+FBTake::FBTake(const char* pName, HIObject pObject) : FBComponent(pObject)
+{
+    LongName = pName;
+    Publish(*this, Comments, "Comments");
+    Publish(*this, LocalTimeSpan, "LocalTimeSpan");
+    Publish(*this, ReferenceTimeSpan, "ReferenceTimeSpan");
+}
+
+FBTake::~FBTake()
+{
+    TheScene().Forget(*this);
+}
+
+FBTake* FBTake::CopyTake(const char* pNewName)
+{
+    auto* copy = new FBTake(pNewName);
+    copy->Comments = Comments;
+    copy->LocalTimeSpan = LocalTimeSpan;
+    copy->ReferenceTimeSpan = ReferenceTimeSpan;
+    SceneState& scene = TheScene();
+    if (const auto tables = scene.animation.find(this); tables != scene.animation.end())
+    {
+        for (const auto& entry : tables->second.properties.Entries())
+            ++SdkAccess::Of(*entry.target).animating_takes;
+        TakeAnimation animation = tables->second;
+        scene.animation.emplace(copy, std::move(animation));
+    }
+    scene.Adopt(*copy);
+    return copy;
+}
+
+FBScene::FBScene()
+{
+    LongName = "Scene";
+    Publish(*this, RootModel, "RootModel", ReadRoot);
+    PublishList(*this, Lights, "Lights", RefuseChange, RefuseChange);
+    PublishList(*this, Cameras, "Cameras", RefuseChange, RefuseChange);
+    PublishList(*this, Constraints, "Constraints", RefuseChange, RefuseChange);
+    PublishList(*this, Takes, "Takes", AddToTakes, RemoveFromTakes);
+    Publish(*this, FilePath, "FilePath", ReadFilePath);
+}
+
+FBScene::~FBScene() = default;
+
+bool FBScene::Evaluate()
+{
+    TheScene().Evaluate();
+    return true;
+}
+
+// Meshes are not part of this host: there is never a deformation left to do, nor a candidate pending.
+bool FBScene::EvaluateDeformations()
+{
+    return true;
+}
+bool FBScene::CandidateEvaluationAndResolve()
+{
+    return true;
+}
+
+} // namespace FBSDKNamespace

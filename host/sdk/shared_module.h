@@ -1,0 +1,15 @@
+#pragma once
+
+#include <string>
+
+// Shared modules of the operating system.
+
+namespace mobu_host
+{
+
+// Null on failure, with the system's words for the cause.
+void* OpenModule(const std::string& path, std::string& cause);
+void* ModuleSymbol(void* module, const char* name); // null when there is none
+void CloseModule(void* module);
+
+} // namespace mobu_host
