@@ -95,7 +95,7 @@ std::vector<OutputFile> ListOutputFiles(ExportContext& context, const ExportOpti
 
     std::vector<std::u16string> take_names;
     for (const OutputFile& file : files)
-        take_names.push_back(Widen(file.take->Name));
+        take_names.push_back(WideText(file.take->Name).Text());
     std::vector<std::u16string> names = OutputFileNames(Widen(path), take_names, options.AllTakes != 0,
                                                         options.FilenameSpacesToUnderscores == 1);
     for (std::size_t i = 0; i < files.size(); ++i)

@@ -2,6 +2,7 @@
 
 #include "exporter/platform/platform.h"
 #include "exporter/text.h"
+#include "exporter/version.h"
 
 #include <charconv>
 #include <cstdio>
@@ -10,8 +11,6 @@ namespace tev2_exporter
 {
 namespace
 {
-
-constexpr const char* kExporterVersion = "v1.14";
 
 // Two decimals with a point, whatever the locale.
 std::string TwoDecimals(float value)
@@ -55,8 +54,8 @@ void FillFileInformation(ExportContext& context, const std::u16string& file_name
 {
     const std::string lines =
         UserLine() + TimeLine() + "TEV_NAME:\t" + Narrow(file_name) + "\r\n" + SceneLine(context);
-    information.creatorText = TEV2_LOADER::TEV2_WIDE_STRING(Widen(Title(context)));
-    information.infoText = TEV2_LOADER::TEV2_WIDE_STRING(Widen(lines));
+    information.creatorText = WideText(Title(context).c_str());
+    information.infoText = WideText(lines.c_str());
 }
 
 } // namespace tev2_exporter

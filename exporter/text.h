@@ -3,26 +3,24 @@
 // The SDK speaks 8-bit text, the format UTF-16. Bytes and units stand for one another one by one, in both
 // directions, so whatever encoding the bytes were in comes back unharmed.
 
+#include "tev2_loader/serialisation/wide_string.h"
+
 #include <string>
 #include <string_view>
 
 namespace tev2_exporter
 {
 
+// Text as the SDK hands it out; a null pointer counts as empty.
+inline TEV2_LOADER::TEV2_WIDE_STRING WideText(const char* bytes)
+{
+    return TEV2_LOADER::TEV2_WIDE_STRING::FromBytes(bytes ? bytes : "");
+}
+
 // Each byte becomes one unit, 0x80 and up without a sign.
 inline std::u16string Widen(std::string_view bytes)
 {
-    std::u16string units;
-    units.reserve(bytes.size());
-    for (const char byte : bytes)
-        units.push_back(static_cast<char16_t>(static_cast<unsigned char>(byte)));
-    return units;
-}
-
-// A text the SDK may hand out as a null pointer; null counts as empty.
-inline std::u16string Widen(const char* bytes)
-{
-    return Widen(std::string_view(bytes ? bytes : ""));
+    return TEV2_LOADER::TEV2_WIDE_STRING::FromBytes(bytes).Text();
 }
 
 // The low byte of each unit.

@@ -59,7 +59,7 @@ void CreateCameraEntity(const ExportNode& exported, TEV2& scene, std::uint32_t n
     MakeTrack(entity.distance, range);
     MakeTrack(entity.fieldOfView, range);
     MakeTrack(entity.clipRange, range);
-    entity.name = TEV2_WIDE_STRING(Widen(camera.Name));
+    entity.name = WideText(camera.Name);
     entity.value = node_index;
     BuildExtendedProperties(entity.properties, exported.user_properties, range, keep_positive_z);
     entity.inverseAspect = static_cast<float>(1.0 / aspect);

@@ -96,7 +96,7 @@ std::uint32_t BuildNodesForModel(ExportSubtree& subtree, TEV2_MATRIX_HIERARCHY& 
     for (std::size_t i = 0; i < subtree.size(); ++i)
     {
         TEV2_MATRIX_NODE& node = hierarchy.nodes.emplace_back();
-        node.name = TEV2_WIDE_STRING(Widen(subtree[i].model->LongName));
+        node.name = WideText(subtree[i].model->LongName);
         node.parentIndex = i == 0 ? kNoParent : static_cast<std::int32_t>(node_index + subtree[i].parent);
         MakeTrack(node.translation, range);
         MakeTrack(node.rotation, range);

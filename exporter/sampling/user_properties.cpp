@@ -65,11 +65,6 @@ bool VisitValue(TEV2_EXTENDED_PROPERTIES& block, FBProperty& property, Take&& ta
     }
 }
 
-TEV2_WIDE_STRING NameOf(FBProperty& property)
-{
-    return TEV2_WIDE_STRING(Widen(property.GetName()));
-}
-
 void AddTexts(TEV2_EXTENDED_PROPERTIES& block, FBProperty& property)
 {
     const FBPropertyType type = property.GetPropertyType();
@@ -77,12 +72,12 @@ void AddTexts(TEV2_EXTENDED_PROPERTIES& block, FBProperty& property)
         return;
 
     TEV2_NAMED_STRING_ARRAY& texts = block.stringArrays.emplace_back();
-    texts.name = NameOf(property);
+    texts.name = WideText(property.GetName());
     if (type == kFBPT_charptr)
-        texts.strings.emplace_back(Widen(Read<const char*>(property)));
+        texts.strings.push_back(WideText(Read<const char*>(property)));
     else
         for (int item = 0; const char* text = property.EnumList(item); ++item)
-            texts.strings.emplace_back(Widen(text));
+            texts.strings.push_back(WideText(text));
 }
 
 } // namespace
@@ -110,7 +105,7 @@ void BuildExtendedProperties(TEV2_EXTENDED_PROPERTIES& block, const UserProperty
                 if (flip)
                     value = {-value.x, value.y, -value.z};
             auto& entry = entries.emplace_back();
-            entry.name = NameOf(*property);
+            entry.name = WideText(property->GetName());
             MakeTrack(entry.track, range).Append(range.start, value);
         };
         if (!VisitValue(block, *property, add_track))
