@@ -12,6 +12,8 @@ namespace
 // exact.
 constexpr double kHalfPiHigh = 1.57079632673412561417e+00;
 constexpr double kHalfPiLow = 6.07710050650619224932e-11;
+constexpr double kTwoPi = 6.28318530717958623200e+00;
+constexpr float kManyTurns = 1e6f;
 constexpr double kTwoOverPi = 6.36619772367581382433e-01;
 
 // Taylor series on [-pi/4, pi/4]: the first term left out is below 1e-19. Only sums, products and quotients,
@@ -41,7 +43,9 @@ SineCosine SineAndCosine(float angle)
         const float nan = std::numeric_limits<float>::quiet_NaN();
         return {nan, nan};
     }
-    const double x = static_cast<double>(angle);
+    // Beyond many turns the rest of a turn means nothing any more, but it has to stay a rest.
+    const double x = std::fabs(angle) < kManyTurns ? static_cast<double>(angle)
+                                                   : std::fmod(static_cast<double>(angle), kTwoPi);
     const double turns = std::floor(x * kTwoOverPi + 0.5);
     const double rest = (x - turns * kHalfPiHigh) - turns * kHalfPiLow;
     const double sine = SineNearZero(rest);

@@ -158,7 +158,8 @@ TEST_F(ExportDriver, ExportsTheTopmostSelectedModels)
     const auto names = [&]
     {
         std::vector<std::string> found;
-        for (const TEV2_MATRIX_NODE& node : Export()->matrixHierarchy.nodes)
+        const auto scene = Export();
+        for (const TEV2_MATRIX_NODE& node : scene->matrixHierarchy.nodes)
             found.push_back(Text(node.name) + " " + std::to_string(node.parentIndex));
         return found;
     };

@@ -50,7 +50,8 @@ TEST_F(Cameras, ConvertsTheLens)
     {
         camera->ApertureMode = mode;
         const float expected = mode == kFBApertureHorizontal ? 1.0f : 1.5f;
-        EXPECT_FLOAT_EQ(Values(Export()->cameras[0]->fieldOfView)[0] / angle, expected);
+        const auto other = Export();
+        EXPECT_FLOAT_EQ(Values(other->cameras[0]->fieldOfView)[0] / angle, expected);
     }
 }
 
@@ -61,7 +62,8 @@ TEST_F(Cameras, FollowAnimatedLenses)
     camera->ApertureMode = kFBApertureHorizontal;
     mobu_host::AnimateProperty(camera->FieldOfView, take,
                                [](double seconds, int) { return 30.0 + 40.0 * seconds; });
-    const auto& values = Values(Export()->cameras[0]->fieldOfView);
+    const auto scene = Export();
+    const auto& values = Values(scene->cameras[0]->fieldOfView);
     ASSERT_EQ(values.size(), 3u);
     for (std::size_t i = 0; i < 3; ++i)
         EXPECT_NEAR(values[i], (30.0 + 10.0 * static_cast<double>(i)) * std::numbers::pi / 180.0, 1e-6);
