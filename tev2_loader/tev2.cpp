@@ -197,9 +197,8 @@ bool TEV2::Load(TEV2_MEMORY_CURSOR& cursor, bool applyStartTime)
         return false;
     if (magic != kMagic)
     {
-        return cursor.Fail(TEV2_LOAD_CODE::BadMagic, std::to_string(kMagic),
-                           std::to_string(magic) + (magic == 0 ? " (an interrupted save)" : ""),
-                           sizeof magic);
+        return cursor.Fail(TEV2_LOAD_CODE::BadMagic, "the magic " + std::to_string(kMagic),
+                           magic == 0 ? "0, an interrupted save" : std::to_string(magic), sizeof magic);
     }
 
     float version = 0.0f;

@@ -31,7 +31,9 @@ bool TEV2_FILE_STREAM::Open(const std::string& path, const char* mode)
     handle = std::fopen(path.c_str(), mode);
     if (handle == nullptr)
         return Latch(errno);
-    std::setvbuf(handle, nullptr, _IOFBF, kBufferSize);
+    if (!buffer_)
+        buffer_ = std::make_unique<char[]>(kBufferSize);
+    std::setvbuf(handle, buffer_.get(), _IOFBF, kBufferSize);
     lastError = 0;
     return true;
 }

@@ -3,6 +3,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstdio>
+#include <memory>
 #include <string>
 
 namespace TEV2_LOADER
@@ -50,6 +51,8 @@ public:
 
 private:
     bool Latch(std::int32_t error);
+
+    std::unique_ptr<char[]> buffer_; ///< the stream's while handle is open
 };
 
 } // namespace TEV2_LOADER

@@ -1,0 +1,192 @@
+#include "tests/tev2_loader/scene_samples.h"
+
+#include "tev2_loader/records/matrix_hierarchy.h"
+
+using namespace TEV2_LOADER;
+using namespace tev2_tests;
+
+namespace
+{
+
+void ExpectMatrix(const TEV2_MATRIX_3X4& found, const float (&expected)[3][4], float tolerance = 0.0f)
+{
+    for (int row = 0; row < 3; ++row)
+    {
+        for (int column = 0; column < 4; ++column)
+            EXPECT_NEAR(found.m[row][column], expected[row][column], tolerance) << row << ", " << column;
+    }
+}
+
+std::unique_ptr<TEV2_ANIMATABLE_VECTOR_3> Constant(const TEV2_VECTOR_3& value)
+{
+    auto track = std::make_unique<TEV2_ANIMATABLE_VECTOR_3_LINEAR>();
+    track->Append(0.0f, value);
+    return track;
+}
+
+std::unique_ptr<TEV2_ANIMATABLE_QUATERNION> Constant(const TEV2_QUATERNION& value)
+{
+    auto track = std::make_unique<TEV2_ANIMATABLE_QUATERNION_SLERP>();
+    track->Append(0.0f, value);
+    return track;
+}
+
+const Bytes kTranslation = SampleTrackBytes(3, Bytes().F32({1, 2, 3, 4, 5, 6}));
+const Bytes kRotation = SampleTrackBytes(6, Bytes().F32({0, 0, 0, 1, 1, 0, 0, 0}));
+const Bytes kScale = SampleTrackBytes(3, Bytes().F32({1, 1, 1, 2, 2, 2}));
+
+TEST(MatrixNode, WritesSevenItems)
+{
+    TEV2_MATRIX_HIERARCHY hierarchy;
+    EXPECT_EQ(SavedBytes(hierarchy), Bytes().U8({0, 0, 0, 0}).data);
+
+    hierarchy.nodes.resize(2);
+    TEV2_MATRIX_NODE& node = hierarchy.nodes[1];
+    node.name = Wide(u"n");
+    node.parentIndex = 0;
+    node.translation =
+        SampleTrack<TEV2_ANIMATABLE_VECTOR_3_LINEAR>(TEV2_VECTOR_3{1, 2, 3}, TEV2_VECTOR_3{4, 5, 6});
+    node.rotation =
+        SampleTrack<TEV2_ANIMATABLE_QUATERNION_SLERP>(TEV2_QUATERNION{}, TEV2_QUATERNION{1, 0, 0, 0});
+    node.userText = Wide(u"u");
+    node.properties.floatValues.emplace_back();
+    const Bytes expected = Bytes()
+                               .U32(2)
+                               .Text(u"")
+                               .U32(0xFFFFFFFFu)
+                               .Zeros(3 * 4 + 2 + 20)
+                               .Text(u"n")
+                               .U32(0)
+                               .Append(kTranslation)
+                               .Append(kRotation)
+                               .U32(0)
+                               .Text(u"u")
+                               .U32({0, 0, 1})
+                               .Text(u"")
+                               .U32({0, 0, 0});
+    EXPECT_EQ(SavedBytes(hierarchy), expected.data);
+
+    TEV2_MATRIX_HIERARCHY loaded;
+    EXPECT_EQ(LoadedBytes(loaded, expected, kVersion), expected.data.size());
+    EXPECT_EQ(SavedBytes(loaded), expected.data);
+}
+
+TEST(MatrixNode, ReadsWhatItsVersionHas)
+{
+    struct Case
+    {
+        float version;
+        bool scale;
+        bool legacyMatrix;
+        bool properties;
+    };
+    for (const Case& item :
+         {Case{1.0f, false, true, false}, Case{1.03f, false, true, false}, Case{1.04f, false, true, true},
+          Case{1.05f, false, true, true}, Case{1.06f, false, false, true}, Case{1.14f, false, false, true},
+          Case{1.15f, true, false, true}, Case{1.16f, true, false, true}})
+    {
+        Bytes bytes = Bytes().U32(1).Text(u"n").U32(0xFFFFFFFEu).Append(kTranslation).Append(kRotation);
+        if (item.scale)
+            bytes.Append(kScale);
+        if (item.legacyMatrix)
+            bytes.F32({0, 1, 2, -1, 3, 4, 5, -1, 6, 7, 8, -1, 9, 10, 11, -1});
+        bytes.Text(u"user");
+        if (item.properties)
+            bytes.U32({0, 0, 1}).Text(u"p").U32({0, 0, 0});
+
+        TEV2_MATRIX_HIERARCHY hierarchy;
+        hierarchy.nodes.resize(4);
+        EXPECT_EQ(LoadedBytes(hierarchy, bytes, item.version), bytes.data.size()) << item.version;
+        ASSERT_EQ(hierarchy.nodes.size(), 1u);
+        const TEV2_MATRIX_NODE& node = hierarchy.nodes[0];
+        EXPECT_EQ(node.name, Wide(u"n"));
+        EXPECT_EQ(node.parentIndex, -2);
+        EXPECT_EQ(node.parentMatrix, nullptr);
+        EXPECT_EQ(node.scale != nullptr, item.scale) << item.version;
+        EXPECT_EQ(node.userText, Wide(u"user")) << item.version;
+        EXPECT_EQ(node.properties.floatValues.size(), item.properties ? 1u : 0u) << item.version;
+        if (item.legacyMatrix)
+            ExpectMatrix(node.worldMatrix, {{0, 3, 6, 9}, {1, 4, 7, 10}, {2, 5, 8, 11}});
+    }
+}
+
+TEST(MatrixNode, PutsScaleUnderRotationUnderTranslation)
+{
+    TEV2_MATRIX_NODE node;
+    node.SetTime(0.0f);
+    ExpectMatrix(node.worldMatrix, {{1, 0, 0, 0}, {0, 1, 0, 0}, {0, 0, 1, 0}});
+
+    node.rotation = Constant(TEV2_QUATERNION{0, 0, 0, 1});
+    node.scale = Constant(TEV2_VECTOR_3{2, 3, 4});
+    node.translation = Constant(TEV2_VECTOR_3{5, 6, 7});
+    node.SetTime(0.0f);
+    ExpectMatrix(node.worldMatrix, {{2, 0, 0, 5}, {0, 3, 0, 6}, {0, 0, 4, 7}});
+
+    // A quarter turn about z: x goes to y, and each column takes its own scale.
+    node.rotation = Constant(TEV2_QUATERNION{0, 0, 0.70710678f, 0.70710678f});
+    node.Update(0.0f);
+    ExpectMatrix(node.worldMatrix, {{0, -3, 0, 5}, {2, 0, 0, 6}, {0, 0, 4, 7}}, 1e-6f);
+
+    // Not normalised: every entry of the rotation block from one quaternion whose products all differ.
+    node.scale = nullptr;
+    node.rotation = Constant(TEV2_QUATERNION{1, 2, 3, 5});
+    node.SetTime(0.0f);
+    ExpectMatrix(node.worldMatrix, {{-25, -26, 26, 5}, {34, -19, 2, 6}, {-14, 22, -9, 7}});
+}
+
+TEST(MatrixHierarchy, PlacesChildrenInTheirParents)
+{
+    TEV2_MATRIX_HIERARCHY hierarchy;
+    hierarchy.nodes.resize(3);
+    hierarchy.nodes[0].translation = Constant(TEV2_VECTOR_3{10, 0, 0});
+    hierarchy.nodes[0].rotation = Constant(TEV2_QUATERNION{0, 0, 0.70710678f, 0.70710678f});
+    hierarchy.nodes[1].parentIndex = 0;
+    hierarchy.nodes[1].translation =
+        SampleTrack<TEV2_ANIMATABLE_VECTOR_3_LINEAR>(TEV2_VECTOR_3{0, 0, 0}, TEV2_VECTOR_3{4, 0, 0});
+    hierarchy.nodes[2].parentIndex = 1;
+    hierarchy.nodes[2].translation = Constant(TEV2_VECTOR_3{0, 1, 0});
+    hierarchy.LinkParents();
+    hierarchy.SetTime(1.5f);
+    ExpectMatrix(hierarchy.nodes[2].worldMatrix, {{0, -1, 0, 9}, {1, 0, 0, 2}, {0, 0, 1, 0}}, 1e-6f);
+    hierarchy.Update(0.5f);
+    ExpectMatrix(hierarchy.nodes[2].worldMatrix, {{0, -1, 0, 9}, {1, 0, 0, 3}, {0, 0, 1, 0}}, 1e-6f);
+}
+
+TEST(MatrixHierarchy, LinksNoParentOutsideItself)
+{
+    Bytes bytes = Bytes().U32(6);
+    for (const std::uint32_t parent : {0xFFFFFFFFu, 0u, 5u, 6u, 0x7FFFFFFFu, 0x80000000u})
+        bytes.Text(u"").U32(parent).Zeros(3 * 4 + 2 + 20);
+    TEV2_LOAD_REPORT report;
+    TEV2_MEMORY_CURSOR cursor(bytes.data.data(), bytes.data.size(), &report);
+    TEV2_MATRIX_HIERARCHY hierarchy;
+    EXPECT_TRUE(hierarchy.Load(cursor, kVersion));
+    const TEV2_MATRIX_3X4* const expected[] = {
+        nullptr, &hierarchy.nodes[0].worldMatrix, &hierarchy.nodes[5].worldMatrix, nullptr, nullptr, nullptr};
+    for (std::size_t index = 0; index < 6; ++index)
+        EXPECT_EQ(hierarchy.nodes[index].parentMatrix, expected[index]) << index;
+
+    ASSERT_EQ(report.findings.size(), 2u);
+    EXPECT_EQ(report.findings[0].code, TEV2_LOAD_CODE::ParentOutside);
+    EXPECT_EQ(report.findings[0].path, "nodes[3]");
+    EXPECT_EQ(report.findings[1].path, "nodes[4]");
+
+    // A node that is its own parent takes its matrix as it stands.
+    hierarchy.nodes[0].parentIndex = 0;
+    hierarchy.nodes[0].translation = Constant(TEV2_VECTOR_3{1, 0, 0});
+    hierarchy.LinkParents();
+    hierarchy.SetTime(0.0f);
+    hierarchy.SetTime(0.0f);
+    EXPECT_EQ(hierarchy.nodes[0].worldMatrix.m[0][3], 2.0f);
+}
+
+TEST(MatrixHierarchy, SaveWatchesNamesTracksAndParents)
+{
+    TEV2_MATRIX_HIERARCHY hierarchy;
+    hierarchy.nodes.resize(1);
+    TEV2_FILE_WRITER writer(TEV2_WIDE_STRING::FromBytes(TemporaryPath("guard")), false, true);
+    EXPECT_FALSE(hierarchy.Save(writer));
+    EXPECT_FALSE(hierarchy.nodes[0].Save(writer));
+}
+
+} // namespace

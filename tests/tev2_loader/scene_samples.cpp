@@ -1,0 +1,133 @@
+#include "tests/tev2_loader/scene_samples.h"
+
+using namespace TEV2_LOADER;
+
+namespace tev2_tests
+{
+
+namespace
+{
+
+void FillProperties(TEV2_EXTENDED_PROPERTIES& properties)
+{
+    properties.stringArrays.emplace_back().name = Wide(u"notes");
+    properties.stringArrays[0].strings = {Wide(u"one"), Wide(u""), Wide(u"\u4E2D")};
+    properties.intValues.emplace_back().name = Wide(u"count");
+    properties.intValues[0].track = SampleTrack<TEV2_ANIMATABLE_INT32_RLE>(3, -4);
+    properties.floatValues.emplace_back().name = Wide(u"weight");
+    properties.floatValues[0].track = FloatTrack(0.5f, 0.75f);
+    properties.floatValues.emplace_back().name = Wide(u"empty");
+    properties.vector3Values.emplace_back().name = Wide(u"aim");
+    properties.vector3Values[0].track =
+        SampleTrack<TEV2_ANIMATABLE_VECTOR_3_LINEAR>(TEV2_VECTOR_3{1, 2, 3}, TEV2_VECTOR_3{4, 5, 6});
+    properties.vector4Values.emplace_back().name = Wide(u"tint");
+    properties.vector4Values[0].track =
+        SampleTrack<TEV2_ANIMATABLE_VECTOR_4_LINEAR>(TEV2_VECTOR_4{1, 2, 3, 4}, TEV2_VECTOR_4{5, 6, 7, 8});
+}
+
+void FillCamera(TEV2_CAMERA& camera)
+{
+    camera.name = Wide(u"Camera");
+    camera.secondText = Wide(u"b");
+    camera.thirdText = Wide(u"c");
+    camera.value = 1;
+    FillProperties(camera.properties);
+    camera.bounds = SampleTrack<TEV2_ANIMATABLE_BOUNDING_BOX_LINEAR>(TEV2_BOUNDING_BOX{{0, 0, 0}, {1, 1, 1}},
+                                                                     TEV2_BOUNDING_BOX{{1, 1, 1}, {2, 2, 2}});
+    camera.inverseAspect = 0.5625f;
+    camera.distance = FloatTrack(1.0f, 2.0f);
+    camera.fieldOfView = FloatTrack(0.5f, 0.75f);
+    camera.secondaryRange =
+        SampleTrack<TEV2_ANIMATABLE_FLOAT32_RANGE_LINEAR>(TEV2_FLOAT32_RANGE{1, 2}, {3, 4});
+    camera.clipRange =
+        SampleTrack<TEV2_ANIMATABLE_FLOAT32_RANGE_LINEAR>(TEV2_FLOAT32_RANGE{0.1f, 100}, {0.2f, 200});
+
+    auto blur = std::make_unique<TEV2_CAMERA_MOTION_BLUR_EFFECT>();
+    blur->shutterTime = FloatTrack(0.01f, 0.02f);
+    auto depth = std::make_unique<TEV2_CAMERA_DEPTH_OF_FIELD_EFFECT>();
+    depth->fNumber = FloatTrack(2.8f, 4.0f);
+    camera.effects.push_back(std::move(blur));
+    camera.effects.push_back(nullptr);
+    camera.effects.push_back(std::move(depth));
+}
+
+void FillHierarchy(TEV2_MATRIX_HIERARCHY& hierarchy)
+{
+    hierarchy.nodes.resize(3);
+    hierarchy.nodes[0].name = Wide(u"Hips");
+    hierarchy.nodes[0].translation =
+        SampleTrack<TEV2_ANIMATABLE_VECTOR_3_LINEAR>(TEV2_VECTOR_3{0, 1, 0}, TEV2_VECTOR_3{1, 1, 0});
+    hierarchy.nodes[0].rotation = SampleTrack<TEV2_ANIMATABLE_QUATERNION_SLERP>(TEV2_QUATERNION{0, 0, 0, 1},
+                                                                                TEV2_QUATERNION{0, 1, 0, 0});
+    hierarchy.nodes[1].name = Wide(u"Head");
+    hierarchy.nodes[1].parentIndex = 0;
+    hierarchy.nodes[1].rotation = SampleTrack<TEV2_ANIMATABLE_QUATERNION_LERP>(TEV2_QUATERNION{0, 0, 0, 1},
+                                                                               TEV2_QUATERNION{1, 0, 0, 0});
+    hierarchy.nodes[1].scale =
+        SampleTrack<TEV2_ANIMATABLE_VECTOR_3_LINEAR>(TEV2_VECTOR_3{1, 1, 1}, TEV2_VECTOR_3{2, 3, 4});
+    hierarchy.nodes[1].userText = Wide(u"text");
+    FillProperties(hierarchy.nodes[1].properties);
+    hierarchy.nodes[2].parentIndex = 1;
+    hierarchy.LinkParents();
+}
+
+/// Appends objects with different bodies and a null entry.
+template <typename Object, typename... Arguments>
+void AddUnparsed(TEV2::Array<Object>& array, std::vector<std::uint8_t> bytes, const Arguments&... arguments)
+{
+    array.emplace_back(std::make_unique<Object>(arguments...))->body.bytes = std::move(bytes);
+}
+
+} // namespace
+
+void FillWithEverything(TEV2& scene, bool with_unsaved_lists)
+{
+    scene.information.creatorText = Wide(u"creator");
+    scene.information.infoText = Wide(u"line\r\n");
+    scene.environment.timeRange = {0.5f, 2.5f};
+    scene.environment.environmentColour =
+        SampleTrack<TEV2_ANIMATABLE_COLOUR_LINEAR>(TEV2_COLOUR{1, 0, 0, 1}, TEV2_COLOUR{0, 1, 0, 1});
+    scene.environment.reserved = {1, 2, 3, 4, 5, 6, 7, 8};
+    scene.globalLightTint = std::make_unique<TEV2_GLOBAL_LIGHT_TINT>();
+    scene.globalLightTint->body.bytes = {3, 3, 3};
+    scene.ambientLight = std::make_unique<TEV2_AMBIENT_LIGHT>();
+    scene.ambientLight->body.bytes = {4};
+    scene.cameraMan.cameraIndex = SampleTrack<TEV2_ANIMATABLE_INT32_RLE>(0, -1);
+
+    scene.lights.push_back(std::make_unique<TEV2_POINT_LIGHT>());
+    scene.lights.push_back(nullptr);
+    scene.lights.push_back(std::make_unique<TEV2_SPOT_LIGHT>());
+    scene.lights[2]->body.bytes = {5, 5};
+    AddUnparsed(scene.lights, {6}, 77u);
+    FillCamera(*scene.cameras.emplace_back(std::make_unique<TEV2_CAMERA>()));
+    AddUnparsed(scene.rigids, {7, 7, 7, 7, 7});
+    AddUnparsed(scene.animMeshes, {8});
+    AddUnparsed(scene.morphMeshes, {});
+    AddUnparsed(scene.weightedMeshes, {10, 10});
+    AddUnparsed(scene.bezierSplines, {11});
+    AddUnparsed(scene.helpers, {17});
+    AddUnparsed(scene.speedTreeReferences, {23});
+    FillHierarchy(scene.matrixHierarchy);
+    scene.materials.push_back(std::make_unique<TEV2_SHADER_MATERIAL>());
+    scene.materials.push_back(std::make_unique<TEV2_STANDARD_MATERIAL>());
+    AddUnparsed(scene.materials, {13}, 5u);
+    const std::uint32_t instanceIds[] = {14, 16, 18, 19};
+    for (std::uint32_t list = 0; list < TEV2::kInstanceLists; ++list)
+    {
+        if ((list == 7 || list == 9) && !with_unsaved_lists)
+            continue;
+        auto& instances = scene.instanceLists[list];
+        instances.push_back(TEV2_INSTANCE::Create(instanceIds[list % 4]));
+        instances[0]->body.bytes = {static_cast<std::uint8_t>(list)};
+    }
+    AddUnparsed(scene.xrefs15, {15});
+    AddUnparsed(scene.xrefs20, {20});
+    AddUnparsed(scene.xrefObjects, {21});
+}
+
+std::vector<std::uint8_t> SceneImage(const TEV2& scene)
+{
+    return SavedBytes(scene);
+}
+
+} // namespace tev2_tests

@@ -1,0 +1,298 @@
+#include "tests/tev2_loader/scene_samples.h"
+
+#include <functional>
+
+using namespace TEV2_LOADER;
+using namespace tev2_tests;
+
+namespace
+{
+
+struct Outcome
+{
+    bool loaded = false;
+    TEV2_LOAD_REPORT report;
+    TEV2 scene;
+};
+
+std::unique_ptr<Outcome> Load(const Bytes& image, bool applyStartTime = false)
+{
+    auto outcome = std::make_unique<Outcome>();
+    TEV2_MEMORY_CURSOR cursor(image.data.data(), image.data.size(), &outcome->report);
+    outcome->loaded = outcome->scene.Load(cursor, applyStartTime);
+    return outcome;
+}
+
+Bytes Current()
+{
+    return FileOfVersion(kVersion);
+}
+
+const Bytes kEmptyNode = Bytes().Text(u"").U32(0xFFFFFFFFu).Zeros(3 * 4 + 2 + 20);
+constexpr std::size_t kInformationEnd = 4 + 16;
+
+TEST(Load, TakesAFileOfNothingButTheMagic)
+{
+    const auto outcome = Load(Bytes().U8({0x01, 0x32, 0x56, 0x54}), true);
+    EXPECT_TRUE(outcome->loaded);
+    EXPECT_TRUE(outcome->report.findings.empty());
+    EXPECT_TRUE(outcome->report.chunks.empty());
+}
+
+TEST(Load, EachWayToFailHasItsCode)
+{
+    struct Case
+    {
+        const char* what;
+        Bytes image;
+        TEV2_LOAD_CODE code;
+        std::size_t offset;
+        std::string path;
+    };
+    const std::size_t body = kInformationEnd + 8;
+    const Case cases[] = {
+        {"no byte", Bytes(), TEV2_LOAD_CODE::EmptyImage, 0, ""},
+        {"three bytes", Bytes().U8({0x01, 0x32, 0x56}), TEV2_LOAD_CODE::RecordOverrun, 0, ""},
+        {"another magic", Bytes().U32(kMagic + 1), TEV2_LOAD_CODE::BadMagic, 0, ""},
+        {"an interrupted save", Bytes().U32(0).Chunk(0), TEV2_LOAD_CODE::BadMagic, 0, ""},
+        {"half a chunk header", Current().Zeros(7), TEV2_LOAD_CODE::TruncatedChunkHeader, kInformationEnd,
+         ""},
+        {"size 7", Current().U32({7, 99}), TEV2_LOAD_CODE::BadChunkSize, kInformationEnd, ""},
+        {"size 0", Current().U32({0, 99}).Zeros(100), TEV2_LOAD_CODE::BadChunkSize, kInformationEnd, ""},
+        {"size past the end", Current().U32({13, 99}).Zeros(4), TEV2_LOAD_CODE::BadChunkSize, kInformationEnd,
+         ""},
+        {"largest size", Current().U32({0xFFFFFFFFu, 99}), TEV2_LOAD_CODE::BadChunkSize, kInformationEnd, ""},
+        {"a newer version", FileOfVersion(1.17f), TEV2_LOAD_CODE::UnsupportedVersion, kInformationEnd,
+         "information"},
+        {"no version", FileOfVersion(std::numeric_limits<float>::quiet_NaN()),
+         TEV2_LOAD_CODE::UnsupportedVersion, kInformationEnd, "information"},
+        {"instance list 10", Current().Chunk(14, Bytes().U32(10)), TEV2_LOAD_CODE::BadInstanceList, body, ""},
+        {"instance without list", Current().Chunk(16, Bytes().Zeros(3)).Chunk(99),
+         TEV2_LOAD_CODE::ChunkTooSmall, body, ""},
+        {"light without type", Current().Chunk(5).Chunk(99), TEV2_LOAD_CODE::ChunkTooSmall, body,
+         "lights[0]"},
+        {"material without type", Current().Chunk(13, Bytes().Zeros(2)).Chunk(99),
+         TEV2_LOAD_CODE::ChunkTooSmall, body, "materials[0]"},
+        {"an environment map", Current().Chunk(2, Bytes().Zeros(12).U32(1).Zeros(8)),
+         TEV2_LOAD_CODE::EnvironmentMapUnsupported, body + 12, "environment.environmentMap"},
+        {"a colour of another kind", Current().Chunk(2, Bytes().Zeros(8).U32({1, 3}).Zeros(24)),
+         TEV2_LOAD_CODE::UnknownTrackKind, body + 12, "environment.environmentColour"},
+        {"a switcher of another kind", Current().Chunk(22, Bytes().U32({1, 0}).Zeros(16)),
+         TEV2_LOAD_CODE::UnknownTrackKind, body + 4, "cameraMan.cameraIndex"},
+        {"a node's rotation of another kind",
+         Current().Chunk(12, Bytes().U32(2).Append(kEmptyNode).Text(u"").Zeros(8).U32({1, 3}).Zeros(40)),
+         TEV2_LOAD_CODE::UnknownTrackKind, body + 4 + 40 + 2 + 4 + 4 + 4,
+         "matrixHierarchy.nodes[1].rotation"},
+        {"an effect that there is not", Current().Chunk(6, Bytes().Zeros(54).U32({2, 0, 1, 2})),
+         TEV2_LOAD_CODE::UnknownEffectType, body + 54 + 12, "cameras[0].effects[1]"},
+        {"more nodes than bytes", Current().Chunk(12, Bytes().U32(3).Append(kEmptyNode).Append(kEmptyNode)),
+         TEV2_LOAD_CODE::CountExceedsFile, body, "matrixHierarchy"},
+        {"more keys than bytes", Current().Chunk(22, Bytes().U32({1, 8}).Zeros(8).U32(0x40000000u).Zeros(16)),
+         TEV2_LOAD_CODE::CountExceedsFile, body + 16, "cameraMan.cameraIndex"},
+        {"a record past the end", Current().Chunk(2, Bytes().Zeros(20)), TEV2_LOAD_CODE::RecordOverrun,
+         body + 16, "environment"},
+        {"lengths past the end", Current().Chunk(1, Bytes().U32(23).Zeros(40)), TEV2_LOAD_CODE::RecordOverrun,
+         body + 44, "arrayLengths"},
+    };
+    for (const Case& item : cases)
+    {
+        SCOPED_TRACE(item.what);
+        const auto outcome = Load(item.image);
+        EXPECT_FALSE(outcome->loaded);
+        ASSERT_EQ(outcome->report.findings.size(), 1u);
+        const TEV2_LOAD_FINDING& finding = outcome->report.findings[0];
+        EXPECT_STREQ(CodeName(finding.code), CodeName(item.code));
+        EXPECT_EQ(finding.severity, TEV2_LOAD_SEVERITY::Error);
+        EXPECT_EQ(finding.offset, item.offset);
+        EXPECT_EQ(finding.path, item.path);
+
+        // The report only watches: without one the answer is the same.
+        TEV2_MEMORY_CURSOR cursor(item.image.data.data(), item.image.data.size());
+        EXPECT_FALSE(TEV2().Load(cursor, true));
+    }
+}
+
+TEST(Load, WarnsAndGoesOn)
+{
+    struct Case
+    {
+        const char* what;
+        Bytes image;
+        TEV2_LOAD_CODE code;
+        std::size_t offset;
+        std::uint32_t chunkId;
+        std::string path;
+    };
+    const std::size_t body = kInformationEnd + 8;
+    const Case cases[] = {
+        {"unknown chunk", Current().Chunk(99, Bytes().Zeros(4)), TEV2_LOAD_CODE::UnknownChunk, body, 99, ""},
+        // The four zero bytes behind the record are taken for the size of the next chunk, so more must follow.
+        {"record ends before its chunk", Current().Chunk(22, Bytes().U32(0).U32({8, 99})),
+         TEV2_LOAD_CODE::RecordEndsBeforeChunk, body + 4, 22, ""},
+        {"record ends after its chunk", Current().U32({8, 22}).U32(0), TEV2_LOAD_CODE::RecordEndsAfterChunk,
+         body + 4, 22, ""},
+        {"parent outside", Current().Chunk(12, Bytes().U32(1).Text(u"").U32(1).Zeros(34)),
+         TEV2_LOAD_CODE::ParentOutside, body + 4 + 40, 12, "matrixHierarchy.nodes[0]"},
+        {"body of an older version", FileOfVersion(1.15f).Chunk(7, Bytes().Zeros(3)),
+         TEV2_LOAD_CODE::UnparsedOtherVersion, body, 7, "rigids[0]"},
+        {"instance list 7", Current().Chunk(18, Bytes().U32(7)), TEV2_LOAD_CODE::InstanceListNeverSaved,
+         body + 4, 18, "instanceLists[7][0]"},
+        {"instance list 9", Current().Chunk(19, Bytes().U32(9)), TEV2_LOAD_CODE::InstanceListNeverSaved,
+         body + 4, 19, "instanceLists[9][0]"},
+        {"clamped text", Bytes().U32(kMagic).Chunk(0, Bytes().F32({1.0f}).Text(u"").U16(3).U16(u'x')),
+         TEV2_LOAD_CODE::StringClamped, 4 + 8 + 4 + 2 + 4, 0, "information"},
+    };
+    for (const Case& item : cases)
+    {
+        SCOPED_TRACE(item.what);
+        const auto outcome = Load(item.image);
+        EXPECT_TRUE(outcome->loaded);
+        ASSERT_FALSE(outcome->report.findings.empty());
+        const TEV2_LOAD_FINDING& finding = outcome->report.findings[0];
+        EXPECT_STREQ(CodeName(finding.code), CodeName(item.code));
+        EXPECT_EQ(finding.severity, TEV2_LOAD_SEVERITY::Warning);
+        EXPECT_EQ(finding.offset, item.offset);
+        EXPECT_EQ(finding.chunkId, item.chunkId);
+        EXPECT_EQ(finding.path, item.path);
+    }
+}
+
+TEST(Load, GoesOnWhereTheRecordEnded)
+{
+    // The chunk behind the camera switcher is found inside its frame: a known one, then an unknown one.
+    const auto outcome =
+        Load(Current().Chunk(22, Bytes().U32(0).Chunk(2, Bytes().F32({3, 4}).Zeros(16)).Chunk(99)));
+    EXPECT_TRUE(outcome->loaded);
+    EXPECT_EQ(outcome->scene.environment.timeRange.minimum, 3.0f);
+    ASSERT_EQ(outcome->report.chunks.size(), 4u);
+    EXPECT_EQ(outcome->report.chunks[1].id, 22u);
+    EXPECT_EQ(outcome->report.chunks[2].id, 2u);
+    EXPECT_EQ(outcome->report.chunks[2].offset, kInformationEnd + 12);
+    EXPECT_EQ(outcome->report.chunks[2].size, 32u);
+    EXPECT_EQ(outcome->report.chunks[3].id, 99u);
+}
+
+TEST(Load, PutsEachKindIntoItsPlace)
+{
+    const auto count = [](const TEV2& scene)
+    {
+        const auto all = [](const auto&... arrays) { return std::vector<std::size_t>{arrays.size()...}; };
+        return all(scene.lights, scene.cameras, scene.rigids, scene.animMeshes, scene.morphMeshes,
+                   scene.weightedMeshes, scene.bezierSplines, scene.helpers, scene.speedTreeReferences,
+                   scene.materials, scene.xrefs15, scene.xrefs20, scene.xrefObjects);
+    };
+    const std::uint32_t ids[] = {5, 6, 7, 8, 9, 10, 11, 17, 23, 13, 15, 20, 21};
+    for (std::size_t place = 0; place < std::size(ids); ++place)
+    {
+        const Bytes body = Bytes().Zeros(58); // as long as an empty camera
+        const auto outcome = Load(Current().Chunk(ids[place], body).Chunk(ids[place], body));
+        ASSERT_TRUE(outcome->loaded) << ids[place];
+        EXPECT_TRUE(outcome->report.findings.empty()) << ids[place];
+        std::vector<std::size_t> expected(std::size(ids));
+        expected[place] = 2;
+        EXPECT_EQ(count(outcome->scene), expected) << ids[place];
+    }
+}
+
+TEST(Load, KeepsBodiesWithoutLayoutAndReplacesSingleRecords)
+{
+    const auto outcome = Load(Current()
+                                  .Chunk(3, Bytes().U8({1}))
+                                  .Chunk(4, Bytes().U8({2}))
+                                  .Chunk(3, Bytes().U8({3, 4}))
+                                  .Chunk(4)
+                                  .Chunk(5, Bytes().U32(1).U8({9, 8}))
+                                  .Chunk(13, Bytes().U32(0xFFFFFFFFu)));
+    ASSERT_TRUE(outcome->loaded);
+    const TEV2& scene = outcome->scene;
+    EXPECT_EQ(scene.globalLightTint->body.bytes, (std::vector<std::uint8_t>{3, 4}));
+    EXPECT_TRUE(scene.ambientLight->body.bytes.empty());
+    EXPECT_NE(dynamic_cast<const TEV2_DIRECTIONAL_LIGHT*>(scene.lights[0].get()), nullptr);
+    EXPECT_EQ(scene.lights[0]->body.bytes, (std::vector<std::uint8_t>{9, 8}));
+    EXPECT_EQ(scene.materials[0]->GetType(), 0xFFFFFFFFu);
+}
+
+TEST(Load, MakesTheClassOfATypeOrId)
+{
+    EXPECT_NE(dynamic_cast<TEV2_POINT_LIGHT*>(TEV2_LIGHT::Create(0).get()), nullptr);
+    EXPECT_NE(dynamic_cast<TEV2_DIRECTIONAL_LIGHT*>(TEV2_LIGHT::Create(1).get()), nullptr);
+    EXPECT_NE(dynamic_cast<TEV2_SPOT_LIGHT*>(TEV2_LIGHT::Create(2).get()), nullptr);
+    EXPECT_NE(dynamic_cast<TEV2_STANDARD_MATERIAL*>(TEV2_MATERIAL::Create(0).get()), nullptr);
+    EXPECT_NE(dynamic_cast<TEV2_SHADER_MATERIAL*>(TEV2_MATERIAL::Create(1).get()), nullptr);
+    EXPECT_EQ(TEV2_INSTANCE::Create(15), nullptr);
+    for (const std::uint32_t id : {14u, 16u, 18u, 19u})
+    {
+        const auto outcome = Load(Current().Chunk(id, Bytes().U32(4).U8({1, 2})));
+        ASSERT_TRUE(outcome->loaded);
+        ASSERT_EQ(outcome->scene.instanceLists[4].size(), 1u);
+        EXPECT_EQ(outcome->scene.instanceLists[4][0]->GetChunkId(), id);
+        EXPECT_EQ(outcome->scene.instanceLists[4][0]->body.bytes, (std::vector<std::uint8_t>{1, 2}));
+    }
+}
+
+TEST(Load, ReadsTheLengthsThatItsVersionHas)
+{
+    const std::pair<float, std::size_t> cases[] = {{1.0f, 18},  {1.09f, 18}, {1.1f, 21},
+                                                   {1.11f, 21}, {1.12f, 23}, {1.16f, 23}};
+    for (const auto& [version, counts] : cases)
+    {
+        Bytes bytes = Bytes().U32(0xABCDu); // whatever stands there
+        for (std::uint32_t index = 0; index < counts; ++index)
+            bytes.U32(index + 1);
+        TEV2_ARRAY_LENGTH_HELPER lengths;
+        EXPECT_EQ(LoadedBytes(lengths, bytes, version), bytes.data.size()) << version;
+        EXPECT_EQ(lengths.counts[counts - 1], counts) << version;
+        if (counts < lengths.counts.size())
+        {
+            EXPECT_EQ(lengths.counts[counts], 0u) << version;
+        }
+    }
+}
+
+TEST(Load, ReservesNoMoreThanTheFileCanFill)
+{
+    Bytes lengths = Bytes().U32(23).U32(3);
+    for (int count = 1; count < 23; ++count)
+        lengths.U32(0xFFFFFFFFu);
+    const auto outcome = Load(Current().Chunk(1, lengths).Chunk(99, Bytes().Zeros(792)));
+    ASSERT_TRUE(outcome->loaded);
+    EXPECT_EQ(outcome->scene.lights.capacity(), 3u);
+    EXPECT_EQ(outcome->scene.cameras.capacity(), 97u);
+    EXPECT_EQ(outcome->scene.rigids.capacity(), 0u);
+}
+
+TEST(Load, HandsOnTheVersionOfTheInformationRecord)
+{
+    // Before it, records are read as of version 0: a positional object of name, two texts and a number.
+    const Bytes old = Bytes().Zeros(10).F32({0.5f}).Zeros(20);
+    for (const auto& [version, body] : {std::pair{1.0f, old}, std::pair{1.16f, Bytes().Zeros(58)}})
+    {
+        const auto outcome = Load(Bytes()
+                                      .U32(kMagic)
+                                      .Chunk(6, old)
+                                      .Chunk(0, Bytes().F32({version}).Text(u"").Text(u""))
+                                      .Chunk(6, body));
+        EXPECT_TRUE(outcome->loaded);
+        EXPECT_TRUE(outcome->report.findings.empty());
+        EXPECT_EQ(outcome->report.version, version);
+        ASSERT_EQ(outcome->scene.cameras.size(), 2u);
+        EXPECT_EQ(outcome->scene.cameras[0]->inverseAspect, 0.5f);
+    }
+}
+
+TEST(Load, LeavesWhatItReadBeforeAFailureAndClearsItTheNextTime)
+{
+    auto outcome = Load(Current().Chunk(7).Chunk(2, Bytes().F32({1, 2}).Zeros(16)).Chunk(6, Bytes().U16(0)));
+    EXPECT_FALSE(outcome->loaded);
+    EXPECT_EQ(outcome->scene.rigids.size(), 1u);
+    EXPECT_EQ(outcome->scene.cameras.size(), 1u);
+    EXPECT_EQ(outcome->scene.environment.timeRange.maximum, 2.0f);
+
+    FillWithEverything(outcome->scene, true);
+    const Bytes magic = Bytes().U32(kMagic);
+    TEV2_MEMORY_CURSOR cursor(magic.data.data(), magic.data.size());
+    EXPECT_TRUE(outcome->scene.Load(cursor, true));
+    EXPECT_EQ(SceneImage(outcome->scene), SceneImage(TEV2()));
+}
+
+} // namespace
