@@ -169,9 +169,9 @@ INSTANTIATE_TEST_SUITE_P(Scenes, ExportedPoses,
                          testing::Values(kSamples + "mocap_walk_cameras.dae", kSamples + "robot_14_takes.glb",
                                          kSamples + "extras_property.glb", kScenes + "mocap_01_03.bvh",
                                          kScenes + "tpose_173_joints.bvh"),
-                         [](const auto& info)
+                         [](const auto& scene)
                          {
-                             std::string name = fs::path(info.param).stem();
+                             std::string name = fs::path(scene.param).stem();
                              return name;
                          });
 
