@@ -14,9 +14,7 @@ using AddVerb = void (*)(CLI::App&, VerbContext&);
 
 /// In the order in which the help lists them.
 constexpr AddVerb kVerbs[] = {
-    AddInfoVerb,
-    AddDumpVerb,
-    AddCheckVerb,
+    AddExportVerb, AddSceneVerb, AddInfoVerb, AddDumpVerb, AddCheckVerb,
 };
 
 } // namespace

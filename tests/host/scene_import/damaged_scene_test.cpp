@@ -1,0 +1,129 @@
+#include "tests/host/scene_import/import_fixture.h"
+
+namespace
+{
+
+struct DamagedScene
+{
+    const char* file;
+    std::string content;
+    const char* cause; // part of the message
+};
+
+// What a failed import has to say, and that it leaves the scene alone.
+class DamagedSceneTest : public SceneImportTest
+{
+protected:
+    static void ExpectRefusal(const std::string& path, const std::string& cause)
+    {
+        mobu_host::NewScene();
+        mobu_host::AddModel("Here before");
+        const mobu_host::SceneImportResult result = mobu_host::ImportScene(path);
+        EXPECT_FALSE(result.ok) << path;
+        EXPECT_NE(result.error.find(path), std::string::npos) << result.error;
+        EXPECT_NE(result.error.find(cause), std::string::npos) << result.error;
+        EXPECT_EQ(result.error.find('\n'), std::string::npos) << result.error;
+        EXPECT_EQ(ModelNames(), (std::vector<std::string>{"Scene", "Here before"}));
+    }
+};
+
+std::string Bvh(const std::string& offset, const std::string& motion)
+{
+    return "HIERARCHY\nROOT a\n{\nOFFSET " + offset +
+           "\nCHANNELS 1 Xrotation\nEnd Site\n{\nOFFSET 0 1 0\n}\n}\nMOTION\n" + motion;
+}
+
+std::string Gltf(const std::string& rest)
+{
+    return R"({"asset":{"version":"2.0"})" + rest + "}";
+}
+
+TEST_F(DamagedSceneTest, EachNamesFileAndCause)
+{
+    const DamagedScene scenes[] = {
+        {"empty.bvh", "", "is empty"},
+        {"text.txt", "hello", "is not a scene that can be read"},
+        {"binary.fbx", "Kaydara FBX Binary  \0 and so on", "FBX scenes are not read yet"},
+        {"renamed.bvh", "Kaydara FBX Binary  \0 and so on", "FBX scenes are not read yet"},
+        {"ascii.dat", "; FBX 7.3.0 project file\nFBXHeaderExtension: {", "FBX scenes are not read yet"},
+        {"junk.FBX", "junk", "FBX scenes are not read yet"},
+
+        {"cut.bvh", Bvh("0 0 0", "Frames: 3\nFrame Time: 0.04\n1\n2\n"), "cut.bvh"},
+        {"cut_early.bvh", "HIERARCHY\nROOT a\n{\nOFF", "cut_early.bvh"},
+        {"no_time.bvh", Bvh("0 0 0", "Frames: 1\n1\n"), "no_time.bvh"},
+        {"zero_time.bvh", Bvh("0 0 0", "Frames: 1\nFrame Time: 0\n1\n"), "frame time"},
+        {"nan.bvh", Bvh("nan 0 0", "Frames: 1\nFrame Time: 0.04\n1\n"), "not a number"},
+        {"nan_key.bvh", Bvh("0 0 0", "Frames: 1\nFrame Time: 0.04\ninf\n"), "not a number"},
+        {"eternity.bvh", Bvh("0 0 0", "Frames: 2\nFrame Time: 1e30\n1\n2\n"), "out of all time"},
+
+        {"cut.gltf", R"({"asset":{"version":"2.)", "damaged JSON at byte"},
+        {"other.gltf", R"({"a":1})", "not a glTF scene"},
+        {"old.gltf", R"({"asset":{"version":"1.0"}})", "glTF version \"1.0\" is not read"},
+        {"child.gltf", Gltf(R"(,"nodes":[{"children":[5]}],"scenes":[{"nodes":[0]}])"), "leads nowhere"},
+        {"circle.gltf", Gltf(R"(,"nodes":[{"children":[1]},{"children":[0]}],"scenes":[{"nodes":[]}])"),
+         "its own ancestor"},
+        {"shared.gltf", Gltf(R"(,"nodes":[{"children":[2]},{"children":[2]},{}],"scenes":[{"nodes":[0,1]}])"),
+         "has two parents"},
+        {"twice.gltf", Gltf(R"(,"nodes":[{}],"scenes":[{"nodes":[0,0]}])"), "stands in the scene twice"},
+        {"no_scene.gltf", Gltf(R"(,"nodes":[{}])"), "no scene that shows them"},
+        {"camera.gltf", Gltf(R"(,"nodes":[{"camera":0}],"scenes":[{"nodes":[0]}])"), "leads nowhere"},
+        {"sampler.gltf",
+         Gltf(R"(,"nodes":[{}],"scenes":[{"nodes":[0]}],"animations":[{"samplers":[],)"
+              R"("channels":[{"sampler":0,"target":{"node":0,"path":"scale"}}]}])"),
+         "leads nowhere"},
+        {"buffer.gltf",
+         Gltf(R"(,"nodes":[{}],"scenes":[{"nodes":[0]}],"buffers":[{"byteLength":8,"uri":"gone.bin"}])"),
+         "gone.bin"},
+        {"cut.glb", "glTF\x02", "ends inside its header"},
+        {"short.glb", std::string("glTF\x02\0\0\0\x40\0\0\0\x40\0\0\0JSON{}", 22),
+         "ends inside its JSON chunk"},
+        {"old.glb", std::string("glTF\x01\0\0\0\x18\0\0\0\x04\0\0\0JSON{  }", 24), "glTF version 1"},
+
+        {"cut.dae", R"(<?xml version="1.0"?><COLLADA version="1.4.1"><library_visual)", "cut.dae"},
+        {"no_scene.dae", R"(<?xml version="1.0"?><COLLADA version="1.4.1"></COLLADA>)", "no_scene.dae"},
+    };
+    for (const DamagedScene& scene : scenes)
+        ExpectRefusal(Write(scene.file, scene.content), scene.cause);
+}
+
+TEST_F(DamagedSceneTest, NestingHasAnEnd)
+{
+    std::string nodes;
+    constexpr int kDeep = 100000;
+    for (int i = 0; i < kDeep; ++i)
+        nodes += "{\"children\":[" + std::to_string(i + 1) + "]},";
+    ExpectRefusal(Write("deep.gltf", Gltf(",\"nodes\":[" + nodes + "{}],\"scenes\":[{\"nodes\":[0]}]")),
+                  "nested more than");
+    ExpectRefusal(Write("deep_json.gltf", Gltf(",\"x\":" + std::string(kDeep, '['))), "damaged JSON");
+}
+
+TEST_F(DamagedSceneTest, OnlyFilesAreRead)
+{
+    ExpectRefusal((folder_ / "missing.bvh").string(), "there is no such file");
+    ExpectRefusal((folder_ / "missing" / "a.bvh").string(), "there is no such file");
+    ExpectRefusal(folder_.string(), "it is a folder");
+    ExpectRefusal("/dev/zero", "it is not a file");
+    ExpectRefusal(Write("plain", "x") + "/below.bvh", "below.bvh");
+}
+
+// Every way to cut a sound file off gives a scene or a reason, never both or neither.
+TEST_F(DamagedSceneTest, EveryTruncationEndsWell)
+{
+    const std::string bvh = Bvh("0 0 0", "Frames: 2\nFrame Time: 0.04\n1\n2\n");
+    const std::string dae =
+        R"(<?xml version="1.0"?><COLLADA version="1.4.1"><asset><up_axis>Z_UP</up_axis></asset>
+<library_visual_scenes><visual_scene id="v"><node id="n"><translate>1 2 3</translate></node></visual_scene>
+</library_visual_scenes><scene><instance_visual_scene url="#v"/></scene></COLLADA>)";
+    const std::string gltf = Gltf(R"(,"nodes":[{"name":"a","children":[1]},{}],"scenes":[{"nodes":[0]}])");
+    for (const std::string& whole : {bvh, dae, gltf})
+    {
+        for (std::size_t size = 0; size < whole.size(); ++size)
+        {
+            const auto result = mobu_host::ImportScene(Write("cut", whole.substr(0, size)));
+            EXPECT_EQ(result.ok, result.error.empty()) << size;
+        }
+        EXPECT_TRUE(mobu_host::ImportScene(Write("whole", whole)).ok);
+    }
+}
+
+} // namespace
