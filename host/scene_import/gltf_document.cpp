@@ -243,6 +243,7 @@ void ReadNodes(Json& root, GltfDocument& document, ImportNotes& notes)
             throw Damage("node " + std::to_string(i) + " is no JSON object");
         SourceNode source;
         source.name = TextMember(node, "name");
+        source.has_geometry = !Member(node, "mesh").is_null();
         ReadExtras(node, source.properties, notes);
         if (const Json& camera = Member(node, "camera"); !camera.is_null())
         {

@@ -70,6 +70,18 @@ Matrix CameraTurn(const aiCamera& camera, double centimetres)
                   0.0, 0.0, 0.0, 1.0);
 }
 
+// Reverses the axis that stands most against its own direction in `matrix`.
+Matrix ReverseOneAxis(const Matrix& matrix)
+{
+    const double along[3] = {matrix.a1 / std::hypot(matrix.a1, matrix.b1, matrix.c1),
+                             matrix.b2 / std::hypot(matrix.a2, matrix.b2, matrix.c2),
+                             matrix.c3 / std::hypot(matrix.a3, matrix.b3, matrix.c3)};
+    Matrix reverse;
+    const auto axis = static_cast<unsigned>(std::min_element(along, along + 3) - along);
+    reverse[axis][axis] = -1.0;
+    return reverse;
+}
+
 bool CanBeHeld(const aiNode& node, std::string& cause)
 {
     const aiMatrix4x4& m = node.mTransformation;
@@ -147,6 +159,8 @@ public:
 
         FBModel* root = Scene().RootModel;
         labels_.insert(static_cast<const char*>(root->LongName));
+        LabelNodes(*scene_.mRootNode, false);
+        LabelNodes(*scene_.mRootNode, true);
         AddProperties(*root, reading_.scene_properties);
         if (reading_.root_is_a_node)
         {
@@ -204,10 +218,21 @@ private:
         return numbered;
     }
 
+    // Where a joint and the mesh on it share a name, the joint keeps it.
+    void LabelNodes(const aiNode& node, bool those_with_geometry)
+    {
+        const bool is_model = reading_.root_is_a_node || &node != scene_.mRootNode;
+        const SourceNode source = reading_.describe(node);
+        if (is_model && source.has_geometry == those_with_geometry)
+            node_labels_.emplace(&node, FreeLabel(source.name, "Node"));
+        for (unsigned i = 0; i < node.mNumChildren; ++i)
+            LabelNodes(*node.mChildren[i], those_with_geometry);
+    }
+
     void AddNode(const aiNode& node, FBModel* parent, double centimetres, const Matrix& before)
     {
         const SourceNode source = reading_.describe(node);
-        const std::string label = FreeLabel(source.name, "Node");
+        const std::string& label = node_labels_.at(&node);
         const auto found = cameras_.find(node.mName.C_Str());
         const aiCamera* camera = found == cameras_.end() ? nullptr : found->second;
 
@@ -220,20 +245,31 @@ private:
         local.c4 *= centimetres;
         local.Decompose(place.scale, place.rotation, place.translation);
 
-        Matrix before_children;
         if (source.lens)
         {
             aiCamera straight; // along -Z with +Y up, as the library and the formats have it
             straight.mLookAt = aiVector3D(0.0f, 0.0f, -1.0f);
             place.after = CameraTurn(camera ? *camera : straight, centimetres);
-            before_children = place.after;
-            before_children.Inverse();
             place.model = AddLens(*AddCamera(label, parent), *source.lens, centimetres);
         }
         else
         {
             place.model = AddModel(label, parent);
         }
+        const Matrix placed = place.before * local * place.after;
+        if (placed.Determinant() < 0.0)
+        {
+            // A camera keeps looking where it looks, and its up: the third axis goes.
+            Matrix reverse = ReverseOneAxis(placed);
+            if (source.lens)
+                reverse = Matrix(Vector3(1.0, 1.0, -1.0), Quaternion(), Vector3());
+            place.after = place.after * reverse;
+            if (before.Determinant() > 0.0)
+                notes_.Add(
+                    "mirrored nodes: one of their axes is reversed, what hangs on them stays in place");
+        }
+        Matrix before_children = place.after;
+        before_children.Inverse();
         place.model->SetMatrix(ToSdk(place.before * local * place.after), kModelTransformation, false);
         AddProperties(*place.model, source.properties);
 
@@ -402,8 +438,9 @@ private:
     ImportNotes& notes_;
     std::map<std::string, const aiCamera*> cameras_;   // by name of their node
     std::map<std::string, std::vector<Place>> places_; // by name of the node, in the order of the tree
-    std::set<std::string> labels_;                     // taken
-    std::map<std::string, unsigned> last_numbers_;     // given to a label
+    std::map<const aiNode*, std::string> node_labels_;
+    std::set<std::string> labels_;                 // taken
+    std::map<std::string, unsigned> last_numbers_; // given to a label
 };
 
 } // namespace

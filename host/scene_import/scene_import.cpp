@@ -130,6 +130,7 @@ bool ImportCollada(const SceneFile& file, ImportNotes& notes, std::string& cause
         // The library goes by ids, which are unique and not meant for people.
         SourceNode source;
         source.name = node.mName.C_Str();
+        source.has_geometry = node.mNumMeshes > 0;
         if (source.name.starts_with(kNamelessCollada))
             source.name.clear();
         else if (const auto found = text.node_names.find(source.name); found != text.node_names.end())

@@ -16,7 +16,9 @@
 //
 // What the scene holds afterwards:
 //
-//   Models     centimetres, Y up, below the scene's root. A label that is taken already gets a number (" 1").
+//   Models     centimetres, Y up, below the scene's root. A label that is taken already gets a number (" 1"); where a
+//              joint and the mesh on it share a name, the joint keeps it. A mirrored node gets one axis reversed, so
+//              that its frame is a rotation; what hangs on it stays where it is.
 //   Cameras    look along their own +X, +Y up; the turn is taken off again for what hangs on them.
 //              Horizontal aperture; the field of view is the horizontal angle.
 //   Takes      one for each animation in file order, unnamed ones "Take 001" and so on; a file without
@@ -27,8 +29,8 @@
 //              outside the keys. glTF steps hold their value; cubic glTF splines and Bezier curves of Collada
 //              keep their keys and become straight lines between them.
 //
-// Key times and take ends within a hundredth of a frame of a whole frame are set onto that frame: formats
-// store them in single precision or as short decimals, and the last frame of a take must not be lost to that.
+// The end of a take within a hundredth of a frame of a whole frame is set onto that frame: formats store times in
+// single precision or as short decimals, and the last frame of a take must not be lost to that.
 
 #include <string>
 #include <vector>

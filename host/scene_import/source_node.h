@@ -33,6 +33,7 @@ struct SourceLens
 struct SourceNode
 {
     std::string name;
+    bool has_geometry = false;
     std::vector<SourceProperty> properties;
     std::optional<SourceLens> lens;
 };

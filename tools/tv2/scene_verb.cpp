@@ -8,7 +8,6 @@
 #include <CLI/CLI.hpp>
 #include <nlohmann/json.hpp>
 
-#include <cmath>
 #include <iomanip>
 #include <memory>
 #include <sstream>
@@ -156,8 +155,8 @@ SceneJson DescribeTakes()
                         {"current", &take == current},
                         {"start", start},
                         {"stop", stop},
-                        {"startFrame", std::trunc(start * rate)},
-                        {"stopFrame", std::trunc(stop * rate)}});
+                        {"startFrame", static_cast<long long>(start * rate)},
+                        {"stopFrame", static_cast<long long>(stop * rate)}});
     }
     return list;
 }

@@ -163,6 +163,39 @@ TEST_F(GltfImportTest, ChannelsReachTheirNodeWhateverItsName)
     ExpectRow(Global("Foot 2"), 3, 0, 0, 100);
 }
 
+TEST_F(GltfImportTest, AJointKeepsItsNameBesideTheMeshOnIt)
+{
+    Document document;
+    document.Node({{"name", "Torso"}, {"mesh", 0}}).Node({{"name", "Torso"}});
+    Open("a.gltf", document.Text());
+    EXPECT_EQ(ModelNames(), (Names{"Scene", "Torso 1", "Torso"}));
+}
+
+TEST_F(GltfImportTest, MirroredNodesGetAFrameThatIsARotation)
+{
+    Document document;
+    document.Node({{"name", "Mirror"}, {"scale", {1, 1, -2}}, {"children", {1, 2}}})
+        .Node({{"name", "Below"}, {"translation", {1, 2, 3}}, {"rotation", {0, 0, kHalf, kHalf}}}, false)
+        .Node({{"name", "Back"}, {"scale", {-1, 1, 1}}}, false)
+        .Animation({{"name", "Go"}})
+        .Channel(1, "translation", {1, 2, 3, 5, 6, 7});
+    const auto result = Open("a.gltf", document.Text());
+    ASSERT_EQ(result.notes.size(), 1u);
+    EXPECT_TRUE(result.notes[0].starts_with("1 x mirrored nodes")) << result.notes[0];
+    ExpectRow(Global("Mirror"), 0, 1, 0, 0);
+    ExpectRow(Global("Mirror"), 1, 0, 1, 0);
+    ExpectRow(Global("Mirror"), 2, 0, 0, 2);
+    ExpectRow(Global("Below"), 3, 100, 200, -600);
+    Goto(1.0);
+    FBMatrix below = Global("Below");
+    ExpectRow(below, 3, 500, 600, -1400);
+    const double determinant =
+        below(0, 0) * below(1, 1) * below(2, 2) - below(0, 1) * below(1, 0) * below(2, 2);
+    EXPECT_NEAR(determinant, 2.0, 1e-4);
+    ExpectRow(Global("Back"), 0, -1, 0, 0); // mirrored twice is a rotation as it stands
+    ExpectRow(Global("Back"), 2, 0, 0, -2);
+}
+
 TEST_F(GltfImportTest, StepsHoldAndSplinesKeepTheirKeys)
 {
     Document document;
