@@ -59,10 +59,14 @@ std::string CountsText(const std::array<std::size_t, 3>& counts)
             text += (text.empty() ? "" : ", ") + CountOf(count, singular, plural);
         }
     };
+    if (counts[1] == 0 && counts[2] == 0)
+    {
+        text = "clean";
+    }
     add(counts[2], "error", "errors");
     add(counts[1], "warning", "warnings");
     add(counts[0], "note", "notes");
-    return text.empty() ? "clean" : text;
+    return text;
 }
 
 void PrintFinding(const Finding& finding, std::ostream& out)

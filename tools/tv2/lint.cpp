@@ -15,7 +15,7 @@ namespace
 {
 
 // Rotations go through single-precision matrices, which leaves errors around 1e-6; a real mistake is far larger.
-constexpr float kUnitTolerance = 0.001F;
+constexpr double kUnitTolerance = 0.001;
 
 // A range whose length is no multiple of the step ends with a shorter one, and the accumulated time of a multiple may
 // fall short of the end by a rounding error. Only pairs of which next to nothing remains are worth a look.
@@ -44,6 +44,7 @@ public:
         CheckTimeRange();
         CheckNodeNames();
         WalkScene(scene_, file_.report, *this);
+        NameTracksOfEndPairs();
     }
 
     void VisitNode(const RecordPlace& place, std::size_t index) override
@@ -301,11 +302,32 @@ private:
             std::nth_element(distances.begin(), middle, distances.end());
             median = *middle;
         }
-        if (last == 0.0F || last < kClosePart * median)
+        if (last != 0.0F && !(last < kClosePart * median))
         {
-            Add("end-keys-close", place, place.offset + view.TimeOffset(count - 1),
-                "the last two keys are " + FloatText(last) + " s apart" +
-                    (count > 2 ? ", the median distance is " + FloatText(median) + " s" : ""));
+            return;
+        }
+        // All tracks of a sampling end alike: one finding for all that share the two times.
+        const auto times = std::make_pair(view.Time(count - 2), view.Time(count - 1));
+        const auto [pair, is_new] = end_pairs_.try_emplace(times, EndPair{findings_.size(), 0});
+        if (!is_new)
+        {
+            ++pair->second.more_tracks;
+            return;
+        }
+        Add("end-keys-close", place, place.offset + view.TimeOffset(count - 1),
+            "the last two keys are " + FloatText(last) + " s apart" +
+                (count > 2 ? ", the median distance is " + FloatText(median) + " s" : ""));
+    }
+
+    void NameTracksOfEndPairs()
+    {
+        for (const auto& [times, pair] : end_pairs_)
+        {
+            if (pair.more_tracks > 0)
+            {
+                findings_[pair.finding].message +=
+                    "; so in " + CountOf(pair.more_tracks, "more track", "more tracks");
+            }
         }
     }
 
@@ -337,27 +359,33 @@ private:
         for (std::size_t i = 0; i < view.ValueCount() && (unit || continuous); ++i)
         {
             const auto value = view.Value(i);
-            const float length = std::sqrt(Dot(value, value));
-            if (unit && std::isfinite(length) && std::abs(length - 1.0F) > kUnitTolerance)
+            const double length = std::sqrt(Dot(value, value));
+            if (unit && std::isfinite(length) && std::abs(length - 1.0) > kUnitTolerance)
             {
                 unit = false;
                 Add("quaternion-not-unit", place, place.offset + view.ValueOffset(i),
-                    At(i) + " has the length " + FloatText(length));
+                    At(i) + " has the length " + FloatText(static_cast<float>(length)));
             }
-            const float dot = i > 0 ? Dot(view.Value(i - 1), value) : 1.0F;
-            if (continuous && dot < 0.0F)
+            const double dot = i > 0 ? Dot(view.Value(i - 1), value) : 1.0;
+            if (continuous && dot < 0.0)
             {
                 continuous = false;
                 Add("quaternion-flip", place, place.offset + view.ValueOffset(i),
-                    At(i - 1) + " and the next have the dot product " + FloatText(dot));
+                    At(i - 1) + " and the next have the dot product " + FloatText(static_cast<float>(dot)));
             }
         }
     }
 
-    static float Dot(const std::array<float, TrackView::kMostComponents>& a,
-                     const std::array<float, TrackView::kMostComponents>& b)
+    /// In double precision, where no product of finite numbers of a file is infinite.
+    static double Dot(const std::array<float, TrackView::kMostComponents>& a,
+                      const std::array<float, TrackView::kMostComponents>& b)
     {
-        return a[0] * b[0] + a[1] * b[1] + a[2] * b[2] + a[3] * b[3];
+        double dot = 0.0;
+        for (std::size_t i = 0; i < 4; ++i)
+        {
+            dot += static_cast<double>(a[i]) * static_cast<double>(b[i]);
+        }
+        return dot;
     }
 
     void CheckSwitcher(const RecordPlace& place, const TrackView& view)
@@ -375,9 +403,17 @@ private:
         }
     }
 
+    /// Two times with which tracks end: the finding about the first of them, and how many more there are.
+    struct EndPair
+    {
+        std::size_t finding;
+        std::size_t more_tracks;
+    };
+
     const LoadedFile& file_;
     const TEV2& scene_;
     std::vector<Finding>& findings_;
+    std::map<std::pair<float, float>, EndPair> end_pairs_;
 };
 
 Finding FromLoader(const TEV2_LOAD_FINDING& loader)

@@ -1,0 +1,382 @@
+// tv2 check: every code is raised by a file that deserves it, where it deserves it, and by no other.
+
+#include "tests/tools/command.h"
+#include "tests/tools/scene_files.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+#include <functional>
+#include <limits>
+#include <optional>
+#include <set>
+
+using namespace TEV2_LOADER;
+
+namespace
+{
+
+using Codes = std::set<std::string>;
+
+constexpr float kNan = std::numeric_limits<float>::quiet_NaN();
+constexpr float kInfinity = std::numeric_limits<float>::infinity();
+
+Codes CodesOf(const nlohmann::json& findings)
+{
+    Codes codes;
+    for (const auto& finding : findings)
+    {
+        codes.insert(finding["code"].get<std::string>());
+    }
+    return codes;
+}
+
+/// The first finding of a code; null when there is none.
+nlohmann::json FindingOf(const nlohmann::json& findings, const std::string& code)
+{
+    for (const auto& finding : findings)
+    {
+        if (finding["code"] == code)
+        {
+            return finding;
+        }
+    }
+    return {};
+}
+
+/// A scene that is sound but for what `spoil` does to it.
+struct SpoiledScene
+{
+    const char* code;
+    const char* path;
+    std::function<void(TEV2&)> spoil;
+    std::uint32_t word; ///< what stands in the file at the offset of the finding
+    Codes others = {};  ///< further codes that it deserves
+};
+
+TEV2_ANIMATABLE_VECTOR_3_LINEAR& Translation(TEV2& scene, std::size_t node)
+{
+    return static_cast<TEV2_ANIMATABLE_VECTOR_3_LINEAR&>(*scene.matrixHierarchy.nodes[node].translation);
+}
+
+TEV2_ANIMATABLE_QUATERNION_SLERP& Rotation(TEV2& scene, std::size_t node)
+{
+    return static_cast<TEV2_ANIMATABLE_QUATERNION_SLERP&>(*scene.matrixHierarchy.nodes[node].rotation);
+}
+
+TEV2_ANIMATABLE_INT32_RLE& Switcher(TEV2& scene)
+{
+    return static_cast<TEV2_ANIMATABLE_INT32_RLE&>(*scene.cameraMan.cameraIndex);
+}
+
+const std::vector<SpoiledScene>& SpoiledScenes()
+{
+    static const std::vector<SpoiledScene> scenes = {
+        {"time-range-reversed", "environment.timeRange",
+         [](TEV2& scene) {
+             scene.environment.timeRange = {2.0F, 1.0F};
+         },
+         Bits(2.0F)},
+        {"non-finite-value", "environment.timeRange",
+         [](TEV2& scene) {
+             scene.environment.timeRange = {-kInfinity, 1.0F};
+         },
+         Bits(-kInfinity)},
+        {"non-finite-value", "matrixHierarchy.nodes[2].translation",
+         [](TEV2& scene) {
+             Translation(scene, 2).m_values[1] = {kInfinity, 3.0F, kNan};
+         },
+         Bits(kInfinity)},
+        {"non-finite-value",
+         "matrixHierarchy.nodes[1].translation",
+         [](TEV2& scene) { Translation(scene, 1).m_times[2] = kInfinity; },
+         Bits(kInfinity),
+         {"key-outside-range"}},
+        {"non-finite-value", "cameras[0]", [](TEV2& scene) { scene.cameras[0]->inverseAspect = kInfinity; },
+         2},
+        {"times-not-ascending", "matrixHierarchy.nodes[1].translation",
+         [](TEV2& scene) { Translation(scene, 1).m_times[1] = 0.0F; }, Bits(0.0F)},
+        {"times-not-ascending", "cameraMan.cameraIndex",
+         [](TEV2& scene) { Switcher(scene).m_times[2] = 0.25F; }, Bits(0.25F)},
+        {"end-keys-close", "matrixHierarchy.nodes[1].translation",
+         [](TEV2& scene) { Translation(scene, 1).m_times[1] = 0.999F; }, Bits(1.0F)},
+        {"end-keys-close", "cameraMan.cameraIndex", [](TEV2& scene) { Switcher(scene).m_times[1] = 1.0F; },
+         Bits(1.0F)},
+        {"key-outside-range", "matrixHierarchy.nodes[0].translation",
+         [](TEV2& scene) { Translation(scene, 0).m_times[2] = 1.25F; }, Bits(1.25F)},
+        {"value-count-differs", "matrixHierarchy.nodes[1].translation",
+         [](TEV2& scene) { Translation(scene, 1).m_values.pop_back(); }, 1},
+        {"constant-with-times", "matrixHierarchy.nodes[1].translation",
+         [](TEV2& scene) { Translation(scene, 1).m_values.resize(1); }, 1},
+        {"track-without-keys", "matrixHierarchy.nodes[1].properties.floatValues[0].track",
+         [](TEV2& scene)
+         {
+             scene.matrixHierarchy.nodes[1].properties.floatValues[0].track =
+                 std::make_unique<TEV2_ANIMATABLE_FLOAT32_LINEAR>();
+         },
+         1},
+        {"cursor-outside", "cameras[0].clipRange",
+         [](TEV2& scene) { scene.cameras[0]->clipRange->m_current_key = 2; }, 2},
+        {"cursor-outside", "cameras[0].fieldOfView",
+         [](TEV2& scene) { scene.cameras[0]->fieldOfView->m_fraction = 1.5F; }, Bits(1.5F)},
+        {"cursor-outside", "matrixHierarchy.nodes[1].properties.vector4Values[0].track",
+         [](TEV2& scene)
+         { scene.matrixHierarchy.nodes[1].properties.vector4Values[0].track->m_current_key = 1; },
+         1},
+        {"quaternion-not-unit", "matrixHierarchy.nodes[2].rotation",
+         [](TEV2& scene) {
+             Rotation(scene, 2).m_values[1] = {0.0F, 0.0F, 0.61F, 0.8F};
+         },
+         Bits(0.0F)},
+        {"quaternion-flip", "matrixHierarchy.nodes[2].rotation",
+         [](TEV2& scene) {
+             Rotation(scene, 2).m_values[2] = {-0.6F, 0.0F, 0.0F, -0.8F};
+         },
+         Bits(-0.6F)},
+        {"node-track-missing", "matrixHierarchy.nodes[2]",
+         [](TEV2& scene) { scene.matrixHierarchy.nodes[2].translation.reset(); }, 0},
+        {"parent-not-before-child", "matrixHierarchy.nodes[1]",
+         [](TEV2& scene) { scene.matrixHierarchy.nodes[1].parentIndex = 2; }, 2},
+        {"parent-not-before-child", "matrixHierarchy.nodes[1]",
+         [](TEV2& scene) { scene.matrixHierarchy.nodes[1].parentIndex = 1; }, 1},
+        {"duplicate-node-name", "matrixHierarchy",
+         [](TEV2& scene) { scene.matrixHierarchy.nodes[2].name = scene.matrixHierarchy.nodes[1].name; },
+         0 /* set below */},
+        {"camera-node-outside", "cameras[0]", [](TEV2& scene) { scene.cameras[0]->value = 3; }, 3},
+        {"switcher-camera-outside", "cameraMan.cameraIndex",
+         [](TEV2& scene) { Switcher(scene).m_values[2] = 1; }, 1},
+        {"switcher-camera-outside", "cameraMan.cameraIndex",
+         [](TEV2& scene) { Switcher(scene).m_values[1] = -2; }, 0xFFFFFFFE},
+    };
+    return scenes;
+}
+
+/// A file made from bytes, with all codes that it deserves.
+struct SpoiledFile
+{
+    const char* code; ///< the one that it is about
+    Bytes bytes;
+    Codes others = {};
+};
+
+const std::vector<SpoiledFile>& SpoiledFiles()
+{
+    const Bytes sound = SoundImage();
+    const auto with = [&sound](const Bytes& more) { return Join({sound, more}); };
+    const auto version = [](float number) { return Join({Chunk(0, {Bits(number), 0})}); };
+    Bytes wrong_parent = sound;
+    // the parent of the last node: "Camera", and four bytes after its name
+    const char16_t name[] = u"Camera";
+    const auto* name_bytes = reinterpret_cast<const std::uint8_t*>(name);
+    const auto last_name =
+        std::find_end(wrong_parent.begin(), wrong_parent.end(), name_bytes, name_bytes + 12);
+    *(last_name + 12) = 77;
+
+    Bytes clamped = Chunk(0, {Bits(1.16F), 0x000A0000});
+    clamped.insert(clamped.end(), {'a', 0});
+    clamped[0] = static_cast<std::uint8_t>(clamped.size());
+
+    static const std::vector<SpoiledFile> files = {
+        {"empty-image", {}},
+        {"bad-magic", {1, 2, 3, 4}},
+        {"truncated-chunk-header", with({8, 0, 0, 0, 99})},
+        {"bad-chunk-size", with({7, 0, 0, 0, 99, 0, 0, 0})},
+        {"bad-chunk-size", with({9, 0, 0, 0, 99, 0, 0, 0})},
+        {"chunk-too-small", with(Chunk(5, {}))},
+        {"unsupported-version", Join({Magic(), version(1.17F)})},
+        {"bad-instance-list", with(Chunk(14, {10}))},
+        {"unknown-track-kind", with(Chunk(22, {1, 3}))},
+        // a camera of 54 zero bytes up to its effects: one, present, of type 7
+        {"unknown-effect-type",
+         with(Chunk(6, {0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0x00010000, 0x00010000, 0x00070000, 0}))},
+        {"environment-map-unsupported", with(Chunk(2, {0, 0, 0, 1}))},
+        {"count-exceeds-file", with(Chunk(12, {1000}))},
+        {"record-overrun", with(Chunk(2, {0}))},
+        {"record-ends-before-chunk", with(Chunk(22, {0, 8, 99})), {"chunk-repeated", "unknown-chunk"}},
+        {"record-ends-after-chunk", with(Join({Chunk(22, {}), {0, 0, 0, 0}})), {"chunk-repeated"}},
+        {"unknown-chunk", with(Chunk(99, {1}))},
+        {"string-clamped", with(clamped), {"chunk-repeated"}},
+        {"parent-outside", wrong_parent},
+        {"unparsed-other-version",
+         Join({Magic(), version(1.13F), Chunk(7, {1, 2, 3})}),
+         {"chunk-missing", "record-ends-before-chunk"}},
+        {"instance-list-never-saved", with(Chunk(16, {7, 1})), {"array-lengths-differ"}},
+        {"information-not-first", Join({Magic(), Chunk(22, {0}), version(1.16F)}), {"chunk-missing"}},
+        {"chunk-repeated", with(Chunk(22, {0}))},
+        {"chunk-missing", Magic()},
+        {"array-lengths-differ", with(Chunk(17, {1}))},
+    };
+    return files;
+}
+
+TEST(Check, SoundFilesAreCleanWithoutANote)
+{
+    const ScratchFolder folder;
+    WriteBytes(folder.Path("sound.tv2"), SoundImage());
+    SaveScene(TEV2(), folder.Path("empty.tv2"));
+    const CommandResult result =
+        RunTv2({"check", "--json", folder.Path("sound.tv2"), folder.Path("empty.tv2")});
+    EXPECT_EQ(result.exit_code, 0);
+    const auto files = result.Json()["files"];
+    ASSERT_EQ(files.size(), 2U);
+    for (const auto& file : files)
+    {
+        EXPECT_EQ(file["clean"], true);
+        EXPECT_EQ(file["loaded"], true);
+        EXPECT_EQ(file["findings"].size(), 0U) << file.dump(2);
+    }
+    EXPECT_EQ(RunTv2({"check", folder.Path("sound.tv2")}).out, folder.Path("sound.tv2") + ": clean\n");
+}
+
+TEST(Check, EachSpoiledSceneGetsItsCodeAtTheByteItIsAbout)
+{
+    const ScratchFolder folder;
+    const std::string path = folder.Path("spoiled.tv2");
+    const auto codes = RunTv2({"check", "--codes", "--json"}).Json()["codes"];
+    for (const SpoiledScene& item : SpoiledScenes())
+    {
+        SCOPED_TRACE(std::string(item.code) + " in " + item.path);
+        TEV2 scene;
+        FillSoundScene(scene);
+        item.spoil(scene);
+        SaveScene(scene, path);
+
+        const CommandResult result = RunTv2({"check", "--json", path});
+        const auto findings = result.Json()["files"][0]["findings"];
+        Codes expected = item.others;
+        expected.insert(item.code);
+        EXPECT_EQ(CodesOf(findings), expected);
+        const auto finding = FindingOf(findings, item.code);
+        ASSERT_FALSE(finding.is_null());
+        EXPECT_EQ(finding["path"], item.path);
+        EXPECT_EQ(finding["severity"], FindingOf(codes, item.code)["severity"]);
+        EXPECT_EQ(result.exit_code, finding["severity"] == "note" ? 0 : 1);
+
+        const Bytes bytes = ReadBytes(path);
+        const auto chunk = finding["chunkOffset"].get<std::size_t>();
+        EXPECT_EQ(WordAt(bytes, chunk + 4), finding["chunkId"].get<std::uint32_t>());
+        const std::uint32_t word =
+            std::string(item.code) == "duplicate-node-name" ? WordAt(bytes, chunk) : item.word;
+        EXPECT_EQ(WordAt(bytes, finding["offset"].get<std::size_t>()), word);
+    }
+}
+
+TEST(Check, EachSpoiledFileGetsItsCode)
+{
+    const ScratchFolder folder;
+    const std::string path = folder.Path("spoiled.tv2");
+    for (const SpoiledFile& item : SpoiledFiles())
+    {
+        SCOPED_TRACE(item.code);
+        WriteBytes(path, item.bytes);
+        const CommandResult result = RunTv2({"check", "--json", path});
+        const auto file = result.Json()["files"][0];
+        Codes expected = item.others;
+        expected.insert(item.code);
+        EXPECT_EQ(CodesOf(file["findings"]), expected);
+        const std::string severity = FindingOf(file["findings"], item.code)["severity"];
+        EXPECT_EQ(file["loaded"], severity != "error");
+        EXPECT_EQ(result.exit_code, file["clean"] == true ? 0 : 1);
+        for (const auto& finding : file["findings"])
+        {
+            EXPECT_LE(finding["offset"].get<std::size_t>(), item.bytes.size());
+            EXPECT_NE(finding["message"], "");
+        }
+    }
+}
+
+TEST(Check, EveryListedCodeIsRaisedBySomeFileHere)
+{
+    Codes raised = {"image-too-large"}; // takes a file of 4 GiB
+    for (const SpoiledScene& item : SpoiledScenes())
+    {
+        raised.insert(item.code);
+    }
+    for (const SpoiledFile& item : SpoiledFiles())
+    {
+        raised.insert(item.code);
+    }
+    const CommandResult result = RunTv2({"check", "--codes", "--json"});
+    EXPECT_EQ(result.exit_code, 0);
+    const auto codes = result.Json()["codes"];
+    EXPECT_EQ(CodesOf(codes), raised);
+    EXPECT_EQ(codes.size(), raised.size()) << "a code is listed twice";
+    const std::string text = RunTv2({"check", "--codes"}).out;
+    for (const auto& code : codes)
+    {
+        EXPECT_NE(code["sentence"], "");
+        EXPECT_NE(text.find(code["code"].get<std::string>() + " "), std::string::npos);
+    }
+}
+
+TEST(Check, OrdinaryEndsOfASamplingAreNoFindings)
+{
+    // 1/30 s added up as the sampler does: a rest remains, or the sum that should be 2 falls just short of it
+    struct Case
+    {
+        float end;
+        bool noted;
+    };
+    const ScratchFolder folder;
+    for (const Case& item : {Case{1.02F, false}, Case{2.0F, true}})
+    {
+        const auto track = std::make_unique<TEV2_ANIMATABLE_VECTOR_3_LINEAR>();
+        const float step = 1.0F / 30.0F;
+        for (float time = 0.0F; time < item.end; time = time + step)
+        {
+            track->Append(time, {time, 0.0F, 0.0F});
+        }
+        track->Append(item.end, {item.end, 0.0F, 0.0F});
+        ASSERT_EQ(item.noted, item.end - track->m_times[track->m_times.size() - 2] < 0.1F * step);
+
+        TEV2 scene;
+        FillSoundScene(scene);
+        scene.environment.timeRange = {0.0F, item.end};
+        Translation(scene, 1) = *track;
+        Translation(scene, 2) = *track;
+        const std::string path = folder.Path("sampled.tv2");
+        SaveScene(scene, path);
+        const CommandResult result = RunTv2({"check", path});
+        EXPECT_EQ(result.exit_code, 0);
+        if (!item.noted)
+        {
+            EXPECT_EQ(result.out, path + ": clean\n");
+            continue;
+        }
+        EXPECT_EQ(result.out.rfind(path + ": clean, 1 note\n  note end-keys-close at byte ", 0), 0U)
+            << result.out;
+        EXPECT_NE(result.out.find("; so in 1 more track\n"), std::string::npos) << result.out;
+    }
+}
+
+TEST(Check, ManyFindingsOfOneCodeAreShortenedUnlessAllAreAskedFor)
+{
+    const ScratchFolder folder;
+    const std::string path = folder.Path("many.tv2");
+    TEV2 scene;
+    FillSoundScene(scene);
+    for (int i = 0; i < 20; ++i)
+    {
+        scene.matrixHierarchy.nodes.emplace_back().name =
+            TEV2_WIDE_STRING::FromBytes("bare" + std::to_string(i));
+    }
+    SaveScene(scene, path);
+    const auto count = [](const std::string& text)
+    {
+        std::size_t found = 0;
+        for (std::size_t at = text.find("warning node-track-missing"); at != std::string::npos;
+             at = text.find("warning node-track-missing", at + 1))
+        {
+            ++found;
+        }
+        return found;
+    };
+    const std::string shortened = RunTv2({"check", path}).out;
+    EXPECT_EQ(shortened.rfind(path + ": 20 warnings\n", 0), 0U) << shortened;
+    EXPECT_EQ(count(shortened), 5U);
+    EXPECT_NE(shortened.find("... 15 more of node-track-missing"), std::string::npos) << shortened;
+    EXPECT_EQ(count(RunTv2({"check", "--all", path}).out), 20U);
+}
+
+} // namespace

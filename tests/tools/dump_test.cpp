@@ -1,0 +1,256 @@
+// tv2 dump: every value of a file, to the bit.
+
+#include "tests/tools/command.h"
+#include "tests/tools/scene_files.h"
+
+#include <gtest/gtest.h>
+
+#include <bit>
+#include <limits>
+#include <random>
+
+using namespace TEV2_LOADER;
+
+namespace
+{
+
+/// The bits that a number, or the string of a non-finite one, stands for. Numbers are read as f32 from their text.
+std::uint32_t BitsOf(const nlohmann::json& value)
+{
+    if (value.is_number())
+    {
+        return Bits(value.get<float>());
+    }
+    const std::string text = value.get<std::string>();
+    if (text.rfind("NaN(", 0) == 0)
+    {
+        return static_cast<std::uint32_t>(std::stoul(text.substr(4), nullptr, 16));
+    }
+    if (text == "NaN")
+    {
+        return 0x7FC00000;
+    }
+    EXPECT_TRUE(text == "Infinity" || text == "-Infinity") << text;
+    return text[0] == '-' ? 0xFF800000 : 0x7F800000;
+}
+
+nlohmann::json DumpJson(const TEV2& scene)
+{
+    const ScratchFolder folder;
+    SaveScene(scene, folder.Path("scene.tv2"));
+    const CommandResult result = RunTv2({"dump", "--json", folder.Path("scene.tv2")});
+    EXPECT_EQ(result.exit_code, 0) << result.err;
+    return result.Json();
+}
+
+TEST(Dump, FloatsReadBackToTheSameBits)
+{
+    std::vector<std::uint32_t> patterns = {
+        Bits(0.1F),   Bits(-0.0F), Bits(1.0F), Bits(1.0F / 3.0F), Bits(16777216.0F), Bits(1e20F),
+        Bits(1e-45F), 0x00000001,  0x007FFFFF, 0x00800000,        0x7F7FFFFF,        0xFF7FFFFF,
+        0x7F800000,   0xFF800000,  0x7FC00000, 0xFFC00000,        0x7FC12345,        0x7F800001,
+    };
+    std::mt19937 random(20240305);
+    for (int i = 0; i < 3000; ++i)
+    {
+        patterns.push_back(static_cast<std::uint32_t>(random()));
+    }
+    TEV2 scene;
+    auto track = std::make_unique<TEV2_ANIMATABLE_FLOAT32_LINEAR>();
+    for (const std::uint32_t pattern : patterns)
+    {
+        track->Append(std::bit_cast<float>(pattern), std::bit_cast<float>(pattern));
+    }
+    auto camera = std::make_unique<TEV2_CAMERA>();
+    camera->distance = std::move(track);
+    scene.cameras.push_back(std::move(camera));
+
+    const auto distance = DumpJson(scene)["cameras"][0]["distance"];
+    ASSERT_EQ(distance["m_times"].size(), patterns.size());
+    ASSERT_EQ(distance["m_values"].size(), patterns.size());
+    for (std::size_t i = 0; i < patterns.size(); ++i)
+    {
+        EXPECT_EQ(BitsOf(distance["m_times"][i]), patterns[i]) << distance["m_times"][i];
+        EXPECT_EQ(BitsOf(distance["m_values"][i]), patterns[i]) << distance["m_values"][i];
+    }
+}
+
+TEST(Dump, FloatsAreAsShortAsTheyCanBe)
+{
+    const ScratchFolder folder;
+    TEV2 scene;
+    scene.environment.timeRange = {0.1F, 16777216.0F};
+    SaveScene(scene, folder.Path("scene.tv2"));
+    const std::string tree = RunTv2({"dump", folder.Path("scene.tv2")}).out;
+    EXPECT_NE(tree.find("minimum: 0.1\n"), std::string::npos) << tree;
+    EXPECT_NE(tree.find("maximum: 16777216.0\n"), std::string::npos) << tree;
+    EXPECT_NE(tree.find("version: 1.16\n"), std::string::npos) << tree;
+}
+
+TEST(Dump, JsonHoldsEveryRecordOfAScene)
+{
+    TEV2 scene;
+    FillSoundScene(scene);
+    scene.environment.environmentColour =
+        MakeTrack<TEV2_ANIMATABLE_COLOUR_LINEAR>({{0.0F, {0.1F, 0.2F, 0.3F, 0.4F}}});
+    scene.environment.reserved = {1, 2, 3, 4, 5, 6, 7, 0xFF};
+    scene.cameras[0]->bounds =
+        MakeTrack<TEV2_ANIMATABLE_BOUNDING_BOX_LINEAR>({{0.0F, {{-1.0F, -2.0F, -3.0F}, {1.0F, 2.0F, 3.0F}}}});
+    auto blur = std::make_unique<TEV2_CAMERA_MOTION_BLUR_EFFECT>();
+    blur->shutterTime = MakeTrack<TEV2_ANIMATABLE_FLOAT32_LINEAR>({{0.0F, 0.02F}});
+    scene.cameras[0]->effects.push_back(std::move(blur));
+    scene.cameras[0]->effects.push_back(nullptr);
+    scene.matrixHierarchy.nodes[2].scale =
+        MakeTrack<TEV2_ANIMATABLE_VECTOR_3_LINEAR>({{0.0F, {2.0F, 3.0F, 4.0F}}});
+    scene.matrixHierarchy.nodes[2].userText = TEV2_WIDE_STRING(u"kept");
+    scene.ambientLight = std::make_unique<TEV2_AMBIENT_LIGHT>();
+    scene.ambientLight->body.bytes = {0xDE, 0xAD};
+    scene.lights.push_back(TEV2_LIGHT::Create(2));
+    scene.lights[0]->body.bytes = {1};
+    scene.helpers.push_back(std::make_unique<TEV2_HELPER>());
+    scene.helpers[0]->body.bytes = {0xBE, 0xEF};
+    scene.instanceLists[4].push_back(TEV2_INSTANCE::Create(18));
+    scene.instanceLists[4][0]->body.bytes = {0x42};
+
+    const auto json = DumpJson(scene);
+    const std::vector<std::pair<std::string, nlohmann::json>> expected = {
+        {"/information/creatorText", "MotionBuilder v17.00  Tev2 Exporter v1.14"},
+        {"/information/infoText", "USERNAME:\tann\r\nFBX_FILE:\twalk.bvh\r\n"},
+        {"/arrayLengths/1", 1},
+        {"/arrayLengths/7", 1},
+        {"/environment/timeRange/maximum", 1.0},
+        {"/environment/environmentColour/m_values/0/3", 0.4},
+        {"/environment/reserved", "01020304050607ff"},
+        {"/ambientLight/body", "dead"},
+        {"/globalLightTint", nullptr},
+        {"/lights/0/type", 2},
+        {"/lights/0/body", "01"},
+        {"/helpers/0/body", "beef"},
+        {"/instanceLists/4/0/chunkId", 18},
+        {"/instanceLists/4/0/body", "42"},
+        {"/instanceLists/3", nlohmann::json::array()},
+        {"/cameraMan/cameraIndex/class", "TEV2_ANIMATABLE_INT32_RLE"},
+        {"/cameraMan/cameraIndex/m_values", {0, -1, 0}},
+        {"/cameras/0/value", 2},
+        {"/cameras/0/inverseAspect", 0.75},
+        {"/cameras/0/bounds/m_values/0", {-1.0, -2.0, -3.0, 1.0, 2.0, 3.0}},
+        {"/cameras/0/secondaryRange", nullptr},
+        {"/cameras/0/clipRange/m_values/2", {0.1, 40.0}},
+        {"/cameras/0/effects/0/shutterTime/m_values/0", 0.02},
+        {"/cameras/0/effects/1", nullptr},
+        {"/matrixHierarchy/nodes/0/parentIndex", -1},
+        {"/matrixHierarchy/nodes/1/translation/m_times", {0.0, 0.5, 1.0}},
+        {"/matrixHierarchy/nodes/1/translation/m_values/1", {1.0, 1.0, 0.0}},
+        {"/matrixHierarchy/nodes/1/rotation/kind", 6},
+        {"/matrixHierarchy/nodes/1/rotation/m_values/1", {0.0, 0.0, 0.6, 0.8}},
+        {"/matrixHierarchy/nodes/1/properties/stringArrays/0/strings", {"Low", "High"}},
+        {"/matrixHierarchy/nodes/1/properties/intValues/0/track/m_values", {1, -7}},
+        {"/matrixHierarchy/nodes/1/properties/floatValues/0/name", "Blend"},
+        {"/matrixHierarchy/nodes/1/properties/vector3Values/0/track/m_values/0", {1.0, 2.0, 3.0}},
+        {"/matrixHierarchy/nodes/1/properties/vector4Values/0/track/m_values/0", {1.0, 0.5, 0.0, 1.0}},
+        {"/matrixHierarchy/nodes/2/scale/m_values/0", {2.0, 3.0, 4.0}},
+        {"/matrixHierarchy/nodes/2/userText", "kept"},
+    };
+    for (const auto& [pointer, value] : expected)
+    {
+        const nlohmann::json::json_pointer at(pointer);
+        ASSERT_TRUE(json.contains(at)) << pointer;
+        EXPECT_EQ(json[at], value) << pointer;
+    }
+    // the chunks tile the file behind the magic
+    std::size_t offset = 4;
+    for (const auto& chunk : json["chunks"])
+    {
+        EXPECT_EQ(chunk["offset"], offset);
+        offset += chunk["size"].get<std::size_t>();
+    }
+    EXPECT_EQ(json["bytes"], offset);
+}
+
+TEST(Dump, NamesAreReadableAndTheirUnitsAreNotLost)
+{
+    struct Case
+    {
+        std::u16string units;
+        std::string text;
+        bool tells_units;
+    };
+    const Case cases[] = {
+        {u"Hips", "Hips", true},
+        {u"", "", true},
+        {{u'H', 0xC3, 0xBC, u'f', u't', u'e'},
+         "H\xC3\xBC"
+         "fte",
+         false}, // UTF-8, widened byte by byte
+        {{0xE4, 0xB8, 0xAD}, "\xE4\xB8\xAD", false},
+        {{0xF0, 0x9F, 0xA6, 0xB4}, "\xF0\x9F\xA6\xB4", false},
+        {{u'H', 0xFC, u'f', u't', u'e'},
+         "H\xC3\xBC"
+         "fte",
+         true}, // Latin-1, no UTF-8
+        {{0xC3}, "\xC3\x83", true},
+        {{0xE0, 0x80, 0x80}, "\xC3\xA0\xC2\x80\xC2\x80", true}, // an overlong form is no UTF-8
+        {{0x4E2D, 0x6587}, "\xE4\xB8\xAD\xE6\x96\x87", true},
+        {{0xD83E, 0xDDB4}, "\xF0\x9F\xA6\xB4", true},
+        {{u'a', 0xD83E, u'b'},
+         "a\xEF\xBF\xBD"
+         "b",
+         false}, // a lone surrogate
+        {{0xDDB4, 0xD83E}, "\xEF\xBF\xBD\xEF\xBF\xBD", false},
+        {{u'a', u'\n', u'"', 1}, "a\n\"\x01", true},
+    };
+    TEV2 scene;
+    auto& texts = scene.matrixHierarchy.nodes.emplace_back().properties.stringArrays.emplace_back();
+    for (const Case& item : cases)
+    {
+        scene.matrixHierarchy.nodes.emplace_back().name = TEV2_WIDE_STRING(item.units);
+        texts.strings.push_back(TEV2_WIDE_STRING(item.units));
+    }
+    const auto json = DumpJson(scene);
+    const auto array = json["matrixHierarchy"]["nodes"][0]["properties"]["stringArrays"][0];
+    for (std::size_t i = 0; i < std::size(cases); ++i)
+    {
+        const auto node = json["matrixHierarchy"]["nodes"][i + 1];
+        const nlohmann::json units(std::vector<unsigned>(cases[i].units.begin(), cases[i].units.end()));
+        EXPECT_EQ(node["name"], cases[i].text);
+        EXPECT_EQ(node.contains("nameUnits"), !cases[i].tells_units) << i;
+        EXPECT_EQ(array["strings"][i], cases[i].text);
+        if (!cases[i].tells_units)
+        {
+            EXPECT_EQ(node["nameUnits"], units);
+        }
+        EXPECT_EQ(array["stringsUnits"][i], cases[i].tells_units ? nlohmann::json() : units);
+    }
+}
+
+TEST(Dump, TreeCanBeLimited)
+{
+    const ScratchFolder folder;
+    const std::string path = folder.Path("scene.tv2");
+    TEV2 scene;
+    FillSoundScene(scene);
+    scene.matrixHierarchy.nodes[1].name = TEV2_WIDE_STRING::FromBytes("H\xC3\xBC"
+                                                                      "fte\t2");
+    scene.helpers.push_back(std::make_unique<TEV2_HELPER>());
+    scene.helpers[0]->body.bytes.assign(100, 0xAB);
+    SaveScene(scene, path);
+
+    const std::string whole = RunTv2({"dump", path}).out;
+    EXPECT_NE(whole.find("          0.5: 1.0 1.0 0.0\n          1.0: 0.0 1.0 -2.0\n        rotation: "),
+              std::string::npos)
+        << whole;
+    EXPECT_NE(whole.find("name: \"H\xC3\xBC"
+                         "fte\\t2\"\n"),
+              std::string::npos)
+        << whole;
+    EXPECT_EQ(whole.find(" more "), std::string::npos);
+
+    const std::string limited = RunTv2({"dump", "--keys", "1", path}).out;
+    EXPECT_NE(limited.find("          0.0: 0.0 1.0 0.0\n          ... 2 more keys\n"), std::string::npos)
+        << limited;
+    EXPECT_NE(limited.find("body: 100 bytes\n"), std::string::npos) << limited;
+    EXPECT_NE(limited.find("... 3 more lines\n"), std::string::npos) << limited;
+    EXPECT_EQ(limited.find("0.5: "), std::string::npos);
+}
+
+} // namespace

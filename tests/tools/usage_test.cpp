@@ -1,0 +1,134 @@
+// How the command is called: help, version, bad usage, files that cannot be read.
+
+#include "tests/tools/command.h"
+#include "tests/tools/scene_files.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <sys/wait.h>
+
+namespace
+{
+
+const std::vector<std::string> kVerbs = {"info", "dump", "check"};
+
+TEST(Usage, HelpOfEachVerbHasExamplesAndNamesJson)
+{
+    for (const std::string& verb : kVerbs)
+    {
+        const CommandResult help = RunTv2({verb, "--help"});
+        EXPECT_EQ(help.exit_code, 0) << verb;
+        EXPECT_NE(help.out.find("Examples:\n  tv2 " + verb), std::string::npos) << help.out;
+        EXPECT_NE(help.out.find("--json"), std::string::npos) << help.out;
+    }
+}
+
+TEST(Usage, HelpListsTheVerbsAndVersionIsPrinted)
+{
+    const CommandResult help = RunTv2({"--help"});
+    EXPECT_EQ(help.exit_code, 0);
+    for (const std::string& verb : kVerbs)
+    {
+        EXPECT_NE(help.out.find("\n  " + verb + " "), std::string::npos) << help.out;
+    }
+    const CommandResult version = RunTv2({"--version"});
+    EXPECT_EQ(version.exit_code, 0);
+    EXPECT_EQ(version.out, "tv2 " TV2_EXPECTED_VERSION "\n");
+}
+
+TEST(Usage, BadUsageCannotRun)
+{
+    const std::vector<std::vector<std::string>> calls = {
+        {},          {"explode"},        {"info"},
+        {"dump"},    {"check"},          {"info", "--wrong", "a.tv2"},
+        {"--wrong"}, {"dump", "a", "b"}, {"dump", "--keys", "many", "a.tv2"},
+    };
+    for (const auto& call : calls)
+    {
+        const CommandResult result = RunTv2(call);
+        EXPECT_EQ(result.exit_code, 2) << (call.empty() ? "no arguments" : call.back());
+        EXPECT_NE(result.err, "");
+        EXPECT_EQ(result.out, "");
+    }
+}
+
+TEST(Usage, FileThatCannotBeReadIsNamedWithTheCause)
+{
+    const ScratchFolder folder;
+    for (const std::string& verb : kVerbs)
+    {
+        const CommandResult missing = RunTv2({verb, folder.Path("none.tv2")});
+        EXPECT_EQ(missing.exit_code, 2) << verb;
+        EXPECT_NE(missing.err.find(folder.Path("none.tv2") + ": No such file"), std::string::npos)
+            << missing.err;
+
+        const CommandResult directory = RunTv2({verb, folder.Path("")});
+        EXPECT_EQ(directory.exit_code, 2) << verb;
+        EXPECT_NE(directory.err.find(folder.Path("") + ": Is a directory"), std::string::npos)
+            << directory.err;
+    }
+}
+
+TEST(Usage, FileThatIsNoSceneIsNamedWithTheCause)
+{
+    struct Case
+    {
+        const char* name;
+        Bytes bytes;
+        const char* code;
+    };
+    Bytes interrupted = SoundImage();
+    std::fill(interrupted.begin(), interrupted.begin() + 4, std::uint8_t{0});
+    Bytes truncated = SoundImage();
+    truncated.pop_back();
+    const Case cases[] = {
+        {"garbage.tv2", {'h', 'e', 'l', 'l', 'o', '!'}, "bad-magic"},
+        {"interrupted.tv2", interrupted, "bad-magic"},
+        {"empty.tv2", {}, "empty-image"},
+        {"truncated.tv2", truncated, "bad-chunk-size"},
+    };
+    const ScratchFolder folder;
+    for (const Case& item : cases)
+    {
+        const std::string path = folder.Path(item.name);
+        WriteBytes(path, item.bytes);
+        for (const std::string& verb : kVerbs)
+        {
+            const CommandResult result = RunTv2({verb, path});
+            EXPECT_EQ(result.exit_code, 1) << verb << ' ' << item.name;
+            const std::string& text = verb == "check" ? result.out : result.err;
+            EXPECT_NE(text.find(path), std::string::npos) << text;
+            EXPECT_NE(text.find(item.code), std::string::npos) << text;
+        }
+    }
+}
+
+TEST(Usage, OneBadFileDoesNotHideTheOthers)
+{
+    const ScratchFolder folder;
+    WriteBytes(folder.Path("good.tv2"), SoundImage());
+    for (const std::string verb : {"info", "check"})
+    {
+        const CommandResult result =
+            RunTv2({verb, folder.Path("none.tv2"), folder.Path("good.tv2"), "--json"});
+        EXPECT_EQ(result.exit_code, 2) << verb;
+        const auto json = result.Json();
+        ASSERT_EQ(json["files"].size(), 1U) << verb;
+        EXPECT_EQ(json["files"][0]["file"], folder.Path("good.tv2"));
+    }
+}
+
+TEST(Usage, OutputThatCannotBeWrittenIsAnError)
+{
+    const ScratchFolder folder;
+    WriteBytes(folder.Path("good.tv2"), SoundImage());
+    const std::string call =
+        std::string(TV2_COMMAND) + " dump '" + folder.Path("good.tv2") + "' >/dev/full 2>/dev/null";
+    const int status = std::system(call.c_str());
+    ASSERT_TRUE(WIFEXITED(status));
+    EXPECT_EQ(WEXITSTATUS(status), 2);
+}
+
+} // namespace
