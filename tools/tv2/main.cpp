@@ -14,7 +14,7 @@ using AddVerb = void (*)(CLI::App&, VerbContext&);
 
 /// In the order in which the help lists them.
 constexpr AddVerb kVerbs[] = {
-    AddExportVerb, AddSceneVerb, AddInfoVerb, AddDumpVerb, AddCheckVerb,
+    AddExportVerb, AddSceneVerb, AddInfoVerb, AddDumpVerb, AddCheckVerb, AddPictureVerb,
 };
 
 } // namespace

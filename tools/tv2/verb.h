@@ -38,3 +38,4 @@ void AddSceneVerb(CLI::App& app, VerbContext& context);
 void AddInfoVerb(CLI::App& app, VerbContext& context);
 void AddDumpVerb(CLI::App& app, VerbContext& context);
 void AddCheckVerb(CLI::App& app, VerbContext& context);
+void AddPictureVerb(CLI::App& app, VerbContext& context);
