@@ -5,6 +5,7 @@
 #include "tev2_loader/serialisation/memory_cursor.h"
 
 #include <cstdint>
+#include <cstdio>
 #include <cstring>
 #include <gtest/gtest.h>
 #include <initializer_list>

@@ -20,7 +20,8 @@ std::vector<std::pair<std::uint32_t, std::size_t>> Chunks(const std::vector<std:
     while (cursor.Remaining() > 0)
     {
         const std::uint32_t size = cursor.ReadU32();
-        chunks.emplace_back(cursor.ReadU32(), cursor.Offset());
+        const std::uint32_t id = cursor.ReadU32();
+        chunks.emplace_back(id, cursor.Offset());
         cursor.current += size - 8;
     }
     return chunks;

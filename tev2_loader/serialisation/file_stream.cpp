@@ -66,7 +66,7 @@ std::int32_t TEV2_FILE_STREAM::Tell()
         Latch(errno);
         return -1;
     }
-    if (position > INT32_MAX)
+    if (std::int64_t{position} > INT32_MAX)
     {
         Latch(EFBIG);
         return -1;

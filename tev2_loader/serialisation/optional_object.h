@@ -46,7 +46,7 @@ bool LoadOptional(TEV2_MEMORY_CURSOR& cursor, float version, const char* label,
     object = Object::Create(type);
     if (!object)
     {
-        constexpr std::uint32_t kMostTypes = 12;
+        constexpr std::uint32_t kMostTypes = 12; // there are no higher numbers, of tracks or of effects
         std::string known;
         for (std::uint32_t candidate = 0; candidate < kMostTypes; ++candidate)
         {
