@@ -4,6 +4,7 @@
 #include <array>
 #include <charconv>
 #include <cstdint>
+#include <optional>
 #include <utility>
 
 namespace mobu_host
@@ -98,25 +99,84 @@ std::string Attribute(std::string_view tag, std::string_view name)
     }
 }
 
+// One element: what stands inside its start tag, and behind that up to its end tag.
+struct Element
+{
+    std::size_t attributes = 0; // where they begin
+    std::string_view tag;
+    std::string_view content;
+};
+
+// The next element of this name from `at` on, which moves behind its start tag. Elements within elements of the same
+// name come as well, later.
+std::optional<Element> NextElement(std::string_view document, std::string_view name, std::size_t& at)
+{
+    const std::string start = "<" + std::string(name);
+    while ((at = document.find(start, at)) != std::string_view::npos)
+    {
+        at += start.size();
+        const std::size_t end = document.find('>', at);
+        if (end == std::string_view::npos)
+            return std::nullopt;
+        if (document[at] != '>' && kBlank.find(document[at]) == std::string_view::npos)
+            continue;
+        Element element{at, document.substr(at, end - at), document.substr(end + 1)};
+        if (!element.tag.ends_with('/'))
+            element.content = element.content.substr(0, element.content.find("</" + std::string(name)));
+        else
+            element.content = {};
+        return element;
+    }
+    return std::nullopt;
+}
+
+std::string WithWholeCameras(std::string_view document)
+{
+    constexpr std::string_view kAngleEnd = "</yfov>";
+    std::string whole;
+    std::size_t copied = 0;
+    const auto insert = [&](std::size_t at, std::string_view text)
+    {
+        whole += document.substr(copied, at - copied);
+        whole += text;
+        copied = at;
+    };
+    std::size_t at = 0;
+    while (const std::optional<Element> camera = NextElement(document, "camera", at))
+    {
+        if (Attribute(camera->tag, "name").empty())
+            insert(camera->attributes, " name=\"camera\"");
+        const auto has = [&camera](std::string_view text)
+        { return camera->content.find(text) != std::string_view::npos; };
+        if (has(kAngleEnd) && !has("<xfov") && !has("<aspect_ratio"))
+            insert(static_cast<std::size_t>(camera->content.data() - document.data()) +
+                       camera->content.find(kAngleEnd) + kAngleEnd.size(),
+                   "<aspect_ratio>1</aspect_ratio>");
+    }
+    insert(document.size(), "");
+    return whole;
+}
+
 } // namespace
 
 ColladaText ScanCollada(std::string_view document)
 {
     ColladaText text;
-    text.has_bezier_curves = document.find("BEZIER") != std::string_view::npos ||
-                             document.find("HERMITE") != std::string_view::npos;
-    constexpr std::string_view kTag = "<node";
-    for (std::size_t at = document.find(kTag); at != std::string_view::npos; at = document.find(kTag, at + 1))
+    text.document = WithWholeCameras(document);
+    for (const std::string_view kind : {"BEZIER", "HERMITE", "STEP", "CARDINAL", "BSPLINE"})
     {
-        const std::size_t inside = at + kTag.size();
-        const std::size_t end = document.find('>', inside);
-        if (end == std::string_view::npos)
-            break;
-        if (kBlank.find(document[inside]) == std::string_view::npos)
-            continue;
-        const std::string_view tag = document.substr(inside, end - inside);
-        const std::string id = Attribute(tag, "id");
-        const std::string name = Attribute(tag, "name");
+        for (std::size_t at = document.find(kind); at != std::string_view::npos && !text.has_curves;
+             at = document.find(kind, at + 1))
+        {
+            const char before = at > 0 ? document[at - 1] : ' ';
+            text.has_curves = before == '>' || kBlank.find(before) != std::string_view::npos;
+        }
+    }
+    std::size_t at = 0;
+    while (const std::optional<Element> node = NextElement(document, "node", at))
+    {
+        const std::string id = Attribute(node->tag, "id");
+        const std::string name = Attribute(node->tag, "name");
         if (!id.empty() && !name.empty())
             text.node_names.emplace(id, name);
     }

@@ -115,13 +115,14 @@ SourceLens LensOf(const aiCamera& camera)
 
 bool ImportCollada(const SceneFile& file, ImportNotes& notes, std::string& cause)
 {
+    const ColladaText text = ScanCollada(file.bytes);
     Assimp::Importer importer;
-    const aiScene* const scene = ReadWithAssimp(importer, file.path, file.bytes, file.format, notes, cause);
+    const aiScene* const scene =
+        ReadWithAssimp(importer, file.path, text.document, file.format, notes, cause);
     if (!scene)
         return false;
-    const ColladaText text = ScanCollada(file.bytes);
-    if (text.has_bezier_curves)
-        notes.Add("documents with curved animation: curves are read as straight lines between their keys");
+    if (text.has_curves)
+        notes.Add("documents with curves or steps: animation is read as straight lines between keys");
     SceneReading reading;
     reading.centimetres = kCentimetresPerMetre; // the tree's top carries the document's unit, in metres
     reading.root_is_a_node = false;

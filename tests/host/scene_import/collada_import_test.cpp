@@ -79,13 +79,16 @@ TEST_F(ColladaImportTest, CamerasKeepLensAndDirection)
     const std::string cameras = R"(<library_cameras>
 <camera id="c1"><optics><technique_common><perspective><yfov>40</yfov><aspect_ratio>1.5</aspect_ratio>
 <znear>1</znear><zfar>100</zfar></perspective></technique_common></optics></camera>
+<camera id="c3" name="Lens"><optics><technique_common><perspective><yfov sid="y">40</yfov><znear>1</znear>
+<zfar>100</zfar></perspective></technique_common></optics></camera>
 <camera id="c2"><optics><technique_common><perspective><xfov>50</xfov><aspect_ratio>1.25</aspect_ratio>
 <znear>1</znear><zfar>100</zfar></perspective></technique_common></optics></camera></library_cameras>)";
     const auto result = Open("a.dae", Document(kInchesZUp, cameras, R"(
 <node id="n1" name="Eye one"><translate>0 0 10</translate><instance_camera url="#c1"/>
   <node id="n2" name="Held"><translate>0 0 -1</translate></node></node>
-<node id="n3" name="Eye two"><instance_camera url="#c2"/><instance_camera url="#c1"/></node>)"));
-    EXPECT_EQ(ModelNames(), (Names{"Scene", "Eye one", "Held", "Eye two"}));
+<node id="n3" name="Eye two"><instance_camera url="#c2"/><instance_camera url="#c1"/></node>
+<node id="n5" name="Eye three"><instance_camera url="#c3"/></node>)"));
+    EXPECT_EQ(ModelNames(), (Names{"Scene", "Eye one", "Held", "Eye two", "Eye three"}));
     ASSERT_EQ(result.notes.size(), 1u);
     EXPECT_NE(result.notes[0].find("further cameras"), std::string::npos);
     auto& one = static_cast<FBCamera&>(Model("Eye one"));
@@ -97,6 +100,10 @@ TEST_F(ColladaImportTest, CamerasKeepLensAndDirection)
     EXPECT_NEAR(one.FarPlaneDistance, 254, 1e-4);
     EXPECT_NEAR(two.FieldOfView, 50, 1e-4);
     EXPECT_NEAR(two.FilmAspectRatio, 1.25, 1e-6);
+
+    auto& three = static_cast<FBCamera&>(Model("Eye three")); // no aspect stated: as in a square picture
+    EXPECT_NEAR(three.FieldOfView, 40, 1e-4);
+    EXPECT_NEAR(three.FilmAspectRatio, 1, 1e-6);
 
     // Straight down in a world where Z was up, the top of the picture towards its Y.
     ExpectRow(Global("Eye one"), 3, 0, 25.4, 0);

@@ -72,7 +72,11 @@ TEST_F(DamagedSceneTest, EachNamesFileAndCause)
               R"("channels":[{"sampler":0,"target":{"node":0,"path":"scale"}}]}])"),
          "leads nowhere"},
         {"buffer.gltf",
-         Gltf(R"(,"nodes":[{}],"scenes":[{"nodes":[0]}],"buffers":[{"byteLength":8,"uri":"gone.bin"}])"),
+         Gltf(R"(,"nodes":[{}],"scenes":[{"nodes":[0]}],"buffers":[{"byteLength":24,"uri":"gone.bin"}],)"
+              R"("bufferViews":[{"buffer":0,"byteLength":24}],)"
+              R"("accessors":[{"bufferView":0,"componentType":5126,"count":2,"type":"VEC3"}],)"
+              R"("animations":[{"samplers":[{"input":0,"output":0}],)"
+              R"("channels":[{"sampler":0,"target":{"node":0,"path":"scale"}}]}])"),
          "gone.bin"},
         {"cut.glb", "glTF\x02", "ends inside its header"},
         {"short.glb", std::string("glTF\x02\0\0\0\x40\0\0\0\x40\0\0\0JSON{}", 22),

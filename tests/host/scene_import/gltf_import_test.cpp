@@ -61,11 +61,11 @@ public:
         std::vector<float> times(values.size() / per_key);
         for (std::size_t i = 0; i < times.size(); ++i)
             times[i] = static_cast<float>(i);
+        const int input = Accessor(times, 1);
+        const int output = Accessor(values, width);
         Json& animation = json["animations"].back();
         animation["channels"].push_back(
             {{"sampler", animation["samplers"].size()}, {"target", {{"node", node}, {"path", path}}}});
-        const int input = Accessor(times, 1);
-        const int output = Accessor(values, width);
         animation["samplers"].push_back(
             {{"input", input}, {"output", output}, {"interpolation", interpolation}});
         return *this;
