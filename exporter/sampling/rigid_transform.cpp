@@ -52,27 +52,9 @@ TEV2_QUATERNION ToQuaternion(const TEV2_MATRIX_3X4& matrix)
 
 TEV2_MATRIX_3X4 ToMatrix(const TEV2_QUATERNION& rotation, const TEV2_VECTOR_3& translation)
 {
-    const auto& [x, y, z, w] = rotation;
-    const float xx = 2.0f * x * x;
-    const float yy = 2.0f * y * y;
-    const float zz = 2.0f * z * z;
-    const float xy = 2.0f * x * y;
-    const float xz = 2.0f * x * z;
-    const float yz = 2.0f * y * z;
-    const float wx = 2.0f * w * x;
-    const float wy = 2.0f * w * y;
-    const float wz = 2.0f * w * z;
-    return {{{1.0f - yy - zz, xy - wz, xz + wy, translation.x},
-             {xy + wz, 1.0f - xx - zz, yz - wx, translation.y},
-             {xz - wy, yz + wx, 1.0f - xx - yy, translation.z}}};
-}
-
-TEV2_QUATERNION Multiply(const TEV2_QUATERNION& left, const TEV2_QUATERNION& right)
-{
-    return {left.x * right.w + right.x * left.w + left.y * right.z - left.z * right.y,
-            left.y * right.w + right.y * left.w + left.z * right.x - right.z * left.x,
-            left.z * right.w + right.z * left.w + right.y * left.x - left.y * right.x,
-            right.w * left.w - left.x * right.x - left.y * right.y - left.z * right.z};
+    TEV2_MATRIX_3X4 matrix = RotationMatrix(rotation);
+    SetColumn(matrix, 3, translation);
+    return matrix;
 }
 
 TEV2_QUATERNION RotationAbout(const TEV2_VECTOR_3& axis, float angle)
@@ -87,28 +69,6 @@ TEV2_VECTOR_3 TransformPoint(const TEV2_MATRIX_3X4& matrix, const TEV2_VECTOR_3&
     return {m[0][0] * point.x + m[0][1] * point.y + m[0][2] * point.z + m[0][3],
             m[1][0] * point.x + m[1][1] * point.y + m[1][2] * point.z + m[1][3],
             m[2][0] * point.x + m[2][1] * point.y + m[2][2] * point.z + m[2][3]};
-}
-
-TEV2_MATRIX_3X4 AffineInverse(const TEV2_MATRIX_3X4& matrix)
-{
-    const auto& m = matrix.m;
-    const float c00 = m[1][1] * m[2][2] - m[1][2] * m[2][1];
-    const float c01 = m[1][2] * m[2][0] - m[1][0] * m[2][2];
-    const float c02 = m[1][0] * m[2][1] - m[1][1] * m[2][0];
-    const float c10 = m[0][2] * m[2][1] - m[0][1] * m[2][2];
-    const float c11 = m[0][0] * m[2][2] - m[0][2] * m[2][0];
-    const float c12 = m[0][1] * m[2][0] - m[0][0] * m[2][1];
-    const float c20 = m[0][1] * m[1][2] - m[0][2] * m[1][1];
-    const float c21 = m[0][2] * m[1][0] - m[0][0] * m[1][2];
-    const float c22 = m[0][0] * m[1][1] - m[0][1] * m[1][0];
-    const float determinant = m[0][0] * c00 + m[0][1] * c01 + m[0][2] * c02;
-
-    TEV2_MATRIX_3X4 inverse{{{c00 / determinant, c10 / determinant, c20 / determinant, 0.0f},
-                             {c01 / determinant, c11 / determinant, c21 / determinant, 0.0f},
-                             {c02 / determinant, c12 / determinant, c22 / determinant, 0.0f}}};
-    const TEV2_VECTOR_3 back = TransformPoint(inverse, Column(matrix, 3));
-    SetColumn(inverse, 3, {-back.x, -back.y, -back.z});
-    return inverse;
 }
 
 } // namespace tev2_exporter

@@ -4,6 +4,7 @@
 // file depend on. Matrices are 3 rows of 4, column vectors, the translation in column 3.
 
 #include "tev2_loader/records/values.h"
+#include "tev2_loader/tracks/quaternion_tracks.h"
 
 namespace tev2_exporter
 {
@@ -26,16 +27,9 @@ TEV2_QUATERNION ToQuaternion(const TEV2_MATRIX_3X4& matrix);
 // Matrix of a unit quaternion (not normalised here) with `translation` in column 3.
 TEV2_MATRIX_3X4 ToMatrix(const TEV2_QUATERNION& rotation, const TEV2_VECTOR_3& translation);
 
-// Hamilton product, `left` applied after `right`.
-TEV2_QUATERNION Multiply(const TEV2_QUATERNION& left, const TEV2_QUATERNION& right);
-
 // Rotation by `angle` (radians) about `axis` (unit length).
 TEV2_QUATERNION RotationAbout(const TEV2_VECTOR_3& axis, float angle);
 
 TEV2_VECTOR_3 TransformPoint(const TEV2_MATRIX_3X4& matrix, const TEV2_VECTOR_3& point);
-
-// General affine inverse by cofactors. A singular matrix is not detected and gives values that are not
-// finite.
-TEV2_MATRIX_3X4 AffineInverse(const TEV2_MATRIX_3X4& matrix);
 
 } // namespace tev2_exporter

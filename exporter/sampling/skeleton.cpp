@@ -49,7 +49,7 @@ void AppendTransformKeys(ExportSubtree& subtree, TEV2_MATRIX_HIERARCHY& hierarch
         const TEV2_QUATERNION rotation = ToQuaternion(converted);
         const TEV2_MATRIX_3X4 global = ToMatrix(rotation, translation);
         if (exported.has_children)
-            exported.inverse = AffineInverse(global);
+            exported.inverse = Inverse(global);
 
         if (i == 0)
         {

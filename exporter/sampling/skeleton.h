@@ -19,7 +19,7 @@ struct ExportNode
     bool has_children = false;
     UserPropertySet user_properties;
     TEV2_MATRIX_3X4
-        inverse{}; // inverse of the converted transform at the present instant; only with children
+    inverse{}; // inverse of the converted transform at the present instant; only with children
 };
 
 // An export model with all its descendants, depth first, every model before its children, siblings in the

@@ -23,22 +23,6 @@ void LoadLegacyMatrix(TEV2_MEMORY_CURSOR& cursor, TEV2_MATRIX_3X4& matrix)
     }
 }
 
-TEV2_MATRIX_3X4 RotationMatrix(const TEV2_QUATERNION& q)
-{
-    const auto [x, y, z, w] = q;
-    TEV2_MATRIX_3X4 matrix;
-    matrix.m[0][0] = 1.0f - 2.0f * y * y - 2.0f * z * z;
-    matrix.m[0][1] = 2.0f * x * y - 2.0f * w * z;
-    matrix.m[0][2] = 2.0f * x * z + 2.0f * w * y;
-    matrix.m[1][0] = 2.0f * x * y + 2.0f * w * z;
-    matrix.m[1][1] = 1.0f - 2.0f * x * x - 2.0f * z * z;
-    matrix.m[1][2] = 2.0f * y * z - 2.0f * w * x;
-    matrix.m[2][0] = 2.0f * x * z - 2.0f * w * y;
-    matrix.m[2][1] = 2.0f * y * z + 2.0f * w * x;
-    matrix.m[2][2] = 1.0f - 2.0f * x * x - 2.0f * y * y;
-    return matrix;
-}
-
 } // namespace
 
 bool TEV2_MATRIX_NODE::Load(TEV2_MEMORY_CURSOR& cursor, float version)

@@ -37,14 +37,29 @@ TEV2_MATRIX_3X4 Inverse(const TEV2_MATRIX_3X4& matrix)
         }
     }
     const float determinant = m[0][0] * to[0][0] + m[0][1] * to[1][0] + m[0][2] * to[2][0];
-    const float factor = determinant == 0.0f ? 0.0f : 1.0f / determinant;
     for (auto& row : to)
     {
         for (int column = 0; column < 3; ++column)
-            row[column] *= factor;
+            row[column] /= determinant;
         row[3] = -(row[0] * m[0][3] + row[1] * m[1][3] + row[2] * m[2][3]);
     }
     return inverse;
+}
+
+TEV2_MATRIX_3X4 RotationMatrix(const TEV2_QUATERNION& q)
+{
+    const auto [x, y, z, w] = q;
+    TEV2_MATRIX_3X4 matrix;
+    matrix.m[0][0] = 1.0f - 2.0f * y * y - 2.0f * z * z;
+    matrix.m[0][1] = 2.0f * x * y - 2.0f * w * z;
+    matrix.m[0][2] = 2.0f * x * z + 2.0f * w * y;
+    matrix.m[1][0] = 2.0f * x * y + 2.0f * w * z;
+    matrix.m[1][1] = 1.0f - 2.0f * x * x - 2.0f * z * z;
+    matrix.m[1][2] = 2.0f * y * z - 2.0f * w * x;
+    matrix.m[2][0] = 2.0f * x * z - 2.0f * w * y;
+    matrix.m[2][1] = 2.0f * y * z + 2.0f * w * x;
+    matrix.m[2][2] = 1.0f - 2.0f * x * x - 2.0f * y * y;
+    return matrix;
 }
 
 } // namespace TEV2_LOADER

@@ -78,8 +78,8 @@ TEST(RigidTransform, InvertsAndComposesWhatItMadeOfQuaternions)
         const TEV2_QUATERNION b =
             RotationAbout(Normalised({any(random), 1.0f, any(random)}), 6.0f * any(random));
         const TEV2_MATRIX_3X4 product = Product(ToMatrix(a, {1, 2, 3}), ToMatrix(b, {4, 5, 6}));
-        const TEV2_MATRIX_3X4 composed = ToMatrix(Multiply(a, b), {0, 0, 0});
-        const TEV2_MATRIX_3X4 identity = Product(AffineInverse(product), product);
+        const TEV2_MATRIX_3X4 composed = ToMatrix(Product(a, b), {0, 0, 0});
+        const TEV2_MATRIX_3X4 identity = Product(Inverse(product), product);
         for (int row = 0; row < 3; ++row)
             for (int column = 0; column < 4; ++column)
             {

@@ -5,6 +5,8 @@
 
 #include <gtest/gtest.h>
 
+#include <cmath>
+
 using namespace TEV2_LOADER;
 using namespace tev2_tests;
 
@@ -58,7 +60,7 @@ TEST(Matrix, MultipliesAndInverts)
         {
             EXPECT_EQ(product.m[row][column], expected[row][column]);
             EXPECT_NEAR(identity.m[row][column], TEV2_MATRIX_3X4().m[row][column], 1e-6f);
-            EXPECT_EQ(singular.m[row][column], 0.0f);
+            EXPECT_FALSE(std::isfinite(singular.m[row][column]));
         }
     }
 }
