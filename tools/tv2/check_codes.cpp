@@ -68,7 +68,8 @@ constexpr CheckCode kLintCodes[] = {
     {"times-not-ascending", Severity::Warning,
      "A key time is not after the one before it (two equal times at the end of a track are end-keys-close)."},
     {"end-keys-close", Severity::Note,
-     "The last two keys are closer together than a tenth of the median distance of keys, or at one time."},
+     "The last two keys of a track are at one time, or closer than a tenth of the shortest distance of other "
+     "keys."},
     {"key-outside-range", Severity::Note, "A key lies outside the time range by more than a millisecond."},
     {"value-count-differs", Severity::Warning, "A track has not as many values as times."},
     {"constant-with-times", Severity::Note,

@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 #include <map>
 
 using namespace TEV2_LOADER;
@@ -44,7 +45,7 @@ public:
         CheckTimeRange();
         CheckNodeNames();
         WalkScene(scene_, file_.report, *this);
-        NameTracksOfEndPairs();
+        CheckEndPairs();
     }
 
     void VisitNode(const RecordPlace& place, std::size_t index) override
@@ -281,52 +282,36 @@ private:
         }
         if (finite && ascending && count >= 2)
         {
-            CheckEndKeys(place, view);
+            NoteEndPair(place, view);
         }
     }
 
-    void CheckEndKeys(const RecordPlace& place, const TrackView& view)
+    /// All tracks of a sampling end alike: one entry for all that share the last two times.
+    void NoteEndPair(const RecordPlace& place, const TrackView& view)
     {
         const std::size_t count = view.TimeCount();
-        const float last = view.Time(count - 1) - view.Time(count - 2);
-        float median = 0.0F;
-        if (count > 2)
+        for (std::size_t i = 1; i + 1 < count; ++i)
         {
-            std::vector<float> distances;
-            distances.reserve(count - 2);
-            for (std::size_t i = 1; i + 1 < count; ++i)
-            {
-                distances.push_back(view.Time(i) - view.Time(i - 1));
-            }
-            const auto middle = distances.begin() + static_cast<std::ptrdiff_t>(distances.size() / 2);
-            std::nth_element(distances.begin(), middle, distances.end());
-            median = *middle;
+            shortest_step_ = std::min(shortest_step_, view.Time(i) - view.Time(i - 1));
         }
-        if (last != 0.0F && !(last < kClosePart * median))
-        {
-            return;
-        }
-        // All tracks of a sampling end alike: one finding for all that share the two times.
         const auto times = std::make_pair(view.Time(count - 2), view.Time(count - 1));
-        const auto [pair, is_new] = end_pairs_.try_emplace(times, EndPair{findings_.size(), 0});
-        if (!is_new)
-        {
-            ++pair->second.more_tracks;
-            return;
-        }
-        Add("end-keys-close", place, place.offset + view.TimeOffset(count - 1),
-            "the last two keys are " + FloatText(last) + " s apart" +
-                (count > 2 ? ", the median distance is " + FloatText(median) + " s" : ""));
+        const EndPair first{place, place.offset + view.TimeOffset(count - 1), 0};
+        ++end_pairs_.try_emplace(times, first).first->second.tracks;
     }
 
-    void NameTracksOfEndPairs()
+    void CheckEndPairs()
     {
         for (const auto& [times, pair] : end_pairs_)
         {
-            if (pair.more_tracks > 0)
+            const float distance = times.second - times.first;
+            const bool close = std::isfinite(shortest_step_) && distance < kClosePart * shortest_step_;
+            if (distance == 0.0F || close)
             {
-                findings_[pair.finding].message +=
-                    "; so in " + CountOf(pair.more_tracks, "more track", "more tracks");
+                Add("end-keys-close", pair.place, pair.offset,
+                    "the last two keys are " + FloatText(distance) + " s apart" +
+                        (close ? ", other keys at least " + FloatText(shortest_step_) + " s" : "") +
+                        (pair.tracks > 1 ? "; so in " + CountOf(pair.tracks - 1, "more track", "more tracks")
+                                         : ""));
             }
         }
     }
@@ -403,17 +388,19 @@ private:
         }
     }
 
-    /// Two times with which tracks end: the finding about the first of them, and how many more there are.
+    /// The first track that ends with a pair of times, where its last time stands, and how many end so.
     struct EndPair
     {
-        std::size_t finding;
-        std::size_t more_tracks;
+        RecordPlace place;
+        std::uint64_t offset;
+        std::size_t tracks;
     };
 
     const LoadedFile& file_;
     const TEV2& scene_;
     std::vector<Finding>& findings_;
     std::map<std::pair<float, float>, EndPair> end_pairs_;
+    float shortest_step_ = std::numeric_limits<float>::infinity(); // between keys that are not the last two
 };
 
 Finding FromLoader(const TEV2_LOAD_FINDING& loader)
