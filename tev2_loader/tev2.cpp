@@ -16,6 +16,9 @@ constexpr std::uint32_t kChunkHeader = 8; ///< u32 size, u32 id
 constexpr std::array<std::uint32_t, 7> kSavedInstanceLists = {3, 2, 5, 0, 4, 6, 1};
 constexpr std::uint32_t kLastInstanceList = 8;
 
+/// The instance lists that move with time, in their order.
+constexpr std::array<std::size_t, 9> kMovingInstanceLists = {9, 3, 5, 0, 4, 6, 1, 7, 8};
+
 bool IsSaved(std::uint32_t list)
 {
     return list != 7 && list != 9;
@@ -382,7 +385,7 @@ void TEV2::Broadcast(Call call, bool camerasFirst)
     }
     each(materials);
     each(speedTreeReferences);
-    for (const std::size_t list : {9, 3, 5, 0, 4, 6, 1, 7, 8})
+    for (const std::size_t list : kMovingInstanceLists)
         each(instanceLists[list]);
     each(xrefs15);
     each(xrefs20);

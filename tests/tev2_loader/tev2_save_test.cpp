@@ -106,7 +106,7 @@ TEST(Save, CountsEveryArrayInItsPlace)
     fill(scene.bezierSplines);
     fill(scene.helpers);
     fill(scene.materials);
-    for (const std::size_t list : {3, 2, 5, 0, 4, 6, 1, 7})
+    for (const std::size_t list : {3u, 2u, 5u, 0u, 4u, 6u, 1u, 7u})
         fill(lists[list]);
     fill(scene.xrefs15);
     fill(scene.xrefs20);
