@@ -116,9 +116,11 @@ struct SdkAccess
     static std::unique_ptr<FBScene> MakeScene() { return std::unique_ptr<FBScene>(new FBScene); }
 
     template <class T>
-    static const T& Current(const FBProperty& property)
+    static T Current(const FBProperty& property)
     {
-        return *reinterpret_cast<const T*>(property.state_->current.bytes);
+        T value;
+        std::memcpy(&value, property.state_->current.bytes, sizeof value);
+        return value;
     }
 
     // Assigns whatever the property's own rules (read-only, clamps) say.
