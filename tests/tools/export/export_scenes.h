@@ -1,0 +1,33 @@
+#pragma once
+
+// Small scenes as text.
+
+inline constexpr const char* kTwoJoints = R"(HIERARCHY
+ROOT Hips
+{
+  OFFSET 0 0 0
+  CHANNELS 6 Xposition Yposition Zposition Zrotation Xrotation Yrotation
+  JOINT ns:Leg
+  {
+    OFFSET 1 2 3
+    CHANNELS 3 Zrotation Xrotation Yrotation
+    End Site
+    {
+      OFFSET 0 -5 0
+    }
+  }
+}
+MOTION
+Frames: 3
+Frame Time: 0.04
+0 0 0 0 0 0 0 0 0
+1 2 3 90 0 0 0 0 0
+3 2 3 90 0 0 0 90 0
+)";
+
+// Takes "A b", "A_b" and "C" of 0 s, and a camera with a custom property.
+inline constexpr const char* kThreeTakes = R"({"asset":{"version":"2.0"},"scenes":[{"nodes":[0]}],
+"nodes":[{"name":"Eye","camera":0,"extras":{"note":"left","weight":0.5}}],
+"cameras":[{"type":"perspective","perspective":{"yfov":0.8,"aspectRatio":1,"znear":0.1,"zfar":10}}],
+"animations":[{"name":"A b","channels":[],"samplers":[]},{"name":"A_b","channels":[],"samplers":[]},
+{"name":"C","channels":[],"samplers":[]}]})";

@@ -1,0 +1,322 @@
+// Exports from the command line: what is written, what is refused, and what is noticed when it went wrong.
+
+#include "tests/tools/command.h"
+#include "tests/tools/export/export_scenes.h"
+
+#include "tev2_loader/serialisation/file_image.h"
+#include "tev2_loader/serialisation/memory_cursor.h"
+#include "tev2_loader/tev2.h"
+
+#include <gtest/gtest.h>
+
+#include <csignal>
+#include <cstdlib>
+#include <fstream>
+#include <set>
+#include <sstream>
+#include <sys/resource.h>
+#include <sys/stat.h>
+
+namespace
+{
+
+using Arguments = std::vector<std::string>;
+namespace fs = std::filesystem;
+
+class ExportVerbTest : public testing::Test
+{
+protected:
+    ExportVerbTest()
+    {
+        Write("walk.bvh", kTwoJoints);
+        Write("takes.gltf", kThreeTakes);
+    }
+
+    std::string Path(const std::string& name) const { return folder_.Path(name); }
+
+    void Write(const std::string& name, const std::string& content) const
+    {
+        std::ofstream(Path(name), std::ios::binary) << content;
+    }
+
+    std::string Content(const std::string& name) const
+    {
+        std::ifstream stream(Path(name), std::ios::binary);
+        std::ostringstream text;
+        text << stream.rdbuf();
+        return text.str();
+    }
+
+    std::set<std::string> Files() const
+    {
+        std::set<std::string> names;
+        for (const auto& entry : fs::directory_iterator(Path("")))
+            names.insert(entry.path().filename().string());
+        return names;
+    }
+
+    CommandResult Export(Arguments arguments) const
+    {
+        arguments.insert(arguments.begin(), "export");
+        return RunTv2(arguments);
+    }
+
+    CommandResult ExportWalk(const std::string& output, const Arguments& options = {}) const
+    {
+        Arguments arguments = options;
+        arguments.push_back(Path("walk.bvh"));
+        arguments.push_back(Path(output));
+        return Export(arguments);
+    }
+
+    std::unique_ptr<TEV2_LOADER::TEV2> Load(const std::string& name) const
+    {
+        std::vector<std::uint8_t> image;
+        std::string error;
+        EXPECT_TRUE(TEV2_LOADER::ReadFileImage(Path(name), image, error)) << error;
+        auto scene = std::make_unique<TEV2_LOADER::TEV2>();
+        TEV2_LOADER::TEV2_MEMORY_CURSOR cursor(image.data(), image.size());
+        EXPECT_TRUE(scene->Load(cursor, false)) << name;
+        return scene;
+    }
+
+    static std::u16string NodeName(const TEV2_LOADER::TEV2& scene, std::size_t node)
+    {
+        return scene.matrixHierarchy.nodes.at(node).name.Text();
+    }
+
+    ScratchFolder folder_;
+};
+
+TEST_F(ExportVerbTest, WritesTheTakeAndTellsWhatItWrote)
+{
+    const CommandResult run = ExportWalk("out.tv2", {"--json"});
+    EXPECT_EQ(run.exit_code, 0) << run.err;
+    const auto file = run.Json().at("files").at(0);
+    EXPECT_EQ(file.at("path"), Path("out.tv2"));
+    EXPECT_EQ(file.at("take"), "Motion");
+    EXPECT_EQ(file.at("ok"), true);
+    EXPECT_EQ(file.at("rate"), 25);
+    EXPECT_EQ(file.at("nodes"), 4);
+    EXPECT_EQ(file.at("cameras"), 0);
+    EXPECT_EQ(file.at("samples"), 3);
+    EXPECT_EQ(file.at("keysSampled"), 24);
+    EXPECT_EQ(file.at("bytes"), fs::file_size(Path("out.tv2")));
+
+    const auto scene = Load("out.tv2");
+    std::uint64_t keys = 0;
+    for (const auto& node : scene->matrixHierarchy.nodes)
+        keys += node.translation->m_times.size() + node.rotation->m_times.size();
+    EXPECT_EQ(file.at("keysKept"), keys);
+    EXPECT_EQ(NodeName(*scene, 2), u"Leg");
+
+    const CommandResult text = ExportWalk("out.tv2");
+    EXPECT_EQ(text.exit_code, 0);
+    EXPECT_EQ(text.err, ""); // no progress bar where there is no terminal
+    EXPECT_TRUE(
+        text.out.starts_with(Path("out.tv2") + ": take \"Motion\", 4 nodes, 0 cameras, 3 samples, 24 keys"))
+        << text.out;
+    const CommandResult quiet = ExportWalk("out.tv2", {"--quiet"});
+    EXPECT_EQ(quiet.out + quiet.err, "");
+}
+
+TEST_F(ExportVerbTest, OptionsReachTheExporter)
+{
+    EXPECT_EQ(ExportWalk("a.tv2", {"--no-remove-namespace", "--fps", "100"}).exit_code, 0);
+    EXPECT_EQ(NodeName(*Load("a.tv2"), 2), u"ns:Leg");
+    const CommandResult rate = ExportWalk("a.tv2", {"--json", "--fps", "100"});
+    EXPECT_EQ(rate.Json().at("files").at(0).at("samples"), 9) << rate.err;
+
+    EXPECT_EQ(ExportWalk("b.tv2", {"--select", "ns:Leg"}).exit_code, 0);
+    const auto selected = Load("b.tv2");
+    EXPECT_EQ(selected->matrixHierarchy.nodes.size(), 3u);
+    EXPECT_EQ(NodeName(*selected, 0), u"Exporter Inserted Root");
+
+    EXPECT_EQ(ExportWalk("c.tv2", {"--start-frame", "1"}).exit_code, 0);
+    EXPECT_EQ(Load("c.tv2")->environment.timeRange.minimum, 0.04f);
+    EXPECT_EQ(Load("c.tv2")->environment.timeRange.maximum, 0.08f);
+    EXPECT_EQ(ExportWalk("d.tv2", {"--end-frame", "1", "--start-frame", "-7"}).exit_code, 0);
+    EXPECT_EQ(Load("d.tv2")->environment.timeRange.minimum, 0.0f);
+    EXPECT_EQ(Load("d.tv2")->environment.timeRange.maximum, 0.04f);
+
+    EXPECT_EQ(ExportWalk("z.tv2").exit_code, 0);
+    EXPECT_EQ(ExportWalk("y.tv2", {"--no-keep-positive-z"}).exit_code, 0);
+    EXPECT_FALSE(Load("z.tv2")->matrixHierarchy.nodes[0].rotation->IsEqual(
+        *Load("y.tv2")->matrixHierarchy.nodes[0].rotation));
+}
+
+TEST_F(ExportVerbTest, TakesAndNames)
+{
+    EXPECT_EQ(
+        Export({"--all-takes", "--no-spaces-to-underscores", Path("takes.gltf"), Path("run.tv2")}).exit_code,
+        0);
+    EXPECT_EQ(Export({"--take", "A b", Path("takes.gltf"), Path(".tv2")}).exit_code, 0);
+    EXPECT_EQ(Export({"--take", "C", Path("takes.gltf"), Path("h\xC3\xA9.tv2")}).exit_code, 0);
+    EXPECT_EQ(Files(), (std::set<std::string>{"walk.bvh", "takes.gltf", "run_A b.tv2", "run_A_b.tv2",
+                                              "run_C.tv2", "A_b.tv2", "h\xC3\xA9.tv2"}));
+    const auto scene = Load("run_C.tv2");
+    ASSERT_EQ(scene->cameras.size(), 1u);
+    EXPECT_EQ(scene->cameras[0]->properties.floatValues.size(), 1u);
+}
+
+TEST_F(ExportVerbTest, WhatCannotWorkIsRefusedBeforeAnythingIsWritten)
+{
+    Write("empty.bvh", "");
+    Write("old.fbx", "Kaydara FBX Binary  ");
+    Write("nothing.gltf", R"({"asset":{"version":"2.0"},"scenes":[{"nodes":[]}]})");
+    fs::create_directory(Path("folder.tv2"));
+    const std::string bvh = Path("walk.bvh"), gltf = Path("takes.gltf"), out = Path("out.tv2");
+    const std::string long_folder = "/" + std::string(125, 'a') + "/" + std::string(125, 'b') + "/";
+
+    struct Refusal
+    {
+        Arguments arguments;
+        std::string reason;
+    };
+    const Refusal refusals[] = {
+        {{Path("gone.bvh"), out}, "there is no such file"},
+        {{Path("empty.bvh"), out}, "is empty"},
+        {{Path("old.fbx"), out}, "FBX scenes are not read yet"},
+        {{Path("nothing.gltf"), out}, "the scene has no models"},
+        {{"--fps", "0", bvh, out}, "--fps takes 1 or more"},
+        {{"--fps", "-30", bvh, out}, "--fps takes 1 or more"},
+        {{"--fps", "2000000000", bvh, out}, "the time does not advance"},
+        {{"--fps", "fast", bvh, out}, "--fps"},
+        {{"--start-frame", "2", "--end-frame", "1", bvh, out}, "start frame 2 is after the end frame 1"},
+        {{"--start-frame", "50", bvh, out}, "is after the end"},
+        {{"--end-frame", "-1", bvh, out}, "is after the end"},
+        {{"--take", "Dance", bvh, out}, "there is no take \"Dance\"; the scene has \"Motion\""},
+        {{"--take", "C", "--all-takes", gltf, out}, "excludes"},
+        {{"--select", "Leg", bvh, out},
+         "there is no model \"Leg\"; the scene has \"Scene\", \"Hips\", \"ns:Leg\""},
+        {{"--select", "Producer Front", bvh, out}, "there is no model"},
+        {{bvh, Path("out.fbx")}, "does not end in .tv2"},
+        {{bvh, long_folder + "cccc.tv2"}, "has 261 bytes; at most 260"},
+        {{"--all-takes", gltf, long_folder + "c.tv2"}, "at most 260"},
+        {{"--all-takes", gltf, out}, "takes \"A b\" and \"A_b\" would both be written to"},
+        {{bvh, Path("gone/out.tv2")}, "No such file or directory"},
+        {{bvh, Path("walk.bvh/out.tv2")}, "Not a directory"},
+        {{bvh, Path("folder.tv2")}, "Is a directory"},
+        {{"--plugin", Path("gone.so"), bvh, out}, "gone.so"},
+        {{"--plugin", bvh, bvh, out}, "the exporter cannot be loaded"},
+        {{bvh}, "OUTPUT"},
+    };
+    const std::set<std::string> before = Files();
+    for (const Refusal& refusal : refusals)
+    {
+        const CommandResult run = Export(refusal.arguments);
+        EXPECT_EQ(run.exit_code, 2) << refusal.reason;
+        EXPECT_NE(run.err.find(refusal.reason), std::string::npos) << refusal.reason << "\n" << run.err;
+        EXPECT_EQ(run.out, "") << refusal.reason;
+        EXPECT_EQ(Files(), before) << refusal.reason;
+    }
+    const CommandResult json = Export({"--json", Path("gone.bvh"), out});
+    EXPECT_NE(json.Json().at("error").get<std::string>().find("no such file"), std::string::npos);
+    EXPECT_TRUE(json.Json().at("files").empty());
+}
+
+TEST_F(ExportVerbTest, ReadOnlyFilesAreSkippedOrOverwrittenAsAsked)
+{
+    const std::string precious = Path("run_A_b.tv2");
+    Write("run_A_b.tv2", "precious");
+    ASSERT_EQ(chmod(precious.c_str(), 0444), 0);
+    const Arguments all = {"--json", "--all-takes", "--no-spaces-to-underscores", Path("takes.gltf"),
+                           Path("run.tv2")};
+    const CommandResult skipped = Export(all);
+    EXPECT_EQ(skipped.exit_code, 1);
+    EXPECT_NE(skipped.err.find(precious + ": skipped: it is read-only"), std::string::npos) << skipped.err;
+    EXPECT_EQ(Content("run_A_b.tv2"), "precious");
+    const auto files = skipped.Json().at("files");
+    EXPECT_EQ(files.at(0).at("ok"), true);
+    EXPECT_EQ(files.at(1).at("skipped"), true);
+    EXPECT_EQ(files.at(2).at("ok"), true);
+
+    Arguments agreed = all;
+    agreed.insert(agreed.begin(), "--yes");
+    EXPECT_EQ(Export(agreed).exit_code, 0);
+    EXPECT_EQ(Load("run_A_b.tv2")->matrixHierarchy.nodes.size(), 2u);
+}
+
+TEST_F(ExportVerbTest, AFullDeviceIsNoticed)
+{
+    fs::create_symlink("/dev/full", Path("full.tv2"));
+    const CommandResult run = ExportWalk("full.tv2");
+    EXPECT_EQ(run.exit_code, 1);
+    EXPECT_NE(run.err.find("full.tv2: cannot be read back"), std::string::npos) << run.err;
+    EXPECT_NE(run.err.find("No space left on device"), std::string::npos) << run.err;
+    EXPECT_EQ(run.out, "");
+}
+
+TEST_F(ExportVerbTest, AFileThatWasCutOffIsNoticedAndDoesNotLoad)
+{
+    rlimit before{};
+    getrlimit(RLIMIT_FSIZE, &before);
+    const rlimit small{700, before.rlim_max};
+    const auto handler = std::signal(SIGXFSZ, SIG_IGN);
+    setrlimit(RLIMIT_FSIZE, &small);
+    const CommandResult run = ExportWalk("cut.tv2");
+    setrlimit(RLIMIT_FSIZE, &before);
+    std::signal(SIGXFSZ, handler);
+
+    EXPECT_EQ(run.exit_code, 1);
+    EXPECT_NE(run.err.find("cut.tv2: is incomplete"), std::string::npos) << run.err;
+    EXPECT_EQ(fs::file_size(Path("cut.tv2")), 700u);
+    EXPECT_EQ(RunTv2({"info", Path("cut.tv2")}).exit_code, 1);
+}
+
+// Success is what stands on disk afterwards, whatever the exporter says.
+TEST_F(ExportVerbTest, NothingIsTakenOnTrust)
+{
+    const auto lie = [this](const char* source)
+    {
+        const std::string path = Path(source);
+        setenv("LIE_SOURCE", path.c_str(), 1);
+        const CommandResult run = ExportWalk("out.tv2", {"--plugin", LYING_EXPORTER});
+        unsetenv("LIE_SOURCE");
+        return run;
+    };
+    const auto keep_as = [this](const char* name, const Arguments& options)
+    {
+        EXPECT_EQ(ExportWalk("out.tv2", options).exit_code, 0);
+        fs::rename(Path("out.tv2"), Path(name));
+    };
+    keep_as("true", {});
+    keep_as("selected", {"--select", "Hips", "--select", "ns:Leg"});
+    keep_as("short", {"--end-frame", "1"});
+    keep_as("dense", {"--fps", "500"});
+    EXPECT_EQ(ExportWalk("elsewhere.tv2").exit_code, 0);
+    fs::rename(Path("elsewhere.tv2"), Path("elsewhere"));
+    Write("junk", "junk");
+    Write("cut", Content("true").substr(0, Content("true").size() - 1));
+
+    EXPECT_EQ(lie("true").exit_code, 0); // what is right is right, whoever wrote it
+    fs::remove(Path("out.tv2"));
+    const std::pair<const char*, const char*> lies[] = {
+        {"gone", "was not written"},
+        {"junk", "is incomplete (bad-magic at byte 0)"},
+        {"cut", "is incomplete"},
+        {"elsewhere", "its information does not name it"},
+        {"short", "it spans 0.0 to 0.04 s instead of 0.0 to 0.08 s"},
+        {"dense", "which was not sampled"},
+    };
+    for (const auto& [source, reason] : lies)
+    {
+        const CommandResult run = lie(source);
+        EXPECT_EQ(run.exit_code, 1) << source;
+        EXPECT_NE(run.err.find(reason), std::string::npos) << source << ": " << run.err;
+    }
+    const CommandResult older = lie("gone"); // what the last lie left is still there
+    EXPECT_EQ(older.exit_code, 1);
+    EXPECT_NE(older.err.find("was not written, what stands there is older"), std::string::npos) << older.err;
+    const CommandResult nodes = ExportWalk("out.tv2", {"--plugin", LYING_EXPORTER, "--select", "Hips"});
+    EXPECT_EQ(nodes.exit_code, 1);
+}
+
+TEST_F(ExportVerbTest, HelpHasExamples)
+{
+    const CommandResult help = Export({"--help"});
+    EXPECT_EQ(help.exit_code, 0);
+    EXPECT_NE(help.out.find("Examples:\n  tv2 export"), std::string::npos);
+}
+
+} // namespace

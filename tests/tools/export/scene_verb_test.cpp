@@ -1,0 +1,79 @@
+// What the command tells about scene files.
+
+#include "tests/tools/command.h"
+#include "tests/tools/export/export_scenes.h"
+
+#include <gtest/gtest.h>
+
+#include <fstream>
+
+namespace
+{
+
+class SceneVerbTest : public testing::Test
+{
+protected:
+    std::string Write(const std::string& name, const std::string& content) const
+    {
+        const std::string path = folder_.Path(name);
+        std::ofstream(path, std::ios::binary) << content;
+        return path;
+    }
+
+    ScratchFolder folder_;
+};
+
+TEST_F(SceneVerbTest, JsonHoldsTakesModelsLensesAndProperties)
+{
+    const CommandResult run = RunTv2({"scene", "--json", Write("takes.gltf", kThreeTakes)});
+    EXPECT_EQ(run.exit_code, 0) << run.err;
+    const auto scene = run.Json();
+    EXPECT_EQ(scene.at("transportRate"), 30.0);
+    ASSERT_EQ(scene.at("takes").size(), 3u);
+    EXPECT_EQ(scene.at("takes").at(0).at("name"), "A b");
+    EXPECT_EQ(scene.at("takes").at(0).at("current"), true);
+    EXPECT_EQ(scene.at("takes").at(1).at("current"), false);
+    EXPECT_EQ(scene.at("systemCameras").size(), 7u);
+    EXPECT_EQ(scene.at("switcher"), false);
+    ASSERT_EQ(scene.at("models").size(), 2u);
+    const auto eye = scene.at("models").at(1);
+    EXPECT_EQ(eye.at("name"), "Eye");
+    EXPECT_EQ(eye.at("parent"), "Scene");
+    EXPECT_EQ(eye.at("type"), "camera");
+    EXPECT_NEAR(eye.at("lens").at("fieldOfView").get<double>(), 45.8366, 1e-3);
+    EXPECT_NEAR(eye.at("lens").at("far").get<double>(), 1000.0, 1e-6);
+    const nlohmann::json properties = {{{"name", "note"}, {"kind", "text"}, {"value", "left"}},
+                                       {{"name", "weight"}, {"kind", "double"}, {"value", 0.5}}};
+    EXPECT_EQ(eye.at("properties"), properties);
+}
+
+TEST_F(SceneVerbTest, ScreenShowsTheTree)
+{
+    const std::string path = Write("walk.bvh", kTwoJoints);
+    const CommandResult run = RunTv2({"scene", path});
+    EXPECT_EQ(run.exit_code, 0) << run.err;
+    EXPECT_EQ(run.out, path + "\n"
+                              "transport rate 25 frames a second\n"
+                              "1 take\n"
+                              "  Motion  0 to 0.08 s, frames 0 to 2  (current)\n"
+                              "3 models below the root\n"
+                              "  Scene\n"
+                              "    Hips\n"
+                              "      ns:Leg\n"
+                              "        EndSite_ns:Leg\n"
+                              "7 system cameras, no camera switcher\n"
+                              "0 constraints\n");
+}
+
+TEST_F(SceneVerbTest, WhatIsNoSceneCannotBeRead)
+{
+    for (const std::string& path : {Write("junk.bvh", "junk"), folder_.Path("gone.bvh")})
+    {
+        const CommandResult run = RunTv2({"scene", path});
+        EXPECT_EQ(run.exit_code, 2);
+        EXPECT_NE(run.err.find(path), std::string::npos) << run.err;
+        EXPECT_EQ(run.out, "");
+    }
+}
+
+} // namespace
