@@ -51,7 +51,7 @@ namespace FBSDKNamespace
 using namespace mobu_host;
 
 FBSDKClassImplementation(FBCamera);
-FBSDKClassImplementation(FBCameraSwitcher);
+FBSDKClassImplementation(FBCameraSwitcher); // NOLINT(bugprone-parent-virtual-call): by type a box
 
 FBCamera::FBCamera(const char* pName, HIObject pObject) : FBModel(pName, pObject)
 {

@@ -31,7 +31,7 @@ std::size_t ValueSize(FBPropertyType type)
     case kFBPT_Time:
         return sizeof(FBTime);
     case kFBPT_object:
-        return sizeof(FBComponent*);
+        return sizeof(void*);
     case kFBPT_Vector4D:
     case kFBPT_ColorRGBA:
         return sizeof(FBVector4d);

@@ -119,7 +119,8 @@ struct SdkAccess
     static T Current(const FBProperty& property)
     {
         T value;
-        std::memcpy(&value, property.state_->current.bytes, sizeof value);
+        std::memcpy(&value, property.state_->current.bytes,
+                    sizeof value); // NOLINT(bugprone-sizeof-expression)
         return value;
     }
 
@@ -127,7 +128,7 @@ struct SdkAccess
     template <class T>
     static void Store(FBProperty& property, const T& value)
     {
-        std::memcpy(property.state_->base.bytes, &value, sizeof value);
+        std::memcpy(property.state_->base.bytes, &value, sizeof value); // NOLINT(bugprone-sizeof-expression)
         property.state_->current = property.state_->base;
     }
 
@@ -135,7 +136,8 @@ struct SdkAccess
     template <class T>
     static void Drive(FBProperty& property, const T& value)
     {
-        std::memcpy(property.state_->current.bytes, &value, sizeof value);
+        std::memcpy(property.state_->current.bytes, &value,
+                    sizeof value); // NOLINT(bugprone-sizeof-expression)
     }
     static void Restore(FBProperty& property) { property.state_->current = property.state_->base; }
 };

@@ -498,7 +498,7 @@ class ForeignConstraint : public FBConstraint
     using FBConstraint::FBConstraint;
 };
 
-FBSDKClassImplementation(ForeignConstraint);
+FBSDKClassImplementation(ForeignConstraint); // NOLINT(bugprone-parent-virtual-call): a box on purpose
 
 } // namespace
 

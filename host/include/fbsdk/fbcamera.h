@@ -40,7 +40,7 @@ class FBSDK_DLL FBCamera : public FBModel
 {
     FBSDKClassDeclare(FBCamera, FBModel);
 
-    explicit FBCamera(const char* pName, HIObject pObject = NULL);
+    explicit FBCamera(const char* pName, HIObject pObject = nullptr);
     ~FBCamera() override;
 
     FBPropertyBool SystemCamera;      // read-only

@@ -11,7 +11,7 @@ class FBSDK_DLL FBComponent : public FBPlug
 {
     FBSDKClassDeclare(FBComponent, FBPlug);
 
-    explicit FBComponent(HIObject pObject = NULL);
+    explicit FBComponent(HIObject pObject = nullptr);
     ~FBComponent() override;
 
     virtual bool FBCreate();
@@ -21,7 +21,8 @@ class FBSDK_DLL FBComponent : public FBPlug
     // A property of its own, owned by the component; null for a kind that holds no value. pIsUser makes it a
     // user property. An animatable kind without an animatable form becomes a plain one.
     FBProperty* PropertyCreate(const char* pName, FBPropertyType pType, const char* pDataType,
-                               bool pAnimatable, bool pIsUser = false, FBProperty* pReferenceSource = NULL);
+                               bool pAnimatable, bool pIsUser = false,
+                               FBProperty* pReferenceSource = nullptr);
     bool PropertyRemove(FBProperty* pProperty); // deletes it; false when PropertyCreate did not make it
 
     static void* operator new(std::size_t pSize);
@@ -48,7 +49,7 @@ class FBSDK_DLL FBBox : public FBComponent
 {
     FBSDKClassDeclare(FBBox, FBComponent);
 
-    explicit FBBox(const char* pName, HIObject pObject = NULL);
+    explicit FBBox(const char* pName, HIObject pObject = nullptr);
 };
 
 } // namespace FBSDKNamespace

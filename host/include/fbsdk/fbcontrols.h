@@ -87,7 +87,7 @@ class FBSDK_DLL FBVisualComponent : public FBComponent
 {
     FBSDKClassDeclare(FBVisualComponent, FBComponent);
 
-    explicit FBVisualComponent(HIObject pObject = NULL);
+    explicit FBVisualComponent(HIObject pObject = nullptr);
     ~FBVisualComponent() override;
 
     virtual bool AddChild(FBVisualComponent* pChild, int pId = 0); // the child stays with its owner
@@ -142,7 +142,7 @@ class FBSDK_DLL FBLayout : public FBVisualComponent
 {
     FBSDKClassDeclare(FBLayout, FBVisualComponent);
 
-    explicit FBLayout(HIObject pObject = NULL);
+    explicit FBLayout(HIObject pObject = nullptr);
     ~FBLayout() override;
 
     // Each edge is an offset from an edge of the relative region (NULL or "": the layout itself); a
@@ -160,8 +160,8 @@ class FBSDK_DLL FBLayout : public FBVisualComponent
     virtual bool SetRegionTitle(const char* pName, const char* pTitle);
     virtual const char* GetRegion(int pIndex); // name, NULL outside
     // As placed: left, top, right and bottom edge. Otherwise the four offsets given to AddRegion.
-    virtual bool GetRegionPositions(const char* pName, bool pComputed, int* pX1 = NULL, int* pY1 = NULL,
-                                    int* pX2 = NULL, int* pY2 = NULL);
+    virtual bool GetRegionPositions(const char* pName, bool pComputed, int* pX1 = nullptr, int* pY1 = nullptr,
+                                    int* pX2 = nullptr, int* pY2 = nullptr);
 
     virtual bool SetControl(const char* pName,
                             FBVisualComponent* pComponent); // the control stays with its owner
@@ -195,7 +195,7 @@ class FBSDK_DLL FBPopup : public FBLayout
     FBPropertyBool Modal;
 
     // Returns when the popup is closed: by Close, or at the end of what the host plays to it.
-    virtual bool Show(FBVisualComponent* pParent = NULL);
+    virtual bool Show(FBVisualComponent* pParent = nullptr);
     void Close(bool pOk = false);
 
 private:
@@ -262,13 +262,15 @@ class FBSDK_DLL FBMenuItem : public FBVisualComponent
     FBPropertyMenuItemType Type;
 
     virtual void OnItemSelectEvent(HIRegister pRegister, HKEvent pEvent);
-    virtual bool Execute(const char* pFilename = NULL) = 0; // the user's choice of file
+    virtual bool Execute(const char* pFilename = nullptr) = 0; // the user's choice of file
 
 private:
     bool active_ = false;
 };
 
 } // namespace FBSDKNamespace
+
+// NOLINTBEGIN(bugprone-macro-parentheses): class names take none
 
 // The class of an export or import tool; FBCreate, overridden, configures it from the constructor.
 #define FBMenuItemDeclare(Class, Parent)                                                                     \
@@ -299,3 +301,5 @@ private:                                                                        
     }
 
 #define FBMenuItemHandle(Class, Handle) Class* Handle = Class::g##Class
+
+// NOLINTEND(bugprone-macro-parentheses)

@@ -45,14 +45,14 @@ class FBSDK_DLL FBModel : public FBBox
 {
     FBSDKClassDeclare(FBModel, FBBox);
 
-    explicit FBModel(const char* pName, HIObject pObject = NULL);
+    explicit FBModel(const char* pName, HIObject pObject = nullptr);
     ~FBModel() override;
 
     // Reads what the last evaluation of the scene gave. Rotations in degrees (XYZ for a global one).
     void GetMatrix(FBMatrix& pMatrix, FBModelTransformationType pWhat = kModelTransformation,
-                   bool pGlobalInfo = true, FBEvaluateInfo* pEvaluateInfo = NULL);
+                   bool pGlobalInfo = true, FBEvaluateInfo* pEvaluateInfo = nullptr);
     void GetVector(FBVector3d& pVector, FBModelTransformationType pWhat = kModelTranslation,
-                   bool pGlobalInfo = true, FBEvaluateInfo* pEvaluateInfo = NULL);
+                   bool pGlobalInfo = true, FBEvaluateInfo* pEvaluateInfo = nullptr);
     // Change Translation, Rotation and Scaling; the new place is current after the next evaluation. Inverse
     // and geometry kinds are ignored.
     void SetMatrix(const FBMatrix& pMatrix, FBModelTransformationType pWhat = kModelTransformation,

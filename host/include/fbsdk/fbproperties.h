@@ -81,7 +81,7 @@ class FBSDK_DLL FBProperty : public FBPlug
     virtual void SetInt(int pValue);
 
     // Copies the value into pData, at most pSize bytes.
-    virtual void GetData(void* pData, int pSize, FBEvaluateInfo* pEvaluateInfo = NULL) const;
+    virtual void GetData(void* pData, int pSize, FBEvaluateInfo* pEvaluateInfo = nullptr) const;
     // Without effect on a read-only property.
     virtual void SetData(void* pData);
 
@@ -226,7 +226,7 @@ private:
     Component* Get() const
     {
         FBComponent* value = nullptr;
-        this->GetData(&value, static_cast<int>(sizeof value));
+        this->GetData(&value, static_cast<int>(sizeof(void*)));
         return static_cast<Component*>(value);
     }
 };

@@ -20,7 +20,7 @@ class FBSDK_DLL FBConstraint : public FBBox
 {
     FBSDKClassDeclare(FBConstraint, FBBox);
 
-    explicit FBConstraint(const char* pName, HIObject pObject = NULL);
+    explicit FBConstraint(const char* pName, HIObject pObject = nullptr);
     ~FBConstraint() override;
 
     FBPropertyBool Active; // counts from the next evaluation on
@@ -35,7 +35,7 @@ class FBSDK_DLL FBTake : public FBComponent
 {
     FBSDKClassDeclare(FBTake, FBComponent);
 
-    explicit FBTake(const char* pName, HIObject pObject = NULL);
+    explicit FBTake(const char* pName, HIObject pObject = nullptr);
     ~FBTake() override;
     FBTake* CopyTake(const char* pNewName); // with its animation, added to the scene
 

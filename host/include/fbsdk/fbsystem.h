@@ -47,7 +47,7 @@ class FBSDK_DLL FBPlayerControl : public FBComponent
 {
     FBSDKClassDeclare(FBPlayerControl, FBComponent);
 
-    explicit FBPlayerControl(HIObject pObject = NULL);
+    explicit FBPlayerControl(HIObject pObject = nullptr);
     static FBPlayerControl& TheOne();
 
     bool Goto(FBTime pTime); // moves LocalTime; values stay until the next evaluation

@@ -22,7 +22,7 @@ class RecordingTool : public FBMenuItem
 
 public:
     virtual bool FBCreate();
-    virtual bool Execute(const char* pFilename = NULL);
+    virtual bool Execute(const char* pFilename = nullptr);
 
 private:
     FBSystem system_;
