@@ -15,6 +15,7 @@ demo: build ## Export a real motion-capture scene and show what came out
 	$(BUILD)/bin/tv2 export $(SAMPLE) out/walk.tv2
 	$(BUILD)/bin/tv2 check out/walk.tv2
 	$(BUILD)/bin/tv2 info out/walk.tv2
+	$(BUILD)/bin/tv2 picture --view side out/walk.tv2 out/walk.svg
 
 build: packages ## Build everything; the command is build/bin/tv2 afterwards
 	@cmake --preset release > /dev/null
@@ -28,7 +29,7 @@ test-asan: packages ## Run all tests under AddressSanitizer and UndefinedBehavio
 	@cmake --build --preset asan
 	cd $(BUILD)/asan && $(CTEST)
 
-test-bytes: packages ## Export the samples with g++ and clang++ at -O0 and -O2 and compare the files
+test-bytes: build ## Export the samples with plug-ins of g++ and clang++ at -O0 and -O2; compare the files
 	scripts/same_bytes.sh
 
 lint: packages ## Check formatting and run clang-tidy
