@@ -17,11 +17,13 @@ demo: build ## Export a real motion-capture scene and show what came out
 	$(BUILD)/bin/tv2 info out/walk.tv2
 	$(BUILD)/bin/tv2 picture --view side out/walk.tv2 out/walk.svg
 
-build: packages ## Build everything; the command is build/bin/tv2 afterwards
+build: packages ## Build the command (build/bin/tv2), the plug-in and the library
+	@cmake --preset release > /dev/null
+	@cmake --build --preset release --target tv2 tv2_motionbuilder_export_tool
+
+test: packages ## Build everything and run all tests
 	@cmake --preset release > /dev/null
 	@cmake --build --preset release
-
-test: build ## Build and run all tests
 	cd $(BUILD) && $(CTEST)
 
 test-asan: packages ## Run all tests under AddressSanitizer and UndefinedBehaviorSanitizer
