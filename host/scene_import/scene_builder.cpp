@@ -34,19 +34,19 @@ bool IsFinite(const aiQuaternion& q)
 
 Vector3 Widen(const aiVector3D& v)
 {
-    return Vector3(v.x, v.y, v.z);
+    return static_cast<Vector3>(v);
 }
 
 Quaternion Widen(const aiQuaternion& q)
 {
-    Quaternion wide(q.w, q.x, q.y, q.z);
+    Quaternion wide(static_cast<double>(q.w), static_cast<double>(q.x), static_cast<double>(q.y),
+                    static_cast<double>(q.z));
     return wide.Normalize();
 }
 
 Matrix Widen(const aiMatrix4x4& m)
 {
-    return Matrix(m.a1, m.a2, m.a3, m.a4, m.b1, m.b2, m.b3, m.b4, m.c1, m.c2, m.c3, m.c4, m.d1, m.d2, m.d3,
-                  m.d4);
+    return static_cast<Matrix>(m);
 }
 
 // The SDK lays matrices out the other way round.
