@@ -274,7 +274,7 @@ private:
         AddProperties(*place.model, source.properties);
 
         FBModel* const model = place.model;
-        places_[node.mName.C_Str()].push_back(std::move(place));
+        places_[node.mName.C_Str()].push_back(place);
         for (unsigned i = 0; i < node.mNumChildren; ++i)
             AddNode(*node.mChildren[i], model, centimetres, before_children);
     }

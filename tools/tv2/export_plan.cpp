@@ -50,6 +50,7 @@ std::vector<FBTake*> TakesOfScene()
 {
     FBPropertyListTake& takes = mobu_host::Scene().Takes;
     std::vector<FBTake*> list;
+    list.reserve(static_cast<std::size_t>(takes.GetCount()));
     for (int i = 0; i < takes.GetCount(); ++i)
     {
         list.push_back(takes[i]);
@@ -96,6 +97,7 @@ std::string SelectModels(const std::vector<std::string>& wanted)
         if (found == models.end())
         {
             std::vector<std::string> names;
+            names.reserve(models.size());
             for (FBModel* model : models)
             {
                 names.push_back(LongNameOf(*model));
@@ -270,7 +272,7 @@ std::string PlanExport(const ExportRequest& request, ExportPlan& plan)
     {
         PlannedFile& file = plan.files[i];
         file.path = Narrow(paths[i]);
-        if (const std::string reason = CheckRange(file); !reason.empty())
+        if (std::string reason = CheckRange(file); !reason.empty())
         {
             return reason;
         }
