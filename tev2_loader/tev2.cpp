@@ -1,6 +1,6 @@
 #include "tev2_loader/tev2.h"
 
-#include <algorithm>
+#include <cstdio>
 #include <limits>
 #include <string>
 
@@ -18,6 +18,13 @@ constexpr std::uint32_t kLastInstanceList = 8;
 
 /// The instance lists that move with time, in their order.
 constexpr std::array<std::size_t, 9> kMovingInstanceLists = {9, 3, 5, 0, 4, 6, 1, 7, 8};
+
+std::string Hex(std::uint32_t value)
+{
+    char text[16];
+    std::snprintf(text, sizeof text, "0x%08x", value);
+    return text;
+}
 
 bool IsSaved(std::uint32_t list)
 {
@@ -200,8 +207,8 @@ bool TEV2::Load(TEV2_MEMORY_CURSOR& cursor, bool applyStartTime)
         return false;
     if (magic != kMagic)
     {
-        return cursor.Fail(TEV2_LOAD_CODE::BadMagic, "the magic " + std::to_string(kMagic),
-                           magic == 0 ? "0, an interrupted save" : std::to_string(magic), sizeof magic);
+        return cursor.Fail(TEV2_LOAD_CODE::BadMagic, "the magic " + Hex(kMagic),
+                           magic == 0 ? "0, an interrupted save" : Hex(magic), sizeof magic);
     }
 
     float version = 0.0f;

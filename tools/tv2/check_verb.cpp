@@ -193,7 +193,7 @@ void AddCheckVerb(CLI::App& app, VerbContext& context)
         "  tv2 check --json walk.tv2 | jq -r '.files[].findings[] | [.code, .offset, .path] | @tsv'\n"
         "  tv2 check --codes");
     verb->callback(
-        [options, verb, &context]
+        [options, &context]
         {
             if (options->files.empty() && !options->codes)
             {
