@@ -31,6 +31,8 @@ class UnparsedRecord : public Bases...
 public:
     UnparsedBody body;
 
+    // Not every set of bases declares all of these.
+    // NOLINTBEGIN(modernize-use-override)
     virtual std::uint32_t GetChunkId() const { return kChunkId; }
 
     /// Always true.
@@ -45,6 +47,7 @@ public:
 
     virtual void Update(float /*delta_time*/) {}
     virtual void SetTime(float /*time*/) {}
+    // NOLINTEND(modernize-use-override)
 };
 
 } // namespace TEV2_LOADER
