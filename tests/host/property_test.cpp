@@ -1,3 +1,5 @@
+#include <array>
+#include <bit>
 #include <cstring>
 
 #include <gtest/gtest.h>
@@ -21,6 +23,8 @@ template <class T>
 void ExpectBuffer(FBModel& model, FBPropertyType type, const T& value)
 {
     SCOPED_TRACE(type);
+    constexpr std::size_t kSize = sizeof(T); // NOLINT(bugprone-sizeof-expression): pointers are values too
+    const auto bytes = std::bit_cast<std::array<unsigned char, kSize>>(value);
     for (const bool animatable : {false, true})
     {
         FBProperty* property = AddUserProperty(model, "P", type, animatable);
@@ -29,11 +33,12 @@ void ExpectBuffer(FBModel& model, FBPropertyType type, const T& value)
         EXPECT_TRUE(property->IsUserProperty());
         T given = value;
         property->SetData(&given);
-        unsigned char read[sizeof(T) + 8];
+        unsigned char read[kSize + 8];
         std::memset(read, 0xEE, sizeof read);
         property->GetData(read, sizeof read);
-        EXPECT_EQ(std::memcmp(read, &value, sizeof value), 0);
-        for (std::size_t i = sizeof value; i < sizeof read; ++i)
+        for (std::size_t i = 0; i < kSize; ++i)
+            EXPECT_EQ(read[i], bytes[i]) << "byte " << i;
+        for (std::size_t i = kSize; i < sizeof read; ++i)
             EXPECT_EQ(read[i], 0xEE) << "byte " << i << " is outside the value";
         std::memset(read, 0xEE, sizeof read);
         property->GetData(read, 1);

@@ -114,7 +114,7 @@ TEST_F(SceneTest, ParentAndChildrenAgree)
     EXPECT_EQ(static_cast<FBModel*>(c->Parent), b);
     b->Children.Remove(c);
     EXPECT_EQ(static_cast<FBModel*>(c->Parent), root);
-    d->Parent = NULL;
+    d->Parent = nullptr;
     EXPECT_EQ(PreOrder(), "Scene A B C D ");
     EXPECT_EQ(root->Children.Find(d), 2);
     EXPECT_EQ(root->Children.Find(b), -1);
@@ -160,7 +160,7 @@ TEST_F(SceneTest, LooksUpByLongName)
     EXPECT_EQ(FBFindModelByLabelName("Twin"), twin); // the first in the tree
     EXPECT_FALSE(FBFindModelByLabelName("hip"));
     EXPECT_FALSE(FBFindModelByLabelName(""));
-    EXPECT_FALSE(FBFindModelByLabelName(NULL));
+    EXPECT_FALSE(FBFindModelByLabelName(nullptr));
     twin->LongName = "Other";
     EXPECT_EQ(FBFindModelByLabelName("Other"), twin);
 }
@@ -345,11 +345,11 @@ TEST_F(SceneTest, ObserversSeeEveryStep)
 
 TEST_F(SceneTest, EvaluationAllocatesNothing)
 {
-    FBModel* parent = NULL;
+    FBModel* parent = nullptr;
     FBTake& take = *system_.CurrentTake;
     for (int i = 0; i < 300; ++i)
     {
-        parent = AddModel("Model " + std::to_string(i), i % 10 ? parent : NULL);
+        parent = AddModel("Model " + std::to_string(i), i % 10 ? parent : nullptr);
         if (i % 2)
             AnimateTransform(*parent, take,
                              [](double seconds) {

@@ -24,9 +24,9 @@ public:
                                 const char* relative)
         {
             return AddRegion(name, "", x, x_type, relative, 1.0f, y, y_type, relative, 1.0f, 60,
-                             kFBAttachNone, NULL, 1.0f, 26, kFBAttachNone, "", 1.0f);
+                             kFBAttachNone, nullptr, 1.0f, 26, kFBAttachNone, "", 1.0f);
         };
-        EXPECT_TRUE(add("group", 10, kFBAttachNone, 20, kFBAttachNone, NULL));
+        EXPECT_TRUE(add("group", 10, kFBAttachNone, 20, kFBAttachNone, nullptr));
         EXPECT_TRUE(add("radio", 50, kFBAttachLeft, 10, kFBAttachTop, "group"));
         EXPECT_TRUE(add("check", 0, kFBAttachLeft, 20, kFBAttachBottom, "group"));
         EXPECT_TRUE(add("push", 5, kFBAttachRight, 0, kFBAttachTop, "check"));

@@ -279,7 +279,7 @@ private:
 public:                                                                                                      \
     Class()                                                                                                  \
     {                                                                                                        \
-        FBCreate();                                                                                          \
+        Class::FBCreate();                                                                                   \
     }                                                                                                        \
     static Class* g##Class;                                                                                  \
                                                                                                              \

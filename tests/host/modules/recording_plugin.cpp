@@ -21,8 +21,8 @@ class RecordingTool : public FBMenuItem
     FBMenuItemDeclare(RecordingTool, FBMenuItem);
 
 public:
-    virtual bool FBCreate();
-    virtual bool Execute(const char* pFilename = nullptr);
+    bool FBCreate() override;
+    bool Execute(const char* pFilename = nullptr) override;
 
 private:
     FBSystem system_;
