@@ -1,10 +1,14 @@
 // The plug-in as MotionBuilder loads it: the library object's phases and the entry points.
 
 #include "exporter/export_driver.h"
+#include "exporter/export_tool.h"
 
 #include <fbsdk/fbsdk.h>
 
-FBLibraryDeclare(tev2_motionbuilder_export_tool) {}
+FBLibraryDeclare(tev2_motionbuilder_export_tool)
+{
+    FBLibraryRegister(Tev2MotionBuilderExportTool);
+}
 FBLibraryDeclareEnd;
 
 bool FBLibrary::LibInit()
@@ -17,6 +21,7 @@ bool FBLibrary::LibOpen()
 }
 bool FBLibrary::LibReady()
 {
+    FBMenuItemActivation(Tev2MotionBuilderExportTool);
     return true;
 }
 bool FBLibrary::LibClose()
@@ -25,6 +30,8 @@ bool FBLibrary::LibClose()
 }
 bool FBLibrary::LibRelease()
 {
+    if (Tev2MotionBuilderExportTool* tool = Tev2MotionBuilderExportTool::gTev2MotionBuilderExportTool)
+        tool->FBDelete();
     return true;
 }
 

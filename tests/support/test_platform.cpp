@@ -1,5 +1,7 @@
 #include "tests/support/test_platform.h"
 
+#include "exporter/platform/settings_store.h"
+
 namespace tev2_exporter::platform
 {
 
@@ -33,6 +35,25 @@ bool AskOkCancel(const std::u16string& caption, const std::u16string& text)
 {
     TestPlatform::Get().questions.push_back({caption, text});
     return TestPlatform::Get().answer;
+}
+
+SettingsReader::SettingsReader() : values_(TestPlatform::Get().settings) {}
+
+SettingsReader::~SettingsReader() = default;
+
+std::optional<std::string> SettingsReader::Read(const char* name) const
+{
+    const auto value = values_.find(name);
+    return value == values_.end() ? std::nullopt : std::optional(value->second);
+}
+
+SettingsWriter::SettingsWriter() = default;
+
+SettingsWriter::~SettingsWriter() = default;
+
+void SettingsWriter::Write(const char* name, const std::string& text)
+{
+    TestPlatform::Get().settings[name] = text;
 }
 
 } // namespace tev2_exporter::platform

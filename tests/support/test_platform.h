@@ -5,6 +5,7 @@
 
 #include "exporter/platform/platform.h"
 
+#include <map>
 #include <set>
 #include <string>
 #include <vector>
@@ -25,6 +26,9 @@ struct TestPlatform
         std::u16string text;
     };
     std::vector<Question> questions; // asked so far
+    std::map<std::string, std::string> settings;
+
+    void ClearSettings() { settings.clear(); }
 
     static TestPlatform& Get();
 };

@@ -1,0 +1,329 @@
+#include "exporter/export_dialog.h"
+
+#include "exporter/version.h"
+
+#include <cmath>
+#include <cstdio>
+#include <limits>
+
+namespace tev2_exporter
+{
+namespace
+{
+
+constexpr int kWidth = 282; // pixels
+constexpr int kHeight = 612;
+
+constexpr double kPalRate = 50.0; // samples a second
+constexpr double kNtscRate = 59.94;
+
+constexpr const char* kLayout = "";
+constexpr const char* kSampling = "SAMPLING_GROUP_BOX_REGION_NAME";
+constexpr const char* kKeyFrames = "KEYFRAMES_GROUP_BOX_REGION_NAME";
+constexpr const char* kTakes = "TAKES_GROUP_BOX_REGION_NAME";
+constexpr const char* kMiscellaneous = "MISC_GROUP_BOX_REGION_NAME";
+
+constexpr FBAttachType kInLeft = kFBAttachLeft;   // from the left edge of the relative region
+constexpr FBAttachType kInTop = kFBAttachTop;     // from its top edge
+constexpr FBAttachType kBelow = kFBAttachBottom;  // from its bottom edge
+constexpr FBAttachType kAbsolute = kFBAttachNone; // in the layout
+
+struct Place
+{
+    int offset;
+    FBAttachType attach;
+    const char* relative;
+};
+
+int ToInt(double value)
+{
+    using Limits = std::numeric_limits<int>;
+    return static_cast<int>(std::fmax(Limits::min(), std::fmin(Limits::max(), std::round(value))));
+}
+
+void SetUpRadio(FBButton& button, const char* caption, bool set)
+{
+    button.Caption = caption;
+    button.Style = kFBRadioButton;
+    button.State = set;
+}
+
+void SetUpCheckBox(FBButton& button, const char* caption, bool set)
+{
+    button.Caption = caption;
+    button.Style = kFBCheckbox;
+    button.State = set;
+}
+
+void SetUpNumber(FBEditNumber& box, double minimum, double maximum, double precision, double value,
+                 bool enabled)
+{
+    box.Min = minimum;
+    box.Max = maximum;
+    box.Precision = precision;
+    box.LargeStep = 5.0;
+    box.SmallStep = 1.0;
+    box.Value = value;
+    box.Enabled = enabled;
+}
+
+void SetUpLabel(FBLabel& label, const char* caption)
+{
+    label.Caption = caption;
+    label.Justify = kFBTextJustifyRight;
+    label.WordWrap = true;
+}
+
+bool IsSet(FBButton& button)
+{
+    return button.State == 1;
+}
+
+} // namespace
+
+FBClassImplementation(TEV2_EXPORTER_DIALOG);
+
+TEV2_EXPORTER_DIALOG::TEV2_EXPORTER_DIALOG()
+{
+    FBClassInit;
+}
+
+void TEV2_EXPORTER_DIALOG::ShowFor(ExportOptions& options)
+{
+    options_ = &options;
+    options.Cancelled = 1; // until "Export" says otherwise
+    RefreshFromScene(context_, settings_);
+    LoadSettings(settings_);
+    Show(new FBVisualComponent(nullptr)); // an empty parent, in the SDK's hands from here on
+    if (options.Cancelled == 0)
+        SaveSettings(settings_);
+}
+
+bool TEV2_EXPORTER_DIALOG::Show(FBVisualComponent* parent)
+{
+    char caption[128];
+    std::snprintf(caption, sizeof caption, "TEV2 Exporter %s, QN 2014", kExporterVersion);
+    Caption = caption;
+    Modal = true;
+    Left = settings_.dialog_x;
+    Top = settings_.dialog_y;
+    Width = kWidth;
+    Height = kHeight;
+
+    AddRegions();
+    SetUpSampling();
+    SetUpKeyFrames();
+    SetUpTakes();
+    SetUpMiscellaneous();
+    SetUpButtons();
+    return FBPopup::Show(parent);
+}
+
+void TEV2_EXPORTER_DIALOG::AddRegions()
+{
+    struct Row
+    {
+        const char* name;
+        const char* title;
+        FBVisualComponent* control; // none: a group box
+        Place x;
+        Place y;
+        int width;
+        int height;
+    };
+    // clang-format off
+    const Row rows[] = {
+        {kSampling, "Sampling", nullptr, {10, kAbsolute, kLayout}, {20, kAbsolute, kLayout}, 260, 100},
+        {"SAMPLING_PAL_RADIO_BUTTON_REGION_NAME", "", &pal_, {50, kInLeft, kSampling}, {10, kInTop, kSampling}, 70, 26},
+        {"SAMPLING_NTSC_RADIO_BUTTON_REGION_NAME", "", &ntsc_, {150, kInLeft, kSampling}, {10, kInTop, kSampling}, 60, 26},
+        {"SAMPLING_CUSTOM_FPS_RADIO_BUTTON_REGION_NAME", "", &custom_rate_, {40, kInLeft, kSampling}, {56, kInTop, kSampling}, 80, 26},
+        {"SAMPLING_CUSTOM_FPS_EDITBOX_REGION_NAME", "", &rate_, {140, kInLeft, kSampling}, {54, kInTop, kSampling}, 60, 30},
+        {kKeyFrames, "Key-frames", nullptr, {0, kInLeft, kSampling}, {20, kBelow, kSampling}, 260, 134},
+        {"Export All", "", &export_all_, {50, kInLeft, kKeyFrames}, {10, kInTop, kKeyFrames}, 70, 26},
+        {"Custom", "", &custom_keys_, {150, kInLeft, kKeyFrames}, {10, kInTop, kKeyFrames}, 60, 26},
+        {"KEYFRAMES_START_KEY_EDITBOX_LABEL_REGION_NAME", "", &start_label_, {30, kInLeft, kKeyFrames}, {46, kInTop, kKeyFrames}, 60, 30},
+        {"KEYFRAMES_START_KEY_EDITBOX_REGION_NAME", "", &start_key_, {100, kInLeft, kKeyFrames}, {46, kInTop, kKeyFrames}, 70, 30},
+        {"KEYFRAMES_END_KEY_EDITBOX_LABEL_REGION_NAME", "", &end_label_, {30, kInLeft, kKeyFrames}, {86, kInTop, kKeyFrames}, 60, 30},
+        {"KEYFRAMES_END_KEY_EDITBOX_REGION_NAME", "", &end_key_, {100, kInLeft, kKeyFrames}, {86, kInTop, kKeyFrames}, 70, 30},
+        {kTakes, "Takes", nullptr, {0, kInLeft, kKeyFrames}, {20, kBelow, kKeyFrames}, 260, 70},
+        {"TAKES_CURRENT_TAKE_RADIO_BUTTON_REGION_NAME", "", &current_take_, {14, kInLeft, kTakes}, {10, kInTop, kTakes}, 210, 26},
+        {"TAKES_ALL_TAKES_RADIO_BUTTON_REGION_NAME", "", &all_takes_, {14, kInLeft, kTakes}, {36, kInTop, kTakes}, 210, 26},
+        {kMiscellaneous, "Miscellaneous", nullptr, {0, kInLeft, kTakes}, {20, kBelow, kTakes}, 260, 194},
+        {"FILENAME_SPACES_TO_UNDERSCORES_CHECKBOX_REGION_NAME", "", &spaces_to_underscores_, {20, kInLeft, kMiscellaneous}, {10, kInTop, kMiscellaneous}, 220, 26},
+        {"KEEP_POSITIVE_Z_CHECKBOX_REGION_NAME", "", &keep_positive_z_, {20, kInLeft, kMiscellaneous}, {46, kInTop, kMiscellaneous}, 220, 26},
+        {"REMOVE_NAMESPACE_FORM_NAMES_CHECKBOX_REGION_NAME", "", &remove_namespace_, {20, kInLeft, kMiscellaneous}, {82, kInTop, kMiscellaneous}, 220, 26},
+        {"ASTERIX_TV2_EXTENSION_CHECKBOX_REGION_NAME", "", &asterisk_extension_, {20, kInLeft, kMiscellaneous}, {118, kInTop, kMiscellaneous}, 220, 26},
+        {"DISABLE_CONSTRAINTS_CHECKBOX_REGION_NAME", "", &disable_constraints_, {20, kInLeft, kMiscellaneous}, {154, kInTop, kMiscellaneous}, 220, 26},
+        {"EXPORT_BUTTON_REGION_NAME", "", &export_, {88, kAbsolute, kLayout}, {10, kBelow, kMiscellaneous}, 50, 24},
+        {"CANCEL_BUTTON_REGION_NAME", "", &cancel_, {144, kAbsolute, kLayout}, {10, kBelow, kMiscellaneous}, 50, 24},
+    };
+    // clang-format on
+    for (const Row& row : rows)
+    {
+        AddRegion(row.name, row.title, row.x.offset, row.x.attach, row.x.relative, 1.0f, row.y.offset,
+                  row.y.attach, row.y.relative, 1.0f, row.width, kAbsolute, kLayout, 1.0f, row.height,
+                  kAbsolute, kLayout, 1.0f);
+        if (row.control)
+            SetControl(row.name, row.control);
+        else
+            SetBorder(row.name, kFBEmbossSmoothEdgeBorder, true, false, 2, 2, 90.0f, 10);
+    }
+}
+
+void TEV2_EXPORTER_DIALOG::Connect(FBButton& button, ClickHandler handler)
+{
+    button.OnClick.Add(this, static_cast<FBCallback>(handler));
+}
+
+void TEV2_EXPORTER_DIALOG::SetUpSampling()
+{
+    const std::int32_t choice = settings_.sampling_choice;
+    SetUpRadio(pal_, "PAL", choice == kSamplingPal);
+    SetUpRadio(ntsc_, "NTSC", choice == kSamplingNtsc);
+    SetUpRadio(custom_rate_, "Custom FPS", choice == kSamplingCustom);
+    const double rate = choice == kSamplingPal    ? kPalRate
+                        : choice == kSamplingNtsc ? kNtscRate
+                                                  : static_cast<double>(settings_.frame_rate);
+    SetUpNumber(rate_, 0.0, 240.0, 3.2, rate, choice == kSamplingCustom);
+    Connect(pal_, &TEV2_EXPORTER_DIALOG::OnPal);
+    Connect(ntsc_, &TEV2_EXPORTER_DIALOG::OnNtsc);
+    Connect(custom_rate_, &TEV2_EXPORTER_DIALOG::OnCustomRate);
+}
+
+void TEV2_EXPORTER_DIALOG::SetUpKeyFrames()
+{
+    const int first = settings_.take_start_frame;
+    const int last = settings_.take_end_frame;
+    const bool custom = settings_.key_frame_choice == kCustomKeys;
+    const auto within_take = [&](int key, int otherwise)
+    { return key >= first && key <= last ? key : otherwise; };
+
+    SetUpRadio(export_all_, "Export All", settings_.key_frame_choice == kExportAllKeys);
+    SetUpRadio(custom_keys_, "Custom", custom);
+    SetUpLabel(start_label_, "Start Key");
+    SetUpNumber(start_key_, first, last, 1.0, within_take(settings_.start_key, first), custom);
+    SetUpLabel(end_label_, "End Key");
+    SetUpNumber(end_key_, first, last, 1.0, within_take(settings_.end_key, last), custom);
+    Connect(export_all_, &TEV2_EXPORTER_DIALOG::OnExportAll);
+    Connect(custom_keys_, &TEV2_EXPORTER_DIALOG::OnCustomKeys);
+}
+
+void TEV2_EXPORTER_DIALOG::SetUpTakes()
+{
+    const bool several = context_.system.Scene->Takes.GetCount() > 1;
+    if (!several)
+        settings_.takes_choice = kCurrentTakeOnly;
+    SetUpRadio(current_take_, "Current Take Only", settings_.takes_choice == kCurrentTakeOnly);
+    SetUpRadio(all_takes_, "All Takes As Separate Files", settings_.takes_choice == kAllTakes);
+    current_take_.Enabled = several;
+    all_takes_.Enabled = several;
+    Connect(current_take_, &TEV2_EXPORTER_DIALOG::OnCurrentTake);
+    Connect(all_takes_, &TEV2_EXPORTER_DIALOG::OnAllTakes);
+}
+
+void TEV2_EXPORTER_DIALOG::SetUpMiscellaneous()
+{
+    SetUpCheckBox(spaces_to_underscores_, "Change filename spaces to underscores?",
+                  settings_.spaces_to_underscores);
+    SetUpCheckBox(keep_positive_z_, "Keep positive Z?", settings_.keep_positive_z);
+    SetUpCheckBox(remove_namespace_, "Remove namespace from names?", settings_.remove_namespace);
+    SetUpCheckBox(asterisk_extension_, "Use *.tv2 in save filename dialog?", settings_.asterisk_extension);
+    SetUpCheckBox(disable_constraints_, "Disable constraints?", settings_.disable_constraints);
+}
+
+void TEV2_EXPORTER_DIALOG::SetUpButtons()
+{
+    export_.Caption = "Export";
+    cancel_.Caption = "Cancel";
+    Connect(export_, &TEV2_EXPORTER_DIALOG::OnExport);
+    Connect(cancel_, &TEV2_EXPORTER_DIALOG::OnCancel);
+}
+
+// A group with nothing set counts as its last choice.
+void TEV2_EXPORTER_DIALOG::ReadControls()
+{
+    settings_.sampling_choice = IsSet(pal_) ? kSamplingPal : IsSet(ntsc_) ? kSamplingNtsc : kSamplingCustom;
+    settings_.key_frame_choice = IsSet(export_all_) ? kExportAllKeys : kCustomKeys;
+    settings_.takes_choice = IsSet(current_take_) ? kCurrentTakeOnly : kAllTakes;
+    settings_.start_key = ToInt(start_key_.Value);
+    settings_.end_key = ToInt(end_key_.Value);
+    settings_.frame_rate = static_cast<float>(static_cast<double>(rate_.Value));
+    settings_.spaces_to_underscores = IsSet(spaces_to_underscores_);
+    settings_.keep_positive_z = IsSet(keep_positive_z_);
+    settings_.remove_namespace = IsSet(remove_namespace_);
+    settings_.asterisk_extension = IsSet(asterisk_extension_);
+    settings_.disable_constraints = IsSet(disable_constraints_);
+}
+
+void TEV2_EXPORTER_DIALOG::ReadPosition()
+{
+    settings_.dialog_x = Left;
+    settings_.dialog_y = Top;
+}
+
+// A clicked radio button sets itself; its handler clears the others of its group.
+
+void TEV2_EXPORTER_DIALOG::OnPal(HISender, HKEvent)
+{
+    rate_.Value = kPalRate;
+    rate_.Enabled = false;
+    ntsc_.State = 0;
+    custom_rate_.State = 0;
+}
+
+void TEV2_EXPORTER_DIALOG::OnNtsc(HISender, HKEvent)
+{
+    rate_.Value = kNtscRate;
+    rate_.Enabled = false;
+    pal_.State = 0;
+    custom_rate_.State = 0;
+}
+
+void TEV2_EXPORTER_DIALOG::OnCustomRate(HISender, HKEvent)
+{
+    pal_.State = 0;
+    ntsc_.State = 0;
+    rate_.Enabled = true;
+}
+
+void TEV2_EXPORTER_DIALOG::OnExportAll(HISender, HKEvent)
+{
+    start_key_.Value = settings_.take_start_frame;
+    end_key_.Value = settings_.take_end_frame;
+    start_key_.Enabled = false;
+    end_key_.Enabled = false;
+    custom_keys_.State = 0;
+}
+
+void TEV2_EXPORTER_DIALOG::OnCustomKeys(HISender, HKEvent)
+{
+    start_key_.Enabled = true;
+    end_key_.Enabled = true;
+    export_all_.State = 0;
+}
+
+void TEV2_EXPORTER_DIALOG::OnCurrentTake(HISender, HKEvent)
+{
+    all_takes_.State = 0;
+}
+
+void TEV2_EXPORTER_DIALOG::OnAllTakes(HISender, HKEvent)
+{
+    current_take_.State = 0;
+}
+
+void TEV2_EXPORTER_DIALOG::OnExport(HISender, HKEvent)
+{
+    ReadControls();
+    *options_ = FillOptionsFromSettings(settings_);
+    ReadPosition();
+    Close(true);
+}
+
+void TEV2_EXPORTER_DIALOG::OnCancel(HISender, HKEvent)
+{
+    options_->Cancelled = 1;
+    Close(false);
+}
+
+} // namespace tev2_exporter

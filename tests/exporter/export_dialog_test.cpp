@@ -1,0 +1,383 @@
+#include "exporter/export_dialog.h"
+#include "exporter/export_tool.h"
+#include "exporter/platform/settings_store.h"
+#include "mobu_host/ui.h"
+#include "tests/exporter/export_fixture.h"
+
+#include <map>
+
+namespace tev2_exporter
+{
+namespace
+{
+
+constexpr const char* kPal = "SAMPLING_PAL_RADIO_BUTTON_REGION_NAME";
+constexpr const char* kNtsc = "SAMPLING_NTSC_RADIO_BUTTON_REGION_NAME";
+constexpr const char* kCustomRate = "SAMPLING_CUSTOM_FPS_RADIO_BUTTON_REGION_NAME";
+constexpr const char* kRate = "SAMPLING_CUSTOM_FPS_EDITBOX_REGION_NAME";
+constexpr const char* kStartKey = "KEYFRAMES_START_KEY_EDITBOX_REGION_NAME";
+constexpr const char* kEndKey = "KEYFRAMES_END_KEY_EDITBOX_REGION_NAME";
+constexpr const char* kCurrentTake = "TAKES_CURRENT_TAKE_RADIO_BUTTON_REGION_NAME";
+constexpr const char* kAllTakesButton = "TAKES_ALL_TAKES_RADIO_BUTTON_REGION_NAME";
+constexpr const char* kUnderscores = "FILENAME_SPACES_TO_UNDERSCORES_CHECKBOX_REGION_NAME";
+constexpr const char* kPositiveZ = "KEEP_POSITIVE_Z_CHECKBOX_REGION_NAME";
+constexpr const char* kNamespaces = "REMOVE_NAMESPACE_FORM_NAMES_CHECKBOX_REGION_NAME";
+constexpr const char* kAsterisk = "ASTERIX_TV2_EXTENSION_CHECKBOX_REGION_NAME";
+constexpr const char* kConstraints = "DISABLE_CONSTRAINTS_CHECKBOX_REGION_NAME";
+constexpr const char* kExport = "EXPORT_BUTTON_REGION_NAME";
+constexpr const char* kCancel = "CANCEL_BUTTON_REGION_NAME";
+
+using Stored = std::map<std::string, std::string>;
+
+const char* const kStoredNames[] = {
+    "SAMPLING_RADIO_CHOICE_KEY_NAME",
+    "KEYFRAME_RADIO_CHOICE_KEY_NAME",
+    "TAKES_RADIO_CHOICE_KEY_NAME",
+    "START_KEY_KEY_NAME",
+    "END_KEY_KEY_NAME",
+    "FPS_KEY_NAME",
+    "FILENAME_SPACES_KEY_NAME",
+    "KEEP_POSITIVE_Z_KEY_NAME",
+    "REMOVE_NAMESPACE_FROM_NAMES_KEY_NAME",
+    "ASTERIX_TV2_EXTENSION_KEY_NAME",
+    "DISABLE_CONSTRAINTS_KEY_NAME",
+    "DIALOG_POS_X_KEY_NAME",
+    "DIALOG_POS_Y_KEY_NAME",
+};
+
+// What is stored now, of the values the exporter knows.
+Stored StoredValues()
+{
+    Stored stored;
+    const platform::SettingsReader reader;
+    for (const char* name : kStoredNames)
+        if (const auto text = reader.Read(name))
+            stored[name] = *text;
+    return stored;
+}
+
+// A scene of two takes at 25 frames a second, empty settings, and a user who presses what a test tells him.
+class ExportDialog : public ExportTest
+{
+protected:
+    void SetUp() override
+    {
+        ExportTest::SetUp();
+        platform::TestPlatform::Get().ClearSettings();
+        mobu_host::ClearTakes();
+        mobu_host::SetTransportRate(25.0);
+        mobu_host::AddTake("A", 0.4, 4.0); // frames 10 to 100
+        mobu_host::AddTake("B", 0.0, 1.0);
+    }
+
+    void TearDown() override
+    {
+        mobu_host::SetPopupPlayer({});
+        ExportTest::TearDown();
+    }
+
+    // Shows the dialog to a user who acts as `user` says, and returns what it filled in.
+    ExportOptions Show(const std::function<void(FBPopup&)>& user)
+    {
+        ExportOptions options;
+        mobu_host::SetPopupPlayer(user);
+        TEV2_EXPORTER_DIALOG dialog;
+        dialog.ShowFor(options);
+        return options;
+    }
+
+    template <typename Control>
+    static Control& At(FBPopup& popup, const char* region)
+    {
+        return *static_cast<Control*>(mobu_host::FindRegion(popup, region)->control);
+    }
+
+    static bool IsSet(FBPopup& popup, const char* region) { return At<FBButton>(popup, region).State == 1; }
+    static double Number(FBPopup& popup, const char* region) { return At<FBEditNumber>(popup, region).Value; }
+    static bool IsEnabled(FBPopup& popup, const char* region)
+    {
+        return mobu_host::FindRegion(popup, region)->control->Enabled;
+    }
+};
+
+TEST_F(ExportDialog, ShowsItsFirstRun)
+{
+    Show(
+        [](FBPopup& popup)
+        {
+            EXPECT_STREQ(popup.Caption, "TEV2 Exporter v1.14, QN 2014");
+            EXPECT_TRUE(popup.Modal);
+            EXPECT_EQ(popup.Left, 100);
+            EXPECT_EQ(popup.Top, 100);
+            EXPECT_EQ(popup.Width, 282);
+            EXPECT_EQ(popup.Height, 612);
+            EXPECT_TRUE(IsSet(popup, kPal));
+            EXPECT_EQ(Number(popup, kRate), 50.0);
+            EXPECT_FALSE(IsEnabled(popup, kRate));
+            EXPECT_TRUE(IsSet(popup, "Export All"));
+            EXPECT_EQ(Number(popup, kStartKey), 10.0);
+            EXPECT_EQ(Number(popup, kEndKey), 100.0);
+            EXPECT_FALSE(IsEnabled(popup, kStartKey));
+            EXPECT_TRUE(IsSet(popup, kCurrentTake));
+            for (const char* box : {kUnderscores, kPositiveZ, kNamespaces, kAsterisk})
+                EXPECT_TRUE(IsSet(popup, box)) << box;
+            EXPECT_FALSE(IsSet(popup, kConstraints));
+            EXPECT_EQ(mobu_host::Regions(popup).size(), 23u);
+        });
+    EXPECT_TRUE(StoredValues().empty()) << "closed by the window's own button: a cancellation";
+}
+
+struct Rectangle
+{
+    const char* region;
+    int left, top, right, bottom;
+};
+
+TEST_F(ExportDialog, PlacesItsRegions)
+{
+    const Rectangle expected[] = {
+        {"SAMPLING_GROUP_BOX_REGION_NAME", 10, 20, 270, 120},
+        {kPal, 60, 30, 130, 56},
+        {kNtsc, 160, 30, 220, 56},
+        {kCustomRate, 50, 76, 130, 102},
+        {kRate, 150, 74, 210, 104},
+        {"KEYFRAMES_GROUP_BOX_REGION_NAME", 10, 140, 270, 274},
+        {"Export All", 60, 150, 130, 176},
+        {"Custom", 160, 150, 220, 176},
+        {"KEYFRAMES_START_KEY_EDITBOX_LABEL_REGION_NAME", 40, 186, 100, 216},
+        {kStartKey, 110, 186, 180, 216},
+        {"KEYFRAMES_END_KEY_EDITBOX_LABEL_REGION_NAME", 40, 226, 100, 256},
+        {kEndKey, 110, 226, 180, 256},
+        {"TAKES_GROUP_BOX_REGION_NAME", 10, 294, 270, 364},
+        {kCurrentTake, 24, 304, 234, 330},
+        {kAllTakesButton, 24, 330, 234, 356},
+        {"MISC_GROUP_BOX_REGION_NAME", 10, 384, 270, 578},
+        {kUnderscores, 30, 394, 250, 420},
+        {kPositiveZ, 30, 430, 250, 456},
+        {kNamespaces, 30, 466, 250, 492},
+        {kAsterisk, 30, 502, 250, 528},
+        {kConstraints, 30, 538, 250, 564},
+        {kExport, 88, 588, 138, 612},
+        {kCancel, 144, 588, 194, 612},
+    };
+    Show(
+        [&](FBPopup& popup)
+        {
+            for (const Rectangle& r : expected)
+            {
+                int left = 0, top = 0, right = 0, bottom = 0;
+                ASSERT_TRUE(popup.GetRegionPositions(r.region, true, &left, &top, &right, &bottom))
+                    << r.region;
+                EXPECT_EQ(left, r.left) << r.region;
+                EXPECT_EQ(top, r.top) << r.region;
+                EXPECT_EQ(right, r.right) << r.region;
+                EXPECT_EQ(bottom, r.bottom) << r.region;
+            }
+            const mobu_host::Region* group = mobu_host::FindRegion(popup, "MISC_GROUP_BOX_REGION_NAME");
+            EXPECT_EQ(group->title, "Miscellaneous");
+            EXPECT_EQ(group->border.style, kFBEmbossSmoothEdgeBorder);
+            EXPECT_TRUE(group->border.show_title);
+            EXPECT_EQ(group->border.corner_radius, 10);
+        });
+}
+
+TEST_F(ExportDialog, FillsOptionsAndStoresSettings)
+{
+    const ExportOptions options = Show(
+        [](FBPopup& popup)
+        {
+            EXPECT_FALSE(mobu_host::Edit(popup, kRate, 12.0)) << "disabled until a custom rate is chosen";
+            EXPECT_TRUE(mobu_host::Click(popup, kNtsc));
+            EXPECT_FALSE(IsSet(popup, kPal));
+            EXPECT_EQ(Number(popup, kRate), 59.94);
+            EXPECT_TRUE(mobu_host::Click(popup, kCustomRate));
+            EXPECT_FALSE(IsSet(popup, kNtsc));
+            EXPECT_TRUE(mobu_host::Edit(popup, kRate, 12.5));
+            EXPECT_TRUE(mobu_host::Click(popup, "Custom"));
+            EXPECT_FALSE(IsSet(popup, "Export All"));
+            EXPECT_TRUE(mobu_host::Edit(popup, kStartKey, 20.4));
+            EXPECT_TRUE(mobu_host::Edit(popup, kEndKey, 500.0)); // held at the take's last frame
+            EXPECT_TRUE(mobu_host::Click(popup, kAllTakesButton));
+            EXPECT_FALSE(IsSet(popup, kCurrentTake));
+            EXPECT_TRUE(mobu_host::Click(popup, kUnderscores));
+            EXPECT_TRUE(mobu_host::Click(popup, kAsterisk));
+            EXPECT_TRUE(mobu_host::Click(popup, kConstraints));
+            EXPECT_TRUE(mobu_host::MoveTo(popup, 7, -3));
+            EXPECT_TRUE(mobu_host::Click(popup, kExport));
+        });
+    EXPECT_EQ(options.Cancelled, 0);
+    EXPECT_EQ(options.SamplingRate, 12.5f);
+    EXPECT_EQ(options.UseCustomRange, 1u);
+    EXPECT_EQ(options.CustomStart, static_cast<float>(20 / 25.0));
+    EXPECT_EQ(options.CustomEnd, 4.0f);
+    EXPECT_EQ(options.AllTakes, 1u);
+    EXPECT_EQ(options.FilenameSpacesToUnderscores, 0);
+    EXPECT_EQ(options.KeepPositiveZ, 1);
+    EXPECT_EQ(options.RemoveNamespaceFromNames, 1);
+    EXPECT_EQ(options.DisableConstraints, 1);
+    const Stored expected = {
+        {"SAMPLING_RADIO_CHOICE_KEY_NAME", "2"},
+        {"KEYFRAME_RADIO_CHOICE_KEY_NAME", "1"},
+        {"TAKES_RADIO_CHOICE_KEY_NAME", "1"},
+        {"START_KEY_KEY_NAME", "20"},
+        {"END_KEY_KEY_NAME", "100"},
+        {"FPS_KEY_NAME", "12.500000"},
+        {"FILENAME_SPACES_KEY_NAME", "0"},
+        {"KEEP_POSITIVE_Z_KEY_NAME", "1"},
+        {"REMOVE_NAMESPACE_FROM_NAMES_KEY_NAME", "1"},
+        {"ASTERIX_TV2_EXTENSION_KEY_NAME", "0"},
+        {"DISABLE_CONSTRAINTS_KEY_NAME", "1"},
+        {"DIALOG_POS_X_KEY_NAME", "7"},
+        {"DIALOG_POS_Y_KEY_NAME", "-3"},
+    };
+    EXPECT_EQ(StoredValues(), expected);
+
+    // The next run shows what was stored, and a take that the start key does not lie in its own first frame.
+    FBSystem().CurrentTake = mobu_host::Scene().Takes[1];
+    Show(
+        [](FBPopup& popup)
+        {
+            EXPECT_TRUE(IsSet(popup, kCustomRate));
+            EXPECT_EQ(Number(popup, kRate), 12.5);
+            EXPECT_EQ(Number(popup, kStartKey), 20.0);
+            EXPECT_EQ(Number(popup, kEndKey), 25.0);
+            EXPECT_EQ(popup.Left, 7);
+            EXPECT_TRUE(IsSet(popup, kAllTakesButton));
+            EXPECT_TRUE(IsSet(popup, kConstraints));
+        });
+}
+
+TEST_F(ExportDialog, EndsSilentlyWhereThereIsNothingToExport)
+{
+    const struct
+    {
+        const char* what;
+        std::function<void(FBPopup&)> user;
+    } cases[] = {
+        {"Cancel", [](FBPopup& popup) { mobu_host::Click(popup, kCancel); }},
+        {"the window closed", [](FBPopup&) {}},
+        {"start after end",
+         [](FBPopup& popup)
+         {
+             mobu_host::Click(popup, "Custom");
+             mobu_host::Edit(popup, kStartKey, 50.0);
+             mobu_host::Edit(popup, kEndKey, 49.0);
+             mobu_host::Click(popup, kExport);
+         }},
+        {"a rate of 0",
+         [](FBPopup& popup)
+         {
+             mobu_host::Click(popup, kCustomRate);
+             mobu_host::Edit(popup, kRate, 0.0);
+             mobu_host::Click(popup, kExport);
+         }},
+    };
+    for (const auto& c : cases)
+    {
+        EXPECT_EQ(Show(c.user).Cancelled, 1) << c.what;
+        EXPECT_TRUE(StoredValues().empty()) << c.what;
+    }
+}
+
+TEST_F(ExportDialog, ChecksTheStoredRangeWhateverTheChoice)
+{
+    platform::SettingsWriter().Write("START_KEY_KEY_NAME", "60");
+    ExporterSettings settings;
+    settings.transport_rate = 25.0;
+    settings.start_key = 10;
+    settings.end_key = 5;
+    EXPECT_EQ(settings.key_frame_choice, kExportAllKeys);
+    EXPECT_EQ(FillOptionsFromSettings(settings).Cancelled, 1);
+    settings.end_key = 10;
+    EXPECT_EQ(FillOptionsFromSettings(settings).Cancelled, 0);
+}
+
+TEST_F(ExportDialog, OffersAllTakesOnlyWhereThereAreSeveral)
+{
+    mobu_host::RemoveTake(mobu_host::Scene().Takes[1]);
+    platform::SettingsWriter().Write("TAKES_RADIO_CHOICE_KEY_NAME", "1");
+    const ExportOptions options = Show(
+        [](FBPopup& popup)
+        {
+            EXPECT_TRUE(IsSet(popup, kCurrentTake));
+            EXPECT_FALSE(IsSet(popup, kAllTakesButton));
+            EXPECT_FALSE(IsEnabled(popup, kCurrentTake));
+            EXPECT_FALSE(mobu_host::Click(popup, kAllTakesButton));
+            mobu_host::Click(popup, kExport);
+        });
+    EXPECT_EQ(options.AllTakes, 0u);
+}
+
+TEST_F(ExportDialog, ReadsStoredTextsAsTheyAre)
+{
+    const struct
+    {
+        const char* name;
+        const char* text;
+        std::function<void(const ExporterSettings&)> check;
+    } cases[] = {
+        {"KEEP_POSITIVE_Z_KEY_NAME", "2", [](const auto& s) { EXPECT_FALSE(s.keep_positive_z); }},
+        {"DISABLE_CONSTRAINTS_KEY_NAME", " 1 ", [](const auto& s) { EXPECT_TRUE(s.disable_constraints); }},
+        {"START_KEY_KEY_NAME", "no number", [](const auto& s) { EXPECT_EQ(s.start_key, 0); }},
+        {"START_KEY_KEY_NAME", "12abc", [](const auto& s) { EXPECT_EQ(s.start_key, 12); }},
+        {"START_KEY_KEY_NAME", "-99999999999", [](const auto& s) { EXPECT_EQ(s.start_key, INT32_MIN); }},
+        {"FPS_KEY_NAME", "no number", [](const auto& s) { EXPECT_EQ(s.frame_rate, 0.0f); }},
+        {"FPS_KEY_NAME", "29.97", [](const auto& s) { EXPECT_EQ(s.frame_rate, 29.97f); }},
+        {"SAMPLING_RADIO_CHOICE_KEY_NAME", "7", [](const auto& s) { EXPECT_EQ(s.sampling_choice, 7); }},
+    };
+    for (const auto& c : cases)
+    {
+        platform::TestPlatform::Get().ClearSettings();
+        platform::SettingsWriter().Write(c.name, c.text);
+        ExporterSettings settings;
+        ExportContext context;
+        RefreshFromScene(context, settings);
+        LoadSettings(settings);
+        SCOPED_TRACE(std::string(c.name) + "=" + c.text);
+        c.check(settings);
+        EXPECT_EQ(settings.end_key, 100) << "what is missing comes from the scene";
+    }
+    platform::TestPlatform::Get().ClearSettings();
+    ExporterSettings settings;
+    settings.transport_rate = 25.0;
+    LoadSettings(settings);
+    EXPECT_EQ(settings.frame_rate, 25.0f);
+}
+
+TEST_F(ExportDialog, RunsFromTheMenuEntry)
+{
+    Tev2MotionBuilderExportTool tool;
+    EXPECT_EQ(tool.Type, kFBMenuItemMotionExport);
+    EXPECT_STREQ(tool.Extension, "*.tv2");
+    EXPECT_STREQ(tool.Label, "QN - TV2 Exporter");
+    EXPECT_STREQ(tool.Description, "QN - TV2 Exporter Description");
+    EXPECT_STREQ(tool.ClassName(), "Tev2MotionBuilderExportTool");
+    EXPECT_TRUE(tool.Is(FBMenuItem::TypeInfo));
+    EXPECT_TRUE(tool.Is(FBVisualComponent::TypeInfo));
+
+    const std::string path = folder_ / "run.tv2";
+    mobu_host::SetPopupPlayer([](FBPopup& popup) { mobu_host::Click(popup, kCancel); });
+    EXPECT_TRUE(tool.Execute(path.c_str()));
+    EXPECT_FALSE(std::filesystem::exists(path));
+
+    mobu_host::SetPopupPlayer(
+        [](FBPopup& popup)
+        {
+            mobu_host::Click(popup, kNtsc);
+            mobu_host::Click(popup, kAsterisk);
+            mobu_host::Click(popup, kExport);
+        });
+    mobu_host::AddCamera("Cam");
+    EXPECT_TRUE(tool.Execute(path.c_str()));
+    const auto scene = Load("run.tv2");
+    ASSERT_TRUE(scene);
+    ASSERT_EQ(scene->cameras.size(), 1u);
+    EXPECT_EQ(scene->cameras[0]->distance->m_times[1], 0.4f + 1.0f / 59.94f);
+    EXPECT_STREQ(tool.Extension, "*.tv2") << "the box takes effect from the next use";
+    mobu_host::SetPopupPlayer({});
+    tool.Execute(path.c_str());
+    EXPECT_STREQ(tool.Extension, ".tv2");
+}
+
+} // namespace
+} // namespace tev2_exporter
