@@ -111,10 +111,10 @@ std::string TEV2_MEMORY_CURSOR::Path() const
     {
         std::string step = scope->label_;
         if (scope->index_ != RecordScope::kNoIndex)
-            step += "[" + std::to_string(scope->index_) + "]";
+            step.append("[").append(std::to_string(scope->index_)).append("]");
         if (!path.empty() && path.front() != '[')
             step += ".";
-        path.insert(0, step);
+        path = step.append(path);
     }
     return path;
 }
