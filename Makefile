@@ -32,12 +32,15 @@ test-asan: packages ## Run all tests under AddressSanitizer and UndefinedBehavio
 	cd $(BUILD)/asan && $(CTEST)
 
 test-bytes: build ## Export the samples with plug-ins of g++ and clang++ at -O0 and -O2; compare the files
+	@scripts/install_packages.sh clang
 	scripts/same_bytes.sh
 
-lint: packages ## Check formatting and run clang-tidy
+lint: ## Check formatting and run clang-tidy
+	@scripts/install_packages.sh clang-format clang-tidy
 	scripts/lint.sh
 
-format: packages ## Format all sources
+format: ## Format all sources
+	@scripts/install_packages.sh clang-format
 	git ls-files '*.h' '*.cpp' | xargs clang-format -i
 
 install: build ## Install the command, the plug-in and the library (PREFIX=/usr/local)

@@ -1,9 +1,9 @@
 #!/bin/sh
-# Installs the Debian packages that building, testing and checking need, where they are missing, and says so.
+# Installs the Debian packages that building and testing need, and those named as arguments, where they are missing,
+# and says so.
 set -eu
 
-packages="g++ clang cmake ninja-build pkg-config libassimp-dev libcli11-dev nlohmann-json3-dev libgtest-dev
-          clang-format clang-tidy"
+packages="g++ cmake ninja-build pkg-config libassimp-dev zlib1g-dev libcli11-dev nlohmann-json3-dev libgtest-dev $*"
 
 missing=""
 for package in $packages; do
