@@ -9,6 +9,10 @@ else()
     target_compile_options(tv2_build_flags INTERFACE -ffp-contract=off -fno-fast-math)
     target_compile_options(tv2_build_flags INTERFACE -Wall -Wextra -Wpedantic -Wshadow -Wconversion
                            -Wdouble-promotion -Wold-style-cast -Werror)
+    if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
+        # GCC 12 sees overlapping copies in string concatenation where there are none.
+        target_compile_options(tv2_build_flags INTERFACE -Wno-restrict)
+    endif()
 endif()
 
 if(TV2_SANITIZE)
