@@ -18,8 +18,8 @@ bool LoadEffects(TEV2_MEMORY_CURSOR& cursor, float version,
     const std::uint32_t count = cursor.ReadCount(kLeastEffect);
     for (std::uint32_t index = 0; index < count && !cursor.Failed(); ++index)
     {
-        loaded &= LoadOptional(cursor, version, "effects", effects.emplace_back(),
-                               TEV2_LOAD_CODE::UnknownEffectType, index);
+        loaded &= LoadOptionalTrack(cursor, version, "effects", effects.emplace_back(),
+                                    TEV2_LOAD_CODE::UnknownEffectType, index);
     }
     return loaded;
 }
@@ -29,7 +29,7 @@ bool SaveEffects(TEV2_FILE_WRITER& writer, const std::vector<std::unique_ptr<TEV
     SaveCount(writer, effects);
     bool saved = true;
     for (const auto& effect : effects)
-        saved &= SaveOptional(writer, effect, &TEV2_CAMERA_EFFECT::GetEffectType);
+        saved &= SaveOptionalTrack(writer, effect, &TEV2_CAMERA_EFFECT::GetEffectType);
     return saved;
 }
 
@@ -39,10 +39,10 @@ bool TEV2_CAMERA::Load(TEV2_MEMORY_CURSOR& cursor, float version)
 {
     bool loaded = TEV2_POSITIONAL_OBJECT::Load(cursor, version);
     inverseAspect = cursor.ReadF32();
-    loaded &= LoadOptional(cursor, version, "distance", distance);
-    loaded &= LoadOptional(cursor, version, "fieldOfView", fieldOfView);
-    loaded &= LoadOptional(cursor, version, "secondaryRange", secondaryRange);
-    loaded &= LoadOptional(cursor, version, "clipRange", clipRange);
+    loaded &= LoadOptionalTrack(cursor, version, "distance", distance);
+    loaded &= LoadOptionalTrack(cursor, version, "fieldOfView", fieldOfView);
+    loaded &= LoadOptionalTrack(cursor, version, "secondaryRange", secondaryRange);
+    loaded &= LoadOptionalTrack(cursor, version, "clipRange", clipRange);
     loaded &= LoadEffects(cursor, version, effects);
     return loaded;
 }
@@ -51,10 +51,10 @@ bool TEV2_CAMERA::Save(TEV2_FILE_WRITER& writer) const
 {
     bool saved = TEV2_POSITIONAL_OBJECT::Save(writer);
     saved &= writer.WriteF32(inverseAspect);
-    saved &= SaveOptional(writer, distance);
-    saved &= SaveOptional(writer, fieldOfView);
-    saved &= SaveOptional(writer, secondaryRange);
-    saved &= SaveOptional(writer, clipRange);
+    saved &= SaveOptionalTrack(writer, distance);
+    saved &= SaveOptionalTrack(writer, fieldOfView);
+    saved &= SaveOptionalTrack(writer, secondaryRange);
+    saved &= SaveOptionalTrack(writer, clipRange);
     saved &= SaveEffects(writer, effects);
     return saved;
 }

@@ -1,6 +1,6 @@
 #include "tev2_loader/records/camera_effects.h"
 
-#include "tev2_loader/serialisation/optional_object.h"
+#include "tev2_loader/serialisation/optional_track.h"
 
 namespace TEV2_LOADER
 {
@@ -20,12 +20,12 @@ std::unique_ptr<TEV2_CAMERA_EFFECT> TEV2_CAMERA_EFFECT::Create(std::uint32_t typ
 
 bool TEV2_CAMERA_MOTION_BLUR_EFFECT::Load(TEV2_MEMORY_CURSOR& cursor, float version)
 {
-    return LoadOptional(cursor, version, "shutterTime", shutterTime);
+    return LoadOptionalTrack(cursor, version, "shutterTime", shutterTime);
 }
 
 bool TEV2_CAMERA_MOTION_BLUR_EFFECT::Save(TEV2_FILE_WRITER& writer) const
 {
-    return SaveOptional(writer, shutterTime);
+    return SaveOptionalTrack(writer, shutterTime);
 }
 
 std::unique_ptr<TEV2_CAMERA_EFFECT> TEV2_CAMERA_MOTION_BLUR_EFFECT::Clone() const
@@ -47,15 +47,15 @@ void TEV2_CAMERA_MOTION_BLUR_EFFECT::SetTime(float time)
 
 bool TEV2_CAMERA_DEPTH_OF_FIELD_EFFECT::Load(TEV2_MEMORY_CURSOR& cursor, float version)
 {
-    bool loaded = LoadOptional(cursor, version, "focusDistance", focusDistance);
-    loaded &= LoadOptional(cursor, version, "fNumber", fNumber);
+    bool loaded = LoadOptionalTrack(cursor, version, "focusDistance", focusDistance);
+    loaded &= LoadOptionalTrack(cursor, version, "fNumber", fNumber);
     return loaded;
 }
 
 bool TEV2_CAMERA_DEPTH_OF_FIELD_EFFECT::Save(TEV2_FILE_WRITER& writer) const
 {
-    bool saved = SaveOptional(writer, focusDistance);
-    saved &= SaveOptional(writer, fNumber);
+    bool saved = SaveOptionalTrack(writer, focusDistance);
+    saved &= SaveOptionalTrack(writer, fNumber);
     return saved;
 }
 

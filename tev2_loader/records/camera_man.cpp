@@ -1,18 +1,18 @@
 #include "tev2_loader/records/camera_man.h"
 
-#include "tev2_loader/serialisation/optional_object.h"
+#include "tev2_loader/serialisation/optional_track.h"
 
 namespace TEV2_LOADER
 {
 
 bool TEV2_CAMERA_MAN::Load(TEV2_MEMORY_CURSOR& cursor, float version)
 {
-    return LoadOptional(cursor, version, "cameraIndex", cameraIndex);
+    return LoadOptionalTrack(cursor, version, "cameraIndex", cameraIndex);
 }
 
 bool TEV2_CAMERA_MAN::Save(TEV2_FILE_WRITER& writer) const
 {
-    return SaveOptional(writer, cameraIndex);
+    return SaveOptionalTrack(writer, cameraIndex);
 }
 
 void TEV2_CAMERA_MAN::Update(float delta_time)

@@ -1,6 +1,6 @@
 #include "tev2_loader/records/environment.h"
 
-#include "tev2_loader/serialisation/optional_object.h"
+#include "tev2_loader/serialisation/optional_track.h"
 
 namespace TEV2_LOADER
 {
@@ -24,7 +24,7 @@ bool LoadNoMap(TEV2_MEMORY_CURSOR& cursor, std::unique_ptr<TEV2_MATERIAL_MAP>& m
 bool TEV2_ENVIRONMENT::Load(TEV2_MEMORY_CURSOR& cursor, float version)
 {
     timeRange.Load(cursor, version);
-    bool loaded = LoadOptional(cursor, version, "environmentColour", environmentColour);
+    bool loaded = LoadOptionalTrack(cursor, version, "environmentColour", environmentColour);
     loaded &= LoadNoMap(cursor, environmentMap);
     if (version >= 1.16f)
         cursor.ReadBlock(reserved.data(), reserved.size());
@@ -34,8 +34,8 @@ bool TEV2_ENVIRONMENT::Load(TEV2_MEMORY_CURSOR& cursor, float version)
 bool TEV2_ENVIRONMENT::Save(TEV2_FILE_WRITER& writer) const
 {
     bool saved = timeRange.Save(writer);
-    saved &= SaveOptional(writer, environmentColour);
-    saved &= SaveOptional(writer, environmentMap);
+    saved &= SaveOptionalTrack(writer, environmentColour);
+    saved &= SaveOptionalTrack(writer, environmentMap);
     writer.WriteBlock(reserved.data(), reserved.size());
     return saved;
 }

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "tev2_loader/records/object_bases.h"
-#include "tev2_loader/serialisation/optional_object.h"
+#include "tev2_loader/serialisation/optional_track.h"
 #include "tev2_loader/tracks/animatable.h"
 
 #include <memory>
@@ -32,14 +32,14 @@ public:
     bool Load(TEV2_MEMORY_CURSOR& cursor, float version) override
     {
         bool loaded = TEV2_ENTITY::Load(cursor, version);
-        loaded &= LoadOptional(cursor, version, "track", track);
+        loaded &= LoadOptionalTrack(cursor, version, "track", track);
         return loaded;
     }
 
     bool Save(TEV2_FILE_WRITER& writer) const override
     {
         bool saved = TEV2_ENTITY::Save(writer);
-        saved &= SaveOptional(writer, track);
+        saved &= SaveOptionalTrack(writer, track);
         return saved;
     }
 

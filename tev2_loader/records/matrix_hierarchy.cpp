@@ -29,10 +29,10 @@ bool TEV2_MATRIX_NODE::Load(TEV2_MEMORY_CURSOR& cursor, float version)
 {
     bool loaded = TEV2_ENTITY::Load(cursor, version);
     parentIndex = cursor.ReadI32();
-    loaded &= LoadOptional(cursor, version, "translation", translation);
-    loaded &= LoadOptional(cursor, version, "rotation", rotation);
+    loaded &= LoadOptionalTrack(cursor, version, "translation", translation);
+    loaded &= LoadOptionalTrack(cursor, version, "rotation", rotation);
     if (version >= 1.15f)
-        loaded &= LoadOptional(cursor, version, "scale", scale);
+        loaded &= LoadOptionalTrack(cursor, version, "scale", scale);
     if (version <= 1.05f)
         LoadLegacyMatrix(cursor, worldMatrix);
     ReadWideString(cursor, userText);
@@ -45,9 +45,9 @@ bool TEV2_MATRIX_NODE::Save(TEV2_FILE_WRITER& writer) const
 {
     bool saved = TEV2_ENTITY::Save(writer);
     saved &= writer.WriteI32(parentIndex);
-    saved &= SaveOptional(writer, translation);
-    saved &= SaveOptional(writer, rotation);
-    saved &= SaveOptional(writer, scale);
+    saved &= SaveOptionalTrack(writer, translation);
+    saved &= SaveOptionalTrack(writer, rotation);
+    saved &= SaveOptionalTrack(writer, scale);
     WriteWideString(*writer.stream, userText);
     properties.Save(writer);
     return saved;

@@ -12,7 +12,7 @@ bool TEV2_POSITIONAL_OBJECT::Load(TEV2_MEMORY_CURSOR& cursor, float version)
     if (version >= 1.04f)
         properties.Load(cursor, version);
     if (version >= 1.13f)
-        LoadOptional(cursor, version, "bounds", bounds);
+        LoadOptionalTrack(cursor, version, "bounds", bounds);
     return loaded;
 }
 
@@ -23,7 +23,7 @@ bool TEV2_POSITIONAL_OBJECT::Save(TEV2_FILE_WRITER& writer) const
     WriteWideString(*writer.stream, thirdText);
     writer.WriteU32(value);
     properties.Save(writer);
-    saved &= SaveOptional(writer, bounds);
+    saved &= SaveOptionalTrack(writer, bounds);
     return saved;
 }
 

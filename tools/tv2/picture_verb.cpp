@@ -152,7 +152,8 @@ std::string Draw(TEV2& scene, const PictureOptions& options)
         const double y = ground - (metres - box.least.y) * scale;
         svg << "<line x1=\"0\" y1=\"" << y << "\" x2=\"" << width << "\" y2=\"" << y
             << "\" stroke=\"#dddcd4\"/><text x=\"3\" y=\"" << y - 3.0
-            << "\" font-family=\"sans-serif\" font-size=\"9\" fill=\"#a09f96\">" << metres + 0.0 << " m</text>\n";
+            << "\" font-family=\"sans-serif\" font-size=\"9\" fill=\"#a09f96\">" << metres + 0.0
+            << " m</text>\n";
     }
     for (std::size_t i = 0; i < figures.size(); ++i)
     {

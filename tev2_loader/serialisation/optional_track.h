@@ -13,8 +13,8 @@ namespace TEV2_LOADER
 /// Writes an object that may be absent: u32 0, or u32 1, u32 type and the object's record. True when all of
 /// it was written; an absent object is true whatever became of its zero.
 template <typename Object>
-bool SaveOptional(TEV2_FILE_WRITER& writer, const std::unique_ptr<Object>& object,
-                  std::uint32_t (Object::*type)() const = &Object::GetType)
+bool SaveOptionalTrack(TEV2_FILE_WRITER& writer, const std::unique_ptr<Object>& object,
+                       std::uint32_t (Object::*type)() const = &Object::GetType)
 {
     if (!object)
     {
@@ -27,13 +27,13 @@ bool SaveOptional(TEV2_FILE_WRITER& writer, const std::unique_ptr<Object>& objec
     return saved;
 }
 
-/// Reads what SaveOptional wrote into object, replacing what it held; Object::Create makes the object of a
+/// Reads what SaveOptionalTrack wrote into object, replacing what it held; Object::Create makes the object of a
 /// type. A type that Create does not know fails the cursor with the given code.
 template <typename Object>
-bool LoadOptional(TEV2_MEMORY_CURSOR& cursor, float version, const char* label,
-                  std::unique_ptr<Object>& object,
-                  TEV2_LOAD_CODE unknownType = TEV2_LOAD_CODE::UnknownTrackKind,
-                  std::size_t index = RecordScope::kNoIndex)
+bool LoadOptionalTrack(TEV2_MEMORY_CURSOR& cursor, float version, const char* label,
+                       std::unique_ptr<Object>& object,
+                       TEV2_LOAD_CODE unknownType = TEV2_LOAD_CODE::UnknownTrackKind,
+                       std::size_t index = RecordScope::kNoIndex)
 {
     const RecordScope scope(cursor, label, index);
     object.reset();
