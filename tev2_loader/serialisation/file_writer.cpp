@@ -9,65 +9,6 @@ namespace
 {
 
 constexpr std::size_t kMostPathBytes = 260;
-constexpr char32_t kReplacement = 0xFFFD;
-
-bool IsHighSurrogate(char32_t unit)
-{
-    return unit >= 0xD800 && unit <= 0xDBFF;
-}
-
-bool IsLowSurrogate(char32_t unit)
-{
-    return unit >= 0xDC00 && unit <= 0xDFFF;
-}
-
-void AppendUtf8(std::string& text, char32_t point)
-{
-    const auto append = [&text](char32_t byte)
-    { text += static_cast<char>(static_cast<unsigned char>(byte)); };
-    if (point < 0x80)
-    {
-        append(point);
-    }
-    else if (point < 0x800)
-    {
-        append(0xC0 | (point >> 6));
-        append(0x80 | (point & 0x3F));
-    }
-    else if (point < 0x10000)
-    {
-        append(0xE0 | (point >> 12));
-        append(0x80 | ((point >> 6) & 0x3F));
-        append(0x80 | (point & 0x3F));
-    }
-    else
-    {
-        append(0xF0 | (point >> 18));
-        append(0x80 | ((point >> 12) & 0x3F));
-        append(0x80 | ((point >> 6) & 0x3F));
-        append(0x80 | (point & 0x3F));
-    }
-}
-
-std::string Utf8(const std::u16string& units)
-{
-    std::string text;
-    for (std::size_t index = 0; index < units.size(); ++index)
-    {
-        char32_t point = units[index];
-        if (IsHighSurrogate(point) && index + 1 < units.size() && IsLowSurrogate(units[index + 1]))
-        {
-            point = 0x10000 + ((point - 0xD800) << 10) + (char32_t{units[index + 1]} - 0xDC00);
-            ++index;
-        }
-        else if (IsHighSurrogate(point) || IsLowSurrogate(point))
-        {
-            point = kReplacement;
-        }
-        AppendUtf8(text, point);
-    }
-    return text;
-}
 
 } // namespace
 
@@ -82,7 +23,7 @@ std::string NarrowFileName(const TEV2_WIDE_STRING& fileName)
     }
     else
     {
-        path = Utf8(units);
+        path = Utf8Text(units);
     }
     path.resize(std::min(path.size(), kMostPathBytes));
     return path;

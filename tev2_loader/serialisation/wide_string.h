@@ -36,6 +36,9 @@ private:
     std::u16string text_;
 };
 
+/// The text of UTF-16 units as UTF-8; an unpaired surrogate becomes U+FFFD.
+std::string Utf8Text(std::u16string_view units);
+
 /// Writes u16 length and the units, without terminator. A string of more than 65,535 units is cut there, so
 /// that the record stays readable. Goes straight to the stream, open chunk or not; a short write is only
 /// latched there.

@@ -1,5 +1,7 @@
 #include "tools/tv2/text.h"
 
+#include "tev2_loader/serialisation/wide_string.h"
+
 #include <algorithm>
 #include <array>
 #include <bit>
@@ -9,36 +11,6 @@
 
 namespace
 {
-
-constexpr char32_t kReplacement = 0xFFFD;
-
-void AppendUtf8(std::string& text, char32_t point)
-{
-    const auto append = [&text](char32_t byte)
-    { text += static_cast<char>(static_cast<unsigned char>(byte)); };
-    if (point < 0x80)
-    {
-        append(point);
-    }
-    else if (point < 0x800)
-    {
-        append(0xC0 | (point >> 6));
-        append(0x80 | (point & 0x3F));
-    }
-    else if (point < 0x10000)
-    {
-        append(0xE0 | (point >> 12));
-        append(0x80 | ((point >> 6) & 0x3F));
-        append(0x80 | (point & 0x3F));
-    }
-    else
-    {
-        append(0xF0 | (point >> 18));
-        append(0x80 | ((point >> 12) & 0x3F));
-        append(0x80 | ((point >> 6) & 0x3F));
-        append(0x80 | (point & 0x3F));
-    }
-}
 
 /// Units (or bytes, widened) that one valid UTF-8 sequence takes at the front of `bytes`; 0 when there is
 /// none.
@@ -96,27 +68,15 @@ bool IsUtf8InUnits(std::u16string_view units)
 
 std::string ReadableText(std::u16string_view units)
 {
+    if (!IsUtf8InUnits(units))
+    {
+        return TEV2_LOADER::Utf8Text(units);
+    }
     std::string text;
     text.reserve(units.size());
-    if (IsUtf8InUnits(units))
+    for (const char16_t unit : units)
     {
-        for (const char16_t unit : units)
-        {
-            text += static_cast<char>(static_cast<unsigned char>(unit));
-        }
-        return text;
-    }
-    for (std::size_t i = 0; i < units.size(); ++i)
-    {
-        char32_t point = units[i];
-        if (point >= 0xD800 && point <= 0xDFFF)
-        {
-            const bool pair =
-                point <= 0xDBFF && i + 1 < units.size() && units[i + 1] >= 0xDC00 && units[i + 1] <= 0xDFFF;
-            point = pair ? 0x10000 + ((point - 0xD800) << 10) + (static_cast<char32_t>(units[++i]) - 0xDC00)
-                         : kReplacement;
-        }
-        AppendUtf8(text, point);
+        text += static_cast<char>(static_cast<unsigned char>(unit));
     }
     return text;
 }
