@@ -1,0 +1,65 @@
+// All takes of a scene at once, and each of them alone: the same files.
+
+#include "host/scene_import/scene_import.h"
+#include "mobu_host/plugin.h"
+#include "mobu_host/scene.h"
+#include "tev2_loader/serialisation/file_image.h"
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <map>
+
+namespace
+{
+
+namespace fs = std::filesystem;
+
+std::map<std::string, std::vector<std::uint8_t>> FilesIn(const fs::path& folder)
+{
+    std::map<std::string, std::vector<std::uint8_t>> files;
+    std::string error;
+    for (const auto& entry : fs::directory_iterator(folder))
+        EXPECT_TRUE(TEV2_LOADER::ReadFileImage(entry.path(), files[entry.path().filename()], error)) << error;
+    return files;
+}
+
+TEST(ExportedTakes, AreTheSameAloneAndTogether)
+{
+    ASSERT_TRUE(mobu_host::ImportScene(TV2_SAMPLES_DIR "/robot_14_takes.glb").ok);
+    std::string error;
+    const auto plugin = mobu_host::Plugin::Load(TV2_PLUGIN, error);
+    ASSERT_TRUE(plugin) << error;
+    const auto export_tv2 =
+        plugin->Symbol<unsigned(const char*, int, int, int, bool, bool, bool, bool, bool, bool)>(
+            "python_export_tv2");
+    ASSERT_TRUE(export_tv2);
+    const fs::path folder = fs::path(testing::TempDir()) / "tv2_takes";
+    fs::remove_all(folder);
+    fs::create_directories(folder);
+
+    const std::string named_after_takes = folder / ".tv2";
+    ASSERT_EQ(export_tv2(named_after_takes.c_str(), 0, 0, 30, true, true, true, false, true, true), 1u);
+    const auto together = FilesIn(folder);
+    std::vector<std::string> names;
+    for (const auto& [name, bytes] : together)
+        names.push_back(name);
+    EXPECT_EQ(names, (std::vector<std::string>{"Dance.tv2", "Death.tv2", "Idle.tv2", "Jump.tv2", "No.tv2",
+                                               "Punch.tv2", "Running.tv2", "Sitting.tv2", "Standing.tv2",
+                                               "ThumbsUp.tv2", "WalkJump.tv2", "Walking.tv2", "Wave.tv2",
+                                               "Yes.tv2"}));
+
+    // One by one, the last take first, into files of the same names; the clock of this plug-in stands still.
+    fs::remove_all(folder);
+    fs::create_directories(folder);
+    FBScene& scene = mobu_host::Scene();
+    for (int i = scene.Takes.GetCount() - 1; i >= 0; --i)
+    {
+        FBSystem().CurrentTake = scene.Takes[i];
+        ASSERT_EQ(export_tv2(named_after_takes.c_str(), 0, 0, 30, true, true, true, false, true, false), 1u);
+    }
+    EXPECT_EQ(FilesIn(folder), together);
+    fs::remove_all(folder);
+}
+
+} // namespace

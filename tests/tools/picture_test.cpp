@@ -1,0 +1,105 @@
+// tv2 picture: the skeleton as a drawing.
+
+#include "tests/tools/command.h"
+#include "tests/tools/scene_files.h"
+
+#include <gtest/gtest.h>
+
+#include <limits>
+#include <regex>
+
+using namespace TEV2_LOADER;
+
+namespace
+{
+
+void AddNode(TEV2& scene, const char16_t* name, std::int32_t parent, TEV2_VECTOR_3 at_0, TEV2_VECTOR_3 at_1)
+{
+    TEV2_MATRIX_NODE& node = scene.matrixHierarchy.nodes.emplace_back();
+    node.name = TEV2_WIDE_STRING(name);
+    node.parentIndex = parent;
+    node.translation = MakeTrack<TEV2_ANIMATABLE_VECTOR_3_LINEAR>({{0.0F, at_0}, {1.0F, at_1}});
+}
+
+// A root, hips that walk one metre along X in a second, and a head one metre above them along `up`.
+void SaveWalker(const std::string& path, const char16_t* root, TEV2_VECTOR_3 up)
+{
+    TEV2 scene;
+    scene.environment.timeRange.maximum = 1.0F;
+    AddNode(scene, root, -1, {}, {});
+    AddNode(scene, u"Hips", 0, {}, {1.0F, 0.0F, 0.0F});
+    AddNode(scene, u"Head", 1, up, up);
+    const float nan = std::numeric_limits<float>::quiet_NaN();
+    AddNode(scene, u"Nowhere", 1, {nan, 0.0F, 0.0F}, {nan, 0.0F, 0.0F});
+    SaveScene(scene, path);
+}
+
+std::string Drawing(const std::string& path)
+{
+    const Bytes bytes = ReadBytes(path);
+    return {bytes.begin(), bytes.end()};
+}
+
+TEST(Picture, DrawsUprightFiguresOfEveryExport)
+{
+    const ScratchFolder folder;
+    const std::string file = folder.Path("walker.tv2");
+    const std::string drawing = folder.Path("walker.svg");
+    // A whole scene has Z up relative to its root, a selection has Y up.
+    const std::pair<const char16_t*, TEV2_VECTOR_3> cases[] = {
+        {u"Scene", {0.0F, 0.0F, 1.0F}}, {u"Exporter Inserted Root", {0.0F, 1.0F, 0.0F}}};
+    for (const auto& [root, up] : cases)
+    {
+        SaveWalker(file, root, up);
+        const CommandResult result = RunTv2({"picture", "--figures", "3", file, drawing});
+        ASSERT_EQ(result.exit_code, 0) << result.err;
+        const std::string svg = Drawing(drawing);
+        EXPECT_EQ(svg.find("nan"), std::string::npos);
+        // One bone a figure, upright and as tall as the drawing, half a metre further in each cell.
+        const std::regex bone("d=\"M([0-9.]+),([0-9.]+)L([0-9.]+),([0-9.]+)\"");
+        std::vector<double> feet;
+        for (auto match = std::sregex_iterator(svg.begin(), svg.end(), bone); match != std::sregex_iterator();
+             ++match)
+        {
+            EXPECT_EQ(match->str(1), match->str(3));
+            EXPECT_NEAR(std::stod(match->str(2)) - std::stod(match->str(4)), 260.0, 0.2);
+            feet.push_back(std::stod(match->str(1)));
+        }
+        ASSERT_EQ(feet.size(), 3U);
+        const double cell = 260.0 + 32.0; // one metre wide, with its margins
+        EXPECT_NEAR(feet[1] - feet[0], cell + 130.0, 0.3);
+        EXPECT_NEAR(feet[2] - feet[1], cell + 130.0, 0.3);
+        EXPECT_NE(svg.find(">0.50 s<"), std::string::npos);
+    }
+}
+
+TEST(Picture, SaysWhyThereIsNone)
+{
+    const ScratchFolder folder;
+    const std::string sound = folder.Path("sound.tv2");
+    const std::string empty = folder.Path("empty.tv2");
+    const std::string garbage = folder.Path("garbage.tv2");
+    WriteBytes(sound, SoundImage());
+    SaveScene(TEV2(), empty);
+    WriteBytes(garbage, {1, 2, 3, 4});
+    const struct
+    {
+        std::string file;
+        std::string output;
+        int exit_code;
+        const char* message;
+    } cases[] = {
+        {empty, folder.Path("a.svg"), 1, "no nodes"},
+        {garbage, folder.Path("a.svg"), 2, "bad-magic"},
+        {folder.Path("missing.tv2"), folder.Path("a.svg"), 2, "missing.tv2"},
+        {sound, folder.Path("missing/a.svg"), 2, "cannot be written"},
+    };
+    for (const auto& c : cases)
+    {
+        const CommandResult result = RunTv2({"picture", c.file, c.output});
+        EXPECT_EQ(result.exit_code, c.exit_code) << c.message;
+        EXPECT_NE(result.err.find(c.message), std::string::npos) << result.err;
+    }
+}
+
+} // namespace
