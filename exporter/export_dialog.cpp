@@ -1,10 +1,10 @@
 #include "exporter/export_dialog.h"
 
+#include "exporter/numbers.h"
 #include "exporter/version.h"
 
 #include <cmath>
 #include <cstdio>
-#include <limits>
 
 namespace tev2_exporter
 {
@@ -34,12 +34,6 @@ struct Place
     FBAttachType attach;
     const char* relative;
 };
-
-int ToInt(double value)
-{
-    using Limits = std::numeric_limits<int>;
-    return static_cast<int>(std::fmax(Limits::min(), std::fmin(Limits::max(), std::round(value))));
-}
 
 void SetUpRadio(FBButton& button, const char* caption, bool set)
 {
@@ -245,8 +239,8 @@ void TEV2_EXPORTER_DIALOG::ReadControls()
     settings_.sampling_choice = IsSet(pal_) ? kSamplingPal : IsSet(ntsc_) ? kSamplingNtsc : kSamplingCustom;
     settings_.key_frame_choice = IsSet(export_all_) ? kExportAllKeys : kCustomKeys;
     settings_.takes_choice = IsSet(current_take_) ? kCurrentTakeOnly : kAllTakes;
-    settings_.start_key = ToInt(start_key_.Value);
-    settings_.end_key = ToInt(end_key_.Value);
+    settings_.start_key = ToInt32(std::round(start_key_.Value));
+    settings_.end_key = ToInt32(std::round(end_key_.Value));
     settings_.frame_rate = static_cast<float>(static_cast<double>(rate_.Value));
     settings_.spaces_to_underscores = IsSet(spaces_to_underscores_);
     settings_.keep_positive_z = IsSet(keep_positive_z_);

@@ -13,10 +13,10 @@ class TEV2_EXPORTER_DIALOG : public FBPopup
 public:
     TEV2_EXPORTER_DIALOG();
 
-    // Shows the popup with the stored settings and the open scene's frames, and returns when it has closed. `options`
-    // then holds what was chosen and the settings are stored, or its `Cancelled` is 1 and nothing was stored: after
-    // "Cancel", after values that make no export (a reversed range, a rate of 0), and when the window was closed by
-    // other means than its buttons.
+    // Shows the popup with the stored settings and the open scene's frames, and returns when it has closed.
+    // `options` then holds what was chosen and the settings are stored, or its `Cancelled` is 1 and nothing
+    // was stored: after "Cancel", after values that make no export (a reversed range, a rate of 0), and when
+    // the window was closed by other means than its buttons.
     void ShowFor(ExportOptions& options);
 
     // Lays out the regions, sets up the controls and shows the popup.

@@ -10,6 +10,7 @@
 #include "exporter/text.h"
 #include "tev2_loader/serialisation/file_writer.h"
 
+#include <algorithm>
 #include <memory>
 
 namespace tev2_exporter
@@ -42,9 +43,10 @@ std::vector<bool> DeactivateConstraints(FBScene& scene)
 
 void RestoreConstraints(FBScene& scene, const std::vector<bool>& were_active)
 {
-    for (std::size_t i = 0; i < were_active.size(); ++i)
-        if (FBConstraint* constraint = ConstraintAt(scene, static_cast<int>(i)))
-            constraint->Active = were_active[i];
+    const int count = std::min(scene.Constraints.GetCount(), static_cast<int>(were_active.size()));
+    for (int i = 0; i < count; ++i)
+        if (FBConstraint* constraint = ConstraintAt(scene, i))
+            constraint->Active = were_active[static_cast<std::size_t>(i)];
 }
 
 // The topmost selected models, depth first.
@@ -79,27 +81,31 @@ struct OutputFile
     std::u16string file_name;
 };
 
+std::vector<FBTake*> ExportTakes(ExportContext& context, const ExportOptions& options)
+{
+    if (!options.AllTakes)
+        return {context.system.CurrentTake};
+    FBScene* scene = context.system.Scene;
+    std::vector<FBTake*> takes(static_cast<std::size_t>(scene->Takes.GetCount()));
+    for (std::size_t i = 0; i < takes.size(); ++i)
+        takes[i] = scene->Takes[static_cast<int>(i)];
+    return takes;
+}
+
 std::vector<OutputFile> ListOutputFiles(ExportContext& context, const ExportOptions& options,
                                         const char* path)
 {
-    std::vector<OutputFile> files;
-    if (options.AllTakes)
-    {
-        FBScene* scene = context.system.Scene;
-        const int takes = scene->Takes.GetCount();
-        for (int i = 0; i < takes; ++i)
-            files.push_back({scene->Takes[i], {}});
-    }
-    else
-        files.push_back({context.system.CurrentTake, {}});
+    std::vector<FBTake*> takes = ExportTakes(context, options);
+    std::erase(takes, nullptr); // no take is current, no file
 
-    std::vector<std::u16string> take_names;
-    for (const OutputFile& file : files)
-        take_names.push_back(WideText(file.take->Name).Text());
-    std::vector<std::u16string> names = OutputFileNames(Widen(path), take_names, options.AllTakes != 0,
-                                                        options.FilenameSpacesToUnderscores == 1);
+    std::vector<std::u16string> take_names(takes.size());
+    for (std::size_t i = 0; i < takes.size(); ++i)
+        take_names[i] = WideText(takes[i]->Name).Text();
+    std::vector<std::u16string> names = OutputFileNames(
+        WideText(path).Text(), take_names, options.AllTakes != 0, options.FilenameSpacesToUnderscores == 1);
+    std::vector<OutputFile> files(takes.size());
     for (std::size_t i = 0; i < files.size(); ++i)
-        files[i].file_name = std::move(names[i]);
+        files[i] = {takes[i], std::move(names[i])};
     return files;
 }
 

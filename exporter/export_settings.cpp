@@ -1,5 +1,6 @@
 #include "exporter/export_settings.h"
 
+#include "exporter/numbers.h"
 #include "exporter/platform/settings_store.h"
 #include "exporter/sampling/take_span.h"
 
@@ -7,7 +8,6 @@
 #include <charconv>
 #include <cmath>
 #include <cstdlib>
-#include <limits>
 #include <optional>
 #include <string>
 
@@ -37,17 +37,10 @@ void VisitStoredValues(Settings& settings, Visit&& visit)
     visit("DIALOG_POS_Y_KEY_NAME", settings.dialog_y);
 }
 
-std::int32_t Clamp(double value)
-{
-    using Limits = std::numeric_limits<std::int32_t>;
-    return static_cast<std::int32_t>(
-        std::fmax(static_cast<double>(Limits::min()), std::fmin(static_cast<double>(Limits::max()), value)));
-}
-
 // The number a text begins with, after white space; 0 when it begins with none.
 std::int32_t ParseInteger(const std::string& text)
 {
-    return Clamp(static_cast<double>(std::strtoll(text.c_str(), nullptr, 10)));
+    return ToInt32(static_cast<double>(std::strtoll(text.c_str(), nullptr, 10)));
 }
 
 // The same with decimals, whose point does not depend on the locale.
@@ -101,7 +94,7 @@ void RefreshFromScene(ExportContext& context, ExporterSettings& settings)
     FBTimeSpan span = take->LocalTimeSpan;
     settings.transport_rate = context.player.GetTransportFpsValue();
     const auto frame = [&](const FBTime& time)
-    { return Clamp(std::round(time.GetSecondDouble() * settings.transport_rate)); };
+    { return ToInt32(std::round(time.GetSecondDouble() * settings.transport_rate)); };
     settings.take_start_frame = frame(span.GetStart());
     settings.take_end_frame = frame(span.GetStop());
 }

@@ -51,9 +51,9 @@ struct ExporterSettings
 // Take frames, each rounded to the nearest, and transport rate of the scene as it is open now.
 void RefreshFromScene(ExportContext& context, ExporterSettings& settings);
 
-// Takes what the user's stored settings hold. A value that is missing leaves its field as it is, but for the start
-// and end key (the take's frames then) and the frame rate (the transport rate). A stored text that is no number
-// counts as 0. A box is set exactly when its number is 1.
+// Takes what the user's stored settings hold. A value that is missing leaves its field as it is, but for the
+// start and end key (the take's frames then) and the frame rate (the transport rate). A stored text that is
+// no number counts as 0. A box is set exactly when its number is 1.
 void LoadSettings(ExporterSettings& settings);
 
 // Stores all values. A store that cannot be opened is passed over in silence.
@@ -62,8 +62,8 @@ void SaveSettings(const ExporterSettings& settings);
 // Whether the stored settings want "*.tv2" in the save dialog: also when they do not say.
 bool WantsAsteriskExtension();
 
-// Options for the export that the settings describe. `Cancelled` is 1 when the range is reversed (whether it is used
-// or not) or the rate is not above 0.
+// Options for the export that the settings describe. `Cancelled` is 1 when the range is reversed (whether it
+// is used or not) or the rate is not above 0.
 ExportOptions FillOptionsFromSettings(const ExporterSettings& settings);
 
 } // namespace tev2_exporter

@@ -18,11 +18,18 @@ bool Tev2MotionBuilderExportTool::FBCreate()
 bool Tev2MotionBuilderExportTool::Execute(const char* filename)
 {
     using namespace tev2_exporter;
-    ApplyExtensionFilter(); // the box may have changed; this takes effect from the next use
-    TEV2_EXPORTER_DIALOG dialog;
-    ExportOptions options;
-    dialog.ShowFor(options);
-    return options.Cancelled == 1 || ExportScene(context_, options, filename) == 1;
+    try
+    {
+        ApplyExtensionFilter(); // the box may have changed; this takes effect from the next use
+        TEV2_EXPORTER_DIALOG dialog;
+        ExportOptions options;
+        dialog.ShowFor(options);
+        return options.Cancelled == 1 || ExportScene(context_, options, filename) == 1;
+    }
+    catch (...) // nothing may be thrown into the application
+    {
+        return false;
+    }
 }
 
 void Tev2MotionBuilderExportTool::ApplyExtensionFilter()

@@ -2,7 +2,8 @@
 
 #include "exporter/export_context.h"
 
-// The entry in MotionBuilder's export menu. Stands at global scope, where the SDK's registration looks for it.
+// The entry in MotionBuilder's export menu. Stands at global scope, where the SDK's registration looks for
+// it.
 class Tev2MotionBuilderExportTool : public FBMenuItem
 {
     FBMenuItemDeclare(Tev2MotionBuilderExportTool, FBMenuItem);
@@ -11,8 +12,8 @@ public:
     // Sets type, extension filter and captions. Called by the constructor.
     virtual bool FBCreate();
 
-    // Asks for the options and exports to `filename`, the choice of MotionBuilder's own save dialog. True when the
-    // export completed or was cancelled.
+    // Asks for the options and exports to `filename`, the choice of MotionBuilder's own save dialog. True
+    // when the export completed or was cancelled; false also when memory ran out.
     virtual bool Execute(const char* filename = nullptr);
 
 private:

@@ -21,8 +21,15 @@ bool FBLibrary::LibOpen()
 }
 bool FBLibrary::LibReady()
 {
-    FBMenuItemActivation(Tev2MotionBuilderExportTool);
-    return true;
+    try
+    {
+        FBMenuItemActivation(Tev2MotionBuilderExportTool);
+        return true;
+    }
+    catch (...)
+    {
+        return false;
+    }
 }
 bool FBLibrary::LibClose()
 {

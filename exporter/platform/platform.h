@@ -21,7 +21,7 @@ struct UtcTime
 
 UtcTime CurrentUtcTime();
 
-// The name of the user whose session this is; none when it is unknown or longer than 63 bytes.
+// The name of the user who is logged in; none when it is unknown or longer than 63 bytes.
 std::optional<std::string> UserName();
 
 // True when `file_name` exists and is marked read-only. Paths are UTF-16 as the exporter holds them.

@@ -1,7 +1,10 @@
 #include "exporter/platform/platform.h"
 
 #include "exporter/text.h"
+#include "tev2_loader/serialisation/file_writer.h"
 
+#include <algorithm>
+#include <cctype>
 #include <ctime>
 #include <iostream>
 #include <pwd.h>
@@ -11,6 +14,23 @@
 
 namespace tev2_exporter::platform
 {
+namespace
+{
+
+// The path under which the writer opens the file.
+std::string NarrowPath(const std::u16string& file_name)
+{
+    return TEV2_LOADER::NarrowFileName(TEV2_LOADER::TEV2_WIDE_STRING(file_name));
+}
+
+bool IsYes(std::string answer)
+{
+    std::ranges::transform(answer, answer.begin(),
+                           [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
+    return answer == "o" || answer == "ok" || answer == "y" || answer == "yes";
+}
+
+} // namespace
 
 UtcTime CurrentUtcTime()
 {
@@ -39,13 +59,13 @@ std::optional<std::string> UserName()
 bool IsReadOnly(const std::u16string& file_name)
 {
     struct stat status;
-    return stat(Narrow(file_name).c_str(), &status) == 0 && S_ISREG(status.st_mode) &&
+    return stat(NarrowPath(file_name).c_str(), &status) == 0 && S_ISREG(status.st_mode) &&
            (status.st_mode & (S_IWUSR | S_IWGRP | S_IWOTH)) == 0;
 }
 
 void MakeWritable(const std::u16string& file_name)
 {
-    const std::string path = Narrow(file_name);
+    const std::string path = NarrowPath(file_name);
     struct stat status;
     if (stat(path.c_str(), &status) == 0)
         static_cast<void>(chmod(path.c_str(), (status.st_mode & 07777) | S_IWUSR));
@@ -58,7 +78,7 @@ bool AskOkCancel(const std::u16string& caption, const std::u16string& text)
     std::cerr << '\n' << Narrow(caption) << '\n' << Narrow(text) << "\n[o]k or [C]ancel? " << std::flush;
     std::string answer;
     std::getline(std::cin, answer);
-    return answer == "o" || answer == "O" || answer == "ok" || answer == "OK";
+    return IsYes(answer);
 }
 
 } // namespace tev2_exporter::platform

@@ -1,8 +1,8 @@
 #pragma once
 
-// The user's settings: texts of fewer than 64 bytes under names, kept from one run to the next. On Windows the values
-// of the registry key "Software\Tev2_Exporter_MB" of the current user; elsewhere the lines "NAME=text" of one file in
-// the user's configuration folder.
+// The user's settings: texts of fewer than 64 bytes under names, kept from one run to the next. On Windows
+// the values of the registry key "Software\Tev2_Exporter_MB" of the current user; elsewhere the lines
+// "NAME=text" of one file in the user's configuration folder.
 
 #include <map>
 #include <optional>

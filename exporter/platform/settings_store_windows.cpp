@@ -35,7 +35,7 @@ std::optional<std::string> SettingsReader::Read(const char* name) const
 {
     if (!key_)
         return std::nullopt;
-    char text[64] = {};
+    char text[65] = {};
     LSTATUS status = ERROR_SUCCESS;
     for (int query = 0; query < 2; ++query)
     {

@@ -1,5 +1,6 @@
 #include "exporter/sampling/cameras.h"
 
+#include "exporter/sampling/global_matrix.h"
 #include "exporter/sampling/sampled_track.h"
 #include "exporter/text.h"
 
@@ -10,7 +11,6 @@ namespace
 
 using namespace TEV2_LOADER;
 
-constexpr float kMetresPerCentimetre = 0.01f;
 constexpr double kPi = 3.1415927410125732; // pi as the format's single precision knows it
 
 void IndexCameras(FBModel& model, CameraIndexTable& table, std::int32_t& next_index)

@@ -21,7 +21,7 @@ void CreateCameraEntities(const ExportSubtree& subtree, TEV2_LOADER::TEV2& scene
 void SampleCamerasInSubtree(const ExportSubtree& subtree, TEV2_LOADER::TEV2& scene, std::size_t& next_camera,
                             float time);
 
-// Index of the first camera of the scene's list that is no system camera.
+// How many cameras of the scene's list are system cameras; they stand first in it.
 int CountSystemCameras(FBScene& scene);
 
 // Appends the exported index of the camera that `switcher` shows at `time` (seconds), or -1 for a camera that

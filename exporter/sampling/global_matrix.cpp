@@ -5,7 +5,6 @@ namespace tev2_exporter
 namespace
 {
 
-constexpr float kMetresPerCentimetre = 0.01f;
 constexpr float kRadiansPerDegree = 0.017453292f;
 
 // The evaluated global matrix. The SDK reads it through a matrix that is not const.

@@ -7,6 +7,8 @@
 namespace tev2_exporter
 {
 
+inline constexpr float kMetresPerCentimetre = 0.01f;
+
 // The evaluated global transformation of `model` in the frame of the file: metres, Z mirrored, scale
 // discarded. The basis columns stand in an order of their own that makes the mirrored basis a proper rotation
 // again: X, Z, Y for a model; Z, Y, X for a camera, whose roll and turn about its interest are applied on

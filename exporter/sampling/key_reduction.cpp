@@ -54,7 +54,7 @@ bool Far(const Four& a, const Four& b)
 }
 
 template <typename Track>
-void ReduceTrack(Track& track)
+void ReduceKeys(Track& track)
 {
     auto& times = track.m_times;
     auto& values = track.m_values;
@@ -84,7 +84,7 @@ template <typename Entries>
 void ReduceEntries(Entries& entries)
 {
     for (auto& entry : entries)
-        ReduceTrack(Sampled(entry.track));
+        ReduceKeys(Sampled(entry.track));
 }
 
 } // namespace
@@ -93,8 +93,8 @@ void ReduceKeys(TEV2_MATRIX_HIERARCHY& hierarchy)
 {
     for (TEV2_MATRIX_NODE& node : hierarchy.nodes)
     {
-        ReduceTrack(Sampled(node.translation));
-        ReduceTrack(Sampled(node.rotation));
+        ReduceKeys(Sampled(node.translation));
+        ReduceKeys(Sampled(node.rotation));
         ReduceEntries(node.properties.intValues);
         ReduceEntries(node.properties.floatValues);
         ReduceEntries(node.properties.vector3Values);

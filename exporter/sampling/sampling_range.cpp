@@ -1,10 +1,35 @@
 #include "exporter/sampling/sampling_range.h"
 
+#include "exporter/numbers.h"
+
 #include <algorithm>
 #include <cmath>
 
 namespace tev2_exporter
 {
+
+std::int32_t FrameAt(double seconds, double transport_rate)
+{
+    return ToInt32(transport_rate * seconds);
+}
+
+float SecondsOfFrame(std::int32_t frame, double transport_rate)
+{
+    return static_cast<float>(static_cast<double>(static_cast<float>(frame)) / transport_rate);
+}
+
+SamplingRange WholeTake(const TakeTimes& take, float rate)
+{
+    const auto aligned = [&](double seconds)
+    { return SecondsOfFrame(FrameAt(seconds, take.transport_rate), take.transport_rate); };
+    return {aligned(take.start), aligned(take.stop), rate};
+}
+
+SamplingRange CustomRange(const SamplingRange& whole, float custom_start, float custom_end)
+{
+    return {custom_start >= whole.start ? custom_start : whole.start,
+            custom_end <= whole.end ? custom_end : whole.end, whole.rate};
+}
 
 bool TimeAdvances(const SamplingRange& range)
 {

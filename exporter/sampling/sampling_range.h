@@ -15,6 +15,25 @@ struct SamplingRange
     float rate = 0.0f;  // samples a second
 };
 
+// The span of a take as the scene tells it.
+struct TakeTimes
+{
+    double start = 0.0; // seconds
+    double stop = 0.0;
+    double transport_rate = 0.0; // frames a second
+};
+
+// Whole transport frame of a time, truncated toward zero, and the time of a frame.
+std::int32_t FrameAt(double seconds, double transport_rate);
+float SecondsOfFrame(std::int32_t frame, double transport_rate);
+
+// The take cut to whole transport frames at both ends, to be sampled at `rate`.
+SamplingRange WholeTake(const TakeTimes& take, float rate);
+
+// `custom_start` to `custom_end` (seconds) held into `whole`. May turn out empty or reversed; nothing checks
+// it here.
+SamplingRange CustomRange(const SamplingRange& whole, float custom_start, float custom_end);
+
 // A range is sampled at its start, at the regular instants between its ends, and at its end:
 //
 //     RegularInstants instants(range);

@@ -22,14 +22,14 @@ struct TakeSecondSpan
     double transport_rate = 0.0;
 };
 
-// The local time span of the current take in whole frames of the transport rate.
+// The local time span of the current take in whole frames of the transport rate. Without a current take: 0 to
+// 0.
 TakeFrameSpan GetTakeFrameSpan(ExportContext& context);
 
 // The same span, as the seconds of those frames.
 TakeSecondSpan GetTakeSecondSpan(ExportContext& context);
 
-// What of the current take is sampled: all of it, or the custom range of `options` clamped into it. The
-// custom range may turn out empty or reversed; nothing checks it here.
+// What of the current take is sampled: all of it, or the custom range of `options` clamped into it.
 SamplingRange GetSamplingRange(ExportContext& context, const ExportOptions& options);
 
 } // namespace tev2_exporter

@@ -142,8 +142,8 @@ struct SdkAccess
     static void Restore(FBProperty& property) { property.state_->current = property.state_->base; }
 };
 
-// Gives the property its owner, name and, when its value lives elsewhere, the way to it. A reader without writer is
-// read-only. Publish also lists it.
+// Gives the property its owner, name and, when its value lives elsewhere, the way to it. A reader without
+// writer is read-only. Publish also lists it.
 void Bind(FBComponent& owner, FBProperty& property, const char* name, PropertyReader read = nullptr,
           PropertyWriter write = nullptr);
 

@@ -429,7 +429,8 @@ void SceneState::Evaluate()
             observers[i]->on_evaluate(evaluated_time, current_take);
 }
 
-// ---- the host's interface -----------------------------------------------------------------------------------------
+// ---- the host's interface
+// -----------------------------------------------------------------------------------------
 
 void NewScene()
 {

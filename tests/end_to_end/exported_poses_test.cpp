@@ -66,8 +66,9 @@ class ExportedPoses : public testing::TestWithParam<std::string>
 {
 };
 
-// Key reduction leaves keys away that differ by no more than this from what stays, in metres and in components of
-// quaternions. Every node between the scene's root and a model adds its own share to the model's pose in the world.
+// Key reduction leaves keys away that differ by no more than this from what stays, in metres and in
+// components of quaternions. Every node between the scene's root and a model adds its own share to the
+// model's pose in the world.
 constexpr double kReductionTolerance = 1e-4;
 
 int Depth(FBModel& model)

@@ -58,9 +58,9 @@ TEST_F(SceneTest, StartsWithNothingButWhatEverySceneHas)
     AddTake("Gone", 0.0, 1.0);
     AddCameraSwitcher();
     AddConstraint("Gone", true);
-    SetSceneFilePath("/tmp/a.fbx");
-    EXPECT_STREQ(Scene().FilePath, "/tmp/a.fbx");
-    EXPECT_STREQ(FBApplication().FBXFileName, "/tmp/a.fbx");
+    SetSceneFilePath("/scenes/a.fbx");
+    EXPECT_STREQ(Scene().FilePath, "/scenes/a.fbx");
+    EXPECT_STREQ(FBApplication().FBXFileName, "/scenes/a.fbx");
     player_.Goto(Seconds(1.0));
     NewScene();
 

@@ -35,8 +35,9 @@ inline Bytes FloatTrackBytes(float first, float last)
     return SampleTrackBytes(0, Bytes().F32({first, last}));
 }
 
-/// Fills a scene with every kind of record and of track that a file can hold, properties of each kind, null entries,
-/// and bodies that are kept as bytes. Instance lists 7 and 9 are filled when asked for: a saved scene loses them.
+/// Fills a scene with every kind of record and of track that a file can hold, properties of each kind, null
+/// entries, and bodies that are kept as bytes. Instance lists 7 and 9 are filled when asked for: a saved
+/// scene loses them.
 void FillWithEverything(TEV2_LOADER::TEV2& scene, bool with_unsaved_lists = false);
 
 /// The file of a scene; its Save must succeed.

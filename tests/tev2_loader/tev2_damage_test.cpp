@@ -3,8 +3,8 @@
 #include <cmath>
 #include <cstdio>
 
-// Damaged files: whatever the bytes, loading, evaluating and saving stay inside their memory. What they do otherwise
-// is held to what must be true of every file. Meant to run under sanitizers as well.
+// Damaged files: whatever the bytes, loading, evaluating and saving stay inside their memory. What they do
+// otherwise is held to what must be true of every file. Meant to run under sanitizers as well.
 
 using namespace TEV2_LOADER;
 using namespace tev2_tests;

@@ -126,7 +126,8 @@ TEST(Load, WarnsAndGoesOn)
     const std::size_t body = kInformationEnd + 8;
     const Case cases[] = {
         {"unknown chunk", Current().Chunk(99, Bytes().Zeros(4)), TEV2_LOAD_CODE::UnknownChunk, body, 99, ""},
-        // The four zero bytes behind the record are taken for the size of the next chunk, so more must follow.
+        // The four zero bytes behind the record are taken for the size of the next chunk, so more must
+        // follow.
         {"record ends before its chunk", Current().Chunk(22, Bytes().U32(0).U32({8, 99})),
          TEV2_LOAD_CODE::RecordEndsBeforeChunk, body + 4, 22, ""},
         {"record ends after its chunk", Current().U32({8, 22}).U32(0), TEV2_LOAD_CODE::RecordEndsAfterChunk,

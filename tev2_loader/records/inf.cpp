@@ -5,13 +5,14 @@ namespace TEV2_LOADER
 
 bool TEV2_INF::Load(TEV2_MEMORY_CURSOR& cursor, float /*version_before*/)
 {
+    const std::uint8_t* const start = cursor.current;
     version = cursor.ReadF32();
     ReadWideString(cursor, creatorText);
     ReadWideString(cursor, infoText);
     if (kVersion >= version)
         return true;
-    return cursor.Fail(TEV2_LOAD_CODE::UnsupportedVersion, "at most " + std::to_string(kVersion),
-                       std::to_string(version));
+    return cursor.Fail(TEV2_LOAD_CODE::UnsupportedVersion, "at most " + NumberText(kVersion),
+                       NumberText(version), static_cast<std::size_t>(cursor.current - start));
 }
 
 bool TEV2_INF::Save(TEV2_FILE_WRITER& writer) const

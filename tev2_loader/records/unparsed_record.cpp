@@ -9,8 +9,8 @@ void UnparsedBody::Load(TEV2_MEMORY_CURSOR& cursor, float version)
 {
     if (version != kVersion)
     {
-        cursor.Warn(TEV2_LOAD_CODE::UnparsedOtherVersion, "version " + std::to_string(kVersion),
-                    "version " + std::to_string(version));
+        cursor.Warn(TEV2_LOAD_CODE::UnparsedOtherVersion, "version " + NumberText(kVersion),
+                    "version " + NumberText(version));
     }
     bytes.clear();
     if (cursor.current < cursor.chunkEnd)

@@ -64,11 +64,12 @@ struct TEV2_MATRIX_3X4
 /// left times right: the transform that applies right first.
 TEV2_MATRIX_3X4 Product(const TEV2_MATRIX_3X4& left, const TEV2_MATRIX_3X4& right);
 
-/// The affine inverse: cofactors divided by the determinant. Of a matrix that has none it gives values that are not
-/// finite.
+/// The affine inverse: cofactors divided by the determinant. Of a matrix that has none it gives values that
+/// are not finite.
 TEV2_MATRIX_3X4 Inverse(const TEV2_MATRIX_3X4& matrix);
 
-/// The rotation of a unit quaternion, without translation. Not normalised: another quaternion gives another matrix.
+/// The rotation of a unit quaternion, without translation. Not normalised: another quaternion gives another
+/// matrix.
 TEV2_MATRIX_3X4 RotationMatrix(const TEV2_QUATERNION& rotation);
 
 /// A value that is a record: its floats, 4 bytes each.

@@ -1,7 +1,15 @@
 #include "tev2_loader/serialisation/load_report.h"
 
+#include <charconv>
+
 namespace TEV2_LOADER
 {
+
+std::string NumberText(float number)
+{
+    char text[32];
+    return {text, std::to_chars(text, text + sizeof text, number).ptr};
+}
 
 const char* CodeName(TEV2_LOAD_CODE code)
 {

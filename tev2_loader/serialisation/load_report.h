@@ -13,7 +13,7 @@ enum class TEV2_LOAD_CODE
 {
     // Errors: the load fails.
     EmptyImage,                ///< no byte at all
-    ImageTooLarge,             ///< more than 4 GiB
+    ImageTooLarge,             ///< 4 GiB or more
     BadMagic,                  ///< not a scene file, or one whose save was interrupted
     TruncatedChunkHeader,      ///< fewer than 8 bytes where a chunk should begin
     BadChunkSize,              ///< a chunk size below 8 or beyond the end of the file
@@ -35,6 +35,9 @@ enum class TEV2_LOAD_CODE
     UnparsedOtherVersion,   ///< a body kept as bytes, from a version other than the one it is saved under
     InstanceListNeverSaved, ///< an instance in list 7 or 9: loaded, but absent when the scene is saved
 };
+
+/// A number as findings show it: the shortest text that reads back to it.
+std::string NumberText(float number);
 
 /// The stable text of a code: "bad-magic", "record-overrun" and so on.
 const char* CodeName(TEV2_LOAD_CODE code);

@@ -27,8 +27,8 @@ bool SaveOptionalTrack(TEV2_FILE_WRITER& writer, const std::unique_ptr<Object>& 
     return saved;
 }
 
-/// Reads what SaveOptionalTrack wrote into object, replacing what it held; Object::Create makes the object of a
-/// type. A type that Create does not know fails the cursor with the given code.
+/// Reads what SaveOptionalTrack wrote into object, replacing what it held; Object::Create makes the object of
+/// a type. A type that Create does not know fails the cursor with the given code.
 template <typename Object>
 bool LoadOptionalTrack(TEV2_MEMORY_CURSOR& cursor, float version, const char* label,
                        std::unique_ptr<Object>& object,

@@ -39,11 +39,18 @@ std::size_t SearchForward(const std::vector<float>& times, std::size_t key, floa
     }
     if (key == segments)
         return kNoSegment;
-    const auto first_close = times.begin() + static_cast<std::ptrdiff_t>(key) + 1;
-    const auto close = std::lower_bound(first_close, times.end(), time);
-    if (close == times.end())
+    std::size_t close = key + 1;
+    for (std::size_t end = times.size(); close < end;)
+    {
+        const std::size_t middle = close + (end - close) / 2;
+        if (times[middle] < time)
+            close = middle + 1;
+        else
+            end = middle;
+    }
+    if (close == times.size())
         return kNoSegment;
-    return SegmentIfHolds(times, static_cast<std::size_t>(close - times.begin()) - 1, time);
+    return SegmentIfHolds(times, close - 1, time);
 }
 
 /// The first segment from key downwards that holds the time.
@@ -56,11 +63,18 @@ std::size_t SearchBackward(const std::vector<float>& times, std::size_t key, flo
         if (key == 0)
             return kNoSegment;
     }
-    const auto behind_last_open = times.begin() + static_cast<std::ptrdiff_t>(key) + 1;
-    const auto behind_open = std::upper_bound(times.begin(), behind_last_open, time);
-    if (behind_open == times.begin())
+    std::size_t behind_open = 0;
+    for (std::size_t end = key + 1; behind_open < end;)
+    {
+        const std::size_t middle = behind_open + (end - behind_open) / 2;
+        if (times[middle] <= time)
+            behind_open = middle + 1;
+        else
+            end = middle;
+    }
+    if (behind_open == 0)
         return kNoSegment;
-    return SegmentIfHolds(times, static_cast<std::size_t>(behind_open - times.begin()) - 1, time);
+    return SegmentIfHolds(times, behind_open - 1, time);
 }
 
 } // namespace

@@ -14,13 +14,13 @@ namespace mobu_host
 // The activated items, in order of activation.
 FBSDK_DLL std::vector<FBMenuItem*> MenuItems();
 
-// Plays the user of a popup: called by FBPopup::Show when everything is laid out; when it returns the window is closed,
-// if Close has not been called before. Without a player Show returns false at once. An empty one takes it away.
+// Plays the user of a popup: called by FBPopup::Show when everything is laid out; when it returns the window
+// is closed, if Close has not been called before. Without a player Show returns false at once. An empty one
+// takes it away.
 FBSDK_DLL void SetPopupPlayer(std::function<void(FBPopup& popup)> player);
 
-// Each returns false, and does nothing, when the region has no such control, the control is disabled or the popup is
-// not open.
-// A radio button is set, a check box turned over, then the click handlers run.
+// Each returns false, and does nothing, when the region has no such control, the control is disabled or the
+// popup is not open. A radio button is set, a check box turned over, then the click handlers run.
 FBSDK_DLL bool Click(FBPopup& popup, const std::string& region);
 // Types a number, kept within the control's limits.
 FBSDK_DLL bool Edit(FBPopup& popup, const std::string& region, double value);
