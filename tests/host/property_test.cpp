@@ -18,7 +18,8 @@ FBTime Seconds(double seconds)
     return time;
 }
 
-// Writes value through SetData, reads it back through GetData, and holds the two against each other byte by byte.
+// Writes value through SetData, reads it back through GetData, and holds the two against each other byte by
+// byte.
 template <class T>
 void ExpectBuffer(FBModel& model, FBPropertyType type, const T& value)
 {
@@ -197,7 +198,8 @@ TEST(Property, ClampsAndReadOnlyHold)
     EXPECT_EQ(system.Version, 17000.0);
 }
 
-// Each kind follows its function component by component, as of the evaluated time, and is its own again without it.
+// Each kind follows its function component by component, as of the evaluated time, and is its own again
+// without it.
 TEST(Property, AnimationDrivesEveryNumberKind)
 {
     const struct
