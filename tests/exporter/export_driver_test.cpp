@@ -184,6 +184,20 @@ TEST_F(ExportDriver, FinishesTheRunWhenFilesCannotBeWritten)
     EXPECT_EQ(Run("full.tv2"), 1u);
 }
 
+TEST_F(ExportDriver, SurvivesACallerWithoutPathOrTake)
+{
+    const std::filesystem::path before = std::filesystem::current_path();
+    std::filesystem::current_path(folder_);
+    ExportContext context;
+    OneTake(1.0);
+    EXPECT_EQ(ExportScene(context, options_, nullptr), 1u); // like an empty path: named after the take
+    mobu_host::ClearTakes();
+    EXPECT_EQ(ExportScene(context, options_, "never.tv2"), 1u);
+    EXPECT_EQ(FillOptionsFromScript(context, {}).CustomEnd, 0.0f);
+    std::filesystem::current_path(before);
+    EXPECT_EQ(FileNames(folder_), std::vector<std::string>{"Take_001"});
+}
+
 TEST_F(ExportDriver, TakesOptionsFromTheScriptAsTheyAre)
 {
     OneTake(2.0);

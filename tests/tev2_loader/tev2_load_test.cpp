@@ -30,6 +30,7 @@ Bytes Current()
 
 const Bytes kEmptyNode = Bytes().Text(u"").U32(0xFFFFFFFFu).Zeros(3 * 4 + 2 + 20);
 constexpr std::size_t kInformationEnd = 4 + 16;
+constexpr std::size_t kVersionField = 4 + 8;
 
 TEST(Load, TakesAFileOfNothingButTheMagic)
 {
@@ -62,10 +63,10 @@ TEST(Load, EachWayToFailHasItsCode)
         {"size past the end", Current().U32({13, 99}).Zeros(4), TEV2_LOAD_CODE::BadChunkSize, kInformationEnd,
          ""},
         {"largest size", Current().U32({0xFFFFFFFFu, 99}), TEV2_LOAD_CODE::BadChunkSize, kInformationEnd, ""},
-        {"a newer version", FileOfVersion(1.17f), TEV2_LOAD_CODE::UnsupportedVersion, kInformationEnd,
+        {"a newer version", FileOfVersion(1.17f), TEV2_LOAD_CODE::UnsupportedVersion, kVersionField,
          "information"},
         {"no version", FileOfVersion(std::numeric_limits<float>::quiet_NaN()),
-         TEV2_LOAD_CODE::UnsupportedVersion, kInformationEnd, "information"},
+         TEV2_LOAD_CODE::UnsupportedVersion, kVersionField, "information"},
         {"instance list 10", Current().Chunk(14, Bytes().U32(10)), TEV2_LOAD_CODE::BadInstanceList, body, ""},
         {"instance without list", Current().Chunk(16, Bytes().Zeros(3)).Chunk(99),
          TEV2_LOAD_CODE::ChunkTooSmall, body, ""},

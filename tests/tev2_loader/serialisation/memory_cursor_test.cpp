@@ -148,7 +148,7 @@ TEST(FileImage, ReadsWholeFilesAndSaysWhyItCannot)
     }
     EXPECT_EQ(FileBytes(path), bytes);
 
-    for (const std::string& bad : {path + ".missing", testing::TempDir()})
+    for (const std::string& bad : {path + ".missing", testing::TempDir(), std::string("/dev/zero")})
     {
         std::vector<std::uint8_t> image{1};
         std::string error;
