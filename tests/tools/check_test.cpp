@@ -284,6 +284,20 @@ TEST(Check, EachSpoiledFileGetsItsCode)
     }
 }
 
+TEST(Check, AFileCutBetweenChunksIsNotClean)
+{
+    const ScratchFolder folder;
+    const std::string path = folder.Path("cut.tv2");
+    const Bytes sound = SoundImage();
+    for (std::size_t end = 4; end < sound.size(); end += WordAt(sound, end))
+    {
+        WriteBytes(path, Bytes(sound.begin(), sound.begin() + static_cast<std::ptrdiff_t>(end)));
+        const CommandResult result = RunTv2({"check", path});
+        EXPECT_EQ(result.exit_code, 1) << end;
+        EXPECT_NE(result.out.find("warning chunk-missing"), std::string::npos) << result.out;
+    }
+}
+
 /// A chunk of an id around a body of any length.
 Bytes Frame(std::uint32_t id, const Bytes& body)
 {

@@ -105,6 +105,37 @@ TEST(Info, ScreenNamesWhatAReaderLooksFor)
     }
 }
 
+TEST(Info, WhatAFileLacksIsMissingAndNotADefault)
+{
+    const ScratchFolder folder;
+    const std::string path = folder.Path("cut.tv2");
+    WriteBytes(path, Magic());
+    const CommandResult result = RunTv2({"info", path});
+    EXPECT_EQ(result.exit_code, 0);
+    for (const char* line :
+         {"version      missing, 4 bytes\n", "creator      missing\n", "time range   missing\n"})
+    {
+        EXPECT_NE(result.out.find(line), std::string::npos) << result.out;
+    }
+    const auto file = RunTv2({"info", "--json", path}).Json()["files"][0];
+    for (const char* key : {"version", "creatorText", "timeRange"})
+    {
+        ASSERT_TRUE(file.contains(key)) << key;
+        EXPECT_EQ(file[key], nullptr) << key;
+    }
+}
+
+TEST(Info, ZeroHasNoSignInExtents)
+{
+    const ScratchFolder folder;
+    TEV2 scene;
+    scene.matrixHierarchy.nodes.emplace_back().translation =
+        MakeTrack<TEV2_ANIMATABLE_VECTOR_3_LINEAR>({{0.0F, {-0.0F, -0.0F, -1.0F}}});
+    SaveScene(scene, folder.Path("scene.tv2"));
+    const std::string screen = RunTv2({"info", folder.Path("scene.tv2")}).out;
+    EXPECT_NE(screen.find("x 0 to 0, y 0 to 0, z -1 to -1 m"), std::string::npos) << screen;
+}
+
 TEST(Info, SceneWithoutNodesHasNoExtents)
 {
     const ScratchFolder folder;

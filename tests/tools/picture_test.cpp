@@ -79,7 +79,9 @@ TEST(Picture, SaysWhyThereIsNone)
     const std::string sound = folder.Path("sound.tv2");
     const std::string empty = folder.Path("empty.tv2");
     const std::string garbage = folder.Path("garbage.tv2");
+    const std::string disguised = folder.Path("disguised.svg");
     WriteBytes(sound, SoundImage());
+    WriteBytes(disguised, SoundImage());
     SaveScene(TEV2(), empty);
     WriteBytes(garbage, {1, 2, 3, 4});
     const struct
@@ -87,18 +89,66 @@ TEST(Picture, SaysWhyThereIsNone)
         std::string file;
         std::string output;
         int exit_code;
-        const char* message;
+        std::string message;
     } cases[] = {
         {empty, folder.Path("a.svg"), 1, "no nodes"},
-        {garbage, folder.Path("a.svg"), 2, "bad-magic"},
+        {garbage, folder.Path("a.svg"), 1,
+         "tv2 picture: " + garbage + ": not a sound .tv2 file: bad-magic at byte 0"},
         {folder.Path("missing.tv2"), folder.Path("a.svg"), 2, "missing.tv2"},
         {sound, folder.Path("missing/a.svg"), 2, "cannot be written"},
+        {sound, folder.Path("a.png"), 2, "ends in .svg"},
+        {sound, sound, 2, "ends in .svg"},
+        {disguised, disguised, 2, "would replace the file"},
     };
     for (const auto& c : cases)
     {
         const CommandResult result = RunTv2({"picture", c.file, c.output});
         EXPECT_EQ(result.exit_code, c.exit_code) << c.message;
         EXPECT_NE(result.err.find(c.message), std::string::npos) << result.err;
+    }
+    EXPECT_EQ(ReadBytes(disguised), SoundImage());
+    const auto failure = RunTv2({"picture", "--json", garbage, folder.Path("a.svg")}).Json();
+    EXPECT_EQ(failure["file"], garbage);
+    EXPECT_NE(failure["error"].get<std::string>().find("bad-magic"), std::string::npos);
+}
+
+TEST(Picture, FromAboveWhatIsInFrontIsBelow)
+{
+    const ScratchFolder folder;
+    // One bone to the front: along Y in a whole scene, against Z in a selection.
+    const std::pair<const char16_t*, TEV2_VECTOR_3> cases[] = {
+        {u"Scene", {0.0F, 1.0F, 0.0F}}, {u"Exporter Inserted Root", {0.0F, 0.0F, -1.0F}}};
+    for (const auto& [root, front] : cases)
+    {
+        SaveWalker(folder.Path("a.tv2"), root, front);
+        const CommandResult result =
+            RunTv2({"picture", "--view", "top", folder.Path("a.tv2"), folder.Path("a.svg")});
+        ASSERT_EQ(result.exit_code, 0) << result.err;
+        const std::string svg = Drawing(folder.Path("a.svg"));
+        std::smatch match;
+        ASSERT_TRUE(std::regex_search(svg, match, std::regex("d=\"M[0-9.]+,([0-9.]+)L[0-9.]+,([0-9.]+)\"")));
+        EXPECT_NEAR(std::stod(match.str(2)) - std::stod(match.str(1)), 260.0, 0.2);
+    }
+}
+
+TEST(Picture, OneInstantIsOneFigureHoweverFarAway)
+{
+    const ScratchFolder folder;
+    const std::string file = folder.Path("a.tv2");
+    for (const float height : {1.0F, 1e6F, 1e17F, 3e38F})
+    {
+        TEV2 scene;
+        scene.environment.timeRange = {0.5F, 0.5F};
+        AddNode(scene, u"Scene", -1, {}, {});
+        AddNode(scene, u"Hips", 0, {0.0F, 0.0F, height}, {0.0F, 0.0F, height});
+        AddNode(scene, u"Head", 1, {1.0F, 0.0F, 0.0F}, {1.0F, 0.0F, 0.0F});
+        SaveScene(scene, file);
+        const CommandResult result = RunTv2({"picture", "--json", file, folder.Path("a.svg")});
+        ASSERT_EQ(result.exit_code, 0) << result.err;
+        EXPECT_EQ(result.Json(),
+                  (nlohmann::json{{"file", file}, {"output", folder.Path("a.svg")}, {"figures", 1}}));
+        const std::string svg = Drawing(folder.Path("a.svg"));
+        EXPECT_EQ(svg.find("<line") != std::string::npos, height == 1.0F) << height;
     }
 }
 

@@ -41,9 +41,17 @@ TEST(Usage, HelpListsTheVerbsAndVersionIsPrinted)
 TEST(Usage, BadUsageCannotRun)
 {
     const std::vector<std::vector<std::string>> calls = {
-        {},          {"explode"},        {"info"},
-        {"dump"},    {"check"},          {"info", "--wrong", "a.tv2"},
-        {"--wrong"}, {"dump", "a", "b"}, {"dump", "--keys", "many", "a.tv2"},
+        {},
+        {"explode"},
+        {"info"},
+        {"dump"},
+        {"check"},
+        {"info", "--wrong", "a.tv2"},
+        {"--wrong"},
+        {"dump", "a", "b"},
+        {"dump", "--keys", "many", "a.tv2"},
+        {"dump", "--keys", "-1", "a.tv2"},
+        {"dump", "--keys", "1", "--json", "a.tv2"},
     };
     for (const auto& call : calls)
     {
@@ -52,6 +60,37 @@ TEST(Usage, BadUsageCannotRun)
         EXPECT_NE(result.err, "");
         EXPECT_EQ(result.out, "");
     }
+}
+
+TEST(Usage, UnknownVerbIsNamed)
+{
+    const CommandResult result = RunTv2({"frob", "a.tv2"});
+    EXPECT_EQ(result.exit_code, 2);
+    EXPECT_NE(result.err.find("there is no verb \"frob\""), std::string::npos) << result.err;
+}
+
+TEST(Usage, JsonOfAFailureHoldsTheFileAndTheError)
+{
+    const ScratchFolder folder;
+    const std::string damaged = folder.Path("damaged\xFF.tv2"); // no UTF-8
+    WriteBytes(damaged, {1, 2, 3, 4});
+    const std::string shown = folder.Path("damaged\xEF\xBF\xBD.tv2");
+    for (const std::string& verb : kVerbs)
+    {
+        const CommandResult result = RunTv2({verb, "--json", damaged});
+        EXPECT_EQ(result.exit_code, 1) << verb;
+        const auto json = result.Json();
+        const auto entry = verb == "dump" ? json : json["files"][0];
+        EXPECT_EQ(entry["file"], shown) << verb;
+        EXPECT_NE(entry["error"].get<std::string>().find("bad-magic at byte 0"), std::string::npos) << verb;
+    }
+    WriteBytes(damaged, SoundImage());
+    EXPECT_EQ(RunTv2({"dump", "--json", damaged}).Json()["file"], shown);
+    EXPECT_NE(RunTv2({"dump", "--json", folder.Path("none.tv2")})
+                  .Json()["error"]
+                  .get<std::string>()
+                  .find("No such"),
+              std::string::npos);
 }
 
 TEST(Usage, FileThatCannotBeReadIsNamedWithTheCause)
@@ -115,8 +154,11 @@ TEST(Usage, OneBadFileDoesNotHideTheOthers)
             RunTv2({verb, folder.Path("none.tv2"), folder.Path("good.tv2"), "--json"});
         EXPECT_EQ(result.exit_code, 2) << verb;
         const auto json = result.Json();
-        ASSERT_EQ(json["files"].size(), 1U) << verb;
-        EXPECT_EQ(json["files"][0]["file"], folder.Path("good.tv2"));
+        ASSERT_EQ(json["files"].size(), 2U) << verb;
+        EXPECT_EQ(json["files"][0]["file"], folder.Path("none.tv2"));
+        EXPECT_TRUE(json["files"][0].contains("error"));
+        EXPECT_EQ(json["files"][1]["file"], folder.Path("good.tv2"));
+        EXPECT_FALSE(json["files"][1].contains("error"));
     }
 }
 

@@ -39,7 +39,7 @@ void PrintCodes(const CheckOptions& options, std::ostream& out)
                                      {"severity", SeverityName(code.severity)},
                                      {"sentence", code.sentence}});
         }
-        out << json.dump(2) << '\n';
+        out << JsonText(json) << '\n';
         return;
     }
     for (const CheckCode& code : CheckCodes())
@@ -138,6 +138,7 @@ void RunCheck(const CheckOptions& options, VerbContext& context)
         if (!ReadFile(path, file, error))
         {
             context.err << "tv2 check: " << error << '\n';
+            json["files"].push_back(JsonFailure(path, error));
             context.Report(kExitCouldNotRun);
             continue;
         }
@@ -160,6 +161,10 @@ void RunCheck(const CheckOptions& options, VerbContext& context)
         Json entry;
         entry["file"] = path;
         entry["loaded"] = file.loaded;
+        if (!file.loaded)
+        {
+            entry["error"] = WhyNotLoaded(file);
+        }
         entry["clean"] = clean;
         entry["findings"] = Json::array();
         for (const Finding& finding : findings)
@@ -170,7 +175,7 @@ void RunCheck(const CheckOptions& options, VerbContext& context)
     }
     if (options.json)
     {
-        context.out << json.dump(2, ' ', false, Json::error_handler_t::replace) << '\n';
+        context.out << JsonText(json) << '\n';
     }
 }
 

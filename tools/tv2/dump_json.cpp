@@ -216,7 +216,10 @@ private:
         List(units.size(), [&](std::size_t i) { out_ << static_cast<unsigned>(units[i]); });
     }
 
-    void Quoted(std::string_view text) { out_ << nlohmann::json(text).dump(); }
+    void Quoted(std::string_view text)
+    {
+        out_ << nlohmann::json(text).dump(-1, ' ', false, nlohmann::json::error_handler_t::replace);
+    }
 
     std::ostream& out_;
     std::vector<Level> levels_;

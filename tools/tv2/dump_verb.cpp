@@ -1,6 +1,7 @@
 // tv2 dump: everything in a file, value by value.
 
 #include "tools/tv2/dump_writer.h"
+#include "tools/tv2/json.h"
 #include "tools/tv2/loaded_file.h"
 #include "tools/tv2/names.h"
 #include "tools/tv2/verb.h"
@@ -282,21 +283,27 @@ struct DumpOptions
     bool json = false;
 };
 
+void Refuse(const DumpOptions& options, const std::string& why, ExitCode code, VerbContext& context)
+{
+    context.err << "tv2 dump: " << why << '\n';
+    context.Report(code);
+    if (options.json)
+    {
+        context.out << JsonText(JsonFailure(options.file, why)) << '\n';
+    }
+}
+
 void RunDump(const DumpOptions& options, VerbContext& context)
 {
     LoadedFile file;
     std::string error;
     if (!ReadFile(options.file, file, error))
     {
-        context.err << "tv2 dump: " << error << '\n';
-        context.Report(kExitCouldNotRun);
-        return;
+        return Refuse(options, error, kExitCouldNotRun, context);
     }
     if (!file.loaded)
     {
-        context.err << "tv2 dump: " << WhyNotLoaded(file) << '\n';
-        context.Report(kExitFindings);
-        return;
+        return Refuse(options, WhyNotLoaded(file), kExitFindings, context);
     }
     const std::unique_ptr<DumpWriter> writer =
         options.json ? MakeJsonDump(context.out) : MakeTreeDump(context.out, options.keys);
@@ -310,9 +317,11 @@ void AddDumpVerb(CLI::App& app, VerbContext& context)
     auto options = std::make_shared<DumpOptions>();
     CLI::App* verb = app.add_subcommand("dump", "Everything in a file, as an indented tree or as JSON");
     verb->add_option("FILE", options->file, "The .tv2 file")->required();
-    verb->add_option("--keys", options->keys,
-                     "Tree: print at most this many keys of a track, and lines of bytes of a body");
-    verb->add_flag("--json", options->json, "Print JSON with every value");
+    CLI::Option* const keys =
+        verb->add_option("--keys", options->keys,
+                         "Tree: print at most this many keys of a track, and lines of bytes of a body")
+            ->check(CLI::NonNegativeNumber);
+    verb->add_flag("--json", options->json, "Print JSON with every value")->excludes(keys);
     verb->footer("Numbers are single precision, in the shortest form that reads back to the same bits.\n"
                  "In JSON non-finite numbers are strings: \"NaN\", \"NaN(0xffc00001)\", \"Infinity\".\n"
                  "Examples:\n"

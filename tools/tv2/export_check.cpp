@@ -29,13 +29,15 @@ std::string WhyNotWritable(const std::string& path)
     }
     std::string reason;
     const char probe = 0;
-    // A device tells by a byte; a file keeps what it has, its disk tells by the room it has left.
+    // A device that is no terminal tells by a byte; a file keeps what it has, its disk tells by the room it has left.
+    struct stat status;
     struct statvfs disk;
-    if (stamp.regular ? ::fstatvfs(file, &disk) == 0 && disk.f_bavail == 0 : false)
+    const bool device = ::fstat(file, &status) == 0 && S_ISCHR(status.st_mode) && ::isatty(file) == 0;
+    if (stamp.regular && ::fstatvfs(file, &disk) == 0 && disk.f_bavail == 0)
     {
         reason = std::strerror(ENOSPC);
     }
-    else if (!stamp.regular && ::write(file, &probe, 1) < 0)
+    else if (device && ::write(file, &probe, 1) < 0)
     {
         reason = std::strerror(errno);
     }
@@ -43,7 +45,7 @@ std::string WhyNotWritable(const std::string& path)
     return reason;
 }
 
-std::string WithReason(std::string text, const std::string& path)
+std::string WithReason(const std::string& text, const std::string& path)
 {
     const std::string reason = WhyNotWritable(path);
     return reason.empty() ? text : text + ": " + reason;
@@ -195,7 +197,7 @@ ExportedFile CheckExportedFile(const PlannedFile& planned, const ExportPlan& pla
             file.report.findings.empty() ? nullptr : &file.report.findings.back();
         result.error = WithReason(std::string("is incomplete") +
                                       (finding ? std::string(" (") + CodeName(finding->code) + " at byte " +
-                                                     CountText(finding->offset) + ")"
+                                                     std::to_string(finding->offset) + ")"
                                                : std::string()),
                                   planned.path);
         return result;
@@ -203,8 +205,8 @@ ExportedFile CheckExportedFile(const PlannedFile& planned, const ExportPlan& pla
     if (!file.report.findings.empty())
     {
         const TEV2_LOAD_FINDING& finding = file.report.findings.front();
-        result.error =
-            std::string("is not sound: ") + CodeName(finding.code) + " at byte " + CountText(finding.offset);
+        result.error = std::string("is not sound: ") + CodeName(finding.code) + " at byte " +
+                       std::to_string(finding.offset);
         return result;
     }
     if (const std::string difference = CompareWithPlan(file, planned, plan); !difference.empty())

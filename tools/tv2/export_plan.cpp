@@ -27,6 +27,9 @@ namespace
 constexpr std::size_t kLongestPath = 260;
 constexpr std::size_t kMostNamesShown = 12;
 
+/// Chunk sizes and array counts end here.
+constexpr double kLargestFile = 2147483648.0;
+
 std::string Quoted(const std::string& text)
 {
     return '"' + OneLine(text) + '"';
@@ -102,7 +105,12 @@ std::string SelectModels(const std::vector<std::string>& wanted)
             {
                 names.push_back(LongNameOf(*model));
             }
-            return "there is no model " + Quoted(name) + "; the scene has " + Listed(names);
+            std::vector<std::string> meant = names;
+            std::erase_if(meant,
+                          [&name](const std::string& long_name) { return !long_name.ends_with(":" + name); });
+            return "there is no model " + Quoted(name) +
+                   (meant.empty() ? "" : "; by its long name it is " + Listed(meant)) + "; the scene has " +
+                   Listed(names);
         }
         (*found)->Selected = true;
     }
@@ -187,11 +195,45 @@ std::string CheckRange(const PlannedFile& file)
     return {};
 }
 
-std::string CheckNames(const std::vector<PlannedFile>& files)
+/// Keys that do nothing are left out of a file, but what is sampled must fit first.
+std::string CheckSize(const PlannedFile& file, const ExportPlan& plan)
+{
+    constexpr double kNodeBytes =
+        16.0 + 20.0; // a sample of a translation and one of a rotation, times included
+    constexpr double kCameraBytes = 8.0 + 12.0; // field of view, clip range
+    const double rate = static_cast<double>(file.range.rate);
+    const double samples =
+        std::floor((static_cast<double>(file.range.end) - static_cast<double>(file.range.start)) * rate) +
+        1.0;
+    const double bytes = samples * (kNodeBytes * static_cast<double>(plan.nodes) +
+                                    kCameraBytes * static_cast<double>(plan.cameras));
+    if (bytes < kLargestFile)
+    {
+        return {};
+    }
+    return std::to_string(plan.fps) +
+           " samples a second are too many: " + CountText(static_cast<std::uint64_t>(samples)) +
+           " samples of " + CountOf(plan.nodes, "node", "nodes") + " and " +
+           CountOf(plan.cameras, "camera", "cameras") + " are about " +
+           CountText(static_cast<std::uint64_t>(bytes)) + " bytes, a file holds less than " +
+           CountText(static_cast<std::uint64_t>(kLargestFile)) + "; take " + Quoted(file.take_name);
+}
+
+bool TakeNamesTheFile(const ExportRequest& request)
+{
+    return request.all_takes || request.output.substr(request.output.find_last_of("/\\") + 1) == ".tv2";
+}
+
+std::string CheckNames(const ExportRequest& request, const std::vector<PlannedFile>& files)
 {
     std::map<std::string, const PlannedFile*> seen;
     for (const PlannedFile& file : files)
     {
+        if (TakeNamesTheFile(request) &&
+            (file.take_name.empty() || file.take_name.find_first_of("/\\") != std::string::npos))
+        {
+            return "no file can be named after take " + Quoted(file.take_name);
+        }
         if (file.path.size() > kLongestPath)
         {
             return "the path " + Quoted(file.path) + " has " + std::to_string(file.path.size()) +
@@ -276,6 +318,10 @@ std::string PlanExport(const ExportRequest& request, ExportPlan& plan)
         {
             return reason;
         }
+        if (std::string reason = CheckSize(file, plan); !reason.empty())
+        {
+            return reason;
+        }
         file.instants.push_back(file.range.start);
         for (tev2_exporter::RegularInstants regular(file.range); regular.Next();)
         {
@@ -283,11 +329,13 @@ std::string PlanExport(const ExportRequest& request, ExportPlan& plan)
         }
         file.instants.push_back(file.range.end);
     }
-    return CheckNames(plan.files);
+    return CheckNames(request, plan.files);
 }
 
-std::string CheckTargets(const ExportPlan& plan)
+std::string CheckTargets(const ExportRequest& request, const ExportPlan& plan)
 {
+    struct stat scene;
+    const bool scene_is_there = ::stat(request.scene.c_str(), &scene) == 0;
     for (const PlannedFile& file : plan.files)
     {
         const auto because = [&file](int error)
@@ -318,6 +366,10 @@ std::string CheckTargets(const ExportPlan& plan)
         if (S_ISDIR(status.st_mode))
         {
             return because(EISDIR);
+        }
+        if (scene_is_there && status.st_dev == scene.st_dev && status.st_ino == scene.st_ino)
+        {
+            return "cannot write " + Quoted(file.path) + ": it is the scene file itself";
         }
         const bool marked_read_only = (status.st_mode & (S_IWUSR | S_IWGRP | S_IWOTH)) == 0;
         if (!marked_read_only && ::access(file.path.c_str(), W_OK) != 0)

@@ -57,8 +57,9 @@ std::string PlanExport(const ExportRequest& request, ExportPlan& plan);
 /// What of the request can be judged without the scene; empty when nothing speaks against it.
 std::string CheckRequest(const ExportRequest& request);
 
-/// Looks at the places where the planned files go. Empty when they can be written; otherwise why not.
-std::string CheckTargets(const ExportPlan& plan);
+/// Looks at the places where the planned files go. Empty when they can be written and none is the scene file itself;
+/// otherwise why not.
+std::string CheckTargets(const ExportRequest& request, const ExportPlan& plan);
 
 /// Makes read-only files that stand in the way writable. Empty, or what went wrong.
 std::string MakeTargetsWritable(const ExportPlan& plan);

@@ -59,18 +59,18 @@ public:
 
     void Run()
     {
-        std::string reason = CheckRequest(request_);
+        std::string reason = OfScene(CheckRequest(request_));
         if (reason.empty())
         {
             reason = OpenScene();
         }
         if (reason.empty())
         {
-            reason = PlanExport(request_, plan_);
+            reason = OfScene(PlanExport(request_, plan_));
         }
         if (reason.empty())
         {
-            reason = CheckTargets(plan_);
+            reason = OfScene(CheckTargets(request_, plan_));
         }
         if (reason.empty())
         {
@@ -106,6 +106,12 @@ private:
         ExportedFile file;
         double seconds = 0.0;
     };
+
+    /// A reason not to export, with the scene's path; empty when there is none.
+    std::string OfScene(const std::string& reason) const
+    {
+        return reason.empty() ? std::string() : OneLine(request_.scene) + ": " + reason;
+    }
 
     void Complain(const std::string& what, ExitCode code)
     {
@@ -244,12 +250,18 @@ void AddExportVerb(CLI::App& app, VerbContext& context)
                      "The file to write, ending in .tv2; with --all-takes the pattern of the names: "
                      "out.tv2 gives out_<take>.tv2, a bare .tv2 gives <take>.tv2")
         ->required();
-    verb->add_option("--fps", request.fps, "Samples a second (default: the scene's transport rate, rounded)");
+    const CLI::Validator given(
+        [](const std::string& value) { return value.empty() ? std::string("is empty") : std::string(); }, "");
+    verb->add_option("--fps", request.fps, "Samples a second (default: the scene's transport rate, rounded)")
+        ->check(given);
     verb->add_option("--start-frame", request.start_frame,
-                     "First frame, counted at the transport rate (default: of the take)");
+                     "First frame, counted at the transport rate (default: of the take)")
+        ->check(given);
     verb->add_option("--end-frame", request.end_frame,
-                     "Last frame, counted at the transport rate (default: of the take)");
-    CLI::Option* take = verb->add_option("--take", request.take, "Export this take (default: the first)");
+                     "Last frame, counted at the transport rate (default: of the take)")
+        ->check(given);
+    CLI::Option* take =
+        verb->add_option("--take", request.take, "Export this take (default: the first)")->check(given);
     verb->add_flag("--all-takes", request.all_takes, "Export every take, each to a file of its own")
         ->excludes(take);
     verb->add_option("--select", request.select,

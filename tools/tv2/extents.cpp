@@ -11,7 +11,8 @@ namespace
 
 void Include(Extents& extents, const TEV2_MATRIX_3X4& matrix)
 {
-    const std::array<float, 3> origin = {matrix.m[0][3], matrix.m[1][3], matrix.m[2][3]};
+    // adding zero takes the sign of a negative one
+    const std::array<float, 3> origin = {matrix.m[0][3] + 0.0F, matrix.m[1][3] + 0.0F, matrix.m[2][3] + 0.0F};
     if (!std::all_of(origin.begin(), origin.end(), [](float component) { return std::isfinite(component); }))
     {
         return;

@@ -36,6 +36,8 @@ struct ChunkTotal
 /// What the screen and the JSON are made from.
 struct Summary
 {
+    bool has_information = false; // the scene holds defaults where a file has no such chunk
+    bool has_environment = false;
     std::vector<std::string> information_lines;
     std::map<std::uint32_t, TrackTotal> tracks; // by kind
     std::map<std::uint32_t, ChunkTotal> chunks; // by id
@@ -80,6 +82,8 @@ Summary Summarise(LoadedFile& file)
 {
     Summary summary;
     TEV2& scene = *file.scene;
+    summary.has_information = LastChunk(file, 0) != nullptr;
+    summary.has_environment = LastChunk(file, 2) != nullptr;
     summary.information_lines = Lines(ReadableText(scene.information.infoText.Text()));
     TrackCounter counter(summary.tracks);
     WalkScene(scene, file.report, counter);
@@ -119,11 +123,20 @@ Json ToJson(const LoadedFile& file, const Summary& summary)
     Json json;
     json["file"] = file.path;
     json["bytes"] = file.image.size();
-    json["version"] = JsonFloat(scene.information.version);
-    json["creatorText"] = ReadableText(scene.information.creatorText.Text());
+    json["version"] = nullptr;
+    json["creatorText"] = nullptr;
     json["informationLines"] = summary.information_lines;
-    json["timeRange"] = {{"start", JsonFloat(scene.environment.timeRange.minimum)},
-                         {"end", JsonFloat(scene.environment.timeRange.maximum)}};
+    json["timeRange"] = nullptr;
+    if (summary.has_information)
+    {
+        json["version"] = JsonFloat(scene.information.version);
+        json["creatorText"] = ReadableText(scene.information.creatorText.Text());
+    }
+    if (summary.has_environment)
+    {
+        json["timeRange"] = {{"start", JsonFloat(scene.environment.timeRange.minimum)},
+                             {"end", JsonFloat(scene.environment.timeRange.maximum)}};
+    }
     json["nodes"] = scene.matrixHierarchy.nodes.size();
     json["topNodes"] = summary.top_nodes;
     json["cameras"] = Json::array();
@@ -175,9 +188,11 @@ public:
     void Print()
     {
         out_ << file_.path << '\n';
-        Line("version") << FloatText(scene_.information.version) << ", "
+        const bool known = summary_.has_information;
+        Line("version") << (known ? FloatText(scene_.information.version) : kMissing) << ", "
                         << CountOf(file_.image.size(), "byte", "bytes") << '\n';
-        Line("creator") << OneLine(ReadableText(scene_.information.creatorText.Text())) << '\n';
+        Line("creator") << (known ? OneLine(ReadableText(scene_.information.creatorText.Text())) : kMissing)
+                        << '\n';
         for (const std::string& line : summary_.information_lines)
         {
             const std::size_t tab = line.find(":\t");
@@ -191,7 +206,10 @@ public:
             }
         }
         const auto& range = scene_.environment.timeRange;
-        Line("time range") << FloatText(range.minimum) << " to " << FloatText(range.maximum) << " s\n";
+        Line("time range") << (summary_.has_environment
+                                   ? FloatText(range.minimum) + " to " + FloatText(range.maximum) + " s"
+                                   : kMissing)
+                           << '\n';
         PrintExtents();
         Line("nodes") << CountText(scene_.matrixHierarchy.nodes.size());
         if (!scene_.matrixHierarchy.nodes.empty())
@@ -205,6 +223,7 @@ public:
 
 private:
     static constexpr std::size_t kMostCameras = 10;
+    static constexpr const char* kMissing = "missing";
 
     std::ostream& Line(const std::string& label)
     {
@@ -301,12 +320,14 @@ void RunInfo(const InfoOptions& options, VerbContext& context)
         if (!ReadFile(path, file, error))
         {
             context.err << "tv2 info: " << error << '\n';
+            json["files"].push_back(JsonFailure(path, error));
             context.Report(kExitCouldNotRun);
             continue;
         }
         if (!file.loaded)
         {
             context.err << "tv2 info: " << WhyNotLoaded(file) << '\n';
+            json["files"].push_back(JsonFailure(path, WhyNotLoaded(file)));
             context.Report(kExitFindings);
             continue;
         }
@@ -322,7 +343,7 @@ void RunInfo(const InfoOptions& options, VerbContext& context)
     }
     if (options.json)
     {
-        context.out << json.dump(2, ' ', false, Json::error_handler_t::replace) << '\n';
+        context.out << JsonText(json) << '\n';
     }
 }
 

@@ -2,7 +2,6 @@
 
 #include "tev2_loader/serialisation/file_image.h"
 #include "tev2_loader/serialisation/memory_cursor.h"
-#include "tools/tv2/text.h"
 
 #include <algorithm>
 
@@ -55,7 +54,7 @@ std::string WhyNotLoaded(const LoadedFile& file)
     std::string text = file.path + ": not a sound .tv2 file";
     if (error != file.report.findings.end())
     {
-        text += std::string(": ") + CodeName(error->code) + " at byte " + CountText(error->offset);
+        text += std::string(": ") + CodeName(error->code) + " at byte " + std::to_string(error->offset);
         if (!error->path.empty())
         {
             text += " in " + error->path;

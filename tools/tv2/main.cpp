@@ -1,9 +1,12 @@
 // The command `tv2`: everything that can be done with .tv2 files from a shell. One file a verb.
 
+#include "tools/tv2/text.h"
 #include "tools/tv2/verb.h"
 
 #include <CLI/CLI.hpp>
 
+#include <algorithm>
+#include <cstdio>
 #include <exception>
 #include <iostream>
 
@@ -17,9 +20,20 @@ constexpr AddVerb kVerbs[] = {
     AddExportVerb, AddSceneVerb, AddInfoVerb, AddDumpVerb, AddCheckVerb, AddPictureVerb,
 };
 
-} // namespace
+/// The first argument where it should be a verb and is none; null otherwise.
+const char* UnknownVerb(const CLI::App& app, int argc, char** argv)
+{
+    if (argc < 2 || argv[1][0] == '-')
+    {
+        return nullptr;
+    }
+    const auto verbs = app.get_subcommands([](const CLI::App*) { return true; });
+    const bool known = std::any_of(verbs.begin(), verbs.end(),
+                                   [argv](const CLI::App* verb) { return verb->check_name(argv[1]); });
+    return known ? nullptr : argv[1];
+}
 
-int main(int argc, char** argv)
+int Run(int argc, char** argv)
 {
     std::ios::sync_with_stdio(false);
     VerbContext context{std::cout, std::cerr};
@@ -34,6 +48,12 @@ int main(int argc, char** argv)
         add_verb(app, context);
     }
 
+    if (const char* const verb = UnknownVerb(app, argc, argv))
+    {
+        std::cerr << "tv2: there is no verb \"" << OneLine(verb)
+                  << "\"\nRun with --help for more information.\n";
+        return kExitCouldNotRun;
+    }
     try
     {
         app.parse(argc, argv);
@@ -42,15 +62,29 @@ int main(int argc, char** argv)
     {
         return app.exit(error, std::cout, std::cerr) == 0 ? kExitDone : kExitCouldNotRun;
     }
-    catch (const std::exception& error)
-    {
-        std::cerr << "tv2: " << error.what() << '\n';
-        return kExitCouldNotRun;
-    }
     if (!std::cout.flush())
     {
         std::cerr << "tv2: the output could not be written\n";
         return kExitCouldNotRun;
     }
     return context.exit_code;
+}
+
+} // namespace
+
+int main(int argc, char** argv)
+{
+    try
+    {
+        return Run(argc, argv);
+    }
+    catch (const std::exception& error)
+    {
+        std::fprintf(stderr, "tv2: %s\n", error.what());
+    }
+    catch (...)
+    {
+        std::fputs("tv2: unknown failure\n", stderr);
+    }
+    return kExitCouldNotRun;
 }

@@ -1,5 +1,6 @@
 // tv2 picture: the skeleton of a file as stick figures, one for each of several instants, in one SVG drawing.
 
+#include "tools/tv2/json.h"
 #include "tools/tv2/loaded_file.h"
 #include "tools/tv2/text.h"
 #include "tools/tv2/verb.h"
@@ -7,8 +8,8 @@
 #include <CLI/CLI.hpp>
 
 #include <algorithm>
-#include <array>
 #include <cmath>
+#include <filesystem>
 #include <fstream>
 #include <iomanip>
 #include <limits>
@@ -23,12 +24,17 @@ constexpr double kFigureHeight = 260.0; // pixels
 constexpr double kMargin = 16.0;
 constexpr double kCaptionHeight = 22.0;
 
+/// Where and how high figures may stand to get lines of half a metre.
+constexpr double kFarthestLine = 1.0e6; // metres
+constexpr double kTallestLined = 50.0;
+
 struct PictureOptions
 {
     std::string file;
     std::string output;
     std::size_t figures = 7;
     std::string view = "front";
+    bool json = false;
 };
 
 struct Point
@@ -58,13 +64,14 @@ struct Box
     double Height() const { return most.y - least.y; }
 };
 
-/// The axes of the paper. Relative to node 0 a whole scene has Z up, a selection has Y up: node 0 is then the root
-/// that the exporter inserted.
+/// The axes of the paper. Relative to node 0 a whole scene has Z up and Y to the front, a selection has Y up and Z to
+/// the back: node 0 is then the root that the exporter inserted.
 struct Paper
 {
     int right;
     int up;
     double right_sign;
+    double up_sign;
 };
 
 Paper PaperFor(const TEV2_MATRIX_HIERARCHY& hierarchy, const std::string& view)
@@ -73,8 +80,8 @@ Paper PaperFor(const TEV2_MATRIX_HIERARCHY& hierarchy, const std::string& view)
     const int up = selection ? 1 : 2;
     const int depth = selection ? 2 : 1;
     if (view == "top")
-        return {0, depth, 1.0};
-    return view == "side" ? Paper{depth, up, selection ? -1.0 : 1.0} : Paper{0, up, 1.0};
+        return {0, depth, 1.0, selection ? 1.0 : -1.0};
+    return view == "side" ? Paper{depth, up, selection ? -1.0 : 1.0, 1.0} : Paper{0, up, 1.0, 1.0};
 }
 
 /// Bones and joints: every node with a parent other than node 0, and that parent.
@@ -95,7 +102,7 @@ std::vector<Figure> PoseFigures(TEV2& scene, const PictureOptions& options)
     const Paper paper = PaperFor(scene.matrixHierarchy, options.view);
     const float start = scene.environment.timeRange.minimum;
     const float end = scene.environment.timeRange.maximum;
-    std::vector<Figure> figures(options.figures);
+    std::vector<Figure> figures(start == end ? 1 : options.figures); // one instant is one figure
     for (std::size_t i = 0; i < figures.size(); ++i)
     {
         Figure& figure = figures[i];
@@ -108,7 +115,7 @@ std::vector<Figure> PoseFigures(TEV2& scene, const PictureOptions& options)
         {
             const TEV2_MATRIX_3X4 place = Product(upright, node.worldMatrix);
             figure.nodes.push_back({paper.right_sign * static_cast<double>(place.m[paper.right][3]),
-                                    static_cast<double>(place.m[paper.up][3])});
+                                    paper.up_sign * static_cast<double>(place.m[paper.up][3])});
         }
     }
     return figures;
@@ -120,10 +127,9 @@ bool Drawable(const Point& a, const Point& b)
 }
 
 /// The whole drawing. Figures stand side by side, all in one scale, over lines of half a metre.
-std::string Draw(TEV2& scene, const PictureOptions& options)
+std::string Draw(const TEV2& scene, const std::vector<Figure>& figures)
 {
     const auto bones = Bones(scene.matrixHierarchy);
-    const std::vector<Figure> figures = PoseFigures(scene, options);
     Box box;
     for (const Figure& figure : figures)
         for (const auto& [parent, child] : bones)
@@ -146,14 +152,16 @@ std::string Draw(TEV2& scene, const PictureOptions& options)
         << "\" width=\"" << width << "\" height=\"" << height << "\">\n"
         << "<rect width=\"100%\" height=\"100%\" fill=\"#fbfbf8\"/>\n";
     const double ground = kMargin + kFigureHeight;
-    for (double metres = std::ceil(box.least.y * 2.0) / 2.0; metres <= box.most.y && box.Height() < 50.0;
-         metres += 0.5)
+    const bool lined = box.Height() < kTallestLined && std::abs(box.least.y) < kFarthestLine;
+    const int first_line = lined ? static_cast<int>(std::ceil(box.least.y * 2.0)) : 0;
+    const int last_line = lined ? static_cast<int>(std::floor(box.most.y * 2.0)) : -1;
+    for (int line = first_line; line <= last_line; ++line)
     {
+        const double metres = line * 0.5;
         const double y = ground - (metres - box.least.y) * scale;
         svg << "<line x1=\"0\" y1=\"" << y << "\" x2=\"" << width << "\" y2=\"" << y
             << "\" stroke=\"#dddcd4\"/><text x=\"3\" y=\"" << y - 3.0
-            << "\" font-family=\"sans-serif\" font-size=\"9\" fill=\"#a09f96\">" << metres + 0.0
-            << " m</text>\n";
+            << "\" font-family=\"sans-serif\" font-size=\"9\" fill=\"#a09f96\">" << metres << " m</text>\n";
     }
     for (std::size_t i = 0; i < figures.size(); ++i)
     {
@@ -178,31 +186,49 @@ std::string Draw(TEV2& scene, const PictureOptions& options)
     return svg.str();
 }
 
+void Refuse(const PictureOptions& options, const std::string& why, ExitCode code, VerbContext& context)
+{
+    context.err << "tv2 picture: " << why << '\n';
+    context.Report(code);
+    if (options.json)
+        context.out << JsonText(JsonFailure(options.file, why)) << '\n';
+}
+
+bool IsSameFile(const std::string& a, const std::string& b)
+{
+    std::error_code ignored; // a file that is not there is no other's
+    return a == b || std::filesystem::equivalent(a, b, ignored);
+}
+
 void RunPicture(const PictureOptions& options, VerbContext& context)
 {
+    if (!options.output.ends_with(".svg"))
+        return Refuse(options, options.output + ": a drawing's name ends in .svg", kExitCouldNotRun, context);
+    if (IsSameFile(options.file, options.output))
+        return Refuse(options, options.output + ": the drawing would replace the file that it shows",
+                      kExitCouldNotRun, context);
     LoadedFile file;
     std::string error;
-    if (!ReadFile(options.file, file, error) || !file.loaded)
-    {
-        context.err << "tv2: " << (error.empty() ? WhyNotLoaded(file) : error) << '\n';
-        context.Report(kExitCouldNotRun);
-        return;
-    }
+    if (!ReadFile(options.file, file, error))
+        return Refuse(options, error, kExitCouldNotRun, context);
+    if (!file.loaded)
+        return Refuse(options, WhyNotLoaded(file), kExitFindings, context);
     if (file.scene->matrixHierarchy.nodes.empty())
-    {
-        context.err << "tv2: " << options.file << ": no nodes to draw\n";
-        context.Report(kExitFindings);
-        return;
-    }
+        return Refuse(options, options.file + ": no nodes to draw", kExitFindings, context);
+
+    const std::vector<Figure> figures = PoseFigures(*file.scene, options);
+    const std::string drawing = Draw(*file.scene, figures);
     std::ofstream output(options.output, std::ios::binary);
-    output << Draw(*file.scene, options) << std::flush;
+    output << drawing << std::flush;
     if (!output)
+        return Refuse(options, options.output + ": cannot be written", kExitCouldNotRun, context);
+    if (options.json)
     {
-        context.err << "tv2: " << options.output << ": cannot be written\n";
-        context.Report(kExitCouldNotRun);
+        const Json json = {{"file", options.file}, {"output", options.output}, {"figures", figures.size()}};
+        context.out << JsonText(json) << '\n';
         return;
     }
-    context.out << options.output << ": " << CountOf(options.figures, "figure", "figures") << " of "
+    context.out << options.output << ": " << CountOf(figures.size(), "figure", "figures") << " of "
                 << options.file << '\n';
 }
 
@@ -213,13 +239,15 @@ void AddPictureVerb(CLI::App& app, VerbContext& context)
     auto options = std::make_shared<PictureOptions>();
     CLI::App* verb = app.add_subcommand("picture", "The skeleton at several instants, as an SVG drawing");
     verb->add_option("FILE", options->file, "The .tv2 file")->required();
-    verb->add_option("OUTPUT.svg", options->output, "The drawing")->required();
-    verb->add_option("--figures", options->figures, "How many instants, spread over the time range")
+    verb->add_option("OUTPUT.svg", options->output, "The drawing, ending in .svg")->required();
+    verb->add_option("--figures", options->figures,
+                     "How many instants, spread over the time range (one where it is a single instant)")
         ->check(CLI::Range(1, 50))
         ->capture_default_str();
     verb->add_option("--view", options->view, "From where to look")
         ->check(CLI::IsMember({"front", "side", "top"}))
         ->capture_default_str();
+    verb->add_flag("--json", options->json, "Print JSON: the file, the drawing and its number of figures");
     verb->footer("Examples:\n"
                  "  tv2 picture walk.tv2 walk.svg\n"
                  "  tv2 picture --view side --figures 12 walk.tv2 walk.svg");

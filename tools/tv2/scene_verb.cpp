@@ -307,6 +307,11 @@ void PrintScene(std::ostream& out, const SceneJson& scene)
     }
 }
 
+void PrintJson(std::ostream& out, const SceneJson& json)
+{
+    out << json.dump(2, ' ', false, SceneJson::error_handler_t::replace) << '\n';
+}
+
 void RunScene(const SceneVerbOptions& options, VerbContext& context)
 {
     const mobu_host::SceneImportResult result = mobu_host::ImportScene(options.scene);
@@ -314,12 +319,16 @@ void RunScene(const SceneVerbOptions& options, VerbContext& context)
     {
         context.err << "tv2 scene: " << result.error << '\n';
         context.Report(kExitCouldNotRun);
+        if (options.json)
+        {
+            PrintJson(context.out, {{"file", options.scene}, {"error", result.error}});
+        }
         return;
     }
     const SceneJson scene = DescribeScene(options.scene, result.notes);
     if (options.json)
     {
-        context.out << scene.dump(2, ' ', false, SceneJson::error_handler_t::replace) << '\n';
+        PrintJson(context.out, scene);
         return;
     }
     PrintScene(context.out, scene);

@@ -166,6 +166,8 @@ TEST_F(ExportVerbTest, WhatCannotWorkIsRefusedBeforeAnythingIsWritten)
     Write("nothing.gltf", R"({"asset":{"version":"2.0"},"scenes":[{"nodes":[]}]})");
     fs::create_directory(Path("folder.tv2"));
     const std::string bvh = Path("walk.bvh"), gltf = Path("takes.gltf"), out = Path("out.tv2");
+    Write("self.tv2", kTwoJoints);
+    const std::string self = Path("self.tv2");
     const std::string long_folder = "/" + std::string(125, 'a') + "/" + std::string(125, 'b') + "/";
 
     struct Refusal
@@ -177,18 +179,23 @@ TEST_F(ExportVerbTest, WhatCannotWorkIsRefusedBeforeAnythingIsWritten)
         {{Path("gone.bvh"), out}, "there is no such file"},
         {{Path("empty.bvh"), out}, "is empty"},
         {{Path("old.fbx"), out}, "FBX scenes are not read yet"},
-        {{Path("nothing.gltf"), out}, "the scene has no models"},
+        {{Path("nothing.gltf"), out}, Path("nothing.gltf") + ": the scene has no models"},
         {{"--fps", "0", bvh, out}, "--fps takes 1 or more"},
         {{"--fps", "-30", bvh, out}, "--fps takes 1 or more"},
         {{"--fps", "2000000000", bvh, out}, "the time does not advance"},
         {{"--fps", "fast", bvh, out}, "--fps"},
+        {{"--fps", "", bvh, out}, "--fps: is empty"},
+        {{"--take", "", bvh, out}, "--take: is empty"},
+        {{"--fps", "200000000", bvh, out}, "16,000,001 samples of 4 nodes and 0 cameras"},
+        {{self, self}, "it is the scene file itself"},
         {{"--start-frame", "2", "--end-frame", "1", bvh, out}, "start frame 2 is after the end frame 1"},
         {{"--start-frame", "50", bvh, out}, "is after the end"},
         {{"--end-frame", "-1", bvh, out}, "is after the end"},
-        {{"--take", "Dance", bvh, out}, "there is no take \"Dance\"; the scene has \"Motion\""},
+        {{"--take", "Dance", bvh, out}, bvh + ": there is no take \"Dance\"; the scene has \"Motion\""},
         {{"--take", "C", "--all-takes", gltf, out}, "excludes"},
         {{"--select", "Leg", bvh, out},
-         "there is no model \"Leg\"; the scene has \"Scene\", \"Hips\", \"ns:Leg\""},
+         bvh + ": there is no model \"Leg\"; by its long name it is \"ns:Leg\"; the scene has \"Scene\", "
+               "\"Hips\", \"ns:Leg\""},
         {{"--select", "Producer Front", bvh, out}, "there is no model"},
         {{bvh, Path("out.fbx")}, "does not end in .tv2"},
         {{bvh, long_folder + "cccc.tv2"}, "has 261 bytes; at most 260"},
@@ -210,6 +217,7 @@ TEST_F(ExportVerbTest, WhatCannotWorkIsRefusedBeforeAnythingIsWritten)
         EXPECT_EQ(run.out, "") << refusal.reason;
         EXPECT_EQ(Files(), before) << refusal.reason;
     }
+    EXPECT_EQ(Content("self.tv2"), kTwoJoints);
     const CommandResult json = Export({"--json", Path("gone.bvh"), out});
     EXPECT_NE(json.Json().at("error").get<std::string>().find("no such file"), std::string::npos);
     EXPECT_TRUE(json.Json().at("files").empty());

@@ -52,17 +52,20 @@ TEST_F(SceneVerbTest, ScreenShowsTheTree)
     const std::string path = Write("walk.bvh", kTwoJoints);
     const CommandResult run = RunTv2({"scene", path});
     EXPECT_EQ(run.exit_code, 0) << run.err;
-    EXPECT_EQ(run.out, path + "\n"
-                              "transport rate 25 frames a second\n"
-                              "1 take\n"
-                              "  Motion  0 to 0.08 s, frames 0 to 2  (current)\n"
-                              "3 models below the root\n"
-                              "  Scene\n"
-                              "    Hips\n"
-                              "      ns:Leg\n"
-                              "        EndSite_ns:Leg\n"
-                              "7 system cameras, no camera switcher\n"
-                              "0 constraints\n");
+    EXPECT_EQ(run.out,
+              path +
+                  "\n"
+                  "transport rate 25 frames a second\n"
+                  "1 take\n"
+                  "  Motion  0 to 0.08 s, frames 0 to 2  (current)\n"
+                  "3 models below the root\n"
+                  "  Scene\n"
+                  "    Hips\n"
+                  "      ns:Leg\n"
+                  "        EndSite_ns:Leg\n"
+                  "7 system cameras, no camera switcher\n"
+                  "0 constraints\n"
+                  "note: BVH has no unit; one unit was taken as one centimetre: the figure is 0.05 m tall\n");
 }
 
 TEST_F(SceneVerbTest, WhatIsNoSceneCannotBeRead)
@@ -73,6 +76,9 @@ TEST_F(SceneVerbTest, WhatIsNoSceneCannotBeRead)
         EXPECT_EQ(run.exit_code, 2);
         EXPECT_NE(run.err.find(path), std::string::npos) << run.err;
         EXPECT_EQ(run.out, "");
+        const auto json = RunTv2({"scene", "--json", path}).Json();
+        EXPECT_EQ(json.at("file"), path);
+        EXPECT_NE(json.at("error").get<std::string>().find(path), std::string::npos);
     }
 }
 
