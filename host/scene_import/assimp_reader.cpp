@@ -90,6 +90,14 @@ const char* ExtensionOf(SceneFormat format)
     return "";
 }
 
+// The library goes by a name that nobody gave the file.
+std::string WithPath(std::string text, const std::string& name, const std::string& path)
+{
+    for (std::size_t at = text.find(name); at != std::string::npos; at = text.find(name, at + path.size()))
+        text.replace(at, name.size(), path);
+    return text;
+}
+
 std::string OneLine(std::string text)
 {
     for (char& c : text)
@@ -111,12 +119,12 @@ const aiScene* ReadWithAssimp(Assimp::Importer& importer, const std::string& pat
         importer.SetIOHandler(&files);
         importer.SetPropertyBool(AI_CONFIG_IMPORT_NO_SKELETON_MESHES, true);
         scene = importer.ReadFile(name, 0);
-        cause = OneLine(importer.GetErrorString());
+        cause = OneLine(WithPath(importer.GetErrorString(), name, path));
     }
     catch (const std::exception& error)
     {
         scene = nullptr;
-        cause = OneLine(error.what());
+        cause = OneLine(WithPath(error.what(), name, path));
     }
     importer.SetIOHandler(nullptr); // takes the file system back; the importer would delete it
 

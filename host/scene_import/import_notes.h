@@ -26,11 +26,14 @@ public:
         kinds_.emplace_back(what, 1);
     }
 
+    // Told once and as it is, without a count.
+    void Tell(std::string what) { kinds_.emplace_back(std::move(what), 0); }
+
     std::vector<std::string> Lines() const
     {
         std::vector<std::string> lines;
         for (const auto& [text, count] : kinds_)
-            lines.push_back(std::to_string(count) + " x " + text);
+            lines.push_back(count == 0 ? text : std::to_string(count) + " x " + text);
         return lines;
     }
 

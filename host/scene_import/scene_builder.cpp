@@ -367,8 +367,20 @@ private:
         {
             char nameless[32];
             std::snprintf(nameless, sizeof nameless, "Take %03u", a + 1);
-            AddTakeOf(a, FreeLabel(reading_.take_name(a), nameless));
+            AddTakeOf(a, FreeLabel(TakeName(a), nameless));
         }
+    }
+
+    // The SDK takes what stands before a colon for a namespace, and files are named after takes.
+    std::string TakeName(unsigned index)
+    {
+        constexpr const char* kSeparators = ":/\\";
+        std::string name = reading_.take_name(index);
+        if (name.find_first_of(kSeparators) != std::string::npos)
+            notes_.Add("take names with ':', '/' or '\\' got '_' in their place");
+        for (std::size_t at = 0; (at = name.find_first_of(kSeparators, at)) != std::string::npos;)
+            name[at] = '_';
+        return name;
     }
 
     void AddTakeOf(unsigned index, const std::string& name)

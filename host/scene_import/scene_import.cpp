@@ -8,8 +8,10 @@
 
 #include <mobu_host/scene.h>
 
+#include <algorithm>
 #include <charconv>
 #include <cmath>
+#include <cstdio>
 #include <exception>
 #include <string_view>
 
@@ -19,6 +21,8 @@ namespace
 {
 
 constexpr double kCentimetresPerMetre = 100.0;
+constexpr double kSmallestFigure = 0.3; // metres
+constexpr double kLargestFigure = 10.0;
 constexpr std::string_view kNamelessCollada = "$ColladaAutoName$";
 
 std::string TakeNameAsRead(const aiScene& scene, unsigned animation)
@@ -39,6 +43,42 @@ double BvhFrameTime(std::string_view text)
     double seconds = 0.0;
     std::from_chars(text.data(), text.data() + text.size(), seconds);
     return std::isfinite(seconds) && seconds > 0.0 ? seconds : 0.0;
+}
+
+struct Box
+{
+    aiVector3D least, most;
+};
+
+// Around the joints of the pose without motion; those of a BVH are only moved against their parents.
+void Enclose(const aiNode& node, aiVector3D place, Box& box)
+{
+    const aiMatrix4x4& local = node.mTransformation;
+    place += aiVector3D(local.a4, local.b4, local.c4);
+    if (!node.mParent)
+        box = {place, place};
+    for (unsigned axis = 0; axis < 3; ++axis)
+    {
+        box.least[axis] = std::min(box.least[axis], place[axis]);
+        box.most[axis] = std::max(box.most[axis], place[axis]);
+    }
+    for (unsigned i = 0; i < node.mNumChildren; ++i)
+        Enclose(*node.mChildren[i], place, box);
+}
+
+// A figure of a size that nobody has was most likely written in another unit.
+void TellImplausibleSize(const aiScene& scene, ImportNotes& notes)
+{
+    Box box;
+    Enclose(*scene.mRootNode, aiVector3D(), box);
+    const aiVector3D size = box.most - box.least;
+    const double metres = static_cast<double>(std::max({size.x, size.y, size.z})) / kCentimetresPerMetre;
+    if (metres <= 0.0 || (metres >= kSmallestFigure && metres <= kLargestFigure))
+        return;
+    char text[128];
+    std::snprintf(text, sizeof text,
+                  "BVH has no unit; one unit was taken as one centimetre: the figure is %.3g m tall", metres);
+    notes.Tell(text);
 }
 
 bool ImportBvh(const SceneFile& file, ImportNotes& notes, std::string& cause)
@@ -63,7 +103,10 @@ bool ImportBvh(const SceneFile& file, ImportNotes& notes, std::string& cause)
     };
     reading.take_name = [scene](unsigned animation) { return TakeNameAsRead(*scene, animation); };
     reading.steps = [](unsigned, const std::string&) { return SceneReading::Steps(); };
-    return BuildScene(*scene, reading, notes, cause);
+    if (!BuildScene(*scene, reading, notes, cause))
+        return false;
+    TellImplausibleSize(*scene, notes);
+    return true;
 }
 
 bool ImportGltf(const SceneFile& file, ImportNotes& notes, std::string& cause)

@@ -320,7 +320,9 @@ void AddDumpVerb(CLI::App& app, VerbContext& context)
     CLI::Option* const keys =
         verb->add_option("--keys", options->keys,
                          "Tree: print at most this many keys of a track, and lines of bytes of a body")
-            ->check(CLI::NonNegativeNumber);
+            ->check(CLI::Validator([](const std::string& value)
+                                   { return value.starts_with('-') ? "is below 0" : std::string(); },
+                                   ""));
     verb->add_flag("--json", options->json, "Print JSON with every value")->excludes(keys);
     verb->footer("Numbers are single precision, in the shortest form that reads back to the same bits.\n"
                  "In JSON non-finite numbers are strings: \"NaN\", \"NaN(0xffc00001)\", \"Infinity\".\n"

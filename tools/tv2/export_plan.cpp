@@ -109,8 +109,8 @@ std::string SelectModels(const std::vector<std::string>& wanted)
             std::erase_if(meant,
                           [&name](const std::string& long_name) { return !long_name.ends_with(":" + name); });
             return "there is no model " + Quoted(name) +
-                   (meant.empty() ? "" : "; by its long name it is " + Listed(meant)) + "; the scene has " +
-                   Listed(names);
+                   (meant.empty() ? "" : "; models of that short name: " + Listed(meant)) +
+                   "; the scene has " + Listed(names);
         }
         (*found)->Selected = true;
     }

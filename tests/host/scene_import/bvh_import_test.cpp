@@ -35,7 +35,8 @@ Frame Time: 0.04
 TEST_F(BvhImportTest, JointsMoveAsTheChannelsSay)
 {
     const auto result = Open("walk.bvh", kTwoJoints);
-    EXPECT_TRUE(result.notes.empty());
+    EXPECT_EQ(result.notes,
+              Names{"BVH has no unit; one unit was taken as one centimetre: the figure is 0.05 m tall"});
     EXPECT_EQ(ModelNames(), (Names{"Scene", "Hips", "Leg", "EndSite_Leg"}));
     EXPECT_EQ(TakeNames(), Names{"Motion"});
     EXPECT_DOUBLE_EQ(FBPlayerControl().GetTransportFpsValue(), 25.0);
@@ -74,11 +75,29 @@ TEST_F(BvhImportTest, JointsOfOneNameKeepTheirOwnChannels)
     text.replace(text.find("JOINT Leg"), 9, "JOINT Hips");
     const auto result = Open("twins.bvh", text);
     EXPECT_EQ(ModelNames(), (Names{"Scene", "Hips", "Hips 1", "EndSite_Hips"}));
-    ASSERT_EQ(result.notes.size(), 1u);
+    ASSERT_EQ(result.notes.size(), 2u);
     EXPECT_EQ(result.notes[0], "1 x names that were taken already got a number");
     Goto(0.08);
     ExpectRow(Global("Hips"), 3, 3, 2, 3);
     ExpectRow(Global("EndSite_Hips"), 3, 1, 3, 1);
+}
+
+TEST_F(BvhImportTest, OnlyAnImplausibleSizeIsTold)
+{
+    const std::pair<const char*, const char*> cases[] = {
+        {"-29", "the figure is 0.29 m tall"}, {"-30", ""}, {"999", ""}, {"1001", "the figure is 10 m tall"}};
+    for (const auto& [length, told] : cases)
+    {
+        const auto result =
+            Open("size.bvh", "HIERARCHY\nROOT a\n{\nOFFSET 0 0 0\nCHANNELS 1 Xrotation\nEnd Site\n"
+                             "{\nOFFSET 0 " +
+                                 std::string(length) + " 0\n}\n}\nMOTION\nFrames: 1\nFrame Time: 0.04\n0\n");
+        ASSERT_EQ(result.notes.size(), *told ? 1u : 0u) << length;
+        if (*told)
+        {
+            EXPECT_TRUE(result.notes[0].ends_with(told)) << result.notes[0];
+        }
+    }
 }
 
 // Frame times are short decimals. Whoever counts whole frames by truncation must still find every one.

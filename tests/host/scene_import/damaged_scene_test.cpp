@@ -90,6 +90,17 @@ TEST_F(DamagedSceneTest, EachNamesFileAndCause)
         ExpectRefusal(Write(scene.file, scene.content), scene.cause);
 }
 
+TEST_F(DamagedSceneTest, CausesSpeakOfTheFileByItsOwnName)
+{
+    for (const std::string file : {"cut.bvh", "cut.txt"})
+    {
+        const std::string path = Write(file, "HIERARCHY\nROOT a\n{\nOFF");
+        const std::string error = mobu_host::ImportScene(path).error;
+        EXPECT_EQ(error.find(path + ".bvh"), std::string::npos) << error;
+        EXPECT_EQ(error.find("cut.bvh.bvh"), std::string::npos) << error;
+    }
+}
+
 TEST_F(DamagedSceneTest, NestingHasAnEnd)
 {
     std::string nodes;

@@ -127,6 +127,19 @@ using GltfImportTest = SceneImportTest;
 
 constexpr float kHalf = std::numbers::sqrt2_v<float> / 2;
 
+TEST_F(GltfImportTest, TakeNamesHaveNoSeparators)
+{
+    const auto result = Open("takes.gltf", R"({"asset":{"version":"2.0"},"scenes":[{"nodes":[0]}],)"
+                                           R"("nodes":[{"name":"a"}],"animations":[)"
+                                           R"({"name":"x:Run","channels":[],"samplers":[]},)"
+                                           R"({"name":"x/Run","channels":[],"samplers":[]},)"
+                                           R"({"name":"a\\b:c","channels":[],"samplers":[]},)"
+                                           R"({"name":"Stop","channels":[],"samplers":[]}]})");
+    EXPECT_EQ(TakeNames(), (Names{"x_Run", "x_Run 1", "a_b_c", "Stop"}));
+    ASSERT_EQ(result.notes.size(), 2u);
+    EXPECT_EQ(result.notes[0], "3 x take names with ':', '/' or '\\' got '_' in their place");
+}
+
 TEST_F(GltfImportTest, MetresBecomeCentimetresAndScaleStaysScale)
 {
     Document document;
