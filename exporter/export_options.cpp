@@ -10,8 +10,8 @@ ExportOptions FillOptionsFromScript(ExportContext& context, const ScriptArgument
     const double transport_rate = GetTakeSecondSpan(context).transport_rate;
 
     ExportOptions options;
-    options.CustomStart = static_cast<float>(arguments.startFrame / transport_rate);
-    options.CustomEnd = static_cast<float>(arguments.endFrame / transport_rate);
+    options.CustomStart = SecondsOfKey(arguments.startFrame, transport_rate);
+    options.CustomEnd = SecondsOfKey(arguments.endFrame, transport_rate);
     options.SamplingRate = static_cast<float>(arguments.fps);
     options.FilenameSpacesToUnderscores = arguments.spacesToUnderscores;
     options.KeepPositiveZ = arguments.keepPositiveZ;

@@ -129,8 +129,8 @@ bool WantsAsteriskExtension()
 ExportOptions FillOptionsFromSettings(const ExporterSettings& settings)
 {
     ExportOptions options;
-    options.CustomStart = static_cast<float>(settings.start_key / settings.transport_rate);
-    options.CustomEnd = static_cast<float>(settings.end_key / settings.transport_rate);
+    options.CustomStart = SecondsOfKey(settings.start_key, settings.transport_rate);
+    options.CustomEnd = SecondsOfKey(settings.end_key, settings.transport_rate);
     options.SamplingRate = settings.frame_rate;
     options.UseCustomRange = static_cast<std::uint32_t>(settings.key_frame_choice);
     options.AllTakes = static_cast<std::uint32_t>(settings.takes_choice);

@@ -18,6 +18,11 @@ float SecondsOfFrame(std::int32_t frame, double transport_rate)
     return static_cast<float>(static_cast<double>(static_cast<float>(frame)) / transport_rate);
 }
 
+float SecondsOfKey(std::int32_t key, double transport_rate)
+{
+    return static_cast<float>(key / transport_rate);
+}
+
 SamplingRange WholeTake(const TakeTimes& take, float rate)
 {
     const auto aligned = [&](double seconds)

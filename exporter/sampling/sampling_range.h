@@ -27,6 +27,9 @@ struct TakeTimes
 std::int32_t FrameAt(double seconds, double transport_rate);
 float SecondsOfFrame(std::int32_t frame, double transport_rate);
 
+// Time of the start or end key of a custom range, keys counted in transport frames.
+float SecondsOfKey(std::int32_t key, double transport_rate);
+
 // The take cut to whole transport frames at both ends, to be sampled at `rate`.
 SamplingRange WholeTake(const TakeTimes& take, float rate);
 

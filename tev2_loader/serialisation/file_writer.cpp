@@ -5,13 +5,6 @@
 namespace TEV2_LOADER
 {
 
-namespace
-{
-
-constexpr std::size_t kMostPathBytes = 260;
-
-} // namespace
-
 std::string NarrowFileName(const TEV2_WIDE_STRING& fileName)
 {
     const std::u16string& units = fileName.Text();

@@ -1,7 +1,9 @@
 #include "tools/tv2/export_plan.h"
 
 #include "exporter/file_naming.h"
+#include "exporter/numbers.h"
 #include "exporter/text.h"
+#include "tev2_loader/serialisation/file_writer.h"
 #include "tools/tv2/text.h"
 
 #include <mobu_host/scene.h>
@@ -24,7 +26,6 @@ namespace
 {
 
 /// The writer keeps no more of a path.
-constexpr std::size_t kLongestPath = 260;
 constexpr std::size_t kMostNamesShown = 12;
 
 /// Chunk sizes and array counts end here.
@@ -148,33 +149,19 @@ void CountNodes(ExportPlan& plan)
     }
 }
 
-int ToFrame(double frames)
-{
-    constexpr double kLeast = std::numeric_limits<int>::min();
-    constexpr double kMost = std::numeric_limits<int>::max();
-    return static_cast<int>(std::clamp(frames, kLeast, kMost));
-}
-
-float SecondsOfFrame(int frame, double transport_rate)
-{
-    return static_cast<float>(frame / transport_rate);
-}
-
 /// The window of a take as the exporter forms it.
 SamplingRange RangeOf(FBTake& take, const ExportPlan& plan, double transport_rate)
 {
     const FBTimeSpan span = take.LocalTimeSpan;
-    const int first = ToFrame(transport_rate * span.GetStart().GetSecondDouble());
-    const int last = ToFrame(transport_rate * span.GetStop().GetSecondDouble());
-    const auto seconds = [transport_rate](int frame)
-    { return static_cast<float>(static_cast<double>(static_cast<float>(frame)) / transport_rate); };
-    SamplingRange range{seconds(first), seconds(last), static_cast<float>(plan.fps)};
-    if (!plan.whole_take)
+    const SamplingRange whole = tev2_exporter::WholeTake(
+        {span.GetStart().GetSecondDouble(), span.GetStop().GetSecondDouble(), transport_rate},
+        static_cast<float>(plan.fps));
+    if (plan.whole_take)
     {
-        range.start = std::max(range.start, SecondsOfFrame(plan.start_frame, transport_rate));
-        range.end = std::min(range.end, SecondsOfFrame(plan.end_frame, transport_rate));
+        return whole;
     }
-    return range;
+    return tev2_exporter::CustomRange(whole, tev2_exporter::SecondsOfKey(plan.start_frame, transport_rate),
+                                      tev2_exporter::SecondsOfKey(plan.end_frame, transport_rate));
 }
 
 std::string CheckRange(const PlannedFile& file)
@@ -234,10 +221,10 @@ std::string CheckNames(const ExportRequest& request, const std::vector<PlannedFi
         {
             return "no file can be named after take " + Quoted(file.take_name);
         }
-        if (file.path.size() > kLongestPath)
+        if (file.path.size() > TEV2_LOADER::kMostPathBytes)
         {
             return "the path " + Quoted(file.path) + " has " + std::to_string(file.path.size()) +
-                   " bytes; at most " + std::to_string(kLongestPath) + " can be written to";
+                   " bytes; at most " + std::to_string(TEV2_LOADER::kMostPathBytes) + " can be written to";
         }
         const auto [other, is_new] = seen.emplace(file.path, &file);
         if (!is_new)
@@ -257,10 +244,10 @@ std::string CheckRequest(const ExportRequest& request)
     {
         return "the output " + Quoted(request.output) + " does not end in .tv2";
     }
-    if (request.output.size() > kLongestPath)
+    if (request.output.size() > TEV2_LOADER::kMostPathBytes)
     {
         return "the output path has " + std::to_string(request.output.size()) + " bytes; at most " +
-               std::to_string(kLongestPath) + " can be written to";
+               std::to_string(TEV2_LOADER::kMostPathBytes) + " can be written to";
     }
     if (request.fps && *request.fps <= 0)
     {
@@ -291,7 +278,7 @@ std::string PlanExport(const ExportRequest& request, ExportPlan& plan)
     CountNodes(plan);
 
     const double transport_rate = FBPlayerControl().GetTransportFpsValue();
-    plan.fps = request.fps.value_or(std::max(1, ToFrame(std::round(transport_rate))));
+    plan.fps = request.fps.value_or(std::max(1, tev2_exporter::ToInt32(std::round(transport_rate))));
     plan.whole_take = !request.start_frame && !request.end_frame;
     // An end that is left open is the take's own: the exporter holds a range to the take.
     plan.start_frame = request.start_frame.value_or(std::numeric_limits<int>::min());
