@@ -33,7 +33,8 @@ bool ReadFileImage(const std::string& path, std::vector<std::uint8_t>& image, st
     const auto status = std::filesystem::status(path, no_status);
     if (std::filesystem::exists(status) && !std::filesystem::is_regular_file(status) &&
         !std::filesystem::is_fifo(status))
-        return Refuse(image, error, std::filesystem::is_directory(status) ? "is a folder" : "is not a file");
+        return Refuse(image, error,
+                      std::filesystem::is_directory(status) ? std::strerror(EISDIR) : "Not a file");
 
     const auto close = [](std::FILE* file) { std::fclose(file); };
     const std::unique_ptr<std::FILE, decltype(close)> file(std::fopen(path.c_str(), "rb"));
