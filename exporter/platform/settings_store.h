@@ -23,7 +23,7 @@ public:
     std::optional<std::string> Read(const char* name) const;
 
 private:
-    void* key_ = nullptr;                       // an open registry key
+    [[maybe_unused]] void* key_ = nullptr;      // an open registry key
     std::map<std::string, std::string> values_; // or the lines of the file
 };
 
@@ -40,7 +40,7 @@ public:
     void Write(const char* name, const std::string& text);
 
 private:
-    void* key_ = nullptr;
+    [[maybe_unused]] void* key_ = nullptr;
     std::string lines_;
 };
 
