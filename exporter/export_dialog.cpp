@@ -68,6 +68,13 @@ void SetUpLabel(FBLabel& label, const char* caption)
     label.WordWrap = true;
 }
 
+// The SDK may hold on to a parent for longer than the popup lives, so one serves all popups and is never freed.
+FBVisualComponent* EmptyParent()
+{
+    static FBVisualComponent* const parent = new FBVisualComponent(nullptr);
+    return parent;
+}
+
 bool IsSet(FBButton& button)
 {
     return button.State == 1;
@@ -88,7 +95,7 @@ void TEV2_EXPORTER_DIALOG::ShowFor(ExportOptions& options)
     options.Cancelled = 1; // until "Export" says otherwise
     RefreshFromScene(context_, settings_);
     LoadSettings(settings_);
-    Show(new FBVisualComponent(nullptr)); // an empty parent, in the SDK's hands from here on
+    Show(EmptyParent());
     if (options.Cancelled == 0)
         SaveSettings(settings_);
 }
