@@ -12,6 +12,10 @@ else()
     if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
         # GCC 12 sees overlapping copies in string concatenation where there are none.
         target_compile_options(tv2_build_flags INTERFACE -Wno-restrict)
+        if(TV2_SANITIZE)
+            # With the checks of the sanitizers in between it loses track of what is initialised.
+            target_compile_options(tv2_build_flags INTERFACE -Wno-maybe-uninitialized)
+        endif()
     endif()
 endif()
 
