@@ -7,7 +7,7 @@ git ls-files '*.h' '*.cpp' | xargs clang-format --dry-run --Werror
 echo "formatting: clean"
 
 cmake --preset release -DCMAKE_EXPORT_COMPILE_COMMANDS=ON >/dev/null
-git ls-files 'tev2_loader/*.cpp' 'exporter/*.cpp' 'host/*.cpp' 'tools/*.cpp' |
+git ls-files 'numerics/*.cpp' 'tev2_loader/*.cpp' 'exporter/*.cpp' 'host/*.cpp' 'tools/*.cpp' |
     grep -v windows |
     xargs -n 1 -P "$(nproc)" clang-tidy -p build --quiet --extra-arg=-Wno-unknown-warning-option 2>/dev/null
 echo "clang-tidy: clean"

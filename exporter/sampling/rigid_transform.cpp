@@ -1,6 +1,6 @@
 #include "exporter/sampling/rigid_transform.h"
 
-#include "exporter/sampling/trigonometry.h"
+#include "numerics/trigonometry.h"
 
 #include <cmath>
 
@@ -59,7 +59,9 @@ TEV2_MATRIX_3X4 ToMatrix(const TEV2_QUATERNION& rotation, const TEV2_VECTOR_3& t
 
 TEV2_QUATERNION RotationAbout(const TEV2_VECTOR_3& axis, float angle)
 {
-    const auto [sine, cosine] = SineAndCosine(angle * 0.5f);
+    const auto exact = numerics::SineAndCosine(static_cast<double>(angle * 0.5f));
+    const auto sine = static_cast<float>(exact.sine);
+    const auto cosine = static_cast<float>(exact.cosine);
     return {axis.x * sine, axis.y * sine, axis.z * sine, cosine};
 }
 

@@ -1,5 +1,7 @@
 #include "host/sdk/matrix.h"
 
+#include "numerics/trigonometry.h"
+
 #include <algorithm>
 #include <cmath>
 #include <numbers>
@@ -63,9 +65,9 @@ void FromEuler(const FBVector3d& degrees, FBModelRotationOrder order, Rotation3&
     const int b = axes.second;
     const int c = axes.third;
     const double s = axes.sign;
-    const double sa = std::sin(degrees[a] * kRadians), ca = std::cos(degrees[a] * kRadians);
-    const double sb = std::sin(degrees[b] * kRadians), cb = std::cos(degrees[b] * kRadians);
-    const double sc = std::sin(degrees[c] * kRadians), cc = std::cos(degrees[c] * kRadians);
+    const auto [sa, ca] = numerics::SineAndCosineOfDegrees(degrees[a]);
+    const auto [sb, cb] = numerics::SineAndCosineOfDegrees(degrees[b]);
+    const auto [sc, cc] = numerics::SineAndCosineOfDegrees(degrees[c]);
     out[a][a] = cb * cc;
     out[a][b] = s * cb * sc;
     out[a][c] = -s * sb;

@@ -1,6 +1,5 @@
 #include "exporter/sampling/camera_index_table.h"
 #include "exporter/sampling/rigid_transform.h"
-#include "exporter/sampling/trigonometry.h"
 
 #include <gtest/gtest.h>
 
@@ -13,22 +12,6 @@ namespace tev2_exporter
 {
 namespace
 {
-
-TEST(Trigonometry, RoundsSineAndCosineLikeTheirExactValues)
-{
-    for (int i = -40000; i <= 40000; ++i)
-    {
-        const float angle = static_cast<float>(i) * 0.01f;
-        const auto [sine, cosine] = SineAndCosine(angle);
-        ASSERT_EQ(sine, static_cast<float>(std::sin(static_cast<double>(angle)))) << angle;
-        ASSERT_EQ(cosine, static_cast<float>(std::cos(static_cast<double>(angle)))) << angle;
-    }
-    EXPECT_TRUE(std::isnan(SineAndCosine(std::numeric_limits<float>::infinity()).sine));
-    // A turn of any size stays on the circle.
-    const auto [sine, cosine] = SineAndCosine(1e30f);
-    EXPECT_LE(std::fabs(sine), 1.0f);
-    EXPECT_LE(std::fabs(cosine), 1.0f);
-}
 
 // Four bits from each float, as written into a file.
 std::uint32_t Bits(float value)
