@@ -6,44 +6,11 @@
 #include "tools/tv2/text.h"
 
 #include <algorithm>
-#include <cerrno>
-#include <cstring>
-#include <fcntl.h>
-#include <sys/stat.h>
-#include <sys/statvfs.h>
-#include <unistd.h>
 
 using namespace TEV2_LOADER;
 
 namespace
 {
-
-/// Why nothing can be written to `path` now; empty when that works.
-std::string WhyNotWritable(const std::string& path)
-{
-    const FileStamp stamp = FileStamp::Of(path);
-    const int file = ::open(path.c_str(), O_WRONLY | O_NONBLOCK | O_CLOEXEC);
-    if (file < 0)
-    {
-        return std::strerror(errno);
-    }
-    std::string reason;
-    const char probe = 0;
-    // A device that is no terminal tells by a byte; a file keeps what it has, its disk tells by the room it has left.
-    struct stat status;
-    struct statvfs disk;
-    const bool device = ::fstat(file, &status) == 0 && S_ISCHR(status.st_mode) && ::isatty(file) == 0;
-    if (stamp.regular && ::fstatvfs(file, &disk) == 0 && disk.f_bavail == 0)
-    {
-        reason = std::strerror(ENOSPC);
-    }
-    else if (device && ::write(file, &probe, 1) < 0)
-    {
-        reason = std::strerror(errno);
-    }
-    ::close(file);
-    return reason;
-}
 
 std::string WithReason(const std::string& text, const std::string& path)
 {
@@ -140,25 +107,6 @@ std::string CompareWithPlan(const LoadedFile& file, const PlannedFile& planned, 
 }
 
 } // namespace
-
-FileStamp FileStamp::Of(const std::string& path)
-{
-    FileStamp stamp;
-    struct stat status;
-    if (::stat(path.c_str(), &status) != 0)
-    {
-        return stamp;
-    }
-    stamp.exists = true;
-    stamp.regular = S_ISREG(status.st_mode);
-    stamp.read_only = stamp.regular && (status.st_mode & (S_IWUSR | S_IWGRP | S_IWOTH)) == 0;
-    stamp.device = status.st_dev;
-    stamp.inode = status.st_ino;
-    stamp.size = status.st_size;
-    stamp.seconds = status.st_mtim.tv_sec;
-    stamp.nanoseconds = status.st_mtim.tv_nsec;
-    return stamp;
-}
 
 ExportedFile CheckExportedFile(const PlannedFile& planned, const ExportPlan& plan, const FileStamp& before)
 {

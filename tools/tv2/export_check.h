@@ -1,23 +1,10 @@
 #pragma once
 
 #include "tools/tv2/export_plan.h"
+#include "tools/tv2/system.h"
 
 #include <cstdint>
 #include <string>
-
-/// What stands at a path at one moment; two that are equal mean that nobody wrote in between.
-struct FileStamp
-{
-    bool exists = false;
-    bool regular = false;
-    bool read_only = false; ///< by its permission bits
-    std::uint64_t device = 0, inode = 0;
-    std::int64_t size = 0;
-    std::int64_t seconds = 0, nanoseconds = 0; ///< of the last change
-
-    static FileStamp Of(const std::string& path);
-    bool operator==(const FileStamp&) const = default;
-};
 
 /// What came out of one planned file. Only what can be read back from disk counts.
 struct ExportedFile

@@ -4,6 +4,7 @@
 #include "exporter/numbers.h"
 #include "exporter/text.h"
 #include "tev2_loader/serialisation/file_writer.h"
+#include "tools/tv2/system.h"
 #include "tools/tv2/text.h"
 
 #include <mobu_host/scene.h>
@@ -15,8 +16,6 @@
 #include <filesystem>
 #include <limits>
 #include <map>
-#include <sys/stat.h>
-#include <unistd.h>
 
 using tev2_exporter::Narrow;
 using tev2_exporter::SamplingRange;
@@ -321,47 +320,43 @@ std::string PlanExport(const ExportRequest& request, ExportPlan& plan)
 
 std::string CheckTargets(const ExportRequest& request, const ExportPlan& plan)
 {
-    struct stat scene;
-    const bool scene_is_there = ::stat(request.scene.c_str(), &scene) == 0;
+    const FileStamp scene = FileStamp::Of(request.scene);
     for (const PlannedFile& file : plan.files)
     {
         const auto because = [&file](int error)
         { return "cannot write " + Quoted(file.path) + ": " + std::strerror(error); };
         std::string folder = std::filesystem::path(file.path).parent_path().string();
         folder = folder.empty() ? "." : folder;
-        struct stat status;
-        if (::stat(folder.c_str(), &status) != 0)
+        const FileStamp place = FileStamp::Of(folder);
+        if (!place.exists || !place.folder)
         {
-            return because(errno) + ": " + Quoted(folder);
+            return because(place.exists ? ENOTDIR : place.error) + ": " + Quoted(folder);
         }
-        if (!S_ISDIR(status.st_mode))
+        const FileStamp target = FileStamp::Of(file.path);
+        if (!target.exists)
         {
-            return because(ENOTDIR) + ": " + Quoted(folder);
-        }
-        if (::stat(file.path.c_str(), &status) != 0)
-        {
-            if (errno != ENOENT)
+            if (target.error != ENOENT)
             {
-                return because(errno);
+                return because(target.error);
             }
-            if (::access(folder.c_str(), W_OK | X_OK) != 0)
+            if (const int obstacle = ObstacleToWriting(folder); obstacle != 0)
             {
-                return because(errno) + ": " + Quoted(folder);
+                return because(obstacle) + ": " + Quoted(folder);
             }
             continue;
         }
-        if (S_ISDIR(status.st_mode))
+        if (target.folder)
         {
             return because(EISDIR);
         }
-        if (scene_is_there && status.st_dev == scene.st_dev && status.st_ino == scene.st_ino)
+        if (target.IsSameFile(scene))
         {
             return "cannot write " + Quoted(file.path) + ": it is the scene file itself";
         }
-        const bool marked_read_only = (status.st_mode & (S_IWUSR | S_IWGRP | S_IWOTH)) == 0;
-        if (!marked_read_only && ::access(file.path.c_str(), W_OK) != 0)
+        const int obstacle = target.read_only ? 0 : ObstacleToWriting(file.path);
+        if (obstacle != 0)
         {
-            return because(errno);
+            return because(obstacle);
         }
     }
     return {};
@@ -371,15 +366,10 @@ std::string MakeTargetsWritable(const ExportPlan& plan)
 {
     for (const PlannedFile& file : plan.files)
     {
-        struct stat status;
-        if (::stat(file.path.c_str(), &status) != 0 || !S_ISREG(status.st_mode) ||
-            (status.st_mode & (S_IWUSR | S_IWGRP | S_IWOTH)) != 0)
+        const int error = FileStamp::Of(file.path).read_only ? MakeWritable(file.path) : 0;
+        if (error != 0)
         {
-            continue;
-        }
-        if (::chmod(file.path.c_str(), (status.st_mode & 07777) | S_IWUSR) != 0)
-        {
-            return "cannot make " + Quoted(file.path) + " writable: " + std::strerror(errno);
+            return "cannot make " + Quoted(file.path) + " writable: " + std::strerror(error);
         }
     }
     return {};

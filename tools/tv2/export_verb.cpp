@@ -1,6 +1,7 @@
 #include "tools/tv2/export_check.h"
 #include "tools/tv2/export_plan.h"
 #include "tools/tv2/progress_bar.h"
+#include "tools/tv2/system.h"
 #include "tools/tv2/text.h"
 #include "tools/tv2/verb.h"
 
@@ -15,7 +16,6 @@
 #include <iomanip>
 #include <memory>
 #include <sstream>
-#include <unistd.h>
 
 namespace
 {
@@ -25,7 +25,7 @@ using ScriptEntry = unsigned(const char* path, int start_frame, int end_frame, i
                              bool spaces_to_underscores, bool keep_positive_z, bool remove_namespace,
                              bool disable_constraints, bool export_all_keys, bool all_takes);
 
-constexpr const char* kModuleName = "tv2_motionbuilder_export_tool.so";
+constexpr const char* kModuleName = "tv2_motionbuilder_export_tool";
 constexpr const char* kEntryName = "python_export_tv2";
 
 struct ExportVerbOptions
@@ -40,11 +40,11 @@ struct ExportVerbOptions
 std::string FindModule()
 {
     std::error_code error;
-    const std::filesystem::path program = std::filesystem::read_symlink("/proc/self/exe", error);
-    const std::filesystem::path prefix = program.parent_path().parent_path();
-    const std::filesystem::path built = prefix / "lib/tv2" / kModuleName;
+    const std::string module = ModuleFileName(kModuleName);
+    const std::filesystem::path prefix = std::filesystem::path(ProgramPath()).parent_path().parent_path();
+    const std::filesystem::path built = prefix / "lib/tv2" / module;
     const std::filesystem::path installed =
-        prefix / TV2_MODULE_DIR / kModuleName; // replaced where that is absolute
+        prefix / TV2_MODULE_DIR / module; // replaced where that is absolute
     return std::filesystem::exists(built, error) ? built.string() : installed.string();
 }
 
@@ -145,7 +145,7 @@ private:
         {
             before.push_back(FileStamp::Of(file.path));
         }
-        const bool show = !options_.quiet && ::isatty(STDERR_FILENO) != 0;
+        const bool show = !options_.quiet && ErrorsGoToTerminal();
         ExportWatch watch(plan_, show ? &context_.err : nullptr);
         const unsigned result =
             entry_(request_.output.c_str(), plan_.start_frame, plan_.end_frame, plan_.fps,
