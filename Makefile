@@ -17,9 +17,9 @@ demo: build ## Export a real motion-capture scene and show what came out
 	$(BUILD)/bin/tv2 info out/walk.tv2
 	$(BUILD)/bin/tv2 picture --view side out/walk.tv2 out/walk.svg
 
-build: packages ## Build the command (build/bin/tv2), the plug-in and the library
+build: packages ## Build the command (build/bin/tv2), the plug-in and the libraries
 	@cmake --preset release > /dev/null
-	@cmake --build --preset release --target tv2 tv2_motionbuilder_export_tool
+	@cmake --build --preset release --target tv2 tv2_motionbuilder_export_tool mobu_host
 
 test: packages ## Build everything and run all tests
 	@cmake --preset release > /dev/null
