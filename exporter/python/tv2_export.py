@@ -23,6 +23,7 @@ unicode is UTF-8 or what the locale says.
 import ctypes
 import operator
 import os
+import struct
 import sys
 import time
 
@@ -38,6 +39,7 @@ _ENCODING = "mbcs" if _WINDOWS else sys.getfilesystemencoding() or "utf-8"
 _ERRORS = "strict" if _WINDOWS or str is bytes else "surrogateescape"
 
 _MAGIC = b"\x01\x32\x56\x54"  # written last: a file that was cut short begins with zeros
+_ENVIRONMENT = 2
 _EXTENSION = b".tv2"
 _MOST_PATH_BYTES = 260
 _INT32_MIN, _INT32_MAX = -2**31, 2**31 - 1
@@ -69,8 +71,9 @@ def export(path, start_frame=None, end_frame=None, fps=50, spaces_to_underscores
 
     Raises ExportError before anything is written for arguments of the wrong type, a rate of 0 or less, a start after
     the end, a missing folder, takes that no file can be named after or that would share one, and a plug-in that cannot
-    be loaded; afterwards when the exporter gave up, or when a file is missing, was not touched or is incomplete. Where
-    a file is read-only, the exporter asks; without anybody to ask, the file is kept, which is an error too.
+    be loaded; afterwards when the exporter gave up, when a file is missing, was not touched or is incomplete, or when
+    the frames turned out to lie outside a take. Where a file is read-only, the exporter asks; a file that is kept is an
+    error too.
     """
     path = _encoded(path, "the path")
     if not path.endswith(_EXTENSION):
@@ -316,7 +319,18 @@ def _complaint(path, before):
         return "was not written, what stands there is older" if writable else "is read-only and was kept"
     try:
         with open(path, "rb") as stream:
-            magic = stream.read(len(_MAGIC))
-    except (IOError, OSError) as error:
+            if stream.read(len(_MAGIC)) != _MAGIC:
+                return "is incomplete, its writing failed"
+            start, end = _time_range(stream)
+    except (IOError, OSError, struct.error) as error:
         return "cannot be read back: %s" % error
-    return "" if magic == _MAGIC else "is incomplete, its writing failed"
+    return "" if start <= end else "is of no use: %g to %g s, the frames are outside the take" % (start, end)
+
+
+def _time_range(stream):
+    """The seconds where the file starts and ends: the first that its environment holds. Stands behind the magic."""
+    while True:
+        size, chunk = struct.unpack("<II", stream.read(8))
+        if chunk == _ENVIRONMENT:
+            return struct.unpack("<ff", stream.read(8))
+        stream.seek(max(size - 8, 0), os.SEEK_CUR)

@@ -173,7 +173,7 @@ class RefusedTest(ScratchTest):
             ("neither True nor False", out, {"keep_positive_z": "no"}),
             ("neither True nor False", out, {"remove_namespace": 0}),
             ("neither True nor False", out, {"disable_constraints": 0}),
-            ("there is no " + self.path("gone.so"), out, {"plugin": self.path("gone.so")}),
+            ("not loaded: there is no " + self.path("gone.so"), out, {"plugin": self.path("gone.so")}),
             ("cannot be loaded", out, {"plugin": no_module}),
             ("is no exporter", out, {"plugin": os.environ["TV2_HOST"]}),
         ]
@@ -261,6 +261,13 @@ class FailedTest(ScratchTest):
         self.failed("what stands there is older", out, plugin=LYING_EXPORTER)
         os.environ["LIE_SOURCE"] = self.walk
         self.failed("is incomplete", out, plugin=LYING_EXPORTER)
+        os.environ["LIE_SOURCE"] = self.write("garbage", "\x01\x32\x56\x54" + "\0" * 30)
+        self.failed("cannot be read back", out, plugin=LYING_EXPORTER)
+
+    def test_frames_outside_the_take(self):
+        export(self.path("out.tv2"), start_frame=2)
+        self.failed("the frames are outside the take", self.path("out.tv2"), start_frame=3)
+        self.failed("the frames are outside the take", self.path("out.tv2"), end_frame=-1)
 
     def test_an_exporter_that_gave_up(self):
         with mock.patch.object(tv2_export, "_load_entry", return_value=lambda *arguments: 0):
