@@ -124,6 +124,40 @@ class WrittenFilesTest(ScratchTest):
         self.assertEqual(len(files), 14)
         self.assertEqual(tv2("check", *files), 0)
 
+    def test_each_argument_arrives_in_its_place(self):
+        path = self.path("out.tv2")
+        default = [path.encode(), -2**31, 2**31 - 1, 50, True, True, True, False, True, False]
+        cases = [
+            ({}, {}),
+            ({"start_frame": 3}, {1: 3, 8: False}),
+            ({"end_frame": 4}, {2: 4, 8: False}),
+            ({"fps": 60}, {3: 60}),
+            ({"spaces_to_underscores": False}, {4: False}),
+            ({"keep_positive_z": False}, {5: False}),
+            ({"remove_namespace": False}, {6: False}),
+            ({"disable_constraints": True}, {7: True}),
+            ({"all_takes": True}, {9: True}),
+        ]
+        for options, changes in cases:
+            entry = mock.Mock(return_value=0)
+            with self.subTest(options=options), mock.patch.object(tv2_export, "_load_entry", return_value=entry):
+                with self.assertRaises(ExportError):
+                    export(path, **options)
+                expected = [changes.get(place, value) for place, value in enumerate(default)]
+                entry.assert_called_once_with(*expected)
+
+    def test_a_file_of_this_moment_is_not_mistaken_for_one_of_the_next(self):
+        for age, sleeps in ((0.0, True), (0.01, True), (1.0, False)):
+            clock = mock.Mock()
+            clock.now = 1000.0
+            clock.time.side_effect = lambda: clock.now
+            clock.sleep.side_effect = lambda seconds: setattr(clock, "now", clock.now + seconds)
+            stamps = [None, (500.0, 1, 1), (clock.now - age, 1, 1)]
+            with mock.patch.object(tv2_export, "time", clock):
+                tv2_export._let_the_clock_move_on(stamps)
+            self.assertGreaterEqual(clock.now - (1000.0 - age), 0.02)
+            self.assertEqual(clock.sleep.called, sleeps)
+
     def test_a_file_written_twice_at_once_counts_twice(self):
         first = export(self.path("a.tv2"))
         for _ in range(20):
