@@ -63,6 +63,12 @@ std::vector<FBMenuItem*>& ActiveMenuItems()
     return items;
 }
 
+std::vector<MenuUse>& RecordedUses()
+{
+    static std::vector<MenuUse> uses;
+    return uses;
+}
+
 std::function<void(FBPopup&)>& PopupPlayer()
 {
     static std::function<void(FBPopup&)> player;
@@ -181,6 +187,22 @@ std::vector<FBMenuItem*> MenuItems()
 {
     return ActiveMenuItems();
 }
+
+bool UseMenuItem(FBMenuItem& item, const std::string& file_name)
+{
+    if (!item.IsActive())
+        return false;
+    MenuUse use{static_cast<const char*>(item.Label), file_name, false};
+    use.result = item.Execute(file_name.c_str());
+    RecordedUses().push_back(use);
+    return use.result;
+}
+
+const std::vector<MenuUse>& MenuUses()
+{
+    return RecordedUses();
+}
+
 void SetPopupPlayer(std::function<void(FBPopup&)> player)
 {
     PopupPlayer() = std::move(player);

@@ -261,7 +261,7 @@ std::string CheckRequest(const ExportRequest& request)
     return {};
 }
 
-std::string PlanExport(const ExportRequest& request, ExportPlan& plan)
+std::string PrepareScene(const ExportRequest& request, ExportPlan& plan)
 {
     if (mobu_host::ModelsInPreOrder().size() < 2)
     {
@@ -275,7 +275,36 @@ std::string PlanExport(const ExportRequest& request, ExportPlan& plan)
         }
     }
     CountNodes(plan);
+    return {};
+}
 
+std::vector<PlannedFile> NameFiles(const ExportRequest& request)
+{
+    FBTake* const current = FBSystem().CurrentTake;
+    std::vector<PlannedFile> files;
+    std::vector<std::u16string> take_names;
+    for (FBTake* take : request.all_takes ? TakesOfScene() : std::vector<FBTake*>{current})
+    {
+        PlannedFile& file = files.emplace_back();
+        file.take = take;
+        file.take_name = NameOf(*take);
+        take_names.push_back(Widen(file.take_name));
+    }
+    const std::vector<std::u16string> paths = tev2_exporter::OutputFileNames(
+        Widen(request.output), take_names, request.all_takes, request.spaces_to_underscores);
+    for (std::size_t i = 0; i < files.size(); ++i)
+    {
+        files[i].path = Narrow(paths[i]);
+    }
+    return files;
+}
+
+std::string PlanExport(const ExportRequest& request, ExportPlan& plan)
+{
+    if (std::string reason = PrepareScene(request, plan); !reason.empty())
+    {
+        return reason;
+    }
     const double transport_rate = FBPlayerControl().GetTransportFpsValue();
     plan.fps = request.fps.value_or(std::max(1, tev2_exporter::ToInt32(std::round(transport_rate))));
     plan.whole_take = !request.start_frame && !request.end_frame;
@@ -283,23 +312,10 @@ std::string PlanExport(const ExportRequest& request, ExportPlan& plan)
     plan.start_frame = request.start_frame.value_or(std::numeric_limits<int>::min());
     plan.end_frame = request.end_frame.value_or(std::numeric_limits<int>::max());
 
-    FBTake* const current = FBSystem().CurrentTake;
-    std::vector<std::u16string> take_names;
-    for (FBTake* take : request.all_takes ? TakesOfScene() : std::vector<FBTake*>{current})
+    plan.files = NameFiles(request);
+    for (PlannedFile& file : plan.files)
     {
-        PlannedFile file;
-        file.take = take;
-        file.take_name = NameOf(*take);
-        file.range = RangeOf(*take, plan, transport_rate);
-        take_names.push_back(Widen(file.take_name));
-        plan.files.push_back(std::move(file));
-    }
-    const std::vector<std::u16string> paths = tev2_exporter::OutputFileNames(
-        Widen(request.output), take_names, request.all_takes, request.spaces_to_underscores);
-    for (std::size_t i = 0; i < plan.files.size(); ++i)
-    {
-        PlannedFile& file = plan.files[i];
-        file.path = Narrow(paths[i]);
+        file.range = RangeOf(*file.take, plan, transport_rate);
         if (std::string reason = CheckRange(file); !reason.empty())
         {
             return reason;

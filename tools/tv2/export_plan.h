@@ -50,7 +50,14 @@ struct ExportPlan
     std::vector<PlannedFile> files;
 };
 
-/// Makes the take current and selects the models that the request names, and plans the export of the scene that is
+/// Makes the take current and selects the models that the request names in the scene that is open, and counts what
+/// every file will hold. Empty, or why there is nothing to export.
+std::string PrepareScene(const ExportRequest& request, ExportPlan& plan);
+
+/// The files that the takes of the request go into, in order of the takes; ranges and instants are left open.
+std::vector<PlannedFile> NameFiles(const ExportRequest& request);
+
+/// Prepares the scene and plans the export of the scene that is
 /// open. Empty when it can go ahead; otherwise why not, for the user. Changes no file.
 std::string PlanExport(const ExportRequest& request, ExportPlan& plan);
 

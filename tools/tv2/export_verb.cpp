@@ -1,5 +1,8 @@
+#include "tools/tv2/dialog_export.h"
 #include "tools/tv2/export_check.h"
 #include "tools/tv2/export_plan.h"
+#include "tools/tv2/export_report.h"
+#include "tools/tv2/exporter_module.h"
 #include "tools/tv2/progress_bar.h"
 #include "tools/tv2/system.h"
 #include "tools/tv2/text.h"
@@ -7,45 +10,42 @@
 
 #include "host/scene_import/scene_import.h"
 
-#include <mobu_host/plugin.h>
-
 #include <CLI/CLI.hpp>
-#include <nlohmann/json.hpp>
 
-#include <filesystem>
-#include <iomanip>
 #include <memory>
-#include <sstream>
 
 namespace
 {
 
-using ExportJson = nlohmann::ordered_json;
 using ScriptEntry = unsigned(const char* path, int start_frame, int end_frame, int fps,
                              bool spaces_to_underscores, bool keep_positive_z, bool remove_namespace,
                              bool disable_constraints, bool export_all_keys, bool all_takes);
 
-constexpr const char* kModuleName = "tv2_motionbuilder_export_tool";
 constexpr const char* kEntryName = "python_export_tv2";
 
 struct ExportVerbOptions
 {
     ExportRequest request;
     std::string plugin;
+    bool dialog = false;
+    std::string dialog_script; ///< empty: the window
     bool quiet = false;
     bool json = false;
 };
 
-/// Where the exporter's module is: beside this program in the tree it was built in, or as it was installed.
-std::string FindModule()
+/// Why the options of the command line do not go with the dialog; empty when they do.
+std::string OptionsOfTheDialog(const CLI::App& verb)
 {
-    std::error_code error;
-    const std::string module = ModuleFileName(kModuleName);
-    const std::filesystem::path prefix = std::filesystem::path(ProgramPath()).parent_path().parent_path();
-    const std::filesystem::path built = prefix / "lib/tv2" / module;
-    const std::filesystem::path installed =
-        prefix / TV2_MODULE_DIR / module; // replaced where that is absolute
-    return std::filesystem::exists(built, error) ? built.string() : installed.string();
+    for (const char* const name :
+         {"--fps", "--start-frame", "--end-frame", "--all-takes", "--spaces-to-underscores",
+          "--keep-positive-z", "--remove-namespace", "--disable-constraints"})
+    {
+        if (verb.get_option(name)->count() > 0)
+        {
+            return std::string(name) + " is decided in the dialog: leave it out, or leave the dialog out";
+        }
+    }
+    return {};
 }
 
 /// One run of the verb, from the scene file to the report.
@@ -57,7 +57,27 @@ public:
     {
     }
 
-    void Run()
+    /// With a reason why the options do not go together, or none.
+    void Run(const std::string& bad_usage)
+    {
+        report_.error = !bad_usage.empty() ? bad_usage : options_.dialog ? UseDialog() : UseScriptEntry();
+        if (!report_.error.empty())
+        {
+            Complain(report_.error, kExitCouldNotRun);
+        }
+        for (const ExportReport::File& file : report_.files)
+        {
+            if (!file.exported.error.empty())
+            {
+                Complain(OneLine(file.planned.path) + ": " + file.exported.error, kExitFindings);
+            }
+        }
+        Print();
+    }
+
+private:
+    /// Both export, or give a reason why nothing was started.
+    std::string UseScriptEntry()
     {
         std::string reason = OfScene(CheckRequest(request_));
         if (reason.empty())
@@ -80,32 +100,27 @@ public:
         {
             reason = MakeTargetsWritable(plan_);
         }
-        if (!reason.empty())
+        if (reason.empty())
         {
-            Complain(reason, kExitCouldNotRun);
-            if (options_.json)
-            {
-                PrintJson(reason);
-            }
-            return;
+            Export();
         }
-        Export();
-        if (options_.json)
-        {
-            PrintJson({});
-        }
-        else if (!options_.quiet)
-        {
-            PrintSummary();
-        }
+        return reason;
     }
 
-private:
-    struct Outcome
+    std::string UseDialog()
     {
-        ExportedFile file;
-        double seconds = 0.0;
-    };
+        DialogExportResult result = ExportByDialog(request_, options_.plugin, options_.dialog_script);
+        report_ = std::move(result.report);
+        for (const std::string& failure : result.failures)
+        {
+            Complain(failure, kExitFindings);
+        }
+        if (report_.cancelled.value_or(false))
+        {
+            Complain("cancelled: nothing exported", kExitFindings);
+        }
+        return report_.error;
+    }
 
     /// A reason not to export, with the scene's path; empty when there is none.
     std::string OfScene(const std::string& reason) const
@@ -122,17 +137,17 @@ private:
     std::string OpenScene()
     {
         const mobu_host::SceneImportResult scene = mobu_host::ImportScene(request_.scene);
-        notes_ = scene.notes;
+        report_.notes = scene.notes;
         return scene.ok ? std::string() : scene.error;
     }
 
     std::string LoadEntry()
     {
         std::string error;
-        plugin_ = mobu_host::Plugin::Load(options_.plugin.empty() ? FindModule() : options_.plugin, error);
+        plugin_ = LoadExporter(options_.plugin, error);
         if (!plugin_)
         {
-            return "the exporter cannot be loaded: " + error;
+            return error;
         }
         entry_ = plugin_->Symbol<ScriptEntry>(kEntryName);
         return entry_ ? std::string() : plugin_->Path() + " is no exporter: it has no " + kEntryName;
@@ -155,11 +170,8 @@ private:
 
         for (std::size_t i = 0; i < plan_.files.size(); ++i)
         {
-            outcomes_.push_back({CheckExportedFile(plan_.files[i], plan_, before[i]), watch.Seconds(i)});
-            if (const std::string& error = outcomes_.back().file.error; !error.empty())
-            {
-                Complain(OneLine(plan_.files[i].path) + ": " + error, kExitFindings);
-            }
+            report_.files.push_back({plan_.files[i], CheckExportedFile(plan_.files[i], plan_, before[i]),
+                                     plan_.fps, watch.Seconds(i)});
         }
         if (result != 1)
         {
@@ -167,75 +179,27 @@ private:
         }
     }
 
-    void PrintSummary() const
+    void Print() const
     {
-        std::ostringstream text;
-        for (std::size_t i = 0; i < plan_.files.size(); ++i)
+        if (options_.json)
         {
-            const PlannedFile& planned = plan_.files[i];
-            const ExportedFile& file = outcomes_[i].file;
-            if (!file.error.empty())
-            {
-                continue;
-            }
-            text << OneLine(planned.path) << ": take \"" << OneLine(planned.take_name) << "\", "
-                 << CountOf(file.nodes, "node", "nodes") << ", " << CountOf(file.cameras, "camera", "cameras")
-                 << ", " << CountOf(file.samples, "sample", "samples") << ", " << CountText(file.keys_sampled)
-                 << " keys sampled, " << CountText(file.keys_kept) << " kept, " << CountText(file.bytes)
-                 << " bytes, " << std::fixed << std::setprecision(2) << outcomes_[i].seconds << " s\n";
+            context_.out << ReportJson(request_.scene, report_)
+                                .dump(2, ' ', false, nlohmann::ordered_json::error_handler_t::replace)
+                         << '\n';
         }
-        for (const std::string& note : notes_)
+        else if (!options_.quiet && report_.error.empty())
         {
-            text << "note: " << OneLine(note) << '\n';
+            PrintReport(context_.out, report_);
         }
-        context_.out << text.str();
-    }
-
-    void PrintJson(const std::string& refusal) const
-    {
-        ExportJson json = {{"scene", request_.scene}, {"notes", notes_}};
-        if (!refusal.empty())
-        {
-            json["error"] = refusal;
-        }
-        json["files"] = ExportJson::array();
-        for (std::size_t i = 0; i < outcomes_.size(); ++i)
-        {
-            const PlannedFile& planned = plan_.files[i];
-            const ExportedFile& file = outcomes_[i].file;
-            ExportJson entry = {
-                {"path", planned.path}, {"take", planned.take_name}, {"ok", file.error.empty()}};
-            if (!file.error.empty())
-            {
-                entry["error"] = file.error;
-                entry["skipped"] = file.skipped;
-            }
-            else
-            {
-                entry["start"] = planned.range.start;
-                entry["end"] = planned.range.end;
-                entry["rate"] = plan_.fps;
-                entry["nodes"] = file.nodes;
-                entry["cameras"] = file.cameras;
-                entry["samples"] = file.samples;
-                entry["keysSampled"] = file.keys_sampled;
-                entry["keysKept"] = file.keys_kept;
-                entry["bytes"] = file.bytes;
-                entry["seconds"] = outcomes_[i].seconds;
-            }
-            json["files"].push_back(std::move(entry));
-        }
-        context_.out << json.dump(2, ' ', false, ExportJson::error_handler_t::replace) << '\n';
     }
 
     const ExportVerbOptions& options_;
     const ExportRequest& request_;
     VerbContext& context_;
-    std::vector<std::string> notes_; ///< of the import
+    ExportReport report_;
     ExportPlan plan_;
     std::unique_ptr<mobu_host::Plugin> plugin_;
     ScriptEntry* entry_ = nullptr;
-    std::vector<Outcome> outcomes_; ///< one for each planned file
 };
 
 } // namespace
@@ -278,6 +242,14 @@ void AddExportVerb(CLI::App& app, VerbContext& context)
     verb->add_flag("--yes", request.overwrite_read_only, "Over-write read-only files without asking");
     verb->add_option("--plugin", options->plugin,
                      "The exporter's module (default: the one beside this command)");
+    verb->add_flag("--dialog", options->dialog,
+                   "Ask for the options as MotionBuilder does: in the exporter's own dialog, which "
+                   "remembers them");
+    verb->add_option(
+            "--dialog-script", options->dialog_script,
+            "Play the steps of this file to the dialog instead of showing it: click \"REGION\", edit "
+            "\"REGION\" NUMBER, move LEFT TOP, close")
+        ->check(given);
     verb->add_flag("--quiet", options->quiet, "Print nothing but errors");
     verb->add_flag("--json", options->json,
                    "Print JSON: an object with one entry of \"files\" for each file");
@@ -286,7 +258,14 @@ void AddExportVerb(CLI::App& app, VerbContext& context)
         "  tv2 export walk.bvh walk.tv2\n"
         "  tv2 export --all-takes --fps 60 robot.glb robot.tv2\n"
         "  tv2 export --select Hips --start-frame 10 --end-frame 60 walk.bvh hips.tv2\n"
+        "  tv2 export --dialog --take Dance robot.glb dance.tv2\n"
+        "  tv2 export --dialog-script steps.txt robot.glb robot.tv2\n"
         "A file counts as exported when it has been read back whole. Exit code: 0 every file was; 1 at least "
-        "one was not, or was skipped as read-only; 2 nothing was started.");
-    verb->callback([options, &context] { ExportRun(*options, context).Run(); });
+        "one was not, or was skipped as read-only, or the dialog was cancelled; 2 nothing was started.");
+    verb->callback(
+        [options, verb, &context]
+        {
+            options->dialog = options->dialog || !options->dialog_script.empty();
+            ExportRun(*options, context).Run(options->dialog ? OptionsOfTheDialog(*verb) : std::string());
+        });
 }

@@ -17,7 +17,7 @@ using AddVerb = void (*)(CLI::App&, VerbContext&);
 
 /// In the order in which the help lists them.
 constexpr AddVerb kVerbs[] = {
-    AddExportVerb, AddSceneVerb, AddInfoVerb, AddDumpVerb, AddCheckVerb, AddPictureVerb,
+    AddExportVerb, AddSceneVerb, AddMenuVerb, AddInfoVerb, AddDumpVerb, AddCheckVerb, AddPictureVerb,
 };
 
 /// The first argument where it should be a verb and is none; null otherwise.

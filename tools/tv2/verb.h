@@ -35,6 +35,7 @@ struct VerbContext
 
 void AddExportVerb(CLI::App& app, VerbContext& context);
 void AddSceneVerb(CLI::App& app, VerbContext& context);
+void AddMenuVerb(CLI::App& app, VerbContext& context);
 void AddInfoVerb(CLI::App& app, VerbContext& context);
 void AddDumpVerb(CLI::App& app, VerbContext& context);
 void AddCheckVerb(CLI::App& app, VerbContext& context);

@@ -14,6 +14,19 @@ namespace mobu_host
 // The activated items, in order of activation.
 FBSDK_DLL std::vector<FBMenuItem*> MenuItems();
 
+struct MenuUse
+{
+    std::string label; // of the item
+    std::string file_name;
+    bool result = false; // of its Execute
+};
+
+// Does what the application does when a user picks an item of the menu and leaves its file dialog with
+// `file_name`: executes the item and records the use. The result of Execute; false, with no record, for an item
+// that is not in the menu.
+FBSDK_DLL bool UseMenuItem(FBMenuItem& item, const std::string& file_name);
+FBSDK_DLL const std::vector<MenuUse>& MenuUses(); // in their order, of all modules
+
 // Plays the user of a popup: called by FBPopup::Show when everything is laid out; when it returns the window
 // is closed, if Close has not been called before. Without a player Show returns false at once. An empty one
 // takes it away.

@@ -1,0 +1,58 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <vector>
+
+#include <fbsdk/fbsdk.h>
+
+// A user of popups who does what a text says. One step a line; empty lines and what follows a # are passed over:
+//
+//     click "REGION"        presses the button of a region
+//     edit "REGION" 12.5    types a number into the box of a region, which holds it within its limits
+//     move 200 300          moves the window: left and top in pixels
+//     close                 closes the window by its own button
+//
+// Names stand in double quotes, with \" and \\ for these two characters. The end of the text closes a popup that
+// is still open.
+
+namespace mobu_host
+{
+
+class PopupScript
+{
+public:
+    // None when the file cannot be read or a line is malformed: error then names the file, the line and the cause.
+    static std::optional<PopupScript> Read(const std::string& path, std::string& error);
+
+    // Plays all steps to an open popup. Empty, or "FILE:LINE: cause" of the first step that cannot be done: no
+    // such region, a control of another kind, one that is disabled, a popup that has closed already. What follows
+    // that step is left out.
+    std::string Play(FBPopup& popup) const;
+
+private:
+    enum class Action
+    {
+        kClick,
+        kEdit,
+        kMove,
+        kClose
+    };
+
+    struct Step
+    {
+        Action action = Action::kClose;
+        std::string place; // "FILE:LINE"
+        std::string region;
+        double value = 0.0;
+        int left = 0;
+        int top = 0;
+    };
+
+    static std::string ReadStep(const std::string& line, Step& step);
+    static std::string Play(const Step& step, FBPopup& popup);
+
+    std::vector<Step> steps_;
+};
+
+} // namespace mobu_host

@@ -1,0 +1,366 @@
+#include "tools/tv2/dialog_export.h"
+
+#include "host/popup/popup_script.h"
+#include "host/popup/popup_window.h"
+#include "host/scene_import/scene_import.h"
+#include "tools/tv2/exporter_module.h"
+#include "tools/tv2/text.h"
+
+#include <mobu_host/scene.h>
+#include <mobu_host/ui.h>
+
+#include <algorithm>
+#include <cmath>
+#include <filesystem>
+#include <map>
+
+namespace
+{
+
+/// Watches which takes are sampled, and when. The player is first put where no take is, so that putting it back can be
+/// told from sampling.
+class SamplingWatch
+{
+public:
+    struct Sampled
+    {
+        FBTake* take = nullptr;
+        std::vector<float> instants;
+    };
+
+    SamplingWatch() : rest_(TimeBeforeAllTakes())
+    {
+        FBPlayerControl().Goto(rest_);
+        mobu_host::Scene().Evaluate();
+        mobu_host::ObserverCalls calls;
+        calls.on_goto = [this](FBTime time, FBTake* take) { OnGoto(time, take); };
+        observer_ = std::make_unique<mobu_host::SceneObserver>(std::move(calls));
+    }
+
+    bool PlayerMoved() const { return moved_; }
+    const std::vector<Sampled>& Takes() const { return takes_; } ///< in the order in which they were sampled
+
+    const Sampled* Find(const FBTake* take) const
+    {
+        const auto found = std::find_if(takes_.begin(), takes_.end(),
+                                        [take](const Sampled& sampled) { return sampled.take == take; });
+        return found == takes_.end() ? nullptr : &*found;
+    }
+
+private:
+    static FBTime TimeBeforeAllTakes()
+    {
+        constexpr double kHour = 3600.0;
+        double seconds = 0.0;
+        FBPropertyListTake& takes = mobu_host::Scene().Takes;
+        for (int i = 0; i < takes.GetCount(); ++i)
+        {
+            const FBTimeSpan span = takes[i]->LocalTimeSpan;
+            seconds = std::min(seconds, span.GetStart().GetSecondDouble());
+        }
+        FBTime time;
+        time.SetSecondDouble(std::floor(seconds) - kHour);
+        return time;
+    }
+
+    void OnGoto(FBTime time, FBTake* take)
+    {
+        moved_ = true;
+        if (time == rest_)
+        {
+            return;
+        }
+        if (takes_.empty() || takes_.back().take != take)
+        {
+            takes_.push_back({take, {}});
+        }
+        takes_.back().instants.push_back(static_cast<float>(time.GetSecondDouble()));
+    }
+
+    FBTime rest_;
+    bool moved_ = false;
+    std::vector<Sampled> takes_;
+    std::unique_ptr<mobu_host::SceneObserver> observer_;
+};
+
+/// Every way in which the dialog's choice of takes and spaces can name the files.
+std::vector<std::vector<PlannedFile>> NamesThatCanBe(ExportRequest request)
+{
+    std::vector<std::vector<PlannedFile>> ways;
+    for (const bool all_takes : {false, true})
+    {
+        for (const bool underscores : {true, false})
+        {
+            request.all_takes = all_takes;
+            request.spaces_to_underscores = underscores;
+            ways.push_back(NameFiles(request));
+        }
+    }
+    return ways;
+}
+
+/// What stood under each name that can be written to.
+using Stamps = std::map<std::string, FileStamp>;
+
+Stamps StampsOf(const std::vector<std::vector<PlannedFile>>& ways)
+{
+    Stamps stamps;
+    for (const auto& files : ways)
+    {
+        for (const PlannedFile& file : files)
+        {
+            stamps.emplace(file.path, FileStamp::Of(file.path));
+        }
+    }
+    return stamps;
+}
+
+/// The way that explains best which files have changed: those of sampled takes have, others have not.
+const std::vector<PlannedFile>& WayThatWasTaken(const std::vector<std::vector<PlannedFile>>& ways,
+                                                const Stamps& before, const SamplingWatch& watch)
+{
+    const auto mismatches = [&](const std::vector<PlannedFile>& files)
+    {
+        std::map<std::string, bool> expected;
+        for (const auto& [path, stamp] : before)
+        {
+            expected[path] = false;
+        }
+        for (const PlannedFile& file : files)
+        {
+            expected[file.path] = expected[file.path] || watch.Find(file.take) != nullptr;
+        }
+        const auto differs = [&](const auto& entry)
+        { return entry.second == (FileStamp::Of(entry.first) == before.at(entry.first)); };
+        const auto unnamed = [&files](const SamplingWatch::Sampled& sampled)
+        {
+            return std::none_of(files.begin(), files.end(),
+                                [&](const PlannedFile& file) { return file.take == sampled.take; });
+        };
+        return std::count_if(expected.begin(), expected.end(), differs) +
+               2 * std::count_if(watch.Takes().begin(), watch.Takes().end(), unnamed);
+    };
+    return *std::min_element(ways.begin(), ways.end(),
+                             [&](const auto& a, const auto& b) { return mismatches(a) < mismatches(b); });
+}
+
+/// Read-only files made writable for a while: those that nobody wrote to are set back.
+class WritableForAWhile
+{
+public:
+    std::string Open(const Stamps& stamps)
+    {
+        ExportPlan plan;
+        for (const auto& [path, stamp] : stamps)
+        {
+            if (stamp.read_only)
+            {
+                std::error_code ignored;
+                before_[path] = std::filesystem::status(path, ignored).permissions();
+                plan.files.emplace_back().path = path;
+            }
+        }
+        return MakeTargetsWritable(plan);
+    }
+
+    void SetBack(const Stamps& stamps) const
+    {
+        for (const auto& [path, permissions] : before_)
+        {
+            if (FileStamp::Of(path) == stamps.at(path))
+            {
+                std::error_code ignored;
+                std::filesystem::permissions(path, permissions, ignored);
+            }
+        }
+    }
+
+private:
+    std::map<std::string, std::filesystem::perms> before_;
+};
+
+FBMenuItem* ExportEntry()
+{
+    for (FBMenuItem* item : mobu_host::MenuItems())
+    {
+        const FBMenuItemType type = item->Type;
+        if (type == kFBMenuItemMotionExport || type == kFBMenuItemSceneExport)
+        {
+            return item;
+        }
+    }
+    return nullptr;
+}
+
+class DialogRun
+{
+public:
+    DialogRun(const ExportRequest& request, DialogExportResult& result) : request_(request), result_(result)
+    {
+    }
+
+    std::string Run(const std::string& plugin_path, const std::string& script_path)
+    {
+        if (std::string reason = FindUser(script_path); !reason.empty())
+        {
+            return reason;
+        }
+        if (const std::string reason = OpenScene(); !reason.empty())
+        {
+            return OneLine(request_.scene) + ": " + reason;
+        }
+        std::string error;
+        const std::unique_ptr<mobu_host::Plugin> plugin = LoadExporter(plugin_path, error);
+        if (!plugin)
+        {
+            return error;
+        }
+        FBMenuItem* const entry = ExportEntry();
+        if (!entry)
+        {
+            return plugin->Path() + " is no exporter: it has no entry in the export menu";
+        }
+        Stamps before = StampsOf(ways_);
+        WritableForAWhile writable;
+        if (request_.overwrite_read_only)
+        {
+            if (std::string reason = writable.Open(before); !reason.empty())
+            {
+                return reason;
+            }
+            before = StampsOf(ways_);
+        }
+        std::string reason = Export(*entry, before);
+        writable.SetBack(before);
+        return reason;
+    }
+
+private:
+    /// Who will use the dialog: a script, or whoever sits at the display.
+    std::string FindUser(const std::string& script_path)
+    {
+        if (!script_path.empty())
+        {
+            std::string error;
+            script_ = mobu_host::PopupScript::Read(script_path, error);
+            return error;
+        }
+        const std::string reason = mobu_host::WhyNoWindow();
+        return reason.empty() ? reason
+                              : "the dialog cannot be shown: " + reason +
+                                    "; give its steps with --dialog-script, or leave --dialog out and give "
+                                    "the options on the command line";
+    }
+
+    std::string OpenScene()
+    {
+        if (std::string reason = CheckRequest(request_); !reason.empty())
+        {
+            return reason;
+        }
+        const mobu_host::SceneImportResult scene = mobu_host::ImportScene(request_.scene);
+        result_.report.notes = scene.notes;
+        if (!scene.ok)
+        {
+            return scene.error;
+        }
+        if (std::string reason = PrepareScene(request_, plan_); !reason.empty())
+        {
+            return reason;
+        }
+        ways_ = NamesThatCanBe(request_);
+        ExportPlan all = plan_;
+        for (const auto& files : ways_)
+        {
+            all.files.insert(all.files.end(), files.begin(), files.end());
+        }
+        return CheckTargets(request_, all);
+    }
+
+    std::string Export(FBMenuItem& entry, const Stamps& before)
+    {
+        bool shown = false;
+        std::string step_error;
+        mobu_host::SetPopupPlayer(
+            [&](FBPopup& popup)
+            {
+                shown = true;
+                if (!script_)
+                {
+                    mobu_host::ShowInWindow(popup);
+                }
+                else if (step_error.empty())
+                {
+                    step_error = script_->Play(popup);
+                }
+            });
+        const SamplingWatch watch;
+        const bool completed = mobu_host::UseMenuItem(entry, request_.output);
+        mobu_host::SetPopupPlayer({});
+
+        if (!shown)
+        {
+            return "the exporter has shown no dialog";
+        }
+        const bool nothing_done = completed && !watch.PlayerMoved();
+        if (!step_error.empty() && nothing_done)
+        {
+            return step_error;
+        }
+        result_.report.cancelled = nothing_done;
+        if (!step_error.empty())
+        {
+            result_.failures.push_back(step_error);
+        }
+        if (!completed)
+        {
+            result_.failures.emplace_back("the exporter gave up before its last file");
+        }
+        if (!nothing_done)
+        {
+            ReadBack(watch, before);
+        }
+        return {};
+    }
+
+    void ReadBack(const SamplingWatch& watch, const Stamps& before)
+    {
+        for (PlannedFile planned : WayThatWasTaken(ways_, before, watch))
+        {
+            if (const SamplingWatch::Sampled* const sampled = watch.Find(planned.take))
+            {
+                planned.instants = sampled->instants;
+                planned.range.start = planned.instants.front();
+                planned.range.end = planned.instants.back();
+                std::sort(planned.instants.begin(), planned.instants.end());
+            }
+            ExportReport::File file;
+            file.exported = CheckExportedFile(planned, plan_, before.at(planned.path));
+            file.planned = std::move(planned);
+            for (ExportReport::File& other : result_.report.files)
+            {
+                if (other.planned.path == file.planned.path)
+                {
+                    other.exported.error = "was over-written by take \"" + file.planned.take_name + '"';
+                }
+            }
+            result_.report.files.push_back(std::move(file));
+        }
+    }
+
+    const ExportRequest& request_;
+    DialogExportResult& result_;
+    std::optional<mobu_host::PopupScript> script_;
+    ExportPlan plan_;
+    std::vector<std::vector<PlannedFile>> ways_;
+};
+
+} // namespace
+
+DialogExportResult ExportByDialog(const ExportRequest& request, const std::string& plugin,
+                                  const std::string& script)
+{
+    DialogExportResult result;
+    result.report.error = DialogRun(request, result).Run(plugin, script);
+    return result;
+}

@@ -1,0 +1,34 @@
+#pragma once
+
+#include "tools/tv2/export_check.h"
+#include "tools/tv2/export_plan.h"
+
+#include <nlohmann/json.hpp>
+
+#include <optional>
+#include <ostream>
+#include <string>
+#include <vector>
+
+/// What the export verb tells about a run, once it is over.
+struct ExportReport
+{
+    struct File
+    {
+        PlannedFile planned;
+        ExportedFile exported;
+        std::optional<int> rate;       ///< samples a second, where it was asked for in whole numbers
+        std::optional<double> seconds; ///< that it took, where that was measured
+    };
+
+    std::vector<std::string> notes; ///< of the import
+    std::string error;              ///< why nothing was started; empty otherwise
+    std::optional<bool> cancelled;  ///< by the user, where there was one
+    std::vector<File> files;
+};
+
+/// A line for each file that came out, and the notes.
+void PrintReport(std::ostream& out, const ExportReport& report);
+
+/// The same as one object, with what went wrong.
+nlohmann::ordered_json ReportJson(const std::string& scene, const ExportReport& report);

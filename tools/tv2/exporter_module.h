@@ -1,0 +1,10 @@
+#pragma once
+
+#include <mobu_host/plugin.h>
+
+#include <memory>
+#include <string>
+
+/// Loads the exporter as MotionBuilder does: the module at `path`, or with an empty path the one that belongs to this
+/// command. Null when that fails; `error` then tells why.
+std::unique_ptr<mobu_host::Plugin> LoadExporter(const std::string& path, std::string& error);

@@ -1,0 +1,90 @@
+#include "tools/tv2/exporter_module.h"
+#include "tools/tv2/text.h"
+#include "tools/tv2/verb.h"
+
+#include <mobu_host/ui.h>
+
+#include <CLI/CLI.hpp>
+#include <nlohmann/json.hpp>
+
+#include <memory>
+#include <string>
+
+namespace
+{
+
+struct MenuVerbOptions
+{
+    std::string plugin;
+    bool json = false;
+};
+
+std::string Text(const char* text)
+{
+    return text != nullptr ? text : "";
+}
+
+const char* PlaceOf(FBMenuItem& item)
+{
+    const FBMenuItemType type = item.Type;
+    switch (type)
+    {
+    case kFBMenuItemMotionImport:
+        return "motion import";
+    case kFBMenuItemSceneImport:
+        return "scene import";
+    case kFBMenuItemMotionExport:
+        return "motion export";
+    case kFBMenuItemSceneExport:
+        return "scene export";
+    }
+    return "unknown";
+}
+
+void RunMenu(const MenuVerbOptions& options, VerbContext& context)
+{
+    nlohmann::ordered_json json;
+    std::string error;
+    const std::unique_ptr<mobu_host::Plugin> plugin = LoadExporter(options.plugin, error);
+    if (!plugin)
+    {
+        context.err << "tv2 menu: " << OneLine(error) << '\n';
+        context.Report(kExitCouldNotRun);
+        json["error"] = error;
+    }
+    json["entries"] = nlohmann::ordered_json::array();
+    for (FBMenuItem* item : mobu_host::MenuItems())
+    {
+        json["entries"].push_back({{"caption", Text(item->Label)},
+                                   {"description", Text(item->Description)},
+                                   {"menu", PlaceOf(*item)},
+                                   {"extension", Text(item->Extension)}});
+    }
+    if (options.json)
+    {
+        context.out << json.dump(2, ' ', false, nlohmann::ordered_json::error_handler_t::replace) << '\n';
+        return;
+    }
+    for (const auto& entry : json["entries"])
+    {
+        const auto text = [&entry](const char* name) { return OneLine(entry[name].get<std::string>()); };
+        context.out << text("menu") << ": \"" << text("caption") << "\" (" << text("description")
+                    << "), files: " << text("extension") << '\n';
+    }
+}
+
+} // namespace
+
+void AddMenuVerb(CLI::App& app, VerbContext& context)
+{
+    auto options = std::make_shared<MenuVerbOptions>();
+    CLI::App* verb = app.add_subcommand("menu", "What the exporter adds to MotionBuilder's file menu");
+    verb->add_option("--plugin", options->plugin,
+                     "The exporter's module (default: the one beside this command)");
+    verb->add_flag("--json", options->json, "Print JSON");
+    verb->footer("Examples:\n"
+                 "  tv2 menu\n"
+                 "  tv2 menu --json | jq -r '.entries[].extension'\n"
+                 "An entry is used with tv2 export --dialog.");
+    verb->callback([options, &context] { RunMenu(*options, context); });
+}
