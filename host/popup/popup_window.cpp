@@ -1,6 +1,7 @@
 #include "host/popup/popup_window.h"
 
 #include "host/popup/group_frame.h"
+#include "host/popup/mark_button.h"
 #include "host/popup/number_box.h"
 #include "mobu_host/ui.h"
 
@@ -12,10 +13,8 @@
 #include <FL/Fl.H>
 #include <FL/Fl_Box.H>
 #include <FL/Fl_Button.H>
-#include <FL/Fl_Check_Button.H>
 #include <FL/Fl_Double_Window.H>
 #include <FL/fl_draw.H>
-#include <FL/Fl_Round_Button.H>
 #include <FL/x.H>
 
 namespace mobu_host
@@ -139,15 +138,12 @@ Fl_Widget* PopupWindow::MakeWidget(const std::string& region, FBVisualComponent&
 
 Fl_Widget* PopupWindow::MakeButton(FBButton& button, int x, int y, int width, int height)
 {
-    Fl_Button* widget = nullptr;
+    // What is set is up to the popup, no group of the toolkit.
     if (button.Style == kFBRadioButton)
-        widget = new Fl_Round_Button(x, y, width, height);
-    else if (button.Style == kFBCheckbox)
-        widget = new Fl_Check_Button(x, y, width, height);
-    else
-        return new Fl_Button(x, y, width, height);
-    widget->type(FL_TOGGLE_BUTTON); // the popup says what is set, no group of the toolkit
-    return widget;
+        return new MarkButton(x, y, width, height, MarkButton::Mark::kRound);
+    if (button.Style == kFBCheckbox)
+        return new MarkButton(x, y, width, height, MarkButton::Mark::kSquare);
+    return new Fl_Button(x, y, width, height);
 }
 
 Fl_Widget* PopupWindow::MakeLabel(FBLabel& label, int x, int y, int width, int height)
@@ -171,7 +167,7 @@ bool PopupWindow::Fits(const View& view, int size) const
     if (!control)
         room = widget.w() - static_cast<const GroupFrame&>(widget).UnusableWidth();
     else if (FBIS(control, FBButton))
-        room -= static_cast<FBButton*>(control)->Style == kFBPushButton ? 0 : size + 4; // its mark
+        room -= dynamic_cast<const MarkButton*>(&widget) ? MarkButton::UnusableWidth(size) : 0;
     else if (FBIS(control, FBEditNumber))
     {
         auto& number = *static_cast<FBEditNumber*>(control);
