@@ -2,6 +2,9 @@
 
 #include "tev2_loader/serialisation/arrays.h"
 
+#include <algorithm>
+#include <array>
+
 namespace TEV2_LOADER
 {
 
@@ -55,36 +58,43 @@ bool TEV2_MATRIX_NODE::Save(TEV2_FILE_WRITER& writer) const
 
 void TEV2_MATRIX_NODE::Update(float delta_time)
 {
-    UpdateEach(delta_time, translation, rotation, scale);
-    Evaluate();
+    MoveTracks(delta_time);
+    FormWorldMatrix(PresentPlace());
 }
 
 void TEV2_MATRIX_NODE::SetTime(float time)
 {
-    SetTimeEach(time, translation, rotation, scale);
-    Evaluate();
+    PutTracks(time);
+    FormWorldMatrix(PresentPlace());
 }
 
-void TEV2_MATRIX_NODE::Evaluate()
+TEV2_MATRIX_NODE::Place TEV2_MATRIX_NODE::PresentPlace() const
 {
-    TEV2_MATRIX_3X4 local = RotationMatrix(rotation ? rotation->GetValue() : TEV2_QUATERNION{});
+    Place place;
+    if (rotation)
+        place.rotation = rotation->GetValue();
+    if (translation)
+        place.translation = translation->GetValue();
+    if (scale)
+        place.scale = scale->GetValue();
+    return place;
+}
+
+void TEV2_MATRIX_NODE::FormWorldMatrix(const Place& place)
+{
+    TEV2_MATRIX_3X4 local = RotationMatrix(place.rotation);
     if (scale)
     {
-        const auto [x, y, z] = scale->GetValue();
         for (auto& row : local.m)
         {
-            row[0] *= x;
-            row[1] *= y;
-            row[2] *= z;
+            row[0] *= place.scale.x;
+            row[1] *= place.scale.y;
+            row[2] *= place.scale.z;
         }
     }
-    if (translation)
-    {
-        const auto [x, y, z] = translation->GetValue();
-        local.m[0][3] = x;
-        local.m[1][3] = y;
-        local.m[2][3] = z;
-    }
+    local.m[0][3] = place.translation.x;
+    local.m[1][3] = place.translation.y;
+    local.m[2][3] = place.translation.z;
     worldMatrix = parentMatrix != nullptr ? Product(*parentMatrix, local) : local;
 }
 
@@ -119,16 +129,34 @@ bool TEV2_MATRIX_HIERARCHY::Save(TEV2_FILE_WRITER& writer) const
     return SaveRecords(writer, nodes);
 }
 
+/// In batches, and step by step within each: what the tracks of many nodes are waiting for from memory then
+/// comes at the same time.
+template <typename Move>
+void TEV2_MATRIX_HIERARCHY::Evaluate(Move move)
+{
+    constexpr std::size_t kBatch = 16;
+    std::array<TEV2_MATRIX_NODE::Place, kBatch> places;
+    for (std::size_t first = 0; first < nodes.size(); first += kBatch)
+    {
+        const std::size_t count = std::min(kBatch, nodes.size() - first);
+        TEV2_MATRIX_NODE* const batch = &nodes[first];
+        for (std::size_t index = 0; index < count; ++index)
+            move(batch[index]);
+        for (std::size_t index = 0; index < count; ++index)
+            places[index] = batch[index].PresentPlace();
+        for (std::size_t index = 0; index < count; ++index)
+            batch[index].FormWorldMatrix(places[index]);
+    }
+}
+
 void TEV2_MATRIX_HIERARCHY::Update(float delta_time)
 {
-    for (TEV2_MATRIX_NODE& node : nodes)
-        node.Update(delta_time);
+    Evaluate([delta_time](TEV2_MATRIX_NODE& node) { node.MoveTracks(delta_time); });
 }
 
 void TEV2_MATRIX_HIERARCHY::SetTime(float time)
 {
-    for (TEV2_MATRIX_NODE& node : nodes)
-        node.SetTime(time);
+    Evaluate([time](TEV2_MATRIX_NODE& node) { node.PutTracks(time); });
 }
 
 } // namespace TEV2_LOADER

@@ -14,7 +14,7 @@ namespace TEV2_LOADER
 
 /// A joint of the skeleton: its place relative to its parent over time, and its place in the world at the
 /// present time.
-class TEV2_MATRIX_NODE : public TEV2_ENTITY, public TEV2_INTERNAL_ANIM_OBJECT
+class TEV2_MATRIX_NODE final : public TEV2_ENTITY, public TEV2_INTERNAL_ANIM_OBJECT
 {
 public:
     /// Index of the parent in the hierarchy's nodes; any negative value is a node at top level.
@@ -47,7 +47,20 @@ public:
     void SetTime(float time) override;
 
 private:
-    void Evaluate();
+    friend class TEV2_MATRIX_HIERARCHY;
+
+    /// The present values of the tracks.
+    struct Place
+    {
+        TEV2_QUATERNION rotation;
+        TEV2_VECTOR_3 translation;
+        TEV2_VECTOR_3 scale;
+    };
+
+    void MoveTracks(float delta_time) { UpdateEach(delta_time, translation, rotation, scale); }
+    void PutTracks(float time) { SetTimeEach(time, translation, rotation, scale); }
+    Place PresentPlace() const;
+    void FormWorldMatrix(const Place& place);
 };
 
 /// The skeleton: nodes in file order, every parent before its children.
@@ -71,6 +84,10 @@ public:
     /// Evaluate all nodes in order.
     void Update(float delta_time) override;
     void SetTime(float time) override;
+
+private:
+    template <typename Move>
+    void Evaluate(Move move);
 };
 
 } // namespace TEV2_LOADER

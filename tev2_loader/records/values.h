@@ -70,7 +70,21 @@ TEV2_MATRIX_3X4 Inverse(const TEV2_MATRIX_3X4& matrix);
 
 /// The rotation of a unit quaternion, without translation. Not normalised: another quaternion gives another
 /// matrix.
-TEV2_MATRIX_3X4 RotationMatrix(const TEV2_QUATERNION& rotation);
+inline TEV2_MATRIX_3X4 RotationMatrix(const TEV2_QUATERNION& q)
+{
+    const auto [x, y, z, w] = q;
+    TEV2_MATRIX_3X4 matrix;
+    matrix.m[0][0] = 1.0f - 2.0f * y * y - 2.0f * z * z;
+    matrix.m[0][1] = 2.0f * x * y - 2.0f * w * z;
+    matrix.m[0][2] = 2.0f * x * z + 2.0f * w * y;
+    matrix.m[1][0] = 2.0f * x * y + 2.0f * w * z;
+    matrix.m[1][1] = 1.0f - 2.0f * x * x - 2.0f * z * z;
+    matrix.m[1][2] = 2.0f * y * z - 2.0f * w * x;
+    matrix.m[2][0] = 2.0f * x * z - 2.0f * w * y;
+    matrix.m[2][1] = 2.0f * y * z + 2.0f * w * x;
+    matrix.m[2][2] = 1.0f - 2.0f * x * x - 2.0f * y * y;
+    return matrix;
+}
 
 /// A value that is a record: its floats, 4 bytes each.
 template <typename Record>

@@ -41,6 +41,13 @@ bool ReadFileImage(const std::string& path, std::vector<std::uint8_t>& image, st
     if (!file)
         return Refuse(image, error, std::strerror(errno));
 
+    if (std::filesystem::is_regular_file(status))
+    {
+        const std::uintmax_t size = std::filesystem::file_size(path, no_status);
+        if (!no_status && size < kTooLarge)
+            image.reserve(static_cast<std::size_t>(size));
+    }
+    std::setvbuf(file.get(), nullptr, _IONBF, 0); // the blocks are buffer enough
     std::array<std::uint8_t, 65536> block;
     while (const std::size_t taken = std::fread(block.data(), 1, block.size(), file.get()))
     {

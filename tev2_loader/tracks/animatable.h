@@ -43,14 +43,18 @@ public:
 
     /// Moves the cursor by delta_time. Past the last key it wraps: less than half a length too far goes on
     /// from the first key; more, up to a whole length, lands on the first key.
-    void Update(float delta_time) override;
+    void Update(float delta_time) final;
 
     /// Puts the cursor at a time, held between the first and the last key. Nothing changes with fewer than
     /// two keys, for a NaN, or when no segment holds the time (times that do not ascend).
-    void SetTime(float time) override;
+    void SetTime(float time) final;
 
 private:
+    std::size_t PresentSegment() const;
     float PresentTime(std::size_t key) const;
+    void EnterSegment(std::size_t key, float time);
+    bool MoveInside(std::size_t key, float time);
+    void Search(std::size_t key, float time);
 };
 
 /// A family of tracks is the interface of all tracks of one type of value. Each has

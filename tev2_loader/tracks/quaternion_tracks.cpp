@@ -5,18 +5,6 @@
 namespace TEV2_LOADER
 {
 
-namespace
-{
-
-constexpr float kNearlyParallel = 0.99f;
-
-TEV2_QUATERNION Lerp(const TEV2_QUATERNION& opening, const TEV2_QUATERNION& closing, float fraction)
-{
-    return opening + (closing - opening) * fraction;
-}
-
-} // namespace
-
 TEV2_QUATERNION Product(const TEV2_QUATERNION& left, const TEV2_QUATERNION& right)
 {
     return {left.x * right.w + right.x * left.w + left.y * right.z - left.z * right.y,
@@ -25,23 +13,10 @@ TEV2_QUATERNION Product(const TEV2_QUATERNION& left, const TEV2_QUATERNION& righ
             right.w * left.w - left.x * right.x - left.y * right.y - left.z * right.z};
 }
 
-float Dot(const TEV2_QUATERNION& left, const TEV2_QUATERNION& right)
+TEV2_QUATERNION TEV2_ANIMATABLE_QUATERNION_SLERP::AlongArc(const TEV2_QUATERNION& opening,
+                                                           const TEV2_QUATERNION& closing, float dot,
+                                                           float fraction)
 {
-    return left.x * right.x + left.w * right.w + left.y * right.y + left.z * right.z;
-}
-
-TEV2_QUATERNION TEV2_ANIMATABLE_QUATERNION_LERP::Interpolate(const TEV2_QUATERNION& opening,
-                                                             const TEV2_QUATERNION& closing, float fraction)
-{
-    return Lerp(opening, closing, fraction);
-}
-
-TEV2_QUATERNION TEV2_ANIMATABLE_QUATERNION_SLERP::Interpolate(const TEV2_QUATERNION& opening,
-                                                              const TEV2_QUATERNION& closing, float fraction)
-{
-    const float dot = Dot(opening, closing);
-    if (dot > kNearlyParallel)
-        return Lerp(opening, closing, fraction);
     const float angle = std::acos(dot);
     const float scale = 1.0f / std::sin(angle);
     return opening * (std::sin((1.0f - fraction) * angle) * scale) +

@@ -9,7 +9,16 @@ namespace TEV2_LOADER
 TEV2_QUATERNION Product(const TEV2_QUATERNION& left, const TEV2_QUATERNION& right);
 
 /// The dot product of two rotations as four-component vectors.
-float Dot(const TEV2_QUATERNION& left, const TEV2_QUATERNION& right);
+inline float Dot(const TEV2_QUATERNION& left, const TEV2_QUATERNION& right)
+{
+    return left.x * right.x + left.w * right.w + left.y * right.y + left.z * right.z;
+}
+
+/// Between two rotations, each component on its own.
+inline TEV2_QUATERNION Lerp(const TEV2_QUATERNION& opening, const TEV2_QUATERNION& closing, float fraction)
+{
+    return opening + (closing - opening) * fraction;
+}
 
 template <typename Concrete, std::uint32_t kKind>
 class QuaternionTrack : public KeyedTrack<Concrete, TEV2_ANIMATABLE_QUATERNION, kKind>
@@ -39,7 +48,10 @@ class TEV2_ANIMATABLE_QUATERNION_LERP final : public QuaternionTrack<TEV2_ANIMAT
 {
 public:
     static TEV2_QUATERNION Interpolate(const TEV2_QUATERNION& opening, const TEV2_QUATERNION& closing,
-                                       float fraction);
+                                       float fraction)
+    {
+        return Lerp(opening, closing, fraction);
+    }
 };
 
 /// Interpolates along the arc between two keys; linearly, without normalising, where their dot product is
@@ -48,7 +60,18 @@ class TEV2_ANIMATABLE_QUATERNION_SLERP final : public QuaternionTrack<TEV2_ANIMA
 {
 public:
     static TEV2_QUATERNION Interpolate(const TEV2_QUATERNION& opening, const TEV2_QUATERNION& closing,
-                                       float fraction);
+                                       float fraction)
+    {
+        const float dot = Dot(opening, closing);
+        return dot > kNearlyParallel ? Lerp(opening, closing, fraction)
+                                     : AlongArc(opening, closing, dot, fraction);
+    }
+
+private:
+    static constexpr float kNearlyParallel = 0.99f;
+
+    static TEV2_QUATERNION AlongArc(const TEV2_QUATERNION& opening, const TEV2_QUATERNION& closing, float dot,
+                                    float fraction);
 };
 
 } // namespace TEV2_LOADER

@@ -1,0 +1,96 @@
+#pragma once
+
+#include "tev2_loader/serialisation/file_image.h"
+#include "tev2_loader/tev2.h"
+
+#include <cmath>
+#include <cstdint>
+#include <cstdio>
+#include <memory>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+// The scenes that the benchmarks of the format library work on, made by code.
+
+namespace bench
+{
+
+struct Workload
+{
+    const char* name;
+    int nodes;
+    int keys; // of each of a node's two tracks
+};
+
+inline constexpr Workload kW1{"W1", 100, 300};
+inline constexpr Workload kW2{"W2", 1000, 1000};
+inline constexpr float kRate = 30.0f; // keys a second
+
+inline float TwoSines(float time, float phase)
+{
+    return 0.6f * std::sin(1.7f * time + phase) + 0.4f * std::sin(4.1f * time + 2.0f * phase);
+}
+
+// A tree of nodes, three children each; every track a sum of two sines with all its keys.
+inline void Fill(TEV2_LOADER::TEV2& scene, const Workload& workload)
+{
+    using namespace TEV2_LOADER;
+    auto& nodes = scene.matrixHierarchy.nodes;
+    nodes.resize(static_cast<std::size_t>(workload.nodes));
+    for (int n = 0; n < workload.nodes; ++n)
+    {
+        TEV2_MATRIX_NODE& node = nodes[static_cast<std::size_t>(n)];
+        node.name = TEV2_WIDE_STRING(u"Joint");
+        node.parentIndex = (n - 1) / 3 - (n == 0 ? 1 : 0);
+        auto translation = std::make_unique<TEV2_ANIMATABLE_VECTOR_3_LINEAR>();
+        auto rotation = std::make_unique<TEV2_ANIMATABLE_QUATERNION_SLERP>();
+        const auto keys = static_cast<std::size_t>(workload.keys);
+        translation->Reserve(keys);
+        rotation->Reserve(keys);
+        for (int k = 0; k < workload.keys; ++k)
+        {
+            const float time = static_cast<float>(k) / kRate;
+            const float phase = 0.37f * static_cast<float>(n);
+            translation->Append(time, {TwoSines(time, phase), TwoSines(time, phase + 1.0f), 0.5f * time});
+            const float half = 0.5f * TwoSines(time, phase + 2.0f);
+            rotation->Append(time, {std::sin(half), 0.0f, 0.0f, std::cos(half)});
+        }
+        node.translation = std::move(translation);
+        node.rotation = std::move(rotation);
+    }
+    scene.environment.timeRange = {0.0f, static_cast<float>(workload.keys - 1) / kRate};
+    scene.matrixHierarchy.LinkParents();
+}
+
+// Where the benchmarks keep their files while they run.
+inline std::string ScratchFile(const std::string& name)
+{
+    return "tev2_bench_" + name;
+}
+
+inline TEV2_LOADER::TEV2_WIDE_STRING Wide(const std::string& path)
+{
+    return TEV2_LOADER::TEV2_WIDE_STRING(std::u16string(path.begin(), path.end()));
+}
+
+// The bytes of the saved workload.
+inline std::vector<std::uint8_t> Image(const Workload& workload)
+{
+    TEV2_LOADER::TEV2 scene;
+    Fill(scene, workload);
+    const std::string path = ScratchFile(std::string(workload.name) + ".tv2");
+    {
+        TEV2_LOADER::TEV2_FILE_WRITER writer(Wide(path), false, true);
+        scene.Save(writer);
+        writer.stream->Close();
+    }
+    std::vector<std::uint8_t> image;
+    std::string error;
+    if (!TEV2_LOADER::ReadFileImage(path, image, error))
+        throw std::runtime_error(path + ": " + error);
+    std::remove(path.c_str());
+    return image;
+}
+
+} // namespace bench
