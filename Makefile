@@ -5,7 +5,7 @@ SAMPLE := samples/mocap_walk_cameras.dae
 JOBS := $(shell nproc)
 CTEST := ctest --output-on-failure --no-tests=error -j$(JOBS)
 
-.PHONY: help demo build test test-asan test-bytes lint format install clean packages
+.PHONY: help demo build test test-asan test-bytes bench lint format install clean packages
 
 help: ## Show this list
 	@awk -F ':.*## ' '/^[a-z-]+:.*## / { printf "  make %-12s %s\n", $$1, $$2 }' $(MAKEFILE_LIST)
@@ -34,6 +34,11 @@ test-asan: packages ## Run all tests under AddressSanitizer and UndefinedBehavio
 test-bytes: build ## Export the samples with plug-ins of g++ and clang++ at -O0 and -O2; compare the files
 	@scripts/install_packages.sh clang
 	scripts/same_bytes.sh
+
+bench: packages ## Measure speed beside a baseline
+	@scripts/install_packages.sh libbenchmark-dev
+	@cmake --preset release -DTV2_BUILD_BENCH=ON > /dev/null
+	cmake --build --preset release --target bench
 
 lint: ## Check formatting and run clang-tidy
 	@scripts/install_packages.sh clang-format clang-tidy
