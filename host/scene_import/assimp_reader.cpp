@@ -86,6 +86,8 @@ const char* ExtensionOf(SceneFormat format)
         return ".glb";
     case SceneFormat::Collada:
         return ".dae";
+    case SceneFormat::Fbx: // never asked for
+        break;
     }
     return "";
 }

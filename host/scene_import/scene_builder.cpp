@@ -1,6 +1,7 @@
 #include "host/scene_import/scene_builder.h"
 
 #include "host/scene_import/keyed_transform.h"
+#include "host/scene_import/labels.h"
 
 #include <mobu_host/scene.h>
 
@@ -10,7 +11,6 @@
 #include <map>
 #include <memory>
 #include <numbers>
-#include <set>
 #include <utility>
 
 namespace mobu_host
@@ -158,7 +158,7 @@ public:
         }
 
         FBModel* root = Scene().RootModel;
-        labels_.insert(static_cast<const char*>(root->LongName));
+        FreeLabel(static_cast<const char*>(root->LongName), "");
         LabelNodes(*scene_.mRootNode, false);
         LabelNodes(*scene_.mRootNode, true);
         AddProperties(*root, reading_.scene_properties);
@@ -204,18 +204,11 @@ private:
 
     std::string FreeLabel(std::string label, const char* where_nameless)
     {
-        label.resize(std::char_traits<char>::length(label.c_str())); // the SDK's texts end at a zero
-        if (label.empty())
-            label = where_nameless;
-        if (labels_.insert(label).second)
-            return label;
-        notes_.Add("names that were taken already got a number");
-        unsigned& number = last_numbers_[label];
-        std::string numbered;
-        do
-            numbered = label + " " + std::to_string(++number);
-        while (!labels_.insert(numbered).second);
-        return numbered;
+        bool renumbered = false;
+        label = labels_.Free(std::move(label), where_nameless, renumbered);
+        if (renumbered)
+            notes_.Add("names that were taken already got a number");
+        return label;
     }
 
     // Where a joint and the mesh on it share a name, the joint keeps it.
@@ -361,8 +354,7 @@ private:
         if (scene_.mNumAnimations == 0)
             return; // the fresh scene's "Take 001" of 0 to 0 s
         ClearTakes();
-        labels_.clear();
-        last_numbers_.clear();
+        labels_ = Labels();
         for (unsigned a = 0; a < scene_.mNumAnimations; ++a)
         {
             char nameless[32];
@@ -371,15 +363,11 @@ private:
         }
     }
 
-    // The SDK takes what stands before a colon for a namespace, and files are named after takes.
     std::string TakeName(unsigned index)
     {
-        constexpr const char* kSeparators = ":/\\";
         std::string name = reading_.take_name(index);
-        if (name.find_first_of(kSeparators) != std::string::npos)
+        if (MakeTakeName(name))
             notes_.Add("take names with ':', '/' or '\\' got '_' in their place");
-        for (std::size_t at = 0; (at = name.find_first_of(kSeparators, at)) != std::string::npos;)
-            name[at] = '_';
         return name;
     }
 
@@ -451,8 +439,7 @@ private:
     std::map<std::string, const aiCamera*> cameras_;   // by name of their node
     std::map<std::string, std::vector<Place>> places_; // by name of the node, in the order of the tree
     std::map<const aiNode*, std::string> node_labels_;
-    std::set<std::string> labels_;                 // taken
-    std::map<std::string, unsigned> last_numbers_; // given to a label
+    Labels labels_;
 };
 
 } // namespace

@@ -54,16 +54,19 @@ bool ReadBytes(const std::string& path, std::string& bytes, std::string& cause)
     return true;
 }
 
-bool IsFbx(std::string_view head)
+// Text files begin with a comment that says so, mostly.
+bool IsFbx(std::string_view bytes)
 {
-    return head.starts_with("Kaydara FBX Binary") || head.starts_with("; FBX") ||
-           head.find("FBXHeaderExtension") != std::string_view::npos;
+    return bytes.starts_with("Kaydara FBX Binary") || bytes.starts_with("; FBX") ||
+           bytes.substr(0, 4096).find("FBXHeaderExtension") != std::string_view::npos;
 }
 
 std::optional<SceneFormat> FormatOf(std::string_view bytes)
 {
     if (bytes.starts_with("glTF"))
         return SceneFormat::GltfBinary;
+    if (IsFbx(bytes))
+        return SceneFormat::Fbx;
     if (bytes.starts_with("\xEF\xBB\xBF"))
         bytes.remove_prefix(3);
     bytes.remove_prefix(std::min(bytes.find_first_not_of(" \t\r\n"), bytes.size()));
@@ -98,13 +101,7 @@ bool ReadSceneFile(const std::string& path, SceneFile& file, std::string& error)
         return true;
     }
 
-    std::string extension = std::filesystem::path(path).extension().string();
-    for (char& c : extension)
-        c = c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
-    if (IsFbx(std::string_view(file.bytes).substr(0, 4096)) || extension == ".fbx")
-        error = path + " is an FBX scene; FBX scenes are not read yet (BVH, glTF and Collada are)";
-    else
-        error = path + " is not a scene that can be read (BVH, glTF, GLB and Collada are)";
+    error = path + " is not a scene that can be read (FBX, BVH, glTF, GLB and Collada are)";
     return false;
 }
 

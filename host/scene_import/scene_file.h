@@ -10,7 +10,8 @@ enum class SceneFormat
     Bvh,
     GltfText,
     GltfBinary,
-    Collada
+    Collada,
+    Fbx
 };
 
 // A whole scene file in memory, and what it is by its content.
@@ -21,8 +22,8 @@ struct SceneFile
     SceneFormat format = SceneFormat::Bvh;
 };
 
-// Reads `path`. False with a one-line reason that names the file: it is missing, unreadable, empty, no file,
-// an FBX scene, or nothing that is known.
+// Reads `path`. False with a one-line reason that names the file: it is missing, unreadable, empty, no file, or
+// nothing that is known.
 bool ReadSceneFile(const std::string& path, SceneFile& file, std::string& error);
 
 } // namespace mobu_host

@@ -2,6 +2,7 @@
 
 #include "host/scene_import/assimp_reader.h"
 #include "host/scene_import/collada_text.h"
+#include "host/scene_import/fbx/fbx_import.h"
 #include "host/scene_import/gltf_document.h"
 #include "host/scene_import/scene_builder.h"
 #include "host/scene_import/scene_file.h"
@@ -202,6 +203,8 @@ bool Import(const SceneFile& file, ImportNotes& notes, std::string& cause)
         return ImportGltf(file, notes, cause);
     case SceneFormat::Collada:
         return ImportCollada(file, notes, cause);
+    case SceneFormat::Fbx:
+        return fbx::ImportFbx(file.bytes, notes, cause);
     }
     return false;
 }

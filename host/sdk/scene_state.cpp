@@ -74,7 +74,10 @@ void RestoreTransform(FBModel& model)
     SdkAccess::Restore(model.Translation);
     SdkAccess::Restore(model.Rotation);
     SdkAccess::Restore(model.Scaling);
-    SdkAccess::Space(model).matrix_driven = false;
+    auto& space = SdkAccess::Space(model);
+    space.matrix_driven = space.rest != nullptr;
+    if (space.rest)
+        std::copy_n(space.rest->data(), 16, space.local);
 }
 
 SceneState::SceneState() = default;
@@ -575,6 +578,14 @@ void AnimateLocalMatrix(FBModel& model, FBTake& take, MatrixFunction function)
         tables.matrices.Set(model, std::move(function));
     else if (tables.matrices.Remove(model) || replaced)
         RestoreTransform(model);
+}
+
+void SetLocalMatrix(FBModel& model, const FBMatrix& matrix)
+{
+    auto& space = SdkAccess::Space(model);
+    space.rest = std::make_unique<std::array<double, 16>>();
+    std::copy_n(static_cast<const double*>(matrix), 16, space.rest->data());
+    RestoreTransform(model);
 }
 
 void AnimateProperty(FBProperty& property, FBTake& take, PropertyFunction function)

@@ -67,6 +67,10 @@ using TransformFunction = std::function<LocalTransform(double seconds)>;
 using MatrixFunction = std::function<FBMatrix(double seconds)>; // local; row-vector layout
 using PropertyFunction = std::function<double(double seconds, int component)>;
 
+// Where the model stands while nothing moves it, for places that translation, rotation and scaling cannot give (shear,
+// pivots). Row-vector layout; from now on Translation, Rotation and Scaling are for reading.
+FBSDK_DLL void SetLocalMatrix(FBModel& model, const FBMatrix& matrix);
+
 // While the constraint is active, every evaluation places the constrained model by effect instead of by its
 // own values and animation.
 FBSDK_DLL FBConstraint* AddConstraint(const std::string& name, bool active, FBModel* constrained = nullptr,

@@ -1,0 +1,178 @@
+#include "host/scene_import/fbx/curve.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace mobu_host::fbx
+{
+namespace
+{
+
+double LengthOf(float weight)
+{
+    return weight == 0.0F ? 1.0 / 3.0 : static_cast<double>(weight);
+}
+
+double Bezier(double p0, double p1, double p2, double p3, double s)
+{
+    const double t = 1.0 - s;
+    return t * t * t * p0 + 3.0 * t * t * s * p1 + 3.0 * t * s * s * p2 + s * s * s * p3;
+}
+
+// Where along the segment its time, which goes from 0 over right and 1 - left to 1, comes to u. Newton steps, kept
+// inside a shrinking bracket: time only rises when both lengths are at most one.
+double ParameterAt(double u, double right, double left)
+{
+    double low = 0.0, high = 1.0, s = u;
+    for (int i = 0; i < 60; ++i)
+    {
+        const double miss = Bezier(0.0, right, 1.0 - left, 1.0, s) - u;
+        if (miss == 0.0 || high - low < 1e-15)
+            break;
+        (miss > 0.0 ? high : low) = s;
+        const double t = 1.0 - s;
+        const double rise =
+            3.0 * (t * t * right + 2.0 * t * s * (1.0 - left - right) + s * s * left);
+        const double step = rise > 0.0 ? s - miss / rise : -1.0;
+        s = step > low && step < high ? step : 0.5 * (low + high);
+    }
+    return s;
+}
+
+} // namespace
+
+void Curve::Reserve(std::size_t keys)
+{
+    seconds_.reserve(keys);
+    values_.reserve(keys);
+    interpolations_.reserve(keys);
+}
+
+void Curve::Append(const Key& key)
+{
+    if (!seconds_.empty() && key.seconds <= seconds_.back())
+    {
+        seconds_.pop_back();
+        values_.pop_back();
+        interpolations_.pop_back();
+        if (!tangents_.empty())
+            tangents_.pop_back();
+    }
+    if (!seconds_.empty() && key.seconds <= seconds_.back())
+        return; // out of order altogether
+    if (key.interpolation == Interpolation::Cubic || !tangents_.empty())
+    {
+        tangents_.resize(seconds_.size());
+        tangents_.push_back(key.tangent);
+    }
+    seconds_.push_back(key.seconds);
+    values_.push_back(key.value);
+    interpolations_.push_back(key.interpolation);
+}
+
+// side is +1 right of the key, -1 left of it.
+double Curve::SlopeAt(std::size_t key, double side) const
+{
+    const Tangent& tangent = tangents_[key];
+    const auto given = static_cast<double>(side > 0.0 ? tangent.right_slope : tangent.left_slope);
+    if (tangent.rule == TangentRule::Given)
+        return given;
+    const std::size_t last = seconds_.size() - 1;
+    const auto straight = [this](std::size_t i)
+    { return (values_[i + 1] - values_[i]) / (seconds_[i + 1] - seconds_[i]); };
+    if (last == 0)
+        return 0.0;
+    if (key == 0 || key == last)
+        return tangent.no_overshoot && tangent.rule == TangentRule::Automatic ? 0.0
+                                                                              : straight(key == 0 ? 0 : last - 1);
+    const double before = straight(key - 1);
+    const double after = straight(key);
+    if (tangent.rule == TangentRule::Tcb)
+    {
+        const double part = 0.5 * (1.0 - static_cast<double>(tangent.right_slope));
+        const double continuity = side * static_cast<double>(tangent.left_slope);
+        const auto bias = static_cast<double>(tangent.tcb_bias);
+        return part * ((1.0 + continuity) * (1.0 + bias) * before + (1.0 - continuity) * (1.0 - bias) * after);
+    }
+    if ((tangent.flat_at_equals || tangent.no_overshoot) && (before == 0.0 || after == 0.0))
+        return 0.0;
+    double slope = 0.5 * ((1.0 - given) * before + (1.0 + given) * after);
+    if (tangent.no_overshoot)
+    {
+        if ((before > 0.0) != (after > 0.0))
+            return 0.0;
+        const double limit =
+            std::min(std::abs(before) / LengthOf(tangent.left_weight), std::abs(after) / LengthOf(tangent.right_weight));
+        slope = std::clamp(slope, -limit, limit);
+    }
+    return slope;
+}
+
+void Curve::Close()
+{
+    if (tangents_.empty() || seconds_.size() < 2)
+    {
+        tangents_ = {};
+        return;
+    }
+    segments_.reserve(seconds_.size() - 1);
+    for (std::size_t i = 0; i + 1 < seconds_.size(); ++i)
+        segments_.push_back({SlopeAt(i, 1.0), SlopeAt(i + 1, -1.0), tangents_[i].right_weight,
+                             tangents_[i + 1].left_weight});
+    tangents_ = {};
+}
+
+std::size_t Curve::SegmentAt(double seconds) const
+{
+    const auto holds = [&](std::size_t i)
+    { return i + 1 < seconds_.size() && seconds >= seconds_[i] && seconds < seconds_[i + 1]; };
+    if (!holds(cursor_))
+    {
+        if (holds(cursor_ + 1))
+            ++cursor_;
+        else
+            cursor_ = static_cast<std::size_t>(std::upper_bound(seconds_.begin(), seconds_.end(), seconds) -
+                                               seconds_.begin()) -
+                      1;
+    }
+    return cursor_;
+}
+
+bool Curve::IsConstant() const
+{
+    return std::all_of(values_.begin(), values_.end(), [this](double value) { return value == values_.front(); }) &&
+           std::all_of(segments_.begin(), segments_.end(),
+                       [](const Segment& segment) { return segment.right_slope == 0.0 && segment.left_slope == 0.0; });
+}
+
+double Curve::At(double seconds) const
+{
+    if (!(seconds > seconds_.front()))
+        return values_.front();
+    if (seconds >= seconds_.back())
+        return values_.back();
+    const std::size_t i = SegmentAt(seconds);
+    const double span = seconds_[i + 1] - seconds_[i];
+    const double from = values_[i];
+    const double to = values_[i + 1];
+    switch (interpolations_[i])
+    {
+    case Interpolation::Hold:
+        return from;
+    case Interpolation::HoldNext:
+        return to;
+    case Interpolation::Straight:
+        return from + (to - from) * ((seconds - seconds_[i]) / span);
+    case Interpolation::Cubic:
+        break;
+    }
+    const Segment& segment = segments_[i];
+    const double u = (seconds - seconds_[i]) / span;
+    const double right = LengthOf(segment.right_weight);
+    const double left = LengthOf(segment.left_weight);
+    const bool even = segment.right_weight == 0.0F && segment.left_weight == 0.0F;
+    return Bezier(from, from + segment.right_slope * right * span, to - segment.left_slope * left * span, to,
+                  even ? u : ParameterAt(u, right, left));
+}
+
+} // namespace mobu_host::fbx

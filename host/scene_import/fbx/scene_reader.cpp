@@ -1,0 +1,58 @@
+#include "host/scene_import/fbx/damage.h"
+#include "host/scene_import/fbx/scene_data.h"
+#include "host/scene_import/fbx/scene_models.h"
+#include "host/scene_import/fbx/scene_settings.h"
+#include "host/scene_import/fbx/scene_takes.h"
+
+#include <algorithm>
+
+namespace mobu_host::fbx
+{
+namespace
+{
+
+void ReadConstraints(const Document& document, SceneData& scene)
+{
+    for (ObjectIndex i = 1; i < document.Count(); ++i)
+    {
+        const Object& object = document.At(i);
+        if (object.kind != "Constraint")
+            continue;
+        const PropertyRows own(object.record);
+        scene.constraints.push_back({PlainText(object.name, document.Tree()),
+                                     PlainText(object.type, document.Tree()),
+                                     PropertyView{&own, document.Template("FbxConstraint")}.Truth("Active", true)});
+    }
+}
+
+// Scale that moves high up moves all models below it, in each take; a small file could ask for more than any memory.
+void CheckSize(const Document& document, const SceneData& scene)
+{
+    const std::size_t limit = 100000 + document.Tree().File().size() / 16;
+    std::size_t moving = 0;
+    for (std::size_t take = 0; take < scene.takes.size() && moving <= limit; ++take)
+    {
+        const std::vector<bool> nodes = scene.rig.MovingNodes(take);
+        moving += static_cast<std::size_t>(std::count(nodes.begin(), nodes.end(), true));
+    }
+    if (moving > limit)
+        throw Damage("its takes move more models than a file of its size can describe");
+}
+
+} // namespace
+
+SceneData ReadScene(const Document& document, ImportNotes& notes)
+{
+    SceneData scene;
+    scene.frames_per_second = TransportRate(document);
+    scene.centimetres = UnitOfLength(document);
+    scene.rig.world = AxesToHost(document, notes) * Scaling(kOnes * scene.centimetres);
+    const ModelList models = ReadModels(document, scene, notes);
+    ReadTakes(document, models, scene, notes);
+    ReadConstraints(document, scene);
+    scene.rig.Prepare();
+    CheckSize(document, scene);
+    return scene;
+}
+
+} // namespace mobu_host::fbx

@@ -1,0 +1,51 @@
+#pragma once
+
+// Vectors, turns and affine maps in column form: a point is multiplied from the right.
+
+#include <array>
+
+namespace mobu_host::fbx
+{
+
+using Vector = std::array<double, 3>;
+
+struct Matrix3
+{
+    double at[3][3] = {{1.0, 0.0, 0.0}, {0.0, 1.0, 0.0}, {0.0, 0.0, 1.0}}; // row, column
+
+    bool operator==(const Matrix3& other) const = default;
+};
+
+// Linear part and place.
+struct Affine
+{
+    Matrix3 linear;
+    Vector place{};
+
+    bool operator==(const Affine& other) const = default;
+};
+
+inline constexpr Vector kOnes{1.0, 1.0, 1.0};
+
+Vector operator+(const Vector& a, const Vector& b);
+Vector operator-(const Vector& a, const Vector& b);
+Vector operator*(const Vector& a, double factor);
+Vector Cross(const Vector& a, const Vector& b);
+double Length(const Vector& a);
+
+Matrix3 operator*(const Matrix3& a, const Matrix3& b);
+Vector operator*(const Matrix3& a, const Vector& b);
+Affine operator*(const Affine& a, const Affine& b);
+Matrix3 Transposed(const Matrix3& a);
+Matrix3 Scaling(const Vector& factors);
+double Determinant(const Matrix3& a);
+bool Invert(const Matrix3& a, Matrix3& inverse); // false, and nothing done, for one without inverse
+
+// Angles in degrees; order 0 to 5 is XYZ, XZY, YZX, YXZ, ZXY, ZYX, axes in the order in which they are applied. Any
+// other order counts as XYZ.
+Matrix3 EulerTurn(const Vector& degrees, int order);
+
+// A part of the way from no turn to `turn`, along the shorter arc.
+Matrix3 TurnBetween(const Matrix3& from, const Matrix3& to, double fraction);
+
+} // namespace mobu_host::fbx

@@ -1,0 +1,98 @@
+#include "host/scene_import/fbx/take_motion.h"
+
+namespace mobu_host::fbx
+{
+
+std::optional<TakeMotion::Target> TakeMotion::TargetOf(ObjectIndex object, std::string_view property) const
+{
+    const auto found = models_.by_object.find(object);
+    if (found == models_.by_object.end())
+        return std::nullopt;
+    return Target{found->second, property};
+}
+
+Components TakeMotion::RestOf(ObjectIndex object, std::string_view property) const
+{
+    const double neutral = property == "Lcl Scaling" ? 1.0 : 0.0;
+    Components rest{neutral, neutral, neutral, neutral};
+    if (const auto target = TargetOf(object, property))
+        if (const PropertyRow* row = models_.sources[target->model].View().Find(property))
+            for (std::size_t i = 0; i < rest.size(); ++i)
+                rest[i] = FiniteNumber(*row, i, neutral);
+    return rest;
+}
+
+Blending TakeMotion::BlendingOf(const Target& target, const PropertyRow* row)
+{
+    if (target.property == "Lcl Rotation")
+        return Blending::Turn;
+    if (target.property == "Lcl Scaling")
+        return Blending::Scale;
+    const bool steps = row && (row->kind == "bool" || row->kind == "Bool" || row->kind == "enum" || row->kind == "Enum" ||
+                               row->kind == "Visibility");
+    return steps ? Blending::Steps : Blending::Numbers;
+}
+
+void TakeMotion::Add(ObjectIndex object, std::string_view property, LayerPart part)
+{
+    const auto target = TargetOf(object, property);
+    if (!target)
+    {
+        notes_.Add("animated properties of materials, deformers and other objects that are no models are passed over");
+        return;
+    }
+    const auto [place, added] = by_target_.try_emplace(*target, moved_.size());
+    if (added)
+    {
+        const PropertyRow* const row = models_.sources[target->model].View().Find(property);
+        moved_.push_back({*target, std::make_shared<LayeredValue>(RestOf(object, property),
+                                                                  BlendingOf(*target, row))});
+    }
+    moved_[place->second].value->Add(std::move(part));
+}
+
+bool TakeMotion::MoveNode(std::size_t take, const Moved& moved)
+{
+    std::shared_ptr<const LayeredValue> NodeMotion::*part = nullptr;
+    if (moved.target.property == "Lcl Translation")
+        part = &NodeMotion::translation;
+    else if (moved.target.property == "Lcl Rotation")
+        part = &NodeMotion::rotation;
+    else if (moved.target.property == "Lcl Scaling")
+        part = &NodeMotion::scaling;
+    else
+        return false;
+    scene_.rig.takes[take][moved.target.model].*part = moved.value;
+    return true;
+}
+
+bool TakeMotion::MoveProperty(TakeData& take, const Moved& moved)
+{
+    const ModelData& model = scene_.models[moved.target.model];
+    PropertyMotion motion{moved.target.model, kNoNode, nullptr, 1.0, moved.value};
+    const std::string name = PlainText(moved.target.property, document_.Tree());
+    for (std::size_t i = 0; i < model.user_properties.size() && motion.user_property == kNoNode; ++i)
+        if (model.user_properties[i].name == name && model.user_properties[i].kind != PropertyKind::Text)
+            motion.user_property = static_cast<std::uint32_t>(i);
+    if (motion.user_property == kNoNode)
+    {
+        const BuiltIn* const built_in = FindBuiltIn(moved.target.property);
+        if (!built_in || (model.kind == ModelKind::Plain && moved.target.property != "Visibility"))
+            return false;
+        motion.built_in = built_in->name;
+        motion.unit = built_in->is_length ? scene_.centimetres : 1.0;
+    }
+    take.motions.push_back(std::move(motion));
+    return true;
+}
+
+void TakeMotion::Finish(std::size_t index)
+{
+    for (const Moved& moved : moved_)
+        if (!MoveNode(index, moved) && !MoveProperty(scene_.takes[index], moved))
+            notes_.Add("animated properties of models that the host does not have are passed over");
+    moved_.clear();
+    by_target_.clear();
+}
+
+} // namespace mobu_host::fbx
