@@ -8,13 +8,16 @@
 //
 // What is read, decided by the content of the file rather than by its name:
 //
+//   FBX        6.0 to 7.x, binary and text: models, cameras, takes, layers, curves, user properties, constraints as
+//              listed; its own unit, axes and rate
 //   BVH        every joint and end site; one unit is one centimetre; transport rate 1 / frame time
 //   glTF, GLB  nodes, cameras, node and camera extras as user properties; metres; 30 frames a second
 //   Collada    nodes, cameras; its own unit and up axis; 30 frames a second
 //
-// FBX scenes are refused. Meshes, materials, skins and blend shapes are passed over.
+// Meshes, materials, skins and blend shapes are passed over.
 //
-// What the scene holds afterwards:
+// What the scene holds afterwards (FBX differs: models stand as the file has them, with its takes' own spans, curves and
+// current take; docs/scene_files.md has it all):
 //
 //   Models     centimetres, Y up, below the scene's root. A label that is taken already gets a number (" 1"); where a
 //              joint and the mesh on it share a name, the joint keeps it. A mirrored node gets one axis reversed, so

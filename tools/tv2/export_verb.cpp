@@ -208,7 +208,7 @@ void AddExportVerb(CLI::App& app, VerbContext& context)
 {
     auto options = std::make_shared<ExportVerbOptions>();
     ExportRequest& request = options->request;
-    CLI::App* verb = app.add_subcommand("export", "Exports a scene (BVH, glTF, Collada) to .tv2 files");
+    CLI::App* verb = app.add_subcommand("export", "Exports a scene (FBX, BVH, glTF, Collada) to .tv2 files");
     verb->add_option("SCENE", request.scene, "The scene file")->required();
     verb->add_option("OUTPUT", request.output,
                      "The file to write, ending in .tv2; with --all-takes the pattern of the names: "

@@ -339,7 +339,7 @@ void RunScene(const SceneVerbOptions& options, VerbContext& context)
 void AddSceneVerb(CLI::App& app, VerbContext& context)
 {
     auto options = std::make_shared<SceneVerbOptions>();
-    CLI::App* verb = app.add_subcommand("scene", "What the exporter sees of a scene (BVH, glTF, Collada)");
+    CLI::App* verb = app.add_subcommand("scene", "What the exporter sees of a scene (FBX, BVH, glTF, Collada)");
     verb->add_option("SCENE", options->scene, "The scene file")->required();
     verb->add_flag("--json", options->json,
                    "Print JSON; positions are those of the first frame, in centimetres");

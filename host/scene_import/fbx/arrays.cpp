@@ -55,8 +55,8 @@ void Convert(std::string_view bytes, std::vector<Number>& numbers)
         if constexpr (std::is_floating_point_v<Number>)
             numbers[i] = static_cast<Number>(stored);
         else if constexpr (std::is_floating_point_v<Stored>)
-            numbers[i] = static_cast<Number>(
-                std::clamp(stored == stored ? static_cast<double>(stored) : 0.0, -2147483648.0, 2147483647.0));
+            numbers[i] = static_cast<Number>(std::clamp(stored == stored ? static_cast<double>(stored) : 0.0,
+                                                        -2147483648.0, 2147483647.0));
         else
             numbers[i] = static_cast<Number>(stored);
     }

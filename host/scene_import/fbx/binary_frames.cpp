@@ -72,7 +72,8 @@ private:
             return wide_ ? LittleEndian<std::uint64_t>(file_, at + i * word)
                          : LittleEndian<std::uint32_t>(file_, at + i * word);
         };
-        Header header{number(0), number(1), number(2), at + size, static_cast<std::uint8_t>(file_[at + size - 1])};
+        Header header{number(0), number(1), number(2), at + size,
+                      static_cast<std::uint8_t>(file_[at + size - 1])};
         if (end - header.name < header.name_size)
             throw Damage(at, "a record's name leaves its list");
         if (header.end == 0 && (header.value_count != 0 || header.values_size != 0 || header.name_size != 0))

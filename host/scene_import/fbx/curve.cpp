@@ -31,8 +31,7 @@ double ParameterAt(double u, double right, double left)
             break;
         (miss > 0.0 ? high : low) = s;
         const double t = 1.0 - s;
-        const double rise =
-            3.0 * (t * t * right + 2.0 * t * s * (1.0 - left - right) + s * s * left);
+        const double rise = 3.0 * (t * t * right + 2.0 * t * s * (1.0 - left - right) + s * s * left);
         const double step = rise > 0.0 ? s - miss / rise : -1.0;
         s = step > low && step < high ? step : 0.5 * (low + high);
     }
@@ -83,8 +82,9 @@ double Curve::SlopeAt(std::size_t key, double side) const
     if (last == 0)
         return 0.0;
     if (key == 0 || key == last)
-        return tangent.no_overshoot && tangent.rule == TangentRule::Automatic ? 0.0
-                                                                              : straight(key == 0 ? 0 : last - 1);
+        return tangent.no_overshoot && tangent.rule == TangentRule::Automatic
+                   ? 0.0
+                   : straight(key == 0 ? 0 : last - 1);
     const double before = straight(key - 1);
     const double after = straight(key);
     if (tangent.rule == TangentRule::Tcb)
@@ -92,7 +92,8 @@ double Curve::SlopeAt(std::size_t key, double side) const
         const double part = 0.5 * (1.0 - static_cast<double>(tangent.right_slope));
         const double continuity = side * static_cast<double>(tangent.left_slope);
         const auto bias = static_cast<double>(tangent.tcb_bias);
-        return part * ((1.0 + continuity) * (1.0 + bias) * before + (1.0 - continuity) * (1.0 - bias) * after);
+        return part *
+               ((1.0 + continuity) * (1.0 + bias) * before + (1.0 - continuity) * (1.0 - bias) * after);
     }
     if ((tangent.flat_at_equals || tangent.no_overshoot) && (before == 0.0 || after == 0.0))
         return 0.0;
@@ -101,8 +102,8 @@ double Curve::SlopeAt(std::size_t key, double side) const
     {
         if ((before > 0.0) != (after > 0.0))
             return 0.0;
-        const double limit =
-            std::min(std::abs(before) / LengthOf(tangent.left_weight), std::abs(after) / LengthOf(tangent.right_weight));
+        const double limit = std::min(std::abs(before) / LengthOf(tangent.left_weight),
+                                      std::abs(after) / LengthOf(tangent.right_weight));
         slope = std::clamp(slope, -limit, limit);
     }
     return slope;
@@ -117,8 +118,8 @@ void Curve::Close()
     }
     segments_.reserve(seconds_.size() - 1);
     for (std::size_t i = 0; i + 1 < seconds_.size(); ++i)
-        segments_.push_back({SlopeAt(i, 1.0), SlopeAt(i + 1, -1.0), tangents_[i].right_weight,
-                             tangents_[i + 1].left_weight});
+        segments_.push_back(
+            {SlopeAt(i, 1.0), SlopeAt(i + 1, -1.0), tangents_[i].right_weight, tangents_[i + 1].left_weight});
     tangents_ = {};
 }
 
@@ -140,9 +141,11 @@ std::size_t Curve::SegmentAt(double seconds) const
 
 bool Curve::IsConstant() const
 {
-    return std::all_of(values_.begin(), values_.end(), [this](double value) { return value == values_.front(); }) &&
+    return std::all_of(values_.begin(), values_.end(),
+                       [this](double value) { return value == values_.front(); }) &&
            std::all_of(segments_.begin(), segments_.end(),
-                       [](const Segment& segment) { return segment.right_slope == 0.0 && segment.left_slope == 0.0; });
+                       [](const Segment& segment)
+                       { return segment.right_slope == 0.0 && segment.left_slope == 0.0; });
 }
 
 double Curve::At(double seconds) const

@@ -21,9 +21,9 @@ enum class Interpolation : std::uint8_t
 // The derivative at a key, where the file leaves it to the reader.
 enum class TangentRule : std::uint8_t
 {
-    Given,      // `right_slope` and `left_slope`
-    Automatic,  // between the slopes to both neighbours, shifted by the bias of each side
-    Tcb         // from tension, continuity and bias
+    Given,     // `right_slope` and `left_slope`
+    Automatic, // between the slopes to both neighbours, shifted by the bias of each side
+    Tcb        // from tension, continuity and bias
 };
 
 struct Tangent

@@ -140,14 +140,14 @@ void Document::ReadConnections()
 
 std::span<const Connection> Document::Into(ObjectIndex target) const
 {
-    return std::span(by_target_).subspan(target_begins_[target],
-                                         target_begins_[target + 1] - target_begins_[target]);
+    return std::span(by_target_)
+        .subspan(target_begins_[target], target_begins_[target + 1] - target_begins_[target]);
 }
 
 std::span<const Connection> Document::From(ObjectIndex source) const
 {
-    return std::span(by_source_).subspan(source_begins_[source],
-                                         source_begins_[source + 1] - source_begins_[source]);
+    return std::span(by_source_)
+        .subspan(source_begins_[source], source_begins_[source + 1] - source_begins_[source]);
 }
 
 ObjectIndex Document::Named(std::string_view full_name) const

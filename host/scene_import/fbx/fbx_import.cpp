@@ -59,7 +59,8 @@ FBPropertyType TypeOf(PropertyKind kind)
 class HostScene
 {
 public:
-    HostScene(SceneData&& data, ImportNotes& notes) : data_(std::make_shared<SceneData>(std::move(data))), notes_(notes)
+    HostScene(SceneData&& data, ImportNotes& notes)
+        : data_(std::make_shared<SceneData>(std::move(data))), notes_(notes)
     {
     }
 
@@ -148,7 +149,8 @@ private:
         if (source.kind == PropertyKind::Choice)
             return AddUserEnum(model, source.name, source.items, static_cast<int>(source.value[0]),
                                source.animatable);
-        FBProperty* const property = AddUserProperty(model, source.name, TypeOf(source.kind), source.animatable);
+        FBProperty* const property =
+            AddUserProperty(model, source.name, TypeOf(source.kind), source.animatable);
         const char* text = source.text.c_str();
         Components value = source.value;
         switch (source.kind)
@@ -264,7 +266,8 @@ private:
                             [i](const PropertyMotion& motion) { return motion.model == i; }))
                 continue;
             for (const BuiltInValue& value : data_->models[i].values)
-                if (FBProperty* property = Settable(*models_[i], value.property) ? nullptr
+                if (FBProperty* property = Settable(*models_[i], value.property)
+                                               ? nullptr
                                                : models_[i]->PropertyList.Find(value.property))
                     AnimateProperty(*property, take, [index = value.value](double, int) { return index; });
         }
@@ -274,7 +277,8 @@ private:
     {
         FBConstraint* const constraint = mobu_host::AddConstraint(source.name, source.active);
         constraint->Description = source.type.c_str();
-        notes_.Add("constraints of type \"" + source.type + "\" are not solved: what they hold moves as it is keyed");
+        notes_.Add("constraints of type \"" + source.type +
+                   "\" are not solved: what they hold moves as it is keyed");
     }
 
     std::shared_ptr<SceneData> data_;

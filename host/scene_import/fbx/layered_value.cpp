@@ -58,7 +58,8 @@ bool LayeredValue::IsConstant() const
                        {
                            return !part.layer->weight_curve &&
                                   std::all_of(part.curves.begin(), part.curves.end(),
-                                              [](const CurvePointer& curve) { return !curve || curve->IsConstant(); });
+                                              [](const CurvePointer& curve)
+                                              { return !curve || curve->IsConstant(); });
                        });
 }
 

@@ -17,12 +17,12 @@ using CurvePointer = std::shared_ptr<const Curve>;
 // An animation layer over others; the muted ones of a file are left out.
 struct Layer
 {
-    bool additive = true;         // else it overrides
-    bool base = false;            // the lowest: stands as it is
-    bool turns_by_axis = false;   // adds angles instead of turns
-    bool scales_add = false;      // instead of multiplying
-    double weight = 1.0;          // 0 to 1
-    CurvePointer weight_curve;    // in percent, in place of `weight`; may be null
+    bool additive = true;       // else it overrides
+    bool base = false;          // the lowest: stands as it is
+    bool turns_by_axis = false; // adds angles instead of turns
+    bool scales_add = false;    // instead of multiplying
+    double weight = 1.0;        // 0 to 1
+    CurvePointer weight_curve;  // in percent, in place of `weight`; may be null
 
     double WeightAt(double seconds) const;
 };

@@ -65,7 +65,8 @@ double PropertyView::Number(std::string_view name, double otherwise) const
     return row ? FiniteNumber(*row, 0, otherwise) : otherwise;
 }
 
-std::array<double, 3> PropertyView::Vector(std::string_view name, const std::array<double, 3>& otherwise) const
+std::array<double, 3> PropertyView::Vector(std::string_view name,
+                                           const std::array<double, 3>& otherwise) const
 {
     const PropertyRow* row = Find(name);
     if (!row)

@@ -49,7 +49,10 @@ public:
     // Throws Damage where the file states what is not finite.
     double Number(std::string_view name, double otherwise) const;
     std::array<double, 3> Vector(std::string_view name, const std::array<double, 3>& otherwise) const;
-    bool Truth(std::string_view name, bool otherwise) const { return Number(name, otherwise ? 1.0 : 0.0) != 0.0; }
+    bool Truth(std::string_view name, bool otherwise) const
+    {
+        return Number(name, otherwise ? 1.0 : 0.0) != 0.0;
+    }
     int Choice(std::string_view name, int otherwise) const; // an enumeration's number, or a small whole one
 
 private:

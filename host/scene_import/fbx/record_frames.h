@@ -19,8 +19,8 @@ unsigned ReadTextFrames(std::string_view file, std::vector<RecordFrame>& frames)
 
 // Puts a frame behind its elder sibling, or below its parent where it is the first. `last_child` of the parent is kept
 // by the caller.
-inline std::uint32_t AppendFrame(std::vector<RecordFrame>& frames, const RecordFrame& frame, std::uint32_t parent,
-                                 std::uint32_t& last_child)
+inline std::uint32_t AppendFrame(std::vector<RecordFrame>& frames, const RecordFrame& frame,
+                                 std::uint32_t parent, std::uint32_t& last_child)
 {
     const auto index = static_cast<std::uint32_t>(frames.size());
     frames.push_back(frame);

@@ -37,8 +37,8 @@ public:
     std::string_view Bytes() const { return bytes_; }
 
     bool IsArray() const;
-    std::optional<double> Number() const;       // also of whole numbers; not finite where the file says so
-    std::optional<std::int64_t> Whole() const;  // numbers are cut toward zero; none out of range
+    std::optional<double> Number() const;         // also of whole numbers; not finite where the file says so
+    std::optional<std::int64_t> Whole() const;    // numbers are cut toward zero; none out of range
     std::optional<std::string_view> Text() const; // of a text or a word, as it stands in the file
     char Letter() const; // a bare word of one letter, in binary files a byte; 0 where it is none
 

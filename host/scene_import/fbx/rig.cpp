@@ -53,7 +53,8 @@ Affine FromMirrored(Affine affine)
 bool RigNode::HasPivots() const
 {
     constexpr Vector kNone{};
-    return rotation_offset != kNone || rotation_pivot != kNone || scaling_offset != kNone || scaling_pivot != kNone;
+    return rotation_offset != kNone || rotation_pivot != kNone || scaling_offset != kNone ||
+           scaling_pivot != kNone;
 }
 
 void Rig::Prepare()
@@ -74,8 +75,8 @@ void Rig::Prepare()
     {
         for (const auto& [node, motion] : take)
         {
-            if (motion.scaling && !(motion.scaling->IsConstant() && First3(motion.scaling->At(0.0)) == kOnes &&
-                                    nodes[node].scaling == kOnes))
+            if (motion.scaling && !(motion.scaling->IsConstant() &&
+                                    First3(motion.scaling->At(0.0)) == kOnes && nodes[node].scaling == kOnes))
             {
                 own_scale[node] = true;
                 own_uniform[node] = false;
@@ -97,8 +98,8 @@ void Rig::Prepare()
             scale_matters = !uniform[node.parent];
         else if (has_parent && node.inheritance == ScaleInheritance::NotParents)
             scale_matters = own_scale[node.parent] || !uniform[node.parent];
-        special_[i] = scale_matters || node.HasPivots() || composes[i] || node.interest != kNoNode || mirrored_ ||
-                      (turned && !has_parent);
+        special_[i] = scale_matters || node.HasPivots() || composes[i] || node.interest != kNoNode ||
+                      mirrored_ || (turned && !has_parent);
     }
 }
 
@@ -117,7 +118,8 @@ std::vector<bool> Rig::MovingNodes(std::size_t take) const
         scale[i] = (motion != moving.end() && motion->second.scaling) || (has_parent && scale[node.parent]);
     }
     for (std::size_t i = 0; i < nodes.size(); ++i)
-        for (const std::uint32_t other : {nodes[i].interest, nodes[i].interest == kNoNode ? kNoNode : nodes[i].up})
+        for (const std::uint32_t other :
+             {nodes[i].interest, nodes[i].interest == kNoNode ? kNoNode : nodes[i].up})
             if (other != kNoNode && (global[other] || global[i]))
                 local[i] = true;
     return local;
@@ -140,7 +142,8 @@ const NodeMotion* Rig::MotionOf(std::uint32_t node, std::size_t take) const
     return found == takes[take].end() ? nullptr : &found->second;
 }
 
-Rig::Pose Rig::MakePose(const RigNode& node, const NodeMotion* motion, double seconds, const Pose* parent) const
+Rig::Pose Rig::MakePose(const RigNode& node, const NodeMotion* motion, double seconds,
+                        const Pose* parent) const
 {
     const auto value = [&](const auto& moving, const Vector& rest)
     { return moving ? First3(moving->At(seconds)) : rest; };
@@ -192,7 +195,8 @@ const Rig::Pose& Rig::PoseOf(std::uint32_t node)
     {
         const std::uint32_t at = path_.back();
         const std::uint32_t parent = nodes[at].parent;
-        poses_[at] = MakePose(nodes[at], MotionOf(at, take_), seconds_, parent == kNoNode ? nullptr : &poses_[parent]);
+        poses_[at] =
+            MakePose(nodes[at], MotionOf(at, take_), seconds_, parent == kNoNode ? nullptr : &poses_[parent]);
         pose_stamps_[at] = stamp_;
     }
     return poses_[node];
@@ -252,7 +256,8 @@ Affine Rig::HostGlobalOf(std::uint32_t node)
     {
         const std::uint32_t at = path.back();
         const std::uint32_t parent = nodes[at].parent;
-        const Affine local = MakeHostLocal(at); // of a camera with an interest it asks for what is above, known by now
+        const Affine local =
+            MakeHostLocal(at); // of a camera with an interest it asks for what is above, known by now
         host_globals_[at] = parent == kNoNode ? local : host_globals_[parent] * local;
         host_stamps_[at] = stamp_;
     }

@@ -89,7 +89,7 @@ struct ConstraintData
 struct SceneData
 {
     double frames_per_second = 30.0;
-    double centimetres = 1.0; // one unit of length
+    double centimetres = 1.0;      // one unit of length
     std::vector<ModelData> models; // parents before children, children in order; model i is node i of the rig
     Rig rig;                       // with its takes, in the order of `takes`
     std::vector<TakeData> takes;

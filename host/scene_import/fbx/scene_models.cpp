@@ -15,11 +15,12 @@ constexpr std::size_t kDeepestModel = 2000;
 constexpr std::string_view kSystemCameraPrefix = "Producer ";
 
 constexpr BuiltIn kBuiltIns[] = {
-    {"Visibility", false},      {"FieldOfView", false},  {"FieldOfViewX", false}, {"FieldOfViewY", false},
-    {"FocalLength", false},     {"FilmWidth", false},    {"FilmHeight", false},   {"FilmAspectRatio", false},
-    {"FilmSqueezeRatio", false}, {"PixelAspectRatio", false}, {"FocusAngle", false}, {"Roll", false},
-    {"TurnTable", false},       {"NearPlane", true},     {"FarPlane", true},      {"FocusDistance", true},
-    {"Camera Index", false},
+    {"Visibility", false},       {"FieldOfView", false},     {"FieldOfViewX", false},
+    {"FieldOfViewY", false},     {"FocalLength", false},     {"FilmWidth", false},
+    {"FilmHeight", false},       {"FilmAspectRatio", false}, {"FilmSqueezeRatio", false},
+    {"PixelAspectRatio", false}, {"FocusAngle", false},      {"Roll", false},
+    {"TurnTable", false},        {"NearPlane", true},        {"FarPlane", true},
+    {"FocusDistance", true},     {"Camera Index", false},
 };
 
 bool IsCamera(const Object& object)
@@ -287,8 +288,8 @@ private:
 
 const BuiltIn* FindBuiltIn(std::string_view name)
 {
-    const auto* const found =
-        std::find_if(std::begin(kBuiltIns), std::end(kBuiltIns), [&](const BuiltIn& b) { return b.name == name; });
+    const auto* const found = std::find_if(std::begin(kBuiltIns), std::end(kBuiltIns),
+                                           [&](const BuiltIn& b) { return b.name == name; });
     return found == std::end(kBuiltIns) ? nullptr : found;
 }
 

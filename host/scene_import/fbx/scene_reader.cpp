@@ -19,9 +19,9 @@ void ReadConstraints(const Document& document, SceneData& scene)
         if (object.kind != "Constraint")
             continue;
         const PropertyRows own(object.record);
-        scene.constraints.push_back({PlainText(object.name, document.Tree()),
-                                     PlainText(object.type, document.Tree()),
-                                     PropertyView{&own, document.Template("FbxConstraint")}.Truth("Active", true)});
+        scene.constraints.push_back(
+            {PlainText(object.name, document.Tree()), PlainText(object.type, document.Tree()),
+             PropertyView{&own, document.Template("FbxConstraint")}.Truth("Active", true)});
     }
 }
 

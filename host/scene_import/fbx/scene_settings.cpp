@@ -10,9 +10,9 @@ namespace
 
 constexpr double kNtsc = 1000.0 / 1001.0;
 // By number of TimeMode; 0 is the default, 14 a rate of the file's own.
-constexpr double kRates[] = {30.0,         120.0, 100.0,  60.0,         50.0, 48.0, 30.0, 30.0,         30.0 * kNtsc,
-                             30.0 * kNtsc, 25.0,  24.0,   1000.0,       24.0 * kNtsc, 0.0, 96.0, 72.0,
-                             60.0 * kNtsc, 120.0 * kNtsc};
+constexpr double kRates[] = {30.0,         120.0,        100.0,        60.0, 50.0,   48.0,         30.0, 30.0,
+                             30.0 * kNtsc, 30.0 * kNtsc, 25.0,         24.0, 1000.0, 24.0 * kNtsc, 0.0,  96.0,
+                             72.0,         60.0 * kNtsc, 120.0 * kNtsc};
 constexpr int kOwnRate = 14;
 constexpr double kFastestRate = 1.0e6;
 

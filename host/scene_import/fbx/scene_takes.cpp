@@ -182,7 +182,8 @@ private:
     {
         const PropertyRows own(document_.At(index).record);
         const PropertyView view{&own, document_.Template("FbxAnimLayer")};
-        FoundLayer found{index, std::make_shared<Layer>(), view.Truth("Mute", false), view.Truth("Solo", false)};
+        FoundLayer found{index, std::make_shared<Layer>(), view.Truth("Mute", false),
+                         view.Truth("Solo", false)};
         found.layer->base = base;
         found.layer->additive = view.Choice("BlendMode", 0) == 0;
         found.layer->turns_by_axis = view.Choice("RotationAccumulationMode", 0) == 1;
@@ -208,7 +209,8 @@ private:
             }
             ReadLayerWeight(found);
             for (const Connection& connection : document_.Into(found.object))
-                if (connection.property.empty() && document_.At(connection.source).kind == "AnimationCurveNode")
+                if (connection.property.empty() &&
+                    document_.At(connection.source).kind == "AnimationCurveNode")
                     ReadCurveNode(connection.source, found, keys);
         }
     }
@@ -293,7 +295,8 @@ private:
         }
     }
 
-    void ReadChannels(const Record& model, ObjectIndex object, const std::shared_ptr<Layer>& layer, KeySpan& keys)
+    void ReadChannels(const Record& model, ObjectIndex object, const std::shared_ptr<Layer>& layer,
+                      KeySpan& keys)
     {
         for (const Record& channel : model.Children())
         {

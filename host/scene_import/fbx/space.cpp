@@ -30,7 +30,8 @@ Quaternion QuaternionOf(const Matrix3& turn)
     if (trace > 0.0)
     {
         const double root = 2.0 * std::sqrt(trace + 1.0);
-        return {0.25 * root, (m[2][1] - m[1][2]) / root, (m[0][2] - m[2][0]) / root, (m[1][0] - m[0][1]) / root};
+        return {0.25 * root, (m[2][1] - m[1][2]) / root, (m[0][2] - m[2][0]) / root,
+                (m[1][0] - m[0][1]) / root};
     }
     const int i = m[0][0] >= m[1][1] && m[0][0] >= m[2][2] ? 0 : m[1][1] >= m[2][2] ? 1 : 2;
     const int j = (i + 1) % 3;
@@ -136,7 +137,8 @@ Matrix3 Scaling(const Vector& factors)
 double Determinant(const Matrix3& a)
 {
     const auto& m = a.at;
-    return m[0][0] * (m[1][1] * m[2][2] - m[1][2] * m[2][1]) - m[0][1] * (m[1][0] * m[2][2] - m[1][2] * m[2][0]) +
+    return m[0][0] * (m[1][1] * m[2][2] - m[1][2] * m[2][1]) -
+           m[0][1] * (m[1][0] * m[2][2] - m[1][2] * m[2][0]) +
            m[0][2] * (m[1][0] * m[2][1] - m[1][1] * m[2][0]);
 }
 

@@ -28,8 +28,8 @@ Blending TakeMotion::BlendingOf(const Target& target, const PropertyRow* row)
         return Blending::Turn;
     if (target.property == "Lcl Scaling")
         return Blending::Scale;
-    const bool steps = row && (row->kind == "bool" || row->kind == "Bool" || row->kind == "enum" || row->kind == "Enum" ||
-                               row->kind == "Visibility");
+    const bool steps = row && (row->kind == "bool" || row->kind == "Bool" || row->kind == "enum" ||
+                               row->kind == "Enum" || row->kind == "Visibility");
     return steps ? Blending::Steps : Blending::Numbers;
 }
 
@@ -38,15 +38,16 @@ void TakeMotion::Add(ObjectIndex object, std::string_view property, LayerPart pa
     const auto target = TargetOf(object, property);
     if (!target)
     {
-        notes_.Add("animated properties of materials, deformers and other objects that are no models are passed over");
+        notes_.Add("animated properties of materials, deformers and other objects that are no models are "
+                   "passed over");
         return;
     }
     const auto [place, added] = by_target_.try_emplace(*target, moved_.size());
     if (added)
     {
         const PropertyRow* const row = models_.sources[target->model].View().Find(property);
-        moved_.push_back({*target, std::make_shared<LayeredValue>(RestOf(object, property),
-                                                                  BlendingOf(*target, row))});
+        moved_.push_back(
+            {*target, std::make_shared<LayeredValue>(RestOf(object, property), BlendingOf(*target, row))});
     }
     moved_[place->second].value->Add(std::move(part));
 }

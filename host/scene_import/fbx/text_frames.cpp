@@ -42,7 +42,8 @@ public:
     {
         open_.push_back({0, 0, 0});
         std::size_t at = file_.starts_with("\xEF\xBB\xBF") ? 3 : 0;
-        for (at = SkipSpace(file_, at, file_.size()); at < file_.size(); at = SkipSpace(file_, at, file_.size()))
+        for (at = SkipSpace(file_, at, file_.size()); at < file_.size();
+             at = SkipSpace(file_, at, file_.size()))
         {
             if (file_[at] == '}')
             {

@@ -17,21 +17,36 @@ struct Kind
 
 // The same kinds go by many names: those of the format, of its versions, and of the applications that write it.
 constexpr Kind kKinds[] = {
-    {"bool", PropertyKind::Truth},           {"Bool", PropertyKind::Truth},
-    {"int", PropertyKind::Whole},            {"Integer", PropertyKind::Whole},
-    {"Int", PropertyKind::Whole},            {"Short", PropertyKind::Whole},
-    {"UShort", PropertyKind::Whole},         {"UInteger", PropertyKind::Whole},
-    {"LongLong", PropertyKind::Whole},       {"ULongLong", PropertyKind::Whole},
-    {"enum", PropertyKind::Choice},          {"Enum", PropertyKind::Choice},
-    {"double", PropertyKind::Number},        {"Number", PropertyKind::Number},
-    {"float", PropertyKind::Number},         {"Float", PropertyKind::Number},
-    {"Real", PropertyKind::Number},          {"HalfFloat", PropertyKind::Number},
-    {"KString", PropertyKind::Text},         {"charptr", PropertyKind::Text},
-    {"Url", PropertyKind::Text},             {"XRefUrl", PropertyKind::Text},
-    {"DateTime", PropertyKind::Text},        {"Vector", PropertyKind::Vector3},
-    {"Vector3D", PropertyKind::Vector3},      {"Vector3", PropertyKind::Vector3},
-    {"Color", PropertyKind::Colour},         {"ColorRGB", PropertyKind::Colour},
-    {"ColorAndAlpha", PropertyKind::ColourAlpha}, {"ColorRGBA", PropertyKind::ColourAlpha},
+    {"bool", PropertyKind::Truth},
+    {"Bool", PropertyKind::Truth},
+    {"int", PropertyKind::Whole},
+    {"Integer", PropertyKind::Whole},
+    {"Int", PropertyKind::Whole},
+    {"Short", PropertyKind::Whole},
+    {"UShort", PropertyKind::Whole},
+    {"UInteger", PropertyKind::Whole},
+    {"LongLong", PropertyKind::Whole},
+    {"ULongLong", PropertyKind::Whole},
+    {"enum", PropertyKind::Choice},
+    {"Enum", PropertyKind::Choice},
+    {"double", PropertyKind::Number},
+    {"Number", PropertyKind::Number},
+    {"float", PropertyKind::Number},
+    {"Float", PropertyKind::Number},
+    {"Real", PropertyKind::Number},
+    {"HalfFloat", PropertyKind::Number},
+    {"KString", PropertyKind::Text},
+    {"charptr", PropertyKind::Text},
+    {"Url", PropertyKind::Text},
+    {"XRefUrl", PropertyKind::Text},
+    {"DateTime", PropertyKind::Text},
+    {"Vector", PropertyKind::Vector3},
+    {"Vector3D", PropertyKind::Vector3},
+    {"Vector3", PropertyKind::Vector3},
+    {"Color", PropertyKind::Colour},
+    {"ColorRGB", PropertyKind::Colour},
+    {"ColorAndAlpha", PropertyKind::ColourAlpha},
+    {"ColorRGBA", PropertyKind::ColourAlpha},
 };
 
 std::size_t ComponentsOf(PropertyKind kind)
@@ -66,10 +81,11 @@ std::vector<std::string> ItemsOf(const std::string& text)
 
 } // namespace
 
-bool ReadUserProperty(const PropertyRow& row, const RecordTree& tree, UserProperty& property, ImportNotes& notes)
+bool ReadUserProperty(const PropertyRow& row, const RecordTree& tree, UserProperty& property,
+                      ImportNotes& notes)
 {
-    const auto* const known =
-        std::find_if(std::begin(kKinds), std::end(kKinds), [&](const Kind& kind) { return kind.name == row.kind; });
+    const auto* const known = std::find_if(std::begin(kKinds), std::end(kKinds),
+                                           [&](const Kind& kind) { return kind.name == row.kind; });
     if (known == std::end(kKinds))
     {
         notes.Add("user properties of kind \"" + PlainText(row.kind, tree) + "\" are left out");

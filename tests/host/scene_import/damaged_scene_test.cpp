@@ -43,10 +43,10 @@ TEST_F(DamagedSceneTest, EachNamesFileAndCause)
     const DamagedScene scenes[] = {
         {"empty.bvh", "", "is empty"},
         {"text.txt", "hello", "is not a scene that can be read"},
-        {"binary.fbx", "Kaydara FBX Binary  \0 and so on", "FBX scenes are not read yet"},
-        {"renamed.bvh", "Kaydara FBX Binary  \0 and so on", "FBX scenes are not read yet"},
-        {"ascii.dat", "; FBX 7.3.0 project file\nFBXHeaderExtension: {", "FBX scenes are not read yet"},
-        {"junk.FBX", "junk", "FBX scenes are not read yet"},
+        {"header.fbx", "Kaydara FBX Binary  ", "ends inside its header (byte 20)"},
+        {"renamed.bvh", "Kaydara FBX Binary  ", "ends inside its header"},
+        {"ascii.dat", "; FBX 7.3.0 project file\nFBXHeaderExtension: {", "ends inside a record (byte 45)"},
+        {"junk.FBX", "junk", "is not a scene that can be read"},
 
         {"cut.bvh", Bvh("0 0 0", "Frames: 3\nFrame Time: 0.04\n1\n2\n"), "cut.bvh"},
         {"cut_early.bvh", "HIERARCHY\nROOT a\n{\nOFF", "cut_early.bvh"},

@@ -1,0 +1,55 @@
+#include "tests/host/scene_import/fbx/expected_values.h"
+
+namespace
+{
+
+std::array<double, 3> AsItIs(const std::array<double, 3>& v)
+{
+    return v;
+}
+
+std::array<double, 3> FromInchesZUp(const std::array<double, 3>& v)
+{
+    return {2.54 * v[0], 2.54 * v[2], -2.54 * v[1]};
+}
+
+struct ExpectedScene
+{
+    const char* scene;
+    int take;
+    std::array<double, 3> (*convert)(const std::array<double, 3>&) = AsItIs;
+};
+
+// Other people's scenes, which lie beside the project where somebody put them there.
+class ExpectedScenesTest : public ExpectedValues, public testing::WithParamInterface<ExpectedScene>
+{
+};
+
+TEST_P(ExpectedScenesTest, TransformsAgree)
+{
+    const ExpectedScene& expected = GetParam();
+    const std::string scenes = TV2_SCENES_DIR;
+    const std::string table =
+        scenes + "/expected/" + expected.scene + ".take" + std::to_string(expected.take);
+    const auto rows = ReadExpected(table + ".transforms.tsv");
+    if (rows.empty())
+        GTEST_SKIP() << table << " is not there";
+    const auto result = mobu_host::ImportScene(scenes + "/" + expected.scene + ".fbx");
+    ASSERT_TRUE(result.ok) << result.error;
+    EXPECT_GE(CompareTransforms(expected.take, rows, expected.convert), 7U);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Scenes, ExpectedScenesTest,
+    testing::Values(ExpectedScene{"animated_pivots", 0}, ExpectedScene{"hand_two_takes_rig", 1},
+                    ExpectedScene{"mocap_55_01", 0}, ExpectedScene{"mocap_atlas", 0},
+                    ExpectedScene{"mocap_walk_cameras", 0},
+                    ExpectedScene{"non_ascii_name_inches_zup", 0, FromInchesZUp},
+                    ExpectedScene{"optical_18_cameras_v6000", 0}, ExpectedScene{"robot_user_channels", 0},
+                    ExpectedScene{"spring_camera_interest", 0}, ExpectedScene{"three_takes_later_starts", 0},
+                    ExpectedScene{"three_takes_later_starts", 1}, ExpectedScene{"user_property_kinds", 0},
+                    ExpectedScene{"view360_seven_cameras", 0}),
+    [](const auto& scene)
+    { return std::string(scene.param.scene) + "_" + std::to_string(scene.param.take); });
+
+} // namespace
