@@ -8,7 +8,7 @@
 namespace mobu_host::fbx
 {
 
-inline constexpr std::string_view kBinaryMagic{"Kaydara FBX Binary  \0", 21};
+inline constexpr std::string_view kBinaryMagic = "Kaydara FBX Binary";
 inline constexpr std::size_t kDeepestRecord = 100; // real files stay below 20
 
 // Takes the frames of a binary file apart, the root first; gives the version that the header states.
