@@ -3,9 +3,10 @@
 BUILD := build
 SAMPLE := samples/mocap_walk_cameras.dae
 JOBS := $(shell nproc)
+FUZZ_SECONDS := 60
 CTEST := ctest --output-on-failure --no-tests=error -j$(JOBS)
 
-.PHONY: help demo build test test-asan test-bytes bench lint format install clean packages
+.PHONY: help demo build test test-asan test-bytes fuzz bench lint format install clean packages
 
 help: ## Show this list
 	@awk -F ':.*## ' '/^[a-z-]+:.*## / { printf "  make %-12s %s\n", $$1, $$2 }' $(MAKEFILE_LIST)
@@ -34,6 +35,12 @@ test-asan: packages ## Run all tests under AddressSanitizer and UndefinedBehavio
 test-bytes: build ## Export the samples with plug-ins of g++ and clang++ at -O0 and -O2; compare the files
 	@scripts/install_packages.sh clang
 	scripts/same_bytes.sh
+
+fuzz: packages ## Search for files that break the readers, FUZZ_SECONDS=60 with each target
+	@scripts/install_packages.sh clang libclang-rt-dev
+	@cmake --preset fuzz > /dev/null
+	@cmake --build --preset fuzz
+	scripts/fuzz.sh $(FUZZ_SECONDS)
 
 bench: packages ## Measure speed beside a baseline
 	@scripts/install_packages.sh libbenchmark-dev
