@@ -6,7 +6,7 @@ JOBS := $(shell nproc)
 FUZZ_SECONDS := 60
 CTEST := ctest --output-on-failure --no-tests=error -j$(JOBS)
 
-.PHONY: help demo build test test-asan test-bytes fuzz bench lint format install clean packages
+.PHONY: help demo build test test-asan test-bytes fuzz bench screenshot lint format install clean packages
 
 help: ## Show this list
 	@awk -F ':.*## ' '/^[a-z-]+:.*## / { printf "  make %-12s %s\n", $$1, $$2 }' $(MAKEFILE_LIST)
@@ -23,11 +23,13 @@ build: packages ## Build the command (build/bin/tv2), the plug-in and the librar
 	@cmake --build --preset release --target tv2 tv2_motionbuilder_export_tool mobu_host
 
 test: packages ## Build everything and run all tests
+	@scripts/install_packages.sh xvfb
 	@cmake --preset release > /dev/null
 	@cmake --build --preset release
 	cd $(BUILD) && $(CTEST)
 
 test-asan: packages ## Run all tests under AddressSanitizer and UndefinedBehaviorSanitizer
+	@scripts/install_packages.sh xvfb
 	@cmake --preset asan > /dev/null
 	@cmake --build --preset asan
 	cd $(BUILD)/asan && $(CTEST)
@@ -46,6 +48,10 @@ bench: packages ## Measure speed beside a baseline
 	@scripts/install_packages.sh libbenchmark-dev
 	@cmake --preset release -DTV2_BUILD_BENCH=ON > /dev/null
 	cmake --build --preset release --target bench
+
+screenshot: build ## Take the picture of the export dialog in docs/popup.png
+	@scripts/install_packages.sh xvfb imagemagick
+	scripts/screenshot.sh $(BUILD)
 
 lint: ## Check formatting and run clang-tidy
 	@scripts/install_packages.sh clang-format clang-tidy

@@ -45,6 +45,9 @@ public:
 
     void resize(int x, int y, int width, int height) override;
 
+protected:
+    void draw() override;
+
 private:
     // A region and what shows it.
     struct View
@@ -238,14 +241,20 @@ void PopupWindow::resize(int x, int y, int width, int height)
         MoveTo(popup_, popup_left_ + x - left_, popup_top_ + y - top_);
 }
 
-void PopupWindow::Run()
+// The first time, the window manager has put it where it stays.
+void PopupWindow::draw()
 {
-    show();
-    wait_for_expose();
-    Fl::check();
+    Fl_Double_Window::draw();
+    if (placed_)
+        return;
     left_ = x();
     top_ = y();
     placed_ = true;
+}
+
+void PopupWindow::Run()
+{
+    show();
     while (shown() && IsOpen(popup_))
         Fl::wait();
     placed_ = false;

@@ -279,6 +279,33 @@ TEST_F(ExportDialog, EndsSilentlyWhereThereIsNothingToExport)
     }
 }
 
+TEST_F(ExportDialog, LeavesTheSceneAloneWhenCancelled)
+{
+    FBConstraint* const constraint = mobu_host::AddConstraint("Aim", true);
+    FBSystem().CurrentTake = mobu_host::Scene().Takes[1];
+    FBTime time;
+    time.SetSecondDouble(0.52);
+    FBPlayerControl().Goto(time);
+    mobu_host::Scene().Evaluate();
+    const auto evaluations = mobu_host::EvaluationCount();
+
+    mobu_host::SetPopupPlayer(
+        [](FBPopup& popup)
+        {
+            mobu_host::Click(popup, kConstraints);
+            mobu_host::Click(popup, kAllTakesButton);
+            mobu_host::Click(popup, kCancel);
+        });
+    Tev2MotionBuilderExportTool tool;
+    EXPECT_TRUE(tool.Execute((folder_ / "run.tv2").c_str()));
+    EXPECT_TRUE(constraint->Active);
+    FBTake* const current = FBSystem().CurrentTake;
+    EXPECT_EQ(current, mobu_host::Scene().Takes[1]);
+    EXPECT_EQ(FBTime(FBSystem().LocalTime), time);
+    EXPECT_EQ(mobu_host::EvaluationCount(), evaluations);
+    EXPECT_TRUE(std::filesystem::is_empty(folder_));
+}
+
 TEST_F(ExportDialog, ChecksTheStoredRangeWhateverTheChoice)
 {
     platform::SettingsWriter().Write("START_KEY_KEY_NAME", "60");

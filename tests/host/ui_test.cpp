@@ -63,6 +63,16 @@ public:
 };
 FBClassImplementation(Dialog);
 
+class Entry : public FBMenuItem
+{
+    FBClassDeclare(Entry, FBMenuItem);
+
+public:
+    Entry() { Set(kFBMenuItemSceneExport, "*.abc", "Caption", "Description"); }
+    bool Execute(const char* filename) override { return std::string(filename) == "good.abc"; }
+};
+FBClassImplementation(Entry);
+
 class UiTest : public testing::Test
 {
 protected:
@@ -145,6 +155,23 @@ TEST_F(UiTest, AUserClicksTypesAndMoves)
     SetPopupPlayer([](FBPopup&) {}); // closes the window by its own button
     EXPECT_TRUE(dialog_.Show());
     EXPECT_FALSE(IsOpen(dialog_));
+}
+
+TEST_F(UiTest, EntriesOfTheMenuAreUsedAndRecorded)
+{
+    Entry entry;
+    EXPECT_FALSE(UseMenuItem(entry, "good.abc")) << "not in the menu yet";
+    EXPECT_TRUE(MenuUses().empty());
+    entry.Activate();
+    ASSERT_EQ(MenuItems().size(), 1u);
+    EXPECT_STREQ(MenuItems()[0]->Label, "Caption");
+    EXPECT_TRUE(UseMenuItem(entry, "good.abc"));
+    EXPECT_FALSE(UseMenuItem(entry, "bad.abc"));
+    ASSERT_EQ(MenuUses().size(), 2u);
+    EXPECT_EQ(MenuUses()[0].label, "Caption");
+    EXPECT_EQ(MenuUses()[0].file_name, "good.abc");
+    EXPECT_TRUE(MenuUses()[0].result);
+    EXPECT_FALSE(MenuUses()[1].result);
 }
 
 TEST_F(UiTest, PlaceAndCaptionAreOneUnderTwoNames)

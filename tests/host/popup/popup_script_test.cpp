@@ -1,0 +1,147 @@
+#include "host/popup/popup_script.h"
+
+#include "mobu_host/ui.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+
+namespace mobu_host
+{
+namespace
+{
+
+class Dialog : public FBPopup
+{
+    FBClassDeclare(Dialog, FBPopup);
+
+public:
+    Dialog()
+    {
+        Width = 200;
+        Height = 200;
+        for (const char* name : {"push", "a \"quoted\" #1", "number", "off", "empty"})
+            AddRegion(name, "", 0, kFBAttachNone, "", 1.0f, 0, kFBAttachNone, "", 1.0f, 60, kFBAttachNone, "",
+                      1.0f, 26, kFBAttachNone, "", 1.0f);
+        SetControl("push", push);
+        SetControl("a \"quoted\" #1", check);
+        SetControl("number", number);
+        SetControl("off", off);
+        check.Style = kFBCheckbox;
+        number.Max = 240.0;
+        off.Enabled = false;
+        push.OnClick.Add(this, static_cast<FBCallback>(&Dialog::OnPush));
+    }
+
+    void OnPush(HISender, HKEvent) { Close(true); }
+
+    FBButton push, check, off;
+    FBEditNumber number;
+};
+FBClassImplementation(Dialog);
+
+class PopupScriptTest : public testing::Test
+{
+protected:
+    PopupScriptTest()
+    {
+        std::string pattern = testing::TempDir() + "popup_script_XXXXXX";
+        folder_ = mkdtemp(pattern.data());
+        path_ = (folder_ / "steps.txt").string();
+    }
+    ~PopupScriptTest() override
+    {
+        SetPopupPlayer({});
+        std::filesystem::remove_all(folder_);
+    }
+
+    // What reading or playing the text to the dialog complains of.
+    std::string Play(const std::string& text)
+    {
+        std::ofstream(path_, std::ios::binary) << text;
+        std::string error;
+        const auto script = PopupScript::Read(path_, error);
+        EXPECT_EQ(script.has_value(), error.empty());
+        if (!script)
+            return error;
+        SetPopupPlayer([&](FBPopup& popup) { error = script->Play(popup); });
+        dialog_.Show();
+        EXPECT_FALSE(IsOpen(dialog_));
+        return error;
+    }
+
+    std::filesystem::path folder_;
+    std::string path_;
+    Dialog dialog_;
+};
+
+TEST_F(PopupScriptTest, DoesWhatEachLineSays)
+{
+    EXPECT_EQ(Play("# a comment\r\n"
+                   "\n"
+                   "  click \"a \\\"quoted\\\" #1\"   # over\r\n"
+                   "edit \"number\" 12.5\n"
+                   "move -20 300\n"
+                   "close"),
+              "");
+    EXPECT_EQ(dialog_.check.State, 1);
+    EXPECT_EQ(dialog_.number.Value, 12.5);
+    EXPECT_EQ(dialog_.Left, -20);
+    EXPECT_EQ(dialog_.Top, 300);
+    EXPECT_EQ(Play("edit \"number\" 999"), "") << "the end closes it as well";
+    EXPECT_EQ(dialog_.number.Value, 240.0);
+    EXPECT_EQ(Play("click \"push\""), "");
+}
+
+TEST_F(PopupScriptTest, NamesFileLineAndCause)
+{
+    const struct
+    {
+        const char* text;
+        int line;
+        const char* cause;
+    } cases[] = {
+        {"push \"push\"", 1, "there is no step \"push\"; steps are click, edit, move and close"},
+        {"# first\nclick", 2, "click takes the name of a region in double quotes"},
+        {"click push", 1, "in double quotes"},
+        {"click \"push", 1, "in double quotes"},
+        {"edit \"number\"", 1, "edit takes a number after the region"},
+        {"edit \"number\" 1,5", 1, "edit takes a number"},
+        {"edit \"number\" nan", 1, "edit takes a number"},
+        {"edit \"number\" 1e999", 1, "edit takes a number"},
+        {"move 1", 1, "move takes two whole numbers"},
+        {"move 1.5 2", 1, "move takes two whole numbers"},
+        {"close now", 1, "nothing may follow but a comment: \"now\""},
+        {"\n\nclick \"PUSH\"", 3, "there is no region \"PUSH\"; the popup has \"push\", \"a \\\"quoted"},
+        {"click \"number\"", 1, "\"number\" is no button"},
+        {"click \"empty\"", 1, "\"empty\" is no button"},
+        {"edit \"push\" 1", 1, "\"push\" is no box for a number"},
+        {"click \"off\"", 1, "\"off\" is disabled"},
+        {"click \"push\"\nmove 1 1", 2, "the popup has closed already"},
+    };
+    for (const auto& c : cases)
+    {
+        const std::string error = Play(c.text);
+        EXPECT_TRUE(error.starts_with(path_ + ":" + std::to_string(c.line) + ": ")) << c.text << "\n"
+                                                                                    << error;
+        EXPECT_NE(error.find(c.cause), std::string::npos) << c.text << "\n" << error;
+    }
+    EXPECT_EQ(Play("click \"a \\\"quoted\\\" #1\"\nfrob"),
+              path_ + ":2: there is no step \"frob\"; steps are click, "
+                      "edit, move and close");
+    EXPECT_EQ(dialog_.check.State, 0) << "a text that is not right is not played at all";
+}
+
+TEST_F(PopupScriptTest, TellsWhyAFileCannotBeRead)
+{
+    std::string error;
+    EXPECT_FALSE(PopupScript::Read(path_ + ".gone", error));
+    EXPECT_EQ(error, path_ + ".gone: cannot be read: No such file or directory");
+    EXPECT_FALSE(PopupScript::Read(folder_.string(), error));
+    EXPECT_EQ(error, folder_.string() + ": cannot be read: Is a directory");
+}
+
+} // namespace
+} // namespace mobu_host

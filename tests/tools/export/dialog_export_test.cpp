@@ -1,0 +1,283 @@
+// Exports by way of the exporter's dialog, played by a script: what is written, what is remembered, what is refused.
+
+#include "tests/tools/command.h"
+#include "tests/tools/export/export_scenes.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <fstream>
+#include <map>
+#include <set>
+#include <sstream>
+#include <sys/stat.h>
+
+namespace
+{
+
+using Arguments = std::vector<std::string>;
+using Settings = std::map<std::string, std::string>;
+namespace fs = std::filesystem;
+
+const std::string kNtsc = "click \"SAMPLING_NTSC_RADIO_BUTTON_REGION_NAME\"\n";
+const std::string kCustomKeys = "click \"Custom\"\n";
+const std::string kStartKey = "edit \"KEYFRAMES_START_KEY_EDITBOX_REGION_NAME\" ";
+const std::string kEndKey = "edit \"KEYFRAMES_END_KEY_EDITBOX_REGION_NAME\" ";
+const std::string kAllTakes = "click \"TAKES_ALL_TAKES_RADIO_BUTTON_REGION_NAME\"\n";
+const std::string kSpaces = "click \"FILENAME_SPACES_TO_UNDERSCORES_CHECKBOX_REGION_NAME\"\n";
+const std::string kExport = "click \"EXPORT_BUTTON_REGION_NAME\"\n";
+const std::string kCancel = "click \"CANCEL_BUTTON_REGION_NAME\"\n";
+
+class DialogExportTest : public testing::Test
+{
+protected:
+    DialogExportTest()
+    {
+        setenv("XDG_CONFIG_HOME", Path("config").c_str(), 1);
+        unsetenv("DISPLAY");
+        Write("walk.bvh", kTwoJoints);
+        Write("takes.gltf", kThreeTakes);
+        fs::create_directory(Path("out"));
+    }
+
+    std::string Path(const std::string& name) const { return folder_.Path(name); }
+
+    void Write(const std::string& name, const std::string& content) const
+    {
+        std::ofstream(Path(name), std::ios::binary) << content;
+    }
+
+    // Plays the steps to the dialog for a scene.
+    CommandResult Play(const std::string& steps, const std::string& scene, const std::string& output,
+                       Arguments options = {}) const
+    {
+        Write("steps.txt", steps);
+        options.insert(options.begin(), {"export", "--json", "--dialog-script", Path("steps.txt")});
+        options.insert(options.end(), {Path(scene), Path("out/" + output)});
+        return RunTv2(options);
+    }
+
+    std::set<std::string> Written() const
+    {
+        std::set<std::string> names;
+        for (const auto& entry : fs::directory_iterator(Path("out")))
+            names.insert(entry.path().filename().string());
+        return names;
+    }
+
+    // What the exporter remembers, less the defaults of a first export of a scene.
+    Settings Remembered(int last_frame) const
+    {
+        const Settings defaults = {{"SAMPLING_RADIO_CHOICE_KEY_NAME", "0"},
+                                   {"KEYFRAME_RADIO_CHOICE_KEY_NAME", "0"},
+                                   {"TAKES_RADIO_CHOICE_KEY_NAME", "0"},
+                                   {"START_KEY_KEY_NAME", "0"},
+                                   {"END_KEY_KEY_NAME", std::to_string(last_frame)},
+                                   {"FPS_KEY_NAME", "50.000000"},
+                                   {"FILENAME_SPACES_KEY_NAME", "1"},
+                                   {"KEEP_POSITIVE_Z_KEY_NAME", "1"},
+                                   {"REMOVE_NAMESPACE_FROM_NAMES_KEY_NAME", "1"},
+                                   {"ASTERIX_TV2_EXTENSION_KEY_NAME", "1"},
+                                   {"DISABLE_CONSTRAINTS_KEY_NAME", "0"},
+                                   {"DIALOG_POS_X_KEY_NAME", "100"},
+                                   {"DIALOG_POS_Y_KEY_NAME", "100"}};
+        std::ifstream file(Path("config/Tev2_Exporter_MB/settings"));
+        Settings all, others;
+        for (std::string line; std::getline(file, line);)
+            all[line.substr(0, line.find('='))] = line.substr(line.find('=') + 1);
+        EXPECT_EQ(all.size(), all.empty() ? 0u : defaults.size());
+        for (const auto& [name, text] : all)
+            if (!defaults.contains(name) || defaults.at(name) != text)
+                others[name] = text;
+        return all.empty() ? Settings{{"nothing", ""}} : others;
+    }
+
+    ScratchFolder folder_;
+};
+
+TEST_F(DialogExportTest, WritesAndRemembersWhatWasChosen)
+{
+    const struct
+    {
+        const char* what;
+        std::string steps;
+        const char* scene;
+        const char* output;
+        std::set<std::string> files;
+        int samples; // of the first file
+        double end;  // of the first file, seconds
+        Settings settings;
+    } cases[] = {
+        {"first run", kExport, "walk.bvh", "a.tv2", {"a.tv2"}, 5, 0.08, {}},
+        {"custom range",
+         kCustomKeys + kStartKey + "-5\n" + kEndKey + "1\n" + kExport,
+         "walk.bvh",
+         "a.tv2",
+         {"a.tv2"},
+         3,
+         0.04,
+         {{"KEYFRAME_RADIO_CHOICE_KEY_NAME", "1"}, {"END_KEY_KEY_NAME", "1"}}},
+        {"NTSC, moved",
+         kNtsc + "move -7 40\n" + kExport,
+         "walk.bvh",
+         "b c.tv2",
+         {"b_c.tv2"},
+         6,
+         0.08,
+         {{"SAMPLING_RADIO_CHOICE_KEY_NAME", "1"},
+          {"FPS_KEY_NAME", "59.939999"},
+          {"DIALOG_POS_X_KEY_NAME", "-7"},
+          {"DIALOG_POS_Y_KEY_NAME", "40"}}},
+        {"all takes, spaces kept",
+         kAllTakes + kSpaces + kExport,
+         "takes.gltf",
+         "r.tv2",
+         {"r_A b.tv2", "r_A_b.tv2", "r_C.tv2"},
+         2,
+         0.0,
+         {{"TAKES_RADIO_CHOICE_KEY_NAME", "1"}, {"FILENAME_SPACES_KEY_NAME", "0"}}},
+    };
+    for (const auto& c : cases)
+    {
+        SCOPED_TRACE(c.what);
+        fs::remove_all(Path("config"));
+        fs::remove_all(Path("out"));
+        fs::create_directory(Path("out"));
+        const CommandResult run = Play(c.steps, c.scene, c.output);
+        EXPECT_EQ(run.exit_code, 0) << run.err;
+        EXPECT_EQ(Written(), c.files);
+        const auto json = run.Json();
+        EXPECT_EQ(json.at("cancelled"), false);
+        ASSERT_EQ(json.at("files").size(), c.files.size());
+        for (const auto& file : json.at("files"))
+            EXPECT_TRUE(c.files.contains(fs::path(file.at("path").get<std::string>()).filename()));
+        EXPECT_EQ(json.at("files").at(0).at("samples"), c.samples);
+        EXPECT_FLOAT_EQ(json.at("files").at(0).at("end").get<float>(), static_cast<float>(c.end));
+        EXPECT_EQ(Remembered(c.scene == std::string("walk.bvh") ? 2 : 0), c.settings);
+    }
+}
+
+TEST_F(DialogExportTest, CancellationsWriteAndRememberNothing)
+{
+    for (const std::string& steps : {kNtsc + kCancel, kNtsc + "close\n", kNtsc,
+                                     kCustomKeys + kStartKey + "2\n" + kEndKey + "1\n" + kExport})
+    {
+        const CommandResult run = Play(steps, "walk.bvh", "a.tv2");
+        EXPECT_EQ(run.exit_code, 1) << steps;
+        EXPECT_EQ(run.err, "tv2 export: cancelled: nothing exported\n") << steps;
+        EXPECT_EQ(run.Json().at("cancelled"), true);
+        EXPECT_TRUE(run.Json().at("files").empty());
+        EXPECT_EQ(Written(), std::set<std::string>{});
+        EXPECT_EQ(Remembered(2), (Settings{{"nothing", ""}})) << steps;
+    }
+}
+
+TEST_F(DialogExportTest, TakeAndModelsAreThoseOfTheCommandLine)
+{
+    const CommandResult take = Play(kExport, "takes.gltf", ".tv2", {"--take", "C"});
+    EXPECT_EQ(take.exit_code, 0) << take.err;
+    EXPECT_EQ(Written(), std::set<std::string>{"C.tv2"});
+    EXPECT_EQ(take.Json().at("files").at(0).at("take"), "C");
+    const CommandResult model = Play(kExport, "walk.bvh", "m.tv2", {"--select", "ns:Leg"});
+    EXPECT_EQ(model.Json().at("files").at(0).at("nodes"), 3) << model.err;
+}
+
+TEST_F(DialogExportTest, WhatWentWrongIsToldFileByFile)
+{
+    const auto mode = [this](const char* name)
+    {
+        struct stat status = {};
+        stat(Path(name).c_str(), &status);
+        return status.st_mode & 0777;
+    };
+    Write("out/r_C.tv2", "precious");
+    Write("out/r.tv2", "not asked for");
+    chmod(Path("out/r_C.tv2").c_str(), 0444);
+    chmod(Path("out/r.tv2").c_str(), 0444);
+    const std::string steps = kAllTakes + kSpaces + kExport;
+    const CommandResult skipped = Play(steps, "takes.gltf", "r.tv2");
+    EXPECT_EQ(skipped.exit_code, 1);
+    EXPECT_NE(skipped.err.find("out/r_C.tv2: skipped: it is read-only"), std::string::npos) << skipped.err;
+    ASSERT_EQ(skipped.Json().at("files").size(), 3u);
+    EXPECT_EQ(skipped.Json().at("files").at(2).at("skipped"), true);
+
+    fs::remove_all(Path("config"));
+    const CommandResult agreed = Play(steps, "takes.gltf", "r.tv2", {"--yes"});
+    EXPECT_EQ(agreed.exit_code, 0) << agreed.err;
+    EXPECT_EQ(mode("out/r_C.tv2"), 0644u);
+    EXPECT_EQ(mode("out/r.tv2"), 0444u) << "nothing was written to it";
+
+    fs::remove_all(Path("config"));
+    const CommandResult one_name = Play(kAllTakes + kExport, "takes.gltf", "x.tv2");
+    EXPECT_EQ(one_name.exit_code, 1);
+    EXPECT_NE(one_name.err.find("x_A_b.tv2: was over-written by take \"A_b\""), std::string::npos)
+        << one_name.err;
+
+    fs::remove_all(Path("config"));
+    const CommandResult late = Play(kExport + kNtsc, "walk.bvh", "late.tv2");
+    EXPECT_EQ(late.exit_code, 1);
+    EXPECT_NE(late.err.find("steps.txt:2: the popup has closed already"), std::string::npos) << late.err;
+    EXPECT_EQ(late.Json().at("files").at(0).at("ok"), true);
+}
+
+TEST_F(DialogExportTest, RefusesBeforeAnythingIsWritten)
+{
+    const std::string bvh = Path("walk.bvh"), out = Path("out/a.tv2"), steps = Path("steps.txt");
+    Write("steps.txt", kExport);
+    Write("bad.txt", "\nfrob\n");
+    Write("gone.txt", "click \"NOWHERE\"\n" + kExport);
+    const std::string bad = Path("bad.txt"), lost = Path("gone.txt");
+    const struct
+    {
+        Arguments arguments;
+        std::string reason;
+    } cases[] = {
+        {{"--dialog", bvh, out},
+         "there is no display: DISPLAY is not set; give its steps with --dialog-script"},
+        {{"--dialog-script", steps, "--fps", "30", bvh, out}, "--fps is decided in the dialog"},
+        {{"--dialog", "--start-frame", "1", bvh, out}, "--start-frame is decided"},
+        {{"--dialog", "--end-frame", "1", bvh, out}, "--end-frame is decided"},
+        {{"--dialog", "--all-takes", bvh, out}, "--all-takes is decided"},
+        {{"--dialog", "--no-spaces-to-underscores", bvh, out}, "--spaces-to-underscores is decided"},
+        {{"--dialog", "--no-keep-positive-z", bvh, out}, "--keep-positive-z is decided"},
+        {{"--dialog", "--remove-namespace", bvh, out}, "--remove-namespace is decided"},
+        {{"--dialog", "--disable-constraints", bvh, out}, "--disable-constraints is decided"},
+        {{"--dialog-script", Path("no.txt"), bvh, out}, "no.txt: cannot be read: No such file"},
+        {{"--dialog-script", bad, bvh, out}, bad + ":2: there is no step \"frob\""},
+        {{"--dialog-script", lost, bvh, out}, lost + ":1: there is no region \"NOWHERE\""},
+        {{"--dialog-script", steps, Path("gone.bvh"), out}, "there is no such file"},
+        {{"--dialog-script", steps, bvh, Path("gone/a.tv2")}, "No such file or directory"},
+        {{"--dialog-script", steps, "--take", "Dance", bvh, out}, "there is no take \"Dance\""},
+        {{"--dialog-script", steps, "--plugin", LYING_EXPORTER, bvh, out}, "no entry in the export menu"},
+    };
+    for (const auto& c : cases)
+    {
+        Arguments arguments = c.arguments;
+        arguments.insert(arguments.begin(), "export");
+        const CommandResult run = RunTv2(arguments);
+        EXPECT_EQ(run.exit_code, 2) << c.reason;
+        EXPECT_NE(run.err.find(c.reason), std::string::npos) << c.reason << "\n" << run.err;
+        EXPECT_EQ(run.out, "") << c.reason;
+        EXPECT_EQ(Written(), std::set<std::string>{}) << c.reason;
+        EXPECT_EQ(Remembered(2), (Settings{{"nothing", ""}})) << c.reason;
+    }
+    setenv("DISPLAY", ":nowhere", 1);
+    const CommandResult run = RunTv2({"export", "--dialog", bvh, out});
+    EXPECT_EQ(run.exit_code, 2);
+    EXPECT_NE(run.err.find("the display :nowhere cannot be reached"), std::string::npos) << run.err;
+}
+
+TEST_F(DialogExportTest, TheMenuFollowsTheExtensionBox)
+{
+    EXPECT_EQ(RunTv2({"menu"}).out,
+              "motion export: \"QN - TV2 Exporter\" (QN - TV2 Exporter Description), files: *.tv2\n");
+    Play("click \"ASTERIX_TV2_EXTENSION_CHECKBOX_REGION_NAME\"\n" + kExport, "walk.bvh", "a.tv2");
+    const auto entry = RunTv2({"menu", "--json"}).Json().at("entries").at(0);
+    EXPECT_EQ(entry.at("extension"), ".tv2");
+    EXPECT_EQ(entry.at("menu"), "motion export");
+    const CommandResult gone = RunTv2({"menu", "--plugin", Path("gone.so")});
+    EXPECT_EQ(gone.exit_code, 2);
+    EXPECT_NE(gone.err.find("gone.so"), std::string::npos);
+}
+
+} // namespace
