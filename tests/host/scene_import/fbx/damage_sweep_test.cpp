@@ -65,7 +65,8 @@ TEST_P(DamageSweepTest, Patches)
     for (std::size_t at = 0; at < file.size(); at += Stride())
     {
         const char byte = file[at];
-        for (const char patch : {'\0', '\x80', '\xFF', static_cast<char>(byte + 1), static_cast<char>(byte - 1)})
+        for (const char patch :
+             {'\0', '\x80', '\xFF', static_cast<char>(byte + 1), static_cast<char>(byte - 1)})
         {
             SCOPED_TRACE(std::to_string(at) + " " + std::to_string(patch));
             std::string bent = file;

@@ -81,7 +81,107 @@ protected:
         return compared;
     }
 
+    // Angles of view, aspect, planes and roll; user properties rounded as their kind asks; the switcher's index.
+    static std::size_t CompareProperties(int take, const std::vector<ExpectedRow>& rows)
+    {
+        std::size_t compared = 0, instant = 99;
+        for (const ExpectedRow& row : rows)
+        {
+            if (row.instant != instant)
+                GotoInstant(take, instant = row.instant);
+            SCOPED_TRACE(row.columns[1] + " at instant " + std::to_string(instant));
+            if (row.columns[0] == "user")
+                CompareUserProperty(row.columns);
+            else if (row.columns[0] == "camera")
+                CompareLens(row.columns);
+            else
+                CompareSwitcher(row.columns);
+            ++compared;
+        }
+        return compared;
+    }
+
 private:
+    static void CompareUserProperty(const std::vector<std::string>& columns)
+    {
+        FBProperty* const property = Model(columns[1]).PropertyList.Find(columns[2].c_str());
+        ASSERT_NE(property, nullptr) << columns[2];
+        EXPECT_TRUE(property->IsUserProperty());
+        const std::string kind = columns[3];
+        const double first = std::stod(columns[4]);
+        double values[4] = {};
+        switch (property->GetPropertyType())
+        {
+        case kFBPT_bool:
+            EXPECT_EQ(kind, "bool");
+            EXPECT_EQ(property->AsInt(), first >= 0.5 ? 1 : 0) << columns[2];
+            return;
+        case kFBPT_int:
+        case kFBPT_enum:
+            EXPECT_EQ(kind, "int");
+            EXPECT_EQ(property->AsInt(), std::lround(first)) << columns[2];
+            return;
+        case kFBPT_double:
+            EXPECT_EQ(kind, "number");
+            property->GetData(values, sizeof(double));
+            break;
+        case kFBPT_Vector3D:
+            EXPECT_EQ(kind, "vector");
+            property->GetData(values, 3 * sizeof(double));
+            break;
+        case kFBPT_ColorRGBA:
+            EXPECT_EQ(kind, "rgba");
+            property->GetData(values, 4 * sizeof(double));
+            break;
+        default:
+            FAIL() << columns[2] << " is of type " << property->GetPropertyType();
+        }
+        for (std::size_t i = 0; i < 3; ++i)
+            EXPECT_NEAR(values[i], std::stod(columns[4 + i]), 1e-4) << columns[2];
+    }
+
+    static FBCamera* CameraOf(const std::string& name)
+    {
+        FBModel* const model = FBFindModelByLabelName(name.c_str());
+        return model && model->Is(FBCamera::TypeInfo) ? static_cast<FBCamera*>(model) : nullptr;
+    }
+
+    static double Other(double degrees, double ratio)
+    {
+        constexpr double kHalfDegree = 3.14159265358979323846 / 360.0;
+        return std::atan(std::tan(degrees * kHalfDegree) * ratio) / kHalfDegree;
+    }
+
+    static void CompareLens(const std::vector<std::string>& columns)
+    {
+        FBCamera* const camera = CameraOf(columns[1]);
+        ASSERT_NE(camera, nullptr);
+        double across = 0, up = 0, aspect = 0, near_plane = 0, far_plane = 0, roll = 0;
+        ASSERT_EQ(std::sscanf(columns[2].c_str(), "fov %lf %lf", &across, &up), 2);
+        ASSERT_EQ(std::sscanf(columns[3].c_str(), "aspect %lf", &aspect), 1);
+        ASSERT_EQ(std::sscanf(columns[4].c_str(), "near %lf", &near_plane), 1);
+        ASSERT_EQ(std::sscanf(columns[5].c_str(), "far %lf", &far_plane), 1);
+        ASSERT_EQ(std::sscanf(columns[6].c_str(), "roll %lf", &roll), 1);
+        const double ratio = camera->ResolutionWidth / camera->ResolutionHeight;
+        EXPECT_NEAR(ratio, aspect, 1e-6);
+        EXPECT_NEAR(camera->NearPlaneDistance, near_plane, 1e-6);
+        EXPECT_NEAR(camera->FarPlaneDistance, far_plane, 1e-6);
+        EXPECT_NEAR(camera->Roll, roll, 1e-4);
+        const double angle = camera->FieldOfView;
+        const bool horizontal = camera->ApertureMode == kFBApertureHorizontal;
+        EXPECT_NEAR(horizontal ? angle : Other(angle, ratio), across, 1e-4);
+        EXPECT_NEAR(horizontal ? Other(angle, 1.0 / ratio) : angle, up, 1e-4);
+    }
+
+    static void CompareSwitcher(const std::vector<std::string>& columns)
+    {
+        FBModel* const switcher = FBFindModelByLabelName("Camera Switcher");
+        ASSERT_NE(switcher, nullptr);
+        EXPECT_EQ("index " + std::to_string(static_cast<int>(
+                                 static_cast<FBCameraSwitcher*>(switcher)->CurrentCameraIndex)),
+                  columns[2]);
+    }
+
     // The tables have such cameras as their curves turn them.
     static bool Looks(FBModel& model)
     {

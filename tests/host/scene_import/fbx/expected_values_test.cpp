@@ -25,7 +25,7 @@ class ExpectedScenesTest : public ExpectedValues, public testing::WithParamInter
 {
 };
 
-TEST_P(ExpectedScenesTest, TransformsAgree)
+TEST_P(ExpectedScenesTest, TransformsAndPropertiesAgree)
 {
     const ExpectedScene& expected = GetParam();
     const std::string scenes = TV2_SCENES_DIR;
@@ -37,7 +37,28 @@ TEST_P(ExpectedScenesTest, TransformsAgree)
     const auto result = mobu_host::ImportScene(scenes + "/" + expected.scene + ".fbx");
     ASSERT_TRUE(result.ok) << result.error;
     EXPECT_GE(CompareTransforms(expected.take, rows, expected.convert), 7U);
+    CompareProperties(expected.take, ReadExpected(table + ".properties.tsv"));
 }
+
+// A slice of the same tables for the samples that come with the project.
+class ExpectedSamplesTest : public ExpectedValues, public testing::WithParamInterface<const char*>
+{
+};
+
+TEST_P(ExpectedSamplesTest, TransformsAndPropertiesAgree)
+{
+    const std::string name = GetParam();
+    const std::string table = std::string(TV2_FIXTURES_DIR) + "/fbx/" + name + ".take0";
+    const auto result = mobu_host::ImportScene(std::string(TV2_SAMPLES_DIR) + "/" + name + ".fbx");
+    ASSERT_TRUE(result.ok) << result.error;
+    EXPECT_GE(CompareTransforms(0, ReadExpected(table + ".transforms.tsv"), AsItIs), 7U);
+    EXPECT_GE(CompareProperties(0, ReadExpected(table + ".properties.tsv")), 7U);
+}
+
+INSTANTIATE_TEST_SUITE_P(Files, ExpectedSamplesTest,
+                         testing::Values("mocap_walk_cameras", "spring_camera_interest",
+                                         "user_property_kinds"),
+                         [](const auto& name) { return std::string(name.param); });
 
 INSTANTIATE_TEST_SUITE_P(
     Scenes, ExpectedScenesTest,

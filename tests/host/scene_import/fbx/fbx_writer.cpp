@@ -72,8 +72,8 @@ public:
         for (const Value& value : node.values)
             values += std::visit(BinaryValue{deflate_}, value);
         const std::size_t header = file_.size();
-        file_ += Word(0) + Word(node.values.size()) + Word(values.size()) + static_cast<char>(node.name.size()) +
-                 node.name + values;
+        file_ += Word(0) + Word(node.values.size()) + Word(values.size()) +
+                 static_cast<char>(node.name.size()) + node.name + values;
         if (!node.children.empty())
         {
             for (const Node& child : node.children)
@@ -163,7 +163,8 @@ std::string Binary(unsigned version, const std::vector<Node>& nodes, bool deflat
 std::string Text(unsigned version, const std::vector<Node>& nodes)
 {
     char head[128];
-    std::snprintf(head, sizeof head, "; FBX %u.%u.0 project file\n; ---\nFBXHeaderExtension:  {\n\tFBXVersion: %u\n}\n",
+    std::snprintf(head, sizeof head,
+                  "; FBX %u.%u.0 project file\n; ---\nFBXHeaderExtension:  {\n\tFBXVersion: %u\n}\n",
                   version / 1000, version % 1000 / 100, version);
     std::string file = head;
     for (const Node& node : nodes)
@@ -212,55 +213,74 @@ std::vector<Node> RichScene()
         Object("Model", 1, "ns:Hips", "LimbNode",
                {P("Lcl Translation", "Lcl Translation", "A", {1.0, 2.0, 3.0}),
                 P("Lcl Rotation", "Lcl Rotation", "A", {0.0, 90.0, 0.0}),
-                P("Lcl Scaling", "Lcl Scaling", "A", {2.0, 1.0, 1.0}),
-                P("RotationActive", "bool", "", {1}), P("PreRotation", "Vector3D", "", {10.0, 0.0, 0.0}),
+                P("Lcl Scaling", "Lcl Scaling", "A", {2.0, 1.0, 1.0}), P("RotationActive", "bool", "", {1}),
+                P("PreRotation", "Vector3D", "", {10.0, 0.0, 0.0}),
                 P("ScalingPivot", "Vector3D", "", {1.0, 0.0, 0.0}), P("truth", "Bool", "AU", {1}),
                 P("whole", "Integer", "AU", {-7}), P("number", "Number", "AU", {2.5}),
                 P("text", "KString", "U", {std::string("a \"b\"")}),
                 P("choice", "Enum", "AU", {1, std::string("Idle~Walk~Run")}),
                 P("vector", "Vector", "AU", {1.0, 2.0, 3.0}), P("colour", "Color", "AU", {0.25, 0.5, 0.75}),
                 P("rgba", "ColorAndAlpha", "AU", {0.25, 0.5, 0.75, 0.5}), P("odd", "Blob", "U", {3})}),
-        Object("Model", 2, "Camera", "Camera", {P("Lcl Translation", "Lcl Translation", "A", {0.0, 0.0, 10.0})}),
+        Object("Model", 2, "Camera", "Camera",
+               {P("Lcl Translation", "Lcl Translation", "A", {0.0, 0.0, 10.0})}),
         Object("Model", 3, "Target", "Null", {P("InheritType", "enum", "", {0})}),
         Object("Model", 4, "Camera Switcher", "CameraSwitcher", {}),
-        Object("Model", 5, "Producer Front", "Camera", {P("Lcl Translation", "Lcl Translation", "A", {0.0, 9.0, 0.0})}),
+        Object("Model", 5, "Producer Front", "Camera",
+               {P("Lcl Translation", "Lcl Translation", "A", {0.0, 9.0, 0.0})}),
         Object("Constraint", 6, "Hold", "Parent-Child", {P("Active", "bool", "", {0})}),
-        Object("AnimationStack", 20, "Run", "", {P("LocalStart", "KTime", "", {Ticks(0.5)}),
-                                               P("LocalStop", "KTime", "", {Ticks(2.0)})}),
+        Object("AnimationStack", 20, "Run", "",
+               {P("LocalStart", "KTime", "", {Ticks(0.5)}), P("LocalStop", "KTime", "", {Ticks(2.0)})}),
         Object("AnimationStack", 21, "Still", "", {P("LocalStop", "KTime", "", {Ticks(1.0)})}),
         Object("AnimationLayer", 30, "Base", "", {}),
         Object("AnimationLayer", 31, "Upper", "", {P("Weight", "Number", "A", {50.0})}),
-        Object("AnimationCurveNode", 40, "T", "", {P("d|X", "Number", "A", {1.0}), P("d|Y", "Number", "A", {2.0}),
-                                                  P("d|Z", "Number", "A", {3.0})}),
+        Object(
+            "AnimationCurveNode", 40, "T", "",
+            {P("d|X", "Number", "A", {1.0}), P("d|Y", "Number", "A", {2.0}), P("d|Z", "Number", "A", {3.0})}),
         Object("AnimationCurveNode", 41, "T", "", {}),
         Object("AnimationCurveNode", 42, "number", "", {P("d|number", "Number", "A", {2.5})}),
         Object("AnimationCurveNode", 43, "FieldOfView", "", {}),
         Object("AnimationCurveNode", 44, "Camera Index", "", {}),
-        CurveObject(50, {{0.5, 0.0F, kCubicUser, 10.0F, 0.0F}, {1.0, 10.0F, kCubicAuto}, {2.0, 5.0F, kCubicAuto}}),
+        CurveObject(
+            50, {{0.5, 0.0F, kCubicUser, 10.0F, 0.0F}, {1.0, 10.0F, kCubicAuto}, {2.0, 5.0F, kCubicAuto}}),
         CurveObject(51, {{0.0, 0.0F}, {2.0, 4.0F}}),
         CurveObject(52, {{0.5, 1.0F, kHold}, {1.5, 3.0F, kHold}}),
         CurveObject(53, {{0.5, 40.0F}, {1.5, 60.0F}}),
         CurveObject(54, {{0.5, 0.0F, kHold}, {1.0, 1.0F, kHold}}),
     };
     const std::vector<Node> connections{
-        Child(1, 0),        Child(2, 1),         Child(3, 0),
-        Child(10, 2),       Child(11, 4),        ToProperty(3, 2, "LookAtProperty"),
-        Child(30, 20),      Child(31, 20),       Child(40, 30),
-        Child(41, 31),      Child(42, 30),       Child(43, 30),
-        Child(44, 30),      ToProperty(40, 1, "Lcl Translation"),
-        ToProperty(41, 1, "Lcl Translation"),    ToProperty(42, 1, "number"),
-        ToProperty(43, 10, "FieldOfView"),       ToProperty(44, 11, "Camera Index"),
-        ToProperty(50, 40, "d|X"),               ToProperty(51, 41, "d|Y"),
-        ToProperty(52, 42, "d|number"),          ToProperty(53, 43, "d|FieldOfView"),
+        Child(1, 0),
+        Child(2, 1),
+        Child(3, 0),
+        Child(10, 2),
+        Child(11, 4),
+        ToProperty(3, 2, "LookAtProperty"),
+        Child(30, 20),
+        Child(31, 20),
+        Child(40, 30),
+        Child(41, 31),
+        Child(42, 30),
+        Child(43, 30),
+        Child(44, 30),
+        ToProperty(40, 1, "Lcl Translation"),
+        ToProperty(41, 1, "Lcl Translation"),
+        ToProperty(42, 1, "number"),
+        ToProperty(43, 10, "FieldOfView"),
+        ToProperty(44, 11, "Camera Index"),
+        ToProperty(50, 40, "d|X"),
+        ToProperty(51, 41, "d|Y"),
+        ToProperty(52, 42, "d|number"),
+        ToProperty(53, 43, "d|FieldOfView"),
         ToProperty(54, 44, "d|Camera Index"),
     };
-    return Scene({P("TimeMode", "enum", "", {11}), P("UnitScaleFactor", "double", "", {1.0})}, objects, connections);
+    return Scene({P("TimeMode", "enum", "", {11}), P("UnitScaleFactor", "double", "", {1.0})}, objects,
+                 connections);
 }
 
 namespace
 {
 
-Node Property60(const std::string& name, const std::string& kind, const std::string& flags, std::vector<Value> values)
+Node Property60(const std::string& name, const std::string& kind, const std::string& flags,
+                std::vector<Value> values)
 {
     std::vector<Value> all{name, kind, flags};
     all.insert(all.end(), values.begin(), values.end());
@@ -309,8 +329,8 @@ std::vector<Node> NamedScene()
     const Node transform = Channel(
         "Transform",
         {Channel("T", {Keys("X", 3,
-                            {Ticks(0.0), 0.0, cubic, user, 10.0, 0.0, none, Ticks(1.0), 10.0, cubic, automatic,
-                             none, Ticks(2.0), 5.0, cubic, automatic, none}),
+                            {Ticks(0.0), 0.0, cubic, user, 10.0, 0.0, none, Ticks(1.0), 10.0, cubic,
+                             automatic, none, Ticks(2.0), 5.0, cubic, automatic, none}),
                        Keys("Y", 2, {Ticks(0.0), 0.0, linear, Ticks(2.0), 4.0, linear}),
                        Channel("Z", {{"Default", {7.0}, {}}})}),
          Channel("R", {Keys("X", 2, {Ticks(0.0), 0.0, constant, next, Ticks(1.0), 90.0, constant, next})})});

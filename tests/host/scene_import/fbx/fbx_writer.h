@@ -20,8 +20,9 @@ struct Letter // of a list of keys
     char letter;
 };
 
-using Value = std::variant<Letter, std::int32_t, std::int64_t, double, std::string, Name, std::vector<std::int32_t>,
-                           std::vector<std::int64_t>, std::vector<float>, std::vector<double>>;
+using Value =
+    std::variant<Letter, std::int32_t, std::int64_t, double, std::string, Name, std::vector<std::int32_t>,
+                 std::vector<std::int64_t>, std::vector<float>, std::vector<double>>;
 
 struct Node
 {
@@ -42,7 +43,8 @@ std::string Text(unsigned version, const std::vector<Node>& nodes);
 // ---- pieces of 7.x scenes
 
 // A row of Properties70.
-inline Node P(const std::string& name, const std::string& kind, const std::string& flags, std::vector<Value> values)
+inline Node P(const std::string& name, const std::string& kind, const std::string& flags,
+              std::vector<Value> values)
 {
     std::vector<Value> all{name, kind, std::string(), flags};
     all.insert(all.end(), values.begin(), values.end());
