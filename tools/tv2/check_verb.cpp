@@ -8,22 +8,12 @@
 #include "tools/tv2/text.h"
 #include "tools/tv2/verb.h"
 
-#include <CLI/CLI.hpp>
-
 #include <array>
 #include <iomanip>
 #include <map>
 
 namespace
 {
-
-struct CheckOptions
-{
-    std::vector<std::string> files;
-    bool codes = false;
-    bool all = false;
-    bool json = false;
-};
 
 /// How many findings of one code the text shows of a file.
 constexpr std::size_t kMostOfOneCode = 5;
@@ -123,6 +113,8 @@ void PrintFile(const LoadedFile& file, const std::vector<Finding>& findings, con
     }
 }
 
+} // namespace
+
 void RunCheck(const CheckOptions& options, VerbContext& context)
 {
     if (options.codes)
@@ -177,33 +169,4 @@ void RunCheck(const CheckOptions& options, VerbContext& context)
     {
         context.out << JsonText(json) << '\n';
     }
-}
-
-} // namespace
-
-void AddCheckVerb(CLI::App& app, VerbContext& context)
-{
-    auto options = std::make_shared<CheckOptions>();
-    CLI::App* verb = app.add_subcommand("check", "All that is wrong with a file, or looks wrong");
-    verb->add_option("FILE", options->files, "The .tv2 files");
-    verb->add_flag("--codes", options->codes, "List all codes, each with a sentence, and do nothing else");
-    verb->add_flag("--all", options->all, "Show every finding, however many there are of one code");
-    verb->add_flag("--json", options->json,
-                   "Print JSON: an object with one entry of \"files\" for each file");
-    verb->footer(
-        "Exit code: 0 for files without errors and warnings (notes do not count), 1 otherwise,\n"
-        "2 when a file cannot be read.\n"
-        "Examples:\n"
-        "  tv2 check takes/*.tv2\n"
-        "  tv2 check --json walk.tv2 | jq -r '.files[].findings[] | [.code, .offset, .path] | @tsv'\n"
-        "  tv2 check --codes");
-    verb->callback(
-        [options, &context]
-        {
-            if (options->files.empty() && !options->codes)
-            {
-                throw CLI::RequiredError("FILE");
-            }
-            RunCheck(*options, context);
-        });
 }

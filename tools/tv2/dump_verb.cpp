@@ -6,8 +6,6 @@
 #include "tools/tv2/names.h"
 #include "tools/tv2/verb.h"
 
-#include <CLI/CLI.hpp>
-
 #include <limits>
 
 using namespace TEV2_LOADER;
@@ -276,13 +274,6 @@ private:
     DumpWriter& writer_;
 };
 
-struct DumpOptions
-{
-    std::string file;
-    std::size_t keys = std::numeric_limits<std::size_t>::max();
-    bool json = false;
-};
-
 void Refuse(const DumpOptions& options, const std::string& why, ExitCode code, VerbContext& context)
 {
     context.err << "tv2 dump: " << why << '\n';
@@ -292,6 +283,8 @@ void Refuse(const DumpOptions& options, const std::string& why, ExitCode code, V
         context.out << JsonText(JsonFailure(options.file, why)) << '\n';
     }
 }
+
+} // namespace
 
 void RunDump(const DumpOptions& options, VerbContext& context)
 {
@@ -308,26 +301,4 @@ void RunDump(const DumpOptions& options, VerbContext& context)
     const std::unique_ptr<DumpWriter> writer =
         options.json ? MakeJsonDump(context.out) : MakeTreeDump(context.out, options.keys);
     SceneDump(file, *writer).Write();
-}
-
-} // namespace
-
-void AddDumpVerb(CLI::App& app, VerbContext& context)
-{
-    auto options = std::make_shared<DumpOptions>();
-    CLI::App* verb = app.add_subcommand("dump", "Everything in a file, as an indented tree or as JSON");
-    verb->add_option("FILE", options->file, "The .tv2 file")->required();
-    CLI::Option* const keys =
-        verb->add_option("--keys", options->keys,
-                         "Tree: print at most this many keys of a track, and lines of bytes of a body")
-            ->check(CLI::Validator([](const std::string& value)
-                                   { return value.starts_with('-') ? "is below 0" : std::string(); },
-                                   ""));
-    verb->add_flag("--json", options->json, "Print JSON with every value")->excludes(keys);
-    verb->footer("Numbers are single precision, in the shortest form that reads back to the same bits.\n"
-                 "In JSON non-finite numbers are strings: \"NaN\", \"NaN(0xffc00001)\", \"Infinity\".\n"
-                 "Examples:\n"
-                 "  tv2 dump --keys 3 walk.tv2\n"
-                 "  tv2 dump --json walk.tv2 | jq '.matrixHierarchy.nodes[].name'");
-    verb->callback([options, &context] { RunDump(*options, context); });
 }

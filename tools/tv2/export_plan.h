@@ -1,31 +1,13 @@
 #pragma once
 
 #include "exporter/sampling/sampling_range.h"
+#include "tools/tv2/export_request.h"
 
 #include <fbsdk/fbsdk.h>
 
 #include <cstddef>
-#include <optional>
 #include <string>
 #include <vector>
-
-/// What the user asked for on the command line.
-struct ExportRequest
-{
-    std::string scene;
-    std::string output;
-    std::optional<int> fps;
-    std::optional<int> start_frame; ///< frames of the scene's transport rate
-    std::optional<int> end_frame;
-    bool all_takes = false;
-    std::string take;                ///< empty: the first one
-    std::vector<std::string> select; ///< long names; empty: the whole scene
-    bool spaces_to_underscores = true;
-    bool keep_positive_z = true;
-    bool remove_namespace = true;
-    bool disable_constraints = false;
-    bool overwrite_read_only = false;
-};
 
 /// One file that the export should write.
 struct PlannedFile

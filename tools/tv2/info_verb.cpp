@@ -9,8 +9,6 @@
 #include "tools/tv2/track_view.h"
 #include "tools/tv2/verb.h"
 
-#include <CLI/CLI.hpp>
-
 #include <iomanip>
 #include <map>
 #include <set>
@@ -303,11 +301,7 @@ private:
     const Summary& summary_;
 };
 
-struct InfoOptions
-{
-    std::vector<std::string> files;
-    bool json = false;
-};
+} // namespace
 
 void RunInfo(const InfoOptions& options, VerbContext& context)
 {
@@ -345,19 +339,4 @@ void RunInfo(const InfoOptions& options, VerbContext& context)
     {
         context.out << JsonText(json) << '\n';
     }
-}
-
-} // namespace
-
-void AddInfoVerb(CLI::App& app, VerbContext& context)
-{
-    auto options = std::make_shared<InfoOptions>();
-    CLI::App* verb = app.add_subcommand("info", "What a file holds, on one screen");
-    verb->add_option("FILE", options->files, "The .tv2 files")->required();
-    verb->add_flag("--json", options->json,
-                   "Print JSON: an object with one entry of \"files\" for each file");
-    verb->footer("Examples:\n"
-                 "  tv2 info walk.tv2\n"
-                 "  tv2 info --json takes/*.tv2 | jq '.files[].nodes'");
-    verb->callback([options, &context] { RunInfo(*options, context); });
 }

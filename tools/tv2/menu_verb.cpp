@@ -4,7 +4,6 @@
 
 #include <mobu_host/ui.h>
 
-#include <CLI/CLI.hpp>
 #include <nlohmann/json.hpp>
 
 #include <memory>
@@ -12,12 +11,6 @@
 
 namespace
 {
-
-struct MenuVerbOptions
-{
-    std::string plugin;
-    bool json = false;
-};
 
 std::string Text(const char* text)
 {
@@ -40,6 +33,8 @@ const char* PlaceOf(FBMenuItem& item)
     }
     return "unknown";
 }
+
+} // namespace
 
 void RunMenu(const MenuVerbOptions& options, VerbContext& context)
 {
@@ -71,20 +66,4 @@ void RunMenu(const MenuVerbOptions& options, VerbContext& context)
         context.out << text("menu") << ": \"" << text("caption") << "\" (" << text("description")
                     << "), files: " << text("extension") << '\n';
     }
-}
-
-} // namespace
-
-void AddMenuVerb(CLI::App& app, VerbContext& context)
-{
-    auto options = std::make_shared<MenuVerbOptions>();
-    CLI::App* verb = app.add_subcommand("menu", "What the exporter adds to MotionBuilder's file menu");
-    verb->add_option("--plugin", options->plugin,
-                     "The exporter's module (default: the one beside this command)");
-    verb->add_flag("--json", options->json, "Print JSON");
-    verb->footer("Examples:\n"
-                 "  tv2 menu\n"
-                 "  tv2 menu --json | jq -r '.entries[].extension'\n"
-                 "An entry is used with tv2 export --dialog.");
-    verb->callback([options, &context] { RunMenu(*options, context); });
 }

@@ -5,8 +5,6 @@
 #include "tools/tv2/text.h"
 #include "tools/tv2/verb.h"
 
-#include <CLI/CLI.hpp>
-
 #include <algorithm>
 #include <cmath>
 #include <filesystem>
@@ -27,15 +25,6 @@ constexpr double kCaptionHeight = 22.0;
 /// Where and how high figures may stand to get lines of half a metre.
 constexpr double kFarthestLine = 1.0e6; // metres
 constexpr double kTallestLined = 50.0;
-
-struct PictureOptions
-{
-    std::string file;
-    std::string output;
-    std::size_t figures = 7;
-    std::string view = "front";
-    bool json = false;
-};
 
 struct Point
 {
@@ -200,6 +189,8 @@ bool IsSameFile(const std::string& a, const std::string& b)
     return a == b || std::filesystem::equivalent(a, b, ignored);
 }
 
+} // namespace
+
 void RunPicture(const PictureOptions& options, VerbContext& context)
 {
     if (!options.output.ends_with(".svg"))
@@ -230,26 +221,4 @@ void RunPicture(const PictureOptions& options, VerbContext& context)
     }
     context.out << options.output << ": " << CountOf(figures.size(), "figure", "figures") << " of "
                 << options.file << '\n';
-}
-
-} // namespace
-
-void AddPictureVerb(CLI::App& app, VerbContext& context)
-{
-    auto options = std::make_shared<PictureOptions>();
-    CLI::App* verb = app.add_subcommand("picture", "The skeleton at several instants, as an SVG drawing");
-    verb->add_option("FILE", options->file, "The .tv2 file")->required();
-    verb->add_option("OUTPUT.svg", options->output, "The drawing, ending in .svg")->required();
-    verb->add_option("--figures", options->figures,
-                     "How many instants, spread over the time range (one where it is a single instant)")
-        ->check(CLI::Range(1, 50))
-        ->capture_default_str();
-    verb->add_option("--view", options->view, "From where to look")
-        ->check(CLI::IsMember({"front", "side", "top"}))
-        ->capture_default_str();
-    verb->add_flag("--json", options->json, "Print JSON: the file, the drawing and its number of figures");
-    verb->footer("Examples:\n"
-                 "  tv2 picture walk.tv2 walk.svg\n"
-                 "  tv2 picture --view side --figures 12 walk.tv2 walk.svg");
-    verb->callback([options, &context] { RunPicture(*options, context); });
 }

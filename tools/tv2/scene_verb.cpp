@@ -5,7 +5,6 @@
 
 #include <mobu_host/scene.h>
 
-#include <CLI/CLI.hpp>
 #include <nlohmann/json.hpp>
 
 #include <iomanip>
@@ -18,12 +17,6 @@ namespace
 {
 
 using SceneJson = nlohmann::ordered_json;
-
-struct SceneVerbOptions
-{
-    std::string scene;
-    bool json = false;
-};
 
 std::string Text(const char* text)
 {
@@ -312,6 +305,8 @@ void PrintJson(std::ostream& out, const SceneJson& json)
     out << json.dump(2, ' ', false, SceneJson::error_handler_t::replace) << '\n';
 }
 
+} // namespace
+
 void RunScene(const SceneVerbOptions& options, VerbContext& context)
 {
     const mobu_host::SceneImportResult result = mobu_host::ImportScene(options.scene);
@@ -332,19 +327,4 @@ void RunScene(const SceneVerbOptions& options, VerbContext& context)
         return;
     }
     PrintScene(context.out, scene);
-}
-
-} // namespace
-
-void AddSceneVerb(CLI::App& app, VerbContext& context)
-{
-    auto options = std::make_shared<SceneVerbOptions>();
-    CLI::App* verb = app.add_subcommand("scene", "What the exporter sees of a scene (FBX, BVH, glTF, Collada)");
-    verb->add_option("SCENE", options->scene, "The scene file")->required();
-    verb->add_flag("--json", options->json,
-                   "Print JSON; positions are those of the first frame, in centimetres");
-    verb->footer("Examples:\n"
-                 "  tv2 scene walk.bvh\n"
-                 "  tv2 scene --json robot.glb | jq '.takes[].name'");
-    verb->callback([options, &context] { RunScene(*options, context); });
 }

@@ -1,11 +1,12 @@
 #pragma once
 
-#include <ostream>
+#include "tools/tv2/export_request.h"
 
-namespace CLI
-{
-class App;
-}
+#include <cstddef>
+#include <limits>
+#include <ostream>
+#include <string>
+#include <vector>
 
 /// How the command ends. Scripts rely on these numbers.
 enum ExitCode : int
@@ -15,8 +16,7 @@ enum ExitCode : int
     kExitCouldNotRun = 2 ///< bad usage, or a file that cannot be read or written
 };
 
-/// What a verb works with. A verb adds one sub-command with its options and a callback; the callback writes
-/// to `out` and `err` and reports how it went.
+/// What a verb works with: it writes to `out` and `err` and reports how it went.
 struct VerbContext
 {
     std::ostream& out;
@@ -33,10 +33,64 @@ struct VerbContext
     }
 };
 
-void AddExportVerb(CLI::App& app, VerbContext& context);
-void AddSceneVerb(CLI::App& app, VerbContext& context);
-void AddMenuVerb(CLI::App& app, VerbContext& context);
-void AddInfoVerb(CLI::App& app, VerbContext& context);
-void AddDumpVerb(CLI::App& app, VerbContext& context);
-void AddCheckVerb(CLI::App& app, VerbContext& context);
-void AddPictureVerb(CLI::App& app, VerbContext& context);
+// The verbs, one file each. Their options come checked: what the command line allows, no more.
+
+struct ExportVerbOptions
+{
+    ExportRequest request;
+    std::string plugin;
+    bool dialog = false;
+    std::string dialog_script; ///< empty: the window
+    std::string refusal;       ///< why the options do not go together; empty when they do
+    bool quiet = false;
+    bool json = false;
+};
+void RunExport(const ExportVerbOptions& options, VerbContext& context);
+
+struct SceneVerbOptions
+{
+    std::string scene;
+    bool json = false;
+};
+void RunScene(const SceneVerbOptions& options, VerbContext& context);
+
+struct MenuVerbOptions
+{
+    std::string plugin;
+    bool json = false;
+};
+void RunMenu(const MenuVerbOptions& options, VerbContext& context);
+
+struct InfoOptions
+{
+    std::vector<std::string> files;
+    bool json = false;
+};
+void RunInfo(const InfoOptions& options, VerbContext& context);
+
+struct DumpOptions
+{
+    std::string file;
+    std::size_t keys = std::numeric_limits<std::size_t>::max();
+    bool json = false;
+};
+void RunDump(const DumpOptions& options, VerbContext& context);
+
+struct CheckOptions
+{
+    std::vector<std::string> files;
+    bool codes = false;
+    bool all = false;
+    bool json = false;
+};
+void RunCheck(const CheckOptions& options, VerbContext& context);
+
+struct PictureOptions
+{
+    std::string file;
+    std::string output;
+    std::size_t figures = 7;
+    std::string view = "front";
+    bool json = false;
+};
+void RunPicture(const PictureOptions& options, VerbContext& context);

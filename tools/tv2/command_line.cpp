@@ -1,0 +1,267 @@
+#include "tools/tv2/command_line.h"
+
+#include "tools/tv2/text.h"
+#include "tools/tv2/verb.h"
+
+#include <CLI/CLI.hpp>
+
+#include <algorithm>
+#include <iostream>
+#include <memory>
+
+// All that the parser sees, in one place: its header takes longer to compile than the rest of the command.
+
+namespace
+{
+
+/// Why the options of the command line do not go with the dialog; empty when they do.
+std::string OptionsOfTheDialog(const CLI::App& verb)
+{
+    for (const char* const name :
+         {"--fps", "--start-frame", "--end-frame", "--all-takes", "--spaces-to-underscores",
+          "--keep-positive-z", "--remove-namespace", "--disable-constraints"})
+    {
+        if (verb.get_option(name)->count() > 0)
+        {
+            return std::string(name) + " is decided in the dialog: leave it out, or leave the dialog out";
+        }
+    }
+    return {};
+}
+
+void AddExportVerb(CLI::App& app, VerbContext& context)
+{
+    auto options = std::make_shared<ExportVerbOptions>();
+    ExportRequest& request = options->request;
+    CLI::App* verb = app.add_subcommand("export", "Exports a scene (FBX, BVH, glTF, Collada) to .tv2 files");
+    verb->add_option("SCENE", request.scene, "The scene file")->required();
+    verb->add_option("OUTPUT", request.output,
+                     "The file to write, ending in .tv2; with --all-takes the pattern of the names: "
+                     "out.tv2 gives out_<take>.tv2, a bare .tv2 gives <take>.tv2")
+        ->required();
+    const CLI::Validator given(
+        [](const std::string& value) { return value.empty() ? std::string("is empty") : std::string(); }, "");
+    verb->add_option("--fps", request.fps, "Samples a second (default: the scene's transport rate, rounded)")
+        ->check(given);
+    verb->add_option("--start-frame", request.start_frame,
+                     "First frame, counted at the transport rate (default: of the take)")
+        ->check(given);
+    verb->add_option("--end-frame", request.end_frame,
+                     "Last frame, counted at the transport rate (default: of the take)")
+        ->check(given);
+    CLI::Option* take =
+        verb->add_option("--take", request.take, "Export this take (default: the first)")->check(given);
+    verb->add_flag("--all-takes", request.all_takes, "Export every take, each to a file of its own")
+        ->excludes(take);
+    verb->add_option("--select", request.select,
+                     "Export this model and what is below it, by its long name; may be given more than once "
+                     "(default: the whole scene)")
+        ->allow_extra_args(false);
+    verb->add_flag("--spaces-to-underscores,!--no-spaces-to-underscores", request.spaces_to_underscores,
+                   "Replace spaces in file names (on)");
+    verb->add_flag("--keep-positive-z,!--no-keep-positive-z", request.keep_positive_z,
+                   "Turn the scene so that its Z axis keeps its sign (on)");
+    verb->add_flag("--remove-namespace,!--no-remove-namespace", request.remove_namespace,
+                   "Write node names without their namespaces (on)");
+    verb->add_flag("--disable-constraints", request.disable_constraints, "Export with constraints inactive");
+    verb->add_flag("--yes", request.overwrite_read_only, "Over-write read-only files without asking");
+    verb->add_option("--plugin", options->plugin,
+                     "The exporter's module (default: the one beside this command)");
+    verb->add_flag("--dialog", options->dialog,
+                   "Ask for the options as MotionBuilder does: in the exporter's own dialog, which "
+                   "remembers them");
+    verb->add_option(
+            "--dialog-script", options->dialog_script,
+            "Play the steps of this file to the dialog instead of showing it: click \"REGION\", edit "
+            "\"REGION\" NUMBER, move LEFT TOP, close")
+        ->check(given);
+    verb->add_flag("--quiet", options->quiet, "Print nothing but errors");
+    verb->add_flag("--json", options->json,
+                   "Print JSON: an object with one entry of \"files\" for each file");
+    verb->footer(
+        "Examples:\n"
+        "  tv2 export walk.bvh walk.tv2\n"
+        "  tv2 export --all-takes --fps 60 robot.glb robot.tv2\n"
+        "  tv2 export --select Hips --start-frame 10 --end-frame 60 walk.bvh hips.tv2\n"
+        "  tv2 export --dialog --take Dance robot.glb dance.tv2\n"
+        "  tv2 export --dialog-script steps.txt robot.glb robot.tv2\n"
+        "A file counts as exported when it has been read back whole. Exit code: 0 every file was; 1 at least "
+        "one was not, or was skipped as read-only, or the dialog was cancelled; 2 nothing was started.");
+    verb->callback(
+        [options, verb, &context]
+        {
+            options->dialog = options->dialog || !options->dialog_script.empty();
+            if (options->dialog)
+            {
+                options->refusal = OptionsOfTheDialog(*verb);
+            }
+            RunExport(*options, context);
+        });
+}
+
+void AddSceneVerb(CLI::App& app, VerbContext& context)
+{
+    auto options = std::make_shared<SceneVerbOptions>();
+    CLI::App* verb =
+        app.add_subcommand("scene", "What the exporter sees of a scene (FBX, BVH, glTF, Collada)");
+    verb->add_option("SCENE", options->scene, "The scene file")->required();
+    verb->add_flag("--json", options->json,
+                   "Print JSON; positions are those of the first frame, in centimetres");
+    verb->footer("Examples:\n"
+                 "  tv2 scene walk.bvh\n"
+                 "  tv2 scene --json robot.glb | jq '.takes[].name'");
+    verb->callback([options, &context] { RunScene(*options, context); });
+}
+
+void AddMenuVerb(CLI::App& app, VerbContext& context)
+{
+    auto options = std::make_shared<MenuVerbOptions>();
+    CLI::App* verb = app.add_subcommand("menu", "What the exporter adds to MotionBuilder's file menu");
+    verb->add_option("--plugin", options->plugin,
+                     "The exporter's module (default: the one beside this command)");
+    verb->add_flag("--json", options->json, "Print JSON");
+    verb->footer("Examples:\n"
+                 "  tv2 menu\n"
+                 "  tv2 menu --json | jq -r '.entries[].extension'\n"
+                 "An entry is used with tv2 export --dialog.");
+    verb->callback([options, &context] { RunMenu(*options, context); });
+}
+
+void AddInfoVerb(CLI::App& app, VerbContext& context)
+{
+    auto options = std::make_shared<InfoOptions>();
+    CLI::App* verb = app.add_subcommand("info", "What a file holds, on one screen");
+    verb->add_option("FILE", options->files, "The .tv2 files")->required();
+    verb->add_flag("--json", options->json,
+                   "Print JSON: an object with one entry of \"files\" for each file");
+    verb->footer("Examples:\n"
+                 "  tv2 info walk.tv2\n"
+                 "  tv2 info --json takes/*.tv2 | jq '.files[].nodes'");
+    verb->callback([options, &context] { RunInfo(*options, context); });
+}
+
+void AddDumpVerb(CLI::App& app, VerbContext& context)
+{
+    auto options = std::make_shared<DumpOptions>();
+    CLI::App* verb = app.add_subcommand("dump", "Everything in a file, as an indented tree or as JSON");
+    verb->add_option("FILE", options->file, "The .tv2 file")->required();
+    CLI::Option* const keys =
+        verb->add_option("--keys", options->keys,
+                         "Tree: print at most this many keys of a track, and lines of bytes of a body")
+            ->check(CLI::Validator([](const std::string& value)
+                                   { return value.starts_with('-') ? "is below 0" : std::string(); },
+                                   ""));
+    verb->add_flag("--json", options->json, "Print JSON with every value")->excludes(keys);
+    verb->footer("Numbers are single precision, in the shortest form that reads back to the same bits.\n"
+                 "In JSON non-finite numbers are strings: \"NaN\", \"NaN(0xffc00001)\", \"Infinity\".\n"
+                 "Examples:\n"
+                 "  tv2 dump --keys 3 walk.tv2\n"
+                 "  tv2 dump --json walk.tv2 | jq '.matrixHierarchy.nodes[].name'");
+    verb->callback([options, &context] { RunDump(*options, context); });
+}
+
+void AddCheckVerb(CLI::App& app, VerbContext& context)
+{
+    auto options = std::make_shared<CheckOptions>();
+    CLI::App* verb = app.add_subcommand("check", "All that is wrong with a file, or looks wrong");
+    verb->add_option("FILE", options->files, "The .tv2 files");
+    verb->add_flag("--codes", options->codes, "List all codes, each with a sentence, and do nothing else");
+    verb->add_flag("--all", options->all, "Show every finding, however many there are of one code");
+    verb->add_flag("--json", options->json,
+                   "Print JSON: an object with one entry of \"files\" for each file");
+    verb->footer(
+        "Exit code: 0 for files without errors and warnings (notes do not count), 1 otherwise,\n"
+        "2 when a file cannot be read.\n"
+        "Examples:\n"
+        "  tv2 check takes/*.tv2\n"
+        "  tv2 check --json walk.tv2 | jq -r '.files[].findings[] | [.code, .offset, .path] | @tsv'\n"
+        "  tv2 check --codes");
+    verb->callback(
+        [options, &context]
+        {
+            if (options->files.empty() && !options->codes)
+            {
+                throw CLI::RequiredError("FILE");
+            }
+            RunCheck(*options, context);
+        });
+}
+
+void AddPictureVerb(CLI::App& app, VerbContext& context)
+{
+    auto options = std::make_shared<PictureOptions>();
+    CLI::App* verb = app.add_subcommand("picture", "The skeleton at several instants, as an SVG drawing");
+    verb->add_option("FILE", options->file, "The .tv2 file")->required();
+    verb->add_option("OUTPUT.svg", options->output, "The drawing, ending in .svg")->required();
+    verb->add_option("--figures", options->figures,
+                     "How many instants, spread over the time range (one where it is a single instant)")
+        ->check(CLI::Range(1, 50))
+        ->capture_default_str();
+    verb->add_option("--view", options->view, "From where to look")
+        ->check(CLI::IsMember({"front", "side", "top"}))
+        ->capture_default_str();
+    verb->add_flag("--json", options->json, "Print JSON: the file, the drawing and its number of figures");
+    verb->footer("Examples:\n"
+                 "  tv2 picture walk.tv2 walk.svg\n"
+                 "  tv2 picture --view side --figures 12 walk.tv2 walk.svg");
+    verb->callback([options, &context] { RunPicture(*options, context); });
+}
+
+using AddVerb = void (*)(CLI::App&, VerbContext&);
+
+/// In the order in which the help lists them.
+constexpr AddVerb kVerbs[] = {
+    AddExportVerb, AddSceneVerb, AddMenuVerb, AddInfoVerb, AddDumpVerb, AddCheckVerb, AddPictureVerb,
+};
+
+/// The first argument where it should be a verb and is none; null otherwise.
+const char* UnknownVerb(const CLI::App& app, int argc, char** argv)
+{
+    if (argc < 2 || argv[1][0] == '-')
+    {
+        return nullptr;
+    }
+    const auto verbs = app.get_subcommands([](const CLI::App*) { return true; });
+    const bool known = std::any_of(verbs.begin(), verbs.end(),
+                                   [argv](const CLI::App* verb) { return verb->check_name(argv[1]); });
+    return known ? nullptr : argv[1];
+}
+
+} // namespace
+
+int RunCommandLine(int argc, char** argv)
+{
+    std::ios::sync_with_stdio(false);
+    VerbContext context{std::cout, std::cerr};
+
+    CLI::App app("Looks at, checks and makes .tv2 scene files.", "tv2");
+    app.set_version_flag("--version", "tv2 " TV2_VERSION);
+    app.require_subcommand(1);
+    app.footer("Each verb has its own help: tv2 info --help\n"
+               "Exit code: 0 done or clean, 1 findings or not all done, 2 could not run.");
+    for (const AddVerb add_verb : kVerbs)
+    {
+        add_verb(app, context);
+    }
+
+    if (const char* const verb = UnknownVerb(app, argc, argv))
+    {
+        std::cerr << "tv2: there is no verb \"" << OneLine(verb)
+                  << "\"\nRun with --help for more information.\n";
+        return kExitCouldNotRun;
+    }
+    try
+    {
+        app.parse(argc, argv);
+    }
+    catch (const CLI::ParseError& error)
+    {
+        return app.exit(error, std::cout, std::cerr) == 0 ? kExitDone : kExitCouldNotRun;
+    }
+    if (!std::cout.flush())
+    {
+        std::cerr << "tv2: the output could not be written\n";
+        return kExitCouldNotRun;
+    }
+    return context.exit_code;
+}

@@ -1,0 +1,4 @@
+#pragma once
+
+/// Parses the arguments, runs the verb they name and returns the exit code of the command.
+int RunCommandLine(int argc, char** argv);
