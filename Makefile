@@ -6,7 +6,7 @@ JOBS := $(shell nproc)
 FUZZ_SECONDS := 60
 CTEST := ctest --output-on-failure --no-tests=error -j$(JOBS)
 
-.PHONY: help demo build test test-asan test-bytes fuzz bench screenshot lint format install clean packages
+.PHONY: help demo build test test-asan test-bytes fuzz bench screenshot windows test-windows lint format install clean packages
 
 help: ## Show this list
 	@awk -F ':.*## ' '/^[a-z-]+:.*## / { printf "  make %-12s %s\n", $$1, $$2 }' $(MAKEFILE_LIST)
@@ -36,6 +36,7 @@ test-asan: packages ## Run all tests under AddressSanitizer and UndefinedBehavio
 
 test-bytes: build ## Export the samples with plug-ins of g++ and clang++ at -O0 and -O2; compare the files
 	@scripts/install_packages.sh clang
+	@cmake --build --preset release --target export_rich_scene
 	scripts/same_bytes.sh
 
 fuzz: packages ## Search for files that break the readers, FUZZ_SECONDS=60 with each target
@@ -52,6 +53,18 @@ bench: packages ## Measure speed beside a baseline
 screenshot: build ## Take the picture of the export dialog in docs/popup.png
 	@scripts/install_packages.sh xvfb imagemagick
 	scripts/screenshot.sh $(BUILD)
+
+windows: packages ## Build the command and the plug-in for 64-bit Windows (build/windows)
+	@scripts/install_packages.sh g++-mingw-w64-x86-64 libz-mingw-w64-dev googletest
+	@cmake --preset windows > /dev/null
+	@cmake --build --preset windows --target tv2 tv2_motionbuilder_export_tool
+
+test-windows: build windows ## Run the tests of the Windows build under Wine; compare its files with those of this system
+	@scripts/install_packages.sh wine64 xvfb xauth
+	@cmake --build --preset windows
+	scripts/test_windows.sh
+	@cmake --build --preset release --target export_rich_scene
+	scripts/same_bytes.sh gcc-o2 windows
 
 lint: ## Check formatting and run clang-tidy
 	@scripts/install_packages.sh clang-format clang-tidy

@@ -2,6 +2,10 @@
 add_library(tv2_build_flags INTERFACE)
 target_include_directories(tv2_build_flags INTERFACE $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}>)
 
+if(WIN32)
+    # <windows.h> without macros in the way of std::min and std::max.
+    target_compile_definitions(tv2_build_flags INTERFACE NOMINMAX)
+endif()
 if(MSVC)
     target_compile_options(tv2_build_flags INTERFACE /W4 /WX /fp:precise /utf-8)
 else()
@@ -26,3 +30,12 @@ endif()
 if(TV2_BUILD_FUZZ)
     add_compile_options(-fsanitize=fuzzer-no-link)
 endif()
+
+# Makes 8-bit text of a program UTF-8 on Windows, as it is elsewhere.
+function(tv2_use_utf8 program)
+    if(WIN32)
+        set(folder ${PROJECT_SOURCE_DIR}/cmake/windows)
+        target_sources(${program} PRIVATE ${folder}/utf8.rc)
+        set_source_files_properties(${folder}/utf8.rc PROPERTIES OBJECT_DEPENDS ${folder}/utf8.manifest)
+    endif()
+endfunction()

@@ -1,19 +1,29 @@
 #!/bin/sh
-# One scene gives one file, whatever compiler and optimisation level the exporter was built with: builds the plug-in
-# (exporter and format library) in four ways, exports the samples with each under a clock and user that stand still,
-# and compares the bytes. The command and its host are those of build/.
+# One scene gives one file, whatever compiler, optimisation level and system the exporter was built with: builds the
+# plug-in (exporter and format library) in several ways, exports the samples and a scene made in code with each under a
+# clock and user that stand still, and compares the bytes with those of the first.
+#     scripts/same_bytes.sh [PRESET...]
+# The command and its host are those of build/. Preset windows has a host of its own, run under Wine, and exports the
+# scene made in code alone, since it does not read the samples' formats.
 set -eu
 cd "$(dirname "$0")/.."
 
-presets="gcc-o0 gcc-o2 clang-o0 clang-o2"
+presets="${*:-gcc-o0 gcc-o2 clang-o0 clang-o2}"
 plugin=tv2_export_tool_fixed_clock
 for preset in $presets; do
     cmake --preset "$preset" >/dev/null
-    cmake --build --preset "$preset" --target $plugin
     rm -rf "build/$preset/exported"
     mkdir -p "build/$preset/exported"
+    # Every build writes to the same relative path, since that stands in the file.
+    if [ "$preset" = windows ]; then
+        cmake --build --preset "$preset" --target $plugin export_rich_scene
+        (cd "build/$preset" && timeout 300 ../../scripts/with_wine.sh \
+            /usr/lib/wine/wine64 bin/export_rich_scene.exe lib/tv2/$plugin.dll exported)
+        continue
+    fi
+    cmake --build --preset "$preset" --target $plugin
+    (cd "build/$preset" && ../bin/export_rich_scene lib/tv2/$plugin.so exported)
     for scene in samples/*.dae samples/*.glb; do
-        # Every build writes to the same relative path, since that stands in the file.
         (cd "build/$preset" && ../bin/tv2 export --quiet --all-takes --plugin lib/tv2/$plugin.so \
             "../../$scene" "exported/$(basename "$scene" | tr . _).tv2")
     done
@@ -21,8 +31,11 @@ done
 
 passed=0
 failed=0
-for file in build/gcc-o0/exported/*.tv2; do
-    for preset in gcc-o2 clang-o0 clang-o2; do
+first="${presets%% *}"
+for preset in ${presets#* }; do
+    common="*.tv2"
+    [ "$preset" != windows ] || common="rich*.tv2"
+    for file in "build/$first"/exported/$common; do
         if cmp "$file" "build/$preset/exported/$(basename "$file")"; then
             passed=$((passed + 1))
         else

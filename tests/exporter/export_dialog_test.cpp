@@ -382,7 +382,7 @@ TEST_F(ExportDialog, RunsFromTheMenuEntry)
     EXPECT_TRUE(tool.Is(FBMenuItem::TypeInfo));
     EXPECT_TRUE(tool.Is(FBVisualComponent::TypeInfo));
 
-    const std::string path = folder_ / "run.tv2";
+    const std::string path = (folder_ / "run.tv2").string();
     mobu_host::SetPopupPlayer([](FBPopup& popup) { mobu_host::Click(popup, kCancel); });
     EXPECT_TRUE(tool.Execute(path.c_str()));
     EXPECT_FALSE(std::filesystem::exists(path));

@@ -18,7 +18,7 @@ std::vector<std::string> FileNames(const std::filesystem::path& folder)
 {
     std::vector<std::string> names;
     for (const auto& entry : std::filesystem::directory_iterator(folder))
-        names.push_back(entry.path().filename());
+        names.push_back(entry.path().filename().string());
     std::ranges::sort(names);
     return names;
 }
@@ -94,7 +94,7 @@ TEST_F(ExportDriver, AsksBeforeItWritesOverReadOnlyFiles)
     mobu_host::AddTake("A", 0.0, 1.0);
     mobu_host::AddTake("B", 0.0, 1.0);
     options_.AllTakes = 1;
-    const std::u16string kept = Widen((folder_ / "run_A.tv2").c_str());
+    const std::u16string kept = Widen((folder_ / "run_A.tv2").string());
     for (const bool answer : {false, true})
     {
         TestPlatform& machine = TestPlatform::Get();
@@ -178,10 +178,12 @@ TEST_F(ExportDriver, FinishesTheRunWhenFilesCannotBeWritten)
 {
     OneTake(1.0);
     ExportContext context;
-    EXPECT_EQ(ExportScene(context, options_, (folder_ / "missing" / "run.tv2").c_str()), 1u);
+    EXPECT_EQ(ExportScene(context, options_, (folder_ / "missing" / "run.tv2").string().c_str()), 1u);
     EXPECT_EQ(ExportScene(context, options_, "/dev/full"), 1u); // no "." in it: named after the take
+#if !defined(_WIN32)
     std::filesystem::create_symlink("/dev/full", folder_ / "full.tv2");
     EXPECT_EQ(Run("full.tv2"), 1u);
+#endif
 }
 
 TEST_F(ExportDriver, SurvivesACallerWithoutPathOrTake)

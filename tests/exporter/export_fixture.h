@@ -50,7 +50,7 @@ protected:
     unsigned Run(const std::string& file_name = "run.tv2")
     {
         ExportContext context;
-        return ExportScene(context, options_, (folder_ / file_name).c_str());
+        return ExportScene(context, options_, (folder_ / file_name).string().c_str());
     }
 
     // The export of the scene as it stands, loaded from its file. Null when there is none that loads.
@@ -72,7 +72,7 @@ protected:
     {
         std::vector<std::uint8_t> image;
         std::string error;
-        EXPECT_TRUE(TEV2_LOADER::ReadFileImage(folder_ / file_name, image, error)) << error;
+        EXPECT_TRUE(TEV2_LOADER::ReadFileImage((folder_ / file_name).string(), image, error)) << error;
         return image;
     }
 

@@ -9,6 +9,12 @@ namespace mobu_host
 namespace
 {
 
+#if defined(_WIN32)
+constexpr const char* kNotThere = "not";
+#else
+constexpr const char* kNotThere = "No such file";
+#endif
+
 class PluginTest : public testing::Test
 {
 protected:
@@ -72,7 +78,7 @@ TEST_F(PluginTest, NamesFileAndCauseOfAFailure)
         const char* phases;
     };
     const Case cases[] = {
-        {"/nowhere/plugin.so", "No such file", ""},
+        {"/nowhere/plugin.so", kNotThere, ""},
         {TEST_NO_PLUGIN, "declares no library object", ""},
         {TEST_PLUGIN_NOT_READY, "LibReady failed", "load init open ready close release "},
     };

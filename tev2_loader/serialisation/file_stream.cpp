@@ -12,6 +12,15 @@ namespace
 constexpr std::size_t kBufferSize = std::size_t{1} << 18;
 constexpr std::int32_t kEndOfFileError = 38;
 
+std::int64_t Position(std::FILE* handle)
+{
+#if defined(_WIN32)
+    return _ftelli64(handle); // long has 32 bits there
+#else
+    return std::ftell(handle);
+#endif
+}
+
 } // namespace
 
 TEV2_FILE_STREAM::~TEV2_FILE_STREAM()
@@ -60,13 +69,13 @@ std::int32_t TEV2_FILE_STREAM::Tell()
         Latch(EBADF);
         return -1;
     }
-    const long position = std::ftell(handle);
+    const std::int64_t position = Position(handle);
     if (position < 0)
     {
         Latch(errno);
         return -1;
     }
-    if (std::int64_t{position} > INT32_MAX)
+    if (position > INT32_MAX)
     {
         Latch(EFBIG);
         return -1;

@@ -2,8 +2,32 @@
 
 #include <algorithm>
 
+#if defined(_WIN32)
+#include <windows.h>
+#endif
+
 namespace TEV2_LOADER
 {
+
+namespace
+{
+
+/// Text as the system's 8-bit calls take it.
+std::string SystemText(const std::u16string& units)
+{
+#if defined(_WIN32)
+    const auto* const wide = reinterpret_cast<const wchar_t*>(units.data());
+    const auto count = static_cast<int>(units.size());
+    std::string text(units.size() * 4, '\0');
+    text.resize(static_cast<std::size_t>(WideCharToMultiByte(
+        CP_ACP, 0, wide, count, text.data(), static_cast<int>(text.size()), nullptr, nullptr)));
+    return text;
+#else
+    return Utf8Text(units);
+#endif
+}
+
+} // namespace
 
 std::string NarrowFileName(const TEV2_WIDE_STRING& fileName)
 {
@@ -16,7 +40,7 @@ std::string NarrowFileName(const TEV2_WIDE_STRING& fileName)
     }
     else
     {
-        path = Utf8Text(units);
+        path = SystemText(units);
     }
     path.resize(std::min(path.size(), kMostPathBytes));
     return path;

@@ -14,8 +14,9 @@ namespace TEV2_LOADER
 /// A path is cut behind so many bytes before it is opened.
 inline constexpr std::size_t kMostPathBytes = 260;
 
-/// The 8-bit path that stands for a wide file name: units that all fit a byte become those bytes, any other
-/// name becomes UTF-8 (an unpaired surrogate becomes U+FFFD). At most 260 bytes are kept.
+/// The 8-bit path that stands for a wide file name: units that all fit a byte become those bytes. Any other name
+/// becomes text of the active code page on Windows, UTF-8 elsewhere (an unpaired surrogate becomes U+FFFD). At most
+/// 260 bytes are kept.
 std::string NarrowFileName(const TEV2_WIDE_STRING& fileName);
 
 /// What every record's Save writes to: one file, framed into chunks that never nest. Nothing here throws or

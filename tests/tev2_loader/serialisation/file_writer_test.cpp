@@ -140,16 +140,18 @@ TEST(FileStream, LatchesAFullDisk)
     EXPECT_NE(stream.lastError, 0);
 }
 
-TEST(NarrowFileName, TakesBytesAsTheyAreAndEverythingElseAsUtf8)
+TEST(NarrowFileName, TakesBytesAsTheyAreAndEverythingElseAsTheSystemDoes)
 {
     const std::pair<std::u16string, std::string> cases[] = {
         {u"plain.tv2", "plain.tv2"},
         {u"\u00C3\u00A9\u00FF", "\xC3\xA9\xFF"},
+#if !defined(_WIN32) // there the code page decides
         {u"\u00E9\u4E2D", "\xC3\xA9\xE4\xB8\xAD"},
         {u"\U0001F600", "\xF0\x9F\x98\x80"},
         {std::u16string{u'a', 0xD83D, u'b'}, "a\xEF\xBF\xBD"
                                              "b"},
         {std::u16string{0xDE00, 0xD83D}, "\xEF\xBF\xBD\xEF\xBF\xBD"},
+#endif
         {std::u16string(300, u'x'), std::string(260, 'x')},
     };
     for (const auto& [wide, narrow] : cases)

@@ -1,0 +1,50 @@
+#include "host/sdk/shared_module.h"
+
+#include <windows.h>
+
+namespace mobu_host
+{
+namespace
+{
+
+HMODULE Handle(void* module)
+{
+    return static_cast<HMODULE>(module);
+}
+
+// The system's words for an error, without the line end they come with.
+std::string Words(DWORD error)
+{
+    char text[512];
+    DWORD size = FormatMessageA(FORMAT_MESSAGE_FROM_SYSTEM | FORMAT_MESSAGE_IGNORE_INSERTS, nullptr, error, 0,
+                                text, sizeof text, nullptr);
+    while (size > 0 && (text[size - 1] == '\n' || text[size - 1] == '\r' || text[size - 1] == ' '))
+        --size;
+    return size > 0 ? std::string(text, size) : "system error " + std::to_string(error);
+}
+
+} // namespace
+
+void* OpenModule(const std::string& path, std::string& cause)
+{
+    // The whole path: a mere name would be searched for in the system's folders before the current one. Modules that
+    // this one needs are looked for beside it.
+    std::string file(32768, '\0');
+    file.resize(GetFullPathNameA(path.c_str(), static_cast<DWORD>(file.size()), file.data(), nullptr));
+    const HMODULE module = LoadLibraryExA(file.c_str(), nullptr, LOAD_WITH_ALTERED_SEARCH_PATH);
+    if (!module)
+        cause = Words(GetLastError());
+    return module;
+}
+
+void* ModuleSymbol(void* module, const char* name)
+{
+    return reinterpret_cast<void*>(GetProcAddress(Handle(module), name));
+}
+
+void CloseModule(void* module)
+{
+    FreeLibrary(Handle(module));
+}
+
+} // namespace mobu_host

@@ -1,0 +1,168 @@
+// The question about read-only files, asked by a real message box and answered by a real button.
+
+#include "exporter/platform/platform.h"
+#include "tests/windows/scratch_folder.h"
+
+#include "mobu_host/plugin.h"
+#include "mobu_host/scene.h"
+
+#include <atomic>
+#include <thread>
+
+namespace
+{
+
+using tev2_exporter::platform::AskOkCancel;
+using tev2_tests::ScratchFolder;
+using tev2_tests::Wide;
+
+struct Shown
+{
+    std::u16string caption;
+    std::u16string text;
+    std::vector<int> buttons;
+    bool has_owner = false;
+};
+
+std::u16string TextOf(HWND window)
+{
+    wchar_t text[2048] = {};
+    GetWindowTextW(window, text, 2048);
+    return reinterpret_cast<const char16_t*>(text);
+}
+
+// Waits for the message boxes of the thread that made it, writes down what they show and presses a button in each.
+class Presser
+{
+public:
+    explicit Presser(int button) : button_(button), asker_(GetCurrentThreadId()), worker_([this] { Work(); })
+    {
+    }
+    ~Presser() { Finish(); }
+    Presser(const Presser&) = delete;
+    Presser& operator=(const Presser&) = delete;
+
+    // The boxes so far; no more are answered.
+    std::vector<Shown> Finish()
+    {
+        done_ = true;
+        if (worker_.joinable())
+            worker_.join();
+        return shown_;
+    }
+
+private:
+    static BOOL CALLBACK Take(HWND window, LPARAM self)
+    {
+        wchar_t kind[64] = {};
+        GetClassNameW(window, kind, 64);
+        if (std::wstring_view(kind) == L"#32770" && IsWindowVisible(window))
+            reinterpret_cast<Presser*>(self)->Answer(window);
+        return TRUE;
+    }
+
+    static BOOL CALLBACK AddButton(HWND child, LPARAM buttons)
+    {
+        wchar_t kind[64] = {};
+        GetClassNameW(child, kind, 64);
+        if (std::wstring_view(kind) == L"Button" && IsWindowVisible(child))
+            reinterpret_cast<std::vector<int>*>(buttons)->push_back(GetDlgCtrlID(child));
+        return TRUE;
+    }
+
+    void Answer(HWND box)
+    {
+        constexpr int kMessage = 0xFFFF;
+        if (box == answered_)
+            return;
+        answered_ = box;
+        Shown shown;
+        shown.caption = TextOf(box);
+        shown.text = TextOf(GetDlgItem(box, kMessage));
+        shown.has_owner = GetWindow(box, GW_OWNER) != nullptr;
+        EnumChildWindows(box, AddButton, reinterpret_cast<LPARAM>(&shown.buttons));
+        shown_.push_back(shown);
+        PostMessageW(box, WM_COMMAND, MAKEWPARAM(button_, BN_CLICKED),
+                     reinterpret_cast<LPARAM>(GetDlgItem(box, button_)));
+    }
+
+    void Work()
+    {
+        while (!done_)
+        {
+            EnumThreadWindows(asker_, Take, reinterpret_cast<LPARAM>(this));
+            Sleep(10);
+        }
+    }
+
+    int button_;
+    DWORD asker_;
+    HWND answered_ = nullptr;
+    std::vector<Shown> shown_;
+    std::atomic<bool> done_{false};
+    std::thread worker_;
+};
+
+TEST(MessageBox, TellsWhichButtonWasPressed)
+{
+    for (const int button : {IDOK, IDCANCEL})
+    {
+        Presser presser(button);
+        EXPECT_EQ(AskOkCancel(u"Caption \u4E2D", u"Text \u0416 & more"), button == IDOK);
+        const std::vector<Shown> boxes = presser.Finish();
+        ASSERT_EQ(boxes.size(), 1u);
+        EXPECT_EQ(boxes[0].caption, u"Caption \u4E2D");
+        EXPECT_EQ(boxes[0].text, u"Text \u0416 & more");
+        EXPECT_EQ(boxes[0].buttons, (std::vector<int>{IDOK, IDCANCEL}));
+        EXPECT_FALSE(boxes[0].has_owner);
+    }
+}
+
+// Through the DLL: three takes, the file of the second one is read-only.
+TEST(MessageBox, GuardsReadOnlyFilesOfAnExport)
+{
+    if (GetACP() != 1252)
+        GTEST_SKIP() << "the names are of code page 1252, this is " << GetACP();
+    std::string error;
+    const auto plugin = mobu_host::Plugin::Load(TV2_PLUGIN, error);
+    ASSERT_TRUE(plugin) << error;
+    using ScriptEntry = unsigned(const char*, int, int, int, bool, bool, bool, bool, bool, bool);
+    auto* const script = plugin->Symbol<ScriptEntry>("python_export_tv2");
+    ASSERT_TRUE(script);
+    mobu_host::NewScene();
+    mobu_host::ClearTakes();
+    for (const char* take : {"A", "B\xE9", "C"})
+        mobu_host::AddTake(take, 0.0, 1.0);
+
+    for (const int button : {IDCANCEL, IDOK})
+    {
+        const ScratchFolder folder(u"d\u00E9p\u00F4t & co");
+        const std::u16string path = folder.Make(u"run_B\u00E9.tv2", "old", FILE_ATTRIBUTE_READONLY);
+        Presser presser(button);
+        EXPECT_EQ(script(folder.BytePath(u"run.tv2").c_str(), 0, 0, 25, true, true, true, false, true, true),
+                  1u);
+        const std::vector<Shown> boxes = presser.Finish();
+        ASSERT_EQ(boxes.size(), 1u);
+        EXPECT_EQ(boxes[0].caption, u"Read Only File!");
+        EXPECT_EQ(boxes[0].text,
+                  path + u" already exists and has read-only file properties!  Are you sure that you "
+                         u"wish to over-write this file?");
+        EXPECT_GT(folder.Content(u"run_A.tv2").size(), 200u);
+        EXPECT_GT(folder.Content(u"run_C.tv2").size(), 200u);
+        const bool read_only = (GetFileAttributesW(Wide(path)) & FILE_ATTRIBUTE_READONLY) != 0;
+        if (button == IDOK)
+        {
+            // One character more, in the name of the file that it tells.
+            EXPECT_EQ(folder.Content(u"run_B\u00E9.tv2").size(), folder.Content(u"run_A.tv2").size() + 2);
+            EXPECT_FALSE(read_only);
+        }
+        else
+        {
+            EXPECT_EQ(folder.Content(u"run_B\u00E9.tv2"), "old");
+            EXPECT_TRUE(read_only);
+        }
+    }
+    mobu_host::NewScene();
+}
+
+} // namespace

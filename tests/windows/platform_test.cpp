@@ -1,0 +1,70 @@
+#include "exporter/platform/platform.h"
+#include "tests/windows/scratch_folder.h"
+
+#include <chrono>
+#include <cstdlib>
+
+namespace tev2_exporter::platform
+{
+namespace
+{
+
+using tev2_tests::ScratchFolder;
+using tev2_tests::Wide;
+
+std::chrono::sys_seconds Seconds(const UtcTime& time)
+{
+    using namespace std::chrono;
+    const year_month_day date{year(time.year), month(static_cast<unsigned>(time.month)),
+                              day(static_cast<unsigned>(time.day))};
+    return sys_days(date) + hours(time.hour) + minutes(time.minute) + seconds(time.second);
+}
+
+std::chrono::sys_seconds Now()
+{
+    return std::chrono::floor<std::chrono::seconds>(std::chrono::system_clock::now());
+}
+
+TEST(Clock, TellsUniversalTimeWhateverTheZone)
+{
+    const auto before = Now();
+    const auto told = Seconds(CurrentUtcTime());
+    EXPECT_LE(before, told);
+    EXPECT_LE(told, Now());
+}
+
+TEST(User, IsTheOneWhoIsLoggedIn)
+{
+    const char* const name = std::getenv("USERNAME");
+    ASSERT_TRUE(name);
+    EXPECT_EQ(UserName(), name);
+}
+
+TEST(ReadOnlyMark, IsSeenAndTakenOffUnderEveryName)
+{
+    const ScratchFolder folder;
+    for (const std::u16string name :
+         {u"plain.tv2", u"caf\u00E9.tv2", u"\u4E2D\u6587 \u0416.tv2", u"\U0001F600"})
+    {
+        const std::u16string path = folder.Make(name);
+        EXPECT_FALSE(IsReadOnly(path));
+        ASSERT_TRUE(SetFileAttributesW(Wide(path), FILE_ATTRIBUTE_READONLY));
+        EXPECT_TRUE(IsReadOnly(path));
+        MakeWritable(path);
+        EXPECT_FALSE(IsReadOnly(path));
+        EXPECT_EQ(GetFileAttributesW(Wide(path)) & FILE_ATTRIBUTE_READONLY, 0u);
+        EXPECT_EQ(folder.Content(name), "old");
+    }
+}
+
+TEST(ReadOnlyMark, IsNotOnWhatIsNotThere)
+{
+    const ScratchFolder folder;
+    EXPECT_FALSE(IsReadOnly(folder.Path(u"missing.tv2")));
+    EXPECT_FALSE(IsReadOnly(u""));
+    MakeWritable(folder.Path(u"missing.tv2"));
+    EXPECT_FALSE(folder.Has(u"missing.tv2"));
+}
+
+} // namespace
+} // namespace tev2_exporter::platform
