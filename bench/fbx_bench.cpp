@@ -1,0 +1,118 @@
+#include "host/scene_import/fbx/fbx_import.h"
+#include "host/scene_import/fbx/scene_data.h"
+
+#include <assimp/config.h>
+#include <assimp/Importer.hpp>
+#include <assimp/scene.h>
+#include <benchmark/benchmark.h>
+#include <mobu_host/scene.h>
+
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <string>
+
+// Opening FBX scenes, beside the general import library that reads the other formats. Both get the file's bytes in
+// memory. The library is asked for no more than the scene's hierarchy and animation.
+
+namespace
+{
+
+std::string Bytes(const std::string& path)
+{
+    std::ifstream file(path, std::ios::binary);
+    return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
+}
+
+void Count(benchmark::State& state, const std::string& file)
+{
+    state.SetBytesProcessed(static_cast<std::int64_t>(state.iterations() * file.size()));
+}
+
+// From bytes to the host's scene, evaluated once.
+void OpenInHost(benchmark::State& state, const std::string& path)
+{
+    const std::string file = Bytes(path);
+    for ([[maybe_unused]] auto _ : state)
+    {
+        mobu_host::ImportNotes notes;
+        std::string cause;
+        if (!mobu_host::fbx::ImportFbx(file, notes, cause))
+            state.SkipWithError(cause.c_str());
+    }
+    Count(state, file);
+}
+
+// From bytes to models, takes and curves, without the host.
+void Read(benchmark::State& state, const std::string& path)
+{
+    const std::string file = Bytes(path);
+    for ([[maybe_unused]] auto _ : state)
+    {
+        mobu_host::ImportNotes notes;
+        const mobu_host::fbx::RecordTree tree(file);
+        benchmark::DoNotOptimize(ReadScene(mobu_host::fbx::Document(tree), notes));
+    }
+    Count(state, file);
+}
+
+void OpenWithAssimp(benchmark::State& state, const std::string& path)
+{
+    const std::string file = Bytes(path);
+    for ([[maybe_unused]] auto _ : state)
+    {
+        Assimp::Importer importer;
+        importer.SetPropertyBool(AI_CONFIG_IMPORT_NO_SKELETON_MESHES, true);
+        importer.SetPropertyBool(AI_CONFIG_IMPORT_FBX_READ_MATERIALS, false);
+        importer.SetPropertyBool(AI_CONFIG_IMPORT_FBX_READ_TEXTURES, false);
+        importer.SetPropertyBool(AI_CONFIG_IMPORT_FBX_READ_ALL_GEOMETRY_LAYERS, false);
+        const aiScene* scene = importer.ReadFileFromMemory(file.data(), file.size(), 0, ".fbx");
+        if (!scene)
+            state.SkipWithError(importer.GetErrorString());
+        benchmark::DoNotOptimize(scene);
+    }
+    Count(state, file);
+}
+
+void Register(const std::filesystem::path& path)
+{
+    const std::string name = path.filename().string();
+    const std::string file = path.string();
+    const struct
+    {
+        const char* what;
+        void (*run)(benchmark::State&, const std::string&);
+    } ways[] = {{"host/", OpenInHost}, {"read/", Read}, {"assimp/", OpenWithAssimp}};
+    for (const auto& way : ways)
+        benchmark::RegisterBenchmark((way.what + name).c_str(), way.run, file)->Unit(benchmark::kMillisecond);
+}
+
+// The samples; and the largest of other people's scenes where somebody put them beside the project.
+void RegisterAll()
+{
+    Register(std::filesystem::path(TV2_SAMPLES_DIR) / "mocap_walk_cameras.fbx");
+    std::error_code none;
+    std::filesystem::path largest;
+    std::uintmax_t size = 0;
+    for (const auto& entry : std::filesystem::directory_iterator(TV2_SCENES_DIR, none))
+    {
+        if (entry.path().extension() == ".fbx" && entry.file_size() > size)
+        {
+            size = entry.file_size();
+            largest = entry.path();
+        }
+    }
+    if (!largest.empty())
+        Register(largest);
+}
+
+} // namespace
+
+int main(int argc, char** argv)
+{
+    RegisterAll();
+    benchmark::Initialize(&argc, argv);
+    benchmark::RunSpecifiedBenchmarks();
+    benchmark::Shutdown();
+    return 0;
+}
