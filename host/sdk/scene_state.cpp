@@ -492,6 +492,13 @@ FBConstraint* AddConstraint(const std::string& name, bool active, FBModel* const
     return constraint;
 }
 
+bool HasEffect(FBConstraint& constraint)
+{
+    const auto& effects = TheScene().effects;
+    return std::any_of(effects.begin(), effects.end(),
+                       [&](const ConstraintEffect& effect) { return effect.constraint == &constraint; });
+}
+
 namespace
 {
 

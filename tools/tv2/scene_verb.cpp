@@ -197,8 +197,10 @@ SceneJson DescribeScene(const std::string& path, const std::vector<std::string>&
     FBPropertyListConstraint& constraints = mobu_host::Scene().Constraints;
     for (int i = 0; i < constraints.GetCount(); ++i)
     {
-        json["constraints"].push_back(
-            {{"name", Text(constraints[i]->Name)}, {"active", static_cast<bool>(constraints[i]->Active)}});
+        json["constraints"].push_back({{"name", Text(constraints[i]->Name)},
+                                       {"type", Text(constraints[i]->Description)},
+                                       {"active", static_cast<bool>(constraints[i]->Active)},
+                                       {"solved", mobu_host::HasEffect(*constraints[i])}});
     }
     return json;
 }
@@ -291,8 +293,13 @@ void PrintScene(std::ostream& out, const SceneJson& scene)
     out << CountOf(scene["constraints"].size(), "constraint", "constraints") << '\n';
     for (const SceneJson& constraint : scene["constraints"])
     {
-        out << "  " << OneLine(constraint["name"].get<std::string>())
-            << (constraint["active"].get<bool>() ? "" : "  (inactive)") << '\n';
+        out << "  " << OneLine(constraint["name"].get<std::string>());
+        if (const auto type = constraint["type"].get<std::string>(); !type.empty())
+        {
+            out << "  " << OneLine(type);
+        }
+        out << (constraint["active"].get<bool>() ? "" : "  (inactive)")
+            << (constraint["solved"].get<bool>() ? "" : "  (not solved)") << '\n';
     }
     for (const SceneJson& note : scene["notes"])
     {

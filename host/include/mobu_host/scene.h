@@ -75,6 +75,8 @@ FBSDK_DLL void SetLocalMatrix(FBModel& model, const FBMatrix& matrix);
 // own values and animation.
 FBSDK_DLL FBConstraint* AddConstraint(const std::string& name, bool active, FBModel* constrained = nullptr,
                                       TransformFunction effect = {});
+// Whether it moves anything while it is active; others stand in the list only.
+FBSDK_DLL bool HasEffect(FBConstraint& constraint);
 // An entry of the constraint list for which Is(FBConstraint::TypeInfo) is false; its Active is as given.
 FBSDK_DLL FBConstraint* AddForeignConstraint(const std::string& name, bool active);
 

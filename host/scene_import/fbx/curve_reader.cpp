@@ -140,93 +140,141 @@ Curve CurveReader::ReadArrays(const Record& record)
 namespace
 {
 
-// Goes through the values of a Key record.
+// A key list of 6.x: time, value, then a capital that says how the curve goes on, then what that needs. The two numbers
+// before a capital are the next key's, so that nothing has to be known of what lies between.
 class KeyListCursor
 {
 public:
-    explicit KeyListCursor(const Record& list) : cursor_(list) { Advance(); }
+    explicit KeyListCursor(const Record& list) : cursor_(list), offset_(list.Offset())
+    {
+        Value value;
+        for (; begin_.size() < 2 && cursor_.Next(value);)
+            begin_.push_back(value);
+        at_end_ = begin_.empty();
+        if (!at_end_ && !cursor_.Next(capital_))
+            Fail();
+    }
 
-    bool AtEnd() const { return !value_; }
-    std::size_t Offset() const { return cursor_.Offset(); }
+    bool AtEnd() const { return at_end_; }
 
-    double Number()
+    // The next key; what follows its capital, for a cubic one, is left in Details.
+    Key Take(char& capital)
     {
-        const auto number = value_.Number();
-        if (!number || value_.Letter() != 0)
-            throw Damage(Offset(), "a list of keys lacks a number");
-        Advance();
-        return *number;
+        const auto ticks = begin_.size() == 2 ? begin_[0].Whole() : std::nullopt;
+        const auto value = begin_.size() == 2 ? begin_[1].Number() : std::nullopt;
+        capital = capital_.Letter();
+        if (!ticks || !value || begin_[0].Letter() != 0 || begin_[1].Letter() != 0 || !IsCapital(capital))
+            Fail();
+        Key key;
+        key.seconds = SecondsOf(*ticks);
+        key.value = *value;
+        ReadDetails();
+        return key;
     }
-    std::int64_t Ticks()
-    {
-        const auto ticks = value_.Whole();
-        if (!ticks || value_.Letter() != 0)
-            throw Damage(Offset(), "a list of keys lacks a time");
-        Advance();
-        return *ticks;
-    }
-    char Letter() // 0 where there is none; stays there
-    {
-        const char letter = value_.Letter();
-        if (letter != 0)
-            Advance();
-        return letter;
-    }
+
+    const std::vector<Value>& Details() const { return details_; }
+    [[noreturn]] void Fail() const { throw Damage(offset_, "a list of keys cannot be taken apart"); }
 
 private:
-    void Advance()
+    static constexpr std::size_t kMostDetails = 16;
+
+    static bool IsCapital(char letter) { return letter == 'C' || letter == 'L' || letter == 'U'; }
+
+    void ReadDetails()
     {
-        if (!cursor_.Next(value_))
-            value_ = Value();
+        details_.clear();
+        begin_.clear();
+        at_end_ = true;
+        for (Value value; cursor_.Next(value);)
+        {
+            if (IsCapital(value.Letter()))
+            {
+                if (details_.size() < 2)
+                    Fail();
+                capital_ = value;
+                begin_.assign(details_.end() - 2, details_.end());
+                details_.resize(details_.size() - 2);
+                at_end_ = false;
+                return;
+            }
+            details_.push_back(value);
+            if (details_.size() > kMostDetails)
+                Fail();
+        }
     }
 
     ValueCursor cursor_;
-    Value value_;
+    std::size_t offset_;
+    std::vector<Value> begin_; // time and value of the next key
+    Value capital_;            // and its letter
+    std::vector<Value> details_;
+    bool at_end_ = false;
 };
 
-// What follows the letter of a cubic key: how its slopes are found, then letters for weights and, later, velocities.
-void ReadCubic(KeyListCursor& list, Attribute& own)
+// A letter and the numbers behind it.
+struct LetterGroup
 {
-    const char mode = list.Letter();
-    own.flags = kCubic;
-    switch (mode)
+    char letter = 0;
+    std::vector<double> numbers;
+};
+
+std::vector<LetterGroup> GroupsOf(const KeyListCursor& list)
+{
+    std::vector<LetterGroup> groups;
+    for (const Value& value : list.Details())
     {
-    case 's': // user's, one slope through the key
-    case 'b': // user's, broken at the key
-        own.data[0] = static_cast<float>(list.Number());
-        own.data[1] = static_cast<float>(list.Number());
-        break;
-    case 'a':
-    case 'd':
-        own.flags |= kAutomatic;
-        break;
-    case 't':
-        own.flags |= kTcb;
-        for (int i = 0; i < 3; ++i)
-            own.data[i] = static_cast<float>(list.Number());
-        break;
-    default:
-        throw Damage(list.Offset(), "a cubic key has a tangent of an unknown kind");
-    }
-    bool weights = true;
-    for (char letter = list.Letter(); letter != 0; letter = list.Letter(), weights = false)
-    {
-        if (letter == 'c')
-            own.flags |= kClamp;
-        int count = letter == 'a' ? 2 : letter == 'r' || letter == 'l' ? 1 : 0;
-        bool next_left = letter == 'l';
-        for (; count > 0; --count, next_left = true)
+        if (const char letter = value.Letter())
         {
-            const double weight = std::clamp(list.Number(), 0.0, 1.0);
-            if (!weights)
-                continue;
-            own.flags |= next_left ? kNextLeftWeighted : kRightWeighted;
-            const auto stored = static_cast<std::uint32_t>(weight * kWeightUnit + 0.5);
-            const auto bits = std::bit_cast<std::uint32_t>(own.data[2]);
-            if (!(own.flags & kTcb))
-                own.data[2] = std::bit_cast<float>(next_left ? (bits & 0xFFFFU) | stored << 16
-                                                             : (bits & 0xFFFF0000U) | stored);
+            groups.push_back({letter, {}});
+            continue;
         }
+        const auto number = value.Number();
+        if (!number || groups.empty())
+            list.Fail();
+        groups.back().numbers.push_back(*number);
+    }
+    return groups;
+}
+
+void SetWeight(Attribute& own, bool next_left, double weight)
+{
+    own.flags |= next_left ? kNextLeftWeighted : kRightWeighted;
+    const auto stored = static_cast<std::uint32_t>(std::clamp(weight, 0.0, 1.0) * kWeightUnit + 0.5);
+    const auto bits = std::bit_cast<std::uint32_t>(own.data[2]);
+    own.data[2] =
+        std::bit_cast<float>(next_left ? (bits & 0xFFFFU) | stored << 16 : (bits & 0xFFFF0000U) | stored);
+}
+
+// How the slopes of a cubic key are found, then weights, then velocities, which do not count.
+void ReadCubic(const KeyListCursor& list, Attribute& own)
+{
+    const std::vector<LetterGroup> groups = GroupsOf(list);
+    own.flags = kCubic;
+    const std::vector<double> none;
+    const std::vector<double>& slopes = groups.empty() ? none : groups[0].numbers;
+    if (!groups.empty() && (groups[0].letter == 's' || groups[0].letter == 'b') && slopes.size() < 2)
+        list.Fail();
+    const bool tcb = !groups.empty() && groups[0].letter == 't' && slopes.size() == 3;
+    const bool automatic = groups.empty() || groups[0].letter == 'a' || slopes.size() < 2;
+    own.flags |= tcb ? kTcb : automatic ? kAutomatic : 0;
+    for (std::size_t i = 0; i < slopes.size() && i < 3 && !automatic; ++i)
+        own.data[i] = static_cast<float>(slopes[i]);
+    if (!tcb)
+        own.data[2] = 0.0F;
+    for (const LetterGroup& group : groups)
+        if (group.letter == 'c')
+            own.flags |= kClamp;
+    if (groups.size() < 2 || tcb)
+        return;
+    const LetterGroup& weights = groups[1];
+    if (weights.letter == 'a' && weights.numbers.size() == 2)
+    {
+        SetWeight(own, false, weights.numbers[0]);
+        SetWeight(own, true, weights.numbers[1]);
+    }
+    else if ((weights.letter == 'r' || weights.letter == 'l') && weights.numbers.size() == 1)
+    {
+        SetWeight(own, weights.letter == 'l', weights.numbers[0]);
     }
 }
 
@@ -243,25 +291,16 @@ Curve CurveReader::ReadKeyList(const Record& channel)
     before.flags = 0;
     while (!list.AtEnd())
     {
-        Key key;
+        char capital = 0;
+        Key key = list.Take(capital);
         Attribute own;
-        key.seconds = SecondsOf(list.Ticks());
-        key.value = list.Number();
-        const char letter = list.Letter();
-        switch (letter)
-        {
-        case 'C':
-            own.flags = kConstant | (list.Letter() == 'n' ? kConstantNext : 0);
-            break;
-        case 'L':
-            own.flags = kLinear;
-            break;
-        case 'U':
+        if (capital == 'U')
             ReadCubic(list, own);
-            break;
-        default:
-            throw Damage(list.Offset(), "a key has an interpolation of an unknown kind");
-        }
+        else if (capital == 'L')
+            own.flags = kLinear;
+        else
+            own.flags = kConstant |
+                        (!list.Details().empty() && list.Details()[0].Letter() == 'n' ? kConstantNext : 0);
         key.interpolation = InterpolationOf(own.flags);
         key.tangent = TangentOf(own.flags & kCubic ? own : Attribute{0, {}}, before);
         CheckKey(key, record.Offset());

@@ -224,12 +224,24 @@ private:
                         found.layer->weight_curve = CurveOf(channel.source);
     }
 
+    void TellExtrapolation(const Record& curve)
+    {
+        for (const char* const side : {"Pre-Extrapolation", "Post-Extrapolation"})
+        {
+            const char type = curve.Child(side).Child("Type").ValueAt(0).Letter();
+            if (type != 0 && type != 'C')
+                notes_.Add(
+                    "curves that go on before their first or after their last key hold its value instead");
+        }
+    }
+
     // Null for one without keys. Read once, however many nodes it drives.
     CurvePointer CurveOf(ObjectIndex index)
     {
         const auto [place, added] = curves_.try_emplace(index);
         if (added)
         {
+            TellExtrapolation(document_.At(index).record);
             Curve curve = reader_.ReadArrays(document_.At(index).record);
             if (!curve.Empty())
                 place->second = std::make_shared<const Curve>(std::move(curve));
@@ -356,6 +368,7 @@ private:
         if (!std::isfinite(constant))
             throw Damage(channel.Offset(), "a channel stands at what is not a number");
         part.constants[component] = constant;
+        TellExtrapolation(channel);
         Curve curve = reader_.ReadKeyList(channel);
         if (curve.Empty())
             return;

@@ -64,6 +64,9 @@ bool TakeMotion::MoveNode(std::size_t take, const Moved& moved)
     else
         return false;
     scene_.rig.takes[take][moved.target.model].*part = moved.value;
+    if (part == &NodeMotion::rotation && !moved.value->IsConstant() &&
+        models_.sources[moved.target.model].View().Number("QuaternionInterpolate", 0.0) != 0.0)
+        notes_.Add("rotations that the file wants interpolated as quaternions go by their angles");
     return true;
 }
 
@@ -81,6 +84,8 @@ bool TakeMotion::MoveProperty(TakeData& take, const Moved& moved)
         if (!built_in || (model.kind == ModelKind::Plain && moved.target.property != "Visibility"))
             return false;
         motion.built_in = built_in->name;
+        if (moved.target.property == "FocalLength" && !moved.value->IsConstant())
+            notes_.Add("focal lengths that move do not move the field of view");
         motion.unit = built_in->is_length ? scene_.centimetres : 1.0;
     }
     take.motions.push_back(std::move(motion));

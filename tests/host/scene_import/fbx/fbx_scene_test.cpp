@@ -148,7 +148,10 @@ TEST_P(RichSceneTest, CameraAndSwitcher)
     EXPECT_EQ(switcher.CurrentCameraIndex, 1);
     ExpectRow(Global("Producer Front"), 3, 0, 9, 0);
     EXPECT_EQ(mobu_host::Scene().Constraints.GetCount(), 1);
-    EXPECT_FALSE(mobu_host::Scene().Constraints[0]->Active);
+    FBConstraint& constraint = *mobu_host::Scene().Constraints[0];
+    EXPECT_FALSE(constraint.Active);
+    EXPECT_FALSE(mobu_host::HasEffect(constraint));
+    EXPECT_STREQ(constraint.Description, "Parent-Child");
 }
 
 // The upper layer adds half of its 4 t / 2 to Y; the camera looks at the target wherever its parent carries it.
@@ -337,6 +340,23 @@ TEST_F(FbxSceneTest, MutedAndSoloLayersCount)
     EXPECT_EQ(open("Mute", 31), 30.0);
     EXPECT_EQ(open("Mute", 30), 31.0);
     EXPECT_EQ(open("Solo", 31), 31.0);
+}
+
+TEST_F(FbxSceneTest, WhatIsReadOtherwiseIsTold)
+{
+    Node curve = CurveObject(50, {{0.0, 0.0F}, {1.0, 90.0F}});
+    curve.children.push_back({"Post-Extrapolation", {}, {{"Type", {Letter{'R'}}, {}}}});
+    const auto notes = Open(
+        {Limb(1, "m", {P("QuaternionInterpolate", "enum", "", {1})}), Object("Material", 2, "red", "", {}),
+         Object("AnimationStack", 20, "t", "", {}), Object("AnimationLayer", 30, "l", "", {}),
+         Object("AnimationCurveNode", 40, "R", "", {}), Object("AnimationCurveNode", 41, "D", "", {}), curve},
+        {Child(1, 0), Child(30, 20), Child(40, 30), Child(41, 30), ToProperty(40, 1, "Lcl Rotation"),
+         ToProperty(41, 2, "Diffuse"), ToProperty(50, 40, "d|Z"), ToProperty(50, 41, "d|X")});
+    for (const char* const what :
+         {"as quaternions go by their angles", "after their last key hold", "materials"})
+        EXPECT_TRUE(Tells(notes, what)) << what;
+    EXPECT_EQ(notes.Lines().size(), 3U);
+    EXPECT_EQ(StopOf(0), 1.0) << "without a stated span, to the last key";
 }
 
 TEST_F(FbxSceneTest, NumbersThatAreNoneAreRefusedAndNothingChanges)
