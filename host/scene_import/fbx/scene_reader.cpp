@@ -25,6 +25,21 @@ void ReadConstraints(const Document& document, SceneData& scene)
     }
 }
 
+// They stand as the file has them; who turns their frame into a rotation finds none.
+void TellMirrored(const Rig& rig, ImportNotes& notes)
+{
+    std::vector<bool> mirrored(rig.nodes.size());
+    for (std::size_t i = 0; i < rig.nodes.size(); ++i)
+    {
+        const RigNode& node = rig.nodes[i];
+        mirrored[i] = (node.scaling[0] * node.scaling[1] * node.scaling[2] < 0.0) !=
+                      (node.parent != kNoNode && mirrored[node.parent]);
+        if (mirrored[i])
+            notes.Add("models that are mirrored by negative scale stay so: an export has no clean rotation "
+                      "for them");
+    }
+}
+
 // Scale that moves high up moves all models below it, in each take; a small file could ask for more than any memory.
 void CheckSize(const Document& document, const SceneData& scene)
 {
@@ -50,6 +65,7 @@ SceneData ReadScene(const Document& document, ImportNotes& notes)
     const ModelList models = ReadModels(document, scene, notes);
     ReadTakes(document, models, scene, notes);
     ReadConstraints(document, scene);
+    TellMirrored(scene.rig, notes);
     scene.rig.Prepare();
     CheckSize(document, scene);
     return scene;

@@ -265,6 +265,18 @@ TEST_F(FbxSceneTest, UnitAndAxes)
     ExpectRow(Global("Child"), 2, 0, -2.54, 0);
 }
 
+// Mirrored twice is not mirrored.
+TEST_F(FbxSceneTest, MirroredModelsStayAndAreTold)
+{
+    const auto notes = Open({Limb(1, "Top", {Vector("Lcl Scaling", -1, 1, 1)}),
+                             Limb(2, "Child", {Vector("Lcl Scaling", 1, -1, 1)}), Limb(3, "Straight", {})},
+                            {Child(1, 0), Child(2, 1), Child(3, 0)});
+    EXPECT_EQ(notes.Lines().size(), 1U);
+    EXPECT_TRUE(Tells(notes, "1 x models that are mirrored"));
+    ExpectRow(Global("Top"), 0, -1, 0, 0);
+    ExpectRow(Global("Child"), 1, 0, -1, 0);
+}
+
 TEST_F(FbxSceneTest, OddConnectionsLoseNoModel)
 {
     auto notes =
