@@ -68,6 +68,13 @@ Tangent TangentOf(const Attribute& own, const Attribute& before)
     return tangent;
 }
 
+// Text files write the two packed weights as the whole number that their bits are.
+float PackedWeights(double number)
+{
+    return number >= 1.0 && number < 4294967296.0 ? std::bit_cast<float>(static_cast<std::uint32_t>(number))
+                                                  : 0.0F;
+}
+
 Interpolation InterpolationOf(std::uint32_t flags)
 {
     if (flags & kCubic)
@@ -118,7 +125,10 @@ Curve CurveReader::ReadArrays(const Record& record)
         {
             left = counts_[block];
             own.flags = static_cast<std::uint32_t>(flags_[block]);
-            std::copy_n(data_.begin() + static_cast<std::ptrdiff_t>(block * 4), 4, own.data);
+            for (std::size_t j = 0; j < 4; ++j)
+                own.data[j] = static_cast<float>(data_[4 * block + j]);
+            if (record.Tree().IsText() && !(own.flags & kTcb))
+                own.data[2] = PackedWeights(data_[4 * block + 2]);
         }
         --left;
         Key key;

@@ -78,8 +78,10 @@ private:
         frame.name = static_cast<std::uint32_t>(at);
         frame.name_size = static_cast<std::uint16_t>(colon - at);
         at = BeginOfValues(colon + 1);
+        if (at < file_.size() && file_[at] == ',') // "Content: ," and its text in the next line
+            at = SkipSpace(file_, at + 1, file_.size());
         frame.values = frame.values_end = static_cast<std::uint32_t>(at);
-        for (Value value; ScanTextValue(file_, at, file_.size(), value);)
+        for (Value value; !BeginsRecord(at) && ScanTextValue(file_, at, file_.size(), value);)
         {
             ++frame.value_count;
             frame.values_end = static_cast<std::uint32_t>(at);
@@ -99,6 +101,13 @@ private:
             ++at;
         }
         return at;
+    }
+
+    // A name and its colon, where a comma had promised one more value.
+    bool BeginsRecord(std::size_t at) const
+    {
+        const std::size_t end = file_.find_first_of(":,;\n{}\"", at);
+        return end != std::string_view::npos && file_[end] == ':';
     }
 
     // Values stand on the line of the name; numbers may begin on the next.

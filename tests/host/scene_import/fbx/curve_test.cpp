@@ -126,6 +126,27 @@ TEST(CurveTest, WeightedTangents)
     }
 }
 
+// In text files the weights are one whole number: here 0.6 and 0.2 again.
+TEST(CurveTest, WeightsInTextFiles)
+{
+    const auto in_text = [](const std::string& weights)
+    {
+        const std::string file =
+            "; FBX 7.4.0\nCurve: {\nKeyTime: *2 {\na: 0,46186158000\n}\nKeyValueFloat: *2 {\n"
+            "a: 0,1\n}\n;KeyAttrFlags: Cubic\nKeyAttrFlags: *1 {\na: 50332680\n}\n"
+            "KeyAttrDataFloat: *4 {\na: 0.5,2," +
+            weights +
+            ",0\n}\n"
+            "KeyAttrRefCount: *1 {\na: 2\n}\n}\n";
+        const RecordTree tree(file);
+        return CurveReader().ReadArrays(tree.Root().Child("Curve"));
+    };
+    const double t = 0.7, s = 0.3;
+    const double time = 3 * t * t * s * 0.6 + 3 * t * s * s * 0.8 + s * s * s;
+    const double value = 3 * t * t * s * 0.5 * 0.6 + 3 * t * s * s * (1.0 - 2.0 * 0.2) + s * s * s;
+    EXPECT_NEAR(in_text(std::to_string(6000U | 2000U << 16)).At(time), value, 1e-6);
+}
+
 TEST(CurveTest, KeyListsOfVersion6)
 {
     for (const bool text : {false, true})

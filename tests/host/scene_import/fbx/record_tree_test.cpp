@@ -83,6 +83,8 @@ TEST(RecordTreeTest, TextTakesWhatPeopleWrite)
                              "\tList: 1,-2.5e1,\r\n\t\t+3 ; more\r\n\t\t,.5,Y\r\n"
                              "\tKey: \r\n\t\t10,L\r\n"
                              "\tEmpty: \r\n\t55_01: {\r\n\t}\r\n"
+                             "\tContent: , \r\n\t\"base64\"\r\n"
+                             "\tTrailing: 1,\r\n\tBehind: 2\r\n"
                              "}\n";
     const RecordTree tree(file);
     EXPECT_EQ(tree.Version(), 6100U);
@@ -96,6 +98,9 @@ TEST(RecordTreeTest, TextTakesWhatPeopleWrite)
     EXPECT_EQ(settings.Child("Key").ValueAt(0).Whole(), 10);
     EXPECT_EQ(settings.Child("Empty").ValueCount(), 0U);
     EXPECT_TRUE(settings.Child("55_01"));
+    EXPECT_EQ(settings.Child("Content").TextAt(0), "base64");
+    EXPECT_EQ(settings.Child("Trailing").ValueCount(), 1U);
+    EXPECT_EQ(settings.Child("Behind").NumberAt(0, 0.0), 2.0);
 }
 
 TEST(RecordTreeTest, DamageIsNamedWithItsPlace)
