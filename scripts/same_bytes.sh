@@ -23,7 +23,7 @@ for preset in $presets; do
     fi
     cmake --build --preset "$preset" --target $plugin
     (cd "build/$preset" && ../bin/export_rich_scene lib/tv2/$plugin.so exported)
-    for scene in samples/*.dae samples/*.glb; do
+    for scene in samples/*.dae samples/*.glb samples/*.fbx; do
         (cd "build/$preset" && ../bin/tv2 export --quiet --all-takes --plugin lib/tv2/$plugin.so \
             "../../$scene" "exported/$(basename "$scene" | tr . _).tv2")
     done

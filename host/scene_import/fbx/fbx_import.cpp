@@ -82,9 +82,9 @@ public:
 private:
     FBModel* SystemCamera(const std::string& label) const
     {
-        FBPropertyListCamera& cameras = Scene().Cameras;
-        for (int i = 0; i < cameras.GetCount(); ++i)
-            if (cameras[i]->SystemCamera && label == static_cast<const char*>(cameras[i]->LongName))
+        FBPropertyListCamera& cameras = Scene().Cameras; // the system's come first
+        for (int i = 0; i < cameras.GetCount() && cameras[i]->SystemCamera; ++i)
+            if (label == static_cast<const char*>(cameras[i]->LongName))
                 return cameras[i];
         return nullptr;
     }

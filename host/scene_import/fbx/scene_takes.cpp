@@ -256,27 +256,32 @@ private:
             notes_.Add("curve nodes on several layers count for the first");
             return;
         }
+        LayerPart channels;
+        channels.layer = found.layer;
+        for (const Connection& channel : document_.Into(index))
+        {
+            if (document_.At(channel.source).kind != "AnimationCurve")
+                continue;
+            const CurvePointer curve = CurveOf(channel.source);
+            channels.curves[ComponentOfChannel(channel.property)] = curve;
+            if (curve)
+                keys.Enclose(*curve);
+        }
+        std::array<std::optional<double>, 4> constants;
+        const PropertyRows rows(document_.At(index).record);
+        for (const PropertyRow& row : rows.All())
+            if (row.name.starts_with("d|"))
+                constants[ComponentOfChannel(row.name)] = FiniteNumber(row, 0, 0.0);
+
         for (const Connection& target : document_.From(index))
         {
             if (target.property.empty() || target.target == found.object)
                 continue;
-            LayerPart part;
-            part.layer = found.layer;
+            LayerPart part = channels;
             part.constants = found.layer->base ? motion_.RestOf(target.target, target.property)
                                                : Neutral(target.property, *found.layer);
-            const PropertyRows rows(document_.At(index).record);
-            for (const PropertyRow& row : rows.All())
-                if (row.name.starts_with("d|"))
-                    part.constants[ComponentOfChannel(row.name)] = FiniteNumber(row, 0, 0.0);
-            for (const Connection& channel : document_.Into(index))
-            {
-                if (document_.At(channel.source).kind != "AnimationCurve")
-                    continue;
-                const CurvePointer curve = CurveOf(channel.source);
-                part.curves[ComponentOfChannel(channel.property)] = curve;
-                if (curve)
-                    keys.Enclose(*curve);
-            }
+            for (std::size_t i = 0; i < constants.size(); ++i)
+                part.constants[i] = constants[i].value_or(part.constants[i]);
             motion_.Add(target.target, target.property, std::move(part));
         }
     }
