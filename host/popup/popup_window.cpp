@@ -161,11 +161,11 @@ Fl_Widget* PopupWindow::MakeLabel(FBLabel& label, int x, int y, int width, int h
 
 bool PopupWindow::Fits(const View& view, int size) const
 {
-    constexpr int kMargin = 6; // that the toolkit keeps free around text
+    constexpr int kTextMargin = 6; // that the toolkit keeps free around text
     const Fl_Widget& widget = *view.widget;
     FBVisualComponent* const control = view.control;
     std::string text = control ? LabelText(control->Caption, true) : widget.label() ? widget.label() : "";
-    int room = widget.w() - kMargin;
+    int room = widget.w() - kTextMargin;
     int width = 0, height = 0;
     if (!control)
         room = widget.w() - static_cast<const GroupFrame&>(widget).UnusableWidth();

@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include "mobu_host/scene.h"
+#include "tests/host/seconds.h"
 
 namespace mobu_host
 {
@@ -11,13 +12,6 @@ namespace
 {
 
 constexpr kLongLong kSecond = 46'186'158'000;
-
-FBTime Seconds(double seconds)
-{
-    FBTime time;
-    time.SetSecondDouble(seconds);
-    return time;
-}
 
 TEST(Time, RoundsSecondsToTheNearestTick)
 {

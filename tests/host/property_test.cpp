@@ -5,18 +5,12 @@
 #include <gtest/gtest.h>
 
 #include "mobu_host/scene.h"
+#include "tests/host/seconds.h"
 
 namespace mobu_host
 {
 namespace
 {
-
-FBTime Seconds(double seconds)
-{
-    FBTime time;
-    time.SetSecondDouble(seconds);
-    return time;
-}
 
 // Writes value through SetData, reads it back through GetData, and holds the two against each other byte by
 // byte.

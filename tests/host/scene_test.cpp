@@ -5,18 +5,12 @@
 
 #include "mobu_host/scene.h"
 #include "tests/host/allocation_count.h"
+#include "tests/host/seconds.h"
 
 namespace mobu_host
 {
 namespace
 {
-
-FBTime Seconds(double seconds)
-{
-    FBTime time;
-    time.SetSecondDouble(seconds);
-    return time;
-}
 
 std::string Names(FBPropertyListModel& models)
 {

@@ -12,11 +12,6 @@
 namespace
 {
 
-std::string Text(const char* text)
-{
-    return text != nullptr ? text : "";
-}
-
 const char* PlaceOf(FBMenuItem& item)
 {
     const FBMenuItemType type = item.Type;
@@ -50,10 +45,10 @@ void RunMenu(const MenuVerbOptions& options, VerbContext& context)
     json["entries"] = nlohmann::ordered_json::array();
     for (FBMenuItem* item : mobu_host::MenuItems())
     {
-        json["entries"].push_back({{"caption", Text(item->Label)},
-                                   {"description", Text(item->Description)},
+        json["entries"].push_back({{"caption", TextOf(item->Label)},
+                                   {"description", TextOf(item->Description)},
                                    {"menu", PlaceOf(*item)},
-                                   {"extension", Text(item->Extension)}});
+                                   {"extension", TextOf(item->Extension)}});
     }
     if (options.json)
     {

@@ -18,11 +18,6 @@ namespace
 
 using SceneJson = nlohmann::ordered_json;
 
-std::string Text(const char* text)
-{
-    return text != nullptr ? text : "";
-}
-
 std::string TypeOf(FBModel& model)
 {
     if (model.Is(FBCameraSwitcher::TypeInfo))
@@ -64,7 +59,7 @@ SceneJson ValueOf(FBProperty& property)
     case kFBPT_ColorRGBA:
         return Numbers(property, 4);
     default:
-        return Text(property.AsString());
+        return TextOf(property.AsString());
     }
 }
 
@@ -103,8 +98,8 @@ SceneJson PropertiesOf(FBComponent& owner)
         {
             continue;
         }
-        SceneJson entry = {{"name", Text(property->GetName())},
-                           {"kind", Text(KindOf(*property))},
+        SceneJson entry = {{"name", TextOf(property->GetName())},
+                           {"kind", TextOf(KindOf(*property))},
                            {"value", ValueOf(*property)}};
         if (property->GetPropertyType() == kFBPT_enum)
         {
@@ -144,7 +139,7 @@ SceneJson DescribeTakes()
         const FBTimeSpan span = take.LocalTimeSpan;
         const double start = span.GetStart().GetSecondDouble();
         const double stop = span.GetStop().GetSecondDouble();
-        list.push_back({{"name", Text(take.Name)},
+        list.push_back({{"name", TextOf(take.Name)},
                         {"current", &take == current},
                         {"start", start},
                         {"stop", stop},
@@ -159,9 +154,9 @@ SceneJson DescribeModel(FBModel& model)
     FBVector3d place;
     model.GetVector(place, kModelTranslation, true);
     FBModel* const parent = model.Parent;
-    SceneJson entry = {{"name", Text(model.LongName)},
+    SceneJson entry = {{"name", TextOf(model.LongName)},
                        {"type", TypeOf(model)},
-                       {"parent", parent != nullptr ? SceneJson(Text(parent->LongName)) : SceneJson()},
+                       {"parent", parent != nullptr ? SceneJson(TextOf(parent->LongName)) : SceneJson()},
                        {"position", {place[0], place[1], place[2]}}};
     if (model.Is(FBCamera::TypeInfo))
     {
@@ -191,14 +186,14 @@ SceneJson DescribeScene(const std::string& path, const std::vector<std::string>&
     {
         if (cameras[i]->SystemCamera)
         {
-            json["systemCameras"].push_back(Text(cameras[i]->LongName));
+            json["systemCameras"].push_back(TextOf(cameras[i]->LongName));
         }
     }
     FBPropertyListConstraint& constraints = mobu_host::Scene().Constraints;
     for (int i = 0; i < constraints.GetCount(); ++i)
     {
-        json["constraints"].push_back({{"name", Text(constraints[i]->Name)},
-                                       {"type", Text(constraints[i]->Description)},
+        json["constraints"].push_back({{"name", TextOf(constraints[i]->Name)},
+                                       {"type", TextOf(constraints[i]->Description)},
                                        {"active", static_cast<bool>(constraints[i]->Active)},
                                        {"solved", mobu_host::HasEffect(*constraints[i])}});
     }

@@ -12,12 +12,18 @@ std::string ReadableText(std::u16string_view units);
 /// True when the UTF-16 form of ReadableText(units) is `units` again, so that the text alone tells the units.
 bool TextTellsUnits(std::u16string_view units);
 
+/// A text of the SDK, which has null for none.
+inline std::string TextOf(const char* text)
+{
+    return text != nullptr ? text : "";
+}
+
 /// Text on one line of a terminal: control characters as \n, \t or \x07, backslash as two.
 std::string OneLine(std::string_view text);
 
 /// The shortest decimal that reads back to the same bits as an f32, always with a point or an exponent
-/// ("1.0",
-/// "-0.0", "1e+20"). Non-finite values: "Infinity", "-Infinity", "NaN" and "NaN(0xffc00001)" where the bits
+/// ("1.0", "-0.0",
+/// "1e+20"). Non-finite values: "Infinity", "-Infinity", "NaN" and "NaN(0xffc00001)" where the bits
 /// are not those of the plain 0x7fc00000.
 std::string FloatText(float value);
 

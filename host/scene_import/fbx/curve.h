@@ -8,6 +8,7 @@ namespace mobu_host::fbx
 {
 
 inline constexpr double kTicksPerSecond = 46186158000.0;
+inline constexpr double kLongestTime = 1.0e6; // seconds either side of 0; far below where ticks run out
 
 // How the value goes from one key to the next.
 enum class Interpolation : std::uint8_t

@@ -11,8 +11,6 @@ namespace mobu_host::fbx
 namespace
 {
 
-constexpr double kLongestTime = 1.0e6; // seconds either side of 0; far below where ticks run out
-
 // What the flags of a key mean.
 constexpr std::uint32_t kConstant = 0x2;
 constexpr std::uint32_t kLinear = 0x4;

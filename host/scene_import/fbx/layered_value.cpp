@@ -4,16 +4,6 @@
 
 namespace mobu_host::fbx
 {
-namespace
-{
-
-Vector First3(const Components& components)
-{
-    return {components[0], components[1], components[2]};
-}
-
-} // namespace
-
 double Layer::WeightAt(double seconds) const
 {
     if (base)

@@ -12,6 +12,11 @@ namespace mobu_host::fbx
 {
 
 using Components = std::array<double, 4>;
+
+inline Vector First3(const Components& components)
+{
+    return {components[0], components[1], components[2]};
+}
 using CurvePointer = std::shared_ptr<const Curve>;
 
 // An animation layer over others; the muted ones of a file are left out.

@@ -16,11 +16,6 @@ bool IsUniform(const Vector& scaling)
     return scaling[0] == scaling[1] && scaling[1] == scaling[2] && scaling[0] != 0.0;
 }
 
-Vector First3(const Components& components)
-{
-    return {components[0], components[1], components[2]};
-}
-
 Vector Column(const Matrix3& matrix, std::size_t column)
 {
     return {matrix.at[0][column], matrix.at[1][column], matrix.at[2][column]};

@@ -15,8 +15,6 @@ namespace mobu_host::fbx
 namespace
 {
 
-constexpr double kLongestTime = 1.0e6; // seconds either side of 0
-
 struct Span
 {
     std::int64_t start = 0;

@@ -22,7 +22,7 @@ protected:
 };
 
 template <typename Entries>
-std::string Names(const Entries& entries)
+std::string NameList(const Entries& entries)
 {
     std::string names;
     for (const auto& entry : entries)
@@ -57,11 +57,11 @@ TEST_F(UserProperties, BecomeEntriesOfTheirKind)
     const auto scene = Export();
     EXPECT_TRUE(scene->matrixHierarchy.nodes[0].properties.intValues.empty());
     const TEV2_EXTENDED_PROPERTIES& block = scene->matrixHierarchy.nodes[1].properties;
-    EXPECT_EQ(Names(block.intValues), "int bool int* bool* ");
-    EXPECT_EQ(Names(block.floatValues), "double double* ");
-    EXPECT_EQ(Names(block.vector3Values), "vector rgb vector* rgb* ");
-    EXPECT_EQ(Names(block.vector4Values), "rgba rgba* ");
-    EXPECT_EQ(Names(block.stringArrays), "text quality ");
+    EXPECT_EQ(NameList(block.intValues), "int bool int* bool* ");
+    EXPECT_EQ(NameList(block.floatValues), "double double* ");
+    EXPECT_EQ(NameList(block.vector3Values), "vector rgb vector* rgb* ");
+    EXPECT_EQ(NameList(block.vector4Values), "rgba rgba* ");
+    EXPECT_EQ(NameList(block.stringArrays), "text quality ");
     for (const std::size_t i : {0u, 1u}) // constants end with one key
     {
         EXPECT_EQ(Values<TEV2_ANIMATABLE_INT32_RLE>(block.intValues[2 * i]), std::vector<std::int32_t>{42});

@@ -8,7 +8,7 @@ namespace
 using ColladaImportTest = SceneImportTest;
 using Names = std::vector<std::string>;
 
-std::string Document(const std::string& asset, const std::string& libraries, const std::string& nodes)
+std::string ColladaDocument(const std::string& asset, const std::string& libraries, const std::string& nodes)
 {
     return R"(<?xml version="1.0" encoding="utf-8"?>
 <COLLADA xmlns="http://www.collada.org/2005/11/COLLADASchema" version="1.4.1">
@@ -40,7 +40,8 @@ std::string Animation(const std::string& interpolation)
 
 TEST_F(ColladaImportTest, UnitAndUpAxisAreAppliedOnce)
 {
-    Open("a.dae", Document(kInchesZUp, "", R"(<node id="n1" name="Top"><translate sid="t">1 2 3</translate>
+    Open("a.dae",
+         ColladaDocument(kInchesZUp, "", R"(<node id="n1" name="Top"><translate sid="t">1 2 3</translate>
 <node id="n2" name="Below"><translate>0 0 10</translate></node></node>)"));
     EXPECT_EQ(ModelNames(), (Names{"Scene", "Top", "Below"}));
     ExpectRow(Global("Scene"), 0, 1, 0, 0);
@@ -52,9 +53,9 @@ TEST_F(ColladaImportTest, UnitAndUpAxisAreAppliedOnce)
 
 TEST_F(ColladaImportTest, AnimationStandsInTheSameSpace)
 {
-    const auto result =
-        Open("a.dae", Document(kInchesZUp, Animation("LINEAR"),
-                               R"(<node id="n1" name="Top"><translate sid="t">1 2 3</translate></node>)"));
+    const auto result = Open(
+        "a.dae", ColladaDocument(kInchesZUp, Animation("LINEAR"),
+                                 R"(<node id="n1" name="Top"><translate sid="t">1 2 3</translate></node>)"));
     EXPECT_TRUE(result.notes.empty());
     EXPECT_EQ(StopOf(0), 2.0);
     EXPECT_EQ(FBPlayerControl().GetTransportFpsValue(), 30.0);
@@ -65,9 +66,9 @@ TEST_F(ColladaImportTest, AnimationStandsInTheSameSpace)
 
 TEST_F(ColladaImportTest, CurvesAreNoted)
 {
-    const auto result =
-        Open("a.dae", Document(kMetresYUp, Animation("BEZIER"),
-                               R"(<node id="n1" name="Top"><translate sid="t">1 2 3</translate></node>)"));
+    const auto result = Open(
+        "a.dae", ColladaDocument(kMetresYUp, Animation("BEZIER"),
+                                 R"(<node id="n1" name="Top"><translate sid="t">1 2 3</translate></node>)"));
     ASSERT_EQ(result.notes.size(), 1u);
     EXPECT_NE(result.notes[0].find("straight lines"), std::string::npos);
     Goto(2.0);
@@ -83,7 +84,7 @@ TEST_F(ColladaImportTest, CamerasKeepLensAndDirection)
 <zfar>100</zfar></perspective></technique_common></optics></camera>
 <camera id="c2"><optics><technique_common><perspective><xfov>50</xfov><aspect_ratio>1.25</aspect_ratio>
 <znear>1</znear><zfar>100</zfar></perspective></technique_common></optics></camera></library_cameras>)";
-    const auto result = Open("a.dae", Document(kInchesZUp, cameras, R"(
+    const auto result = Open("a.dae", ColladaDocument(kInchesZUp, cameras, R"(
 <node id="n1" name="Eye one"><translate>0 0 10</translate><instance_camera url="#c1"/>
   <node id="n2" name="Held"><translate>0 0 -1</translate></node></node>
 <node id="n3" name="Eye two"><instance_camera url="#c2"/><instance_camera url="#c1"/></node>
@@ -117,7 +118,7 @@ TEST_F(ColladaImportTest, CamerasKeepLensAndDirection)
 TEST_F(ColladaImportTest, ModelsBearNamesAndNotIds)
 {
     Open("a.dae",
-         Document(kMetresYUp, "", R"(<node id="x1" name="Left &amp; &#233;"/><node name='Hip' id='x2'/>
+         ColladaDocument(kMetresYUp, "", R"(<node id="x1" name="Left &amp; &#233;"/><node name='Hip' id='x2'/>
 <node id="only_id"/><node id="x3" name="Hip"/><node><translate>1 0 0</translate></node>)"));
     EXPECT_EQ(ModelNames(), (Names{"Scene", "Left & \xC3\xA9", "Hip", "only_id", "Hip 1", "Node"}));
     ExpectRow(Global("Node"), 3, 100, 0, 0);
