@@ -66,7 +66,7 @@ test-windows: build windows ## Run the tests of the Windows build under Wine; co
 	@cmake --build --preset release --target export_rich_scene
 	scripts/same_bytes.sh gcc-o2 windows
 
-lint: ## Check formatting and run clang-tidy
+lint: packages ## Check formatting and run clang-tidy
 	@scripts/install_packages.sh clang-format clang-tidy
 	scripts/lint.sh
 

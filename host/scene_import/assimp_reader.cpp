@@ -19,10 +19,8 @@ namespace Assimp
 
 // The import library calls this where one of its own assumptions fails. Its version ends the process; a scene
 // that is odd enough to get here is read on, and the user is told.
-__attribute__((visibility("default"))) void aiAssertViolation(const char* expression, const char* file,
-                                                              int line);
-
-void aiAssertViolation(const char*, const char*, int)
+__attribute__((visibility("default"))) void
+aiAssertViolation(const char*, const char*, int) // NOLINT(readability-redundant-declaration)
 {
     ++g_violated_assertions;
 }

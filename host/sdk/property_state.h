@@ -94,7 +94,8 @@ struct FBModel::Space
     bool matrix_driven = false; // local is given by animation, not made from the properties
     double local[16] = {};      // as last evaluated; rows of a row-vector matrix
     double global[16] = {};
-    std::unique_ptr<std::array<double, 16>> rest; // the local matrix without animation, where it was set as a whole
+    std::unique_ptr<std::array<double, 16>>
+        rest; // the local matrix without animation, where it was set as a whole
 };
 
 } // namespace FBSDKNamespace

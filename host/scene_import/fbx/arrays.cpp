@@ -52,9 +52,7 @@ void Convert(std::string_view bytes, std::vector<Number>& numbers)
     for (std::size_t i = 0; i < numbers.size(); ++i)
     {
         const auto stored = LittleEndian<Stored>(bytes, i * sizeof(Stored));
-        if constexpr (std::is_floating_point_v<Number>)
-            numbers[i] = static_cast<Number>(stored);
-        else if constexpr (std::is_floating_point_v<Stored>)
+        if constexpr (std::is_integral_v<Number> && std::is_floating_point_v<Stored>)
             numbers[i] = static_cast<Number>(std::clamp(stored == stored ? static_cast<double>(stored) : 0.0,
                                                         -2147483648.0, 2147483647.0));
         else

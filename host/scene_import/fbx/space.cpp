@@ -33,15 +33,15 @@ Quaternion QuaternionOf(const Matrix3& turn)
         return {0.25 * root, (m[2][1] - m[1][2]) / root, (m[0][2] - m[2][0]) / root,
                 (m[1][0] - m[0][1]) / root};
     }
-    const int i = m[0][0] >= m[1][1] && m[0][0] >= m[2][2] ? 0 : m[1][1] >= m[2][2] ? 1 : 2;
-    const int j = (i + 1) % 3;
-    const int k = (i + 2) % 3;
+    const std::size_t i = m[0][0] >= m[1][1] && m[0][0] >= m[2][2] ? 0 : m[1][1] >= m[2][2] ? 1 : 2;
+    const std::size_t j = (i + 1) % 3;
+    const std::size_t k = (i + 2) % 3;
     const double root = 2.0 * std::sqrt(1.0 + m[i][i] - m[j][j] - m[k][k]);
     Quaternion q;
     q[0] = (m[k][j] - m[j][k]) / root;
-    q[static_cast<std::size_t>(1 + i)] = 0.25 * root;
-    q[static_cast<std::size_t>(1 + j)] = (m[j][i] + m[i][j]) / root;
-    q[static_cast<std::size_t>(1 + k)] = (m[k][i] + m[i][k]) / root;
+    q[1 + i] = 0.25 * root;
+    q[1 + j] = (m[j][i] + m[i][j]) / root;
+    q[1 + k] = (m[k][i] + m[i][k]) / root;
     return q;
 }
 
