@@ -39,7 +39,7 @@ std::size_t SegmentIfHolds(const std::vector<float>& times, std::size_t key, flo
 std::size_t SearchForward(const std::vector<float>& times, std::size_t key, float time)
 {
     const std::size_t segments = times.size() - 1;
-    for (const std::size_t near = std::min(segments, key + kNearSegments); key < near; ++key)
+    for (const std::size_t nearby = std::min(segments, key + kNearSegments); key < nearby; ++key)
     {
         if (Holds(times, key, time))
             return key;
@@ -165,21 +165,21 @@ bool TEV2_ANIMATABLE::MoveInside(std::size_t key, float time)
     const bool forward = time - PresentTime(key) >= 0.0f;
     if (forward ? key == last_segment : key == 0)
         return false;
-    std::size_t near = forward ? key + 1 : key - 1;
-    if (!HoldsInside(times, near, time))
+    std::size_t nearby = forward ? key + 1 : key - 1;
+    if (!HoldsInside(times, nearby, time))
     {
         const float guess = static_cast<float>(key) + (time - times[key]) / (times[key + 1] - times[key]);
         if (!(guess >= 0.0f && guess <= static_cast<float>(last_segment)))
             return false;
-        near = static_cast<std::size_t>(guess);
-        if (near < last_segment && time > times[near + 1])
-            ++near;
-        else if (near > 0 && time < times[near])
-            --near;
-        if (!HoldsInside(times, near, time) || (near > key) != forward)
+        nearby = static_cast<std::size_t>(guess);
+        if (nearby < last_segment && time > times[nearby + 1])
+            ++nearby;
+        else if (nearby > 0 && time < times[nearby])
+            --nearby;
+        if (!HoldsInside(times, nearby, time) || (nearby > key) != forward)
             return false;
     }
-    EnterSegment(near, time);
+    EnterSegment(nearby, time);
     return true;
 }
 
