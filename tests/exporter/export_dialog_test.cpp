@@ -297,7 +297,7 @@ TEST_F(ExportDialog, LeavesTheSceneAloneWhenCancelled)
             mobu_host::Click(popup, kCancel);
         });
     Tev2MotionBuilderExportTool tool;
-    EXPECT_TRUE(tool.Execute((folder_ / "run.tv2").c_str()));
+    EXPECT_TRUE(tool.Execute((folder_ / "run.tv2").string().c_str()));
     EXPECT_TRUE(constraint->Active);
     FBTake* const current = FBSystem().CurrentTake;
     EXPECT_EQ(current, mobu_host::Scene().Takes[1]);
