@@ -1,5 +1,6 @@
 #include "tev2_loader/tev2.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <limits>
 #include <string>
@@ -101,6 +102,8 @@ template <typename Object>
 bool LoadInto(TEV2_MEMORY_CURSOR& cursor, float version, const char* label, TEV2::Array<Object>& array)
 {
     const RecordScope scope(cursor, label, array.size());
+    if (!cursor.TakeMemory(sizeof(Object) + sizeof array[0]))
+        return false;
     return array.emplace_back(std::make_unique<Object>())->Load(cursor, version);
 }
 
@@ -111,7 +114,7 @@ bool LoadIntoWithType(TEV2_MEMORY_CURSOR& cursor, float version, const char* lab
 {
     const RecordScope scope(cursor, label, array.size());
     std::uint32_t type = 0;
-    if (!ReadPrefix(cursor, type))
+    if (!ReadPrefix(cursor, type) || !cursor.TakeMemory(sizeof(Object) + sizeof array[0]))
         return false;
     auto object = Object::Create(type);
     if (!object->Load(cursor, version))
@@ -134,7 +137,39 @@ bool LoadInstance(TEV2_MEMORY_CURSOR& cursor, float version, std::uint32_t chunk
     if (!IsSaved(list))
         cursor.Warn(TEV2_LOAD_CODE::InstanceListNeverSaved, "a list other than 7 and 9",
                     std::to_string(list));
+    if (!cursor.TakeMemory(sizeof(TEV2_GEOM_INSTANCE) + sizeof instances[0]))
+        return false;
     return instances.emplace_back(TEV2_INSTANCE::Create(chunkId))->Load(cursor, version);
+}
+
+/// Whether no node has more than most nodes from itself up to the top level. Parents in a circle have.
+bool NestsWithin(const std::vector<TEV2_MATRIX_NODE>& nodes, std::size_t most)
+{
+    const auto parent_of = [&nodes](std::size_t node)
+    {
+        const auto parent = static_cast<std::size_t>(nodes[node].parentIndex); // a negative one is beyond all
+        return parent < nodes.size() ? parent : nodes.size();
+    };
+    std::vector<std::uint32_t> depths(nodes.size() + 1, 0); // 0: not known yet, and that of no node
+    std::vector<std::size_t> way;
+    for (std::size_t node = 0; node < nodes.size(); ++node)
+    {
+        way.clear();
+        for (std::size_t at = node; at != nodes.size() && depths[at] == 0; at = parent_of(at))
+        {
+            way.push_back(at);
+            if (way.size() > nodes.size())
+                return false;
+        }
+        for (; !way.empty(); way.pop_back())
+        {
+            const std::uint32_t depth = depths[parent_of(way.back())] + 1;
+            if (depth > most)
+                return false;
+            depths[way.back()] = depth;
+        }
+    }
+    return true;
 }
 
 void WarnWhereRecordEnds(TEV2_MEMORY_CURSOR& cursor)
@@ -231,7 +266,8 @@ bool TEV2::Load(TEV2_MEMORY_CURSOR& cursor, bool applyStartTime)
                                std::to_string(chunk.size), kChunkHeader);
         }
 
-        cursor.EnterChunk(chunk);
+        if (!cursor.EnterChunk(chunk))
+            return false;
         const bool loaded = LoadChunk(cursor, chunk.id, version) && !cursor.Failed();
         if (chunk.id == information.GetChunkId())
         {
@@ -245,7 +281,8 @@ bool TEV2::Load(TEV2_MEMORY_CURSOR& cursor, bool applyStartTime)
         cursor.LeaveChunk();
     }
 
-    AfterLoad();
+    if (!AfterLoad(cursor))
+        return false;
     if (applyStartTime)
         SetTime(environment.timeRange.minimum);
     return true;
@@ -262,7 +299,7 @@ bool TEV2::LoadChunk(TEV2_MEMORY_CURSOR& cursor, std::uint32_t id, float version
         TEV2_ARRAY_LENGTH_HELPER lengths;
         if (!LoadEmbedded(cursor, version, "arrayLengths", lengths) || cursor.Failed())
             return false;
-        lengths.Reserve(*this, cursor.Remaining() / kChunkHeader);
+        lengths.Reserve(*this, std::min(cursor.Remaining(), cursor.Allowance()) / kChunkHeader);
         return true;
     }
     case 2:
@@ -293,7 +330,7 @@ bool TEV2::LoadChunk(TEV2_MEMORY_CURSOR& cursor, std::uint32_t id, float version
     case 11:
         return LoadInto(cursor, version, "bezierSplines", bezierSplines);
     case 12:
-        return LoadEmbedded(cursor, version, "matrixHierarchy", matrixHierarchy);
+        return LoadHierarchy(cursor, version);
     case 13:
         return LoadIntoWithType(cursor, version, "materials", materials);
     case 14:
@@ -320,14 +357,37 @@ bool TEV2::LoadChunk(TEV2_MEMORY_CURSOR& cursor, std::uint32_t id, float version
     }
 }
 
-void TEV2::AfterLoad()
+bool TEV2::LoadHierarchy(TEV2_MEMORY_CURSOR& cursor, float version)
+{
+    const RecordScope scope(cursor, "matrixHierarchy");
+    const TEV2_LOAD_LIMITS& limits = cursor.Limits();
+    if (limits.nodes != 0)
+    {
+        TEV2_MEMORY_CURSOR ahead(cursor.current, cursor.Remaining());
+        const std::uint32_t count = ahead.ReadU32();
+        if (count > limits.nodes)
+            return cursor.Fail(TEV2_LOAD_CODE::LimitExceeded,
+                               "at most " + std::to_string(limits.nodes) + " nodes", std::to_string(count));
+    }
+    if (!matrixHierarchy.Load(cursor, version) || cursor.Failed())
+        return false;
+    if (limits.nesting != 0 && !NestsWithin(matrixHierarchy.nodes, limits.nesting))
+        return cursor.Fail(TEV2_LOAD_CODE::LimitExceeded,
+                           "nodes nested at most " + std::to_string(limits.nesting) + " deep", "deeper");
+    return true;
+}
+
+bool TEV2::AfterLoad(TEV2_MEMORY_CURSOR& cursor)
 {
     if (weightedMeshes.empty())
-        return;
+        return true;
+    if (!cursor.TakeMemory(matrixHierarchy.nodes.size() * sizeof(TEV2_MATRIX_3X4)))
+        return false;
     matrixHierarchy.SetTime(environment.timeRange.minimum);
     inverseBindMatrices.reserve(matrixHierarchy.nodes.size());
     for (const TEV2_MATRIX_NODE& node : matrixHierarchy.nodes)
         inverseBindMatrices.push_back(Inverse(node.worldMatrix));
+    return true;
 }
 
 void TEV2::Clear()

@@ -77,7 +77,8 @@ public:
 
     /// Clears the scene and reads a whole file, which must begin at the cursor's image. With applyStartTime
     /// it is then evaluated at the start of its time range. On failure: false, the reason in the cursor's
-    /// report, and what was read before stays.
+    /// report, and what was read before stays. Throws std::bad_alloc where memory runs out; the scene may then
+    /// be loaded again, cleared or destroyed.
     bool Load(TEV2_MEMORY_CURSOR& cursor, bool applyStartTime);
 
     /// Back to the empty scene.
@@ -89,7 +90,8 @@ public:
 
 private:
     bool LoadChunk(TEV2_MEMORY_CURSOR& cursor, std::uint32_t id, float version);
-    void AfterLoad();
+    bool LoadHierarchy(TEV2_MEMORY_CURSOR& cursor, float version);
+    bool AfterLoad(TEV2_MEMORY_CURSOR& cursor);
 
     template <typename Call>
     void Broadcast(Call call, bool camerasFirst);

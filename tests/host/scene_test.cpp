@@ -4,8 +4,8 @@
 #include <gtest/gtest.h>
 
 #include "mobu_host/scene.h"
-#include "tests/host/allocation_count.h"
 #include "tests/host/seconds.h"
+#include "tests/support/allocation_watch.h"
 
 namespace mobu_host
 {
@@ -355,7 +355,7 @@ TEST_F(SceneTest, EvaluationAllocatesNothing)
                         [](double seconds, int) { return seconds; });
     }
     Scene().Evaluate(); // works out the order once
-    const long before = AllocationCount();
+    const long before = tv2_tests::AllocationCount();
     FBMatrix matrix;
     for (int frame = 0; frame < 100; ++frame)
     {
@@ -363,7 +363,7 @@ TEST_F(SceneTest, EvaluationAllocatesNothing)
         Scene().Evaluate();
         parent->GetMatrix(matrix);
     }
-    EXPECT_EQ(AllocationCount(), before);
+    EXPECT_EQ(tv2_tests::AllocationCount(), before);
 }
 
 } // namespace

@@ -125,6 +125,66 @@ void FillWithEverything(TEV2& scene, bool with_unsaved_lists)
     AddUnparsed(scene.xrefObjects, {21});
 }
 
+Bytes SceneOfVersion(float version)
+{
+    const Bytes properties = version >= 1.04f ? Bytes()
+                                                    .U32(1)
+                                                    .Text(u"notes")
+                                                    .U32(1)
+                                                    .Text(u"one")
+                                                    .Zeros(4)
+                                                    .U32(1)
+                                                    .Text(u"weight")
+                                                    .Append(FloatTrackBytes(0.5f, 0.75f))
+                                                    .Zeros(8)
+                                              : Bytes();
+    const Bytes bounds =
+        version >= 1.13f ? SampleTrackBytes(11, Bytes().F32({0, 0, 0, 1, 1, 1, 1, 1, 1, 2, 2, 2})) : Bytes();
+    const Bytes camera = Bytes()
+                             .Text(u"camera")
+                             .Text(u"")
+                             .Text(u"c")
+                             .U32(1)
+                             .Append(properties)
+                             .Append(bounds)
+                             .F32({0.5f})
+                             .Append(FloatTrackBytes(1, 2))
+                             .Zeros(4)
+                             .Append(SampleTrackBytes(1, Bytes().F32({1, 2, 3, 4})))
+                             .Zeros(4)
+                             .U32({2, 1, 0})
+                             .Append(FloatTrackBytes(0.25f, 0.5f))
+                             .Zeros(4);
+    const Bytes scale = version >= 1.15f ? SampleTrackBytes(3, Bytes().F32({1, 1, 1, 2, 3, 4})) : Bytes();
+    const Bytes matrix =
+        version <= 1.05f ? Bytes().F32({1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1}) : Bytes();
+    const auto node = [&](std::uint32_t parent)
+    {
+        return Bytes()
+            .Text(u"node")
+            .U32(parent)
+            .Append(SampleTrackBytes(3, Bytes().F32({1, 2, 3, 4, 5, 6})))
+            .Append(SampleTrackBytes(parent == 0 ? 5 : 6, Bytes().F32({0, 0, 0, 1, 1, 0, 0, 0})))
+            .Append(scale)
+            .Append(matrix)
+            .Text(u"user")
+            .Append(properties);
+    };
+    const std::uint32_t lengths = version >= 1.12f ? 23 : version >= 1.1f ? 21 : 18;
+    return FileOfVersion(version)
+        .Chunk(1, Bytes().U32(lengths).U32(1).Zeros((lengths - 1) * 4))
+        .Chunk(2, Bytes()
+                      .F32({0.5f, 2.5f})
+                      .Append(SampleTrackBytes(2, Bytes().F32({1, 0, 0, 1, 0, 1, 0, 1})))
+                      .Zeros(version >= 1.16f ? 12 : 4))
+        .Chunk(22, SampleTrackBytes(8, Bytes().U32({0, 0xFFFFFFFFu})))
+        .Chunk(5, Bytes().Zeros(7))
+        .Chunk(6, camera)
+        .Chunk(10, Bytes().Zeros(5))
+        .Chunk(12, Bytes().U32(2).Append(node(0xFFFFFFFFu)).Append(node(0)))
+        .Chunk(16, Bytes().U32(3).Zeros(2));
+}
+
 std::vector<std::uint8_t> SceneImage(const TEV2& scene)
 {
     return SavedBytes(scene);

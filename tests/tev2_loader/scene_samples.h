@@ -43,6 +43,13 @@ void FillWithEverything(TEV2_LOADER::TEV2& scene, bool with_unsaved_lists = fals
 /// The file of a scene; its Save must succeed.
 std::vector<std::uint8_t> SceneImage(const TEV2_LOADER::TEV2& scene);
 
+/// The versions at which the layout of some record changes, and the newest of each layout before.
+inline constexpr float kGateVersions[] = {1.0f,  1.03f, 1.04f, 1.05f, 1.06f, 1.09f, 1.1f,
+                                          1.11f, 1.12f, 1.13f, 1.14f, 1.15f, 1.16f};
+
+/// The file of a version with every record whose layout ever changed.
+Bytes SceneOfVersion(float version);
+
 /// The file of a version: magic and information record, then what is appended.
 inline Bytes FileOfVersion(float version)
 {

@@ -56,7 +56,7 @@ TEST(FormatDocument, NamesEveryCodeOfTheLoader)
 {
     const std::string document = Document();
     const auto codes = RunTv2({"check", "--codes", "--json"}).Json()["codes"];
-    const auto last_of_the_loader = std::string(CodeName(TEV2_LOAD_CODE::InstanceListNeverSaved));
+    const auto last_of_the_loader = std::string(CodeName(TEV2_LOAD_CODE::MoreWarnings));
     for (const auto& code : codes)
     {
         const std::string name = code["code"];

@@ -18,6 +18,8 @@ bool LoadEffects(TEV2_MEMORY_CURSOR& cursor, float version,
     const std::uint32_t count = cursor.ReadCount(kLeastEffect);
     for (std::uint32_t index = 0; index < count && !cursor.Failed(); ++index)
     {
+        if (!cursor.TakeMemory(sizeof effects[0]))
+            return false;
         loaded &= LoadOptionalTrack(cursor, version, "effects", effects.emplace_back(),
                                     TEV2_LOAD_CODE::UnknownEffectType, index);
     }

@@ -21,6 +21,8 @@ bool TEV2_NAMED_STRING_ARRAY::Load(TEV2_MEMORY_CURSOR& cursor, float version)
     for (std::uint32_t index = 0; index < count && !cursor.Failed(); ++index)
     {
         const RecordScope scope(cursor, "strings", index);
+        if (!cursor.TakeMemory(sizeof(TEV2_WIDE_STRING)))
+            return false;
         ReadWideString(cursor, strings.emplace_back());
     }
     return !cursor.Failed();

@@ -13,7 +13,8 @@ void UnparsedBody::Load(TEV2_MEMORY_CURSOR& cursor, float version)
                     "version " + NumberText(version));
     }
     bytes.clear();
-    if (cursor.current < cursor.chunkEnd)
+    if (cursor.current < cursor.chunkEnd &&
+        cursor.TakeMemory(static_cast<std::size_t>(cursor.chunkEnd - cursor.current)))
         bytes.assign(cursor.current, cursor.chunkEnd);
     cursor.current += bytes.size();
 }

@@ -45,7 +45,10 @@ template <BlockElement Element>
 void LoadBlock(TEV2_MEMORY_CURSOR& cursor, std::vector<Element>& elements)
 {
     elements.clear();
-    elements.resize(cursor.ReadCount(sizeof(Element)));
+    const std::size_t count = cursor.ReadCount(sizeof(Element));
+    if (!cursor.TakeMemory(count * sizeof(Element)))
+        return;
+    elements.resize(count);
     cursor.ReadBlock(elements.data(), elements.size() * sizeof(Element));
 }
 
@@ -71,6 +74,8 @@ bool LoadRecords(TEV2_MEMORY_CURSOR& cursor, float version, const char* label, s
     for (std::uint32_t index = 0; index < count && !cursor.Failed(); ++index)
     {
         const RecordScope scope(cursor, label, index);
+        if (!cursor.TakeMemory(sizeof(Record)))
+            return false;
         loaded &= records.emplace_back().Load(cursor, version);
     }
     return loaded && !cursor.Failed();

@@ -41,6 +41,8 @@ const char* CodeName(TEV2_LOAD_CODE code)
         return "count-exceeds-file";
     case TEV2_LOAD_CODE::RecordOverrun:
         return "record-overrun";
+    case TEV2_LOAD_CODE::LimitExceeded:
+        return "limit-exceeded";
     case TEV2_LOAD_CODE::RecordEndsBeforeChunk:
         return "record-ends-before-chunk";
     case TEV2_LOAD_CODE::RecordEndsAfterChunk:
@@ -55,6 +57,8 @@ const char* CodeName(TEV2_LOAD_CODE code)
         return "unparsed-other-version";
     case TEV2_LOAD_CODE::InstanceListNeverSaved:
         return "instance-list-never-saved";
+    case TEV2_LOAD_CODE::MoreWarnings:
+        return "more-warnings";
     }
     return "unknown";
 }

@@ -25,6 +25,7 @@ enum class TEV2_LOAD_CODE
     EnvironmentMapUnsupported, ///< the environment carries a material map
     CountExceedsFile,          ///< an array of more elements than the remaining bytes can hold
     RecordOverrun,             ///< a record goes on where the file has ended
+    LimitExceeded,             ///< more than the limits that the caller set
 
     // Warnings: the load goes on.
     RecordEndsBeforeChunk,  ///< the next chunk is looked for before the end of this one
@@ -34,6 +35,7 @@ enum class TEV2_LOAD_CODE
     ParentOutside,          ///< a parent index beyond the nodes; the node stands at top level
     UnparsedOtherVersion,   ///< a body kept as bytes, from a version other than the one it is saved under
     InstanceListNeverSaved, ///< an instance in list 7 or 9: loaded, but absent when the scene is saved
+    MoreWarnings,           ///< further warnings were met, but not kept
 };
 
 /// A number as findings show it: the shortest text that reads back to it.
@@ -67,13 +69,31 @@ struct TEV2_LOAD_FINDING
 struct TEV2_CHUNK_SPAN
 {
     std::uint32_t id = TEV2_LOAD_FINDING::kNoChunk;
-    std::size_t offset = 0; ///< of its size field
     std::uint32_t size = 0; ///< as it declares it, size field included
+    std::size_t offset = 0; ///< of its size field
+};
+
+/// How much a load may make of a file; 0: no limit. A file that wants more is refused with LimitExceeded.
+struct TEV2_LOAD_LIMITS
+{
+    /// Memory for what is read: records, arrays, texts and the list of chunks, counted also where a later chunk
+    /// replaces it. While an array grows it can take up to three times its share for a moment.
+    std::size_t bytes = 0;
+
+    /// Nodes of the matrix hierarchy.
+    std::size_t nodes = 0;
+
+    /// Nodes on the way from any node up to the top level, both ends counted. Parents that form a circle exceed
+    /// every limit.
+    std::size_t nesting = 0;
 };
 
 /// What a load saw, beside its bool. Filled by the cursor that it is given to; one report serves one load.
 struct TEV2_LOAD_REPORT
 {
+    /// So many warnings are kept; where there are more, MoreWarnings follows them.
+    static constexpr std::size_t kMostWarnings = 1000;
+
     std::vector<TEV2_LOAD_FINDING> findings; ///< in the order met; a failed load has exactly one Error
     std::vector<TEV2_CHUNK_SPAN> chunks;     ///< every chunk whose frame was sound, in file order
     float version = 0.0f;                    ///< the file's version; 0 when no information record was read

@@ -2,17 +2,21 @@
 
 #include <algorithm>
 #include <cstring>
+#include <limits>
 #include <utility>
 
 namespace TEV2_LOADER
 {
 
-TEV2_MEMORY_CURSOR::TEV2_MEMORY_CURSOR(const void* image, std::size_t size, TEV2_LOAD_REPORT* report)
+TEV2_MEMORY_CURSOR::TEV2_MEMORY_CURSOR(const void* image, std::size_t size, TEV2_LOAD_REPORT* report,
+                                       const TEV2_LOAD_LIMITS& limits)
     : current(static_cast<const std::uint8_t*>(image)),
       begin(current),
       end(size == 0 ? current : current + size),
       chunkEnd(end),
-      report_(report)
+      report_(report),
+      limits_(limits),
+      allowance_(limits.bytes != 0 ? limits.bytes : std::numeric_limits<std::size_t>::max())
 {
 }
 
@@ -91,7 +95,18 @@ bool TEV2_MEMORY_CURSOR::Fail(TEV2_LOAD_CODE code, std::string expected, std::st
 
 void TEV2_MEMORY_CURSOR::Warn(TEV2_LOAD_CODE code, std::string expected, std::string found, std::size_t back)
 {
-    AddFinding(code, TEV2_LOAD_SEVERITY::Warning, std::move(expected), std::move(found), back);
+    ++warnings_;
+    if (warnings_ <= TEV2_LOAD_REPORT::kMostWarnings)
+        AddFinding(code, TEV2_LOAD_SEVERITY::Warning, std::move(expected), std::move(found), back);
+    else if (warnings_ == TEV2_LOAD_REPORT::kMostWarnings + 1)
+        AddFinding(TEV2_LOAD_CODE::MoreWarnings, TEV2_LOAD_SEVERITY::Warning,
+                   "at most " + std::to_string(TEV2_LOAD_REPORT::kMostWarnings) + " warnings", "more", back);
+}
+
+bool TEV2_MEMORY_CURSOR::FailForMemory()
+{
+    return Fail(TEV2_LOAD_CODE::LimitExceeded,
+                "at most " + std::to_string(limits_.bytes) + " bytes in memory", "more");
 }
 
 void TEV2_MEMORY_CURSOR::AddFinding(TEV2_LOAD_CODE code, TEV2_LOAD_SEVERITY severity, std::string expected,
@@ -119,12 +134,16 @@ std::string TEV2_MEMORY_CURSOR::Path() const
     return path;
 }
 
-void TEV2_MEMORY_CURSOR::EnterChunk(const TEV2_CHUNK_SPAN& chunk)
+bool TEV2_MEMORY_CURSOR::EnterChunk(const TEV2_CHUNK_SPAN& chunk)
 {
     chunk_ = chunk;
     chunkEnd = begin + chunk.offset + chunk.size;
-    if (report_ != nullptr)
-        report_->chunks.push_back(chunk);
+    if (report_ == nullptr)
+        return true;
+    if (!TakeMemory(sizeof chunk))
+        return false;
+    report_->chunks.push_back(chunk);
+    return true;
 }
 
 void TEV2_MEMORY_CURSOR::LeaveChunk()

@@ -20,8 +20,9 @@ class TEV2_MEMORY_CURSOR
 {
 public:
     /// A cursor at the first byte of size bytes. The report, when given, is not owned and collects what is
-    /// found.
-    TEV2_MEMORY_CURSOR(const void* image, std::size_t size, TEV2_LOAD_REPORT* report = nullptr);
+    /// found. Limits are those of this one load.
+    TEV2_MEMORY_CURSOR(const void* image, std::size_t size, TEV2_LOAD_REPORT* report = nullptr,
+                       const TEV2_LOAD_LIMITS& limits = {});
 
     const std::uint8_t* current;
     const std::uint8_t* begin;
@@ -47,6 +48,18 @@ public:
     /// the remaining bytes cannot hold fails the cursor and gives 0.
     std::uint32_t ReadCount(std::size_t leastSize);
 
+    /// To be asked before memory is taken for what the file holds. More than the limits leave fails the cursor.
+    bool TakeMemory(std::size_t bytes)
+    {
+        if (bytes > allowance_)
+            return FailForMemory();
+        allowance_ -= bytes;
+        return true;
+    }
+
+    /// How many bytes TakeMemory still grants.
+    std::size_t Allowance() const { return allowance_; }
+
     /// Copies a block of exactly size bytes; when fewer remain it copies nothing and fails the cursor.
     bool ReadBlock(void* destination, std::size_t size);
 
@@ -54,14 +67,16 @@ public:
     /// position, and current moves to the end. Returns false.
     bool Fail(TEV2_LOAD_CODE code, std::string expected, std::string found, std::size_t back = 0);
 
-    /// Puts a warning into the report, if there is one.
+    /// Puts a warning into the report, if there is one and it has room.
     void Warn(TEV2_LOAD_CODE code, std::string expected, std::string found, std::size_t back = 0);
 
     bool Failed() const { return failed_; }
     TEV2_LOAD_REPORT* Report() const { return report_; }
+    const TEV2_LOAD_LIMITS& Limits() const { return limits_; }
 
-    /// Tells the cursor which chunk it is in; the frame must lie inside the image.
-    void EnterChunk(const TEV2_CHUNK_SPAN& chunk);
+    /// Tells the cursor which chunk it is in; the frame must lie inside the image. False when the report has no
+    /// room for it within the limits.
+    bool EnterChunk(const TEV2_CHUNK_SPAN& chunk);
     void LeaveChunk();
 
 private:
@@ -72,8 +87,12 @@ private:
     void AddFinding(TEV2_LOAD_CODE code, TEV2_LOAD_SEVERITY severity, std::string expected, std::string found,
                     std::size_t back);
     std::string Path() const;
+    bool FailForMemory();
 
     TEV2_LOAD_REPORT* report_;
+    TEV2_LOAD_LIMITS limits_;
+    std::size_t allowance_;
+    std::size_t warnings_ = 0;
     TEV2_CHUNK_SPAN chunk_;
     const RecordScope* scope_ = nullptr;
     bool failed_ = false;

@@ -41,7 +41,9 @@ bool LoadOptionalTrack(TEV2_MEMORY_CURSOR& cursor, float version, const char* la
         return !cursor.Failed();
 
     const std::uint32_t type = cursor.ReadU32();
-    if (cursor.Failed())
+    constexpr std::size_t kObjectBytes =
+        96; // the largest class of them all, with a little for its allocation
+    if (cursor.Failed() || !cursor.TakeMemory(kObjectBytes))
         return false;
     object = Object::Create(type);
     if (!object)

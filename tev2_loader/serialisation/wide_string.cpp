@@ -96,6 +96,8 @@ void ReadWideString(TEV2_MEMORY_CURSOR& cursor, TEV2_WIDE_STRING& string)
 {
     const std::uint32_t declared = cursor.ReadU16();
     const std::size_t present = std::min<std::size_t>(declared, cursor.Remaining() / sizeof(char16_t));
+    if (!cursor.TakeMemory(present * sizeof(char16_t)))
+        return;
     std::u16string units(present, u'\0');
     cursor.ReadBlock(units.data(), present * sizeof(char16_t));
     string = TEV2_WIDE_STRING(std::move(units));

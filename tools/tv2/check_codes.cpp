@@ -39,6 +39,8 @@ constexpr LoaderCode kLoaderCodes[] = {
     {TEV2_LOAD_CODE::CountExceedsFile, Severity::Error,
      "A count is larger than the rest of the file can hold elements."},
     {TEV2_LOAD_CODE::RecordOverrun, Severity::Error, "A record goes on where the file has ended."},
+    {TEV2_LOAD_CODE::LimitExceeded, Severity::Error,
+     "The file holds more than the limits that the program has set for it."},
     {TEV2_LOAD_CODE::RecordEndsBeforeChunk, Severity::Warning,
      "A record ends before its chunk does; reading went on at the end of the record."},
     {TEV2_LOAD_CODE::RecordEndsAfterChunk, Severity::Warning,
@@ -52,6 +54,7 @@ constexpr LoaderCode kLoaderCodes[] = {
      "A body that is kept as bytes comes from another version than the one it would be saved under."},
     {TEV2_LOAD_CODE::InstanceListNeverSaved, Severity::Warning,
      "An instance stands in list 7 or 9, which are lost when the scene is saved."},
+    {TEV2_LOAD_CODE::MoreWarnings, Severity::Warning, "The loader met more warnings than it keeps."},
 };
 
 /// What loads but looks wrong.

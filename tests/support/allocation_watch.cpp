@@ -1,0 +1,83 @@
+#include "tests/support/allocation_watch.h"
+
+#include <atomic>
+#include <cstdlib>
+#include <malloc.h>
+#include <new>
+
+namespace
+{
+
+constexpr long kNever = -1;
+
+std::atomic<long> calls{0};
+std::atomic<long> failing_call{kNever};
+std::atomic<std::size_t> live_bytes{0};
+std::atomic<std::size_t> peak_bytes{0};
+
+void Count(std::size_t size)
+{
+    const std::size_t live = live_bytes += size;
+    std::size_t peak = peak_bytes;
+    while (live > peak && !peak_bytes.compare_exchange_weak(peak, live))
+    {
+    }
+}
+
+} // namespace
+
+namespace tv2_tests
+{
+
+long AllocationCount()
+{
+    return calls;
+}
+
+AllocationPeak::AllocationPeak() : before_(live_bytes)
+{
+    peak_bytes = before_;
+}
+
+std::size_t AllocationPeak::Bytes() const
+{
+    return peak_bytes - before_;
+}
+
+AllocationFailure::AllocationFailure(long calls_before)
+{
+    failing_call = calls + calls_before;
+}
+
+AllocationFailure::~AllocationFailure()
+{
+    failing_call = kNever;
+}
+
+bool AllocationFailure::Struck() const
+{
+    return calls > failing_call;
+}
+
+} // namespace tv2_tests
+
+void* operator new(std::size_t size)
+{
+    void* const memory = calls++ == failing_call ? nullptr : std::malloc(size != 0 ? size : 1);
+    if (memory == nullptr)
+        throw std::bad_alloc();
+    Count(malloc_usable_size(memory));
+    return memory;
+}
+
+void operator delete(void* memory) noexcept
+{
+    if (memory != nullptr)
+        live_bytes -= malloc_usable_size(memory);
+    std::free(memory);
+}
+
+void operator delete(void* memory, std::size_t) noexcept
+{
+    operator delete(memory);
+}

@@ -1,0 +1,126 @@
+#include "tests/support/allocation_watch.h"
+#include "tests/support/memory_file.h"
+#include "tests/tev2_loader/scene_samples.h"
+
+#include <functional>
+#include <new>
+
+// Memory that runs out at each allocation: the exception comes through, nothing leaks (a sanitizer sees to that), and
+// the objects may be used on.
+
+using namespace TEV2_LOADER;
+using namespace tev2_tests;
+
+namespace
+{
+
+/// Calls act with each of its allocations failing in turn, and check after each; returns how many there were.
+long WithEachAllocationFailing(const std::function<void()>& act, const std::function<void()>& check)
+{
+    for (long before = 0;; ++before)
+    {
+        bool struck = false;
+        bool thrown = false;
+        {
+            const tv2_tests::AllocationFailure failure(before);
+            try
+            {
+                act();
+            }
+            catch (const std::bad_alloc&)
+            {
+                thrown = true;
+            }
+            struck = failure.Struck();
+        }
+        EXPECT_EQ(thrown, struck) << "allocation " << before;
+        check();
+        if (!struck || testing::Test::HasFailure())
+            return before;
+    }
+}
+
+TEST(AllocationFaults, OfALoadLeaveASceneThatLoadsTheNextTime)
+{
+    TEV2 everything;
+    FillWithEverything(everything, true);
+    const std::vector<std::uint8_t> image = SceneImage(everything);
+    TEV2 scene;
+    for (const bool reported : {false, true})
+    {
+        const long allocations = WithEachAllocationFailing(
+            [&]
+            {
+                TEV2_LOAD_REPORT report;
+                TEV2_MEMORY_CURSOR cursor(image.data(), image.size(), reported ? &report : nullptr);
+                scene.Load(cursor, true);
+            },
+            [&]
+            {
+                scene.SetTime(1.0f);
+                scene.Update(0.1f);
+                TEV2_MEMORY_CURSOR cursor(image.data(), image.size());
+                EXPECT_TRUE(scene.Load(cursor, true));
+            });
+        EXPECT_GT(allocations, 100);
+    }
+}
+
+TEST(AllocationFaults, OfARefusalLeaveASceneThatLoadsTheNextTime)
+{
+    const Bytes image = FileOfVersion(kVersion).Chunk(24).Chunk(6, Bytes().Zeros(54).U32({1, 1, 2}));
+    TEV2 scene;
+    const long allocations = WithEachAllocationFailing(
+        [&]
+        {
+            TEV2_LOAD_REPORT report;
+            TEV2_MEMORY_CURSOR cursor(image.data.data(), image.data.size(), &report);
+            scene.Load(cursor, true);
+        },
+        [&] { scene.SetTime(1.0f); });
+    EXPECT_GT(allocations, 10);
+}
+
+TEST(AllocationFaults, NoneInASave)
+{
+    TEV2 scene;
+    FillWithEverything(scene, true);
+    tv2_tests::MemoryFile file(1024);
+    file.bytes.reserve(std::size_t{1} << 16); // the disk, so to speak
+    TEV2_FILE_WRITER writer = tv2_tests::WriterInto(file);
+    const tv2_tests::AllocationFailure failure(0);
+    EXPECT_TRUE(scene.Save(writer));
+    EXPECT_FALSE(failure.Struck());
+    EXPECT_GT(file.bytes.size(), 1000u);
+}
+
+TEST(AllocationFaults, OfAWriterLeaveNoFileOpen)
+{
+    const TEV2_WIDE_STRING path = TEV2_WIDE_STRING::FromBytes(TemporaryPath("written"));
+    const long allocations = WithEachAllocationFailing(
+        [&]
+        {
+            TEV2_FILE_WRITER writer(path, false, true);
+            writer.BeginChunk();
+            writer.EndChunk();
+        },
+        [] {});
+    EXPECT_GT(allocations, 1);
+}
+
+TEST(AllocationFaults, OfACloneLeaveTheOriginal)
+{
+    const auto track =
+        SampleTrack<TEV2_ANIMATABLE_VECTOR_3_LINEAR>(TEV2_VECTOR_3{1, 2, 3}, TEV2_VECTOR_3{4, 5, 6});
+    TEV2_CAMERA_DEPTH_OF_FIELD_EFFECT effect;
+    effect.focusDistance = FloatTrack(1.0f, 2.0f);
+    effect.fNumber = FloatTrack(3.0f, 4.0f);
+    EXPECT_GT(WithEachAllocationFailing([&] { EXPECT_TRUE(track->Clone()->IsEqual(*track)); },
+                                        [&] { EXPECT_EQ(track->m_values.size(), 2u); }),
+              2);
+    EXPECT_GT(WithEachAllocationFailing([&] { effect.Clone(); },
+                                        [&] { EXPECT_EQ(effect.fNumber->GetValue(), 3.0f); }),
+              6);
+}
+
+} // namespace

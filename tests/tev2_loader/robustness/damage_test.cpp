@@ -1,0 +1,191 @@
+#include "tests/support/allocation_watch.h"
+#include "tests/support/memory_file.h"
+#include "tests/tev2_loader/scene_samples.h"
+
+#include <cmath>
+#include <cstdlib>
+#include <ctime>
+#include <iterator>
+
+// Damaged files: whatever the bytes, loading, evaluating and saving stay inside their memory, take no more of it
+// than the file can ask for, and come to an end. Meant to run under sanitizers as well. Each run tries a share of
+// the places, always the same; with TV2_SWEEP=all it tries every one.
+
+using namespace TEV2_LOADER;
+using namespace tev2_tests;
+
+namespace
+{
+
+constexpr double kMostSeconds = 1.0;
+constexpr std::size_t kAllocationFactor = 4;
+constexpr std::size_t kAllocationRest = std::size_t{1} << 20;
+
+/// Of so many places one is tried, unless all are asked for. Prime, so that the places fall on every part of numbers
+/// of 4 bytes.
+constexpr std::size_t kShare = 7;
+
+std::size_t Step()
+{
+    const char* sweep = std::getenv("TV2_SWEEP");
+    return sweep != nullptr && std::string_view(sweep) == "all" ? 1 : kShare;
+}
+
+double ThreadSeconds()
+{
+    timespec time{};
+    clock_gettime(CLOCK_THREAD_CPUTIME_ID, &time);
+    return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_nsec) * 1e-9;
+}
+
+class Damage : public testing::Test
+{
+protected:
+    /// Loads an image from memory of exactly its size, plays it to five times forward and back, saves it, and loads
+    /// that again.
+    void Exercise(const std::vector<std::uint8_t>& bytes, std::size_t size)
+    {
+        const double begin = ThreadSeconds();
+        const auto image = std::make_unique<std::uint8_t[]>(size);
+        std::copy_n(bytes.begin(), size, image.get());
+        TEV2 scene;
+        const bool loaded = Load(image.get(), size, scene);
+        Play(scene);
+        if (loaded)
+        {
+            ++loaded_;
+            SaveAndLoadAgain(scene);
+        }
+        ASSERT_LT(ThreadSeconds() - begin, kMostSeconds);
+    }
+
+    static bool Load(const std::uint8_t* image, std::size_t size, TEV2& scene)
+    {
+        const tv2_tests::AllocationPeak peak;
+        TEV2_LOAD_REPORT report;
+        TEV2_MEMORY_CURSOR cursor(image, size, &report);
+        const bool loaded = scene.Load(cursor, true);
+        EXPECT_LE(peak.Bytes(), kAllocationFactor * size + kAllocationRest);
+        std::size_t errors = 0;
+        for (const TEV2_LOAD_FINDING& finding : report.findings)
+        {
+            errors += finding.severity == TEV2_LOAD_SEVERITY::Error ? 1 : 0;
+            EXPECT_LE(finding.offset, size);
+        }
+        EXPECT_EQ(errors, loaded ? 0u : 1u);
+        return loaded;
+    }
+
+    static void Play(TEV2& scene)
+    {
+        constexpr float kTimes[] = {-1.0f, 0.5f, 1.7f, 2.5f, 100.0f};
+        for (const float time : kTimes)
+        {
+            scene.SetTime(time);
+            scene.Update(0.3f);
+        }
+        for (auto time = std::rbegin(kTimes); time != std::rend(kTimes); ++time)
+        {
+            scene.SetTime(*time);
+            scene.Update(-0.1f);
+        }
+        scene.SetTime(std::nanf(""));
+        scene.Update(7.0f);
+    }
+
+    void SaveAndLoadAgain(TEV2& scene)
+    {
+        file_.Clear();
+        TEV2_FILE_WRITER writer = tv2_tests::WriterInto(file_);
+        EXPECT_TRUE(scene.Save(writer));
+        EXPECT_TRUE(writer.stream->Flush());
+        EXPECT_EQ(writer.stream->lastError, 0);
+        writer.stream->handle = nullptr; // it stays open for the next one
+        ASSERT_TRUE(Load(file_.bytes.data(), file_.bytes.size(), scene));
+    }
+
+    /// Exercise, and what it was that failed.
+    void Try(const std::vector<std::uint8_t>& image, std::size_t size, const char* what, std::size_t place,
+             std::uint32_t value)
+    {
+        Exercise(image, size);
+        if (HasFailure())
+            GTEST_FAIL() << what << " at " << place << ", value " << value;
+    }
+
+    void Sweep(std::vector<std::uint8_t> image)
+    {
+        const std::size_t step = Step();
+        for (std::size_t size = 0; size <= image.size() && !HasFailure(); ++size)
+            Try(image, size, "end", size, 0);
+        for (std::size_t place = 0; place < image.size() && !HasFailure(); place += step)
+            PatchByte(image, place);
+        for (std::size_t place = 0; place + 4 <= image.size() && !HasFailure(); place += step)
+            PatchWindow(image, place);
+    }
+
+    void PatchByte(std::vector<std::uint8_t>& image, std::size_t place)
+    {
+        const std::uint8_t original = image[place];
+        for (const int patch : {0x00, 0x80, 0xFF, original + 1, original - 1})
+        {
+            image[place] = static_cast<std::uint8_t>(patch);
+            if (image[place] != original)
+                Try(image, image.size(), "byte", place, image[place]);
+        }
+        image[place] = original;
+    }
+
+    void PatchWindow(std::vector<std::uint8_t>& image, std::size_t place)
+    {
+        std::uint32_t original = 0;
+        std::memcpy(&original, &image[place], sizeof original);
+        for (const std::uint32_t patch : {0u, 1u, 7u, 8u, 0x7FFFFFFFu, 0x80000000u, 0xFFFFFFFFu})
+        {
+            if (patch == original)
+                continue;
+            std::memcpy(&image[place], &patch, sizeof patch);
+            Try(image, image.size(), "window", place, patch);
+        }
+        std::memcpy(&image[place], &original, sizeof original);
+    }
+
+    void TearDown() override { std::fclose(file_.stream); }
+
+    tv2_tests::MemoryFile file_{std::size_t{1} << 16};
+    std::size_t loaded_ = 0;
+};
+
+TEST_F(Damage, OfTheSmallestFile)
+{
+    Sweep(SceneImage(TEV2()));
+    EXPECT_GT(loaded_, 50u);
+}
+
+TEST_F(Damage, OfAFileWithEverything)
+{
+    TEV2 scene;
+    FillWithEverything(scene, true);
+    Sweep(SceneImage(scene));
+    EXPECT_GT(loaded_, 1000u);
+}
+
+class DamageOfVersion : public Damage, public testing::WithParamInterface<float>
+{
+};
+
+TEST_P(DamageOfVersion, OfAFileWithWhatEverChanged)
+{
+    const std::vector<std::uint8_t> image = SceneOfVersion(GetParam()).data;
+    TEV2_LOAD_REPORT report;
+    TEV2_MEMORY_CURSOR cursor(image.data(), image.size(), &report);
+    ASSERT_TRUE(TEV2().Load(cursor, true));
+    for (const TEV2_LOAD_FINDING& finding : report.findings)
+        EXPECT_EQ(finding.code, TEV2_LOAD_CODE::UnparsedOtherVersion) << finding.path;
+    Sweep(image);
+    EXPECT_GT(loaded_, 500u);
+}
+
+INSTANTIATE_TEST_SUITE_P(Gates, DamageOfVersion, testing::ValuesIn(kGateVersions));
+
+} // namespace

@@ -1,0 +1,223 @@
+#include "tests/support/allocation_watch.h"
+#include "tests/tev2_loader/scene_samples.h"
+
+#include <algorithm>
+
+// How much memory a file can ask for, and limits that the caller sets.
+
+using namespace TEV2_LOADER;
+using namespace tev2_tests;
+
+namespace
+{
+
+/// What a load takes at most for each byte of a file, and besides. The factor is what the smallest records are to the
+/// objects that stand for them; files of scenes stay far below.
+constexpr std::size_t kMostPerByte = 64;
+constexpr std::size_t kMostBesides = std::size_t{1} << 20;
+
+constexpr std::size_t kFileSize = 400'000;
+
+struct DenseFile
+{
+    const char* what;
+    Bytes image;
+};
+
+Bytes Current()
+{
+    return FileOfVersion(kVersion);
+}
+
+/// As many as fit of something small.
+Bytes Many(const Bytes& one)
+{
+    Bytes all;
+    while (all.data.size() < kFileSize)
+        all.Append(one);
+    return all;
+}
+
+/// An array of many: its count and its elements.
+Bytes ArrayOf(const Bytes& one)
+{
+    const Bytes all = Many(one);
+    return Bytes().U32(static_cast<std::uint32_t>(all.data.size() / one.data.size())).Append(all);
+}
+
+/// The hierarchy of one node with such properties.
+Bytes NodeWith(const Bytes& properties)
+{
+    return Current().Chunk(12, Bytes().U32(1).Text(u"").Zeros(4 + 3 * 4 + 2).Append(properties));
+}
+
+std::vector<DenseFile> DenseFiles()
+{
+    const Bytes node = Bytes().Text(u"").U32(0xFFFFFFFFu).Zeros(3 * 4 + 2 + 20);
+    const Bytes camera_head = Bytes().Zeros(50);
+    const Bytes misplaced = Bytes().Text(u"").U32(0x7FFFFFFFu).Zeros(3 * 4 + 2 + 20);
+    const Bytes track = Bytes().Text(u"").U32({1, 0}).Zeros(16);
+    return {
+        {"rigids", Current().Append(Many(Bytes().Chunk(7)))},
+        {"weighted meshes", Current().Append(Many(Bytes().Chunk(10)))},
+        {"rigids of another version", FileOfVersion(1.0f).Append(Many(Bytes().Chunk(7)))},
+        {"instances", Current().Append(Many(Bytes().Chunk(18, Bytes().U32(0))))},
+        {"instances that are never saved", Current().Append(Many(Bytes().Chunk(18, Bytes().U32(7))))},
+        {"lights", Current().Append(Many(Bytes().Chunk(5, Bytes().U32(9))))},
+        {"materials", Current().Append(Many(Bytes().Chunk(13, Bytes().U32(9))))},
+        {"cameras", Current().Append(Many(Bytes().Chunk(6, Bytes().Zeros(54 + 4))))},
+        {"unknown chunks", Current().Append(Many(Bytes().Chunk(99)))},
+        {"nodes", Current().Chunk(12, ArrayOf(node))},
+        {"nodes with a mesh that follows them", Current().Chunk(10).Chunk(12, ArrayOf(node))},
+        {"nodes without their parents", Current().Chunk(12, ArrayOf(misplaced))},
+        {"nodes of an old version", FileOfVersion(1.0f).Chunk(12, ArrayOf(Bytes().Zeros(80)))},
+        {"string arrays", NodeWith(ArrayOf(Bytes().Zeros(6)).Zeros(16))},
+        {"strings", NodeWith(Bytes().U32(1).Text(u"").Append(ArrayOf(Bytes().Zeros(2))).Zeros(16))},
+        {"strings of 8 units",
+         NodeWith(Bytes().U32(1).Text(u"").Append(ArrayOf(Bytes().Text(u"12345678"))).Zeros(16))},
+        {"named values", NodeWith(Bytes().Zeros(4).Append(ArrayOf(Bytes().Zeros(6))).Zeros(12))},
+        {"named tracks", NodeWith(Bytes().Zeros(8).Append(ArrayOf(track)).Zeros(8))},
+        {"effects", Current().Chunk(6, Bytes(camera_head).Zeros(4).Append(ArrayOf(Bytes().U32(0))))},
+        {"empty effects",
+         Current().Chunk(6, Bytes(camera_head).Zeros(4).Append(ArrayOf(Bytes().U32({1, 0, 0}))))},
+        {"keys", Current().Chunk(22, Bytes().U32({1, 8, 0, 0}).Append(ArrayOf(Bytes().U32(0))).U32(0))},
+        {"ranges", Current().Chunk(
+                       6, Bytes().Zeros(46).U32({1, 1, 0, 0, 0}).Append(ArrayOf(Bytes().Zeros(8))).Zeros(8))},
+        {"one large body", Current().Chunk(7, Bytes().Zeros(kFileSize))},
+    };
+}
+
+struct Outcome
+{
+    bool loaded;
+    std::size_t peak;
+    TEV2_LOAD_REPORT report;
+};
+
+Outcome Load(const Bytes& image, const TEV2_LOAD_LIMITS& limits)
+{
+    Outcome outcome;
+    const tv2_tests::AllocationPeak peak;
+    TEV2 scene;
+    TEV2_MEMORY_CURSOR cursor(image.data.data(), image.data.size(), &outcome.report, limits);
+    outcome.loaded = scene.Load(cursor, true);
+    outcome.peak = peak.Bytes();
+    return outcome;
+}
+
+void ExpectRefusedForLimits(const Outcome& outcome)
+{
+    EXPECT_FALSE(outcome.loaded);
+    const auto& findings = outcome.report.findings;
+    EXPECT_TRUE(std::any_of(findings.begin(), findings.end(),
+                            [](const TEV2_LOAD_FINDING& finding)
+                            { return finding.code == TEV2_LOAD_CODE::LimitExceeded; }));
+}
+
+TEST(LoadMemory, StaysInProportionToTheFile)
+{
+    for (const DenseFile& file : DenseFiles())
+    {
+        SCOPED_TRACE(file.what);
+        const Outcome outcome = Load(file.image, {});
+        EXPECT_TRUE(outcome.loaded) << CodeName(outcome.report.findings.back().code);
+        EXPECT_LE(outcome.peak, kMostPerByte * file.image.data.size() + kMostBesides);
+        std::printf("%-36s %5.1f bytes a byte\n", file.what,
+                    static_cast<double>(outcome.peak) / static_cast<double>(file.image.data.size()));
+    }
+}
+
+TEST(LoadMemory, StaysWithinTheLimitOfBytes)
+{
+    constexpr std::size_t kLimit = kFileSize / 4;
+    for (const DenseFile& file : DenseFiles())
+    {
+        SCOPED_TRACE(file.what);
+        const Outcome outcome = Load(file.image, {.bytes = kLimit});
+        ExpectRefusedForLimits(outcome);
+        EXPECT_LE(outcome.peak, 3 * kLimit + kMostBesides);
+    }
+}
+
+TEST(LoadMemory, IsNotTakenForClaims)
+{
+    const Bytes claim =
+        Current().Chunk(1, Bytes().U32({23, 0xFFFFFFFFu}).Zeros(88)).Append(Many(Bytes().Chunk(99)));
+    EXPECT_LE(Load(claim, {.bytes = 1000}).peak, kMostBesides);
+    ExpectRefusedForLimits(Load(claim, {.bytes = 1000}));
+}
+
+TEST(LoadLimits, OfBytesThatSufficeChangeNothing)
+{
+    TEV2 scene;
+    FillWithEverything(scene, true);
+    const Bytes image{SceneImage(scene)};
+    std::size_t enough = 1;
+    while (!Load(image, {.bytes = enough}).loaded)
+        enough += 16;
+    EXPECT_GT(enough, image.data.size());
+    TEV2 loaded;
+    TEV2_MEMORY_CURSOR cursor(image.data.data(), image.data.size(), nullptr, {.bytes = enough});
+    ASSERT_TRUE(loaded.Load(cursor, false));
+    for (const std::size_t list : {7u, 9u})
+        scene.instanceLists[list].clear();
+    for (const std::size_t list : {7u, 9u})
+        loaded.instanceLists[list].clear();
+    std::erase(scene.lights, nullptr);
+    EXPECT_EQ(SceneImage(loaded), SceneImage(scene));
+}
+
+/// Nodes with these parents.
+Bytes Hierarchy(const std::vector<std::uint32_t>& parents)
+{
+    Bytes nodes = Bytes().U32(static_cast<std::uint32_t>(parents.size()));
+    for (const std::uint32_t parent : parents)
+        nodes.Text(u"").U32(parent).Zeros(3 * 4 + 2 + 20);
+    return Current().Chunk(12, nodes);
+}
+
+TEST(LoadLimits, OfNodesAndNesting)
+{
+    constexpr std::uint32_t kTop = 0xFFFFFFFFu;
+    struct Case
+    {
+        const char* what;
+        std::vector<std::uint32_t> parents;
+        std::size_t nesting; ///< the least that it loads with; 0: none
+    };
+    const Case cases[] = {
+        {"no node", {}, 1},
+        {"one node", {kTop}, 1},
+        {"two side by side", {kTop, kTop}, 1},
+        {"a chain", {kTop, 0, 1, 2}, 4},
+        {"a chain, children first", {1, 2, 3, kTop}, 4},
+        {"a tree", {kTop, 0, 0, 2, 1, 0}, 3},
+        {"below a node that is not there", {9, 0}, 2},
+        {"its own parent", {kTop, 1}, 0},
+        {"a circle, and a chain into it", {1, 2, 1, 0}, 0},
+    };
+    for (const Case& item : cases)
+    {
+        SCOPED_TRACE(item.what);
+        const Bytes image = Hierarchy(item.parents);
+        EXPECT_TRUE(Load(image, {}).loaded);
+        for (std::size_t nesting = 1; nesting < 10; ++nesting)
+        {
+            const Outcome outcome = Load(image, {.nesting = nesting});
+            if (item.nesting != 0 && nesting >= item.nesting)
+                EXPECT_TRUE(outcome.loaded) << nesting;
+            else
+                ExpectRefusedForLimits(outcome);
+        }
+        for (std::size_t nodes = 1; nodes < 10; ++nodes)
+        {
+            const Outcome outcome = Load(image, {.nodes = nodes});
+            if (nodes >= item.parents.size())
+                EXPECT_TRUE(outcome.loaded) << nodes;
+            else
+                ExpectRefusedForLimits(outcome);
+        }
+    }
+}
+
+} // namespace
