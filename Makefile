@@ -6,7 +6,7 @@ JOBS := $(shell nproc)
 FUZZ_SECONDS := 60
 CTEST := ctest --output-on-failure --no-tests=error -j$(JOBS)
 
-.PHONY: help demo build test test-asan test-bytes fuzz bench screenshot windows test-windows lint format install clean packages
+.PHONY: help demo build test test-asan test-bytes sweep fuzz coverage bench screenshot windows test-windows lint format install clean packages
 
 help: ## Show this list
 	@awk -F ':.*## ' '/^[a-z-]+:.*## / { printf "  make %-12s %s\n", $$1, $$2 }' $(MAKEFILE_LIST)
@@ -38,6 +38,17 @@ test-bytes: build ## Export the samples with plug-ins of g++ and clang++ at -O0 
 	@scripts/install_packages.sh clang
 	@cmake --build --preset release --target export_rich_scene
 	scripts/same_bytes.sh
+
+sweep: packages ## Load every damaged form of the fixtures under the sanitizers, where make test-asan takes a share
+	@cmake --preset asan > /dev/null
+	@cmake --build --preset asan --target tev2_robustness_tests
+	TV2_SWEEP=all $(BUILD)/asan/bin/tev2_robustness_tests --gtest_brief=1 --gtest_filter='*Damage*'
+
+coverage: packages ## Report how many lines of the format library and the exporter the tests reach: at least 95 %
+	@scripts/install_packages.sh gcovr
+	@cmake --preset coverage > /dev/null
+	@cmake --build --preset coverage
+	scripts/coverage.sh
 
 fuzz: packages ## Search for files that break the readers, FUZZ_SECONDS=60 with each target
 	@scripts/install_packages.sh clang libclang-rt-dev

@@ -12,7 +12,7 @@ namespace tev2_exporter
 // Returns 1 when the run completed, 0 when a conversion failed. A file that cannot be written, or one that is
 // read-only and that the user wants kept, does not change the result. Afterwards the take, the time (to
 // single precision) and the constraints are as they were; after a failed conversion they are left as they
-// stand.
+// stand, and so they are where memory runs out, which throws std::bad_alloc.
 unsigned ExportScene(ExportContext& context, const ExportOptions& options, const char* path);
 
 } // namespace tev2_exporter

@@ -2,6 +2,7 @@
 
 #include <cerrno>
 #include <cstdint>
+#include <new>
 
 namespace TEV2_LOADER
 {
@@ -41,8 +42,9 @@ bool TEV2_FILE_STREAM::Open(const std::string& path, const char* mode)
     if (handle == nullptr)
         return Latch(errno);
     if (!buffer_)
-        buffer_ = std::make_unique<char[]>(kBufferSize);
-    std::setvbuf(handle, buffer_.get(), _IOFBF, kBufferSize);
+        buffer_.reset(new (std::nothrow) char[kBufferSize]); // without it the stream makes do with its own
+    if (buffer_)
+        std::setvbuf(handle, buffer_.get(), _IOFBF, kBufferSize);
     lastError = 0;
     return true;
 }

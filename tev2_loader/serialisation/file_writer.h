@@ -19,13 +19,14 @@ inline constexpr std::size_t kMostPathBytes = 260;
 /// 260 bytes are kept.
 std::string NarrowFileName(const TEV2_WIDE_STRING& fileName);
 
-/// What every record's Save writes to: one file, framed into chunks that never nest. Nothing here throws or
-/// stops: a failure is latched in stream->lastError and writing goes on.
+/// What every record's Save writes to: one file, framed into chunks that never nest. Writing never throws or
+/// stops: a failure is latched in stream->lastError and the rest goes on.
 class TEV2_FILE_WRITER
 {
 public:
     /// Opens the file for writing, at its end when append is set. When that fails, stream->lastError says why
     /// and every write falls short. With requireChunk, guarded writes outside a chunk write nothing.
+    /// Throws std::bad_alloc where memory runs out.
     TEV2_FILE_WRITER(const TEV2_WIDE_STRING& name, bool append, bool requireChunkForWrites);
 
     bool chunkOpen = false;

@@ -105,7 +105,7 @@ TEST(MemoryCursor, NamesTheRecordOfAFinding)
     TEV2_MEMORY_CURSOR cursor(image.data.data(), image.data.size(), &report);
     cursor.Warn(TEV2_LOAD_CODE::UnknownChunk, "", "");
     cursor.ReadU64();
-    cursor.EnterChunk({12, 4, 24});
+    cursor.EnterChunk({.id = 12, .size = 24, .offset = 4});
     {
         const RecordScope hierarchy(cursor, "matrixHierarchy");
         const RecordScope node(cursor, "nodes", 3);

@@ -1,0 +1,111 @@
+#include "mobu_host/plugin.h"
+#include "tests/exporter/export_fixture.h"
+#include "tests/support/allocation_watch.h"
+
+#include <new>
+
+namespace tev2_exporter
+{
+namespace
+{
+
+// Memory that runs out at each allocation of an export, those of the host included: nothing leaks (a sanitizer sees
+// to that), the caller gets the exception or its code, and the next export is as good as any.
+class AllocationFaults : public ExportTest
+{
+protected:
+    void SetUp() override
+    {
+        ExportTest::SetUp();
+        take_ = &OneTake(1.0);
+        FBModel* hips = mobu_host::AddModel("Hips");
+        FBModel* spine = mobu_host::AddModel("A name that is too long to be kept in place", hips);
+        mobu_host::AddCamera("Camera", hips);
+        mobu_host::AddCameraSwitcher();
+        mobu_host::AddUserProperty(*spine, "Weight", kFBPT_double, true);
+        mobu_host::AnimateTransform(*hips, *take_,
+                                    [](double seconds) {
+                                        return mobu_host::LocalTransform{FBVector3d(100 * seconds, 0, 0), {}};
+                                    });
+        constraint_ = mobu_host::AddConstraint("Held", true, spine);
+        options_.DisableConstraints = 1;
+        options_.RemoveNamespaceFromNames = 1;
+        ASSERT_EQ(Run(), 1u);
+        complete_ = Bytes("run.tv2");
+        ASSERT_GT(complete_.size(), 1000u);
+    }
+
+    /// What must be so after an export that memory ran out in.
+    void ExpectSound()
+    {
+        constraint_->Active = true; // an export that failed leaves constraints and take as they stand
+        FBSystem system;
+        system.CurrentTake = take_;
+        EXPECT_EQ(Run(), 1u);
+        EXPECT_EQ(Bytes("run.tv2"), complete_);
+        EXPECT_TRUE(constraint_->Active);
+    }
+
+    FBTake* take_ = nullptr;
+    FBConstraint* constraint_ = nullptr;
+    std::vector<std::uint8_t> complete_;
+};
+
+TEST_F(AllocationFaults, ComeOutOfTheDriverAsTheException)
+{
+    const std::string path = folder_ / "run.tv2";
+    bool struck = true;
+    long before = 0;
+    for (; struck && !HasFailure(); ++before)
+    {
+        bool thrown = false;
+        unsigned completed = 0;
+        {
+            ExportContext context;
+            const tv2_tests::AllocationFailure failure(before);
+            try
+            {
+                completed = ExportScene(context, options_, path.c_str());
+            }
+            catch (const std::bad_alloc&)
+            {
+                thrown = true;
+            }
+            struck = failure.Struck();
+        }
+        EXPECT_EQ(thrown, struck) << "allocation " << before;
+        EXPECT_EQ(completed, struck ? 0u : 1u);
+        ExpectSound();
+    }
+    EXPECT_GT(before, 50);
+}
+
+TEST_F(AllocationFaults, GiveTheScriptNoSuccess)
+{
+    std::string error;
+    const auto plugin = mobu_host::Plugin::Load(TV2_PLUGIN, error);
+    ASSERT_TRUE(plugin) << error;
+    const auto export_tv2 =
+        plugin->Symbol<unsigned(const char*, int, int, int, bool, bool, bool, bool, bool, bool)>(
+            "python_export_tv2");
+    ASSERT_NE(export_tv2, nullptr);
+    const std::string path = folder_ / "script.tv2";
+    bool struck = true;
+    long before = 0;
+    for (; struck && !HasFailure(); ++before)
+    {
+        unsigned completed = 0;
+        {
+            const tv2_tests::AllocationFailure failure(before);
+            completed = export_tv2(path.c_str(), 0, 30, 4, true, false, true, true, true, false);
+            struck = failure.Struck();
+        }
+        EXPECT_EQ(completed, struck ? 0u : 1u) << "allocation " << before;
+        if (before % 16 == 0)
+            ExpectSound();
+    }
+    EXPECT_GT(before, 50);
+}
+
+} // namespace
+} // namespace tev2_exporter
