@@ -15,6 +15,15 @@ std::atomic<long> failing_call{kNever};
 std::atomic<std::size_t> live_bytes{0};
 std::atomic<std::size_t> peak_bytes{0};
 
+std::size_t SizeOf(void* memory)
+{
+#if defined(_WIN32)
+    return _msize(memory);
+#else
+    return malloc_usable_size(memory);
+#endif
+}
+
 void Count(std::size_t size)
 {
     const std::size_t live = live_bytes += size;
@@ -66,14 +75,14 @@ void* operator new(std::size_t size)
     void* const memory = calls++ == failing_call ? nullptr : std::malloc(size != 0 ? size : 1);
     if (memory == nullptr)
         throw std::bad_alloc();
-    Count(malloc_usable_size(memory));
+    Count(SizeOf(memory));
     return memory;
 }
 
 void operator delete(void* memory) noexcept
 {
     if (memory != nullptr)
-        live_bytes -= malloc_usable_size(memory);
+        live_bytes -= SizeOf(memory);
     std::free(memory);
 }
 
