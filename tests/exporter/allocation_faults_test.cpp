@@ -56,6 +56,7 @@ TEST_F(AllocationFaults, ComeOutOfTheDriverAsTheException)
     const std::string path = folder_ / "run.tv2";
     bool struck = true;
     long before = 0;
+    int survived = 0;
     for (; struck && !HasFailure(); ++before)
     {
         bool thrown = false;
@@ -73,11 +74,12 @@ TEST_F(AllocationFaults, ComeOutOfTheDriverAsTheException)
             }
             struck = failure.Struck();
         }
-        EXPECT_EQ(thrown, struck) << "allocation " << before;
-        EXPECT_EQ(completed, struck ? 0u : 1u);
+        EXPECT_EQ(completed, thrown ? 0u : 1u) << "allocation " << before;
+        survived += struck && !thrown ? 1 : 0;
         ExpectSound();
     }
     EXPECT_GT(before, 50);
+    EXPECT_EQ(survived, 1); // the large buffer of the file, which the stream does without
 }
 
 TEST_F(AllocationFaults, GiveTheScriptNoSuccess)
@@ -92,6 +94,7 @@ TEST_F(AllocationFaults, GiveTheScriptNoSuccess)
     const std::string path = folder_ / "script.tv2";
     bool struck = true;
     long before = 0;
+    int survived = 0;
     for (; struck && !HasFailure(); ++before)
     {
         unsigned completed = 0;
@@ -100,11 +103,13 @@ TEST_F(AllocationFaults, GiveTheScriptNoSuccess)
             completed = export_tv2(path.c_str(), 0, 30, 4, true, false, true, true, true, false);
             struck = failure.Struck();
         }
-        EXPECT_EQ(completed, struck ? 0u : 1u) << "allocation " << before;
+        survived += struck && completed == 1 ? 1 : 0;
+        EXPECT_TRUE(struck || completed == 1);
         if (before % 16 == 0)
             ExpectSound();
     }
     EXPECT_GT(before, 50);
+    EXPECT_EQ(survived, 1); // the large buffer of the file
 }
 
 } // namespace

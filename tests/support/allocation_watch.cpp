@@ -90,3 +90,47 @@ void operator delete(void* memory, std::size_t) noexcept
 {
     operator delete(memory);
 }
+
+// The forms that stand on these two by default; sanitizers bring their own.
+
+void* operator new[](std::size_t size)
+{
+    return operator new(size);
+}
+
+void* operator new(std::size_t size, const std::nothrow_t&) noexcept
+{
+    try
+    {
+        return operator new(size);
+    }
+    catch (const std::bad_alloc&)
+    {
+        return nullptr;
+    }
+}
+
+void* operator new[](std::size_t size, const std::nothrow_t& no_throw) noexcept
+{
+    return operator new(size, no_throw);
+}
+
+void operator delete[](void* memory) noexcept
+{
+    operator delete(memory);
+}
+
+void operator delete[](void* memory, std::size_t) noexcept
+{
+    operator delete(memory);
+}
+
+void operator delete(void* memory, const std::nothrow_t&) noexcept
+{
+    operator delete(memory);
+}
+
+void operator delete[](void* memory, const std::nothrow_t&) noexcept
+{
+    operator delete(memory);
+}
