@@ -4,7 +4,7 @@
 # clock and user that stand still, and compares the bytes with those of the first.
 #     scripts/same_bytes.sh [PRESET...]
 # The command and its host are those of build/. Preset windows has a host of its own, run under Wine, and exports the
-# scene made in code alone, since it does not read the samples' formats.
+# scene made in code alone.
 set -eu
 cd "$(dirname "$0")/.."
 

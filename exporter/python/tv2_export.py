@@ -109,9 +109,10 @@ def export(path, start_frame=None, end_frame=None, fps=50, spaces_to_underscores
 
 
 def open_scene(path, take=None, select=()):
-    """Opens a scene file (BVH, glTF, Collada) in the headless host, in place of the scene that was open.
+    """Opens a scene file (FBX, BVH, glTF, Collada) in the headless host, in place of the scene that was open.
 
-    The take of that name is then current, the first one without a name; the models of these long names are selected.
+    The take of that name is then current; without a name the one that was open when an FBX scene was saved, and the
+    first of other scenes. The models of these long names are selected.
     Returns what the file holds and the scene does not, or holds differently, a line each. Raises ExportError.
     """
     host = _load_host()

@@ -28,9 +28,10 @@
 #define MOBU_HOST_API MOBU_HOST_EXPORTED
 #endif
 
-// Empties the scene and opens the file (BVH, glTF, Collada) into it; its first take is then current and nothing is
-// selected. On success `text` receives what the file holds and the scene does not, or holds differently: lines that
-// end in "\n", often none. On failure it receives one line with the file and the cause, and the scene is as it was.
+// Empties the scene and opens the file (FBX, BVH, glTF, Collada) into it. The take that was open when an FBX file was
+// saved is then current, the first of other files, and nothing is selected. On success `text` receives what the file
+// holds and the scene does not, or holds differently: lines that end in "\n", often none. On failure it receives one
+// line with the file and the cause, and the scene is as it was.
 MOBU_HOST_API int mobu_host_open_scene(const char* path, char* text, size_t size);
 
 // Empties the scene: one take "Take 001" of 0 to 0 s. Fails when memory runs out.

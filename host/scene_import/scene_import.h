@@ -24,11 +24,9 @@
 //              that its frame is a rotation; what hangs on it stays where it is.
 //   Cameras    look along their own +X, +Y up; the turn is taken off again for what hangs on them.
 //              Horizontal aperture; the field of view is the horizontal angle.
-//   Takes      one for each animation in file order, unnamed ones "Take 001" and so on; a file without
-//   animation
+//   Takes      one for each animation in file order, unnamed ones "Take 001" and so on; a file without animation
 //              gives "Take 001" from 0 to 0. A take spans 0 to the last key. The first take is current.
-//   Animation  translation and scale in straight lines between keys, rotation along the shortest arc,
-//   constant
+//   Animation  translation and scale in straight lines between keys, rotation along the shortest arc, constant
 //              outside the keys. glTF steps hold their value; cubic glTF splines and Bezier curves of Collada
 //              keep their keys and become straight lines between them.
 //
