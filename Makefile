@@ -41,8 +41,9 @@ test-bytes: build ## Export the samples with plug-ins of g++ and clang++ at -O0 
 
 sweep: packages ## Load every damaged form of the fixtures under the sanitizers, where make test-asan takes a share
 	@cmake --preset asan > /dev/null
-	@cmake --build --preset asan --target tev2_robustness_tests
+	@cmake --build --preset asan --target tev2_robustness_tests scene_import_tests
 	TV2_SWEEP=all $(BUILD)/asan/bin/tev2_robustness_tests --gtest_brief=1 --gtest_filter='*Damage*'
+	TV2_SWEEP=all $(BUILD)/asan/bin/scene_import_tests --gtest_brief=1 --gtest_filter='*DamageSweep*'
 
 coverage: packages ## Report how many lines of the format library and the exporter the tests reach: at least 95 %
 	@scripts/install_packages.sh gcovr

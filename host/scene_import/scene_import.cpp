@@ -50,6 +50,7 @@ SceneImportResult ImportScene(const std::string& path)
     }
     catch (const std::exception& error) // out of memory
     {
+        NewScene();
         result.ok = false;
         result.error = "cannot read " + path + ": " + error.what();
     }

@@ -48,7 +48,7 @@ struct SceneImportResult
 };
 
 // Empties the scene and opens the file at `path` (bytes as the system takes them) into it. When that fails
-// the scene is left as it was.
+// the scene is left as it was; where memory ran out, it is a new one.
 SceneImportResult ImportScene(const std::string& path);
 
 } // namespace mobu_host

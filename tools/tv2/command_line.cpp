@@ -49,8 +49,9 @@ void AddExportVerb(CLI::App& app, VerbContext& context)
     verb->add_option("--end-frame", request.end_frame,
                      "Last frame, counted at the transport rate (default: of the take)")
         ->check(given);
-    CLI::Option* take =
-        verb->add_option("--take", request.take, "Export this take (default: the first)")->check(given);
+    CLI::Option* take = verb->add_option("--take", request.take,
+                                         "Export this take (default: the one that is current in the scene)")
+                            ->check(given);
     verb->add_flag("--all-takes", request.all_takes, "Export every take, each to a file of its own")
         ->excludes(take);
     verb->add_option("--select", request.select,
@@ -237,6 +238,13 @@ int RunCommandLine(int argc, char** argv)
     CLI::App app("Looks at, checks and makes .tv2 scene files.", "tv2");
     app.set_version_flag("--version", "tv2 " TV2_VERSION);
     app.require_subcommand(1);
+    app.failure_message(
+        [](const CLI::App* parser, const CLI::Error& error)
+        {
+            const auto verbs = parser->get_subcommands();
+            return "tv2" + (verbs.empty() ? std::string() : " " + verbs.front()->get_name()) + ": " +
+                   CLI::FailureMessage::simple(parser, error);
+        });
     app.footer("Each verb has its own help: tv2 info --help\n"
                "Exit code: 0 done or clean, 1 findings or not all done, 2 could not run.");
     for (const AddVerb add_verb : kVerbs)

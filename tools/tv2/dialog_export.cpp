@@ -207,7 +207,7 @@ public:
         }
         if (const std::string reason = OpenScene(); !reason.empty())
         {
-            return OneLine(request_.scene) + ": " + reason;
+            return reason;
         }
         std::string error;
         const std::unique_ptr<mobu_host::Plugin> plugin = LoadExporter(plugin_path, error);
@@ -252,11 +252,17 @@ private:
                                     "the options on the command line";
     }
 
+    /// A reason not to export, with the scene's path; empty when there is none.
+    std::string OfScene(const std::string& reason) const
+    {
+        return reason.empty() ? std::string() : OneLine(request_.scene) + ": " + reason;
+    }
+
     std::string OpenScene()
     {
-        if (std::string reason = CheckRequest(request_); !reason.empty())
+        if (const std::string reason = CheckRequest(request_); !reason.empty())
         {
-            return reason;
+            return OfScene(reason);
         }
         const mobu_host::SceneImportResult scene = mobu_host::ImportScene(request_.scene);
         result_.report.notes = scene.notes;
@@ -264,9 +270,9 @@ private:
         {
             return scene.error;
         }
-        if (std::string reason = PrepareScene(request_, plan_); !reason.empty())
+        if (const std::string reason = PrepareScene(request_, plan_); !reason.empty())
         {
-            return reason;
+            return OfScene(reason);
         }
         ways_ = NamesThatCanBe(request_);
         ExportPlan all = plan_;
@@ -274,7 +280,7 @@ private:
         {
             all.files.insert(all.files.end(), files.begin(), files.end());
         }
-        return CheckTargets(request_, all);
+        return OfScene(CheckTargets(request_, all));
     }
 
     std::string Export(FBMenuItem& entry, const Stamps& before)

@@ -277,8 +277,9 @@ private:
     {
         FBConstraint* const constraint = mobu_host::AddConstraint(source.name, source.active);
         constraint->Description = source.type.c_str();
-        notes_.Add("constraints of type \"" + source.type +
-                   "\" are not solved: what they hold moves as it is keyed");
+        if (source.active)
+            notes_.Add("constraints of type \"" + source.type +
+                       "\" are not solved: what they hold moves as it is keyed");
     }
 
     std::shared_ptr<SceneData> data_;

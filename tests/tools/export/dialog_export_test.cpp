@@ -245,7 +245,7 @@ TEST_F(DialogExportTest, RefusesBeforeAnythingIsWritten)
         {{"--dialog-script", Path("no.txt"), bvh, out}, "no.txt: cannot be read: No such file"},
         {{"--dialog-script", bad, bvh, out}, bad + ":2: there is no step \"frob\""},
         {{"--dialog-script", lost, bvh, out}, lost + ":1: there is no region \"NOWHERE\""},
-        {{"--dialog-script", steps, Path("gone.bvh"), out}, "there is no such file"},
+        {{"--dialog-script", steps, Path("gone.bvh"), out}, "tv2 export: cannot read " + Path("gone.bvh")},
         {{"--dialog-script", steps, bvh, Path("gone/a.tv2")}, "No such file or directory"},
         {{"--dialog-script", steps, "--take", "Dance", bvh, out}, "there is no take \"Dance\""},
         {{"--dialog-script", steps, "--plugin", LYING_EXPORTER, bvh, out}, "no entry in the export menu"},

@@ -25,8 +25,12 @@ protected:
         return fbx_writer::Text(7400, fbx_writer::RichScene());
     }
 
-    // A fixed share, or all of it where TV2_FULL_SWEEP is set.
-    static std::size_t Stride() { return std::getenv("TV2_FULL_SWEEP") ? 1 : 7; }
+    // A fixed share, unless all is asked for.
+    static std::size_t Stride()
+    {
+        const char* sweep = std::getenv("TV2_SWEEP");
+        return sweep != nullptr && std::string_view(sweep) == "all" ? 1 : 7;
+    }
 
     static bool Open(const std::string& file)
     {
