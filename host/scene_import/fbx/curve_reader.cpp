@@ -247,7 +247,7 @@ std::vector<LetterGroup> GroupsOf(const KeyListCursor& list)
 void SetWeight(Attribute& own, bool next_left, double weight)
 {
     own.flags |= next_left ? kNextLeftWeighted : kRightWeighted;
-    const auto stored = static_cast<std::uint32_t>(std::clamp(weight, 0.0, 1.0) * kWeightUnit + 0.5);
+    const auto stored = static_cast<std::uint32_t>(std::lround(std::clamp(weight, 0.0, 1.0) * kWeightUnit));
     const auto bits = std::bit_cast<std::uint32_t>(own.data[2]);
     own.data[2] =
         std::bit_cast<float>(next_left ? (bits & 0xFFFFU) | stored << 16 : (bits & 0xFFFF0000U) | stored);

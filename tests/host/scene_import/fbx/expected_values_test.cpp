@@ -1,5 +1,7 @@
 #include "tests/host/scene_import/fbx/expected_values.h"
 
+#include <ostream>
+
 namespace
 {
 
@@ -18,6 +20,11 @@ struct ExpectedScene
     const char* scene;
     int take;
     std::array<double, 3> (*convert)(const std::array<double, 3>&) = AsItIs;
+
+    friend std::ostream& operator<<(std::ostream& out, const ExpectedScene& expected)
+    {
+        return out << expected.scene;
+    }
 };
 
 // Other people's scenes, which lie beside the project where somebody put them there.
