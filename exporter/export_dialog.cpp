@@ -35,17 +35,10 @@ struct Place
     const char* relative;
 };
 
-void SetUpRadio(FBButton& button, const char* caption, bool set)
+void SetUpChoice(FBButton& button, FBButtonStyle style, const char* caption, bool set)
 {
     button.Caption = caption;
-    button.Style = kFBRadioButton;
-    button.State = set;
-}
-
-void SetUpCheckBox(FBButton& button, const char* caption, bool set)
-{
-    button.Caption = caption;
-    button.Style = kFBCheckbox;
+    button.Style = style;
     button.State = set;
 }
 
@@ -179,9 +172,9 @@ void TEV2_EXPORTER_DIALOG::Connect(FBButton& button, ClickHandler handler)
 void TEV2_EXPORTER_DIALOG::SetUpSampling()
 {
     const std::int32_t choice = settings_.sampling_choice;
-    SetUpRadio(pal_, "PAL", choice == kSamplingPal);
-    SetUpRadio(ntsc_, "NTSC", choice == kSamplingNtsc);
-    SetUpRadio(custom_rate_, "Custom FPS", choice == kSamplingCustom);
+    SetUpChoice(pal_, kFBRadioButton, "PAL", choice == kSamplingPal);
+    SetUpChoice(ntsc_, kFBRadioButton, "NTSC", choice == kSamplingNtsc);
+    SetUpChoice(custom_rate_, kFBRadioButton, "Custom FPS", choice == kSamplingCustom);
     const double rate = choice == kSamplingPal    ? kPalRate
                         : choice == kSamplingNtsc ? kNtscRate
                                                   : static_cast<double>(settings_.frame_rate);
@@ -199,8 +192,8 @@ void TEV2_EXPORTER_DIALOG::SetUpKeyFrames()
     const auto within_take = [&](int key, int otherwise)
     { return key >= first && key <= last ? key : otherwise; };
 
-    SetUpRadio(export_all_, "Export All", settings_.key_frame_choice == kExportAllKeys);
-    SetUpRadio(custom_keys_, "Custom", custom);
+    SetUpChoice(export_all_, kFBRadioButton, "Export All", settings_.key_frame_choice == kExportAllKeys);
+    SetUpChoice(custom_keys_, kFBRadioButton, "Custom", custom);
     SetUpLabel(start_label_, "Start Key");
     SetUpNumber(start_key_, first, last, 1.0, within_take(settings_.start_key, first), custom);
     SetUpLabel(end_label_, "End Key");
@@ -214,8 +207,10 @@ void TEV2_EXPORTER_DIALOG::SetUpTakes()
     const bool several = context_.system.Scene->Takes.GetCount() > 1;
     if (!several)
         settings_.takes_choice = kCurrentTakeOnly;
-    SetUpRadio(current_take_, "Current Take Only", settings_.takes_choice == kCurrentTakeOnly);
-    SetUpRadio(all_takes_, "All Takes As Separate Files", settings_.takes_choice == kAllTakes);
+    SetUpChoice(current_take_, kFBRadioButton, "Current Take Only",
+                settings_.takes_choice == kCurrentTakeOnly);
+    SetUpChoice(all_takes_, kFBRadioButton, "All Takes As Separate Files",
+                settings_.takes_choice == kAllTakes);
     current_take_.Enabled = several;
     all_takes_.Enabled = several;
     Connect(current_take_, &TEV2_EXPORTER_DIALOG::OnCurrentTake);
@@ -224,12 +219,13 @@ void TEV2_EXPORTER_DIALOG::SetUpTakes()
 
 void TEV2_EXPORTER_DIALOG::SetUpMiscellaneous()
 {
-    SetUpCheckBox(spaces_to_underscores_, "Change filename spaces to underscores?",
-                  settings_.spaces_to_underscores);
-    SetUpCheckBox(keep_positive_z_, "Keep positive Z?", settings_.keep_positive_z);
-    SetUpCheckBox(remove_namespace_, "Remove namespace from names?", settings_.remove_namespace);
-    SetUpCheckBox(asterisk_extension_, "Use *.tv2 in save filename dialog?", settings_.asterisk_extension);
-    SetUpCheckBox(disable_constraints_, "Disable constraints?", settings_.disable_constraints);
+    SetUpChoice(spaces_to_underscores_, kFBCheckbox, "Change filename spaces to underscores?",
+                settings_.spaces_to_underscores);
+    SetUpChoice(keep_positive_z_, kFBCheckbox, "Keep positive Z?", settings_.keep_positive_z);
+    SetUpChoice(remove_namespace_, kFBCheckbox, "Remove namespace from names?", settings_.remove_namespace);
+    SetUpChoice(asterisk_extension_, kFBCheckbox, "Use *.tv2 in save filename dialog?",
+                settings_.asterisk_extension);
+    SetUpChoice(disable_constraints_, kFBCheckbox, "Disable constraints?", settings_.disable_constraints);
 }
 
 void TEV2_EXPORTER_DIALOG::SetUpButtons()

@@ -50,7 +50,8 @@ std::optional<std::string> SettingsReader::Read(const char* name) const
 
 SettingsWriter::SettingsWriter() = default;
 
-// Into a file of its own that takes the old one's place, so that settings are never half written.
+// Into a file of its own that takes the old one's place, so that settings are never half written. The old
+// ones stay where that fails.
 SettingsWriter::~SettingsWriter()
 {
     const fs::path path = SettingsFile();
@@ -60,9 +61,13 @@ SettingsWriter::~SettingsWriter()
     fs::create_directories(path.parent_path(), ignored);
     const fs::path fresh = path.string() + ".new";
     std::ofstream file(fresh, std::ios::binary);
-    file << lines_ << std::flush;
+    file << lines_;
+    file.close();
+    std::error_code error;
     if (file)
-        fs::rename(fresh, path, ignored);
+        fs::rename(fresh, path, error);
+    if (!file || error)
+        fs::remove(fresh, ignored);
 }
 
 void SettingsWriter::Write(const char* name, const std::string& text)

@@ -5,6 +5,7 @@
 #include "tests/exporter/export_fixture.h"
 
 #include <map>
+#include <sstream>
 
 namespace tev2_exporter
 {
@@ -173,11 +174,76 @@ TEST_F(ExportDialog, PlacesItsRegions)
                 EXPECT_EQ(right, r.right) << r.region;
                 EXPECT_EQ(bottom, r.bottom) << r.region;
             }
-            const mobu_host::Region* group = mobu_host::FindRegion(popup, "MISC_GROUP_BOX_REGION_NAME");
-            EXPECT_EQ(group->title, "Miscellaneous");
-            EXPECT_EQ(group->border.style, kFBEmbossSmoothEdgeBorder);
-            EXPECT_TRUE(group->border.show_title);
-            EXPECT_EQ(group->border.corner_radius, 10);
+        });
+}
+
+// All that a user sees of a region before the first click, less its place; enumerators as their numbers.
+std::string Looks(const mobu_host::Region& region)
+{
+    std::ostringstream text;
+    text << '"' << region.title << "\"";
+    if (FBVisualComponent* const control = region.control)
+    {
+        text << ' ' << (control->Enabled ? "enabled" : "disabled") << " \"" << control->Caption.AsString()
+             << "\"";
+        if (auto* button = dynamic_cast<FBButton*>(control))
+            text << " button " << button->Style.AsInt();
+        else if (auto* label = dynamic_cast<FBLabel*>(control))
+            text << " label " << label->Justify.AsInt() << (label->WordWrap ? " wrapped" : "");
+        else if (auto* box = dynamic_cast<FBEditNumber*>(control))
+            text << " number " << double{box->Min} << ".." << double{box->Max} << " precision "
+                 << double{box->Precision} << " steps " << double{box->LargeStep} << ' '
+                 << double{box->SmallStep};
+    }
+    const mobu_host::RegionBorder& border = region.border;
+    if (border.style != kFBNoBorder)
+        text << " border " << border.style << (border.show_title ? " titled" : "")
+             << (border.in_set ? " in-set" : "") << ' ' << border.width << ' ' << border.spacing << ' '
+             << border.max_angle << ' ' << border.corner_radius;
+    return text.str();
+}
+
+TEST_F(ExportDialog, DressesItsRegions)
+{
+    const struct
+    {
+        const char* region;
+        const char* looks;
+    } expected[] = {
+        {"SAMPLING_GROUP_BOX_REGION_NAME", R"("Sampling" border 5 titled 2 2 90 10)"},
+        {kPal, R"("" enabled "PAL" button 2)"},
+        {kNtsc, R"("" enabled "NTSC" button 2)"},
+        {kCustomRate, R"("" enabled "Custom FPS" button 2)"},
+        {kRate, R"("" disabled "" number 0..240 precision 3.2 steps 5 1)"},
+        {"KEYFRAMES_GROUP_BOX_REGION_NAME", R"("Key-frames" border 5 titled 2 2 90 10)"},
+        {"Export All", R"("" enabled "Export All" button 2)"},
+        {"Custom", R"("" enabled "Custom" button 2)"},
+        {"KEYFRAMES_START_KEY_EDITBOX_LABEL_REGION_NAME", R"("" enabled "Start Key" label 1 wrapped)"},
+        {kStartKey, R"("" disabled "" number 10..100 precision 1 steps 5 1)"},
+        {"KEYFRAMES_END_KEY_EDITBOX_LABEL_REGION_NAME", R"("" enabled "End Key" label 1 wrapped)"},
+        {kEndKey, R"("" disabled "" number 10..100 precision 1 steps 5 1)"},
+        {"TAKES_GROUP_BOX_REGION_NAME", R"("Takes" border 5 titled 2 2 90 10)"},
+        {kCurrentTake, R"("" enabled "Current Take Only" button 2)"},
+        {kAllTakesButton, R"("" enabled "All Takes As Separate Files" button 2)"},
+        {"MISC_GROUP_BOX_REGION_NAME", R"("Miscellaneous" border 5 titled 2 2 90 10)"},
+        {kUnderscores, R"("" enabled "Change filename spaces to underscores?" button 3)"},
+        {kPositiveZ, R"("" enabled "Keep positive Z?" button 3)"},
+        {kNamespaces, R"("" enabled "Remove namespace from names?" button 3)"},
+        {kAsterisk, R"("" enabled "Use *.tv2 in save filename dialog?" button 3)"},
+        {kConstraints, R"("" enabled "Disable constraints?" button 3)"},
+        {kExport, R"("" enabled "Export" button 0)"},
+        {kCancel, R"("" enabled "Cancel" button 0)"},
+    };
+    Show(
+        [&](FBPopup& popup)
+        {
+            const std::vector<mobu_host::Region>& regions = mobu_host::Regions(popup);
+            ASSERT_EQ(regions.size(), std::size(expected));
+            for (std::size_t i = 0; i < regions.size(); ++i)
+            {
+                EXPECT_EQ(regions[i].name, expected[i].region);
+                EXPECT_EQ(Looks(regions[i]), expected[i].looks) << expected[i].region;
+            }
         });
 }
 
@@ -308,15 +374,23 @@ TEST_F(ExportDialog, LeavesTheSceneAloneWhenCancelled)
 
 TEST_F(ExportDialog, ChecksTheStoredRangeWhateverTheChoice)
 {
-    platform::SettingsWriter().Write("START_KEY_KEY_NAME", "60");
-    ExporterSettings settings;
-    settings.transport_rate = 25.0;
-    settings.start_key = 10;
-    settings.end_key = 5;
-    EXPECT_EQ(settings.key_frame_choice, kExportAllKeys);
-    EXPECT_EQ(FillOptionsFromSettings(settings).Cancelled, 1);
-    settings.end_key = 10;
-    EXPECT_EQ(FillOptionsFromSettings(settings).Cancelled, 0);
+    for (const auto& [end_key, cancelled] : {std::pair{"20", 1}, {"59", 1}, {"60", 0}})
+    {
+        SCOPED_TRACE(end_key);
+        platform::TestPlatform::Get().ClearSettings();
+        const Stored stored = {{"KEYFRAME_RADIO_CHOICE_KEY_NAME", "0"},
+                               {"START_KEY_KEY_NAME", "60"},
+                               {"END_KEY_KEY_NAME", end_key}};
+        platform::TestPlatform::Get().settings = stored;
+        const ExportOptions options = Show(
+            [](FBPopup& popup)
+            {
+                EXPECT_TRUE(IsSet(popup, "Export All"));
+                EXPECT_TRUE(mobu_host::Click(popup, kExport));
+            });
+        EXPECT_EQ(options.Cancelled, cancelled);
+        EXPECT_EQ(StoredValues() == stored, cancelled == 1);
+    }
 }
 
 TEST_F(ExportDialog, OffersAllTakesOnlyWhereThereAreSeveral)
