@@ -12,7 +12,22 @@
 namespace
 {
 
-const std::vector<std::string> kVerbs = {"info", "dump", "check"};
+using Arguments = std::vector<std::string>;
+
+const Arguments kVerbs = {"export", "scene", "menu", "info", "dump", "check", "picture"};
+const Arguments kFileVerbs = {"info", "dump", "check", "picture"}; // they read .tv2 files
+
+// A file verb with a file; `picture` is told to draw beside it.
+Arguments Call(const std::string& verb, const std::string& file)
+{
+    return verb == "picture" ? Arguments{verb, file, file + ".svg"} : Arguments{verb, file};
+}
+
+Arguments AsJson(Arguments call)
+{
+    call.push_back("--json");
+    return call;
+}
 
 TEST(Usage, HelpOfEachVerbHasExamplesAndNamesJson)
 {
@@ -40,12 +55,18 @@ TEST(Usage, HelpListsTheVerbsAndVersionIsPrinted)
 
 TEST(Usage, BadUsageCannotRun)
 {
-    const std::vector<std::vector<std::string>> calls = {
+    const std::vector<Arguments> calls = {
         {},
         {"explode"},
+        {"export"},
+        {"export", "a.bvh"},
+        {"scene"},
+        {"scene", "a.bvh", "b.bvh"},
+        {"menu", "a.tv2"},
         {"info"},
         {"dump"},
         {"check"},
+        {"picture", "a.tv2"},
         {"info", "--wrong", "a.tv2"},
         {"--wrong"},
         {"dump", "a", "b"},
@@ -75,35 +96,56 @@ TEST(Usage, JsonOfAFailureHoldsTheFileAndTheError)
     const std::string damaged = folder.Path("damaged\xFF.tv2"); // no UTF-8
     WriteBytes(damaged, {1, 2, 3, 4});
     const std::string shown = folder.Path("damaged\xEF\xBF\xBD.tv2");
-    for (const std::string& verb : kVerbs)
+    for (const std::string& verb : kFileVerbs)
     {
-        const CommandResult result = RunTv2({verb, "--json", damaged});
+        const CommandResult result = RunTv2(AsJson(Call(verb, damaged)));
         EXPECT_EQ(result.exit_code, 1) << verb;
         const auto json = result.Json();
-        const auto entry = verb == "dump" ? json : json["files"][0];
+        const auto entry = json.contains("files") ? json["files"][0] : json;
         EXPECT_EQ(entry["file"], shown) << verb;
         EXPECT_NE(entry["error"].get<std::string>().find("bad-magic at byte 0"), std::string::npos) << verb;
     }
     WriteBytes(damaged, SoundImage());
     EXPECT_EQ(RunTv2({"dump", "--json", damaged}).Json()["file"], shown);
-    EXPECT_NE(RunTv2({"dump", "--json", folder.Path("none.tv2")})
-                  .Json()["error"]
-                  .get<std::string>()
-                  .find("No such"),
-              std::string::npos);
+}
+
+TEST(Usage, JsonOfWhatCouldNotRunHoldsTheError)
+{
+    const ScratchFolder folder;
+    const std::string none = folder.Path("none\xFF.tv2");
+    const std::vector<Arguments> calls = {
+        {"export", folder.Path("none\xFF.bvh"), folder.Path("a.tv2")},
+        {"scene", folder.Path("none\xFF.bvh")},
+        {"menu", "--plugin", folder.Path("none\xFF.so")},
+        {"info", none},
+        {"dump", none},
+        {"check", none},
+        {"picture", none, folder.Path("a.svg")},
+    };
+    ASSERT_EQ(calls.size(), kVerbs.size());
+    for (const Arguments& call : calls)
+    {
+        const CommandResult result = RunTv2(AsJson(call));
+        EXPECT_EQ(result.exit_code, 2) << call[0];
+        const auto json = result.Json();
+        const auto entry = json.contains("error") ? json : json["files"][0];
+        ASSERT_TRUE(entry.contains("error")) << call[0] << ' ' << json;
+        EXPECT_NE(entry["error"].get<std::string>().find("none\xEF\xBF\xBD."), std::string::npos)
+            << call[0] << ' ' << json;
+    }
 }
 
 TEST(Usage, FileThatCannotBeReadIsNamedWithTheCause)
 {
     const ScratchFolder folder;
-    for (const std::string& verb : kVerbs)
+    for (const std::string& verb : kFileVerbs)
     {
-        const CommandResult missing = RunTv2({verb, folder.Path("none.tv2")});
+        const CommandResult missing = RunTv2(Call(verb, folder.Path("none.tv2")));
         EXPECT_EQ(missing.exit_code, 2) << verb;
         EXPECT_NE(missing.err.find(folder.Path("none.tv2") + ": No such file"), std::string::npos)
             << missing.err;
 
-        const CommandResult directory = RunTv2({verb, folder.Path("")});
+        const CommandResult directory = RunTv2(Call(verb, folder.Path("")));
         EXPECT_EQ(directory.exit_code, 2) << verb;
         EXPECT_NE(directory.err.find(folder.Path("") + ": Is a directory"), std::string::npos)
             << directory.err;
@@ -133,9 +175,9 @@ TEST(Usage, FileThatIsNoSceneIsNamedWithTheCause)
     {
         const std::string path = folder.Path(item.name);
         WriteBytes(path, item.bytes);
-        for (const std::string& verb : kVerbs)
+        for (const std::string& verb : kFileVerbs)
         {
-            const CommandResult result = RunTv2({verb, path});
+            const CommandResult result = RunTv2(Call(verb, path));
             EXPECT_EQ(result.exit_code, 1) << verb << ' ' << item.name;
             const std::string& text = verb == "check" ? result.out : result.err;
             EXPECT_NE(text.find(path), std::string::npos) << text;

@@ -20,6 +20,7 @@ from tv2_export import ExportError, export, open_scene
 FIXED_CLOCK = os.environ["TV2_FIXED_CLOCK"]
 LYING_EXPORTER = os.environ["TV2_LYING_EXPORTER"]
 ROBOT = os.path.join(os.environ["TV2_SAMPLES_DIR"], "robot_14_takes.glb")
+WALK_CAMERAS = os.path.join(os.environ["TV2_SAMPLES_DIR"], "mocap_walk_cameras.fbx")
 
 WALK = """HIERARCHY
 ROOT Hips
@@ -96,6 +97,7 @@ class WrittenFilesTest(ScratchTest):
             (self.takes, {}, {"all_takes": True, "spaces_to_underscores": False},
              whole + ["--all-takes", "--no-spaces-to-underscores"]),
             (ROBOT, {}, {"all_takes": True}, whole + ["--all-takes"]),
+            (WALK_CAMERAS, {}, {}, whole),
         ]
         distinct = set()
         for scene, opening, options, command in cases:

@@ -321,11 +321,4 @@ TEST_F(ExportVerbTest, NothingIsTakenOnTrust)
     EXPECT_EQ(nodes.exit_code, 1);
 }
 
-TEST_F(ExportVerbTest, HelpHasExamples)
-{
-    const CommandResult help = Export({"--help"});
-    EXPECT_EQ(help.exit_code, 0);
-    EXPECT_NE(help.out.find("Examples:\n  tv2 export"), std::string::npos);
-}
-
 } // namespace
