@@ -45,3 +45,9 @@ VirtualDisplay::~VirtualDisplay()
     kill(process_, SIGTERM);
     waitpid(process_, nullptr, 0);
 }
+
+/// What the toolkit's font library keeps until the program ends is not ours to free.
+extern "C" const char* __lsan_default_suppressions()
+{
+    return "leak:libfontconfig\n";
+}

@@ -12,6 +12,8 @@ struct RealScene
     long last_frame; // of the first take
     double rate;
     int cameras; // of the file's own
+
+    friend std::ostream& operator<<(std::ostream& out, const RealScene& scene) { return out << scene.file; }
 };
 
 // Scenes of other people's making; they lie beside the project where somebody put them there.
