@@ -11,7 +11,7 @@ export WINEARCH=win64
 export WINEDEBUG=-all
 export WINEDLLOVERRIDES="mscoree,mshtml,winedbg.exe=" # no .NET, no browser; what crashes ends at once
 export LC_ALL=C.UTF-8                     # names of files are UTF-8, the 8-bit code page is 1252
-export TZ=XXX-05:30                       # a local time that is not universal time
+export TZ=IST-05:30                       # a local time that is not universal time
 
 wine=/usr/lib/wine/wine64
 server=/usr/lib/wine/wineserver64
