@@ -205,7 +205,7 @@ public:
         {
             return reason;
         }
-        if (const std::string reason = OpenScene(); !reason.empty())
+        if (std::string reason = OpenScene(); !reason.empty())
         {
             return reason;
         }
