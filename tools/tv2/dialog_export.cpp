@@ -252,17 +252,11 @@ private:
                                     "the options on the command line";
     }
 
-    /// A reason not to export, with the scene's path; empty when there is none.
-    std::string OfScene(const std::string& reason) const
-    {
-        return reason.empty() ? std::string() : OneLine(request_.scene) + ": " + reason;
-    }
-
     std::string OpenScene()
     {
         if (const std::string reason = CheckRequest(request_); !reason.empty())
         {
-            return OfScene(reason);
+            return OfScene(request_, reason);
         }
         const mobu_host::SceneImportResult scene = mobu_host::ImportScene(request_.scene);
         result_.report.notes = scene.notes;
@@ -272,7 +266,7 @@ private:
         }
         if (const std::string reason = PrepareScene(request_, plan_); !reason.empty())
         {
-            return OfScene(reason);
+            return OfScene(request_, reason);
         }
         ways_ = NamesThatCanBe(request_);
         ExportPlan all = plan_;
@@ -280,7 +274,7 @@ private:
         {
             all.files.insert(all.files.end(), files.begin(), files.end());
         }
-        return OfScene(CheckTargets(request_, all));
+        return OfScene(request_, CheckTargets(request_, all));
     }
 
     std::string Export(FBMenuItem& entry, const Stamps& before)

@@ -390,3 +390,8 @@ std::string MakeTargetsWritable(const ExportPlan& plan)
     }
     return {};
 }
+
+std::string OfScene(const ExportRequest& request, const std::string& reason)
+{
+    return reason.empty() ? std::string() : OneLine(request.scene) + ": " + reason;
+}

@@ -52,3 +52,6 @@ std::string CheckTargets(const ExportRequest& request, const ExportPlan& plan);
 
 /// Makes read-only files that stand in the way writable. Empty, or what went wrong.
 std::string MakeTargetsWritable(const ExportPlan& plan);
+
+/// A reason not to export, with the scene's path in front; empty when there is none.
+std::string OfScene(const ExportRequest& request, const std::string& reason);

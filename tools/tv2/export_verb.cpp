@@ -53,18 +53,18 @@ private:
     /// Both export, or give a reason why nothing was started.
     std::string UseScriptEntry()
     {
-        std::string reason = OfScene(CheckRequest(request_));
+        std::string reason = OfScene(request_, CheckRequest(request_));
         if (reason.empty())
         {
             reason = OpenScene();
         }
         if (reason.empty())
         {
-            reason = OfScene(PlanExport(request_, plan_));
+            reason = OfScene(request_, PlanExport(request_, plan_));
         }
         if (reason.empty())
         {
-            reason = OfScene(CheckTargets(request_, plan_));
+            reason = OfScene(request_, CheckTargets(request_, plan_));
         }
         if (reason.empty())
         {
@@ -94,12 +94,6 @@ private:
             Complain("cancelled: nothing exported", kExitFindings);
         }
         return report_.error;
-    }
-
-    /// A reason not to export, with the scene's path; empty when there is none.
-    std::string OfScene(const std::string& reason) const
-    {
-        return reason.empty() ? std::string() : OneLine(request_.scene) + ": " + reason;
     }
 
     void Complain(const std::string& what, ExitCode code)
