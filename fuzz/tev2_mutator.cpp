@@ -171,6 +171,8 @@ private:
 
     std::size_t MutateBody(const Frame& frame)
     {
+        if (frame.BodySize() + room_ == 0)
+            return size_; // the mutations would write a first byte even where there is none
         const std::vector<std::uint8_t> rest(data_ + frame.End(), data_ + size_);
         const std::size_t body =
             LLVMFuzzerMutate(data_ + frame.Body(), frame.BodySize(), frame.BodySize() + room_);
