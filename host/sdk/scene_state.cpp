@@ -117,10 +117,9 @@ void SceneState::Clear()
 void SceneState::Reset()
 {
     if (!scene)
-    {
         scene = SdkAccess::MakeScene();
+    if (!system_root)
         system_root = std::make_unique<FBModel>("Root", scene.get());
-    }
     Clear();
     local_time = evaluated_time = FBTime();
     transport_mode = kFBTimeMode30Frames;
@@ -131,22 +130,25 @@ void SceneState::Reset()
     behaviour = Behaviour();
     evaluations = 0;
 
-    root = new FBModel("Scene", scene.get());
-    SdkAccess::Space(*root).in_tree = true;
-    Own(*root);
+    auto new_root = std::make_unique<FBModel>("Scene", scene.get());
+    SdkAccess::Space(*new_root).in_tree = true;
+    Own(*new_root);
+    root = new_root.release();
     order_stale_ = true;
     for (const char* name : kSystemCameras)
     {
-        FBCamera* camera = new FBCamera(name, scene.get());
+        auto camera = std::make_unique<FBCamera>(name, scene.get());
         SdkAccess::Store(camera->SystemCamera, true);
         Adopt(*camera, nullptr);
-        Adopt(*camera);
+        Adopt(*camera.release());
     }
     AddTake("Take 001", FBTime(), FBTime());
 }
 
 void SceneState::Own(FBComponent& component)
 {
+    MakeRoom(owned_);
+    MakeRoom(SdkAccess::Items(scene->Components));
     owned_.push_back(&component);
     SdkAccess::Items(scene->Components).push_back(&component);
 }
@@ -167,16 +169,21 @@ void SceneState::Disown(FBComponent& component)
 void SceneState::Adopt(FBModel& model, FBModel* parent)
 {
     auto& space = SdkAccess::Space(model);
-    space.owned = true;
-    Own(model);
     if (!parent)
     {
+        MakeRoom(system_models_);
+        Own(model);
+        space.owned = true;
         system_models_.push_back(&model);
         return;
     }
+    auto& children = SdkAccess::Items(parent->Children);
+    MakeRoom(children);
+    Own(model);
+    space.owned = true;
     space.in_tree = true;
     space.parent = parent;
-    SdkAccess::Items(parent->Children).push_back(&model);
+    children.push_back(&model);
     order_stale_ = true;
 }
 
@@ -187,8 +194,10 @@ void SceneState::Adopt(FBCamera& camera)
 
 void SceneState::Adopt(FBConstraint& constraint)
 {
-    SdkAccess::Items(scene->Constraints).push_back(&constraint);
+    auto& constraints = SdkAccess::Items(scene->Constraints);
+    MakeRoom(constraints);
     Own(constraint);
+    constraints.push_back(&constraint);
 }
 
 void SceneState::Adopt(FBTake& take)
@@ -196,8 +205,9 @@ void SceneState::Adopt(FBTake& take)
     auto& takes = SdkAccess::Items(scene->Takes);
     if (std::find(takes.begin(), takes.end(), &take) != takes.end())
         return;
-    takes.push_back(&take);
+    MakeRoom(takes);
     Own(take);
+    takes.push_back(&take);
     if (!current_take)
         current_take = &take;
 }
@@ -476,8 +486,9 @@ FBCameraSwitcher* AddCameraSwitcher()
     SceneState& state = TheScene();
     if (!state.switcher)
     {
-        state.switcher = new FBCameraSwitcher;
-        state.Adopt(*state.switcher, nullptr);
+        auto switcher = std::make_unique<FBCameraSwitcher>();
+        state.Adopt(*switcher, nullptr);
+        state.switcher = switcher.release();
     }
     return state.switcher;
 }
@@ -539,11 +550,11 @@ FBProperty* AddUserEnum(FBComponent& owner, const std::string& name, const std::
 
 FBTake* AddTake(const std::string& name, FBTime start, FBTime stop)
 {
-    auto* take = new FBTake(name.c_str());
+    auto take = std::make_unique<FBTake>(name.c_str());
     take->LocalTimeSpan = FBTimeSpan(start, stop);
     take->ReferenceTimeSpan = FBTimeSpan(start, stop);
     TheScene().Adopt(*take);
-    return take;
+    return take.release();
 }
 
 FBTake* AddTake(const std::string& name, double start, double stop)

@@ -14,6 +14,14 @@
 namespace mobu_host
 {
 
+// Room for one more, so that its joining the list cannot fail.
+template <class T>
+void MakeRoom(std::vector<T>& list)
+{
+    if (list.size() == list.capacity())
+        list.reserve(2 * list.size() + 8);
+}
+
 // One function for each target, in no particular order.
 template <class Target, class Function>
 class AnimationTable
@@ -28,6 +36,7 @@ public:
     // True when the target was not in the table before.
     bool Set(Target& target, Function function)
     {
+        MakeRoom(entries_);
         const auto [place, added] = index_.try_emplace(&target, entries_.size());
         if (added)
             entries_.push_back({&target, std::move(function)});
@@ -83,7 +92,8 @@ public:
     void Evaluate();
     void Goto(FBTime time);
 
-    // Models and other objects join at their construction and leave at their destruction.
+    // Models and other objects join at their construction and leave at their destruction. They join as a whole or,
+    // where memory runs out, not at all.
     void Adopt(FBModel& model, FBModel* parent); // parent null: a system object outside the tree
     void Adopt(FBCamera& camera);                // after the model of it was adopted
     void Adopt(FBConstraint& constraint);
