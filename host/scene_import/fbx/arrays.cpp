@@ -77,25 +77,25 @@ struct ArrayReader::Stream : z_stream
 ArrayReader::ArrayReader() = default;
 ArrayReader::~ArrayReader() = default;
 
-void ArrayReader::Read(const Record& record, std::vector<double>& numbers)
+void ArrayReader::Read(const Record& record, std::vector<double>& numbers, std::uint64_t most)
 {
-    ReadAs(record, numbers);
+    ReadAs(record, numbers, most);
 }
-void ArrayReader::Read(const Record& record, std::vector<float>& numbers)
+void ArrayReader::Read(const Record& record, std::vector<float>& numbers, std::uint64_t most)
 {
-    ReadAs(record, numbers);
+    ReadAs(record, numbers, most);
 }
-void ArrayReader::Read(const Record& record, std::vector<std::int64_t>& numbers)
+void ArrayReader::Read(const Record& record, std::vector<std::int64_t>& numbers, std::uint64_t most)
 {
-    ReadAs(record, numbers);
+    ReadAs(record, numbers, most);
 }
-void ArrayReader::Read(const Record& record, std::vector<std::int32_t>& numbers)
+void ArrayReader::Read(const Record& record, std::vector<std::int32_t>& numbers, std::uint64_t most)
 {
-    ReadAs(record, numbers);
+    ReadAs(record, numbers, most);
 }
 
 template <class Number>
-void ArrayReader::ReadAs(const Record& record, std::vector<Number>& numbers)
+void ArrayReader::ReadAs(const Record& record, std::vector<Number>& numbers, std::uint64_t most)
 {
     numbers.clear();
     if (!record)
@@ -108,7 +108,7 @@ void ArrayReader::ReadAs(const Record& record, std::vector<Number>& numbers)
     if (value.IsArray())
     {
         const std::size_t offset = cursor.Offset() - value.Bytes().size();
-        ReadBinary(value.Code(), cursor.Array(), value.Bytes(), offset, numbers);
+        ReadBinary(value, cursor.Array(), offset, most, numbers);
         return;
     }
     if (value.Code() == '*')
@@ -142,9 +142,11 @@ void ArrayReader::ReadAs(const Record& record, std::vector<Number>& numbers)
 }
 
 template <class Number>
-void ArrayReader::ReadBinary(char code, const ArrayHeader& header, std::string_view bytes, std::size_t offset,
-                             std::vector<Number>& numbers)
+void ArrayReader::ReadBinary(const Value& value, const ArrayHeader& header, std::size_t offset,
+                             std::uint64_t most, std::vector<Number>& numbers)
 {
+    const char code = value.Code();
+    std::string_view bytes = value.Bytes();
     const std::uint64_t size = std::uint64_t{header.count} * ElementSize(code);
     if (header.encoding > 1)
         throw Damage(offset, "an array has the unknown encoding " + std::to_string(header.encoding));
@@ -152,6 +154,9 @@ void ArrayReader::ReadBinary(char code, const ArrayHeader& header, std::string_v
     if (packed ? size > header.size * kDeflateLimit : size != header.size)
         throw Damage(offset, "an array of " + std::to_string(header.count) + " elements cannot lie in " +
                                  std::to_string(header.size) + " bytes");
+    if (packed && header.count > most)
+        throw Damage(offset, "a deflated array of " + std::to_string(header.count) +
+                                 " elements, where no more than " + std::to_string(most) + " can be");
     numbers.resize(header.count);
     if (code == CodeOf<Number>())
     {

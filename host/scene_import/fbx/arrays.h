@@ -2,6 +2,8 @@
 
 #include "host/scene_import/fbx/record_tree.h"
 
+#include <cstdint>
+#include <limits>
 #include <memory>
 #include <string>
 #include <vector>
@@ -18,19 +20,22 @@ public:
     ArrayReader(const ArrayReader&) = delete;
     ArrayReader& operator=(const ArrayReader&) = delete;
 
+    static constexpr std::uint64_t kAny = std::numeric_limits<std::uint64_t>::max();
+
     // The numbers of a record, in whichever of the three forms it holds them: a binary array, deflated or not; a text
     // array with its child "a"; a plain list. Replaces what `numbers` held. Throws Damage when the array and its
-    // stated length or size do not agree, and for what is not a number.
-    void Read(const Record& record, std::vector<double>& numbers);
-    void Read(const Record& record, std::vector<float>& numbers);
-    void Read(const Record& record, std::vector<std::int64_t>& numbers);
-    void Read(const Record& record, std::vector<std::int32_t>& numbers);
+    // stated length or size do not agree, for what is not a number, and for a deflated array of more numbers than
+    // `most`, before it takes memory.
+    void Read(const Record& record, std::vector<double>& numbers, std::uint64_t most = kAny);
+    void Read(const Record& record, std::vector<float>& numbers, std::uint64_t most = kAny);
+    void Read(const Record& record, std::vector<std::int64_t>& numbers, std::uint64_t most = kAny);
+    void Read(const Record& record, std::vector<std::int32_t>& numbers, std::uint64_t most = kAny);
 
 private:
     template <class Number>
-    void ReadAs(const Record& record, std::vector<Number>& numbers);
+    void ReadAs(const Record& record, std::vector<Number>& numbers, std::uint64_t most);
     template <class Number>
-    void ReadBinary(char code, const ArrayHeader& header, std::string_view bytes, std::size_t offset,
+    void ReadBinary(const Value& value, const ArrayHeader& header, std::size_t offset, std::uint64_t most,
                     std::vector<Number>& numbers);
     void Inflate(std::string_view packed, char* to, std::size_t size, std::size_t offset);
 

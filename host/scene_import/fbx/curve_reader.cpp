@@ -25,6 +25,16 @@ constexpr std::uint32_t kNextLeftWeighted = 0x02000000;
 constexpr double kBiasUnit = 100.0;
 constexpr int kWeightUnit = 10000;
 
+// Times of keys rise, and rising numbers deflate badly: even the plainest steps take more than a byte each. A file
+// that states more of them is made to fill memory.
+constexpr std::uint64_t kMostTimesPerByte = 2;
+
+std::uint64_t MostTimes(const Record& times)
+{
+    const Value stored = times ? times.ValueAt(0) : Value();
+    return stored.IsArray() ? kMostTimesPerByte * stored.Bytes().size() : ArrayReader::kAny;
+}
+
 // One block of key data: slope to the right, slope of the next key to its left, two weights in one float's bits.
 struct Attribute
 {
@@ -100,11 +110,14 @@ double SecondsOf(std::int64_t ticks)
 
 Curve CurveReader::ReadArrays(const Record& record)
 {
-    arrays_.Read(record.Child("KeyTime"), times_);
-    arrays_.Read(record.Child("KeyValueFloat"), values_);
-    arrays_.Read(record.Child("KeyAttrFlags"), flags_);
-    arrays_.Read(record.Child("KeyAttrDataFloat"), data_);
-    arrays_.Read(record.Child("KeyAttrRefCount"), counts_);
+    const Record times = record.Child("KeyTime");
+    arrays_.Read(times, times_, MostTimes(times));
+    const std::size_t most =
+        std::max<std::size_t>(times_.size(), 1); // a block of attributes even without keys
+    arrays_.Read(record.Child("KeyValueFloat"), values_, most);
+    arrays_.Read(record.Child("KeyAttrFlags"), flags_, most);
+    arrays_.Read(record.Child("KeyAttrDataFloat"), data_, most * 4);
+    arrays_.Read(record.Child("KeyAttrRefCount"), counts_, most);
     if (values_.size() != times_.size())
         throw Damage(record.Offset(), "a curve has " + std::to_string(times_.size()) + " times and " +
                                           std::to_string(values_.size()) + " values");

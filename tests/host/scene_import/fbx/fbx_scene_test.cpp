@@ -371,6 +371,23 @@ TEST_F(FbxSceneTest, WhatIsReadOtherwiseIsTold)
     EXPECT_EQ(StopOf(0), 1.0) << "without a stated span, to the last key";
 }
 
+TEST_F(FbxSceneTest, ConstraintsAreToldWhileTheyAreActive)
+{
+    const struct
+    {
+        std::vector<Node> rows;
+        bool active;
+    } cases[] = {{{P("Active", "bool", "", {1})}, true}, {{P("Active", "bool", "", {0})}, false}, {{}, true}};
+    for (const auto& item : cases)
+    {
+        const auto notes = Open({Object("Constraint", 6, "Hold", "Parent-Child", item.rows)}, {});
+        ASSERT_EQ(mobu_host::Scene().Constraints.GetCount(), 1);
+        EXPECT_EQ(mobu_host::Scene().Constraints[0]->Active, item.active);
+        EXPECT_EQ(Tells(notes, "constraints of type \"Parent-Child\" are not solved"), item.active);
+        EXPECT_EQ(notes.Lines().size(), item.active ? 1U : 0U);
+    }
+}
+
 TEST_F(FbxSceneTest, NumbersThatAreNoneAreRefusedAndNothingChanges)
 {
     mobu_host::NewScene();
