@@ -47,7 +47,7 @@ std::size_t SearchForward(const std::vector<float>& times, std::size_t key, floa
     if (key == segments)
         return kNoSegment;
     std::size_t close = key + 1;
-    for (std::size_t end = times.size(); close < end;)
+    for (std::size_t end = segments; close < end;)
     {
         const std::size_t middle = close + (end - close) / 2;
         if (times[middle] < time)
@@ -55,8 +55,6 @@ std::size_t SearchForward(const std::vector<float>& times, std::size_t key, floa
         else
             end = middle;
     }
-    if (close == times.size())
-        return kNoSegment;
     return SegmentIfHolds(times, close - 1, time);
 }
 

@@ -59,6 +59,18 @@ TEST(ExtendedProperties, ComeInTheirOrder)
     EXPECT_EQ(SavedBytes(loaded), expected.data);
 }
 
+TEST(ExtendedProperties, MoveOnTheirOwn)
+{
+    TEV2_NAMED_ANIMATABLE<TEV2_ANIMATABLE_FLOAT32> value;
+    value.SetTime(1.0f); // without a track: nothing
+    value.Update(1.0f);
+    value.track = FloatTrack(1.0f, 2.0f);
+    value.SetTime(1.5f);
+    EXPECT_EQ(value.track->GetValue(), 1.5f);
+    value.Update(0.5f);
+    EXPECT_EQ(value.track->GetValue(), 1.75f);
+}
+
 TEST(ExtendedProperties, RefuseTracksOfAnotherFamily)
 {
     const std::uint32_t own[] = {8, 0, 3, 9};

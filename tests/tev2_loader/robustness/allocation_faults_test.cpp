@@ -5,6 +5,7 @@
 #include <filesystem>
 #include <functional>
 #include <new>
+#include <type_traits>
 
 // Memory that runs out at each allocation: the exception comes through, nothing leaks (a sanitizer sees to that), and
 // the objects may be used on.
@@ -93,6 +94,52 @@ TEST(AllocationFaults, NoneInASave)
     EXPECT_TRUE(scene.Save(writer));
     EXPECT_FALSE(failure.Struck());
     EXPECT_GT(file.bytes.size(), 1000u);
+}
+
+/// How often memory is taken while an object is put to times and moved on.
+template <typename Object>
+long AllocationsOfPlaying(Object& object)
+{
+    const long before = tv2_tests::AllocationCount();
+    for (const float time : {-1.0f, 0.5f, 1.7f, 100.0f, 0.6f})
+    {
+        object.SetTime(time);
+        object.Update(0.3f);
+        object.Update(-7.0f);
+        if constexpr (std::is_base_of_v<TEV2_ANIMATABLE, Object>)
+            object.GetValue();
+    }
+    return tv2_tests::AllocationCount() - before;
+}
+
+TEST(AllocationFaults, NoneInAnEvaluation)
+{
+    TEV2 everything;
+    FillWithEverything(everything, true);
+    const std::vector<std::uint8_t> image = SceneImage(everything);
+    TEV2_MEMORY_CURSOR cursor(image.data(), image.size());
+    TEV2 scene;
+    ASSERT_TRUE(scene.Load(cursor, false));
+    EXPECT_EQ(AllocationsOfPlaying(scene), 0);
+
+    const auto play = [](auto track)
+    {
+        track.Append(0.5f, {});
+        track.Append(2.5f, {});
+        EXPECT_EQ(AllocationsOfPlaying(track), 0) << "kind " << track.GetType();
+    };
+    play(TEV2_ANIMATABLE_FLOAT32_LINEAR());
+    play(TEV2_ANIMATABLE_FLOAT32_RANGE_LINEAR());
+    play(TEV2_ANIMATABLE_COLOUR_LINEAR());
+    play(TEV2_ANIMATABLE_VECTOR_2_LINEAR());
+    play(TEV2_ANIMATABLE_VECTOR_3_LINEAR());
+    play(TEV2_ANIMATABLE_VECTOR_4_LINEAR());
+    play(TEV2_ANIMATABLE_QUATERNION_LERP());
+    play(TEV2_ANIMATABLE_QUATERNION_SLERP());
+    play(TEV2_ANIMATABLE_RECTF_LINEAR());
+    play(TEV2_ANIMATABLE_INT32_RLE());
+    play(TEV2_ANIMATABLE_BINORMAL_TANGENT_LINEAR());
+    play(TEV2_ANIMATABLE_BOUNDING_BOX_LINEAR());
 }
 
 /// A stream does without its large buffer; everything else that a writer needs is an exception when it is not there.

@@ -84,6 +84,8 @@ std::vector<DenseFile> DenseFiles()
         {"ranges", Current().Chunk(
                        6, Bytes().Zeros(46).U32({1, 1, 0, 0, 0}).Append(ArrayOf(Bytes().Zeros(8))).Zeros(8))},
         {"one large body", Current().Chunk(7, Bytes().Zeros(kFileSize))},
+        {"one large light", Current().Chunk(5, Bytes().U32(9).Zeros(kFileSize))},
+        {"one large ambient light", Current().Chunk(4, Bytes().Zeros(kFileSize))},
     };
 }
 
@@ -145,6 +147,62 @@ TEST(LoadMemory, IsNotTakenForClaims)
         Current().Chunk(1, Bytes().U32({23, 0xFFFFFFFFu}).Zeros(88)).Append(Many(Bytes().Chunk(99)));
     EXPECT_LE(Load(claim, {.bytes = 1000}).peak, kMostBesides);
     ExpectRefusedForLimits(Load(claim, {.bytes = 1000}));
+}
+
+/// A skeleton that moves: so many nodes, translated and turned by so many keys each.
+void FillWithMotion(TEV2& scene, std::size_t nodes, std::size_t keys)
+{
+    scene.matrixHierarchy.nodes.resize(nodes);
+    for (TEV2_MATRIX_NODE& node : scene.matrixHierarchy.nodes)
+    {
+        auto translation = std::make_unique<TEV2_ANIMATABLE_VECTOR_3_LINEAR>();
+        auto rotation = std::make_unique<TEV2_ANIMATABLE_QUATERNION_SLERP>();
+        for (std::size_t key = 0; key < keys; ++key)
+        {
+            translation->Append(static_cast<float>(key), {1, 2, 3});
+            rotation->Append(static_cast<float>(key), {});
+        }
+        node.name = Wide(u"a name of usual length");
+        node.translation = std::move(translation);
+        node.rotation = std::move(rotation);
+    }
+}
+
+TEST(LoadMemory, OfAUsualFileAndItsSceneIsLittleMoreThanTwiceTheFile)
+{
+    TEV2 scene;
+    FillWithMotion(scene, 100, 300);
+    const std::string path = TemporaryPath("motion");
+    TEV2_FILE_WRITER writer(TEV2_WIDE_STRING::FromBytes(path), false, false);
+    ASSERT_TRUE(scene.Save(writer) && writer.stream->Close());
+
+    const tv2_tests::AllocationPeak peak;
+    const std::vector<std::uint8_t> image = FileBytes(path);
+    TEV2_LOAD_REPORT report;
+    TEV2_MEMORY_CURSOR cursor(image.data(), image.size(), &report);
+    TEV2 loaded;
+    ASSERT_TRUE(loaded.Load(cursor, true));
+    EXPECT_GT(image.size(), 1'000'000u);
+    EXPECT_LE(static_cast<double>(peak.Bytes()), 2.2 * static_cast<double>(image.size()));
+    std::remove(path.c_str());
+}
+
+TEST(SaveMemory, DoesNotGrowWithTheScene)
+{
+    const std::string path = TemporaryPath("saved");
+    std::vector<std::size_t> peaks;
+    for (const std::size_t nodes : {10u, 100u})
+    {
+        TEV2 scene;
+        FillWithMotion(scene, nodes, nodes);
+        const tv2_tests::AllocationPeak peak;
+        TEV2_FILE_WRITER writer(TEV2_WIDE_STRING::FromBytes(path), false, true);
+        EXPECT_TRUE(scene.Save(writer) && writer.stream->Close());
+        peaks.push_back(peak.Bytes());
+    }
+    EXPECT_GT(peaks[0], 0u);
+    EXPECT_NEAR(static_cast<double>(peaks[0]), static_cast<double>(peaks[1]), 256); // a heap rounds
+    std::remove(path.c_str());
 }
 
 TEST(LoadLimits, OfBytesThatSufficeChangeNothing)

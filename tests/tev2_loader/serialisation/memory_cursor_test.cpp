@@ -152,6 +152,9 @@ TEST(FileImage, ReadsWholeFilesAndSaysWhyItCannot)
 #if !defined(_WIN32)
     bad_paths.emplace_back("/dev/zero");
 #endif
+#if defined(__linux__)
+    bad_paths.emplace_back("/proc/self/mem"); // opens, and cannot be read
+#endif
     for (const std::string& bad : bad_paths)
     {
         std::vector<std::uint8_t> image{1};
