@@ -1,4 +1,6 @@
+#include "exporter/export_tool.h"
 #include "mobu_host/plugin.h"
+#include "mobu_host/ui.h"
 #include "tests/exporter/export_fixture.h"
 #include "tests/support/allocation_watch.h"
 
@@ -109,6 +111,32 @@ TEST_F(AllocationFaults, GiveTheScriptNoSuccess)
             ExpectSound();
     }
     EXPECT_GT(before, 50);
+    EXPECT_EQ(survived, 1); // the large buffer of the file
+}
+
+TEST_F(AllocationFaults, GiveTheMenuFalse)
+{
+    Tev2MotionBuilderExportTool tool;
+    const std::string path = folder_ / "menu.tv2";
+    mobu_host::SetPopupPlayer([](FBPopup& popup) { mobu_host::Click(popup, "EXPORT_BUTTON_REGION_NAME"); });
+    bool struck = true;
+    long before = 0;
+    int survived = 0;
+    for (; struck && !HasFailure(); ++before)
+    {
+        bool completed = false;
+        {
+            const tv2_tests::AllocationFailure failure(before);
+            completed = tool.Execute(path.c_str());
+            struck = failure.Struck();
+        }
+        survived += struck && completed ? 1 : 0;
+        EXPECT_TRUE(struck || completed);
+        if (before % 16 == 0)
+            ExpectSound();
+    }
+    mobu_host::SetPopupPlayer({});
+    EXPECT_GT(before, 100);
     EXPECT_EQ(survived, 1); // the large buffer of the file
 }
 

@@ -313,6 +313,32 @@ TEST_F(ExportDialog, FillsOptionsAndStoresSettings)
         });
 }
 
+TEST_F(ExportDialog, GoesBackToWhatItOfferedFirst)
+{
+    const ExportOptions options = Show(
+        [](FBPopup& popup)
+        {
+            for (const char* const button : {kCustomRate, "Custom", kAllTakesButton})
+                EXPECT_TRUE(mobu_host::Click(popup, button));
+            EXPECT_TRUE(mobu_host::Edit(popup, kRate, 12.5));
+            EXPECT_TRUE(mobu_host::Edit(popup, kStartKey, 20.0));
+            EXPECT_TRUE(mobu_host::Edit(popup, kEndKey, 30.0));
+            for (const char* const button : {kPal, "Export All", kCurrentTake})
+                EXPECT_TRUE(mobu_host::Click(popup, button));
+            for (const char* const button : {kNtsc, kCustomRate, "Custom", kAllTakesButton})
+                EXPECT_FALSE(IsSet(popup, button)) << button;
+            EXPECT_EQ(Number(popup, kRate), 50.0);
+            EXPECT_EQ(Number(popup, kStartKey), 10.0);
+            EXPECT_EQ(Number(popup, kEndKey), 100.0);
+            for (const char* const field : {kRate, kStartKey, kEndKey})
+                EXPECT_FALSE(IsEnabled(popup, field)) << field;
+            mobu_host::Click(popup, kExport);
+        });
+    EXPECT_EQ(options.SamplingRate, 50.0f);
+    EXPECT_EQ(options.UseCustomRange, 0u);
+    EXPECT_EQ(options.AllTakes, 0u);
+}
+
 TEST_F(ExportDialog, EndsSilentlyWhereThereIsNothingToExport)
 {
     const struct

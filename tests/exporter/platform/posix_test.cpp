@@ -1,0 +1,171 @@
+#include "exporter/platform/platform.h"
+#include "exporter/text.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <chrono>
+#include <filesystem>
+#include <fstream>
+#include <iostream>
+#include <poll.h>
+#include <pty.h>
+#include <pwd.h>
+#include <termios.h>
+#include <unistd.h>
+
+namespace tev2_exporter::platform
+{
+namespace
+{
+
+namespace fs = std::filesystem;
+
+std::chrono::sys_seconds Now()
+{
+    return std::chrono::floor<std::chrono::seconds>(std::chrono::system_clock::now());
+}
+
+TEST(Clock, TellsUniversalTimeWhateverTheZone)
+{
+    using namespace std::chrono;
+    const auto before = Now();
+    const UtcTime told = CurrentUtcTime();
+    const year_month_day date{year(told.year), month(static_cast<unsigned>(told.month)),
+                              day(static_cast<unsigned>(told.day))};
+    const sys_seconds time = sys_days(date) + hours(told.hour) + minutes(told.minute) + seconds(told.second);
+    EXPECT_LE(before, time);
+    EXPECT_LE(time, Now());
+}
+
+TEST(User, IsTheOneWhoRunsTheProgram)
+{
+    const passwd* const entry = getpwuid(geteuid());
+    EXPECT_EQ(UserName(), entry ? std::optional<std::string>(entry->pw_name) : std::nullopt);
+}
+
+TEST(ReadOnlyMark, IsSeenAndTakenOffUnderEveryName)
+{
+    const fs::path folder = testing::TempDir() + "read_only_mark";
+    fs::create_directories(folder);
+    const struct
+    {
+        const char* name;    ///< on the disk
+        std::u16string text; ///< as the exporter holds it: each byte a unit, or UTF-16
+    } cases[] = {{"plain.tv2", u"plain.tv2"},
+                 {"caf\xC3\xA9.tv2", Widen("caf\xC3\xA9.tv2")},
+                 {"\xE4\xB8\xAD.tv2", u"\u4E2D.tv2"}};
+    for (const auto& item : cases)
+    {
+        const fs::path file = folder / item.name;
+        const std::u16string path = Widen((folder / "").string()) + item.text;
+        std::ofstream(file) << "old";
+        EXPECT_FALSE(IsReadOnly(path));
+        fs::permissions(file, fs::perms::owner_read | fs::perms::group_read);
+        EXPECT_TRUE(IsReadOnly(path));
+        MakeWritable(path);
+        EXPECT_FALSE(IsReadOnly(path));
+        EXPECT_EQ(fs::status(file).permissions(),
+                  fs::perms::owner_read | fs::perms::owner_write | fs::perms::group_read);
+    }
+    const std::u16string missing = (folder / "missing.tv2").u16string();
+    MakeWritable(missing);
+    for (const std::u16string& none : {missing, std::u16string(), folder.u16string()})
+        EXPECT_FALSE(IsReadOnly(none));
+    EXPECT_FALSE(fs::exists(missing));
+    fs::remove_all(folder);
+}
+
+/// A terminal of its own in the place of standard input and error.
+class Terminal
+{
+public:
+    Terminal()
+    {
+        EXPECT_EQ(openpty(&master_, &slave_, nullptr, nullptr, nullptr), 0);
+        termios mode{};
+        tcgetattr(slave_, &mode);
+        mode.c_lflag &= ~static_cast<tcflag_t>(ECHO); // what is typed does not mix with what is asked
+        tcsetattr(slave_, TCSANOW, &mode);
+        std::cerr.flush();
+        for (const int stream : {STDIN_FILENO, STDERR_FILENO})
+        {
+            kept_[stream] = dup(stream);
+            dup2(slave_, stream);
+        }
+    }
+
+    ~Terminal()
+    {
+        for (const int stream : {STDIN_FILENO, STDERR_FILENO})
+        {
+            dup2(kept_[stream], stream);
+            close(kept_[stream]);
+        }
+        close(slave_);
+        close(master_);
+    }
+
+    Terminal(const Terminal&) = delete;
+    Terminal& operator=(const Terminal&) = delete;
+
+    void Type(const std::string& keys) const
+    {
+        EXPECT_EQ(write(master_, keys.data(), keys.size()), static_cast<ssize_t>(keys.size()));
+    }
+
+    /// What comes to stand on the screen, up to such an end.
+    std::string ScreenUpTo(const std::string& end) const
+    {
+        std::string screen;
+        pollfd arrival{master_, POLLIN, 0};
+        while (!screen.ends_with(end) && poll(&arrival, 1, 1000) == 1)
+        {
+            char text[256];
+            screen.append(text,
+                          static_cast<std::size_t>(std::max<ssize_t>(read(master_, text, sizeof text), 0)));
+        }
+        return screen;
+    }
+
+private:
+    int master_ = -1;
+    int slave_ = -1;
+    int kept_[STDERR_FILENO + 1] = {};
+};
+
+TEST(Question, IsAskedOnTheTerminalAndTakesAnAnswer)
+{
+    const struct
+    {
+        const char* typed;
+        bool ok;
+    } cases[] = {{"o\n", true},  {"OK\n", true}, {"y\n", true},    {"Yes\n", true}, {"\n", false},
+                 {"c\n", false}, {"n\n", false}, {"ok \n", false}, {"\4", false}};
+    for (const auto& item : cases)
+    {
+        const Terminal terminal;
+        terminal.Type(item.typed);
+        EXPECT_EQ(AskOkCancel(u"Caption", Widen("Write over caf\xC3\xA9.tv2?")), item.ok) << item.typed;
+        EXPECT_EQ(terminal.ScreenUpTo("[C]ancel? "),
+                  "\r\nCaption\r\nWrite over caf\xC3\xA9.tv2?\r\n[o]k or [C]ancel? ");
+        std::cin.clear(); // after an end of input
+    }
+}
+
+TEST(Question, IsNotAskedWhereThereIsNoTerminal)
+{
+    const Terminal terminal;
+    int ends[2];
+    ASSERT_EQ(pipe(ends), 0);
+    ASSERT_EQ(write(ends[1], "ok\n", 3), 3);
+    dup2(ends[0], STDIN_FILENO);
+    EXPECT_FALSE(AskOkCancel(u"Caption", u"Text"));
+    char typed[4];
+    EXPECT_EQ(read(ends[0], typed, sizeof typed), 3) << "and nothing of the input is taken";
+    close(ends[0]);
+    close(ends[1]);
+}
+
+} // namespace
+} // namespace tev2_exporter::platform

@@ -1,0 +1,99 @@
+#include "exporter/platform/settings_store.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+
+namespace tev2_exporter::platform
+{
+namespace
+{
+
+namespace fs = std::filesystem;
+
+/// A home of its own for each test.
+class SettingsStore : public testing::Test
+{
+protected:
+    void SetUp() override
+    {
+        fs::remove_all(home_);
+        fs::create_directories(home_);
+        Set("XDG_CONFIG_HOME", nullptr);
+        Set("HOME", home_.c_str());
+    }
+
+    void TearDown() override { fs::remove_all(home_); }
+
+    static void Set(const char* variable, const char* value)
+    {
+        if (value)
+            setenv(variable, value, 1);
+        else
+            unsetenv(variable);
+    }
+
+    const fs::path home_ = testing::TempDir() + "settings_store_" +
+                           testing::UnitTest::GetInstance()->current_test_info()->name();
+};
+
+TEST_F(SettingsStore, LiesWhereTheSystemKeepsSettings)
+{
+    const std::string other = home_ / "other";
+    const struct
+    {
+        const char* configuration;
+        const char* home;
+        fs::path file; ///< empty: nowhere
+    } cases[] = {
+        {nullptr, home_.c_str(), home_ / ".config/Tev2_Exporter_MB/settings"},
+        {"", home_.c_str(), home_ / ".config/Tev2_Exporter_MB/settings"},
+        {other.c_str(), home_.c_str(), other + "/Tev2_Exporter_MB/settings"},
+        {other.c_str(), nullptr, other + "/Tev2_Exporter_MB/settings"},
+        {nullptr, nullptr, {}},
+        {"", "", {}},
+    };
+    for (const auto& item : cases)
+    {
+        fs::remove_all(home_);
+        Set("XDG_CONFIG_HOME", item.configuration);
+        Set("HOME", item.home);
+        SettingsWriter().Write("name", "text");
+        EXPECT_EQ(fs::exists(home_), !item.file.empty());
+        EXPECT_EQ(SettingsReader().Read("name").value_or("none"), item.file.empty() ? "none" : "text");
+        EXPECT_TRUE(item.file.empty() || fs::is_regular_file(item.file)) << item.file;
+    }
+}
+
+TEST_F(SettingsStore, TakesLinesOfItsOwnFormAlone)
+{
+    const fs::path file = home_ / ".config/Tev2_Exporter_MB/settings";
+    fs::create_directories(file.parent_path());
+    std::ofstream(file) << "no value\na=1=2\n\nlong=" << std::string(63, 'x')
+                        << "\nlonger=" << std::string(64, 'x') << "\nb=";
+    const SettingsReader reader;
+    EXPECT_EQ(reader.Read("a"), "1=2");
+    EXPECT_EQ(reader.Read("b"), "");
+    EXPECT_EQ(reader.Read("long"), std::string(63, 'x'));
+    for (const char* const none : {"longer", "no value", ""})
+        EXPECT_EQ(reader.Read(none), std::nullopt) << none;
+}
+
+TEST_F(SettingsStore, WritesWholeFilesInPlaceOfTheOld)
+{
+    SettingsWriter().Write("old", "1");
+    {
+        SettingsWriter writer;
+        writer.Write("a", "1");
+        writer.Write("b", "2");
+        EXPECT_EQ(SettingsReader().Read("old"), "1") << "until the writer is done";
+    }
+    EXPECT_EQ(SettingsReader().Read("old"), std::nullopt);
+    EXPECT_EQ(SettingsReader().Read("a"), "1");
+    EXPECT_EQ(SettingsReader().Read("b"), "2");
+}
+
+} // namespace
+} // namespace tev2_exporter::platform
