@@ -14,6 +14,8 @@ else()
     target_compile_options(tv2_build_flags INTERFACE -Wall -Wextra -Wpedantic -Wshadow -Wconversion
                            -Wdouble-promotion -Wold-style-cast -Werror)
     if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
+        # Position-independent code may inline its own functions: nothing here is replaced at load time.
+        target_compile_options(tv2_build_flags INTERFACE -fno-semantic-interposition)
         # GCC 12 sees overlapping copies in string concatenation where there are none.
         target_compile_options(tv2_build_flags INTERFACE -Wno-restrict)
         if(TV2_SANITIZE)

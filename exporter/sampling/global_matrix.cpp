@@ -45,7 +45,7 @@ TEV2_MATRIX_3X4 ConvertCamera(FBCamera& camera, FBMatrix& global)
 
     const TEV2_VECTOR_3 position = ConvertTranslation(global);
     const TEV2_QUATERNION roll = RotationAbout(view, -Radians(camera.Roll));
-    const TEV2_MATRIX_3X4 rolled = ToMatrix(Product(roll, ToQuaternion(basis)), position);
+    const TEV2_MATRIX_3X4 rolled = RigidMatrix(Product(roll, ToQuaternion(basis)), position);
 
     TEV2_VECTOR_3 pivot{0.0f, 0.0f, 0.0f};
     if (FBModel* interest = camera.Interest)
@@ -55,8 +55,8 @@ TEV2_MATRIX_3X4 ConvertCamera(FBCamera& camera, FBMatrix& global)
     }
     const TEV2_QUATERNION turn = RotationAbout(Column(rolled, 1), -Radians(camera.TurnTable));
     const TEV2_VECTOR_3 arm{position.x - pivot.x, position.y - pivot.y, position.z - pivot.z};
-    const TEV2_VECTOR_3 turned = TransformPoint(ToMatrix(turn, {0.0f, 0.0f, 0.0f}), arm);
-    return ToMatrix(Product(turn, ToQuaternion(rolled)),
+    const TEV2_VECTOR_3 turned = TransformPoint(RigidMatrix(turn, {0.0f, 0.0f, 0.0f}), arm);
+    return RigidMatrix(Product(turn, ToQuaternion(rolled)),
                     {pivot.x + turned.x, pivot.y + turned.y, pivot.z + turned.z});
 }
 

@@ -50,13 +50,6 @@ TEV2_QUATERNION ToQuaternion(const TEV2_MATRIX_3X4& matrix)
     return {q[0], q[1], q[2], -(m[j][k] - m[k][j]) * f};
 }
 
-TEV2_MATRIX_3X4 ToMatrix(const TEV2_QUATERNION& rotation, const TEV2_VECTOR_3& translation)
-{
-    TEV2_MATRIX_3X4 matrix = RotationMatrix(rotation);
-    SetColumn(matrix, 3, translation);
-    return matrix;
-}
-
 TEV2_QUATERNION RotationAbout(const TEV2_VECTOR_3& axis, float angle)
 {
     const auto exact = numerics::SineAndCosine(static_cast<double>(angle * 0.5f));

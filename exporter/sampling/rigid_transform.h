@@ -24,9 +24,6 @@ TEV2_VECTOR_3 Normalised(const TEV2_VECTOR_3& vector);
 // Quaternion of the rotation in columns 0 to 2. Neither normalised nor given a preferred sign.
 TEV2_QUATERNION ToQuaternion(const TEV2_MATRIX_3X4& matrix);
 
-// Matrix of a unit quaternion (not normalised here) with `translation` in column 3.
-TEV2_MATRIX_3X4 ToMatrix(const TEV2_QUATERNION& rotation, const TEV2_VECTOR_3& translation);
-
 // Rotation by `angle` (radians) about `axis` (unit length).
 TEV2_QUATERNION RotationAbout(const TEV2_VECTOR_3& axis, float angle);
 

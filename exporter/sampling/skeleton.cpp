@@ -47,7 +47,7 @@ void AppendTransformKeys(ExportSubtree& subtree, TEV2_MATRIX_HIERARCHY& hierarch
         const TEV2_MATRIX_3X4 converted = ConvertGlobalMatrix(*exported.model);
         const TEV2_VECTOR_3 translation = Column(converted, 3);
         const TEV2_QUATERNION rotation = ToQuaternion(converted);
-        const TEV2_MATRIX_3X4 global = ToMatrix(rotation, translation);
+        const TEV2_MATRIX_3X4 global = RigidMatrix(rotation, translation);
         if (exported.has_children)
             exported.inverse = Inverse(global);
 

@@ -1,9 +1,10 @@
 #include "tev2_loader/records/matrix_hierarchy.h"
 
 #include "tev2_loader/serialisation/arrays.h"
+#include "tev2_loader/tracks/linear_tracks.h"
+#include "tev2_loader/tracks/quaternion_tracks.h"
 
-#include <algorithm>
-#include <array>
+#include <typeinfo>
 
 namespace TEV2_LOADER
 {
@@ -14,6 +15,45 @@ namespace
 /// An empty name, a parent, two absent tracks, an empty text and five empty property arrays; older layouts
 /// have more.
 constexpr std::size_t kLeastNode = 2 + 4 + 2 * 4 + 2 + 5 * 4;
+
+/// The track as one of this class when it is nothing else: what it does needs no look at its table then.
+template <typename Concrete, typename Family>
+const Concrete* Exactly(const Family& track)
+{
+    return &typeid(track) == &typeid(Concrete) ? static_cast<const Concrete*>(&track) : nullptr;
+}
+
+template <typename Usual, typename Family>
+typename Family::Value PresentValue(const Family& track)
+{
+    const Usual* usual = Exactly<Usual>(track);
+    return usual != nullptr ? usual->GetValue() : track.GetValue();
+}
+
+void Prefetch([[maybe_unused]] const void* memory)
+{
+#if defined(__GNUC__)
+    __builtin_prefetch(memory);
+#endif
+}
+
+void PrefetchTrack(const TEV2_ANIMATABLE* track)
+{
+    Prefetch(track);
+    Prefetch(reinterpret_cast<const char*>(track) + 64);
+}
+
+/// The keys around a segment.
+template <typename Usual, typename Family>
+void PrefetchKeys(const Family* track, std::size_t key)
+{
+    const Usual* usual = track != nullptr ? Exactly<Usual>(*track) : nullptr;
+    if (usual == nullptr || key + 1 >= usual->m_values.size())
+        return;
+    Prefetch(usual->m_times.data() + key);
+    Prefetch(usual->m_values.data() + key);
+    Prefetch(reinterpret_cast<const char*>(usual->m_values.data() + key + 2) - 1);
+}
 
 /// A 4x4 matrix column by column, the last row of no use.
 void LoadLegacyMatrix(TEV2_MEMORY_CURSOR& cursor, TEV2_MATRIX_3X4& matrix)
@@ -58,43 +98,29 @@ bool TEV2_MATRIX_NODE::Save(TEV2_FILE_WRITER& writer) const
 
 void TEV2_MATRIX_NODE::Update(float delta_time)
 {
-    MoveTracks(delta_time);
-    FormWorldMatrix(PresentPlace());
+    UpdateEach(delta_time, translation, rotation, scale);
+    FormWorldMatrix();
 }
 
 void TEV2_MATRIX_NODE::SetTime(float time)
 {
-    PutTracks(time);
-    FormWorldMatrix(PresentPlace());
+    SetTimeEach(time, translation, rotation, scale);
+    FormWorldMatrix();
 }
 
-TEV2_MATRIX_NODE::Place TEV2_MATRIX_NODE::PresentPlace() const
+void TEV2_MATRIX_NODE::FormWorldMatrix()
 {
-    Place place;
-    if (rotation)
-        place.rotation = rotation->GetValue();
-    if (translation)
-        place.translation = translation->GetValue();
-    if (scale)
-        place.scale = scale->GetValue();
-    return place;
-}
-
-void TEV2_MATRIX_NODE::FormWorldMatrix(const Place& place)
-{
-    TEV2_MATRIX_3X4 local = RotationMatrix(place.rotation);
+    const TEV2_VECTOR_3 place =
+        translation ? PresentValue<TEV2_ANIMATABLE_VECTOR_3_LINEAR>(*translation) : TEV2_VECTOR_3{};
+    const TEV2_QUATERNION turn =
+        rotation ? PresentValue<TEV2_ANIMATABLE_QUATERNION_SLERP>(*rotation) : TEV2_QUATERNION{};
+    TEV2_MATRIX_3X4 local = RigidMatrix(turn, place);
     if (scale)
     {
+        const TEV2_VECTOR_3 factors = scale->GetValue();
         for (auto& row : local.m)
-        {
-            row[0] *= place.scale.x;
-            row[1] *= place.scale.y;
-            row[2] *= place.scale.z;
-        }
+            (Float4::Load(row) * Float4::Of(factors.x, factors.y, factors.z, 1.0f)).Store(row);
     }
-    local.m[0][3] = place.translation.x;
-    local.m[1][3] = place.translation.y;
-    local.m[2][3] = place.translation.z;
     worldMatrix = parentMatrix != nullptr ? Product(*parentMatrix, local) : local;
 }
 
@@ -129,34 +155,45 @@ bool TEV2_MATRIX_HIERARCHY::Save(TEV2_FILE_WRITER& writer) const
     return SaveRecords(writer, nodes);
 }
 
-/// In batches, and step by step within each: what the tracks of many nodes are waiting for from memory then
-/// comes at the same time.
+/// Calls for the tracks of nodes some way ahead, and for the keys that they will need halfway there, so that what
+/// has to come from memory comes while other nodes are worked on.
 template <typename Move>
 void TEV2_MATRIX_HIERARCHY::Evaluate(Move move)
 {
-    constexpr std::size_t kBatch = 16;
-    std::array<TEV2_MATRIX_NODE::Place, kBatch> places;
-    for (std::size_t first = 0; first < nodes.size(); first += kBatch)
+    constexpr std::size_t kTracksAhead = 24;
+    constexpr std::size_t kKeysAhead = 12;
+    std::uint32_t near_key = 0;
+    for (std::size_t index = 0; index < nodes.size(); ++index)
     {
-        const std::size_t count = std::min(kBatch, nodes.size() - first);
-        TEV2_MATRIX_NODE* const batch = &nodes[first];
-        for (std::size_t index = 0; index < count; ++index)
-            move(batch[index]);
-        for (std::size_t index = 0; index < count; ++index)
-            places[index] = batch[index].PresentPlace();
-        for (std::size_t index = 0; index < count; ++index)
-            batch[index].FormWorldMatrix(places[index]);
+        if (index + kTracksAhead < nodes.size())
+        {
+            const TEV2_MATRIX_NODE& far = nodes[index + kTracksAhead];
+            PrefetchTrack(far.translation.get());
+            PrefetchTrack(far.rotation.get());
+            const TEV2_MATRIX_NODE& near = nodes[index + kKeysAhead];
+            PrefetchKeys<TEV2_ANIMATABLE_VECTOR_3_LINEAR>(near.translation.get(), near_key);
+            PrefetchKeys<TEV2_ANIMATABLE_QUATERNION_SLERP>(near.rotation.get(), near_key);
+        }
+        TEV2_MATRIX_NODE& node = nodes[index];
+        for (TEV2_ANIMATABLE* track : std::initializer_list<TEV2_ANIMATABLE*>{
+                 node.translation.get(), node.rotation.get(), node.scale.get()})
+        {
+            if (track != nullptr)
+                move(*track, near_key);
+        }
+        node.FormWorldMatrix();
     }
 }
 
 void TEV2_MATRIX_HIERARCHY::Update(float delta_time)
 {
-    Evaluate([delta_time](TEV2_MATRIX_NODE& node) { node.MoveTracks(delta_time); });
+    Evaluate([delta_time](TEV2_ANIMATABLE& track, std::uint32_t& near_key)
+             { track.Update(delta_time, near_key); });
 }
 
 void TEV2_MATRIX_HIERARCHY::SetTime(float time)
 {
-    Evaluate([time](TEV2_MATRIX_NODE& node) { node.PutTracks(time); });
+    Evaluate([time](TEV2_ANIMATABLE& track, std::uint32_t& near_key) { track.SetTime(time, near_key); });
 }
 
 } // namespace TEV2_LOADER

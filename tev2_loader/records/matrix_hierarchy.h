@@ -49,18 +49,7 @@ public:
 private:
     friend class TEV2_MATRIX_HIERARCHY;
 
-    /// The present values of the tracks.
-    struct Place
-    {
-        TEV2_QUATERNION rotation;
-        TEV2_VECTOR_3 translation;
-        TEV2_VECTOR_3 scale;
-    };
-
-    void MoveTracks(float delta_time) { UpdateEach(delta_time, translation, rotation, scale); }
-    void PutTracks(float time) { SetTimeEach(time, translation, rotation, scale); }
-    Place PresentPlace() const;
-    void FormWorldMatrix(const Place& place);
+    void FormWorldMatrix();
 };
 
 /// The skeleton: nodes in file order, every parent before its children.

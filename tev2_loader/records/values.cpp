@@ -1,58 +1,7 @@
 #include "tev2_loader/records/values.h"
 
-#include <cstring>
-
 namespace TEV2_LOADER
 {
-
-namespace
-{
-
-/// A row of a matrix, worked on as a whole.
-#if defined(__GNUC__)
-using Row = float __attribute__((vector_size(16)));
-#else
-struct Row
-{
-    float column[4];
-
-    friend Row operator*(float factor, const Row& row)
-    {
-        const auto& [a, b, c, d] = row.column;
-        return {factor * a, factor * b, factor * c, factor * d};
-    }
-    friend Row operator+(const Row& left, const Row& right)
-    {
-        const auto& [a, b, c, d] = left.column;
-        const auto& [e, f, g, h] = right.column;
-        return {a + e, b + f, c + g, d + h};
-    }
-};
-#endif
-
-Row RowOf(const float (&columns)[4])
-{
-    Row row;
-    std::memcpy(&row, columns, sizeof row);
-    return row;
-}
-
-} // namespace
-
-TEV2_MATRIX_3X4 Product(const TEV2_MATRIX_3X4& left, const TEV2_MATRIX_3X4& right)
-{
-    const Row right_rows[3] = {RowOf(right.m[0]), RowOf(right.m[1]), RowOf(right.m[2])};
-    TEV2_MATRIX_3X4 product;
-    for (int row = 0; row < 3; ++row)
-    {
-        const float* a = left.m[row];
-        // Adding -0 leaves every number as it is, its sign included.
-        const Row place = {-0.0f, -0.0f, -0.0f, a[3]};
-        const Row sum = a[0] * right_rows[0] + a[1] * right_rows[1] + a[2] * right_rows[2] + place;
-        std::memcpy(product.m[row], &sum, sizeof sum);
-    }
-    return product;
-}
 
 TEV2_MATRIX_3X4 Inverse(const TEV2_MATRIX_3X4& matrix)
 {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "tev2_loader/records/float4.h"
 #include "tev2_loader/records/object_bases.h"
 
 #include <cstddef>
@@ -62,27 +63,44 @@ struct TEV2_MATRIX_3X4
 };
 
 /// left times right: the transform that applies right first.
-TEV2_MATRIX_3X4 Product(const TEV2_MATRIX_3X4& left, const TEV2_MATRIX_3X4& right);
+inline TEV2_MATRIX_3X4 Product(const TEV2_MATRIX_3X4& left, const TEV2_MATRIX_3X4& right)
+{
+    const Float4 rows[3] = {Float4::Load(right.m[0]), Float4::Load(right.m[1]), Float4::Load(right.m[2])};
+    TEV2_MATRIX_3X4 product;
+    for (int row = 0; row < 3; ++row)
+    {
+        const Float4 a = Float4::Load(left.m[row]);
+        const Float4 sum = Pick<0, 0, 0, 0>(a) * rows[0] + Pick<1, 1, 1, 1>(a) * rows[1] +
+                           Pick<2, 2, 2, 2>(a) * rows[2] + LastAlone(a);
+        sum.Store(product.m[row]);
+    }
+    return product;
+}
 
 /// The affine inverse: cofactors divided by the determinant. Of a matrix that has none it gives values that
 /// are not finite.
 TEV2_MATRIX_3X4 Inverse(const TEV2_MATRIX_3X4& matrix);
 
-/// The rotation of a unit quaternion, without translation. Not normalised: another quaternion gives another
-/// matrix.
-inline TEV2_MATRIX_3X4 RotationMatrix(const TEV2_QUATERNION& q)
+/// The matrix of a unit quaternion and a translation. Not normalised: another quaternion gives another matrix.
+///     1 - 2yy - 2zz    2xy - 2wz        2xz + 2wy        tx
+///     2xy + 2wz        1 - 2xx - 2zz    2yz - 2wx        ty
+///     2xz - 2wy        2yz + 2wx        1 - 2xx - 2yy    tz
+inline TEV2_MATRIX_3X4 RigidMatrix(const TEV2_QUATERNION& rotation, const TEV2_VECTOR_3& translation)
 {
-    const auto [x, y, z, w] = q;
+    const Float4 q = Float4::Load(&rotation.x);
+    const Float4 t = Float4::Of(translation.x, translation.y, translation.z, 0.0f);
+    const Float4 twice = q + q;
+    const Float4 squares = twice * q;                                    // 2xx, 2yy, 2zz
+    const Float4 mixed = Pick<0, 0, 1, 3>(twice) * Pick<1, 2, 2, 3>(q);  // 2xy, 2xz, 2yz
+    const Float4 with_w = Pick<3, 3, 3, 3>(twice) * Pick<2, 1, 0, 3>(q); // 2wz, 2wy, 2wx
+    const Float4 diagonal =
+        Float4::Of(1.0f, 1.0f, 1.0f, 1.0f) - Pick<1, 0, 0, 3>(squares) - Pick<2, 2, 1, 3>(squares);
+    const Float4 sums = mixed + with_w;        // m10, m02, m21
+    const Float4 differences = mixed - with_w; // m01, m20, m12
     TEV2_MATRIX_3X4 matrix;
-    matrix.m[0][0] = 1.0f - 2.0f * y * y - 2.0f * z * z;
-    matrix.m[0][1] = 2.0f * x * y - 2.0f * w * z;
-    matrix.m[0][2] = 2.0f * x * z + 2.0f * w * y;
-    matrix.m[1][0] = 2.0f * x * y + 2.0f * w * z;
-    matrix.m[1][1] = 1.0f - 2.0f * x * x - 2.0f * z * z;
-    matrix.m[1][2] = 2.0f * y * z - 2.0f * w * x;
-    matrix.m[2][0] = 2.0f * x * z - 2.0f * w * y;
-    matrix.m[2][1] = 2.0f * y * z + 2.0f * w * x;
-    matrix.m[2][2] = 1.0f - 2.0f * x * x - 2.0f * y * y;
+    Pick<0, 2, 0, 2>(Pick<0, 0, 0, 0>(diagonal, differences), Pick<1, 1, 0, 0>(sums, t)).Store(matrix.m[0]);
+    Pick<0, 2, 0, 2>(Pick<0, 0, 1, 1>(sums, diagonal), Pick<2, 2, 1, 1>(differences, t)).Store(matrix.m[1]);
+    Pick<0, 2, 0, 2>(Pick<1, 1, 2, 2>(differences, sums), Pick<2, 2, 2, 2>(diagonal, t)).Store(matrix.m[2]);
     return matrix;
 }
 

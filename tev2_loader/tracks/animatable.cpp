@@ -13,13 +13,6 @@ namespace
 
 constexpr std::size_t kNoSegment = ~std::size_t{0};
 
-/// Whether the time lies between the two keys of a segment and on neither. In ascending times no other segment
-/// holds it then, so that any way to find the segment finds the same.
-bool HoldsInside(const float* times, std::size_t key, float time)
-{
-    return times[key] < time && time < times[key + 1];
-}
-
 /// So many neighbouring segments are tried one by one before the rest is bisected: playback mostly moves by
 /// one.
 constexpr std::size_t kNearSegments = 4;
@@ -100,71 +93,41 @@ bool TEV2_ANIMATABLE::Save(TEV2_FILE_WRITER& writer) const
     return saved;
 }
 
-std::size_t TEV2_ANIMATABLE::PresentSegment() const
-{
-    return std::min<std::size_t>(m_current_key, m_times.size() - 2);
-}
-
-float TEV2_ANIMATABLE::PresentTime(std::size_t key) const
-{
-    return m_times[key] + (m_times[key + 1] - m_times[key]) * m_fraction;
-}
-
-void TEV2_ANIMATABLE::EnterSegment(std::size_t key, float time)
-{
-    const float opening = m_times[key];
-    const float span = m_times[key + 1] - opening;
-    m_current_key = static_cast<std::uint32_t>(key);
-    m_fraction = span > 0.0f ? (time - opening) / span : 0.0f;
-}
-
 void TEV2_ANIMATABLE::Update(float delta_time)
 {
-    if (m_times.size() < 2)
-        return;
+    std::uint32_t near_key = m_current_key;
+    Update(delta_time, near_key);
+}
 
-    const std::size_t key = PresentSegment();
-    const float time = PresentTime(key) + delta_time;
-    if (MoveInside(key, time))
-        return;
+void TEV2_ANIMATABLE::SetTime(float time)
+{
+    std::uint32_t near_key = m_current_key;
+    SetTime(time, near_key);
+}
+
+void TEV2_ANIMATABLE::Wrap(float time)
+{
     const float first = m_times.front();
     const float last = m_times.back();
-    if (last >= time)
-    {
-        Search(key, time);
-        return;
-    }
     const float span = last - first;
     const float lengths = (time - last) / span;
     const float wrapped = lengths - std::trunc(lengths + 0.5f);
     SetTime(wrapped * span + first);
 }
 
-void TEV2_ANIMATABLE::SetTime(float time)
-{
-    if (m_times.size() < 2)
-        return;
-    const std::size_t key = PresentSegment();
-    if (!MoveInside(key, time))
-        Search(key, time);
-}
-
 /// The segments that playback mostly needs, and then the one where the time should lie if the keys stand as far
 /// apart as here: mostly right, since tracks are sampled at a fixed rate.
-bool TEV2_ANIMATABLE::MoveInside(std::size_t key, float time)
+bool TEV2_ANIMATABLE::MoveNearby(std::size_t key, float time)
 {
+    if (MoveInside(key, time))
+        return true;
     const float* times = m_times.data();
     const std::size_t last_segment = m_times.size() - 2;
-    if (HoldsInside(times, key, time))
-    {
-        EnterSegment(key, time);
-        return true;
-    }
     const bool forward = time - PresentTime(key) >= 0.0f;
     if (forward ? key == last_segment : key == 0)
         return false;
     std::size_t nearby = forward ? key + 1 : key - 1;
-    if (!HoldsInside(times, nearby, time))
+    if (!MoveInside(nearby, time))
     {
         const float guess = static_cast<float>(key) + (time - times[key]) / (times[key + 1] - times[key]);
         if (!(guess >= 0.0f && guess <= static_cast<float>(last_segment)))
@@ -174,15 +137,15 @@ bool TEV2_ANIMATABLE::MoveInside(std::size_t key, float time)
             ++nearby;
         else if (nearby > 0 && time < times[nearby])
             --nearby;
-        if (!HoldsInside(times, nearby, time) || (nearby > key) != forward)
-            return false;
+        return (nearby > key) == forward && MoveInside(nearby, time);
     }
-    EnterSegment(nearby, time);
     return true;
 }
 
 void TEV2_ANIMATABLE::Search(std::size_t key, float time)
 {
+    if (MoveNearby(key, time))
+        return;
     const std::size_t count = m_times.size();
     if (time >= m_times.back())
     {
@@ -205,8 +168,12 @@ void TEV2_ANIMATABLE::Search(std::size_t key, float time)
         segment = SearchForward(m_times, key, time);
     else
         segment = SearchBackward(m_times, key, time);
-    if (segment != kNoSegment)
-        EnterSegment(segment, time);
+    if (segment == kNoSegment)
+        return;
+    const float opening = m_times[segment];
+    const float span = m_times[segment + 1] - opening;
+    m_current_key = static_cast<std::uint32_t>(segment);
+    m_fraction = span > 0.0f ? (time - opening) / span : 0.0f;
 }
 
 } // namespace TEV2_LOADER

@@ -60,8 +60,8 @@ TEST(RigidTransform, InvertsAndComposesWhatItMadeOfQuaternions)
         const TEV2_QUATERNION a = RotationAbout(axis, 6.0f * any(random));
         const TEV2_QUATERNION b =
             RotationAbout(Normalised({any(random), 1.0f, any(random)}), 6.0f * any(random));
-        const TEV2_MATRIX_3X4 product = Product(ToMatrix(a, {1, 2, 3}), ToMatrix(b, {4, 5, 6}));
-        const TEV2_MATRIX_3X4 composed = ToMatrix(Product(a, b), {0, 0, 0});
+        const TEV2_MATRIX_3X4 product = Product(RigidMatrix(a, {1, 2, 3}), RigidMatrix(b, {4, 5, 6}));
+        const TEV2_MATRIX_3X4 composed = RigidMatrix(Product(a, b), {0, 0, 0});
         const TEV2_MATRIX_3X4 identity = Product(Inverse(product), product);
         for (int row = 0; row < 3; ++row)
             for (int column = 0; column < 4; ++column)
@@ -73,11 +73,11 @@ TEST(RigidTransform, InvertsAndComposesWhatItMadeOfQuaternions)
                 EXPECT_NEAR(identity.m[row][column], row == column ? 1.0f : 0.0f, 1e-5f);
             }
         // A turn about an axis leaves the axis where it is and has the sense of a right hand.
-        const TEV2_VECTOR_3 turned = TransformPoint(ToMatrix(a, {0, 0, 0}), axis);
+        const TEV2_VECTOR_3 turned = TransformPoint(RigidMatrix(a, {0, 0, 0}), axis);
         EXPECT_NEAR(turned.x, axis.x, 2e-6f);
     }
     const TEV2_VECTOR_3 y =
-        TransformPoint(ToMatrix(RotationAbout({1, 0, 0}, 1.5707964f), {0, 0, 0}), {0, 1, 0});
+        TransformPoint(RigidMatrix(RotationAbout({1, 0, 0}, 1.5707964f), {0, 0, 0}), {0, 1, 0});
     EXPECT_NEAR(y.z, 1.0f, 1e-6f);
 }
 

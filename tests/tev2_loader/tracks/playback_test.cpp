@@ -1,4 +1,4 @@
-#include "tev2_loader/tracks/linear_tracks.h"
+#include "tests/tev2_loader/plain_evaluation.h"
 
 #include <algorithm>
 #include <cmath>
@@ -7,6 +7,7 @@
 #include <random>
 
 using namespace TEV2_LOADER;
+namespace plain = tev2_tests::plain;
 
 namespace
 {
@@ -92,42 +93,6 @@ TEST(Update, MovesOnAndWraps)
     }
 }
 
-/// The search key by key that the library's search must agree with.
-void SetTimeStepByStep(TEV2_ANIMATABLE& track, float time)
-{
-    const std::vector<float>& times = track.m_times;
-    const std::size_t count = times.size();
-    if (time >= times.back())
-    {
-        track.m_current_key = static_cast<std::uint32_t>(count - 2);
-        track.m_fraction = 1.0f;
-        return;
-    }
-    if (times.front() >= time)
-    {
-        track.m_current_key = 0;
-        track.m_fraction = 0.0f;
-        return;
-    }
-    std::size_t key = track.m_current_key;
-    const float present = times[key] + (times[key + 1] - times[key]) * track.m_fraction;
-    const auto holds = [&] { return times[key] <= time && times[key + 1] >= time; };
-    if (time - present >= 0.0f)
-    {
-        while (key < count - 1 && !holds())
-            ++key;
-        if (key == count - 1)
-            return;
-    }
-    else
-    {
-        while (!holds())
-            --key;
-    }
-    track.m_current_key = static_cast<std::uint32_t>(key);
-    track.m_fraction = (time - times[key]) / (times[key + 1] - times[key]);
-}
-
 TEST(SetTime, FindsWhatASearchKeyByKeyFinds)
 {
     std::mt19937 random(20170401);
@@ -150,7 +115,7 @@ TEST(SetTime, FindsWhatASearchKeyByKeyFinds)
             if (jump % 3 == 2)
                 to = fast.m_times[fast.m_current_key] + static_cast<float>(random() % 200) / 100.0f - 1.0f;
             fast.SetTime(to);
-            SetTimeStepByStep(slow, to);
+            plain::SetTime(slow, to);
             ASSERT_EQ(fast.m_current_key, slow.m_current_key) << "round " << round << ", to " << to;
             ASSERT_EQ(fast.m_fraction, slow.m_fraction) << "round " << round << ", to " << to;
         }

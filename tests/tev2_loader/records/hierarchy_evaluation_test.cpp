@@ -1,0 +1,193 @@
+#include "tests/tev2_loader/plain_evaluation.h"
+
+#include <bit>
+#include <functional>
+#include <gtest/gtest.h>
+#include <random>
+
+using namespace TEV2_LOADER;
+namespace plain = tev2_tests::plain;
+
+namespace
+{
+
+/// Two skeletons alike, one for the library and one for the plain formula: tracks with the same times and with
+/// times of their own, constants, none; rotations of both kinds, unit and not, parallel and far apart; values
+/// from tiny to large, zeros of both signs.
+class Skeletons
+{
+public:
+    explicit Skeletons(unsigned seed) : random_(seed)
+    {
+        for (std::size_t key = 0; key < 200; ++key)
+            shared_times_.push_back(static_cast<float>(key) / 30.0f);
+        const std::size_t count = 1 + random_() % 90;
+        fast.nodes.resize(count);
+        slow.nodes.resize(count);
+        for (std::size_t index = 0; index < count; ++index)
+        {
+            TEV2_MATRIX_NODE& node = fast.nodes[index];
+            node.parentIndex = static_cast<std::int32_t>(random_() % (index + 1)) - 1;
+            if (random_() % 8 != 0)
+                node.translation = Track<TEV2_ANIMATABLE_VECTOR_3_LINEAR>([this] { return Vector(); });
+            if (random_() % 8 != 0)
+                node.rotation = Rotation();
+            if (random_() % 4 == 0)
+                node.scale = Track<TEV2_ANIMATABLE_VECTOR_3_LINEAR>([this] { return Vector(); });
+            slow.nodes[index].parentIndex = node.parentIndex;
+            slow.nodes[index].translation = CloneTrack(node.translation);
+            slow.nodes[index].rotation = CloneTrack(node.rotation);
+            slow.nodes[index].scale = CloneTrack(node.scale);
+        }
+        fast.LinkParents();
+        slow.LinkParents();
+    }
+
+    /// Moves the plain one.
+    template <typename Move>
+    void MoveSlow(Move move)
+    {
+        for (TEV2_MATRIX_NODE& node : slow.nodes)
+        {
+            ForEachTrack(node, [&](TEV2_ANIMATABLE& track) { move(track); });
+            const TEV2_MATRIX_3X4 local = plain::LocalMatrix(node);
+            node.worldMatrix = node.parentMatrix ? plain::Product(*node.parentMatrix, local) : local;
+        }
+    }
+
+    /// Which node or track differs, if any.
+    std::string Difference()
+    {
+        for (std::size_t index = 0; index < fast.nodes.size(); ++index)
+        {
+            std::vector<std::uint32_t> found;
+            std::vector<std::uint32_t> expected;
+            Collect(fast.nodes[index], found);
+            Collect(slow.nodes[index], expected);
+            if (found != expected)
+                return "node " + std::to_string(index);
+        }
+        return {};
+    }
+
+    float AnyTime()
+    {
+        switch (random_() % 8)
+        {
+        case 0:
+            return shared_times_[random_() % shared_times_.size()];
+        case 1:
+            return -1.0f;
+        case 2:
+            return 1000.0f;
+        default:
+            return static_cast<float>(random_() % 7000) / 1000.0f;
+        }
+    }
+
+    TEV2_MATRIX_HIERARCHY fast;
+    TEV2_MATRIX_HIERARCHY slow;
+
+private:
+    static void ForEachTrack(TEV2_MATRIX_NODE& node, const std::function<void(TEV2_ANIMATABLE&)>& apply)
+    {
+        for (TEV2_ANIMATABLE* track : std::initializer_list<TEV2_ANIMATABLE*>{
+                 node.translation.get(), node.rotation.get(), node.scale.get()})
+        {
+            if (track != nullptr)
+                apply(*track);
+        }
+    }
+
+    static void Collect(TEV2_MATRIX_NODE& node, std::vector<std::uint32_t>& bits)
+    {
+        ForEachTrack(node,
+                     [&](TEV2_ANIMATABLE& track)
+                     {
+                         bits.push_back(track.m_current_key);
+                         bits.push_back(std::bit_cast<std::uint32_t>(track.m_fraction));
+                     });
+        for (const auto& row : node.worldMatrix.m)
+        {
+            for (const float number : row)
+                bits.push_back(std::isnan(number) ? 0x7FC00000u : std::bit_cast<std::uint32_t>(number));
+        }
+    }
+
+    float Number()
+    {
+        constexpr float kScales[] = {0.0f, -0.0f, 1e-39f, 1e-20f, 1e-3f, 1.0f, -1.0f, 1e4f, 1e15f};
+        return kScales[random_() % std::size(kScales)] * static_cast<float>(1 + random_() % 1000);
+    }
+
+    TEV2_VECTOR_3 Vector() { return {Number(), Number(), Number()}; }
+
+    TEV2_QUATERNION Turn()
+    {
+        if (random_() % 50 == 0)
+            return {Number(), Number(), Number(), Number()};
+        half_turn_ += random_() % 4 == 0 ? 0.7f : 0.01f;
+        return {std::sin(half_turn_) * 0.6f, -0.0f, std::sin(half_turn_) * 0.8f, std::cos(half_turn_)};
+    }
+
+    template <typename Concrete, typename Make>
+    std::unique_ptr<Concrete> Track(Make make)
+    {
+        auto track = std::make_unique<Concrete>();
+        const auto kind = random_() % 6;
+        if (kind == 0)
+            track->Append(3.0f, make());
+        else if (kind == 1)
+        {
+            float time = 0.0f;
+            for (auto key = 2 + random_() % 100; key > 0; --key)
+                track->Append(time += static_cast<float>(1 + random_() % 64) / 64.0f, make());
+        }
+        else
+        {
+            for (const float time : shared_times_)
+                track->Append(time, make());
+        }
+        return track;
+    }
+
+    std::unique_ptr<TEV2_ANIMATABLE_QUATERNION> Rotation()
+    {
+        const auto make = [this] { return Turn(); };
+        if (random_() % 4 == 0)
+            return Track<TEV2_ANIMATABLE_QUATERNION_LERP>(make);
+        return Track<TEV2_ANIMATABLE_QUATERNION_SLERP>(make);
+    }
+
+    std::mt19937 random_;
+    std::vector<float> shared_times_;
+    float half_turn_ = 0.0f;
+};
+
+TEST(HierarchyEvaluation, IsThePlainFormulaToTheLastBit)
+{
+    for (unsigned seed = 0; seed < 40; ++seed)
+    {
+        Skeletons skeletons(seed);
+        const auto set_time = [&](float time)
+        {
+            skeletons.fast.SetTime(time);
+            skeletons.MoveSlow([time](TEV2_ANIMATABLE& track) { plain::SetTime(track, time); });
+            ASSERT_EQ(skeletons.Difference(), "") << "seed " << seed << ", to " << time;
+        };
+        for (int step = 0; step < 60; ++step)
+            ASSERT_NO_FATAL_FAILURE(set_time(static_cast<float>(step) * 0.11f));
+        for (int step = 60; step > 0; --step)
+            ASSERT_NO_FATAL_FAILURE(set_time(static_cast<float>(step) * 0.11f));
+        for (int jump = 0; jump < 60; ++jump)
+            ASSERT_NO_FATAL_FAILURE(set_time(skeletons.AnyTime()));
+        for (const float delta : {0.02f, 1.0f, -0.3f, 4.0f, 9.0f, 0.0f, -20.0f, 0.4f, 70.0f, 0.033f})
+        {
+            skeletons.fast.Update(delta);
+            skeletons.MoveSlow([delta](TEV2_ANIMATABLE& track) { plain::Update(track, delta); });
+            ASSERT_EQ(skeletons.Difference(), "") << "seed " << seed << ", on by " << delta;
+        }
+    }
+}
+
+} // namespace
