@@ -92,8 +92,8 @@ public:
     void Evaluate();
     void Goto(FBTime time);
 
-    // Models and other objects join at their construction and leave at their destruction. They join as a whole or,
-    // where memory runs out, not at all.
+    // Models and other objects join at their construction and leave at their destruction. They join as a whole
+    // or, where memory runs out, not at all.
     void Adopt(FBModel& model, FBModel* parent); // parent null: a system object outside the tree
     void Adopt(FBCamera& camera);                // after the model of it was adopted
     void Adopt(FBConstraint& constraint);

@@ -114,6 +114,34 @@ TEST_F(AllocationFaults, GiveTheScriptNoSuccess)
     EXPECT_EQ(survived, 1); // the large buffer of the file
 }
 
+TEST_F(AllocationFaults, LetThePlugInSayThatItIsNotReady)
+{
+    int not_ready = 0;
+    bool struck = true;
+    for (long before = 0; struck && !HasFailure(); ++before)
+    {
+        std::string error;
+        std::unique_ptr<mobu_host::Plugin> plugin;
+        {
+            const tv2_tests::AllocationFailure failure(before);
+            try
+            {
+                plugin = mobu_host::Plugin::Load(TV2_PLUGIN, error);
+            }
+            catch (const std::bad_alloc&)
+            {
+                error = "the host itself had no memory";
+            }
+            struck = failure.Struck();
+        }
+        EXPECT_EQ(plugin == nullptr, struck) << error;
+        not_ready += error.find("LibReady failed") != std::string::npos ? 1 : 0;
+        plugin.reset();
+        EXPECT_TRUE(mobu_host::Plugin::Load(TV2_PLUGIN, error)) << error;
+    }
+    EXPECT_GT(not_ready, 0);
+}
+
 TEST_F(AllocationFaults, GiveTheMenuFalse)
 {
     Tev2MotionBuilderExportTool tool;

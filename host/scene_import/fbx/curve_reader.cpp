@@ -25,8 +25,8 @@ constexpr std::uint32_t kNextLeftWeighted = 0x02000000;
 constexpr double kBiasUnit = 100.0;
 constexpr int kWeightUnit = 10000;
 
-// Times of keys rise, and rising numbers deflate badly: even the plainest steps take more than a byte each. A file
-// that states more of them is made to fill memory.
+// Times of keys rise, and rising numbers deflate badly: even the plainest steps take more than a byte each. A
+// file that states more of them is made to fill memory.
 constexpr std::uint64_t kMostTimesPerByte = 2;
 
 std::uint64_t MostTimes(const Record& times)
