@@ -5,6 +5,12 @@
 set -eu
 cd "$(dirname "$0")/.."
 seconds="${1:-60}"
+case "$seconds" in
+0 | *[!0-9]*)
+    echo "usage: $0 [SECONDS [TARGET]]" # with anything else the search would never end
+    exit 2
+    ;;
+esac
 build=build/fuzz
 # Most of the time would go into remembering allocations that were all right. Played once more, with the default options,
 # a finding tells where its memory came from.
@@ -25,9 +31,11 @@ run_target()
     name="$1"
     log="$build/logs/$name.log"
     mkdir -p "$build/corpus/$name"
-    # -reduce_inputs=0: smaller inputs for what is reached already would be written and counted without end.
+    # -reduce_inputs=0 and -use_counters=0: an input is kept when it reaches something new, not when it does so with
+    # fewer bytes or more often. Otherwise the search slows down with thousands of long inputs that reach no more.
     if "$build/bin/fuzz_$name" -max_total_time="$seconds" -max_len="$(largest_input "$name")" -timeout=1 \
-        -rss_limit_mb=1024 -malloc_limit_mb=64 -entropic=0 -reload=0 -reduce_inputs=0 -print_final_stats=1 \
+        -rss_limit_mb=1024 -malloc_limit_mb=64 -entropic=0 -reload=0 -reduce_inputs=0 -use_counters=0 \
+        -print_final_stats=1 \
         -artifact_prefix="$build/findings/$name-" "$build/corpus/$name" "fuzz/corpus/$name" >"$log" 2>&1 &&
         grep -a '^stat::average_exec_per_sec:' "$log" >/dev/null; then
         sed -n "s/^stat::average_exec_per_sec: */$name: executions a second: /p" "$log"
@@ -46,7 +54,7 @@ if [ "${2:-}" ]; then
     run_target "$2"
     exit
 fi
-targets="$(find $build/bin -name 'fuzz_*' -type f | sed 's/.*fuzz_//' | sort)"
+targets="$(find $build/bin/ -name 'fuzz_*' -type f 2>/dev/null | sed 's/.*fuzz_//' | sort)"
 if [ -z "$targets" ]; then
     echo "no fuzz target in $build/bin: make fuzz builds them"
     exit 1
