@@ -57,8 +57,8 @@ fuzz: packages ## Search for files that break the readers, FUZZ_SECONDS=60 with 
 	@cmake --build --preset fuzz
 	scripts/fuzz.sh $(FUZZ_SECONDS)
 
-bench: packages ## Measure speed beside a baseline
-	@scripts/install_packages.sh libbenchmark-dev
+bench: packages ## Measure speed beside a floor of the same run, 21 times each, and print one table (15 minutes)
+	@scripts/install_packages.sh libbenchmark-dev python3
 	@cmake --preset release -DTV2_BUILD_BENCH=ON > /dev/null
 	cmake --build --preset release --target bench
 

@@ -1,9 +1,12 @@
+#include "bench/format_workloads.h"
 #include "exporter/export_driver.h"
+#include "exporter/sampling/key_reduction.h"
 
 #include "mobu_host/scene.h"
 
 #include <benchmark/benchmark.h>
 
+#include <algorithm>
 #include <chrono>
 #include <cmath>
 #include <cstdio>
@@ -98,6 +101,23 @@ void Export(benchmark::State& state)
     state.counters["samples"] = benchmark::Counter(samples, benchmark::Counter::kIsRate);
     state.counters["host"] = benchmark::Counter(host, benchmark::Counter::kAvgIterations);
 }
+
+// Tracks that keep every key.
+void ReduceAllKept(benchmark::State& state)
+{
+    TEV2_LOADER::TEV2 scene;
+    bench::Fill(scene, bench::kW1);
+    for (auto _ : state)
+    {
+        tev2_exporter::ReduceKeys(scene.matrixHierarchy);
+        benchmark::DoNotOptimize(scene.matrixHierarchy.nodes.data());
+    }
+    const double keys = 2.0 * bench::kW1.nodes * bench::kW1.keys;
+    state.counters["keys"] =
+        benchmark::Counter(keys * static_cast<double>(state.iterations()), benchmark::Counter::kIsRate);
+}
+
+BENCHMARK(ReduceAllKept);
 
 BENCHMARK(Export)
     ->ArgNames({"nodes", "frames"})

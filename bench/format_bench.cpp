@@ -1,21 +1,52 @@
 #include "bench/format_workloads.h"
 
-#include "tev2_loader/serialisation/file_image.h"
-
+#include <algorithm>
 #include <benchmark/benchmark.h>
-
 #include <cstdlib>
 #include <cstring>
+#include <filesystem>
 #include <malloc.h>
+#include <map>
 #include <random>
 
-// The format library against the floor of the machine: copying and writing the same bytes.
+// The format library against the floor of the machine: copying, reading and writing the same bytes. Workloads are
+// made by code; scenes named on the command line, files of real motion, are one more workload, W3.
 
 namespace
 {
 
 using namespace TEV2_LOADER;
-using bench::Workload;
+
+// The scenes of a workload and the bytes of each as a file.
+struct Workload
+{
+    std::vector<std::unique_ptr<TEV2>> scenes;
+    std::vector<std::vector<std::uint8_t>> images;
+
+    void Add(std::unique_ptr<TEV2> scene)
+    {
+        images.push_back(bench::Saved(*scene));
+        scenes.push_back(std::move(scene));
+    }
+
+    std::size_t Bytes() const
+    {
+        std::size_t bytes = 0;
+        for (const auto& image : images)
+            bytes += image.size();
+        return bytes;
+    }
+
+    std::size_t Nodes() const
+    {
+        std::size_t nodes = 0;
+        for (const auto& scene : scenes)
+            nodes += scene->matrixHierarchy.nodes.size();
+        return nodes;
+    }
+};
+
+std::map<std::string, Workload> g_workloads;
 
 // Warm: freed memory stays with the process. Fresh: every large block comes from the system and goes back.
 enum class Heap
@@ -38,57 +69,74 @@ void CountBytes(benchmark::State& state, std::size_t bytes)
     state.SetBytesProcessed(static_cast<std::int64_t>(state.iterations()) * static_cast<std::int64_t>(bytes));
 }
 
-void CopyImage(benchmark::State& state, Workload workload, Heap heap)
+void CopyImage(benchmark::State& state, const Workload& workload, Heap heap)
 {
     SetHeap(heap);
-    const auto image = bench::Image(workload);
     for (auto _ : state)
     {
-        std::unique_ptr<std::uint8_t[]> copy(new std::uint8_t[image.size()]);
-        std::memcpy(copy.get(), image.data(), image.size());
-        benchmark::DoNotOptimize(copy.get());
+        for (const auto& image : workload.images)
+        {
+            std::unique_ptr<std::uint8_t[]> copy(new std::uint8_t[image.size()]);
+            std::memcpy(copy.get(), image.data(), image.size());
+            benchmark::DoNotOptimize(copy.get());
+        }
     }
-    CountBytes(state, image.size());
+    CountBytes(state, workload.Bytes());
 }
 
-void LoadImage(benchmark::State& state, Workload workload, Heap heap)
+void Load(benchmark::State& state, const std::vector<std::uint8_t>& image)
+{
+    TEV2 scene;
+    TEV2_LOAD_REPORT report;
+    TEV2_MEMORY_CURSOR cursor(image.data(), image.size(), &report);
+    if (!scene.Load(cursor, true))
+        state.SkipWithError("load failed");
+}
+
+void LoadImage(benchmark::State& state, const Workload& workload, Heap heap)
 {
     SetHeap(heap);
-    const auto image = bench::Image(workload);
     for (auto _ : state)
     {
-        TEV2 scene;
-        TEV2_LOAD_REPORT report;
-        TEV2_MEMORY_CURSOR cursor(image.data(), image.size(), &report);
-        if (!scene.Load(cursor, true))
-            state.SkipWithError("load failed");
+        for (const auto& image : workload.images)
+            Load(state, image);
     }
-    CountBytes(state, image.size());
+    CountBytes(state, workload.Bytes());
 }
 
-void LoadFile(benchmark::State& state, Workload workload, Heap heap)
+// What to do with the bytes of a file.
+enum class Then
+{
+    Load,
+    Forget
+};
+
+void ReadFile(benchmark::State& state, const Workload& workload, Heap heap, Then then)
 {
     SetHeap(heap);
     const std::string path = bench::ScratchFile("load.tv2");
-    const std::size_t size = [&]
     {
-        const auto image = bench::Image(workload);
         std::unique_ptr<std::FILE, int (*)(std::FILE*)> file(std::fopen(path.c_str(), "wb"), std::fclose);
-        return std::fwrite(image.data(), 1, image.size(), file.get());
-    }();
+        for (const auto& image : workload.images)
+            std::fwrite(image.data(), 1, image.size(), file.get());
+    }
     for (auto _ : state)
     {
-        std::vector<std::uint8_t> image;
-        std::string error;
-        TEV2 scene;
-        if (!ReadFileImage(path, image, error))
-            state.SkipWithError(error.c_str());
-        TEV2_MEMORY_CURSOR cursor(image.data(), image.size());
-        if (!scene.Load(cursor, true))
-            state.SkipWithError("load failed");
+        const std::vector<std::uint8_t> image = bench::ReadWhole(path);
+        if (then == Then::Load)
+            Load(state, image);
+        benchmark::DoNotOptimize(image.data());
     }
     std::remove(path.c_str());
-    CountBytes(state, size);
+    CountBytes(state, workload.Bytes());
+}
+
+// What the nodes of a workload take, a time.
+void CountNodes(benchmark::State& state, const Workload& workload)
+{
+    const auto nodes = static_cast<double>(state.iterations()) * static_cast<double>(workload.Nodes());
+    state.counters["s/node"] =
+        benchmark::Counter(nodes, benchmark::Counter::kIsRate | benchmark::Counter::kInvert);
 }
 
 enum class Motion
@@ -99,84 +147,191 @@ enum class Motion
     Update
 };
 
-void Evaluate(benchmark::State& state, Workload workload, Motion motion)
+// Times all over a range, in the order of the motion.
+class Path
 {
-    TEV2 scene;
-    bench::Fill(scene, workload);
-    const float length = scene.environment.timeRange.maximum;
-    constexpr std::size_t kSteps = 1021;
-    std::vector<float> times(kSteps);
-    std::mt19937 generator(1);
-    std::uniform_real_distribution<float> anywhere(0.0f, length);
-    for (std::size_t i = 0; i < kSteps; ++i)
+public:
+    Path(const TEV2_FLOAT32_RANGE& range, Motion motion)
     {
-        const float step = length * static_cast<float>(i) / static_cast<float>(kSteps);
-        times[i] = motion == Motion::Forward    ? step
-                   : motion == Motion::Backward ? length - step
-                                                : anywhere(generator);
+        std::mt19937 generator(1);
+        std::uniform_real_distribution<float> anywhere(range.minimum, range.maximum);
+        delta_ = (range.maximum - range.minimum) / static_cast<float>(kSteps);
+        for (std::size_t i = 0; i < kSteps; ++i)
+        {
+            const float way = delta_ * static_cast<float>(i);
+            times_.push_back(motion == Motion::Forward    ? range.minimum + way
+                             : motion == Motion::Backward ? range.maximum - way
+                                                          : anywhere(generator));
+        }
     }
-    const float delta = length / static_cast<float>(kSteps);
-    std::size_t i = 0;
+
+    float Next()
+    {
+        next_ = next_ + 1 < kSteps ? next_ + 1 : 0;
+        return times_[next_];
+    }
+
+    float Delta() const { return delta_; }
+
+private:
+    static constexpr std::size_t kSteps = 1021;
+    std::vector<float> times_;
+    float delta_ = 0.0f;
+    std::size_t next_ = 0;
+};
+
+void Evaluate(benchmark::State& state, const Workload& workload, Motion motion)
+{
+    std::vector<Path> paths;
+    for (const auto& scene : workload.scenes)
+    {
+        paths.emplace_back(scene->environment.timeRange, motion);
+        scene->matrixHierarchy.SetTime(scene->environment.timeRange.minimum);
+    }
     for (auto _ : state)
     {
-        if (motion == Motion::Update)
-            scene.matrixHierarchy.Update(delta);
-        else
-            scene.matrixHierarchy.SetTime(times[i]);
-        i = i + 1 < kSteps ? i + 1 : 0;
-        benchmark::DoNotOptimize(scene.matrixHierarchy.nodes.back().worldMatrix);
+        for (std::size_t i = 0; i < paths.size(); ++i)
+        {
+            TEV2_MATRIX_HIERARCHY& hierarchy = workload.scenes[i]->matrixHierarchy;
+            if (motion == Motion::Update)
+                hierarchy.Update(paths[i].Delta());
+            else
+                hierarchy.SetTime(paths[i].Next());
+            benchmark::DoNotOptimize(hierarchy.nodes.back().worldMatrix);
+        }
     }
-    state.counters["s/node"] = benchmark::Counter(static_cast<double>(state.iterations()) * workload.nodes,
-                                                  benchmark::Counter::kIsRate | benchmark::Counter::kInvert);
+    CountNodes(state, workload);
 }
 
-void SaveFile(benchmark::State& state, Workload workload)
+// Nothing but reading the keys around a time: of every node, two times, a translation and a rotation each. The times
+// lie a 30th of a second apart.
+void ReadKeys(benchmark::State& state, const Workload& workload, Motion motion)
 {
-    TEV2 scene;
-    bench::Fill(scene, workload);
-    const std::size_t size = bench::Image(workload).size();
+    struct Keys
+    {
+        const float* translation_times;
+        const TEV2_VECTOR_3* translations;
+        const float* rotation_times;
+        const TEV2_QUATERNION* rotations;
+    };
+    TEV2& scene = *workload.scenes.front();
+    std::vector<Keys> nodes;
+    for (const TEV2_MATRIX_NODE& node : scene.matrixHierarchy.nodes)
+    {
+        const auto& translation = dynamic_cast<const TEV2_ANIMATABLE_VECTOR_3_LINEAR&>(*node.translation);
+        const auto& rotation = dynamic_cast<const TEV2_ANIMATABLE_QUATERNION_SLERP&>(*node.rotation);
+        nodes.push_back({translation.m_times.data(), translation.m_values.data(), rotation.m_times.data(),
+                         rotation.m_values.data()});
+    }
+    Path path(scene.environment.timeRange, motion);
+    float sum = 0.0f;
+    for (auto _ : state)
+    {
+        const float place = std::min(path.Next(), scene.environment.timeRange.maximum - 0.5f / bench::kRate);
+        const auto key = static_cast<std::size_t>(place * bench::kRate);
+        for (const Keys& keys : nodes)
+        {
+            sum += keys.translation_times[key] + keys.translation_times[key + 1] + keys.translations[key].x +
+                   keys.translations[key + 1].z + keys.rotation_times[key] + keys.rotation_times[key + 1] +
+                   keys.rotations[key].x + keys.rotations[key + 1].w;
+        }
+        benchmark::DoNotOptimize(sum);
+    }
+    CountNodes(state, workload);
+}
+
+void SaveFile(benchmark::State& state, const Workload& workload)
+{
     const std::string path = bench::ScratchFile("save.tv2");
     for (auto _ : state)
     {
-        TEV2_FILE_WRITER writer(bench::Wide(path), false, true);
-        if (!scene.Save(writer) || !writer.stream->Close())
-            state.SkipWithError("save failed");
+        for (const auto& scene : workload.scenes)
+        {
+            TEV2_FILE_WRITER writer(bench::Wide(path), false, true);
+            if (!scene->Save(writer) || !writer.stream->Close())
+                state.SkipWithError("save failed");
+        }
     }
     std::remove(path.c_str());
-    CountBytes(state, size);
+    CountBytes(state, workload.Bytes());
 }
 
-void WriteImage(benchmark::State& state, Workload workload)
+void WriteImage(benchmark::State& state, const Workload& workload)
 {
-    const auto image = bench::Image(workload);
     const std::string path = bench::ScratchFile("floor.tv2");
     for (auto _ : state)
     {
-        std::unique_ptr<std::FILE, int (*)(std::FILE*)> file(std::fopen(path.c_str(), "wb"), std::fclose);
-        if (std::fwrite(image.data(), 1, image.size(), file.get()) != image.size())
-            state.SkipWithError("write failed");
+        for (const auto& image : workload.images)
+        {
+            std::unique_ptr<std::FILE, int (*)(std::FILE*)> file(std::fopen(path.c_str(), "wb"), std::fclose);
+            if (std::fwrite(image.data(), 1, image.size(), file.get()) != image.size())
+                state.SkipWithError("write failed");
+        }
     }
     std::remove(path.c_str());
-    CountBytes(state, image.size());
+    CountBytes(state, workload.Bytes());
 }
 
-#define EACH_WORKLOAD(function, label, ...)                                                                  \
-    BENCHMARK_CAPTURE(function, W1_##label, bench::kW1, __VA_ARGS__);                                        \
-    BENCHMARK_CAPTURE(function, W2_##label, bench::kW2, __VA_ARGS__)
+template <typename... Arguments>
+benchmark::internal::Benchmark* Register(const std::string& name,
+                                         void (*function)(benchmark::State&, const Workload&, Arguments...),
+                                         const Workload& workload, Arguments... arguments)
+{
+    return benchmark::RegisterBenchmark(name.c_str(), [=, &workload](benchmark::State& state)
+                                        { function(state, workload, arguments...); });
+}
 
-EACH_WORKLOAD(CopyImage, warm, Heap::Warm);
-EACH_WORKLOAD(LoadImage, warm, Heap::Warm);
-EACH_WORKLOAD(CopyImage, fresh, Heap::Fresh);
-EACH_WORKLOAD(LoadImage, fresh, Heap::Fresh);
-EACH_WORKLOAD(LoadFile, warm, Heap::Warm);
-EACH_WORKLOAD(LoadFile, fresh, Heap::Fresh);
-EACH_WORKLOAD(Evaluate, forward, Motion::Forward);
-EACH_WORKLOAD(Evaluate, backward, Motion::Backward);
-EACH_WORKLOAD(Evaluate, random, Motion::Random);
-EACH_WORKLOAD(Evaluate, update, Motion::Update);
-BENCHMARK_CAPTURE(WriteImage, W2, bench::kW2);
-BENCHMARK_CAPTURE(SaveFile, W2, bench::kW2);
+void RegisterAll(const std::string& name, const Workload& workload)
+{
+    const bool real = name == "W3";
+    for (const auto& [heap_name, heap] : {std::pair("warm", Heap::Warm), std::pair("fresh", Heap::Fresh)})
+    {
+        const std::string suffix = "/" + name + "/" + heap_name;
+        Register("CopyImage" + suffix, CopyImage, workload, heap);
+        Register("LoadImage" + suffix, LoadImage, workload, heap);
+        if (!real)
+        {
+            Register("ReadFile" + suffix, ReadFile, workload, heap, Then::Forget)->UseRealTime();
+            Register("LoadFile" + suffix, ReadFile, workload, heap, Then::Load)->UseRealTime();
+        }
+    }
+    for (const auto& [motion_name, motion] :
+         {std::pair("forward", Motion::Forward), std::pair("backward", Motion::Backward),
+          std::pair("random", Motion::Random), std::pair("update", Motion::Update)})
+    {
+        const std::string suffix = "/" + name + "/" + motion_name;
+        if (!real && motion != Motion::Update)
+            Register("ReadKeys" + suffix, ReadKeys, workload, motion);
+        Register("Evaluate" + suffix, Evaluate, workload, motion);
+    }
+    if (name != "W1")
+    {
+        Register("WriteImage/" + name, WriteImage, workload)->UseRealTime();
+        Register("SaveFile/" + name, SaveFile, workload)->UseRealTime();
+    }
+}
 
 } // namespace
 
-BENCHMARK_MAIN();
+int main(int argc, char** argv)
+{
+    benchmark::Initialize(&argc, argv);
+    for (const bench::Workload& made : {bench::kW1, bench::kW2})
+    {
+        auto scene = std::make_unique<TEV2>();
+        bench::Fill(*scene, made);
+        g_workloads[made.name].Add(std::move(scene));
+    }
+    for (int i = 1; i < argc; ++i)
+    {
+        const std::vector<std::uint8_t> image = bench::ReadWhole(argv[i]);
+        TEV2_MEMORY_CURSOR cursor(image.data(), image.size());
+        auto scene = std::make_unique<TEV2>();
+        if (!scene->Load(cursor, true))
+            throw std::runtime_error(std::string(argv[i]) + ": does not load");
+        g_workloads["W3"].Add(std::move(scene));
+    }
+    for (const auto& [name, workload] : g_workloads)
+        RegisterAll(name, workload);
+    benchmark::RunSpecifiedBenchmarks();
+}

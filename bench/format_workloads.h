@@ -74,21 +74,26 @@ inline TEV2_LOADER::TEV2_WIDE_STRING Wide(const std::string& path)
     return TEV2_LOADER::TEV2_WIDE_STRING(std::u16string(path.begin(), path.end()));
 }
 
-// The bytes of the saved workload.
-inline std::vector<std::uint8_t> Image(const Workload& workload)
+// Reads a whole file; throws when it cannot.
+inline std::vector<std::uint8_t> ReadWhole(const std::string& path)
 {
-    TEV2_LOADER::TEV2 scene;
-    Fill(scene, workload);
-    const std::string path = ScratchFile(std::string(workload.name) + ".tv2");
+    std::vector<std::uint8_t> image;
+    std::string error;
+    if (!TEV2_LOADER::ReadFileImage(path, image, error))
+        throw std::runtime_error(path + ": " + error);
+    return image;
+}
+
+// The bytes of a saved scene.
+inline std::vector<std::uint8_t> Saved(const TEV2_LOADER::TEV2& scene)
+{
+    const std::string path = ScratchFile("image.tv2");
     {
         TEV2_LOADER::TEV2_FILE_WRITER writer(Wide(path), false, true);
         scene.Save(writer);
         writer.stream->Close();
     }
-    std::vector<std::uint8_t> image;
-    std::string error;
-    if (!TEV2_LOADER::ReadFileImage(path, image, error))
-        throw std::runtime_error(path + ": " + error);
+    std::vector<std::uint8_t> image = ReadWhole(path);
     std::remove(path.c_str());
     return image;
 }

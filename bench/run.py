@@ -1,0 +1,148 @@
+#!/usr/bin/env python3
+"""Runs the benchmarks and prints one table: what was measured, beside the floor that was measured in the same run.
+
+    bench/run.py BUILD [--repetitions 21] [--json FILE]
+
+Every benchmark runs so many times, in an order that chance interleaves. The table gives the median and, in brackets, the
+best of them, then the same of the floor, then the mark to reach and whether the median reaches it.
+"""
+
+import argparse
+import glob
+import json
+import os
+import statistics
+import subprocess
+import sys
+import tempfile
+
+BYTES = ("bytes_per_second", 1e-9, "GB/s", max)
+NODES = ("s/node", 1e9, "ns/node", min)
+MILLISECONDS = ("real_time", 1.0, "ms", min)
+
+
+def per_second(counter):
+    return (counter, 1e-6, "M/s", max)
+
+
+def rows():
+    """Title, benchmark, floor (or None), what to read, mark (or None)."""
+    for workload, warm, fresh in (("W1", 2.8, 0.8), ("W2", 3.4, 0.8), ("W3", None, None)):
+        for heap, mark in (("warm", warm), ("fresh", fresh)):
+            yield (f"load {workload} from memory, {heap} heap", f"LoadImage/{workload}/{heap}",
+                   f"CopyImage/{workload}/{heap}", BYTES, mark)
+    for heap, mark in (("warm", 2.0), ("fresh", 0.47)):
+        yield (f"load W2 from a file, {heap} heap", f"LoadFile/W2/{heap}/real_time", f"ReadFile/W2/{heap}/real_time",
+               BYTES, mark)
+    for workload, forward, other in (("W1", 30, 45), ("W2", 34, 45), ("W2 huge pages", 34, 45), ("W3", None, None)):
+        base, _, variant = workload.partition(" ")
+        suffix = " " + variant if variant else ""
+        for motion in ("forward", "backward", "random"):
+            yield (f"SetTime {workload}, {motion}", f"Evaluate/{base}/{motion}{suffix}",
+                   f"ReadKeys/{base}/{motion}{suffix}", NODES, forward if motion == "forward" else other)
+        yield (f"Update {workload}", f"Evaluate/{base}/update{suffix}", f"Evaluate/{base}/forward{suffix}", NODES,
+               (1.1, "of floor") if forward else None)
+    yield ("save W2", "SaveFile/W2/real_time", "WriteImage/W2/real_time", BYTES, 1.0)
+    yield ("save W2, beside one fwrite", "SaveFile/W2/real_time", "WriteImage/W2/real_time", BYTES, (0.8, "of floor"))
+    yield ("ReduceKeys, keys", "ReduceAllKept", None, per_second("keys"), 50)
+    for nodes, frames, mark in ((1000, 1000, 1.5), (250, 250, 1.5), (500, 250, None), (1000, 250, None),
+                                (2000, 250, None), (250, 500, None), (250, 1000, None), (250, 2000, None)):
+        yield (f"export {nodes} nodes x {frames} frames, node-samples",
+               f"Export/nodes:{nodes}/frames:{frames}/manual_time", None, per_second("samples"), mark)
+
+
+def fbx_rows(found):
+    for name in sorted(found):
+        if name.startswith("host/"):
+            file = name[len("host/"):]
+            yield (f"open {file} (beside libassimp)", name, "assimp/" + file, MILLISECONDS, None)
+            yield (f"read {file} without the host", "read/" + file, None, MILLISECONDS, None)
+
+
+def run(program, arguments, repetitions, environment=None, suffix=""):
+    """All repetitions of each benchmark of a program, by name."""
+    print(f"running {os.path.basename(program)}{suffix} ...", file=sys.stderr, flush=True)
+    with tempfile.TemporaryDirectory() as folder:
+        out = os.path.join(folder, "out.json")
+        subprocess.run([program, f"--benchmark_repetitions={repetitions}", "--benchmark_min_time=0.05",
+                        "--benchmark_enable_random_interleaving=true", f"--benchmark_out={out}",
+                        "--benchmark_out_format=json", *arguments],
+                       check=True, cwd=folder, env={**os.environ, **(environment or {})}, stdout=subprocess.DEVNULL)
+        with open(out, encoding="utf-8") as file:
+            report = json.load(file)
+    found = {}
+    for entry in report["benchmarks"]:
+        if entry.get("error_occurred"):
+            sys.exit(f"{entry['name']}: {entry['error_message']}")
+        if entry["run_type"] == "iteration":
+            found.setdefault(entry["run_name"] + suffix, []).append(entry)
+    return found
+
+
+def export_scenes(build, folder):
+    """The third workload: real scenes, exported; those beside the project too, where somebody put them."""
+    root = os.path.dirname(os.path.dirname(os.path.abspath(__file__)))
+    for pattern in ("samples/*", "../shared/scenes/*"):
+        for scene in sorted(glob.glob(os.path.join(root, pattern))):
+            if scene.endswith((".fbx", ".bvh", ".glb", ".gltf", ".dae")):
+                target = os.path.join(folder, os.path.basename(scene) + ".tv2")
+                subprocess.run([os.path.join(build, "bin", "tv2"), "export", "--json", scene, target], check=True,
+                               stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
+    return sorted(glob.glob(os.path.join(folder, "*.tv2")))
+
+
+def measured(found, name, reading):
+    """Median and best, or None when it did not run."""
+    key, factor, _, best = reading
+    values = [entry[key] * factor for entry in found.get(name, [])]
+    return (statistics.median(values), best(values)) if values else None
+
+
+def line(found, title, name, floor_name, reading, mark):
+    ours = measured(found, name, reading)
+    if ours is None:
+        return None
+    floor = measured(found, floor_name, reading) if floor_name else None
+    of_floor = isinstance(mark, tuple)
+    goal = mark[0] * floor[0] if of_floor else mark
+    verdict = ""
+    if mark is not None:
+        upwards = reading[3] is max
+        reached = ours[0] >= goal if upwards else ours[0] <= goal
+        wanted = f"{mark[0]:g} x floor" if of_floor else f"{mark:g}"
+        verdict = f"{'>=' if upwards else '<='} {wanted}: {'yes' if reached else 'no'}"
+    beside = f"{floor[0]:.4g} ({floor[1]:.4g})" if floor else ""
+    return f"{title:<52} {ours[0]:>8.4g} ({ours[1]:.4g}) {reading[2]:<8} {beside:>18}  {verdict}".rstrip()
+
+
+def main():
+    parser = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
+    parser.add_argument("build", help="the build folder")
+    parser.add_argument("--repetitions", type=int, default=21)
+    parser.add_argument("--json", help="also keep all measurements in this file")
+    options = parser.parse_args()
+    build = os.path.abspath(options.build)
+    programs = os.path.join(build, "bin")
+    found = {}
+    with tempfile.TemporaryDirectory() as folder:
+        scenes = export_scenes(build, folder)
+        found.update(run(os.path.join(programs, "format_bench"), scenes, options.repetitions))
+    found.update(run(os.path.join(programs, "format_bench"), ["--benchmark_filter=(Evaluate|ReadKeys)/W2"],
+                     options.repetitions, {"GLIBC_TUNABLES": "glibc.malloc.hugetlb=1"}, " huge pages"))
+    for program in ("export_bench", "fbx_bench"):
+        path = os.path.join(programs, program)
+        if os.path.exists(path):
+            found.update(run(path, [], options.repetitions))
+    if options.json:
+        with open(options.json, "w", encoding="utf-8") as file:
+            json.dump(found, file)
+    print(f"{'':<52} {'median (best)':>24} {'floor':>18}  mark")
+    for row in (*rows(), *fbx_rows(found)):
+        text = line(found, *row)
+        if text:
+            print(text)
+    print(f"W1: 100 nodes x 300 keys; W2: 1,000 x 1,000; W3: {len(scenes)} real scenes. {options.repetitions} runs each.")
+
+
+if __name__ == "__main__":
+    main()
