@@ -69,19 +69,30 @@ void CountBytes(benchmark::State& state, std::size_t bytes)
     state.SetBytesProcessed(static_cast<std::int64_t>(state.iterations()) * static_cast<std::int64_t>(bytes));
 }
 
-void CopyImage(benchmark::State& state, const Workload& workload, Heap heap)
+// Measures a step, which a warm heap has seen once before.
+template <typename Step>
+void Run(benchmark::State& state, const Workload& workload, Heap heap, Step step)
 {
     SetHeap(heap);
+    if (heap == Heap::Warm)
+        step();
     for (auto _ : state)
-    {
-        for (const auto& image : workload.images)
-        {
-            std::unique_ptr<std::uint8_t[]> copy(new std::uint8_t[image.size()]);
-            std::memcpy(copy.get(), image.data(), image.size());
-            benchmark::DoNotOptimize(copy.get());
-        }
-    }
+        step();
     CountBytes(state, workload.Bytes());
+}
+
+void CopyImage(benchmark::State& state, const Workload& workload, Heap heap)
+{
+    Run(state, workload, heap,
+        [&]
+        {
+            for (const auto& image : workload.images)
+            {
+                std::unique_ptr<std::uint8_t[]> copy(new std::uint8_t[image.size()]);
+                std::memcpy(copy.get(), image.data(), image.size());
+                benchmark::DoNotOptimize(copy.get());
+            }
+        });
 }
 
 void Load(benchmark::State& state, const std::vector<std::uint8_t>& image)
@@ -95,13 +106,12 @@ void Load(benchmark::State& state, const std::vector<std::uint8_t>& image)
 
 void LoadImage(benchmark::State& state, const Workload& workload, Heap heap)
 {
-    SetHeap(heap);
-    for (auto _ : state)
-    {
-        for (const auto& image : workload.images)
-            Load(state, image);
-    }
-    CountBytes(state, workload.Bytes());
+    Run(state, workload, heap,
+        [&]
+        {
+            for (const auto& image : workload.images)
+                Load(state, image);
+        });
 }
 
 // What to do with the bytes of a file.
@@ -113,22 +123,21 @@ enum class Then
 
 void ReadFile(benchmark::State& state, const Workload& workload, Heap heap, Then then)
 {
-    SetHeap(heap);
     const std::string path = bench::ScratchFile("load.tv2");
     {
         std::unique_ptr<std::FILE, int (*)(std::FILE*)> file(std::fopen(path.c_str(), "wb"), std::fclose);
         for (const auto& image : workload.images)
             std::fwrite(image.data(), 1, image.size(), file.get());
     }
-    for (auto _ : state)
-    {
-        const std::vector<std::uint8_t> image = bench::ReadWhole(path);
-        if (then == Then::Load)
-            Load(state, image);
-        benchmark::DoNotOptimize(image.data());
-    }
+    Run(state, workload, heap,
+        [&]
+        {
+            const std::vector<std::uint8_t> image = bench::ReadWhole(path);
+            if (then == Then::Load)
+                Load(state, image);
+            benchmark::DoNotOptimize(image.data());
+        });
     std::remove(path.c_str());
-    CountBytes(state, workload.Bytes());
 }
 
 // What the nodes of a workload take, a time.
@@ -271,6 +280,24 @@ void WriteImage(benchmark::State& state, const Workload& workload)
     std::remove(path.c_str());
     CountBytes(state, workload.Bytes());
 }
+
+// How fast the processor goes while it is measured: additions that wait for one another, one a cycle.
+void Clock(benchmark::State& state)
+{
+    constexpr int kAdditions = 1 << 20;
+    std::uint64_t sum = 0;
+    for (auto _ : state)
+    {
+        for (int i = 0; i < kAdditions; ++i)
+        {
+            sum += 1;
+            benchmark::DoNotOptimize(sum);
+        }
+    }
+    state.counters["cycles"] =
+        benchmark::Counter(static_cast<double>(state.iterations()) * kAdditions, benchmark::Counter::kIsRate);
+}
+BENCHMARK(Clock);
 
 template <typename... Arguments>
 benchmark::internal::Benchmark* Register(const std::string& name,

@@ -27,6 +27,7 @@ def per_second(counter):
 
 def rows():
     """Title, benchmark, floor (or None), what to read, mark (or None)."""
+    yield ("clock of the processor meanwhile", "Clock", None, ("cycles", 1e-9, "GHz", max), None)
     for workload, warm, fresh in (("W1", 2.8, 0.8), ("W2", 3.4, 0.8), ("W3", None, None)):
         for heap, mark in (("warm", warm), ("fresh", fresh)):
             yield (f"load {workload} from memory, {heap} heap", f"LoadImage/{workload}/{heap}",
@@ -67,7 +68,7 @@ def run(program, arguments, repetitions, environment=None, suffix=""):
         subprocess.run([program, f"--benchmark_repetitions={repetitions}", "--benchmark_min_time=0.05",
                         "--benchmark_enable_random_interleaving=true", f"--benchmark_out={out}",
                         "--benchmark_out_format=json", *arguments],
-                       check=True, cwd=folder, env={**os.environ, **(environment or {})}, stdout=subprocess.DEVNULL)
+                       check=True, cwd=folder, env={**os.environ, **(environment or {})}, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
         with open(out, encoding="utf-8") as file:
             report = json.load(file)
     found = {}
