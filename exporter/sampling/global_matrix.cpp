@@ -57,7 +57,7 @@ TEV2_MATRIX_3X4 ConvertCamera(FBCamera& camera, FBMatrix& global)
     const TEV2_VECTOR_3 arm{position.x - pivot.x, position.y - pivot.y, position.z - pivot.z};
     const TEV2_VECTOR_3 turned = TransformPoint(RigidMatrix(turn, {0.0f, 0.0f, 0.0f}), arm);
     return RigidMatrix(Product(turn, ToQuaternion(rolled)),
-                    {pivot.x + turned.x, pivot.y + turned.y, pivot.z + turned.z});
+                       {pivot.x + turned.x, pivot.y + turned.y, pivot.z + turned.z});
 }
 
 } // namespace
