@@ -82,7 +82,8 @@ class Terminal
 public:
     Terminal()
     {
-        EXPECT_EQ(openpty(&master_, &slave_, nullptr, nullptr, nullptr), 0);
+        if (openpty(&master_, &slave_, nullptr, nullptr, nullptr) != 0)
+            return;
         termios mode{};
         tcgetattr(slave_, &mode);
         mode.c_lflag &= ~static_cast<tcflag_t>(ECHO); // what is typed does not mix with what is asked
@@ -97,6 +98,8 @@ public:
 
     ~Terminal()
     {
+        if (!Opened())
+            return;
         for (const int stream : {STDIN_FILENO, STDERR_FILENO})
         {
             dup2(kept_[stream], stream);
@@ -108,6 +111,8 @@ public:
 
     Terminal(const Terminal&) = delete;
     Terminal& operator=(const Terminal&) = delete;
+
+    bool Opened() const { return master_ != -1; } // some containers have no terminals
 
     void Type(const std::string& keys) const
     {
@@ -145,6 +150,8 @@ TEST(Question, IsAskedOnTheTerminalAndTakesAnAnswer)
     for (const auto& item : cases)
     {
         const Terminal terminal;
+        if (!terminal.Opened())
+            GTEST_SKIP() << "no terminal can be opened here";
         terminal.Type(item.typed);
         EXPECT_EQ(AskOkCancel(u"Caption", Widen("Write over caf\xC3\xA9.tv2?")), item.ok) << item.typed;
         EXPECT_EQ(terminal.ScreenUpTo("[C]ancel? "),
@@ -156,6 +163,8 @@ TEST(Question, IsAskedOnTheTerminalAndTakesAnAnswer)
 TEST(Question, IsNotAskedWhereThereIsNoTerminal)
 {
     const Terminal terminal;
+    if (!terminal.Opened())
+        GTEST_SKIP() << "no terminal can be opened here";
     int ends[2];
     ASSERT_EQ(pipe(ends), 0);
     ASSERT_EQ(write(ends[1], "ok\n", 3), 3);
