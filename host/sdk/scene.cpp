@@ -72,20 +72,19 @@ FBTake::~FBTake()
 
 FBTake* FBTake::CopyTake(const char* pNewName)
 {
-    auto* copy = new FBTake(pNewName);
+    auto copy = std::make_unique<FBTake>(pNewName);
     copy->Comments = Comments;
     copy->LocalTimeSpan = LocalTimeSpan;
     copy->ReferenceTimeSpan = ReferenceTimeSpan;
     SceneState& scene = TheScene();
+    scene.Adopt(*copy); // from here on a copy that fails leaves the scene as it is destroyed
     if (const auto tables = scene.animation.find(this); tables != scene.animation.end())
     {
+        scene.animation.emplace(copy.get(), tables->second);
         for (const auto& entry : tables->second.properties.Entries())
             ++SdkAccess::Of(*entry.target).animating_takes;
-        TakeAnimation animation = tables->second;
-        scene.animation.emplace(copy, std::move(animation));
     }
-    scene.Adopt(*copy);
-    return copy;
+    return copy.release();
 }
 
 FBScene::FBScene()

@@ -56,7 +56,7 @@ RotationRule RuleOf(FBModel& model)
 SceneState& TheScene()
 {
     static SceneState state;
-    if (!state.scene) // not in the constructor: what the scene holds asks for the scene itself
+    if (state.stage == SceneState::Stage::Unmade) // not in the constructor: what it makes asks for it
         state.Reset();
     return state;
 }
@@ -83,6 +83,7 @@ void RestoreTransform(FBModel& model)
 SceneState::SceneState() = default;
 SceneState::~SceneState()
 {
+    stage = Stage::Changing;
     Clear();
 }
 
@@ -115,6 +116,21 @@ void SceneState::Clear()
 }
 
 void SceneState::Reset()
+{
+    stage = Stage::Changing;
+    try
+    {
+        Make();
+    }
+    catch (...)
+    {
+        stage = Stage::Unmade;
+        throw;
+    }
+    stage = Stage::Made;
+}
+
+void SceneState::Make()
 {
     if (!scene)
         scene = SdkAccess::MakeScene();

@@ -112,6 +112,15 @@ public:
     FBCamera* UserCamera(int one_based);
     int UserCameraIndex(const FBCamera* camera); // 0 when it is none
 
+    // Where memory ran out before all that every scene has was there, it is unmade again.
+    enum class Stage
+    {
+        Unmade,
+        Changing, // being made or destroyed
+        Made,
+    };
+    Stage stage = Stage::Unmade;
+
     std::unique_ptr<FBScene> scene;
     std::unique_ptr<FBModel> system_root;
     FBModel* root = nullptr;
@@ -132,6 +141,7 @@ public:
     std::vector<ConstraintEffect> effects;
 
 private:
+    void Make();
     void Own(FBComponent& component);
     void Disown(FBComponent& component);
     void Clear();
