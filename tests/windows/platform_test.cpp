@@ -25,7 +25,7 @@ std::chrono::sys_seconds Now()
     return std::chrono::floor<std::chrono::seconds>(std::chrono::system_clock::now());
 }
 
-TEST(Clock, TellsUniversalTimeWhateverTheZone)
+TEST(Clock, TellsUniversalTime)
 {
     const auto before = Now();
     const auto told = Seconds(CurrentUtcTime());

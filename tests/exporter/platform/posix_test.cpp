@@ -5,12 +5,13 @@
 
 #include <algorithm>
 #include <chrono>
+#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <iostream>
+#include <optional>
 #include <poll.h>
 #include <pty.h>
-#include <pwd.h>
 #include <termios.h>
 #include <unistd.h>
 
@@ -26,9 +27,39 @@ std::chrono::sys_seconds Now()
     return std::chrono::floor<std::chrono::seconds>(std::chrono::system_clock::now());
 }
 
+/// While it lives a variable of the environment has such a value; then it is as it was.
+class EnvironmentChange
+{
+public:
+    EnvironmentChange(const char* name, const char* value) : name_(name)
+    {
+        if (const char* const old = std::getenv(name))
+            old_ = old;
+        setenv(name, value, 1);
+        tzset();
+    }
+
+    ~EnvironmentChange()
+    {
+        if (old_)
+            setenv(name_, old_->c_str(), 1);
+        else
+            unsetenv(name_);
+        tzset();
+    }
+
+    EnvironmentChange(const EnvironmentChange&) = delete;
+    EnvironmentChange& operator=(const EnvironmentChange&) = delete;
+
+private:
+    const char* name_;
+    std::optional<std::string> old_;
+};
+
 TEST(Clock, TellsUniversalTimeWhateverTheZone)
 {
     using namespace std::chrono;
+    const EnvironmentChange zone("TZ", "EAST-5:30");
     const auto before = Now();
     const UtcTime told = CurrentUtcTime();
     const year_month_day date{year(told.year), month(static_cast<unsigned>(told.month)),
@@ -38,10 +69,14 @@ TEST(Clock, TellsUniversalTimeWhateverTheZone)
     EXPECT_LE(time, Now());
 }
 
-TEST(User, IsTheOneWhoRunsTheProgram)
+TEST(User, IsNotWhomTheEnvironmentNames)
 {
-    const passwd* const entry = getpwuid(geteuid());
-    EXPECT_EQ(UserName(), entry ? std::optional<std::string>(entry->pw_name) : std::nullopt);
+    const std::optional<std::string> user = UserName();
+    for (const char* const variable : {"USER", "LOGNAME", "USERNAME"})
+    {
+        const EnvironmentChange change(variable, "somebody else");
+        EXPECT_EQ(UserName(), user) << variable;
+    }
 }
 
 TEST(ReadOnlyMark, IsSeenAndTakenOffUnderEveryName)

@@ -1,10 +1,8 @@
-#include "exporter/numbers.h"
 #include "exporter/sampling/sampling_range.h"
 
 #include <gtest/gtest.h>
 
 #include <cmath>
-#include <cstdint>
 #include <limits>
 #include <vector>
 
@@ -64,18 +62,6 @@ TEST(SamplingRange, EndsItsInstantsWhereTimeStandsStill)
         EXPECT_EQ(Regular(c.range).size(), c.instants) << c.what;
         EXPECT_EQ(TimeAdvances(c.range), c.advances) << c.what;
     }
-}
-
-TEST(Numbers, BecomeTheNearestWholeOnesTowardZero)
-{
-    const struct
-    {
-        double value;
-        std::int32_t whole;
-    } cases[] = {{2.9, 2},           {-2.9, -2},          {-0.0, 0},         {2147483647.9, INT32_MAX},
-                 {1e300, INT32_MAX}, {-1e300, INT32_MIN}, {std::nan(""), 0}, {-HUGE_VAL, INT32_MIN}};
-    for (const auto& c : cases)
-        EXPECT_EQ(ToInt32(c.value), c.whole) << c.value;
 }
 
 TEST(SamplingRange, ReservesWithinReason)
