@@ -6,7 +6,7 @@ cd "$(dirname "$0")/.."
 build=build/coverage
 find $build -name '*.gcda' -delete
 (cd $build && ctest --output-on-failure --no-tests=error -j"$(nproc)" -R '^[A-Z]|Gates')
-# Elsewhere the folder may hold what was built from other sources than these.
+# Only the folders of those tests: others below the build folder may be left from older sources, which no longer fit.
 gcovr --root . --filter tev2_loader/ --filter exporter/ --exclude-throw-branches --json $build/lines.json \
     $build/tev2_loader $build/exporter $build/tests/tev2_loader $build/tests/exporter $build/tests/support
 enough=0

@@ -6,8 +6,8 @@ set -eu
 cd "$(dirname "$0")/.."
 seconds="${1:-60}"
 case "$seconds" in
-0 | *[!0-9]*)
-    echo "usage: $0 [SECONDS [TARGET]]" # with anything else the search would never end
+[!1-9]* | *[!0-9]* | ??????????*)
+    echo "usage: $0 [SECONDS [TARGET]]" >&2 # with 0 or a number that is too large the search would never end
     exit 2
     ;;
 esac
