@@ -26,13 +26,15 @@ constexpr double kBiasUnit = 100.0;
 constexpr int kWeightUnit = 10000;
 
 // Times of keys rise, and rising numbers deflate badly: even the plainest steps take more than a byte each. A
-// file that states more of them is made to fill memory.
+// file that states more of them is made to fill memory. Few are taken whatever they are.
 constexpr std::uint64_t kMostTimesPerByte = 2;
+constexpr std::uint64_t kFew = 256;
 
 std::uint64_t MostTimes(const Record& times)
 {
     const Value stored = times ? times.ValueAt(0) : Value();
-    return stored.IsArray() ? kMostTimesPerByte * stored.Bytes().size() : ArrayReader::kAny;
+    return stored.IsArray() ? std::max<std::uint64_t>(kMostTimesPerByte * stored.Bytes().size(), kFew)
+                            : ArrayReader::kAny;
 }
 
 // One block of key data: slope to the right, slope of the next key to its left, two weights in one float's bits.
@@ -112,8 +114,7 @@ Curve CurveReader::ReadArrays(const Record& record)
 {
     const Record times = record.Child("KeyTime");
     arrays_.Read(times, times_, MostTimes(times));
-    const std::size_t most =
-        std::max<std::size_t>(times_.size(), 1); // a block of attributes even without keys
+    const std::uint64_t most = std::max<std::uint64_t>(times_.size(), kFew);
     arrays_.Read(record.Child("KeyValueFloat"), values_, most);
     arrays_.Read(record.Child("KeyAttrFlags"), flags_, most);
     arrays_.Read(record.Child("KeyAttrDataFloat"), data_, most * 4);

@@ -17,6 +17,8 @@ constexpr std::size_t kMostBesides = std::size_t{1} << 20;
 class FbxMemoryTest : public SceneImportTest
 {
 protected:
+    static constexpr std::int32_t kCubicAuto = 0x108;
+
     struct Arrays
     {
         std::vector<std::int64_t> times;
@@ -26,24 +28,57 @@ protected:
         std::vector<std::int32_t> counts;
     };
 
-    /// The file of one take with one curve that moves a model.
-    static std::string FileWithCurve(const Arrays& arrays)
+    /// Keys of value 0 at such times, all of one block of attributes.
+    static Arrays KeysAt(std::vector<std::int64_t> times)
     {
-        Node curve = CurveObject(50, {});
-        curve.children = {{"KeyTime", {arrays.times}, {}},
-                          {"KeyValueFloat", {arrays.values}, {}},
-                          {"KeyAttrFlags", {arrays.flags}, {}},
-                          {"KeyAttrDataFloat", {arrays.data}, {}},
-                          {"KeyAttrRefCount", {arrays.counts}, {}}};
-        return Binary(
-            7400,
-            fbx_writer::Scene({},
-                              {Object("Model", 1, "m", "Null", {}), Object("AnimationStack", 20, "t", "", {}),
-                               Object("AnimationLayer", 30, "l", "", {}),
-                               Object("AnimationCurveNode", 40, "T", "", {}), curve},
-                              {Child(1, 0), Child(30, 20), Child(40, 30),
-                               ToProperty(40, 1, "Lcl Translation"), ToProperty(50, 40, "d|X")}),
-            true);
+        const std::size_t keys = times.size();
+        return {std::move(times),
+                std::vector<float>(keys),
+                {kCubicAuto},
+                std::vector<float>(4),
+                {static_cast<std::int32_t>(keys)}};
+    }
+
+    static Arrays KeysAtRate(std::size_t keys, double per_second)
+    {
+        std::vector<std::int64_t> times;
+        for (std::size_t key = 0; key < keys; ++key)
+            times.push_back(Ticks(static_cast<double>(key) / per_second));
+        return KeysAt(std::move(times));
+    }
+
+    /// The arrays with so many blocks of attributes, each for one key.
+    static Arrays WithBlocks(Arrays arrays, std::size_t blocks)
+    {
+        arrays.flags.assign(blocks, kCubicAuto);
+        arrays.data.assign(4 * blocks, 0.0F);
+        arrays.counts.assign(blocks, 1);
+        return arrays;
+    }
+
+    /// The file of one take with so many curves, each of which moves a model.
+    static std::string FileWithCurves(const Arrays& arrays, int curves = 1)
+    {
+        std::vector<Node> objects{Object("AnimationStack", 1, "t", "", {}),
+                                  Object("AnimationLayer", 2, "l", "", {})};
+        std::vector<Node> connections{Child(2, 1)};
+        for (int i = 0; i < curves; ++i)
+        {
+            const std::int64_t model = 10 + 3 * i, node = model + 1, curve = model + 2;
+            objects.push_back(Object("Model", model, "m", "Null", {}));
+            objects.push_back(Object("AnimationCurveNode", node, "T", "", {}));
+            objects.push_back(CurveObject(curve, {}));
+            objects.back().children = {{"KeyTime", {arrays.times}, {}},
+                                       {"KeyValueFloat", {arrays.values}, {}},
+                                       {"KeyAttrFlags", {arrays.flags}, {}},
+                                       {"KeyAttrDataFloat", {arrays.data}, {}},
+                                       {"KeyAttrRefCount", {arrays.counts}, {}}};
+            connections.push_back(Child(model, 0));
+            connections.push_back(Child(node, 2));
+            connections.push_back(ToProperty(node, model, "Lcl Translation"));
+            connections.push_back(ToProperty(curve, node, "d|X"));
+        }
+        return Binary(7400, fbx_writer::Scene({}, objects, connections), true);
     }
 
     /// The shortest text with a line many times among its objects, or between others there.
@@ -87,18 +122,18 @@ TEST_F(FbxMemoryTest, StaysInProportionToTheFile)
 {
     constexpr std::size_t kMany = 3'000'000; // 24 MB of times, which take 24 kB of a file
     constexpr std::size_t kKeys = 30'000;
-    constexpr std::int32_t kCubicAuto = 0x108;
-    Arrays rising{{}, std::vector<float>(kKeys), {kCubicAuto}, std::vector<float>(4), {kKeys}};
+    std::vector<std::int64_t> times;
     for (std::size_t key = 0; key < kKeys; ++key)
-        rising.times.push_back(static_cast<std::int64_t>(key) << 20); // as small as times become
-    Arrays blocks = rising;
-    blocks.flags.assign(kKeys, kCubicAuto);
-    blocks.counts.assign(kKeys, 1);
-    blocks.data.assign(4 * kKeys, 0.0F);
-    const std::vector<std::int64_t> still(kMany);
-    const std::vector<std::int64_t> two{0, 1 << 20};
-    const std::vector<float> zeros(kMany), values(2), data(4);
-    const std::vector<std::int32_t> whole(kMany), flags{kCubicAuto}, counts{2};
+        times.push_back(static_cast<std::int64_t>(key) << 5); // few steps deflate as well: to 1.07 bytes each
+    const Arrays rising = KeysAt(times);
+    const Arrays still = KeysAt(std::vector<std::int64_t>(25)); // in 12 bytes
+    const Arrays few = KeysAt(std::vector<std::int64_t>(256));
+    const Arrays two = KeysAt({0, 1 << 20});
+    Arrays values = two, flags = two, data = two, counts = two;
+    values.values.resize(kMany);
+    flags.flags.resize(kMany);
+    data.data.resize(kMany);
+    counts.counts.resize(kMany);
     struct Case
     {
         const char* what;
@@ -106,13 +141,22 @@ TEST_F(FbxMemoryTest, StaysInProportionToTheFile)
         const char* cause; ///< empty: it opens
     };
     const Case cases[] = {
-        {"many keys", FileWithCurve(rising), ""},
-        {"many keys, each with its attributes", FileWithCurve(blocks), ""},
-        {"times that stand still", FileWithCurve({still, zeros, flags, data, counts}), "no more than"},
-        {"more values than times", FileWithCurve({two, zeros, flags, data, counts}), "no more than 2"},
-        {"more flags than keys", FileWithCurve({two, values, whole, data, counts}), "no more than 2"},
-        {"more data than keys", FileWithCurve({two, values, flags, zeros, counts}), "no more than 8"},
-        {"more counts than keys", FileWithCurve({two, values, flags, data, whole}), "no more than 2"},
+        {"many keys", FileWithCurves(rising), ""},
+        {"many keys, each with its attributes", FileWithCurves(WithBlocks(rising, kKeys)), ""},
+        {"24 keys a second", FileWithCurves(KeysAtRate(5000, 24.0)), ""},
+        {"25 keys a second", FileWithCurves(KeysAtRate(5000, 25.0)), ""},
+        {"29.97 keys a second", FileWithCurves(KeysAtRate(5000, 30.0 / 1.001)), ""},
+        {"30 keys a second", FileWithCurves(KeysAtRate(5000, 30.0)), ""},
+        {"60 keys a second", FileWithCurves(KeysAtRate(5000, 60.0)), ""},
+        {"120 keys a second", FileWithCurves(KeysAtRate(5000, 120.0)), ""},
+        {"a few times that stand still", FileWithCurves(still), ""},
+        {"more attributes than keys", FileWithCurves(WithBlocks(two, 25)), ""},
+        {"small curves that stand still", FileWithCurves(few, 2000), ""},
+        {"times that stand still", FileWithCurves(KeysAt(std::vector<std::int64_t>(kMany))), "no more than"},
+        {"far more values than times", FileWithCurves(values), "no more than 256"},
+        {"far more flags than keys", FileWithCurves(flags), "no more than 256"},
+        {"far more data than keys", FileWithCurves(data), "no more than 1024"},
+        {"far more counts than keys", FileWithCurves(counts), "no more than 256"},
         {"models", FileWithMany("Model:"), ""},
         {"cameras", FileWithMany("Model:1,\"\",\"Camera\""), ""},
         {"user properties",
@@ -132,8 +176,6 @@ TEST_F(FbxMemoryTest, StaysInProportionToTheFile)
         EXPECT_EQ(opened, *item.cause == '\0') << item.what << ": " << cause;
         EXPECT_NE(cause.find(item.cause), std::string::npos) << item.what << ": " << cause;
         EXPECT_LE(bytes, kMostPerByte * item.file.size() + kMostBesides) << item.what;
-        std::printf("%-36s %6zu bytes, %5.1f bytes a byte\n", item.what, item.file.size(),
-                    static_cast<double>(bytes) / static_cast<double>(item.file.size()));
     }
 }
 
