@@ -4,6 +4,7 @@
 #include "mobu_host/ui.h"
 #include "tests/exporter/export_fixture.h"
 
+#include <array>
 #include <map>
 #include <sstream>
 
@@ -128,55 +129,6 @@ TEST_F(ExportDialog, ShowsItsFirstRun)
     EXPECT_TRUE(StoredValues().empty()) << "closed by the window's own button: a cancellation";
 }
 
-struct Rectangle
-{
-    const char* region;
-    int left, top, right, bottom;
-};
-
-TEST_F(ExportDialog, PlacesItsRegions)
-{
-    const Rectangle expected[] = {
-        {"SAMPLING_GROUP_BOX_REGION_NAME", 10, 20, 270, 120},
-        {kPal, 60, 30, 130, 56},
-        {kNtsc, 160, 30, 220, 56},
-        {kCustomRate, 50, 76, 130, 102},
-        {kRate, 150, 74, 210, 104},
-        {"KEYFRAMES_GROUP_BOX_REGION_NAME", 10, 140, 270, 274},
-        {"Export All", 60, 150, 130, 176},
-        {"Custom", 160, 150, 220, 176},
-        {"KEYFRAMES_START_KEY_EDITBOX_LABEL_REGION_NAME", 40, 186, 100, 216},
-        {kStartKey, 110, 186, 180, 216},
-        {"KEYFRAMES_END_KEY_EDITBOX_LABEL_REGION_NAME", 40, 226, 100, 256},
-        {kEndKey, 110, 226, 180, 256},
-        {"TAKES_GROUP_BOX_REGION_NAME", 10, 294, 270, 364},
-        {kCurrentTake, 24, 304, 234, 330},
-        {kAllTakesButton, 24, 330, 234, 356},
-        {"MISC_GROUP_BOX_REGION_NAME", 10, 384, 270, 578},
-        {kUnderscores, 30, 394, 250, 420},
-        {kPositiveZ, 30, 430, 250, 456},
-        {kNamespaces, 30, 466, 250, 492},
-        {kAsterisk, 30, 502, 250, 528},
-        {kConstraints, 30, 538, 250, 564},
-        {kExport, 88, 588, 138, 612},
-        {kCancel, 144, 588, 194, 612},
-    };
-    Show(
-        [&](FBPopup& popup)
-        {
-            for (const Rectangle& r : expected)
-            {
-                int left = 0, top = 0, right = 0, bottom = 0;
-                ASSERT_TRUE(popup.GetRegionPositions(r.region, true, &left, &top, &right, &bottom))
-                    << r.region;
-                EXPECT_EQ(left, r.left) << r.region;
-                EXPECT_EQ(top, r.top) << r.region;
-                EXPECT_EQ(right, r.right) << r.region;
-                EXPECT_EQ(bottom, r.bottom) << r.region;
-            }
-        });
-}
-
 // All that a user sees of a region before the first click, less its place; enumerators as their numbers.
 std::string Looks(const mobu_host::Region& region)
 {
@@ -203,36 +155,43 @@ std::string Looks(const mobu_host::Region& region)
     return text.str();
 }
 
-TEST_F(ExportDialog, DressesItsRegions)
+TEST_F(ExportDialog, PlacesAndDressesItsRegions)
 {
     const struct
     {
         const char* region;
+        std::array<int, 4> place; // left, top, right, bottom
         const char* looks;
     } expected[] = {
-        {"SAMPLING_GROUP_BOX_REGION_NAME", R"("Sampling" border 5 titled 2 2 90 10)"},
-        {kPal, R"("" enabled "PAL" button 2)"},
-        {kNtsc, R"("" enabled "NTSC" button 2)"},
-        {kCustomRate, R"("" enabled "Custom FPS" button 2)"},
-        {kRate, R"("" disabled "" number 0..240 precision 3.2 steps 5 1)"},
-        {"KEYFRAMES_GROUP_BOX_REGION_NAME", R"("Key-frames" border 5 titled 2 2 90 10)"},
-        {"Export All", R"("" enabled "Export All" button 2)"},
-        {"Custom", R"("" enabled "Custom" button 2)"},
-        {"KEYFRAMES_START_KEY_EDITBOX_LABEL_REGION_NAME", R"("" enabled "Start Key" label 1 wrapped)"},
-        {kStartKey, R"("" disabled "" number 10..100 precision 1 steps 5 1)"},
-        {"KEYFRAMES_END_KEY_EDITBOX_LABEL_REGION_NAME", R"("" enabled "End Key" label 1 wrapped)"},
-        {kEndKey, R"("" disabled "" number 10..100 precision 1 steps 5 1)"},
-        {"TAKES_GROUP_BOX_REGION_NAME", R"("Takes" border 5 titled 2 2 90 10)"},
-        {kCurrentTake, R"("" enabled "Current Take Only" button 2)"},
-        {kAllTakesButton, R"("" enabled "All Takes As Separate Files" button 2)"},
-        {"MISC_GROUP_BOX_REGION_NAME", R"("Miscellaneous" border 5 titled 2 2 90 10)"},
-        {kUnderscores, R"("" enabled "Change filename spaces to underscores?" button 3)"},
-        {kPositiveZ, R"("" enabled "Keep positive Z?" button 3)"},
-        {kNamespaces, R"("" enabled "Remove namespace from names?" button 3)"},
-        {kAsterisk, R"("" enabled "Use *.tv2 in save filename dialog?" button 3)"},
-        {kConstraints, R"("" enabled "Disable constraints?" button 3)"},
-        {kExport, R"("" enabled "Export" button 0)"},
-        {kCancel, R"("" enabled "Cancel" button 0)"},
+        {"SAMPLING_GROUP_BOX_REGION_NAME", {10, 20, 270, 120}, R"("Sampling" border 5 titled 2 2 90 10)"},
+        {kPal, {60, 30, 130, 56}, R"("" enabled "PAL" button 2)"},
+        {kNtsc, {160, 30, 220, 56}, R"("" enabled "NTSC" button 2)"},
+        {kCustomRate, {50, 76, 130, 102}, R"("" enabled "Custom FPS" button 2)"},
+        {kRate, {150, 74, 210, 104}, R"("" disabled "" number 0..240 precision 3.2 steps 5 1)"},
+        {"KEYFRAMES_GROUP_BOX_REGION_NAME", {10, 140, 270, 274}, R"("Key-frames" border 5 titled 2 2 90 10)"},
+        {"Export All", {60, 150, 130, 176}, R"("" enabled "Export All" button 2)"},
+        {"Custom", {160, 150, 220, 176}, R"("" enabled "Custom" button 2)"},
+        {"KEYFRAMES_START_KEY_EDITBOX_LABEL_REGION_NAME",
+         {40, 186, 100, 216},
+         R"("" enabled "Start Key" label 1 wrapped)"},
+        {kStartKey, {110, 186, 180, 216}, R"("" disabled "" number 10..100 precision 1 steps 5 1)"},
+        {"KEYFRAMES_END_KEY_EDITBOX_LABEL_REGION_NAME",
+         {40, 226, 100, 256},
+         R"("" enabled "End Key" label 1 wrapped)"},
+        {kEndKey, {110, 226, 180, 256}, R"("" disabled "" number 10..100 precision 1 steps 5 1)"},
+        {"TAKES_GROUP_BOX_REGION_NAME", {10, 294, 270, 364}, R"("Takes" border 5 titled 2 2 90 10)"},
+        {kCurrentTake, {24, 304, 234, 330}, R"("" enabled "Current Take Only" button 2)"},
+        {kAllTakesButton, {24, 330, 234, 356}, R"("" enabled "All Takes As Separate Files" button 2)"},
+        {"MISC_GROUP_BOX_REGION_NAME", {10, 384, 270, 578}, R"("Miscellaneous" border 5 titled 2 2 90 10)"},
+        {kUnderscores,
+         {30, 394, 250, 420},
+         R"("" enabled "Change filename spaces to underscores?" button 3)"},
+        {kPositiveZ, {30, 430, 250, 456}, R"("" enabled "Keep positive Z?" button 3)"},
+        {kNamespaces, {30, 466, 250, 492}, R"("" enabled "Remove namespace from names?" button 3)"},
+        {kAsterisk, {30, 502, 250, 528}, R"("" enabled "Use *.tv2 in save filename dialog?" button 3)"},
+        {kConstraints, {30, 538, 250, 564}, R"("" enabled "Disable constraints?" button 3)"},
+        {kExport, {88, 588, 138, 612}, R"("" enabled "Export" button 0)"},
+        {kCancel, {144, 588, 194, 612}, R"("" enabled "Cancel" button 0)"},
     };
     Show(
         [&](FBPopup& popup)
@@ -241,7 +200,11 @@ TEST_F(ExportDialog, DressesItsRegions)
             ASSERT_EQ(regions.size(), std::size(expected));
             for (std::size_t i = 0; i < regions.size(); ++i)
             {
+                std::array<int, 4> place = {};
+                auto& [left, top, right, bottom] = place;
                 EXPECT_EQ(regions[i].name, expected[i].region);
+                EXPECT_TRUE(popup.GetRegionPositions(expected[i].region, true, &left, &top, &right, &bottom));
+                EXPECT_EQ(place, expected[i].place) << expected[i].region;
                 EXPECT_EQ(Looks(regions[i]), expected[i].looks) << expected[i].region;
             }
         });
