@@ -57,7 +57,7 @@ fuzz: packages ## Search for files that break the readers, FUZZ_SECONDS=60 with 
 	@cmake --build --preset fuzz
 	scripts/fuzz.sh $(FUZZ_SECONDS)
 
-bench: packages ## Measure speed beside a floor of the same run, 21 times each, and print one table (15 minutes)
+bench: packages ## Measure speed beside a floor of the same run, 21 times each, and print one table
 	@scripts/install_packages.sh libbenchmark-dev python3
 	@cmake --preset release -DTV2_BUILD_BENCH=ON > /dev/null
 	cmake --build --preset release --target bench

@@ -2,9 +2,7 @@
 
 #include <algorithm>
 #include <benchmark/benchmark.h>
-#include <cstdlib>
 #include <cstring>
-#include <filesystem>
 #include <malloc.h>
 #include <map>
 #include <random>

@@ -7,7 +7,7 @@
 #include <cmath>
 
 // Evaluation as the format describes it, one number and one key after another: what the library's own, faster
-// evaluation must agree with to the last bit. Times ascend, and no two are equal.
+// evaluation must agree with to the last bit. Times ascend; between equal ones the fraction is 0.
 
 namespace tev2_tests::plain
 {
@@ -54,7 +54,8 @@ inline void SetTime(TEV2_ANIMATABLE& track, float time)
             --key;
     }
     track.m_current_key = static_cast<std::uint32_t>(key);
-    track.m_fraction = (time - times[key]) / (times[key + 1] - times[key]);
+    const float span = times[key + 1] - times[key];
+    track.m_fraction = span > 0.0f ? (time - times[key]) / span : 0.0f;
 }
 
 inline void Update(TEV2_ANIMATABLE& track, float delta_time)

@@ -3,6 +3,7 @@
 #include "tev2_loader/serialisation/arrays.h"
 #include "tev2_loader/tracks/linear_tracks.h"
 #include "tev2_loader/tracks/quaternion_tracks.h"
+#include "tev2_loader/tracks/track_mover.h"
 
 #include <typeinfo>
 
@@ -16,43 +17,57 @@ namespace
 /// have more.
 constexpr std::size_t kLeastNode = 2 + 4 + 2 * 4 + 2 + 5 * 4;
 
-/// The track as one of this class when it is nothing else: what it does needs no look at its table then.
+/// The track as one of this class when it is nothing else, so that what it does can be compiled into the place. Null
+/// where finding that out takes longer than a virtual call.
 template <typename Concrete, typename Family>
-const Concrete* Exactly(const Family& track)
+const Concrete* Exactly([[maybe_unused]] const Family* track)
 {
-    return &typeid(track) == &typeid(Concrete) ? static_cast<const Concrete*>(&track) : nullptr;
+#if defined(__GNUC__)
+    if (track != nullptr && &typeid(*track) == &typeid(Concrete))
+        return static_cast<const Concrete*>(track);
+#endif
+    return nullptr;
 }
 
 template <typename Usual, typename Family>
-typename Family::Value PresentValue(const Family& track)
+typename Family::Value PresentValue(const std::unique_ptr<Family>& track)
 {
-    const Usual* usual = Exactly<Usual>(track);
-    return usual != nullptr ? usual->GetValue() : track.GetValue();
+    if (!track)
+        return {};
+    const Usual* usual = Exactly<Usual>(track.get());
+    return usual != nullptr ? usual->GetValue() : track->GetValue();
 }
 
+/// Calls for memory; whatever the address, nothing can go wrong. Where there is a choice not by a builtin function:
+/// compilers leave away calls of functions that do nothing else.
 void Prefetch([[maybe_unused]] const void* memory)
 {
-#if defined(__GNUC__)
-    __builtin_prefetch(memory);
+#if defined(__GNUC__) && defined(TEV2_HAS_SSE)
+    __asm__ volatile("prefetcht0 %0" : : "m"(*static_cast<const char*>(memory)));
+#elif defined(TEV2_HAS_SSE)
+    _mm_prefetch(static_cast<const char*>(memory), _MM_HINT_T0);
 #endif
 }
 
 void PrefetchTrack(const TEV2_ANIMATABLE* track)
 {
+    constexpr std::size_t kCacheLine = 64;
+    if (track == nullptr)
+        return;
     Prefetch(track);
-    Prefetch(reinterpret_cast<const char*>(track) + 64);
+    Prefetch(reinterpret_cast<const char*>(track) + kCacheLine); // within it, or right behind
 }
 
 /// The keys around a segment.
 template <typename Usual, typename Family>
-void PrefetchKeys(const Family* track, std::size_t key)
+void PrefetchKeys(const std::unique_ptr<Family>& track, std::size_t key)
 {
-    const Usual* usual = track != nullptr ? Exactly<Usual>(*track) : nullptr;
-    if (usual == nullptr || key + 1 >= usual->m_values.size())
+    const Usual* usual = Exactly<Usual>(track.get());
+    if (usual == nullptr || key + 1 >= usual->m_values.size() || key + 1 >= usual->m_times.size())
         return;
-    Prefetch(usual->m_times.data() + key);
-    Prefetch(usual->m_values.data() + key);
-    Prefetch(reinterpret_cast<const char*>(usual->m_values.data() + key + 2) - 1);
+    Prefetch(&usual->m_times[key]);
+    Prefetch(&usual->m_values[key]);
+    Prefetch(&usual->m_values[key + 1]);
 }
 
 /// A 4x4 matrix column by column, the last row of no use.
@@ -96,24 +111,21 @@ bool TEV2_MATRIX_NODE::Save(TEV2_FILE_WRITER& writer) const
     return saved;
 }
 
-void TEV2_MATRIX_NODE::Update(float delta_time)
+template <typename Move>
+void TEV2_MATRIX_NODE::MoveTracks(Move move)
 {
-    UpdateEach(delta_time, translation, rotation, scale);
-    FormWorldMatrix();
-}
-
-void TEV2_MATRIX_NODE::SetTime(float time)
-{
-    SetTimeEach(time, translation, rotation, scale);
-    FormWorldMatrix();
+    if (translation)
+        move(*translation);
+    if (rotation)
+        move(*rotation);
+    if (scale)
+        move(*scale);
 }
 
 void TEV2_MATRIX_NODE::FormWorldMatrix()
 {
-    const TEV2_VECTOR_3 place =
-        translation ? PresentValue<TEV2_ANIMATABLE_VECTOR_3_LINEAR>(*translation) : TEV2_VECTOR_3{};
-    const TEV2_QUATERNION turn =
-        rotation ? PresentValue<TEV2_ANIMATABLE_QUATERNION_SLERP>(*rotation) : TEV2_QUATERNION{};
+    const auto place = PresentValue<TEV2_ANIMATABLE_VECTOR_3_LINEAR>(translation);
+    const auto turn = PresentValue<TEV2_ANIMATABLE_QUATERNION_SLERP>(rotation);
     TEV2_MATRIX_3X4 local = RigidMatrix(turn, place);
     if (scale)
     {
@@ -122,6 +134,18 @@ void TEV2_MATRIX_NODE::FormWorldMatrix()
             (Float4::Load(row) * Float4::Of(factors.x, factors.y, factors.z, 1.0f)).Store(row);
     }
     worldMatrix = parentMatrix != nullptr ? Product(*parentMatrix, local) : local;
+}
+
+void TEV2_MATRIX_NODE::Update(float delta_time)
+{
+    MoveTracks([delta_time](TEV2_ANIMATABLE& track) { track.Update(delta_time); });
+    FormWorldMatrix();
+}
+
+void TEV2_MATRIX_NODE::SetTime(float time)
+{
+    MoveTracks([time](TEV2_ANIMATABLE& track) { track.SetTime(time); });
+    FormWorldMatrix();
 }
 
 void TEV2_MATRIX_HIERARCHY::LinkParents()
@@ -156,44 +180,43 @@ bool TEV2_MATRIX_HIERARCHY::Save(TEV2_FILE_WRITER& writer) const
 }
 
 /// Calls for the tracks of nodes some way ahead, and for the keys that they will need halfway there, so that what
-/// has to come from memory comes while other nodes are worked on.
+/// has to come from memory comes while other nodes are worked on. A few nodes stay in the cache anyway.
 template <typename Move>
 void TEV2_MATRIX_HIERARCHY::Evaluate(Move move)
 {
+    constexpr std::size_t kFewNodes = 256;
     constexpr std::size_t kTracksAhead = 24;
     constexpr std::size_t kKeysAhead = 12;
-    std::uint32_t near_key = 0;
-    for (std::size_t index = 0; index < nodes.size(); ++index)
+    TrackMover mover;
+    const std::size_t count = nodes.size();
+    const std::size_t called_for = count > kFewNodes ? count : 0;
+    for (std::size_t index = 0; index < count; ++index)
     {
-        if (index + kTracksAhead < nodes.size())
+        if (index + kTracksAhead < called_for)
         {
-            const TEV2_MATRIX_NODE& far = nodes[index + kTracksAhead];
-            PrefetchTrack(far.translation.get());
-            PrefetchTrack(far.rotation.get());
-            const TEV2_MATRIX_NODE& near = nodes[index + kKeysAhead];
-            PrefetchKeys<TEV2_ANIMATABLE_VECTOR_3_LINEAR>(near.translation.get(), near_key);
-            PrefetchKeys<TEV2_ANIMATABLE_QUATERNION_SLERP>(near.rotation.get(), near_key);
+            const TEV2_MATRIX_NODE& ahead = nodes[index + kTracksAhead];
+            PrefetchTrack(ahead.translation.get());
+            PrefetchTrack(ahead.rotation.get());
         }
-        TEV2_MATRIX_NODE& node = nodes[index];
-        for (TEV2_ANIMATABLE* track : std::initializer_list<TEV2_ANIMATABLE*>{
-                 node.translation.get(), node.rotation.get(), node.scale.get()})
+        if (index + kKeysAhead < called_for)
         {
-            if (track != nullptr)
-                move(*track, near_key);
+            const TEV2_MATRIX_NODE& ahead = nodes[index + kKeysAhead];
+            PrefetchKeys<TEV2_ANIMATABLE_VECTOR_3_LINEAR>(ahead.translation, mover.NearKey());
+            PrefetchKeys<TEV2_ANIMATABLE_QUATERNION_SLERP>(ahead.rotation, mover.NearKey());
         }
-        node.FormWorldMatrix();
+        nodes[index].MoveTracks([&](TEV2_ANIMATABLE& track) { move(mover, track); });
+        nodes[index].FormWorldMatrix();
     }
 }
 
 void TEV2_MATRIX_HIERARCHY::Update(float delta_time)
 {
-    Evaluate([delta_time](TEV2_ANIMATABLE& track, std::uint32_t& near_key)
-             { track.Update(delta_time, near_key); });
+    Evaluate([delta_time](TrackMover& mover, TEV2_ANIMATABLE& track) { mover.Update(track, delta_time); });
 }
 
 void TEV2_MATRIX_HIERARCHY::SetTime(float time)
 {
-    Evaluate([time](TEV2_ANIMATABLE& track, std::uint32_t& near_key) { track.SetTime(time, near_key); });
+    Evaluate([time](TrackMover& mover, TEV2_ANIMATABLE& track) { mover.SetTime(track, time); });
 }
 
 } // namespace TEV2_LOADER

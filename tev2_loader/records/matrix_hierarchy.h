@@ -49,6 +49,8 @@ public:
 private:
     friend class TEV2_MATRIX_HIERARCHY;
 
+    template <typename Move>
+    void MoveTracks(Move move);
     void FormWorldMatrix();
 };
 

@@ -71,7 +71,7 @@ inline TEV2_MATRIX_3X4 Product(const TEV2_MATRIX_3X4& left, const TEV2_MATRIX_3X
     {
         const Float4 a = Float4::Load(left.m[row]);
         const Float4 sum = Pick<0, 0, 0, 0>(a) * rows[0] + Pick<1, 1, 1, 1>(a) * rows[1] +
-                           Pick<2, 2, 2, 2>(a) * rows[2] + LastAlone(a);
+                           Pick<2, 2, 2, 2>(a) * rows[2] + a.LastAlone();
         sum.Store(product.m[row]);
     }
     return product;
@@ -87,14 +87,13 @@ TEV2_MATRIX_3X4 Inverse(const TEV2_MATRIX_3X4& matrix);
 ///     2xz - 2wy        2yz + 2wx        1 - 2xx - 2yy    tz
 inline TEV2_MATRIX_3X4 RigidMatrix(const TEV2_QUATERNION& rotation, const TEV2_VECTOR_3& translation)
 {
-    const Float4 q = Float4::Load(&rotation.x);
+    const Float4 q = Float4::Load(rotation);
     const Float4 t = Float4::Of(translation.x, translation.y, translation.z, 0.0f);
     const Float4 twice = q + q;
     const Float4 squares = twice * q;                                    // 2xx, 2yy, 2zz
     const Float4 mixed = Pick<0, 0, 1, 3>(twice) * Pick<1, 2, 2, 3>(q);  // 2xy, 2xz, 2yz
     const Float4 with_w = Pick<3, 3, 3, 3>(twice) * Pick<2, 1, 0, 3>(q); // 2wz, 2wy, 2wx
-    const Float4 diagonal =
-        Float4::Of(1.0f, 1.0f, 1.0f, 1.0f) - Pick<1, 0, 0, 3>(squares) - Pick<2, 2, 1, 3>(squares);
+    const Float4 diagonal = Float4::All(1.0f) - Pick<1, 0, 0, 3>(squares) - Pick<2, 2, 1, 3>(squares);
     const Float4 sums = mixed + with_w;        // m10, m02, m21
     const Float4 differences = mixed - with_w; // m01, m20, m12
     TEV2_MATRIX_3X4 matrix;

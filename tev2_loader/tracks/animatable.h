@@ -3,7 +3,6 @@
 #include "tev2_loader/records/object_bases.h"
 #include "tev2_loader/records/values.h"
 
-#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <memory>
@@ -47,60 +46,9 @@ public:
     void Update(float delta_time) final;
 
     /// Puts the cursor at a time, held between the first and the last key. Nothing changes with fewer than
-    /// two keys, for a NaN, or when no segment holds the time (times that do not ascend).
+    /// two keys, for a NaN, or when no segment is found to hold the time; which one is found where times do not
+    /// ascend is not promised.
     void SetTime(float time) final;
-
-    /// The same, one track after another: near_key is where the track before this one came to lie, and is tried
-    /// before anything else; it becomes the key of this one. Tracks sampled alike need no search then.
-    void Update(float delta_time, std::uint32_t& near_key)
-    {
-        if (m_times.size() < 2)
-            return;
-        const std::size_t key = PresentSegment();
-        const float time = PresentTime(key) + delta_time;
-        if (MoveInside(near_key, time))
-            return;
-        if (m_times.back() >= time)
-            Search(key, time);
-        else
-            Wrap(time);
-        near_key = m_current_key;
-    }
-
-    void SetTime(float time, std::uint32_t& near_key)
-    {
-        if (m_times.size() < 2 || MoveInside(near_key, time))
-            return;
-        Search(PresentSegment(), time);
-        near_key = m_current_key;
-    }
-
-private:
-    std::size_t PresentSegment() const { return std::min<std::size_t>(m_current_key, m_times.size() - 2); }
-
-    float PresentTime(std::size_t key) const
-    {
-        return m_times[key] + (m_times[key + 1] - m_times[key]) * m_fraction;
-    }
-
-    /// When the time lies between the two keys of a segment, and on neither, moves there. In ascending times no
-    /// other segment holds it then, so that any way to find the segment finds the same.
-    bool MoveInside(std::size_t key, float time)
-    {
-        if (key + 1 >= m_times.size())
-            return false;
-        const float opening = m_times[key];
-        const float closing = m_times[key + 1];
-        if (!(opening < time && time < closing))
-            return false;
-        m_current_key = static_cast<std::uint32_t>(key);
-        m_fraction = (time - opening) / (closing - opening);
-        return true;
-    }
-
-    bool MoveNearby(std::size_t key, float time);
-    void Search(std::size_t key, float time);
-    void Wrap(float time);
 };
 
 /// A family of tracks is the interface of all tracks of one type of value. Each has

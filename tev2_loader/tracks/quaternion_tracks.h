@@ -11,7 +11,7 @@ TEV2_QUATERNION Product(const TEV2_QUATERNION& left, const TEV2_QUATERNION& righ
 /// The dot product of two rotations as four-component vectors.
 inline float Dot(const TEV2_QUATERNION& left, const TEV2_QUATERNION& right)
 {
-    const Float4 products = Float4::Load(&left.x) * Float4::Load(&right.x);
+    const Float4 products = Float4::Load(left) * Float4::Load(right);
     return products.First() + Pick<3, 3, 3, 3>(products).First() + Pick<1, 1, 1, 1>(products).First() +
            Pick<2, 2, 2, 2>(products).First();
 }
@@ -19,10 +19,10 @@ inline float Dot(const TEV2_QUATERNION& left, const TEV2_QUATERNION& right)
 /// Between two rotations, each component on its own.
 inline TEV2_QUATERNION Lerp(const TEV2_QUATERNION& opening, const TEV2_QUATERNION& closing, float fraction)
 {
-    const Float4 from = Float4::Load(&opening.x);
-    const Float4 way = Float4::Load(&closing.x) - from;
+    const Float4 from = Float4::Load(opening);
+    const Float4 way = Float4::Load(closing) - from;
     TEV2_QUATERNION rotation;
-    (from + way * Float4::Of(fraction, fraction, fraction, fraction)).Store(&rotation.x);
+    (from + way * Float4::All(fraction)).Store(rotation);
     return rotation;
 }
 
