@@ -38,38 +38,6 @@ typename Family::Value PresentValue(const std::unique_ptr<Family>& track)
     return usual != nullptr ? usual->GetValue() : track->GetValue();
 }
 
-/// Calls for memory; whatever the address, nothing can go wrong. Where there is a choice not by a builtin function:
-/// compilers leave away calls of functions that do nothing else.
-void Prefetch([[maybe_unused]] const void* memory)
-{
-#if defined(__GNUC__) && defined(TEV2_HAS_SSE)
-    __asm__ volatile("prefetcht0 %0" : : "m"(*static_cast<const char*>(memory)));
-#elif defined(TEV2_HAS_SSE)
-    _mm_prefetch(static_cast<const char*>(memory), _MM_HINT_T0);
-#endif
-}
-
-void PrefetchTrack(const TEV2_ANIMATABLE* track)
-{
-    constexpr std::size_t kCacheLine = 64;
-    if (track == nullptr)
-        return;
-    Prefetch(track);
-    Prefetch(reinterpret_cast<const char*>(track) + kCacheLine); // within it, or right behind
-}
-
-/// The keys around a segment.
-template <typename Usual, typename Family>
-void PrefetchKeys(const std::unique_ptr<Family>& track, std::size_t key)
-{
-    const Usual* usual = Exactly<Usual>(track.get());
-    if (usual == nullptr || key + 1 >= usual->m_values.size() || key + 1 >= usual->m_times.size())
-        return;
-    Prefetch(&usual->m_times[key]);
-    Prefetch(&usual->m_values[key]);
-    Prefetch(&usual->m_values[key + 1]);
-}
-
 /// A 4x4 matrix column by column, the last row of no use.
 void LoadLegacyMatrix(TEV2_MEMORY_CURSOR& cursor, TEV2_MATRIX_3X4& matrix)
 {
@@ -179,33 +147,14 @@ bool TEV2_MATRIX_HIERARCHY::Save(TEV2_FILE_WRITER& writer) const
     return SaveRecords(writer, nodes);
 }
 
-/// Calls for the tracks of nodes some way ahead, and for the keys that they will need halfway there, so that what
-/// has to come from memory comes while other nodes are worked on. A few nodes stay in the cache anyway.
 template <typename Move>
 void TEV2_MATRIX_HIERARCHY::Evaluate(Move move)
 {
-    constexpr std::size_t kFewNodes = 256;
-    constexpr std::size_t kTracksAhead = 24;
-    constexpr std::size_t kKeysAhead = 12;
     TrackMover mover;
-    const std::size_t count = nodes.size();
-    const std::size_t called_for = count > kFewNodes ? count : 0;
-    for (std::size_t index = 0; index < count; ++index)
+    for (TEV2_MATRIX_NODE& node : nodes)
     {
-        if (index + kTracksAhead < called_for)
-        {
-            const TEV2_MATRIX_NODE& ahead = nodes[index + kTracksAhead];
-            PrefetchTrack(ahead.translation.get());
-            PrefetchTrack(ahead.rotation.get());
-        }
-        if (index + kKeysAhead < called_for)
-        {
-            const TEV2_MATRIX_NODE& ahead = nodes[index + kKeysAhead];
-            PrefetchKeys<TEV2_ANIMATABLE_VECTOR_3_LINEAR>(ahead.translation, mover.NearKey());
-            PrefetchKeys<TEV2_ANIMATABLE_QUATERNION_SLERP>(ahead.rotation, mover.NearKey());
-        }
-        nodes[index].MoveTracks([&](TEV2_ANIMATABLE& track) { move(mover, track); });
-        nodes[index].FormWorldMatrix();
+        node.MoveTracks([&](TEV2_ANIMATABLE& track) { move(mover, track); });
+        node.FormWorldMatrix();
     }
 }
 

@@ -39,9 +39,6 @@ public:
             Search(track, track.m_times.back() >= time ? time : Wrapped(track, time));
     }
 
-    /// The key of the last track that had to be searched.
-    std::uint32_t NearKey() const { return near_key_; }
-
 private:
     /// A cursor beyond the last segment counts as being in it.
     static std::size_t PresentSegment(const TEV2_ANIMATABLE& track)
