@@ -249,7 +249,7 @@ void ReadKeys(benchmark::State& state, const Workload& workload, Motion motion)
 
 void SaveFile(benchmark::State& state, const Workload& workload)
 {
-    const std::string path = bench::ScratchFile("save.tv2");
+    const std::string path = bench::MemoryFile("save.tv2");
     for (auto _ : state)
     {
         for (const auto& scene : workload.scenes)
@@ -265,7 +265,7 @@ void SaveFile(benchmark::State& state, const Workload& workload)
 
 void WriteImage(benchmark::State& state, const Workload& workload)
 {
-    const std::string path = bench::ScratchFile("floor.tv2");
+    const std::string path = bench::MemoryFile("floor.tv2");
     for (auto _ : state)
     {
         for (const auto& image : workload.images)

@@ -6,6 +6,7 @@
 #include <cmath>
 #include <cstdint>
 #include <cstdio>
+#include <filesystem>
 #include <memory>
 #include <stdexcept>
 #include <string>
@@ -67,6 +68,14 @@ inline void Fill(TEV2_LOADER::TEV2& scene, const Workload& workload)
 inline std::string ScratchFile(const std::string& name)
 {
     return "tev2_bench_" + name;
+}
+
+// The same for files that are written to be measured: in memory, where the system has a place for that, since a disk
+// would measure itself.
+inline std::string MemoryFile(const std::string& name)
+{
+    const std::string folder = "/dev/shm/";
+    return (std::filesystem::is_directory(folder) ? folder : "") + ScratchFile(name);
 }
 
 inline TEV2_LOADER::TEV2_WIDE_STRING Wide(const std::string& path)
