@@ -1,6 +1,7 @@
 #include "host/popup/popup_script.h"
 
 #include "mobu_host/ui.h"
+#include "text/closest_name.h"
 
 #include <cerrno>
 #include <charconv>
@@ -36,6 +37,8 @@ bool ReadName(std::istream& line, std::string& name)
     return (line >> std::ws).peek() == '"' && line >> std::quoted(name);
 }
 
+const std::vector<std::string> kActions = {"click", "set", "edit", "move", "close"};
+
 template <class Number>
 bool ReadNumber(std::istream& line, Number& number)
 {
@@ -44,12 +47,17 @@ bool ReadNumber(std::istream& line, Number& number)
     return error == std::errc() && end == word.data() + word.size();
 }
 
-std::string NamesOf(FBPopup& popup)
+std::string NoSuchRegion(const std::string& name, FBPopup& popup)
 {
-    std::string names;
+    std::string list;
+    std::vector<std::string> names;
     for (const Region& region : Regions(popup))
-        names += (names.empty() ? "" : ", ") + Quoted(region.name);
-    return names.empty() ? "no region at all" : names;
+    {
+        names.push_back(region.name);
+        list += (list.empty() ? "" : ", ") + Quoted(region.name);
+    }
+    return "there is no region " + Quoted(name) + DidYouMean(name, names) + "; the popup has " +
+           (list.empty() ? "no region at all" : list);
 }
 
 } // namespace
@@ -59,11 +67,18 @@ std::string PopupScript::ReadStep(const std::string& line, Step& step)
 {
     std::istringstream words(line);
     const std::string action = Word(words);
-    if (action == "click" || action == "edit")
+    if (action == "click" || action == "set" || action == "edit")
     {
-        step.action = action == "click" ? Action::kClick : Action::kEdit;
+        step.action = action == "click" ? Action::kClick : action == "set" ? Action::kSet : Action::kEdit;
         if (!ReadName(words, step.region))
             return action + " takes the name of a region in double quotes";
+        if (step.action == Action::kSet)
+        {
+            const std::string state = Word(words);
+            if (state != "on" && state != "off")
+                return "set takes on or off after the region";
+            step.on = state == "on";
+        }
         if (step.action == Action::kEdit && (!ReadNumber(words, step.value) || !std::isfinite(step.value)))
             return "edit takes a number after the region, such as 12.5";
     }
@@ -76,7 +91,8 @@ std::string PopupScript::ReadStep(const std::string& line, Step& step)
     else if (action == "close")
         step.action = Action::kClose;
     else
-        return "there is no step " + Quoted(action) + "; steps are click, edit, move and close";
+        return "there is no step " + Quoted(action) + DidYouMean(action, kActions) +
+               "; steps are click, set, edit, move and close";
 
     const std::string rest = Word(words);
     if (!rest.empty() && rest.front() != '#')
@@ -127,18 +143,38 @@ std::string PopupScript::Play(const Step& step, FBPopup& popup)
     default:
         break;
     }
+    return UseControl(step, popup);
+}
+
+std::string PopupScript::UseControl(const Step& step, FBPopup& popup)
+{
     if (!FindRegion(popup, step.region))
-        return "there is no region " + Quoted(step.region) + "; the popup has " + NamesOf(popup);
+        return NoSuchRegion(step.region, popup);
     FBVisualComponent* const control = popup.GetControl(step.region.c_str());
-    const bool click = step.action == Action::kClick;
-    if (click ? !FBIS(control, FBButton) : !FBIS(control, FBEditNumber))
-        return Quoted(step.region) + (click ? " is no button" : " is no box for a number");
+    const bool edit = step.action == Action::kEdit;
+    if (edit ? !FBIS(control, FBEditNumber) : !FBIS(control, FBButton))
+        return Quoted(step.region) + (edit ? " is no box for a number" : " is no button");
     if (!control->Enabled)
         return Quoted(step.region) + " is disabled";
-    if (click)
-        Click(popup, step.region);
-    else
+    if (step.action == Action::kSet)
+        return Set(step, static_cast<FBButton&>(*control), popup);
+    if (edit)
         Edit(popup, step.region, step.value);
+    else
+        Click(popup, step.region);
+    return {};
+}
+
+// A click that changes something: none where the button is as wanted.
+std::string PopupScript::Set(const Step& step, FBButton& button, FBPopup& popup)
+{
+    const bool radio = button.Style == kFBRadioButton;
+    if (!radio && button.Style != kFBCheckbox)
+        return Quoted(step.region) + " is neither a check box nor a radio button";
+    if (radio && !step.on)
+        return Quoted(step.region) + " is a radio button: set another of its group on";
+    if ((button.State != 0) != step.on)
+        Click(popup, step.region);
     return {};
 }
 

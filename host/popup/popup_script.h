@@ -9,6 +9,7 @@
 // A user of popups who does what a text says. One step a line; empty lines and what follows a # are passed over:
 //
 //     click "REGION"        presses the button of a region
+//     set "REGION" on       sets a check box or a radio button, whatever it was; off clears a check box
 //     edit "REGION" 12.5    types a number into the box of a region, which holds it within its limits
 //     move 200 300          moves the window: left and top in pixels
 //     close                 closes the window by its own button
@@ -34,6 +35,7 @@ private:
     enum class Action
     {
         kClick,
+        kSet,
         kEdit,
         kMove,
         kClose
@@ -45,12 +47,15 @@ private:
         std::string place; // "FILE:LINE"
         std::string region;
         double value = 0.0;
+        bool on = false;
         int left = 0;
         int top = 0;
     };
 
     static std::string ReadStep(const std::string& line, Step& step);
     static std::string Play(const Step& step, FBPopup& popup);
+    static std::string UseControl(const Step& step, FBPopup& popup);
+    static std::string Set(const Step& step, FBButton& button, FBPopup& popup);
 
     std::vector<Step> steps_;
 };

@@ -21,14 +21,16 @@ public:
     {
         Width = 200;
         Height = 200;
-        for (const char* name : {"push", "a \"quoted\" #1", "number", "off", "empty"})
+        for (const char* name : {"push", "a \"quoted\" #1", "radio", "number", "off", "empty"})
             AddRegion(name, "", 0, kFBAttachNone, "", 1.0f, 0, kFBAttachNone, "", 1.0f, 60, kFBAttachNone, "",
                       1.0f, 26, kFBAttachNone, "", 1.0f);
         SetControl("push", push);
         SetControl("a \"quoted\" #1", check);
+        SetControl("radio", radio);
         SetControl("number", number);
         SetControl("off", off);
         check.Style = kFBCheckbox;
+        radio.Style = kFBRadioButton;
         number.Max = 240.0;
         off.Enabled = false;
         push.OnClick.Add(this, static_cast<FBCallback>(&Dialog::OnPush));
@@ -36,7 +38,7 @@ public:
 
     void OnPush(HISender, HKEvent) { Close(true); }
 
-    FBButton push, check, off;
+    FBButton push, check, radio, off;
     FBEditNumber number;
 };
 FBClassImplementation(Dialog);
@@ -96,6 +98,20 @@ TEST_F(PopupScriptTest, DoesWhatEachLineSays)
     EXPECT_EQ(Play("click \"push\""), "");
 }
 
+TEST_F(PopupScriptTest, SetsABoxWhateverItWas)
+{
+    const std::string box = "set \"a \\\"quoted\\\" #1\" ";
+    for (const int before : {0, 1})
+        for (const bool on : {false, true})
+        {
+            dialog_.check.State = before;
+            dialog_.radio.State = before;
+            EXPECT_EQ(Play(box + (on ? "on\n" : "off # comment\n") + "set \"radio\" on"), "");
+            EXPECT_EQ(dialog_.check.State, on ? 1 : 0) << before;
+            EXPECT_EQ(dialog_.radio.State, 1) << before;
+        }
+}
+
 TEST_F(PopupScriptTest, NamesFileLineAndCause)
 {
     const struct
@@ -104,7 +120,13 @@ TEST_F(PopupScriptTest, NamesFileLineAndCause)
         int line;
         const char* cause;
     } cases[] = {
-        {"push \"push\"", 1, "there is no step \"push\"; steps are click, edit, move and close"},
+        {"push \"push\"", 1, "there is no step \"push\"; steps are click, set, edit, move and close"},
+        {"clik \"push\"", 1, "there is no step \"clik\" (did you mean \"click\"?)"},
+        {"set \"radio\"", 1, "set takes on or off after the region"},
+        {"set \"radio\" yes", 1, "set takes on or off after the region"},
+        {"set \"radio\" off", 1, "\"radio\" is a radio button: set another of its group on"},
+        {"set \"push\" on", 1, "\"push\" is neither a check box nor a radio button"},
+        {"set \"number\" on", 1, "\"number\" is no button"},
         {"# first\nclick", 2, "click takes the name of a region in double quotes"},
         {"click push", 1, "in double quotes"},
         {"click \"push", 1, "in double quotes"},
@@ -115,7 +137,8 @@ TEST_F(PopupScriptTest, NamesFileLineAndCause)
         {"move 1", 1, "move takes two whole numbers"},
         {"move 1.5 2", 1, "move takes two whole numbers"},
         {"close now", 1, "nothing may follow but a comment: \"now\""},
-        {"\n\nclick \"PUSH\"", 3, "there is no region \"PUSH\"; the popup has \"push\", \"a \\\"quoted"},
+        {"\n\nclick \"PUSH\"", 3,
+         "there is no region \"PUSH\" (did you mean \"push\"?); the popup has \"push\", \"a \\\"quoted"},
         {"click \"number\"", 1, "\"number\" is no button"},
         {"click \"empty\"", 1, "\"empty\" is no button"},
         {"edit \"push\" 1", 1, "\"push\" is no box for a number"},
@@ -131,7 +154,7 @@ TEST_F(PopupScriptTest, NamesFileLineAndCause)
     }
     EXPECT_EQ(Play("click \"a \\\"quoted\\\" #1\"\nfrob"),
               path_ + ":2: there is no step \"frob\"; steps are click, "
-                      "edit, move and close");
+                      "set, edit, move and close");
     EXPECT_EQ(dialog_.check.State, 0) << "a text that is not right is not played at all";
 }
 
