@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <map>
 #include <string>
 #include <utility>
 #include <vector>
@@ -8,37 +9,76 @@
 namespace mobu_host
 {
 
-// Things worth telling once for each kind, however often they occur: "3 x blend shape channels are passed
-// over".
+// What is said after the number of things that a note is about: "1 model is mirrored", "6 models are mirrored".
+struct NoteKind
+{
+    std::string one;
+    std::string many;
+
+    bool operator==(const NoteKind& other) const = default;
+};
+
+// What a scene file holds and the scene does not, or holds differently. One line for each kind of note, with the names
+// of what it concerns: "6 models are mirrored (negative scale): LeftHandThumb3, LeftHandThumb4, ...".
 class ImportNotes
 {
 public:
-    void Add(const std::string& what)
+    // `name` of a model, take or property. An empty name only counts.
+    void Add(const NoteKind& kind, const std::string& name)
     {
-        for (auto& [text, count] : kinds_)
-        {
-            if (text == what)
-            {
-                ++count;
-                return;
-            }
-        }
-        kinds_.emplace_back(what, 1);
+        const auto [found, is_new] = by_text_.emplace(kind.one, notes_.size());
+        if (is_new)
+            notes_.push_back({kind, 0, {}});
+        Note& note = notes_[found->second];
+        ++note.count;
+        if (!name.empty() && note.names.size() <= kNamesShown)
+            note.names.push_back(name);
     }
 
-    // Told once and as it is, without a count.
-    void Tell(std::string what) { kinds_.emplace_back(std::move(what), 0); }
+    // Said once and as it is.
+    void Tell(std::string line) { notes_.push_back({{std::move(line), {}}, 0, {}}); }
+
+    // The older form, without names: "3 x blend shape channels are passed over".
+    void Add(const std::string& what)
+    {
+        const auto [found, is_new] = by_text_.emplace(what, notes_.size());
+        if (is_new)
+            notes_.push_back({{"x " + what, "x " + what}, 0, {}});
+        ++notes_[found->second].count;
+    }
 
     std::vector<std::string> Lines() const
     {
         std::vector<std::string> lines;
-        for (const auto& [text, count] : kinds_)
-            lines.push_back(count == 0 ? text : std::to_string(count) + " x " + text);
+        lines.reserve(notes_.size());
+        for (const Note& note : notes_)
+            lines.push_back(LineOf(note));
         return lines;
     }
 
 private:
-    std::vector<std::pair<std::string, std::size_t>> kinds_;
+    static constexpr std::size_t kNamesShown = 8;
+
+    struct Note
+    {
+        NoteKind kind;
+        std::size_t count; // 0: said as it is
+        std::vector<std::string> names;
+    };
+
+    static std::string LineOf(const Note& note)
+    {
+        if (note.count == 0)
+            return note.kind.one;
+        std::string line =
+            std::to_string(note.count) + " " + (note.count == 1 ? note.kind.one : note.kind.many);
+        for (std::size_t i = 0; i < note.names.size() && i < kNamesShown; ++i)
+            line += (i == 0 ? ": " : ", ") + note.names[i];
+        return note.names.size() > kNamesShown ? line + ", ..." : line;
+    }
+
+    std::vector<Note> notes_;
+    std::map<std::string, std::size_t> by_text_; // index in `notes_`
 };
 
 } // namespace mobu_host

@@ -1,7 +1,7 @@
 #include "host/scene_import/fbx/arrays.h"
 
-#include "host/scene_import/fbx/damage.h"
 #include "host/scene_import/fbx/little_endian.h"
+#include "host/scene_import/parse_error.h"
 
 #include <zlib.h>
 
@@ -115,10 +115,10 @@ void ArrayReader::ReadAs(const Record& record, std::vector<Number>& numbers, std
     {
         list = record.Child("a");
         if (!list)
-            throw Damage(record.Offset(), "an array has no content");
+            throw ParseError(record.Offset(), "an array has no content");
         if (value.Bytes() != std::to_string(list.ValueCount()))
-            throw Damage(record.Offset(), "an array of " + std::string(value.Bytes()) + " holds " +
-                                              std::to_string(list.ValueCount()) + " numbers");
+            throw ParseError(record.Offset(), "an array of " + std::string(value.Bytes()) + " holds " +
+                                                  std::to_string(list.ValueCount()) + " numbers");
         cursor = ValueCursor(list);
         cursor.Next(value);
     }
@@ -136,7 +136,7 @@ void ArrayReader::ReadAs(const Record& record, std::vector<Number>& numbers, std
             number = static_cast<Number>(*whole);
         }
         if (!number)
-            throw Damage(cursor.Offset(), "an array holds what is no number");
+            throw ParseError(cursor.Offset(), "an array holds what is no number");
         numbers.push_back(*number);
     } while (cursor.Next(value));
 }
@@ -149,14 +149,14 @@ void ArrayReader::ReadBinary(const Value& value, const ArrayHeader& header, std:
     std::string_view bytes = value.Bytes();
     const std::uint64_t size = std::uint64_t{header.count} * ElementSize(code);
     if (header.encoding > 1)
-        throw Damage(offset, "an array has the unknown encoding " + std::to_string(header.encoding));
+        throw ParseError(offset, "an array has the unknown encoding " + std::to_string(header.encoding));
     const bool packed = header.encoding == 1;
     if (packed ? size > header.size * kDeflateLimit : size != header.size)
-        throw Damage(offset, "an array of " + std::to_string(header.count) + " elements cannot lie in " +
-                                 std::to_string(header.size) + " bytes");
+        throw ParseError(offset, "an array of " + std::to_string(header.count) + " elements cannot lie in " +
+                                     std::to_string(header.size) + " bytes");
     if (packed && header.count > most)
-        throw Damage(offset, "a deflated array of " + std::to_string(header.count) +
-                                 " elements, where no more than " + std::to_string(most) + " can be");
+        throw ParseError(offset, "a deflated array of " + std::to_string(header.count) +
+                                     " elements, where no more than " + std::to_string(most) + " can be");
     numbers.resize(header.count);
     if (code == CodeOf<Number>())
     {
@@ -206,10 +206,10 @@ void ArrayReader::Inflate(std::string_view packed, char* to, std::size_t size, s
     stream_->next_out = size == 0 ? &nothing : reinterpret_cast<Bytef*>(to);
     stream_->avail_out = static_cast<uInt>(size);
     if (size > 0xFFFFFFFFU)
-        throw Damage(offset, "an array of 4 GiB and more is not read");
+        throw ParseError(offset, "an array of 4 GiB and more is not read");
     const int result = inflate(stream_.get(), Z_FINISH);
     if (result != Z_STREAM_END || stream_->avail_out != 0)
-        throw Damage(offset, "a deflated array is damaged or not of the stated length");
+        throw ParseError(offset, "a deflated array is damaged or not of the stated length");
 }
 
 } // namespace mobu_host::fbx

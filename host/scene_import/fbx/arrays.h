@@ -23,7 +23,7 @@ public:
     static constexpr std::uint64_t kAny = std::numeric_limits<std::uint64_t>::max();
 
     // The numbers of a record, in whichever of the three forms it holds them: a binary array, deflated or not; a
-    // text array with its child "a"; a plain list. Replaces what `numbers` held. Throws Damage when the array and
+    // text array with its child "a"; a plain list. Replaces what `numbers` held. Throws ParseError when the array and
     // its stated length or size do not agree, for what is not a number, and for a deflated array of more numbers
     // than `most`, before it takes memory.
     void Read(const Record& record, std::vector<double>& numbers, std::uint64_t most = kAny);

@@ -1,6 +1,6 @@
-#include "host/scene_import/fbx/damage.h"
 #include "host/scene_import/fbx/little_endian.h"
 #include "host/scene_import/fbx/record_frames.h"
+#include "host/scene_import/parse_error.h"
 
 namespace mobu_host::fbx
 {
@@ -44,7 +44,7 @@ public:
             {
                 at = header.name + header.name_size;
                 if (level.record != 0 && at != level.end)
-                    throw Damage(at, "the list of a record's children ends before the record does");
+                    throw ParseError(at, "the list of a record's children ends before the record does");
                 open_.pop_back();
                 continue;
             }
@@ -66,7 +66,7 @@ private:
         const std::size_t word = wide_ ? 8 : 4;
         const std::size_t size = 3 * word + 1;
         if (end - at < size)
-            throw Damage(at, "the file ends inside a record's header");
+            throw ParseError(at, "the file ends inside a record's header");
         const auto number = [&](std::size_t i)
         {
             return wide_ ? LittleEndian<std::uint64_t>(file_, at + i * word)
@@ -75,9 +75,9 @@ private:
         Header header{number(0), number(1), number(2), at + size,
                       static_cast<std::uint8_t>(file_[at + size - 1])};
         if (end - header.name < header.name_size)
-            throw Damage(at, "a record's name leaves its list");
+            throw ParseError(at, "a record's name leaves its list");
         if (header.end == 0 && (header.value_count != 0 || header.values_size != 0 || header.name_size != 0))
-            throw Damage(at, "a record ends before it begins");
+            throw ParseError(at, "a record ends before it begins");
         return header;
     }
 
@@ -85,11 +85,11 @@ private:
     {
         const std::size_t values = header.name + header.name_size;
         if (header.end > level.end)
-            throw Damage(at, "a record ends behind the list that holds it");
+            throw ParseError(at, "a record ends behind the list that holds it");
         if (header.end < values || header.values_size > header.end - values)
-            throw Damage(at, "the values of a record leave it");
+            throw ParseError(at, "the values of a record leave it");
         if (header.value_count > header.values_size)
-            throw Damage(at, "a record has more values than bytes");
+            throw ParseError(at, "a record has more values than bytes");
         RecordFrame frame;
         frame.name = static_cast<std::uint32_t>(header.name);
         frame.name_size = header.name_size;
@@ -100,7 +100,8 @@ private:
         if (frame.values_end < header.end)
         {
             if (open_.size() > kDeepestRecord)
-                throw Damage(at, "records are nested more than " + std::to_string(kDeepestRecord) + " deep");
+                throw ParseError(at,
+                                 "records are nested more than " + std::to_string(kDeepestRecord) + " deep");
             open_.push_back({record, 0, static_cast<std::size_t>(header.end), at});
         }
         return frame.values_end;
@@ -117,11 +118,11 @@ private:
 unsigned ReadBinaryFrames(std::string_view file, std::vector<RecordFrame>& frames)
 {
     if (file.size() < kHeaderSize)
-        throw Damage(file.size(), "the file ends inside its header");
+        throw ParseError(file.size(), "the file ends inside its header");
     const auto version = LittleEndian<std::uint32_t>(file, kHeaderSize - 4);
     if (version < 6000 || version >= 8000)
-        throw Damage(kHeaderSize - 4, "FBX version " + std::to_string(version) +
-                                          " is not read (6000 to 7999, which is 6.0 to 7.x, are)");
+        throw ParseError(kHeaderSize - 4, "FBX version " + std::to_string(version) +
+                                              " is not read (6000 to 7999, which is 6.0 to 7.x, are)");
     BinaryFrameReader(file, version >= kFirstWideVersion, frames).Read();
     return version;
 }

@@ -1,6 +1,6 @@
 #include "host/scene_import/fbx/curve_reader.h"
 
-#include "host/scene_import/fbx/damage.h"
+#include "host/scene_import/parse_error.h"
 
 #include <algorithm>
 #include <bit>
@@ -100,7 +100,7 @@ void CheckKey(const Key& key, std::size_t offset)
     const bool finite = std::isfinite(key.value) && std::isfinite(tangent.right_slope) &&
                         std::isfinite(tangent.left_slope) && std::isfinite(tangent.tcb_bias);
     if (!finite || !(std::abs(key.seconds) <= kLongestTime))
-        throw Damage(offset, "a key is not a number or lies out of all time");
+        throw ParseError(offset, "a key is not a number or lies out of all time");
 }
 
 double SecondsOf(std::int64_t ticks)
@@ -120,10 +120,10 @@ Curve CurveReader::ReadArrays(const Record& record)
     arrays_.Read(record.Child("KeyAttrDataFloat"), data_, most * 4);
     arrays_.Read(record.Child("KeyAttrRefCount"), counts_, most);
     if (values_.size() != times_.size())
-        throw Damage(record.Offset(), "a curve has " + std::to_string(times_.size()) + " times and " +
-                                          std::to_string(values_.size()) + " values");
+        throw ParseError(record.Offset(), "a curve has " + std::to_string(times_.size()) + " times and " +
+                                              std::to_string(values_.size()) + " values");
     if (counts_.size() != flags_.size() || data_.size() < flags_.size() * 4)
-        throw Damage(record.Offset(), "the attributes of a curve's keys do not fit together");
+        throw ParseError(record.Offset(), "the attributes of a curve's keys do not fit together");
 
     Curve curve;
     curve.Reserve(times_.size());
@@ -195,7 +195,7 @@ public:
     }
 
     const std::vector<Value>& Details() const { return details_; }
-    [[noreturn]] void Fail() const { throw Damage(offset_, "a list of keys cannot be taken apart"); }
+    [[noreturn]] void Fail() const { throw ParseError(offset_, "a list of keys cannot be taken apart"); }
 
 private:
     static constexpr std::size_t kMostDetails = 16;

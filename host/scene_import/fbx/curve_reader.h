@@ -13,10 +13,10 @@ namespace mobu_host::fbx
 class CurveReader
 {
 public:
-    // An AnimationCurve object of 7.x. Throws Damage when its arrays do not fit together.
+    // An AnimationCurve object of 7.x. Throws ParseError when its arrays do not fit together.
     Curve ReadArrays(const Record& record);
 
-    // A Channel of 6.x with its list of keys; an empty curve where there is none. Throws Damage for a list that cannot
+    // A Channel of 6.x with its list of keys; an empty curve where there is none. Throws ParseError for a list that cannot
     // be taken apart.
     Curve ReadKeyList(const Record& channel);
 

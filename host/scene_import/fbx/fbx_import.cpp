@@ -1,8 +1,8 @@
 #include "host/scene_import/fbx/fbx_import.h"
 
-#include "host/scene_import/fbx/damage.h"
 #include "host/scene_import/fbx/scene_data.h"
 #include "host/scene_import/labels.h"
+#include "host/scene_import/parse_error.h"
 
 #include <mobu_host/scene.h>
 
@@ -299,7 +299,7 @@ bool ImportFbx(std::string_view file, ImportNotes& notes, std::string& cause)
         HostScene(ReadScene(Document(tree), notes), notes).Build();
         return true;
     }
-    catch (const Damage& damage)
+    catch (const ParseError& damage)
     {
         cause = damage.what();
         return false;

@@ -1,7 +1,7 @@
 #pragma once
 
+#include "host/scene_import/affine.h"
 #include "host/scene_import/fbx/curve.h"
-#include "host/scene_import/fbx/space.h"
 
 #include <array>
 #include <cstddef>

@@ -1,6 +1,6 @@
 #include "host/scene_import/fbx/property_rows.h"
 
-#include "host/scene_import/fbx/damage.h"
+#include "host/scene_import/parse_error.h"
 
 #include <cmath>
 
@@ -55,7 +55,7 @@ double FiniteNumber(const PropertyRow& row, std::size_t component, double otherw
 {
     const double number = row.Number(component, otherwise);
     if (!std::isfinite(number))
-        throw Damage(row.record.Offset(), "property \"" + std::string(row.name) + "\" is not a number");
+        throw ParseError(row.record.Offset(), "property \"" + std::string(row.name) + "\" is not a number");
     return number;
 }
 

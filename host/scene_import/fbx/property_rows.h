@@ -46,7 +46,7 @@ public:
     PropertyView(std::initializer_list<const PropertyRows*> places) : places_(places) {}
 
     const PropertyRow* Find(std::string_view name) const;
-    // Throws Damage where the file states what is not finite.
+    // Throws ParseError where the file states what is not finite.
     double Number(std::string_view name, double otherwise) const;
     std::array<double, 3> Vector(std::string_view name, const std::array<double, 3>& otherwise) const;
     bool Truth(std::string_view name, bool otherwise) const

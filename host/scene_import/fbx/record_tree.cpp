@@ -1,8 +1,8 @@
 #include "host/scene_import/fbx/record_tree.h"
 
-#include "host/scene_import/fbx/damage.h"
 #include "host/scene_import/fbx/little_endian.h"
 #include "host/scene_import/fbx/record_frames.h"
+#include "host/scene_import/parse_error.h"
 
 #include <charconv>
 #include <cmath>
@@ -147,7 +147,7 @@ bool ValueCursor::Next(Value& value)
 std::string_view ValueCursor::Take(std::uint64_t size)
 {
     if (size > end_ - at_)
-        throw Damage(at_, "a value leaves its record");
+        throw ParseError(at_, "a value leaves its record");
     const std::string_view bytes = file_.substr(at_, static_cast<std::size_t>(size));
     at_ += static_cast<std::size_t>(size);
     return bytes;
@@ -182,7 +182,7 @@ bool ValueCursor::NextBinary(Value& value)
         return true;
     }
     default:
-        throw Damage(begin, "there is no kind of value " + Printable(code));
+        throw ParseError(begin, "there is no kind of value " + Printable(code));
     }
 }
 
@@ -255,7 +255,7 @@ Record Record::Child(std::string_view name) const
 RecordTree::RecordTree(std::string_view file) : file_(file), frames_(1)
 {
     if (file.size() > std::numeric_limits<std::uint32_t>::max())
-        throw Damage("FBX files of 4 GiB and more are not read");
+        throw ParseError("FBX files of 4 GiB and more are not read");
     is_text_ = !file.starts_with(kBinaryMagic);
     if (!is_text_)
     {
@@ -267,11 +267,11 @@ RecordTree::RecordTree(std::string_view file) : file_(file), frames_(1)
     const double number = header.NumberAt(0, stated);
     version_ = number > 0.0 && number < 1e6 ? static_cast<unsigned>(number) : 0;
     if (!Root().FirstChild())
-        throw Damage("it holds no record");
+        throw ParseError("it holds no record");
     if (version_ < 6000 || version_ >= 8000)
-        throw Damage(version_ == 0 ? "it states no FBX version"
-                                   : "FBX version " + std::to_string(version_) +
-                                         " is not read (6000 to 7999, which is 6.0 to 7.x, are)");
+        throw ParseError(version_ == 0 ? "it states no FBX version"
+                                       : "FBX version " + std::to_string(version_) +
+                                             " is not read (6000 to 7999, which is 6.0 to 7.x, are)");
 }
 
 std::string PlainText(std::string_view text, const RecordTree& tree)

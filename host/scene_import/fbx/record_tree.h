@@ -63,7 +63,7 @@ class ValueCursor
 {
 public:
     explicit ValueCursor(const Record& record);
-    bool Next(Value& value); // false behind the last; throws Damage where a value leaves the record
+    bool Next(Value& value); // false behind the last; throws ParseError where a value leaves the record
 
     const ArrayHeader& Array() const { return array_; } // of the value last given, when it is a binary array
     std::size_t Offset() const { return at_; }          // in the file, behind the value last given
@@ -157,7 +157,7 @@ struct RecordFrame
 class RecordTree
 {
 public:
-    // Throws Damage for what is no FBX file, for versions below 6.0 and from 8.0 on, and where the frame of a record
+    // Throws ParseError for what is no FBX file, for versions below 6.0 and from 8.0 on, and where the frame of a record
     // is wrong.
     explicit RecordTree(std::string_view file);
 

@@ -2,8 +2,8 @@
 
 // Models in space over time: local transforms with their pivots, inheritance of scale, cameras that look at something.
 
+#include "host/scene_import/affine.h"
 #include "host/scene_import/fbx/layered_value.h"
-#include "host/scene_import/fbx/space.h"
 
 #include <cstdint>
 #include <unordered_map>

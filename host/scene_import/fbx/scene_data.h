@@ -97,7 +97,7 @@ struct SceneData
     std::vector<ConstraintData> constraints;
 };
 
-// Throws Damage for what no scene can hold: numbers that are none, times out of all time, models nested too deep.
+// Throws ParseError for what no scene can hold: numbers that are none, times out of all time, models nested too deep.
 SceneData ReadScene(const Document& document, ImportNotes& notes);
 
 } // namespace mobu_host::fbx

@@ -1,7 +1,7 @@
 #include "host/scene_import/fbx/scene_models.h"
 
-#include "host/scene_import/fbx/damage.h"
 #include "host/scene_import/labels.h"
+#include "host/scene_import/parse_error.h"
 
 #include <algorithm>
 #include <map>
@@ -126,8 +126,9 @@ private:
             const Open next = open.back();
             open.pop_back();
             if (next.depth > kDeepestModel)
-                throw Damage(document_.At(next.object).record.Offset(),
-                             "its models are nested more than " + std::to_string(kDeepestModel) + " deep");
+                throw ParseError(document_.At(next.object).record.Offset(),
+                                 "its models are nested more than " + std::to_string(kDeepestModel) +
+                                     " deep");
             const std::uint32_t index = AddModel(next.object, next.parent);
             const auto& children = children_[next.object];
             for (auto child = children.rbegin(); child != children.rend(); ++child)

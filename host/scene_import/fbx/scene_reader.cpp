@@ -1,8 +1,8 @@
-#include "host/scene_import/fbx/damage.h"
 #include "host/scene_import/fbx/scene_data.h"
 #include "host/scene_import/fbx/scene_models.h"
 #include "host/scene_import/fbx/scene_settings.h"
 #include "host/scene_import/fbx/scene_takes.h"
+#include "host/scene_import/parse_error.h"
 
 #include <algorithm>
 
@@ -51,7 +51,7 @@ void CheckSize(const Document& document, const SceneData& scene)
         moving += static_cast<std::size_t>(std::count(nodes.begin(), nodes.end(), true));
     }
     if (moving > limit)
-        throw Damage("its takes move more models than a file of its size can describe");
+        throw ParseError("its takes move more models than a file of its size can describe");
 }
 
 } // namespace

@@ -1,7 +1,7 @@
 #pragma once
 
+#include "host/scene_import/affine.h"
 #include "host/scene_import/fbx/document.h"
-#include "host/scene_import/fbx/space.h"
 #include "host/scene_import/import_notes.h"
 
 namespace mobu_host::fbx

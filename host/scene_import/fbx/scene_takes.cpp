@@ -1,9 +1,9 @@
 #include "host/scene_import/fbx/scene_takes.h"
 
 #include "host/scene_import/fbx/curve_reader.h"
-#include "host/scene_import/fbx/damage.h"
 #include "host/scene_import/fbx/take_motion.h"
 #include "host/scene_import/labels.h"
+#include "host/scene_import/parse_error.h"
 
 #include <algorithm>
 #include <cmath>
@@ -25,7 +25,7 @@ void CheckSpan(const Span& span, std::size_t offset)
 {
     for (const std::int64_t ticks : {span.start, span.stop})
         if (!(std::abs(static_cast<double>(ticks) / kTicksPerSecond) <= kLongestTime))
-            throw Damage(offset, "a take lies out of all time");
+            throw ParseError(offset, "a take lies out of all time");
 }
 
 // Of the record of that name below Takes; those of 7.x repeat there what the stacks say.
@@ -369,7 +369,7 @@ private:
     {
         const double constant = channel.Child("Default").NumberAt(0, part.constants[component]);
         if (!std::isfinite(constant))
-            throw Damage(channel.Offset(), "a channel stands at what is not a number");
+            throw ParseError(channel.Offset(), "a channel stands at what is not a number");
         part.constants[component] = constant;
         TellExtrapolation(channel);
         Curve curve = reader_.ReadKeyList(channel);

@@ -1,5 +1,5 @@
-#include "host/scene_import/fbx/damage.h"
 #include "host/scene_import/fbx/record_frames.h"
+#include "host/scene_import/parse_error.h"
 
 #include <algorithm>
 #include <charconv>
@@ -48,7 +48,7 @@ public:
             if (file_[at] == '}')
             {
                 if (open_.size() == 1)
-                    throw Damage(at, "a brace closes what none opened");
+                    throw ParseError(at, "a brace closes what none opened");
                 open_.pop_back();
                 ++at;
                 continue;
@@ -56,7 +56,7 @@ public:
             at = ReadRecord(at);
         }
         if (open_.size() > 1)
-            throw Damage(open_.back().offset, "the file ends inside a record");
+            throw ParseError(open_.back().offset, "the file ends inside a record");
     }
 
 private:
@@ -71,9 +71,9 @@ private:
     {
         const std::size_t colon = file_.find_first_of(":\n{}\"", at);
         if (colon == std::string_view::npos || file_[colon] != ':')
-            throw Damage(at, "a record has no name");
+            throw ParseError(at, "a record has no name");
         if (colon - at > kLongestName)
-            throw Damage(at, "a record's name is too long");
+            throw ParseError(at, "a record's name is too long");
         RecordFrame frame;
         frame.name = static_cast<std::uint32_t>(at);
         frame.name_size = static_cast<std::uint16_t>(colon - at);
@@ -96,7 +96,8 @@ private:
         if (at < file_.size() && file_[at] == '{')
         {
             if (open_.size() > kDeepestRecord)
-                throw Damage(at, "records are nested more than " + std::to_string(kDeepestRecord) + " deep");
+                throw ParseError(at,
+                                 "records are nested more than " + std::to_string(kDeepestRecord) + " deep");
             open_.push_back({record, 0, at});
             ++at;
         }
@@ -169,7 +170,7 @@ bool ScanTextValue(std::string_view file, std::size_t& at, std::size_t end, Valu
     {
         const std::size_t close = file.find('"', at + 1);
         if (close >= end)
-            throw Damage(at, "a text does not end");
+            throw ParseError(at, "a text does not end");
         value = Value('S', file.substr(at + 1, close - at - 1));
         at = close + 1;
         return true;

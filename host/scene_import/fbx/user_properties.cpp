@@ -1,5 +1,5 @@
-#include "host/scene_import/fbx/damage.h"
 #include "host/scene_import/fbx/scene_models.h"
+#include "host/scene_import/parse_error.h"
 
 #include <algorithm>
 #include <limits>

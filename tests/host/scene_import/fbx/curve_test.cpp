@@ -1,6 +1,6 @@
 #include "host/scene_import/fbx/curve_reader.h"
-#include "host/scene_import/fbx/damage.h"
 #include "host/scene_import/fbx/layered_value.h"
+#include "host/scene_import/parse_error.h"
 #include "tests/host/scene_import/fbx/fbx_writer.h"
 
 #include <gtest/gtest.h>
@@ -11,6 +11,7 @@
 namespace
 {
 
+using namespace mobu_host;
 using namespace mobu_host::fbx;
 using fbx_writer::Letter;
 using fbx_writer::TestKey;
@@ -164,17 +165,17 @@ TEST(CurveTest, KeyListsOfVersion6)
                                          0.5, 0.5, Ticks(1.0), 1.0, Letter{'U'}, Letter{'a'}, Letter{'n'}},
                                         text);
         EXPECT_NEAR(weighted.At(0.25), 0.25, 1e-6);
-        EXPECT_THROW(ReadKeys({Ticks(0.0), 0.0, Letter{'Q'}}, text), Damage);
-        EXPECT_THROW(ReadKeys({Ticks(0.0), 0.0, Letter{'U'}, Letter{'s'}, 1.0}, text), Damage);
-        EXPECT_THROW(ReadKeys({Ticks(0.0)}, text), Damage);
+        EXPECT_THROW(ReadKeys({Ticks(0.0), 0.0, Letter{'Q'}}, text), ParseError);
+        EXPECT_THROW(ReadKeys({Ticks(0.0), 0.0, Letter{'U'}, Letter{'s'}, 1.0}, text), ParseError);
+        EXPECT_THROW(ReadKeys({Ticks(0.0)}, text), ParseError);
     }
 }
 
 TEST(CurveTest, DamagedArrays)
 {
-    EXPECT_THROW(Read({{0.0, std::nanf("")}, {1.0, 1.0F}}), Damage);
-    EXPECT_THROW(Read({{1e7, 1.0F}}), Damage);
-    EXPECT_THROW(Read({{0.0, 1.0F}, {1.0, 1.0F}}, {0.0F}), Damage);
+    EXPECT_THROW(Read({{0.0, std::nanf("")}, {1.0, 1.0F}}), ParseError);
+    EXPECT_THROW(Read({{1e7, 1.0F}}), ParseError);
+    EXPECT_THROW(Read({{0.0, 1.0F}, {1.0, 1.0F}}, {0.0F}), ParseError);
     // Keys out of order do not lead astray.
     ExpectValues(Read({{0.0, 1.0F}, {2.0, 3.0F}, {1.0, 9.0F}, {3.0, 5.0F}}), {{0, 1}, {3, 5}});
 }

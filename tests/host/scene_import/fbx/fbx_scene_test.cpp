@@ -1,5 +1,5 @@
-#include "host/scene_import/fbx/damage.h"
 #include "host/scene_import/fbx/fbx_import.h"
+#include "host/scene_import/parse_error.h"
 #include "tests/host/scene_import/fbx/fbx_writer.h"
 #include "tests/host/scene_import/import_fixture.h"
 

@@ -1,6 +1,6 @@
 #include "host/scene_import/fbx/arrays.h"
-#include "host/scene_import/fbx/damage.h"
 #include "host/scene_import/fbx/document.h"
+#include "host/scene_import/parse_error.h"
 #include "tests/host/scene_import/fbx/fbx_writer.h"
 
 #include <gtest/gtest.h>
@@ -8,6 +8,7 @@
 namespace
 {
 
+using namespace mobu_host;
 using namespace mobu_host::fbx;
 using fbx_writer::Node;
 
@@ -25,7 +26,7 @@ std::string CauseOf(const std::string& file)
         }
         return "";
     }
-    catch (const Damage& damage)
+    catch (const ParseError& damage)
     {
         return damage.what();
     }
@@ -162,15 +163,15 @@ TEST(ArrayReaderTest, LengthsHaveToFit)
             if (at == count + 20 && !deflate)
                 arrays.Read(tree.Root().Child("List"), numbers); // another number, no damage
             else
-                EXPECT_THROW(arrays.Read(tree.Root().Child("List"), numbers), Damage) << at;
+                EXPECT_THROW(arrays.Read(tree.Root().Child("List"), numbers), ParseError) << at;
         }
     }
     const std::string text = "; FBX 7.4.0\nList: *3 {\n a: 1,2\n}\nWords: 1,x\n";
     const RecordTree tree(text);
     ArrayReader arrays;
     std::vector<double> numbers;
-    EXPECT_THROW(arrays.Read(tree.Root().Child("List"), numbers), Damage);
-    EXPECT_THROW(arrays.Read(tree.Root().Child("Words"), numbers), Damage);
+    EXPECT_THROW(arrays.Read(tree.Root().Child("List"), numbers), ParseError);
+    EXPECT_THROW(arrays.Read(tree.Root().Child("Words"), numbers), ParseError);
 }
 
 } // namespace

@@ -1,15 +1,15 @@
-#include "host/scene_import/fbx/space.h"
+#include "host/scene_import/affine.h"
 
 #include "numerics/trigonometry.h"
 
 #include <cmath>
 
-namespace mobu_host::fbx
+namespace mobu_host
 {
 namespace
 {
 
-using Quaternion = std::array<double, 4>; // w, x, y, z
+using Wxyz = std::array<double, 4>; // w, x, y, z
 
 Matrix3 AxisTurn(int axis, double degrees)
 {
@@ -23,7 +23,7 @@ Matrix3 AxisTurn(int axis, double degrees)
     return turn;
 }
 
-Quaternion QuaternionOf(const Matrix3& turn)
+Wxyz QuaternionOf(const Matrix3& turn)
 {
     const auto& m = turn.at;
     const double trace = m[0][0] + m[1][1] + m[2][2];
@@ -37,7 +37,7 @@ Quaternion QuaternionOf(const Matrix3& turn)
     const std::size_t j = (i + 1) % 3;
     const std::size_t k = (i + 2) % 3;
     const double root = 2.0 * std::sqrt(1.0 + m[i][i] - m[j][j] - m[k][k]);
-    Quaternion q;
+    Wxyz q;
     q[0] = (m[k][j] - m[j][k]) / root;
     q[1 + i] = 0.25 * root;
     q[1 + j] = (m[j][i] + m[i][j]) / root;
@@ -45,7 +45,7 @@ Quaternion QuaternionOf(const Matrix3& turn)
     return q;
 }
 
-Matrix3 TurnOf(const Quaternion& q)
+Matrix3 TurnOf(const Wxyz& q)
 {
     const auto [w, x, y, z] = q;
     Matrix3 turn;
@@ -58,9 +58,9 @@ Matrix3 TurnOf(const Quaternion& q)
     return turn;
 }
 
-Quaternion Middle(const Quaternion& a, const Quaternion& b)
+Wxyz Middle(const Wxyz& a, const Wxyz& b)
 {
-    Quaternion sum{a[0] + b[0], a[1] + b[1], a[2] + b[2], a[3] + b[3]};
+    Wxyz sum{a[0] + b[0], a[1] + b[1], a[2] + b[2], a[3] + b[3]};
     const double length = std::sqrt(sum[0] * sum[0] + sum[1] * sum[1] + sum[2] * sum[2] + sum[3] * sum[3]);
     for (double& part : sum)
         part /= length;
@@ -176,13 +176,13 @@ Matrix3 TurnBetween(const Matrix3& from, const Matrix3& to, double fraction)
         return from;
     if (fraction >= 1.0)
         return to;
-    Quaternion a = QuaternionOf(from);
-    Quaternion b = QuaternionOf(to);
+    Wxyz a = QuaternionOf(from);
+    Wxyz b = QuaternionOf(to);
     if (a[0] * b[0] + a[1] * b[1] + a[2] * b[2] + a[3] * b[3] < 0.0)
         for (double& part : b)
             part = -part;
     double low = 0.0, high = 1.0;
-    Quaternion middle = Middle(a, b);
+    Wxyz middle = Middle(a, b);
     for (int i = 0; i < 50; ++i)
     {
         middle = Middle(a, b);
@@ -195,4 +195,4 @@ Matrix3 TurnBetween(const Matrix3& from, const Matrix3& to, double fraction)
     return TurnOf(middle);
 }
 
-} // namespace mobu_host::fbx
+} // namespace mobu_host

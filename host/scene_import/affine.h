@@ -1,10 +1,10 @@
 #pragma once
 
-// Vectors, turns and affine maps in column form: a point is multiplied from the right.
+// Double-precision vectors, rotations and affine maps in column form: a point is multiplied from the right.
 
 #include <array>
 
-namespace mobu_host::fbx
+namespace mobu_host
 {
 
 using Vector = std::array<double, 3>;
@@ -48,4 +48,4 @@ Matrix3 EulerTurn(const Vector& degrees, int order);
 // A part of the way from no turn to `turn`, along the shorter arc.
 Matrix3 TurnBetween(const Matrix3& from, const Matrix3& to, double fraction);
 
-} // namespace mobu_host::fbx
+} // namespace mobu_host
