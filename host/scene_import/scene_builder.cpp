@@ -1,5 +1,6 @@
 #include "host/scene_import/scene_builder.h"
 
+#include "host/scene_import/frame_time.h"
 #include "host/scene_import/keyed_transform.h"
 #include "host/scene_import/labels.h"
 
@@ -332,21 +333,11 @@ private:
         }
     }
 
-    FBTime TakeEnd(double seconds) const
+    static FBTime TakeEnd(double seconds)
     {
         FBTime end;
-        const double rate = FBPlayerControl::TheOne().GetTransportFpsValue();
-        const double frame = std::round(seconds * rate);
-        if (std::abs(seconds * rate - frame) > 0.01)
-        {
-            end.SetSecondDouble(seconds);
-            return end;
-        }
-        end.SetSecondDouble(frame / rate);
-        // Whoever counts whole frames up to here must count this one.
-        while (end.GetSecondDouble() * rate < frame)
-            end.Set(end.Get() + 1);
-        return end;
+        end.SetSecondDouble(seconds);
+        return OnFrame(end, FBPlayerControl::TheOne().GetTransportFpsValue());
     }
 
     void AddTakes()

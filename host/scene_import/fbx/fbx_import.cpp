@@ -1,6 +1,7 @@
 #include "host/scene_import/fbx/fbx_import.h"
 
 #include "host/scene_import/fbx/scene_data.h"
+#include "host/scene_import/frame_time.h"
 #include "host/scene_import/labels.h"
 #include "host/scene_import/parse_error.h"
 
@@ -18,18 +19,6 @@ namespace
 FBVector3d ToSdk(const Vector& vector)
 {
     return FBVector3d(vector.data());
-}
-
-// Times of frames are whole ticks only nearly; whoever counts whole frames up to here must count this one.
-FBTime OnFrame(std::int64_t ticks, double rate)
-{
-    FBTime time(ticks);
-    const double frame = std::round(time.GetSecondDouble() * rate);
-    if (std::abs(time.GetSecondDouble() * rate - frame) * kTicksPerSecond / rate > 2.0)
-        return time;
-    while (time.GetSecondDouble() * rate < frame)
-        time.Set(time.Get() + 1);
-    return time;
 }
 
 FBPropertyType TypeOf(PropertyKind kind)
@@ -199,7 +188,8 @@ private:
             const std::string name = labels.Free(source.name, nameless, renumbered);
             if (renumbered)
                 notes_.Add("names that were taken already got a number");
-            takes.push_back(AddTake(name, OnFrame(source.start, rate), OnFrame(source.stop, rate)));
+            takes.push_back(
+                AddTake(name, OnFrame(FBTime(source.start), rate), OnFrame(FBTime(source.stop), rate)));
             MoveModels(t, *takes.back());
             MoveProperties(t, *takes.back());
         }

@@ -371,6 +371,36 @@ TEST_F(FbxSceneTest, WhatIsReadOtherwiseIsTold)
     EXPECT_EQ(StopOf(0), 1.0) << "without a stated span, to the last key";
 }
 
+// The frames of a take are counted by truncation, on both sides of zero.
+TEST_F(FbxSceneTest, NoTakeLosesAFrame)
+{
+    const struct
+    {
+        int time_mode;
+        double rate;
+    } cases[] = {{3, 60.0}, {8, 30000.0 / 1001.0}, {10, 25.0}, {13, 24000.0 / 1001.0}};
+    for (const auto& item : cases)
+    {
+        SCOPED_TRACE(item.rate);
+        std::vector<Node> stacks;
+        for (int frame = 0; frame <= 60; ++frame)
+        {
+            const auto ticks = static_cast<std::int64_t>(std::llround(frame / item.rate * 46186158000.0));
+            stacks.push_back(
+                Object("AnimationStack", 20 + frame, "t", "",
+                       {P("LocalStart", "KTime", "", {-ticks}), P("LocalStop", "KTime", "", {ticks})}));
+        }
+        Open(stacks, {}, {P("TimeMode", "enum", "", {item.time_mode})});
+        for (int frame = 0; frame <= 60; ++frame)
+        {
+            const FBTimeSpan span = Take(frame).LocalTimeSpan;
+            const double rate = FBPlayerControl().GetTransportFpsValue();
+            EXPECT_EQ(static_cast<int>(span.GetStart().GetSecondDouble() * rate), -frame);
+            EXPECT_EQ(static_cast<int>(span.GetStop().GetSecondDouble() * rate), frame);
+        }
+    }
+}
+
 TEST_F(FbxSceneTest, ConstraintsAreToldWhileTheyAreActive)
 {
     const struct
