@@ -2,7 +2,7 @@
 
 #include "host/scene_import/frame_time.h"
 #include "host/scene_import/keyed_transform.h"
-#include "host/scene_import/labels.h"
+#include "host/scene_import/unique_names.h"
 
 #include <mobu_host/scene.h>
 
@@ -205,11 +205,7 @@ private:
 
     std::string FreeLabel(std::string label, const char* where_nameless)
     {
-        bool renumbered = false;
-        label = labels_.Free(std::move(label), where_nameless, renumbered);
-        if (renumbered)
-            notes_.Add("names that were taken already got a number");
-        return label;
+        return labels_.Make(std::move(label), where_nameless, notes_);
     }
 
     // Where a joint and the mesh on it share a name, the joint keeps it.
@@ -345,21 +341,13 @@ private:
         if (scene_.mNumAnimations == 0)
             return; // the fresh scene's "Take 001" of 0 to 0 s
         ClearTakes();
-        labels_ = Labels();
+        labels_ = UniqueNames();
         for (unsigned a = 0; a < scene_.mNumAnimations; ++a)
         {
             char nameless[32];
             std::snprintf(nameless, sizeof nameless, "Take %03u", a + 1);
-            AddTakeOf(a, FreeLabel(TakeName(a), nameless));
+            AddTakeOf(a, FreeLabel(TakeName(reading_.take_name(a), notes_), nameless));
         }
-    }
-
-    std::string TakeName(unsigned index)
-    {
-        std::string name = reading_.take_name(index);
-        if (MakeTakeName(name))
-            notes_.Add("take names with ':', '/' or '\\' got '_' in their place");
-        return name;
     }
 
     void AddTakeOf(unsigned index, const std::string& name)
@@ -430,7 +418,7 @@ private:
     std::map<std::string, const aiCamera*> cameras_;   // by name of their node
     std::map<std::string, std::vector<Place>> places_; // by name of the node, in the order of the tree
     std::map<const aiNode*, std::string> node_labels_;
-    Labels labels_;
+    UniqueNames labels_;
 };
 
 } // namespace

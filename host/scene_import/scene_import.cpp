@@ -12,7 +12,7 @@ namespace mobu_host
 namespace
 {
 
-bool Import(const SceneFile& file, ImportNotes& notes, std::string& cause)
+bool Import(const SceneFile& file, const ImportOptions& options, ImportNotes& notes, std::string& cause)
 {
     switch (file.format)
     {
@@ -24,24 +24,29 @@ bool Import(const SceneFile& file, ImportNotes& notes, std::string& cause)
     case SceneFormat::Collada:
         return ImportCollada(file, notes, cause);
     case SceneFormat::Fbx:
-        return fbx::ImportFbx(file.bytes, notes, cause);
+        return fbx::ImportFbx(file.bytes, notes, cause, options);
     }
     return false;
 }
 
 } // namespace
 
-SceneImportResult ImportScene(const std::string& path)
+SceneImportResult ImportScene(const std::string& path, const ImportOptions& options)
 {
     SceneImportResult result;
     try
     {
+        if (!(options.scene_rate >= 0.0 && options.scene_rate <= kHighestRate))
+        {
+            result.error = "the scene's rate must be above 0 and at most 1000000 frames per second";
+            return result;
+        }
         SceneFile file;
         if (!ReadSceneFile(path, file, result.error))
             return result;
         ImportNotes notes;
         std::string cause;
-        result.ok = Import(file, notes, cause);
+        result.ok = Import(file, options, notes, cause);
         result.notes = notes.Lines();
         if (result.ok)
             SetSceneFilePath(path.c_str());

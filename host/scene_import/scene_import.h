@@ -33,6 +33,8 @@
 // The end of a take within a hundredth of a frame of a whole frame is set onto that frame: formats store times in
 // single precision or as short decimals, and the last frame of a take must not be lost to that.
 
+#include "host/scene_import/import_options.h"
+
 #include <string>
 #include <vector>
 
@@ -45,10 +47,12 @@ struct SceneImportResult
     std::string error; // when not ok: names the file and the cause, one line
     std::vector<std::string>
         notes; // what the file holds and the scene does not, or holds differently; one line each
+    std::vector<std::string>
+        source_files; // further files that were read, as paths: an export must not replace them
 };
 
 // Empties the scene and opens the file at `path` (bytes as the system takes them) into it. When that fails
 // the scene is left as it was; where memory ran out, it is a new one.
-SceneImportResult ImportScene(const std::string& path);
+SceneImportResult ImportScene(const std::string& path, const ImportOptions& options = {});
 
 } // namespace mobu_host

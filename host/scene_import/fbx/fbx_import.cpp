@@ -2,8 +2,8 @@
 
 #include "host/scene_import/fbx/scene_data.h"
 #include "host/scene_import/frame_time.h"
-#include "host/scene_import/labels.h"
 #include "host/scene_import/parse_error.h"
+#include "host/scene_import/unique_names.h"
 
 #include <mobu_host/scene.h>
 
@@ -176,7 +176,7 @@ private:
         if (data_->takes.empty())
             return; // the fresh scene's "Take 001" of 0 to 0 s
         ClearTakes();
-        Labels labels;
+        UniqueNames labels;
         std::vector<FBTake*> takes;
         const double rate = FBPlayerControl().GetTransportFpsValue();
         for (std::size_t t = 0; t < data_->takes.size(); ++t)
@@ -184,10 +184,7 @@ private:
             const TakeData& source = data_->takes[t];
             char nameless[32];
             std::snprintf(nameless, sizeof nameless, "Take %03zu", t + 1);
-            bool renumbered = false;
-            const std::string name = labels.Free(source.name, nameless, renumbered);
-            if (renumbered)
-                notes_.Add("names that were taken already got a number");
+            const std::string name = labels.Make(source.name, nameless, notes_);
             takes.push_back(
                 AddTake(name, OnFrame(FBTime(source.start), rate), OnFrame(FBTime(source.stop), rate)));
             MoveModels(t, *takes.back());
@@ -281,12 +278,16 @@ private:
 
 } // namespace
 
-bool ImportFbx(std::string_view file, ImportNotes& notes, std::string& cause)
+bool ImportFbx(std::string_view file, ImportNotes& notes, std::string& cause, const ImportOptions& options)
 {
     try
     {
         const RecordTree tree(file);
-        HostScene(ReadScene(Document(tree), notes), notes).Build();
+        SceneData scene = ReadScene(Document(tree), notes);
+        CheckModelCount(scene.models.size(), options);
+        if (options.scene_rate > 0.0)
+            scene.frames_per_second = options.scene_rate;
+        HostScene(std::move(scene), notes).Build();
         return true;
     }
     catch (const ParseError& damage)

@@ -1,7 +1,7 @@
 #include "host/scene_import/fbx/scene_models.h"
 
-#include "host/scene_import/labels.h"
 #include "host/scene_import/parse_error.h"
+#include "host/scene_import/unique_names.h"
 
 #include <algorithm>
 #include <map>
@@ -44,7 +44,7 @@ public:
     {
         FindParents();
         BreakCircles();
-        labels_.Free("Scene", "", ignored_);
+        labels_.Make("Scene", "", notes_);
         for (const ObjectIndex top : tops_)
             AddTree(top);
         for (std::size_t i = 0; i < list_.sources.size(); ++i)
@@ -175,12 +175,7 @@ private:
         model.kind = KindOf(index);
         model.label = PlainText(object.name, document_.Tree());
         if (model.kind == ModelKind::Plain || model.kind == ModelKind::Camera)
-        {
-            bool renumbered = false;
-            model.label = labels_.Free(model.label, "Model", renumbered);
-            if (renumbered)
-                notes_.Add("names that were taken already got a number");
-        }
+            model.label = labels_.Make(model.label, "Model", notes_);
         ReadUserProperties(source, model);
         ReadBuiltIns(source, model);
         AddNode(source.View(), parent);
@@ -280,8 +275,7 @@ private:
     std::vector<std::vector<ObjectIndex>> children_;
     std::vector<bool> hangs_;
     std::vector<ObjectIndex> tops_;
-    Labels labels_;
-    bool ignored_ = false;
+    UniqueNames labels_;
     ModelList list_;
 };
 

@@ -2,8 +2,8 @@
 
 #include "host/scene_import/fbx/curve_reader.h"
 #include "host/scene_import/fbx/take_motion.h"
-#include "host/scene_import/labels.h"
 #include "host/scene_import/parse_error.h"
+#include "host/scene_import/unique_names.h"
 
 #include <algorithm>
 #include <cmath>
@@ -108,9 +108,7 @@ private:
     {
         CheckSpan(span, offset);
         TakeData take;
-        take.name = PlainText(name, document_.Tree());
-        if (MakeTakeName(take.name))
-            notes_.Add("take names with ':', '/' or '\\' got '_' in their place");
+        take.name = TakeName(PlainText(name, document_.Tree()), notes_);
         take.start = span.start;
         take.stop = span.stop;
         scene_.takes.push_back(std::move(take));

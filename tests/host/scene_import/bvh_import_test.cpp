@@ -76,7 +76,7 @@ TEST_F(BvhImportTest, JointsOfOneNameKeepTheirOwnChannels)
     const auto result = Open("twins.bvh", text);
     EXPECT_EQ(ModelNames(), (Names{"Scene", "Hips", "Hips 1", "EndSite_Hips"}));
     ASSERT_EQ(result.notes.size(), 2u);
-    EXPECT_EQ(result.notes[0], "1 x names that were taken already got a number");
+    EXPECT_EQ(result.notes[0], "1 duplicate name was numbered: Hips -> \"Hips 1\"");
     Goto(0.08);
     ExpectRow(Global("Hips"), 3, 3, 2, 3);
     ExpectRow(Global("EndSite_Hips"), 3, 1, 3, 1);

@@ -137,7 +137,8 @@ TEST_F(GltfImportTest, TakeNamesHaveNoSeparators)
                                            R"({"name":"Stop","channels":[],"samplers":[]}]})");
     EXPECT_EQ(TakeNames(), (Names{"x_Run", "x_Run 1", "a_b_c", "Stop"}));
     ASSERT_EQ(result.notes.size(), 2u);
-    EXPECT_EQ(result.notes[0], "3 x take names with ':', '/' or '\\' got '_' in their place");
+    EXPECT_EQ(result.notes[0], "3 take names with ':', '/' or '\\' were changed: x:Run -> \"x_Run\", "
+                               "x/Run -> \"x_Run\", a\\b:c -> \"a_b_c\"");
 }
 
 TEST_F(GltfImportTest, MetresBecomeCentimetresAndScaleStaysScale)

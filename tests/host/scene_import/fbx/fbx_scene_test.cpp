@@ -286,7 +286,7 @@ TEST_F(FbxSceneTest, OddConnectionsLoseNoModel)
     EXPECT_EQ(ModelNames(), (std::vector<std::string>{"Scene", "c", "c 1", "Model", "a", "b"}));
     EXPECT_TRUE(Tells(notes, "their own ancestors"));
     EXPECT_TRUE(Tells(notes, "several parents"));
-    EXPECT_TRUE(Tells(notes, "got a number"));
+    EXPECT_TRUE(Tells(notes, "numbered"));
 }
 
 TEST_F(FbxSceneTest, DeepAndMovingTreesHaveBounds)
