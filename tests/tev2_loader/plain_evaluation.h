@@ -7,7 +7,8 @@
 #include <cmath>
 
 // Evaluation as the format describes it, one number and one key after another: what the library's own, faster
-// evaluation must agree with to the last bit. Times ascend; between equal ones the fraction is 0.
+// evaluation must agree with to the last bit. Times ascend; between equal ones the fraction is 0. A cursor beyond the
+// keys is at the last one.
 
 namespace tev2_tests::plain
 {
@@ -17,8 +18,12 @@ using namespace TEV2_LOADER;
 inline float PresentTime(const TEV2_ANIMATABLE& track)
 {
     const std::vector<float>& times = track.m_times;
+    if (times.size() < 2)
+        return 0.0f;
     const std::size_t key = track.m_current_key;
-    return times.size() < 2 ? 0.0f : times[key] + (times[key + 1] - times[key]) * track.m_fraction;
+    if (key > times.size() - 2)
+        return times[times.size() - 2] + (times.back() - times[times.size() - 2]) * 1.0f;
+    return times[key] + (times[key + 1] - times[key]) * track.m_fraction;
 }
 
 inline void SetTime(TEV2_ANIMATABLE& track, float time)
@@ -39,20 +44,32 @@ inline void SetTime(TEV2_ANIMATABLE& track, float time)
         track.m_fraction = 0.0f;
         return;
     }
-    std::size_t key = track.m_current_key;
+    const std::size_t present = track.m_current_key < count - 1 ? track.m_current_key : count - 2;
+    std::size_t key = present;
     const auto holds = [&] { return times[key] <= time && times[key + 1] >= time; };
-    if (time - PresentTime(track) >= 0.0f)
+    const auto search_forward = [&]
     {
-        while (key < count - 1 && !holds())
-            ++key;
-        if (key == count - 1)
-            return;
-    }
-    else
+        for (key = present; key < count - 1; ++key)
+        {
+            if (holds())
+                return true;
+        }
+        return false;
+    };
+    const auto search_backward = [&]
     {
-        while (!holds())
-            --key;
-    }
+        for (key = present + 1; key-- > 0;)
+        {
+            if (holds())
+                return true;
+        }
+        return false;
+    };
+    // The present time is rounded: what it says is ahead can be behind by a bit.
+    const bool found = time - PresentTime(track) >= 0.0f ? search_forward() || search_backward()
+                                                         : search_backward() || search_forward();
+    if (!found)
+        return;
     track.m_current_key = static_cast<std::uint32_t>(key);
     const float span = times[key + 1] - times[key];
     track.m_fraction = span > 0.0f ? (time - times[key]) / span : 0.0f;

@@ -39,11 +39,11 @@ public:
     /// Base record, u32 count, values. Always true; what is missing fails the cursor.
     bool Load(TEV2_MEMORY_CURSOR& cursor, float version) override
     {
-        bool loaded = TEV2_ANIMATABLE::Load(cursor, version);
+        const bool loaded = TEV2_ANIMATABLE::Load(cursor, version);
         if constexpr (BlockElement<Value>)
             LoadBlock(cursor, m_values);
         else
-            loaded &= LoadRecords(cursor, version, "values", m_values, kDiskSize<Value>);
+            LoadRecords(cursor, version, "values", m_values, kDiskSize<Value>);
         return loaded;
     }
 
@@ -80,16 +80,16 @@ public:
         return std::make_unique<Concrete>(static_cast<const Concrete&>(*this));
     }
 
-    /// Hands the two values around the cursor and the fraction between them to Interpolate; a cursor beyond
-    /// the last segment gives the last value.
+    /// Interpolates between the two values around the cursor. A cursor beyond the values is at the last one, as
+    /// SetTime puts it there.
     Value GetValue() const final
     {
         const std::size_t count = m_values.size();
-        if (count == 0)
-            return Value{};
+        if (count < 2)
+            return count == 0 ? Value{} : m_values[0];
         const std::size_t key = this->m_current_key;
         if (key + 1 >= count)
-            return m_values.back();
+            return Concrete::Interpolate(m_values[count - 2], m_values[count - 1], 1.0f);
         return Concrete::Interpolate(m_values[key], m_values[key + 1], this->m_fraction);
     }
 };

@@ -1,5 +1,6 @@
 #include "tev2_loader/tracks/track_mover.h"
 
+#include <algorithm>
 #include <cmath>
 
 namespace TEV2_LOADER
@@ -10,8 +11,7 @@ namespace
 
 constexpr std::size_t kNoSegment = ~std::size_t{0};
 
-/// So many neighbouring segments are tried one by one before the rest is bisected: playback mostly moves by
-/// one.
+/// Neighbouring segments to try one by one before the rest is bisected: playback mostly moves by one.
 constexpr std::size_t kNearSegments = 4;
 
 /// Whether the segment that key opens holds the time, both ends included.
@@ -74,16 +74,29 @@ std::size_t SearchBackward(const std::vector<float>& times, std::size_t key, flo
 
 } // namespace
 
+/// Moves to the last key for a time at or after it, to the first for a time at or before it.
+bool TrackMover::MoveToEnd(TEV2_ANIMATABLE& track, float time)
+{
+    const std::vector<float>& times = track.m_times;
+    const bool at_last = time >= times.back();
+    if (!at_last && !(times.front() >= time))
+        return false;
+    track.m_current_key = at_last ? static_cast<std::uint32_t>(times.size() - 2) : 0;
+    track.m_fraction = at_last ? 1.0f : 0.0f;
+    return true;
+}
+
 /// The segments that playback mostly needs, and then the one where the time should lie if the keys stand as far
 /// apart as here: mostly right, since tracks are sampled at a fixed rate.
-bool TrackMover::MoveNearby(TEV2_ANIMATABLE& track, std::size_t key, float time)
+bool TrackMover::MoveNearby(TEV2_ANIMATABLE& track, const Place& present, float time)
 {
     const std::vector<float>& times = track.m_times;
     const std::size_t last_segment = times.size() - 2;
+    const std::size_t key = present.key;
     std::size_t nearby = key;
     if (!HoldsInside(track, key, time))
     {
-        const bool forward = time - PresentTime(track, key) >= 0.0f;
+        const bool forward = time - present.time >= 0.0f;
         if (forward ? key == last_segment : key == 0)
             return false;
         nearby = forward ? key + 1 : key - 1;
@@ -92,7 +105,7 @@ bool TrackMover::MoveNearby(TEV2_ANIMATABLE& track, std::size_t key, float time)
             const float guess = static_cast<float>(key) + (time - times[key]) / (times[key + 1] - times[key]);
             if (!(guess >= 0.0f && guess <= static_cast<float>(last_segment)))
                 return false;
-            nearby = static_cast<std::size_t>(guess);
+            nearby = std::min(static_cast<std::size_t>(guess), last_segment); // floats round up from 2^24 on
             if (nearby < last_segment && time > times[nearby + 1])
                 ++nearby;
             else if (nearby > 0 && time < times[nearby])
@@ -107,33 +120,27 @@ bool TrackMover::MoveNearby(TEV2_ANIMATABLE& track, std::size_t key, float time)
 
 void TrackMover::Search(TEV2_ANIMATABLE& track, float time)
 {
-    const std::size_t key = PresentSegment(track);
-    if (!MoveNearby(track, key, time))
-        Find(track, key, time);
+    if (!MoveToEnd(track, time))
+    {
+        const Place present = Present(track);
+        if (!MoveNearby(track, present, time))
+            Find(track, present, time);
+    }
     near_key_ = track.m_current_key;
 }
 
-void TrackMover::Find(TEV2_ANIMATABLE& track, std::size_t key, float time)
+/// Searches from the present segment towards the time. The present time can be rounded past the key that closes its
+/// segment, and a stored fraction can be anything, so that the segment may be on the other side: then that is searched
+/// too.
+void TrackMover::Find(TEV2_ANIMATABLE& track, const Place& present, float time)
 {
     const std::vector<float>& times = track.m_times;
-    if (time >= times.back())
-    {
-        track.m_current_key = static_cast<std::uint32_t>(times.size() - 2);
-        track.m_fraction = 1.0f;
-        return;
-    }
-    if (times.front() >= time)
-    {
-        track.m_current_key = 0;
-        track.m_fraction = 0.0f;
-        return;
-    }
-
-    const float present = PresentTime(track, key);
+    const bool forward = time - present.time >= 0.0f;
     std::size_t segment =
-        time - present >= 0.0f ? SearchForward(times, key, time) : SearchBackward(times, key, time);
-    if (segment == kNoSegment && std::isnan(present))
-        segment = SearchForward(times, 0, time); // a cursor that is nowhere: start over
+        forward ? SearchForward(times, present.key, time) : SearchBackward(times, present.key, time);
+    if (segment == kNoSegment)
+        segment =
+            forward ? SearchBackward(times, present.key, time) : SearchForward(times, present.key, time);
     if (segment != kNoSegment)
         Enter(track, segment, time);
 }

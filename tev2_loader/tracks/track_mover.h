@@ -34,22 +34,26 @@ public:
     {
         if (track.m_times.size() < 2)
             return;
-        const float time = PresentTime(track, PresentSegment(track)) + delta_time;
+        const float time = Present(track).time + delta_time;
         if (!MoveNear(track, time))
             Search(track, track.m_times.back() >= time ? time : Wrapped(track, time));
     }
 
 private:
-    /// A cursor beyond the last segment counts as being in it.
-    static std::size_t PresentSegment(const TEV2_ANIMATABLE& track)
+    struct Place
     {
-        return std::min<std::size_t>(track.m_current_key, track.m_times.size() - 2);
-    }
+        std::size_t key;
+        float time;
+    };
 
-    static float PresentTime(const TEV2_ANIMATABLE& track, std::size_t key)
+    /// Where the cursor is. A cursor beyond the keys is at the last one.
+    static Place Present(const TEV2_ANIMATABLE& track)
     {
+        const std::size_t last_segment = track.m_times.size() - 2;
+        const bool beyond = track.m_current_key > last_segment;
+        const std::size_t key = beyond ? last_segment : track.m_current_key;
         const float opening = track.m_times[key];
-        return opening + (track.m_times[key + 1] - opening) * track.m_fraction;
+        return {key, opening + (track.m_times[key + 1] - opening) * (beyond ? 1.0f : track.m_fraction)};
     }
 
     static void Enter(TEV2_ANIMATABLE& track, std::size_t key, float time)
@@ -67,24 +71,26 @@ private:
         return track.m_times[key] < time && time < track.m_times[key + 1];
     }
 
-    /// Enters the segment of the track before when it holds the time inside. Not from outside the own segment: a
-    /// search from there may find nothing.
+    /// Enters the segment of the track before when it holds the time inside. The ends come first: where times do not
+    /// ascend, another segment may hold a time that is at or after the last key, or at or before the first.
     TEV2_HOT bool MoveNear(TEV2_ANIMATABLE& track, float time) const
     {
         if (near_key_ > track.m_times.size() - 2)
             return false;
         const float opening = track.m_times[near_key_];
         const float closing = track.m_times[near_key_ + 1];
-        if (!(opening < time && time < closing && track.m_fraction >= 0.0f && track.m_fraction <= 1.0f))
+        if (!(opening < time && time < closing && track.m_times.front() < time &&
+              time < track.m_times.back()))
             return false;
         track.m_current_key = near_key_;
         track.m_fraction = (time - opening) / (closing - opening);
         return true;
     }
 
-    static bool MoveNearby(TEV2_ANIMATABLE& track, std::size_t key, float time);
+    static bool MoveToEnd(TEV2_ANIMATABLE& track, float time);
+    static bool MoveNearby(TEV2_ANIMATABLE& track, const Place& present, float time);
     void Search(TEV2_ANIMATABLE& track, float time);
-    static void Find(TEV2_ANIMATABLE& track, std::size_t key, float time);
+    static void Find(TEV2_ANIMATABLE& track, const Place& present, float time);
     static float Wrapped(const TEV2_ANIMATABLE& track, float time);
 
     std::uint32_t near_key_;

@@ -101,8 +101,10 @@ TEST(SetTime, FindsWhatASearchKeyByKeyFinds)
         const std::size_t keys = 2 + random() % (round % 2 == 0 ? 8 : 400);
         TEV2_ANIMATABLE_FLOAT32_LINEAR fast;
         float time = -1.0f;
+        const float unit =
+            round % 3 == 0 ? 64.0f : 0.7f * static_cast<float>(1 + random() % 1000); // exact, rounded
         for (std::size_t key = 0; key < keys; ++key)
-            fast.Append(time += static_cast<float>(1 + random() % 64) / 64.0f, 0.0f);
+            fast.Append(time += static_cast<float>(1 + random() % 64) / unit, 0.0f);
         TEV2_ANIMATABLE_FLOAT32_LINEAR slow = fast;
 
         for (int jump = 0; jump < 200; ++jump)
@@ -112,6 +114,8 @@ TEST(SetTime, FindsWhatASearchKeyByKeyFinds)
             float to = fast.m_times[random() % keys];
             if (jump % 3 == 1)
                 to = fast.m_times.front() + span * static_cast<float>(random() % 1000) / 990.0f - 0.1f;
+            if (jump % 7 == 6)
+                to = std::nextafter(fast.m_times[fast.m_current_key + 1], jump % 2 == 0 ? 1e9f : -1e9f);
             if (jump % 3 == 2)
                 to = fast.m_times[fast.m_current_key] + static_cast<float>(random() % 200) / 100.0f - 1.0f;
             fast.SetTime(to);
@@ -119,6 +123,97 @@ TEST(SetTime, FindsWhatASearchKeyByKeyFinds)
             ASSERT_EQ(fast.m_current_key, slow.m_current_key) << "round " << round << ", to " << to;
             ASSERT_EQ(fast.m_fraction, slow.m_fraction) << "round " << round << ", to " << to;
         }
+    }
+}
+
+TEST(SetTime, GoesOnWhereThePresentTimeIsRoundedPastItsSegment)
+{
+    TEV2_ANIMATABLE_FLOAT32_LINEAR track = TrackAt({-0.0562151894f, 0.0060071256f, 0.25f});
+    track.SetTime(0.0060071256f);
+    ASSERT_EQ(track.m_current_key, 0u);
+    ASSERT_EQ(track.m_fraction, 1.0f);
+    const float next = 0.00600712607f;
+    ASSERT_GT(next, track.m_times[1]);
+    ASSERT_GT(plain::PresentTime(track), next);
+    track.SetTime(next);
+    EXPECT_EQ(track.m_current_key, 1u);
+    EXPECT_EQ(track.m_fraction, (next - 0.0060071256f) / (0.25f - 0.0060071256f));
+}
+
+TEST(SetTime, TakesASegmentOfTheTrackWhereKeysAreMoreThanAFloatCounts)
+{
+    for (const std::size_t keys : {(1u << 24) - 1, (1u << 24) + 1, (1u << 24) + 5, (1u << 25) + 8})
+    {
+        SCOPED_TRACE(keys);
+        TEV2_ANIMATABLE_FLOAT32_LINEAR track;
+        std::vector<float>& times = track.m_times;
+        times.assign(keys + 8, 1e30f); // the last eight, no longer of the track, would hold any time
+        const float segments = static_cast<float>(keys - 2);
+        for (std::size_t gone = 0; gone < 8; gone += 2)
+            times[keys + gone] = -1.0f;
+        times.resize(keys);
+        std::fill(times.begin() + 2, times.end() - 1, 0.75f);
+        times[0] = 0.0f;
+        times[1] = 0.5f;
+        times.back() = segments;
+        // As if keys went on every half second, the time is the one of the last segment.
+        track.SetTime(0.5f * segments);
+        EXPECT_EQ(track.m_current_key, keys - 2);
+        EXPECT_EQ(track.m_fraction, (0.5f * segments - 0.75f) / (segments - 0.75f));
+        track.SetTime(2.0f * segments);
+        EXPECT_EQ(track.m_current_key, keys - 2);
+        EXPECT_EQ(track.m_fraction, 1.0f);
+    }
+}
+
+TEST(Playback, ACursorBeyondTheKeysIsAtTheLastOne)
+{
+    for (const std::uint32_t key : {3u, 4u, 0xFFFFFFFFu})
+    {
+        TEV2_ANIMATABLE_FLOAT32_LINEAR track = TrackAt({0.0f, 1.0f, 2.0f, 3.0f});
+        track.m_current_key = key;
+        track.m_fraction = 0.25f;
+        EXPECT_EQ(track.GetValue(), 30.0f);
+        track.Update(-0.5f);
+        EXPECT_EQ(track.m_current_key, 2u);
+        EXPECT_EQ(track.m_fraction, 0.5f);
+
+        TEV2_ANIMATABLE_FLOAT32_LINEAR large = TrackAt({0.0f, 1.0f});
+        large.m_values = {1e8f, 0.1f}; // 1e8 + (0.1 - 1e8) is 0
+        large.m_current_key = key;
+        const float stored = large.GetValue();
+        large.SetTime(1.0f);
+        EXPECT_EQ(stored, large.GetValue());
+    }
+}
+
+TEST(Playback, EndsDoNotDependOnTheTracksBefore)
+{
+    struct Case
+    {
+        std::vector<float> before; ///< has 2 in the segment that times have it in, too
+        std::vector<float> times;  ///< not ascending
+        std::uint32_t key;
+        float fraction;
+    };
+    const Case cases[] = {
+        {{0.0f, 4.0f, 5.0f}, {0.0f, 5.0f, 1.0f}, 1, 1.0f}, // 2 is after the last key
+        {{0.0f, 1.0f, 4.0f}, {3.0f, 0.0f, 5.0f}, 0, 0.0f}, // 2 is before the first
+    };
+    for (const Case& item : cases)
+    {
+        TEV2_MATRIX_HIERARCHY hierarchy;
+        hierarchy.nodes.resize(2);
+        for (std::size_t node = 0; node < 2; ++node)
+        {
+            auto track = std::make_unique<TEV2_ANIMATABLE_VECTOR_3_LINEAR>();
+            for (const float time : node == 0 ? item.before : item.times)
+                track->Append(time, {});
+            hierarchy.nodes[node].translation = std::move(track);
+        }
+        hierarchy.SetTime(2.0f);
+        EXPECT_EQ(hierarchy.nodes[1].translation->m_current_key, item.key);
+        EXPECT_EQ(hierarchy.nodes[1].translation->m_fraction, item.fraction);
     }
 }
 

@@ -92,6 +92,18 @@ TEST(TrackRecord, ComesBackWithItsCursor)
     }
 }
 
+TEST(TrackRecord, LoadIsTrueAndFailsTheCursorWhereTheRecordIsCut)
+{
+    for (const KindCase& item : EveryKind())
+    {
+        Bytes record = Record(item.values);
+        record.data.pop_back();
+        TEV2_MEMORY_CURSOR cursor(record.data.data(), record.data.size());
+        EXPECT_TRUE(item.track->Load(cursor, kVersion)) << "kind " << item.kind;
+        EXPECT_TRUE(cursor.Failed()) << "kind " << item.kind;
+    }
+}
+
 TEST(TrackRecord, IsSixteenZerosWithoutKeys)
 {
     TEV2_ANIMATABLE_VECTOR_3_LINEAR track;
