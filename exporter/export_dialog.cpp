@@ -1,5 +1,6 @@
 #include "exporter/export_dialog.h"
 
+#include "exporter/dialog_regions.h"
 #include "exporter/numbers.h"
 #include "exporter/version.h"
 
@@ -128,28 +129,28 @@ void TEV2_EXPORTER_DIALOG::AddRegions()
     // clang-format off
     const Row rows[] = {
         {kSampling, "Sampling", nullptr, {10, kAbsolute, kLayout}, {20, kAbsolute, kLayout}, 260, 100},
-        {"SAMPLING_PAL_RADIO_BUTTON_REGION_NAME", "", &pal_, {50, kInLeft, kSampling}, {10, kInTop, kSampling}, 70, 26},
-        {"SAMPLING_NTSC_RADIO_BUTTON_REGION_NAME", "", &ntsc_, {150, kInLeft, kSampling}, {10, kInTop, kSampling}, 60, 26},
-        {"SAMPLING_CUSTOM_FPS_RADIO_BUTTON_REGION_NAME", "", &custom_rate_, {40, kInLeft, kSampling}, {56, kInTop, kSampling}, 80, 26},
-        {"SAMPLING_CUSTOM_FPS_EDITBOX_REGION_NAME", "", &rate_, {140, kInLeft, kSampling}, {54, kInTop, kSampling}, 60, 30},
+        {regions::kPal, "", &pal_, {50, kInLeft, kSampling}, {10, kInTop, kSampling}, 70, 26},
+        {regions::kNtsc, "", &ntsc_, {150, kInLeft, kSampling}, {10, kInTop, kSampling}, 60, 26},
+        {regions::kCustomRate, "", &custom_rate_, {40, kInLeft, kSampling}, {56, kInTop, kSampling}, 80, 26},
+        {regions::kRate, "", &rate_, {140, kInLeft, kSampling}, {54, kInTop, kSampling}, 60, 30},
         {kKeyFrames, "Key-frames", nullptr, {0, kInLeft, kSampling}, {20, kBelow, kSampling}, 260, 134},
-        {"Export All", "", &export_all_, {50, kInLeft, kKeyFrames}, {10, kInTop, kKeyFrames}, 70, 26},
-        {"Custom", "", &custom_keys_, {150, kInLeft, kKeyFrames}, {10, kInTop, kKeyFrames}, 60, 26},
-        {"KEYFRAMES_START_KEY_EDITBOX_LABEL_REGION_NAME", "", &start_label_, {30, kInLeft, kKeyFrames}, {46, kInTop, kKeyFrames}, 60, 30},
-        {"KEYFRAMES_START_KEY_EDITBOX_REGION_NAME", "", &start_key_, {100, kInLeft, kKeyFrames}, {46, kInTop, kKeyFrames}, 70, 30},
-        {"KEYFRAMES_END_KEY_EDITBOX_LABEL_REGION_NAME", "", &end_label_, {30, kInLeft, kKeyFrames}, {86, kInTop, kKeyFrames}, 60, 30},
-        {"KEYFRAMES_END_KEY_EDITBOX_REGION_NAME", "", &end_key_, {100, kInLeft, kKeyFrames}, {86, kInTop, kKeyFrames}, 70, 30},
+        {regions::kExportAll, "", &export_all_, {50, kInLeft, kKeyFrames}, {10, kInTop, kKeyFrames}, 70, 26},
+        {regions::kCustomKeys, "", &custom_keys_, {150, kInLeft, kKeyFrames}, {10, kInTop, kKeyFrames}, 60, 26},
+        {regions::kStartLabel, "", &start_label_, {30, kInLeft, kKeyFrames}, {46, kInTop, kKeyFrames}, 60, 30},
+        {regions::kStartKey, "", &start_key_, {100, kInLeft, kKeyFrames}, {46, kInTop, kKeyFrames}, 70, 30},
+        {regions::kEndLabel, "", &end_label_, {30, kInLeft, kKeyFrames}, {86, kInTop, kKeyFrames}, 60, 30},
+        {regions::kEndKey, "", &end_key_, {100, kInLeft, kKeyFrames}, {86, kInTop, kKeyFrames}, 70, 30},
         {kTakes, "Takes", nullptr, {0, kInLeft, kKeyFrames}, {20, kBelow, kKeyFrames}, 260, 70},
-        {"TAKES_CURRENT_TAKE_RADIO_BUTTON_REGION_NAME", "", &current_take_, {14, kInLeft, kTakes}, {10, kInTop, kTakes}, 210, 26},
-        {"TAKES_ALL_TAKES_RADIO_BUTTON_REGION_NAME", "", &all_takes_, {14, kInLeft, kTakes}, {36, kInTop, kTakes}, 210, 26},
+        {regions::kCurrentTake, "", &current_take_, {14, kInLeft, kTakes}, {10, kInTop, kTakes}, 210, 26},
+        {regions::kAllTakes, "", &all_takes_, {14, kInLeft, kTakes}, {36, kInTop, kTakes}, 210, 26},
         {kMiscellaneous, "Miscellaneous", nullptr, {0, kInLeft, kTakes}, {20, kBelow, kTakes}, 260, 194},
-        {"FILENAME_SPACES_TO_UNDERSCORES_CHECKBOX_REGION_NAME", "", &spaces_to_underscores_, {20, kInLeft, kMiscellaneous}, {10, kInTop, kMiscellaneous}, 220, 26},
-        {"KEEP_POSITIVE_Z_CHECKBOX_REGION_NAME", "", &keep_positive_z_, {20, kInLeft, kMiscellaneous}, {46, kInTop, kMiscellaneous}, 220, 26},
-        {"REMOVE_NAMESPACE_FORM_NAMES_CHECKBOX_REGION_NAME", "", &remove_namespace_, {20, kInLeft, kMiscellaneous}, {82, kInTop, kMiscellaneous}, 220, 26},
-        {"ASTERIX_TV2_EXTENSION_CHECKBOX_REGION_NAME", "", &asterisk_extension_, {20, kInLeft, kMiscellaneous}, {118, kInTop, kMiscellaneous}, 220, 26},
-        {"DISABLE_CONSTRAINTS_CHECKBOX_REGION_NAME", "", &disable_constraints_, {20, kInLeft, kMiscellaneous}, {154, kInTop, kMiscellaneous}, 220, 26},
-        {"EXPORT_BUTTON_REGION_NAME", "", &export_, {88, kAbsolute, kLayout}, {10, kBelow, kMiscellaneous}, 50, 24},
-        {"CANCEL_BUTTON_REGION_NAME", "", &cancel_, {144, kAbsolute, kLayout}, {10, kBelow, kMiscellaneous}, 50, 24},
+        {regions::kSpacesToUnderscores, "", &spaces_to_underscores_, {20, kInLeft, kMiscellaneous}, {10, kInTop, kMiscellaneous}, 220, 26},
+        {regions::kKeepPositiveZ, "", &keep_positive_z_, {20, kInLeft, kMiscellaneous}, {46, kInTop, kMiscellaneous}, 220, 26},
+        {regions::kRemoveNamespace, "", &remove_namespace_, {20, kInLeft, kMiscellaneous}, {82, kInTop, kMiscellaneous}, 220, 26},
+        {regions::kAsteriskExtension, "", &asterisk_extension_, {20, kInLeft, kMiscellaneous}, {118, kInTop, kMiscellaneous}, 220, 26},
+        {regions::kDisableConstraints, "", &disable_constraints_, {20, kInLeft, kMiscellaneous}, {154, kInTop, kMiscellaneous}, 220, 26},
+        {regions::kExport, "", &export_, {88, kAbsolute, kLayout}, {10, kBelow, kMiscellaneous}, 50, 24},
+        {regions::kCancel, "", &cancel_, {144, kAbsolute, kLayout}, {10, kBelow, kMiscellaneous}, 50, 24},
     };
     // clang-format on
     for (const Row& row : rows)

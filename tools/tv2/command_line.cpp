@@ -71,11 +71,16 @@ void AddExportVerb(CLI::App& app, VerbContext& context)
     verb->add_flag("--dialog", options->dialog,
                    "Ask for the options as MotionBuilder does: in the exporter's own dialog, which "
                    "remembers them");
-    verb->add_option(
-            "--dialog-script", options->dialog_script,
-            "Play the steps of this file to the dialog instead of showing it: click \"REGION\", edit "
-            "\"REGION\" NUMBER, move LEFT TOP, close")
+    verb->add_option("--dialog-script", options->dialog_script,
+                     "Play the steps of this file to the dialog instead of showing it: click \"REGION\", set "
+                     "\"REGION\" on|off, edit \"REGION\" NUMBER, move LEFT TOP, close")
         ->check(given);
+    verb->add_option(
+            "--settings", options->settings,
+            "Where the dialog's settings come from and go to: \"stored\" are those of the last time, "
+            "\"none\" are the defaults, and nothing is stored (default: stored for --dialog, none for "
+            "--dialog-script)")
+        ->check(CLI::IsMember({"stored", "none"}));
     verb->add_flag("--quiet", options->quiet, "Print nothing but errors");
     verb->add_flag("--json", options->json,
                    "Print JSON: an object with one entry of \"files\" for each file");
@@ -95,6 +100,10 @@ void AddExportVerb(CLI::App& app, VerbContext& context)
             if (options->dialog)
             {
                 options->refusal = OptionsOfTheDialog(*verb);
+            }
+            else if (!options->settings.empty())
+            {
+                options->refusal = "--settings are the dialog's: give --dialog or --dialog-script as well";
             }
             RunExport(*options, context);
         });

@@ -3,9 +3,11 @@
 #include "host/popup/popup_script.h"
 #include "host/popup/popup_window.h"
 #include "host/scene_import/scene_import.h"
+#include "tools/tv2/dialog_choices.h"
 #include "tools/tv2/exporter_module.h"
 #include "tools/tv2/text.h"
 
+#include <mobu_host/private_settings.h>
 #include <mobu_host/scene.h>
 #include <mobu_host/ui.h>
 
@@ -83,65 +85,40 @@ private:
     std::unique_ptr<mobu_host::SceneObserver> observer_;
 };
 
-/// Every way in which the dialog's choice of takes and spaces can name the files.
-std::vector<std::vector<PlannedFile>> NamesThatCanBe(ExportRequest request)
+/// The files that the dialog's choice of takes and spaces names.
+std::vector<PlannedFile> FilesOf(ExportRequest request, bool all_takes, bool spaces_to_underscores)
 {
-    std::vector<std::vector<PlannedFile>> ways;
+    request.all_takes = all_takes;
+    request.spaces_to_underscores = spaces_to_underscores;
+    return NameFiles(request);
+}
+
+/// Those of every choice that can be made in the dialog.
+std::vector<PlannedFile> FilesOfAnyChoice(const ExportRequest& request)
+{
+    std::vector<PlannedFile> files;
     for (const bool all_takes : {false, true})
     {
         for (const bool underscores : {true, false})
         {
-            request.all_takes = all_takes;
-            request.spaces_to_underscores = underscores;
-            ways.push_back(NameFiles(request));
+            const std::vector<PlannedFile> named = FilesOf(request, all_takes, underscores);
+            files.insert(files.end(), named.begin(), named.end());
         }
     }
-    return ways;
+    return files;
 }
 
 /// What stood under each name that can be written to.
 using Stamps = std::map<std::string, FileStamp>;
 
-Stamps StampsOf(const std::vector<std::vector<PlannedFile>>& ways)
+Stamps StampsOf(const std::vector<PlannedFile>& files)
 {
     Stamps stamps;
-    for (const auto& files : ways)
+    for (const PlannedFile& file : files)
     {
-        for (const PlannedFile& file : files)
-        {
-            stamps.emplace(file.path, FileStamp::Of(file.path));
-        }
+        stamps.emplace(file.path, FileStamp::Of(file.path));
     }
     return stamps;
-}
-
-/// The way that explains best which files have changed: those of sampled takes have, others have not.
-const std::vector<PlannedFile>& WayThatWasTaken(const std::vector<std::vector<PlannedFile>>& ways,
-                                                const Stamps& before, const SamplingWatch& watch)
-{
-    const auto mismatches = [&](const std::vector<PlannedFile>& files)
-    {
-        std::map<std::string, bool> expected;
-        for (const auto& [path, stamp] : before)
-        {
-            expected[path] = false;
-        }
-        for (const PlannedFile& file : files)
-        {
-            expected[file.path] = expected[file.path] || watch.Find(file.take) != nullptr;
-        }
-        const auto differs = [&](const auto& entry)
-        { return entry.second == (FileStamp::Of(entry.first) == before.at(entry.first)); };
-        const auto unnamed = [&files](const SamplingWatch::Sampled& sampled)
-        {
-            return std::none_of(files.begin(), files.end(),
-                                [&](const PlannedFile& file) { return file.take == sampled.take; });
-        };
-        return std::count_if(expected.begin(), expected.end(), differs) +
-               2 * std::count_if(watch.Takes().begin(), watch.Takes().end(), unnamed);
-    };
-    return *std::min_element(ways.begin(), ways.end(),
-                             [&](const auto& a, const auto& b) { return mismatches(a) < mismatches(b); });
 }
 
 /// Read-only files made writable for a while: those that nobody wrote to are set back.
@@ -199,9 +176,9 @@ public:
     {
     }
 
-    std::string Run(const std::string& plugin_path, const std::string& script_path)
+    std::string Run(const std::string& plugin_path, const DialogUser& user)
     {
-        if (std::string reason = FindUser(script_path); !reason.empty())
+        if (std::string reason = FindUser(user.script); !reason.empty())
         {
             return reason;
         }
@@ -210,6 +187,15 @@ public:
             return reason;
         }
         std::string error;
+        std::unique_ptr<mobu_host::PrivateSettings> private_settings;
+        if (!user.stored_settings)
+        {
+            private_settings = mobu_host::PrivateSettings::Make(error);
+            if (!private_settings)
+            {
+                return error;
+            }
+        }
         const std::unique_ptr<mobu_host::Plugin> plugin = LoadExporter(plugin_path, error);
         if (!plugin)
         {
@@ -220,7 +206,7 @@ public:
         {
             return plugin->Path() + " is no exporter: it has no entry in the export menu";
         }
-        Stamps before = StampsOf(ways_);
+        Stamps before = StampsOf(possible_);
         WritableForAWhile writable;
         if (request_.overwrite_read_only)
         {
@@ -228,7 +214,7 @@ public:
             {
                 return reason;
             }
-            before = StampsOf(ways_);
+            before = StampsOf(possible_);
         }
         std::string reason = Export(*entry, before);
         writable.SetBack(before);
@@ -268,23 +254,30 @@ private:
         {
             return OfScene(request_, reason);
         }
-        ways_ = NamesThatCanBe(request_);
+        possible_ = FilesOfAnyChoice(request_);
         ExportPlan all = plan_;
-        for (const auto& files : ways_)
-        {
-            all.files.insert(all.files.end(), files.begin(), files.end());
-        }
+        all.files = possible_;
         return OfScene(request_, CheckTargets(request_, all));
     }
 
     std::string Export(FBMenuItem& entry, const Stamps& before)
     {
         bool shown = false;
+        std::string not_ours;
         std::string step_error;
+        DialogWatch dialog;
         mobu_host::SetPopupPlayer(
             [&](FBPopup& popup)
             {
+                if (!shown)
+                {
+                    not_ours = dialog.Watch(popup);
+                }
                 shown = true;
+                if (!not_ours.empty())
+                {
+                    return;
+                }
                 if (!script_)
                 {
                     mobu_host::ShowInWindow(popup);
@@ -294,15 +287,15 @@ private:
                     step_error = script_->Play(popup);
                 }
             });
-        const SamplingWatch watch;
+        const SamplingWatch sampling;
         const bool completed = mobu_host::UseMenuItem(entry, request_.output);
         mobu_host::SetPopupPlayer({});
 
-        if (!shown)
+        if (!shown || !not_ours.empty())
         {
-            return "the exporter has shown no dialog";
+            return shown ? not_ours : "the exporter has shown no dialog";
         }
-        const bool nothing_done = completed && !watch.PlayerMoved();
+        const bool nothing_done = completed && !sampling.PlayerMoved();
         if (!step_error.empty() && nothing_done)
         {
             return step_error;
@@ -316,16 +309,20 @@ private:
         {
             result_.failures.emplace_back("the exporter gave up before its last file");
         }
-        if (!nothing_done)
+        if (nothing_done)
         {
-            ReadBack(watch, before);
+            result_.why_cancelled = dialog.Choices() ? dialog.Choices()->Objection() : std::string();
+        }
+        else if (dialog.Choices())
+        {
+            ReadBack(*dialog.Choices(), sampling, before);
         }
         return {};
     }
 
-    void ReadBack(const SamplingWatch& watch, const Stamps& before)
+    void ReadBack(const DialogChoices& choices, const SamplingWatch& watch, const Stamps& before)
     {
-        for (PlannedFile planned : WayThatWasTaken(ways_, before, watch))
+        for (PlannedFile& planned : FilesOf(request_, choices.all_takes, choices.spaces_to_underscores))
         {
             if (const SamplingWatch::Sampled* const sampled = watch.Find(planned.take))
             {
@@ -335,6 +332,7 @@ private:
                 std::sort(planned.instants.begin(), planned.instants.end());
             }
             ExportReport::File file;
+            file.rate = choices.rate;
             file.exported = CheckExportedFile(planned, plan_, before.at(planned.path));
             file.planned = std::move(planned);
             for (ExportReport::File& other : result_.report.files)
@@ -352,15 +350,15 @@ private:
     DialogExportResult& result_;
     std::optional<mobu_host::PopupScript> script_;
     ExportPlan plan_;
-    std::vector<std::vector<PlannedFile>> ways_;
+    std::vector<PlannedFile> possible_;
 };
 
 } // namespace
 
 DialogExportResult ExportByDialog(const ExportRequest& request, const std::string& plugin,
-                                  const std::string& script)
+                                  const DialogUser& user)
 {
     DialogExportResult result;
-    result.report.error = DialogRun(request, result).Run(plugin, script);
+    result.report.error = DialogRun(request, result).Run(plugin, user);
     return result;
 }

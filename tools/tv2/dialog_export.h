@@ -6,16 +6,23 @@
 #include <string>
 #include <vector>
 
-/// An export by way of the exporter's entry in the menu and its dialog, in a window or played by a script.
+/// Who uses the dialog, and what it remembers.
+struct DialogUser
+{
+    std::string script;          ///< the file with the steps; empty: the person at the display, in a window
+    bool stored_settings = true; ///< the dialog starts with those of the last time and stores the new ones
+};
+
+/// An export through the exporter's menu entry and its dialog.
 struct DialogExportResult
 {
     std::vector<std::string> failures; ///< what went wrong beyond single files
+    std::string why_cancelled;         ///< where Export was pressed and the dialog did not export
     ExportReport report;               ///< its error says why nothing was exported
 };
 
-/// `plugin` is the exporter's module, empty for the one that belongs to this command; `script` the file with the
-/// steps of the user, empty for the window. Of the request only scene, output, take, models and read-only files
-/// count. What was written is told from the moves of the player, the names that the takes can give and what stands
-/// in the files.
+/// `plugin` is the exporter's module, empty for the one that belongs to this command. Of the request only scene, output,
+/// take, models and read-only files count. What was written follows from the choices in the dialog when Export was
+/// pressed, the moves of the player and what is in the files.
 DialogExportResult ExportByDialog(const ExportRequest& request, const std::string& plugin,
-                                  const std::string& script);
+                                  const DialogUser& user);

@@ -18,9 +18,9 @@ void PrintReport(std::ostream& out, const ExportReport& report)
         }
         text << OneLine(planned.path) << ": take \"" << OneLine(planned.take_name) << "\", "
              << CountOf(file.nodes, "node", "nodes") << ", " << CountOf(file.cameras, "camera", "cameras")
-             << ", " << CountOf(file.samples, "sample", "samples") << ", " << CountText(file.keys_sampled)
-             << " keys sampled, " << CountText(file.keys_kept) << " kept, " << CountText(file.bytes)
-             << " bytes";
+             << ", " << CountOf(file.samples, "sample", "samples") << " (" << ShortNumber(entry.rate)
+             << " a second), " << CountText(file.keys_sampled) << " keys sampled, "
+             << CountText(file.keys_kept) << " kept, " << CountText(file.bytes) << " bytes";
         if (entry.seconds)
         {
             text << ", " << std::fixed << std::setprecision(2) << *entry.seconds << " s";
@@ -34,6 +34,18 @@ void PrintReport(std::ostream& out, const ExportReport& report)
     out << text.str();
 }
 
+namespace
+{
+
+/// A whole rate as an integer.
+nlohmann::ordered_json RateJson(double rate)
+{
+    const auto whole = static_cast<std::int64_t>(rate);
+    return static_cast<double>(whole) == rate ? nlohmann::ordered_json(whole) : nlohmann::ordered_json(rate);
+}
+
+} // namespace
+
 nlohmann::ordered_json ReportJson(const std::string& scene, const ExportReport& report)
 {
     nlohmann::ordered_json json = {{"scene", scene}, {"notes", report.notes}};
@@ -44,6 +56,10 @@ nlohmann::ordered_json ReportJson(const std::string& scene, const ExportReport& 
     if (report.cancelled)
     {
         json["cancelled"] = *report.cancelled;
+        if (!report.why_cancelled.empty())
+        {
+            json["reason"] = report.why_cancelled;
+        }
     }
     json["files"] = nlohmann::ordered_json::array();
     for (const ExportReport::File& file : report.files)
@@ -61,10 +77,7 @@ nlohmann::ordered_json ReportJson(const std::string& scene, const ExportReport& 
         {
             entry["start"] = planned.range.start;
             entry["end"] = planned.range.end;
-            if (file.rate)
-            {
-                entry["rate"] = *file.rate;
-            }
+            entry["rate"] = RateJson(file.rate);
             entry["nodes"] = exported.nodes;
             entry["cameras"] = exported.cameras;
             entry["samples"] = exported.samples;

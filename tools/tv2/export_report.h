@@ -17,13 +17,14 @@ struct ExportReport
     {
         PlannedFile planned;
         ExportedFile exported;
-        std::optional<int> rate;       ///< samples a second, where it was asked for in whole numbers
+        double rate = 0.0;             ///< samples a second
         std::optional<double> seconds; ///< that it took, where that was measured
     };
 
     std::vector<std::string> notes; ///< of the import
     std::string error;              ///< why nothing was started; empty otherwise
     std::optional<bool> cancelled;  ///< by the user, where there was one
+    std::string why_cancelled;      ///< where that was not the user
     std::vector<File> files;
 };
 

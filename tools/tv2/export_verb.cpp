@@ -83,7 +83,10 @@ private:
 
     std::string UseDialog()
     {
-        DialogExportResult result = ExportByDialog(request_, options_.plugin, options_.dialog_script);
+        const bool stored =
+            options_.settings.empty() ? options_.dialog_script.empty() : options_.settings == "stored";
+        DialogExportResult result =
+            ExportByDialog(request_, options_.plugin, {options_.dialog_script, stored});
         report_ = std::move(result.report);
         for (const std::string& failure : result.failures)
         {
@@ -91,7 +94,11 @@ private:
         }
         if (report_.cancelled.value_or(false))
         {
-            Complain("cancelled: nothing exported", kExitFindings);
+            report_.why_cancelled = result.why_cancelled;
+            Complain("cancelled" +
+                         (result.why_cancelled.empty() ? "" : " by the dialog: " + result.why_cancelled) +
+                         ": nothing exported",
+                     kExitFindings);
         }
         return report_.error;
     }
@@ -139,7 +146,7 @@ private:
         for (std::size_t i = 0; i < plan_.files.size(); ++i)
         {
             report_.files.push_back({plan_.files[i], CheckExportedFile(plan_.files[i], plan_, before[i]),
-                                     plan_.fps, watch.Seconds(i)});
+                                     static_cast<double>(plan_.fps), watch.Seconds(i)});
         }
         if (result != 1)
         {

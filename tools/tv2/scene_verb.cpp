@@ -9,7 +9,6 @@
 
 #include <iomanip>
 #include <memory>
-#include <sstream>
 #include <string>
 #include <vector>
 
@@ -200,19 +199,11 @@ SceneJson DescribeScene(const std::string& path, const std::vector<std::string>&
     return json;
 }
 
-/// The shortest that tells a number apart to six digits.
-std::string Short(double value)
-{
-    std::ostringstream text;
-    text << value;
-    return text.str();
-}
-
 std::string Short(const SceneJson& value)
 {
     if (value.is_number_float())
     {
-        return Short(value.get<double>());
+        return ShortNumber(value.get<double>());
     }
     if (value.is_array())
     {

@@ -153,6 +153,13 @@ std::string FloatText(float value)
     return text;
 }
 
+std::string ShortNumber(double value)
+{
+    std::array<char, 32> buffer{};
+    std::snprintf(buffer.data(), buffer.size(), "%.6g", value);
+    return buffer.data();
+}
+
 std::string HexText(std::uint64_t value, int digits)
 {
     std::array<char, 32> buffer{};

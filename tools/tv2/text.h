@@ -27,6 +27,9 @@ std::string OneLine(std::string_view text);
 /// are not those of the plain 0x7fc00000.
 std::string FloatText(float value);
 
+/// The number with at most six digits: "59.94", "30".
+std::string ShortNumber(double value);
+
 /// "0x0000002c"
 std::string HexText(std::uint64_t value, int digits = 8);
 

@@ -41,7 +41,8 @@ struct ExportVerbOptions
     std::string plugin;
     bool dialog = false;
     std::string dialog_script; ///< empty: the window
-    std::string refusal;       ///< why the options do not go together; empty when they do
+    std::string settings; ///< of the dialog: "stored", "none" or empty, which is stored for the window alone
+    std::string refusal;  ///< why the options do not go together; empty when they do
     bool quiet = false;
     bool json = false;
 };

@@ -47,9 +47,9 @@ protected:
         std::ofstream(Path(name), std::ios::binary) << content;
     }
 
-    // Plays the steps to the dialog for a scene.
+    // Plays the steps to the dialog for a scene, with the stored settings unless told otherwise.
     CommandResult Play(const std::string& steps, const std::string& scene, const std::string& output,
-                       Arguments options = {}) const
+                       Arguments options = {"--settings", "stored"}) const
     {
         Write("steps.txt", steps);
         options.insert(options.begin(), {"export", "--json", "--dialog-script", Path("steps.txt")});
@@ -104,16 +104,18 @@ TEST_F(DialogExportTest, WritesAndRemembersWhatWasChosen)
         const char* scene;
         const char* output;
         std::set<std::string> files;
+        double rate; // of each file, samples a second
         int samples; // of the first file
         double end;  // of the first file, seconds
         Settings settings;
     } cases[] = {
-        {"first run", kExport, "walk.bvh", "a.tv2", {"a.tv2"}, 5, 0.08, {}},
+        {"first run", kExport, "walk.bvh", "a.tv2", {"a.tv2"}, 50, 5, 0.08, {}},
         {"custom range",
          kCustomKeys + kStartKey + "-5\n" + kEndKey + "1\n" + kExport,
          "walk.bvh",
          "a.tv2",
          {"a.tv2"},
+         50,
          3,
          0.04,
          {{"KEYFRAME_RADIO_CHOICE_KEY_NAME", "1"}, {"END_KEY_KEY_NAME", "1"}}},
@@ -122,6 +124,7 @@ TEST_F(DialogExportTest, WritesAndRemembersWhatWasChosen)
          "walk.bvh",
          "b c.tv2",
          {"b_c.tv2"},
+         59.94,
          6,
          0.08,
          {{"SAMPLING_RADIO_CHOICE_KEY_NAME", "1"},
@@ -133,6 +136,7 @@ TEST_F(DialogExportTest, WritesAndRemembersWhatWasChosen)
          "takes.gltf",
          "r.tv2",
          {"r_A b.tv2", "r_A_b.tv2", "r_C.tv2"},
+         50,
          2,
          0.0,
          {{"TAKES_RADIO_CHOICE_KEY_NAME", "1"}, {"FILENAME_SPACES_KEY_NAME", "0"}}},
@@ -150,6 +154,8 @@ TEST_F(DialogExportTest, WritesAndRemembersWhatWasChosen)
         EXPECT_EQ(json.at("cancelled"), false);
         ASSERT_EQ(json.at("files").size(), c.files.size());
         for (const auto& file : json.at("files"))
+            EXPECT_EQ(file.at("rate"), c.rate);
+        for (const auto& file : json.at("files"))
             EXPECT_TRUE(c.files.contains(fs::path(file.at("path").get<std::string>()).filename()));
         EXPECT_EQ(json.at("files").at(0).at("samples"), c.samples);
         EXPECT_FLOAT_EQ(json.at("files").at(0).at("end").get<float>(), static_cast<float>(c.end));
@@ -157,18 +163,55 @@ TEST_F(DialogExportTest, WritesAndRemembersWhatWasChosen)
     }
 }
 
+TEST_F(DialogExportTest, AScriptStartsFromTheDefaultsAndStoresNothing)
+{
+    const std::string steps = kSpaces + kNtsc + kExport;
+    for (const Arguments& options : {Arguments{}, Arguments{"--settings", "none"}})
+        for (int run = 0; run < 2; ++run) // the box is turned over once in each
+        {
+            const CommandResult result = Play(steps, "walk.bvh", "a b.tv2", options);
+            EXPECT_EQ(result.exit_code, 0) << result.err;
+            EXPECT_EQ(Written(), std::set<std::string>{"a b.tv2"});
+            EXPECT_EQ(Remembered(2), (Settings{{"nothing", ""}}));
+        }
+    Play(kSpaces + kExport, "walk.bvh", "a b.tv2");
+    EXPECT_EQ(Remembered(2), (Settings{{"FILENAME_SPACES_KEY_NAME", "0"}}));
+    EXPECT_EQ(Play(kExport, "walk.bvh", "c d.tv2", {}).exit_code, 0);
+    EXPECT_EQ(Written(), (std::set<std::string>{"a b.tv2", "c_d.tv2"})) << "stored settings were read";
+}
+
 TEST_F(DialogExportTest, CancellationsWriteAndRememberNothing)
 {
-    for (const std::string& steps : {kNtsc + kCancel, kNtsc + "close\n", kNtsc,
-                                     kCustomKeys + kStartKey + "2\n" + kEndKey + "1\n" + kExport})
+    const std::string by_user = "tv2 export: cancelled: nothing exported\n";
+    const std::string no_rate = "click \"SAMPLING_CUSTOM_FPS_RADIO_BUTTON_REGION_NAME\"\n"
+                                "edit \"SAMPLING_CUSTOM_FPS_EDITBOX_REGION_NAME\" 0\n";
+    const std::string reversed = kCustomKeys + kStartKey + "2\n" + kEndKey + "1\n";
+    const struct
     {
-        const CommandResult run = Play(steps, "walk.bvh", "a.tv2");
-        EXPECT_EQ(run.exit_code, 1) << steps;
-        EXPECT_EQ(run.err, "tv2 export: cancelled: nothing exported\n") << steps;
+        std::string steps;
+        std::string message;
+        std::string reason; // in JSON
+    } cases[] = {
+        {kNtsc + kCancel, by_user, ""},
+        {kNtsc + "close\n", by_user, ""},
+        {kNtsc, by_user, ""},
+        {reversed + kCancel, by_user, ""},
+        {reversed + kExport,
+         "tv2 export: cancelled by the dialog: the start key 2 is after the end key 1: nothing exported\n",
+         "the start key 2 is after the end key 1"},
+        {no_rate + kExport, "tv2 export: cancelled by the dialog: the rate is 0: nothing exported\n",
+         "the rate is 0"},
+    };
+    for (const auto& c : cases)
+    {
+        const CommandResult run = Play(c.steps, "walk.bvh", "a.tv2");
+        EXPECT_EQ(run.exit_code, 1) << c.steps;
+        EXPECT_EQ(run.err, c.message) << c.steps;
         EXPECT_EQ(run.Json().at("cancelled"), true);
+        EXPECT_EQ(run.Json().value("reason", ""), c.reason);
         EXPECT_TRUE(run.Json().at("files").empty());
         EXPECT_EQ(Written(), std::set<std::string>{});
-        EXPECT_EQ(Remembered(2), (Settings{{"nothing", ""}})) << steps;
+        EXPECT_EQ(Remembered(2), (Settings{{"nothing", ""}})) << c.steps;
     }
 }
 
@@ -254,6 +297,7 @@ TEST_F(DialogExportTest, RefusesBeforeAnythingIsWritten)
         {{"--dialog", bvh, out},
          "there is no display: DISPLAY is not set; give its steps with --dialog-script"},
         {{"--dialog-script", steps, "--fps", "30", bvh, out}, "--fps is decided in the dialog"},
+        {{"--settings", "none", bvh, out}, "--settings are the dialog's"},
         {{"--dialog", "--start-frame", "1", bvh, out}, "--start-frame is decided"},
         {{"--dialog", "--end-frame", "1", bvh, out}, "--end-frame is decided"},
         {{"--dialog", "--all-takes", bvh, out}, "--all-takes is decided"},

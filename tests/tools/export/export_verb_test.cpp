@@ -114,7 +114,7 @@ TEST_F(ExportVerbTest, WritesTheTakeAndTellsWhatItWrote)
     EXPECT_EQ(text.exit_code, 0);
     EXPECT_EQ(text.err, ""); // no progress bar where there is no terminal
     EXPECT_TRUE(
-        text.out.starts_with(Path("out.tv2") + ": take \"Motion\", 4 nodes, 0 cameras, 3 samples, 24 keys"))
+        text.out.starts_with(Path("out.tv2") + ": take \"Motion\", 4 nodes, 0 cameras, 3 samples (25 a second), 24 keys"))
         << text.out;
     const CommandResult quiet = ExportWalk("out.tv2", {"--quiet"});
     EXPECT_EQ(quiet.out + quiet.err, "");
