@@ -1,5 +1,7 @@
 #pragma once
 
+#include "host/scene_import/transport_rate.h"
+
 #include <fbsdk/fbsdk.h>
 
 #include <cmath>
@@ -7,18 +9,14 @@
 namespace mobu_host
 {
 
-inline constexpr double kFrameTolerance =
-    1.0e-3; // frames; a time nearer than this is meant to be on the frame
-
-// Moves the start or end of a take onto the whole frame of `rate` (frames a second) that it is within the tolerance of;
-// other times stay. An exporter truncates seconds x rate toward zero, so a tick too few would lose the frame: the result
-// is never on the side of zero of its frame.
+// Moves the start or end of a take onto the frame of `rate` (frames per second) that it is meant to be on; times that are
+// no whole frame stay. An exporter truncates seconds x rate toward zero, so a tick too few would lose the frame: the
+// result is never closer to zero than its frame.
 inline FBTime OnFrame(FBTime time, double rate)
 {
-    const double frames = time.GetSecondDouble() * rate;
-    const double frame = std::round(frames);
-    if (!(std::abs(frames - frame) <= kFrameTolerance))
+    if (!IsWholeFrame(time.GetSecondDouble(), rate))
         return time;
+    const double frame = std::round(time.GetSecondDouble() * rate);
     time.SetSecondDouble(frame / rate);
     while (std::abs(time.GetSecondDouble() * rate) < std::abs(frame))
         time.Set(time.Get() + (frame < 0.0 ? -1 : 1));
