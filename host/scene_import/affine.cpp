@@ -2,7 +2,9 @@
 
 #include "numerics/trigonometry.h"
 
+#include <algorithm>
 #include <cmath>
+#include <numbers>
 
 namespace mobu_host
 {
@@ -10,6 +12,14 @@ namespace
 {
 
 using Wxyz = std::array<double, 4>; // w, x, y, z
+
+using AxisOrder = std::array<std::size_t, 3>;
+
+const AxisOrder& AxesOf(int order)
+{
+    static constexpr AxisOrder kAxes[6] = {{0, 1, 2}, {0, 2, 1}, {1, 2, 0}, {1, 0, 2}, {2, 0, 1}, {2, 1, 0}};
+    return kAxes[order >= 0 && order < 6 ? order : 0];
+}
 
 Matrix3 AxisTurn(int axis, double degrees)
 {
@@ -163,10 +173,29 @@ bool Invert(const Matrix3& a, Matrix3& inverse)
 
 Matrix3 EulerTurn(const Vector& degrees, int order)
 {
-    constexpr int kAxes[6][3] = {{0, 1, 2}, {0, 2, 1}, {1, 2, 0}, {1, 0, 2}, {2, 0, 1}, {2, 1, 0}};
-    const int* const axes = kAxes[order >= 0 && order < 6 ? order : 0];
-    const auto turn = [&](int i) { return AxisTurn(axes[i], degrees[static_cast<std::size_t>(axes[i])]); };
+    const AxisOrder& axes = AxesOf(order);
+    const auto turn = [&](std::size_t i) { return AxisTurn(static_cast<int>(axes[i]), degrees[axes[i]]); };
     return turn(2) * turn(1) * turn(0);
+}
+
+Vector EulerAngles(const Matrix3& turn, int order)
+{
+    constexpr double kDegrees = 180.0 / std::numbers::pi;
+    const auto [a, b, c] = AxesOf(order);
+    const double sign = (a + 1) % 3 == b ? 1.0 : -1.0;
+    const double sine = std::clamp(-sign * turn.at[c][a], -1.0, 1.0);
+    Vector degrees{};
+    degrees[b] = std::asin(sine) * kDegrees;
+    if (std::abs(sine) < 1.0 - 1e-12)
+    {
+        degrees[a] = std::atan2(sign * turn.at[c][b], turn.at[c][c]) * kDegrees;
+        degrees[c] = std::atan2(sign * turn.at[b][a], turn.at[a][a]) * kDegrees;
+    }
+    else // both outer axes turn about one line
+    {
+        degrees[a] = std::atan2(-sign * turn.at[b][c], turn.at[b][b]) * kDegrees;
+    }
+    return degrees;
 }
 
 // By halving the arc: no function of the system's library but the square root, which is exact everywhere.

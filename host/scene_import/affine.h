@@ -45,6 +45,9 @@ bool Invert(const Matrix3& a, Matrix3& inverse); // false, and nothing done, for
 // other order counts as XYZ.
 Matrix3 EulerTurn(const Vector& degrees, int order);
 
+// The angles in degrees of a turn, those from which EulerTurn makes it.
+Vector EulerAngles(const Matrix3& turn, int order);
+
 // A part of the way from no turn to `turn`, along the shorter arc.
 Matrix3 TurnBetween(const Matrix3& from, const Matrix3& to, double fraction);
 

@@ -6,7 +6,9 @@
 #include <zlib.h>
 
 #include <algorithm>
+#include <bit>
 #include <new>
+#include <optional>
 #include <type_traits>
 
 namespace mobu_host::fbx
@@ -60,6 +62,26 @@ void Convert(std::string_view bytes, std::vector<Number>& numbers)
     }
 }
 
+// A number of a text file.
+template <class Number>
+std::optional<Number> NumberOf(const Value& value, TextFloats form)
+{
+    if constexpr (std::is_same_v<Number, float>)
+        if (form == TextFloats::WholeNumbersAreBits)
+            if (const auto bits = value.WholeNumber())
+                return std::bit_cast<float>(static_cast<std::uint32_t>(*bits));
+    if constexpr (std::is_floating_point_v<Number>)
+    {
+        const auto real = value.Number();
+        return real ? std::optional(static_cast<Number>(*real)) : std::nullopt;
+    }
+    else
+    {
+        const auto whole = value.Whole();
+        return whole ? std::optional(static_cast<Number>(*whole)) : std::nullopt;
+    }
+}
+
 } // namespace
 
 struct ArrayReader::Stream : z_stream
@@ -81,9 +103,9 @@ void ArrayReader::Read(const Record& record, std::vector<double>& numbers, std::
 {
     ReadAs(record, numbers, most);
 }
-void ArrayReader::Read(const Record& record, std::vector<float>& numbers, std::uint64_t most)
+void ArrayReader::Read(const Record& record, std::vector<float>& numbers, std::uint64_t most, TextFloats form)
 {
-    ReadAs(record, numbers, most);
+    ReadAs(record, numbers, most, form);
 }
 void ArrayReader::Read(const Record& record, std::vector<std::int64_t>& numbers, std::uint64_t most)
 {
@@ -95,7 +117,8 @@ void ArrayReader::Read(const Record& record, std::vector<std::int32_t>& numbers,
 }
 
 template <class Number>
-void ArrayReader::ReadAs(const Record& record, std::vector<Number>& numbers, std::uint64_t most)
+void ArrayReader::ReadAs(const Record& record, std::vector<Number>& numbers, std::uint64_t most,
+                         TextFloats form)
 {
     numbers.clear();
     if (!record)
@@ -125,16 +148,7 @@ void ArrayReader::ReadAs(const Record& record, std::vector<Number>& numbers, std
     numbers.reserve(static_cast<std::size_t>(list.ValueCount()));
     do
     {
-        std::optional<Number> number;
-        if constexpr (std::is_floating_point_v<Number>)
-        {
-            if (const auto real = value.Number())
-                number = static_cast<Number>(*real);
-        }
-        else if (const auto whole = value.Whole())
-        {
-            number = static_cast<Number>(*whole);
-        }
+        const std::optional<Number> number = NumberOf<Number>(value, form);
         if (!number)
             throw ParseError(cursor.Offset(), "an array holds what is no number");
         numbers.push_back(*number);

@@ -11,6 +11,13 @@
 namespace mobu_host::fbx
 {
 
+// How text files write floats. A number with a point or an exponent is a decimal in either.
+enum class TextFloats
+{
+    Decimal,
+    WholeNumbersAreBits
+};
+
 // Unpacks the arrays of records. One serves many arrays; it keeps its working memory.
 class ArrayReader
 {
@@ -27,13 +34,15 @@ public:
     // its stated length or size do not agree, for what is not a number, and for a deflated array of more numbers
     // than `most`, before it takes memory.
     void Read(const Record& record, std::vector<double>& numbers, std::uint64_t most = kAny);
-    void Read(const Record& record, std::vector<float>& numbers, std::uint64_t most = kAny);
+    void Read(const Record& record, std::vector<float>& numbers, std::uint64_t most = kAny,
+              TextFloats form = TextFloats::Decimal);
     void Read(const Record& record, std::vector<std::int64_t>& numbers, std::uint64_t most = kAny);
     void Read(const Record& record, std::vector<std::int32_t>& numbers, std::uint64_t most = kAny);
 
 private:
     template <class Number>
-    void ReadAs(const Record& record, std::vector<Number>& numbers, std::uint64_t most);
+    void ReadAs(const Record& record, std::vector<Number>& numbers, std::uint64_t most,
+                TextFloats form = TextFloats::Decimal);
     template <class Number>
     void ReadBinary(const Value& value, const ArrayHeader& header, std::size_t offset, std::uint64_t most,
                     std::vector<Number>& numbers);

@@ -76,8 +76,14 @@ private:
                       static_cast<std::uint8_t>(file_[at + size - 1])};
         if (end - header.name < header.name_size)
             throw ParseError(at, "a record's name leaves its list");
+        // Some write records without their end: those have no children, so that their values end them.
         if (header.end == 0 && (header.value_count != 0 || header.values_size != 0 || header.name_size != 0))
-            throw ParseError(at, "a record ends before it begins");
+        {
+            const std::size_t values = header.name + header.name_size;
+            if (header.values_size > end - values)
+                throw ParseError(at, "the values of a record leave its list");
+            header.end = values + header.values_size;
+        }
         return header;
     }
 

@@ -8,6 +8,11 @@ namespace mobu_host::fbx
 namespace
 {
 
+// An automatic tangent's bias counts as a share of the way to a neighbour's slope; what is beyond this adds to the slope
+// itself, a second, by its square.
+constexpr double kLargestPlainBias = 5.0;
+constexpr double kSlopeOfExcess = 40.0;
+
 double LengthOf(float weight)
 {
     return weight == 0.0F ? 1.0 / 3.0 : static_cast<double>(weight);
@@ -36,6 +41,15 @@ double ParameterAt(double u, double right, double left)
         s = step > low && step < high ? step : 0.5 * (low + high);
     }
     return s;
+}
+
+// With the missing neighbour's slope taken as 0, and the other's not halved, at the first and last key.
+double TcbSlope(const Tangent& tangent, double side, double before, double after, bool at_end)
+{
+    const double part = (at_end ? 1.0 : 0.5) * (1.0 - static_cast<double>(tangent.right_slope));
+    const double continuity = side * static_cast<double>(tangent.left_slope);
+    const auto bias = static_cast<double>(tangent.tcb_bias);
+    return part * ((1.0 + continuity) * (1.0 + bias) * before + (1.0 - continuity) * (1.0 - bias) * after);
 }
 
 } // namespace
@@ -69,6 +83,32 @@ void Curve::Append(const Key& key)
     interpolations_.push_back(key.interpolation);
 }
 
+double Curve::StraightSlope(std::size_t from, std::size_t to) const
+{
+    return (values_[to] - values_[from]) / (seconds_[to] - seconds_[from]);
+}
+
+// Of a key between two others.
+double Curve::AutomaticSlope(std::size_t key, double bias) const
+{
+    const Tangent& tangent = tangents_[key];
+    const double before = StraightSlope(key - 1, key);
+    const double after = StraightSlope(key, key + 1);
+    if ((tangent.flat_at_equals || tangent.no_overshoot) && (before == 0.0 || after == 0.0))
+        return 0.0;
+    double slope = tangent.through_neighbours ? StraightSlope(key - 1, key + 1) : 0.5 * (before + after);
+    slope += std::abs(bias) * ((bias > 0.0 ? after : before) - slope);
+    if (const double excess = std::abs(bias) - kLargestPlainBias; excess > 0.0)
+        slope += std::copysign(excess * excess * kSlopeOfExcess, bias);
+    if (!tangent.no_overshoot)
+        return slope;
+    if ((before > 0.0) != (after > 0.0) || (before > 0.0) != (slope > 0.0))
+        return 0.0;
+    const double limit = std::min(std::abs(before) / LengthOf(tangent.left_weight),
+                                  std::abs(after) / LengthOf(tangent.right_weight));
+    return std::clamp(slope, -limit, limit);
+}
+
 // side is +1 right of the key, -1 left of it.
 double Curve::SlopeAt(std::size_t key, double side) const
 {
@@ -76,37 +116,16 @@ double Curve::SlopeAt(std::size_t key, double side) const
     const auto given = static_cast<double>(side > 0.0 ? tangent.right_slope : tangent.left_slope);
     if (tangent.rule == TangentRule::Given)
         return given;
-    const std::size_t last = seconds_.size() - 1;
-    const auto straight = [this](std::size_t i)
-    { return (values_[i + 1] - values_[i]) / (seconds_[i + 1] - seconds_[i]); };
-    if (last == 0)
-        return 0.0;
-    if (key == 0 || key == last)
-        return tangent.no_overshoot && tangent.rule == TangentRule::Automatic
-                   ? 0.0
-                   : straight(key == 0 ? 0 : last - 1);
-    const double before = straight(key - 1);
-    const double after = straight(key);
+    const bool first = key == 0;
+    const bool last = key + 1 == seconds_.size();
     if (tangent.rule == TangentRule::Tcb)
-    {
-        const double part = 0.5 * (1.0 - static_cast<double>(tangent.right_slope));
-        const double continuity = side * static_cast<double>(tangent.left_slope);
-        const auto bias = static_cast<double>(tangent.tcb_bias);
-        return part *
-               ((1.0 + continuity) * (1.0 + bias) * before + (1.0 - continuity) * (1.0 - bias) * after);
-    }
-    if ((tangent.flat_at_equals || tangent.no_overshoot) && (before == 0.0 || after == 0.0))
+        return TcbSlope(tangent, side, first ? 0.0 : StraightSlope(key - 1, key),
+                        last ? 0.0 : StraightSlope(key, key + 1), first || last);
+    if (!first && !last)
+        return AutomaticSlope(key, given);
+    if (tangent.no_overshoot || (first && last))
         return 0.0;
-    double slope = 0.5 * ((1.0 - given) * before + (1.0 + given) * after);
-    if (tangent.no_overshoot)
-    {
-        if ((before > 0.0) != (after > 0.0))
-            return 0.0;
-        const double limit = std::min(std::abs(before) / LengthOf(tangent.left_weight),
-                                      std::abs(after) / LengthOf(tangent.right_weight));
-        slope = std::clamp(slope, -limit, limit);
-    }
-    return slope;
+    return first ? StraightSlope(key, key + 1) : StraightSlope(key - 1, key);
 }
 
 void Curve::Close()

@@ -7,9 +7,6 @@
 namespace mobu_host::fbx
 {
 
-inline constexpr double kTicksPerSecond = 46186158000.0;
-inline constexpr double kLongestTime = 1.0e6; // seconds either side of 0; far below where ticks run out
-
 // How the value goes from one key to the next.
 enum class Interpolation : std::uint8_t
 {
@@ -23,7 +20,7 @@ enum class Interpolation : std::uint8_t
 enum class TangentRule : std::uint8_t
 {
     Given,     // `right_slope` and `left_slope`
-    Automatic, // between the slopes to both neighbours, shifted by the bias of each side
+    Automatic, // from the slopes to both neighbours, shifted by the bias of each side
     Tcb        // from tension, continuity and bias
 };
 
@@ -32,10 +29,12 @@ struct Tangent
     TangentRule rule = TangentRule::Given;
     bool flat_at_equals = false; // no slope where a neighbour has the same value
     bool no_overshoot = false;   // not beyond the value of a neighbour
-    float right_slope = 0.0F;    // a second; when automatic: bias, -1 to 1; of Tcb: tension
-    float left_slope = 0.0F;     // likewise; of Tcb: continuity
-    float right_weight = 0.0F;   // length of the tangent as a part of the time to the next key; 0: a third
-    float left_weight = 0.0F;    // and to the one before
+    bool through_neighbours =
+        false;                 // automatic: the slope from neighbour to neighbour, not the mean of both sides
+    float right_slope = 0.0F;  // a second; when automatic: bias, 1 is a neighbour's slope; of Tcb: tension
+    float left_slope = 0.0F;   // likewise; of Tcb: continuity
+    float right_weight = 0.0F; // length of the tangent as a part of the time to the next key; 0: a third
+    float left_weight = 0.0F;  // and to the one before
     float tcb_bias = 0.0F;
 };
 
@@ -69,6 +68,8 @@ public:
 private:
     std::size_t SegmentAt(double seconds) const;
     double SlopeAt(std::size_t key, double side) const;
+    double StraightSlope(std::size_t from, std::size_t to) const;
+    double AutomaticSlope(std::size_t key, double bias) const;
 
     struct Segment // of a cubic one
     {

@@ -1,6 +1,7 @@
 #include "host/scene_import/fbx/curve_reader.h"
 
 #include "host/scene_import/parse_error.h"
+#include "host/scene_import/scene_description.h"
 
 #include <algorithm>
 #include <bit>
@@ -18,12 +19,18 @@ constexpr std::uint32_t kCubic = 0x8;
 constexpr std::uint32_t kConstantNext = 0x100;
 constexpr std::uint32_t kAutomatic = 0x100; // of a cubic key
 constexpr std::uint32_t kTcb = 0x200;
+constexpr std::uint32_t kBroken = 0x800; // each side for itself
 constexpr std::uint32_t kClamp = 0x1000;
+constexpr std::uint32_t kTimeIndependent = 0x2000;
 constexpr std::uint32_t kClampProgressive = 0x4000;
 constexpr std::uint32_t kRightWeighted = 0x01000000;
 constexpr std::uint32_t kNextLeftWeighted = 0x02000000;
 constexpr double kBiasUnit = 100.0;
 constexpr int kWeightUnit = 10000;
+
+// From 7.2 on text files write the floats of key data, of which some are packed numbers, as their bits. Before they wrote
+// the packed ones as decimals, too.
+constexpr unsigned kFirstVersionOfBits = 7200;
 
 // Times of keys rise, and rising numbers deflate badly: even the plainest steps take more than a byte each. A
 // file that states more of them is made to fill memory. Few are taken whatever they are.
@@ -56,10 +63,12 @@ struct Attribute
 Tangent TangentOf(const Attribute& own, const Attribute& before)
 {
     Tangent tangent;
+    const bool after_tcb = (before.flags & kTcb) != 0; // whose numbers are no slope and no weight
     tangent.right_slope = own.data[0];
-    tangent.left_slope = before.data[1];
+    tangent.left_slope = after_tcb ? 0.0F : before.data[1];
     tangent.right_weight = own.Weight(false);
-    tangent.left_weight = before.Weight(true);
+    tangent.left_weight = after_tcb ? 0.0F : before.Weight(true);
+    tangent.through_neighbours = (own.flags & kTimeIndependent) != 0;
     tangent.flat_at_equals = (own.flags & kClamp) != 0;
     tangent.no_overshoot = (own.flags & kClampProgressive) != 0;
     if (own.flags & kTcb)
@@ -73,16 +82,10 @@ Tangent TangentOf(const Attribute& own, const Attribute& before)
     {
         tangent.rule = TangentRule::Automatic;
         tangent.right_slope = own.data[0] / static_cast<float>(kBiasUnit);
-        tangent.left_slope = -before.data[1] / static_cast<float>(kBiasUnit);
+        tangent.left_slope =
+            own.flags & kBroken ? -tangent.left_slope / static_cast<float>(kBiasUnit) : tangent.right_slope;
     }
     return tangent;
-}
-
-// Text files write the two packed weights as the whole number that their bits are.
-float PackedWeights(double number)
-{
-    return number >= 1.0 && number < 4294967296.0 ? std::bit_cast<float>(static_cast<std::uint32_t>(number))
-                                                  : 0.0F;
 }
 
 Interpolation InterpolationOf(std::uint32_t flags)
@@ -103,9 +106,9 @@ void CheckKey(const Key& key, std::size_t offset)
         throw ParseError(offset, "a key is not a number or lies out of all time");
 }
 
-double SecondsOf(std::int64_t ticks)
+double SecondsOf(std::int64_t ticks, const Record& record)
 {
-    return static_cast<double>(ticks) / kTicksPerSecond;
+    return static_cast<double>(ticks) / record.Tree().TicksPerSecond();
 }
 
 } // namespace
@@ -117,7 +120,9 @@ Curve CurveReader::ReadArrays(const Record& record)
     const std::uint64_t most = std::max<std::uint64_t>(times_.size(), kFew);
     arrays_.Read(record.Child("KeyValueFloat"), values_, most);
     arrays_.Read(record.Child("KeyAttrFlags"), flags_, most);
-    arrays_.Read(record.Child("KeyAttrDataFloat"), data_, most * 4);
+    const bool bits = record.Tree().Version() >= kFirstVersionOfBits;
+    arrays_.Read(record.Child("KeyAttrDataFloat"), data_, most * 4,
+                 bits ? TextFloats::WholeNumbersAreBits : TextFloats::Decimal);
     arrays_.Read(record.Child("KeyAttrRefCount"), counts_, most);
     if (values_.size() != times_.size())
         throw ParseError(record.Offset(), "a curve has " + std::to_string(times_.size()) + " times and " +
@@ -137,14 +142,11 @@ Curve CurveReader::ReadArrays(const Record& record)
         {
             left = counts_[block];
             own.flags = static_cast<std::uint32_t>(flags_[block]);
-            for (std::size_t j = 0; j < 4; ++j)
-                own.data[j] = static_cast<float>(data_[4 * block + j]);
-            if (record.Tree().IsText() && !(own.flags & kTcb))
-                own.data[2] = PackedWeights(data_[4 * block + 2]);
+            std::copy_n(data_.begin() + static_cast<std::ptrdiff_t>(4 * block), 4, own.data);
         }
         --left;
         Key key;
-        key.seconds = SecondsOf(times_[i]);
+        key.seconds = SecondsOf(times_[i], record);
         key.value = values_[i];
         key.interpolation = InterpolationOf(own.flags);
         if (key.interpolation == Interpolation::Cubic)
@@ -167,7 +169,7 @@ namespace
 class KeyListCursor
 {
 public:
-    explicit KeyListCursor(const Record& list) : cursor_(list), offset_(list.Offset())
+    explicit KeyListCursor(const Record& list) : list_(list), cursor_(list)
     {
         Value value;
         for (; begin_.size() < 2 && cursor_.Next(value);)
@@ -188,14 +190,17 @@ public:
         if (!ticks || !value || begin_[0].Letter() != 0 || begin_[1].Letter() != 0 || !IsCapital(capital))
             Fail();
         Key key;
-        key.seconds = SecondsOf(*ticks);
+        key.seconds = SecondsOf(*ticks, list_);
         key.value = *value;
         ReadDetails();
         return key;
     }
 
     const std::vector<Value>& Details() const { return details_; }
-    [[noreturn]] void Fail() const { throw ParseError(offset_, "a list of keys cannot be taken apart"); }
+    [[noreturn]] void Fail() const
+    {
+        throw ParseError(list_.Offset(), "a list of keys cannot be taken apart");
+    }
 
 private:
     static constexpr std::size_t kMostDetails = 16;
@@ -225,8 +230,8 @@ private:
         }
     }
 
+    Record list_;
     ValueCursor cursor_;
-    std::size_t offset_;
     std::vector<Value> begin_; // time and value of the next key
     Value capital_;            // and its letter
     std::vector<Value> details_;

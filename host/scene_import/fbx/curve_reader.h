@@ -25,7 +25,7 @@ private:
     std::vector<std::int64_t> times_;
     std::vector<double> values_;
     std::vector<std::int32_t> flags_;
-    std::vector<double> data_;
+    std::vector<float> data_;
     std::vector<std::int32_t> counts_;
 };
 

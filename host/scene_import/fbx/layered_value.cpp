@@ -1,9 +1,33 @@
 #include "host/scene_import/fbx/layered_value.h"
 
 #include <algorithm>
+#include <cmath>
 
 namespace mobu_host::fbx
 {
+namespace
+{
+
+// value^exponent for exponents from 0 to 1, the sign kept. By square roots, which are exact everywhere.
+double Power(double value, double exponent)
+{
+    if (exponent >= 1.0)
+        return value;
+    double power = 1.0;
+    double root = std::abs(value);
+    for (double left = exponent, bit = 0.5; left > 0.0 && bit > 0x1p-53; bit *= 0.5)
+    {
+        root = std::sqrt(root);
+        if (left < bit)
+            continue;
+        left -= bit;
+        power *= root;
+    }
+    return exponent > 0.0 ? std::copysign(power, value) : 1.0;
+}
+
+} // namespace
+
 double Layer::WeightAt(double seconds) const
 {
     if (base)
@@ -20,6 +44,18 @@ Components LayeredValue::Of(const LayerPart& part, double seconds) const
     return value;
 }
 
+double LayeredValue::Blend(const Layer& layer, double below, double own, double weight) const
+{
+    if (layer.base || layer.mode == Layer::Mode::Covers)
+        return own;
+    const bool adds = layer.mode == Layer::Mode::Adds && blending_ != Blending::Steps;
+    if (blending_ == Blending::Scale && !layer.scales_add)
+        return (adds ? below : Power(below, 1.0 - weight)) * Power(own, weight);
+    if (adds)
+        return below + own * weight;
+    return weight == 1.0 ? own : below + (own - below) * weight;
+}
+
 Components LayeredValue::At(double seconds) const
 {
     Components value = rest_;
@@ -27,16 +63,8 @@ Components LayeredValue::At(double seconds) const
     {
         const Components own = Of(part, seconds);
         const double weight = part.layer->WeightAt(seconds);
-        const bool adds = part.layer->additive && !part.layer->base && blending_ != Blending::Steps;
         for (std::size_t i = 0; i < value.size(); ++i)
-        {
-            if (!adds)
-                value[i] = weight == 1.0 ? own[i] : value[i] + (own[i] - value[i]) * weight;
-            else if (blending_ == Blending::Scale && !part.layer->scales_add)
-                value[i] *= 1.0 + (own[i] - 1.0) * weight;
-            else
-                value[i] += own[i] * weight;
-        }
+            value[i] = Blend(*part.layer, value[i], own[i], weight);
     }
     return value;
 }
@@ -56,26 +84,37 @@ bool LayeredValue::IsConstant() const
 bool LayeredValue::ComposesTurns() const
 {
     return std::any_of(parts_.begin(), parts_.end(),
-                       [](const LayerPart& part) { return !part.layer->base && !part.layer->turns_by_axis; });
+                       [](const LayerPart& part) { return part.layer->ComposesTurns(); });
 }
 
 Matrix3 LayeredValue::TurnAt(double seconds, int order) const
 {
     if (!ComposesTurns())
         return EulerTurn(First3(At(seconds)), order);
-    Matrix3 turn = EulerTurn(First3(rest_), order);
+    Vector angles = First3(rest_);
+    Matrix3 turn;
+    bool as_turn = false; // what is known so far is `turn`, else `angles`
     for (const LayerPart& part : parts_)
     {
+        const Layer& layer = *part.layer;
         const Vector own = First3(Of(part, seconds));
-        const double weight = part.layer->WeightAt(seconds);
-        if (part.layer->base)
-            turn = EulerTurn(own, order);
-        else if (part.layer->additive)
-            turn = turn * EulerTurn(own * weight, order);
-        else
-            turn = TurnBetween(turn, EulerTurn(own, order), weight);
+        const double weight = layer.WeightAt(seconds);
+        if (layer.ComposesTurns())
+        {
+            const Matrix3 below = as_turn ? turn : EulerTurn(angles, order);
+            const Matrix3 own_turn = EulerTurn(own, order);
+            turn = layer.mode == Layer::Mode::Adds ? below * TurnBetween({}, own_turn, weight)
+                                                   : TurnBetween(below, own_turn, weight);
+            as_turn = true;
+            continue;
+        }
+        if (as_turn)
+            angles = EulerAngles(turn, order);
+        for (std::size_t i = 0; i < angles.size(); ++i)
+            angles[i] = Blend(layer, angles[i], own[i], weight);
+        as_turn = false;
     }
-    return turn;
+    return as_turn ? turn : EulerTurn(angles, order);
 }
 
 } // namespace mobu_host::fbx

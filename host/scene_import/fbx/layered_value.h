@@ -22,7 +22,13 @@ using CurvePointer = std::shared_ptr<const Curve>;
 // An animation layer over others; the muted ones of a file are left out.
 struct Layer
 {
-    bool additive = true;       // else it overrides
+    enum class Mode
+    {
+        Adds,
+        Covers, // whatever its weight
+        Mixes   // covers by its weight
+    };
+    Mode mode = Mode::Adds;
     bool base = false;          // the lowest: stands as it is
     bool turns_by_axis = false; // adds angles instead of turns
     bool scales_add = false;    // instead of multiplying
@@ -30,6 +36,8 @@ struct Layer
     CurvePointer weight_curve;  // in percent, in place of `weight`; may be null
 
     double WeightAt(double seconds) const;
+    // Whether a rotation goes onto the ones below as a turn.
+    bool ComposesTurns() const { return !base && !turns_by_axis && mode != Mode::Covers; }
 };
 
 // What a layer says of one property.
@@ -65,6 +73,7 @@ public:
 
 private:
     Components Of(const LayerPart& part, double seconds) const;
+    double Blend(const Layer& layer, double below, double own, double weight) const; // of one component
 
     Components rest_;
     Blending blending_;

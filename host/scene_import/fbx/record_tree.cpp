@@ -7,13 +7,24 @@
 #include <charconv>
 #include <cmath>
 #include <limits>
+#include <type_traits>
 
 namespace mobu_host::fbx
 {
 namespace
 {
 
-// "+1" is written by some; "1.#INF", "nan" and their like are not numbers here.
+// What is too large or too small for `double`.
+double OutOfRange(std::string_view text)
+{
+    const std::size_t exponent = text.find_first_of("eE");
+    const bool small = exponent == std::string_view::npos ? text.find_first_of("123456789") > text.find('.')
+                                                          : text.substr(exponent + 1).starts_with('-');
+    const double number = small ? 0.0 : std::numeric_limits<double>::infinity();
+    return text.starts_with('-') ? -number : number;
+}
+
+// "+1" is written by some, "1.#INF" and "-1.#IND" by others.
 template <class Number>
 std::optional<Number> Parse(std::string_view text)
 {
@@ -21,6 +32,13 @@ std::optional<Number> Parse(std::string_view text)
         text.remove_prefix(1);
     Number number{};
     const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
+    if constexpr (std::is_floating_point_v<Number>)
+    {
+        if (text.find('#') != std::string_view::npos)
+            return std::numeric_limits<Number>::quiet_NaN();
+        if (error == std::errc::result_out_of_range)
+            return OutOfRange(text);
+    }
     if (error != std::errc() || end != text.data() + text.size())
         return std::nullopt;
     return number;
@@ -90,6 +108,8 @@ std::optional<double> Value::Number() const
         return LittleEndian<double>(bytes_);
     case 'N':
         return Parse<double>(bytes_);
+    case 'W': // "nan", "inf"
+        return bytes_.size() > 1 ? Parse<double>(bytes_) : std::nullopt;
     default:
         return ScalarOf<double>(code_, bytes_);
     }
@@ -97,11 +117,8 @@ std::optional<double> Value::Number() const
 
 std::optional<std::int64_t> Value::Whole() const
 {
-    if (code_ == 'N')
-    {
-        if (const auto whole = Parse<std::int64_t>(bytes_))
-            return whole;
-    }
+    if (const auto whole = WholeNumber())
+        return whole;
     if (code_ == 'F' || code_ == 'D' || code_ == 'N')
     {
         constexpr double kLimit = 9.2e18;
@@ -111,6 +128,11 @@ std::optional<std::int64_t> Value::Whole() const
         return static_cast<std::int64_t>(*number);
     }
     return ScalarOf<std::int64_t>(code_, bytes_);
+}
+
+std::optional<std::int64_t> Value::WholeNumber() const
+{
+    return code_ == 'N' ? Parse<std::int64_t>(bytes_) : std::nullopt;
 }
 
 std::optional<std::string_view> Value::Text() const
@@ -257,14 +279,17 @@ RecordTree::RecordTree(std::string_view file) : file_(file), frames_(1)
     if (file.size() > std::numeric_limits<std::uint32_t>::max())
         throw ParseError("FBX files of 4 GiB and more are not read");
     is_text_ = !file.starts_with(kBinaryMagic);
-    if (!is_text_)
-    {
-        version_ = ReadBinaryFrames(file, frames_);
-        return;
-    }
-    const unsigned stated = ReadTextFrames(file, frames_);
+    version_ = is_text_ ? ReadTextFrames(file, frames_) : ReadBinaryFrames(file, frames_);
+    if (is_text_)
+        ReadVersion();
+    ReadTicks();
+}
+
+// The version of a text file, which its first line states as well.
+void RecordTree::ReadVersion()
+{
     const Record header = Root().Child("FBXHeaderExtension").Child("FBXVersion");
-    const double number = header.NumberAt(0, stated);
+    const double number = header.NumberAt(0, version_);
     version_ = number > 0.0 && number < 1e6 ? static_cast<unsigned>(number) : 0;
     if (!Root().FirstChild())
         throw ParseError("it holds no record");
@@ -272,6 +297,18 @@ RecordTree::RecordTree(std::string_view file) : file_(file), frames_(1)
         throw ParseError(version_ == 0 ? "it states no FBX version"
                                        : "FBX version " + std::to_string(version_) +
                                              " is not read (6000 to 7999, which is 6.0 to 7.x, are)");
+}
+
+void RecordTree::ReadTicks()
+{
+    constexpr std::int64_t kFirstHeaderWithDefinition = 1004;
+    constexpr std::int64_t kUsualDefinition = 127;
+    constexpr double kOtherTicksPerSecond = 141120000.0;
+    const Record header = Root().Child("FBXHeaderExtension");
+    const auto version = header.Child("FBXHeaderVersion").ValueAt(0).Whole();
+    const auto definition = header.Child("OtherFlags").Child("TCDefinition").ValueAt(0).Whole();
+    if (version && *version >= kFirstHeaderWithDefinition && definition && *definition != kUsualDefinition)
+        ticks_per_second_ = kOtherTicksPerSecond;
 }
 
 std::string PlainText(std::string_view text, const RecordTree& tree)

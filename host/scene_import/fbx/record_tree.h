@@ -21,6 +21,8 @@
 namespace mobu_host::fbx
 {
 
+inline constexpr double kTicksPerSecond = 46186158000.0; // of most files, and of the host
+
 // One value of a record. A value of another sort than asked for is none: a damaged property counts as missing.
 class Value
 {
@@ -37,9 +39,11 @@ public:
     std::string_view Bytes() const { return bytes_; }
 
     bool IsArray() const;
-    std::optional<double> Number() const;         // also of whole numbers; not finite where the file says so
-    std::optional<std::int64_t> Whole() const;    // numbers are cut toward zero; none out of range
-    std::optional<std::string_view> Text() const; // of a text or a word, as it stands in the file
+    std::optional<double>
+    Number() const; // also of whole numbers; not finite where the file says so or overflows
+    std::optional<std::int64_t> Whole() const;       // numbers are cut toward zero; none out of range
+    std::optional<std::int64_t> WholeNumber() const; // of a text file, written without point and exponent
+    std::optional<std::string_view> Text() const;    // of a text or a word, as it stands in the file
     char Letter() const; // a bare word of one letter, in binary files a byte; 0 where it is none
 
 private:
@@ -163,15 +167,20 @@ public:
 
     bool IsText() const { return is_text_; }
     unsigned Version() const { return version_; } // 6000 to 7999
+    double TicksPerSecond() const { return ticks_per_second_; }
     std::string_view File() const { return file_; }
     Record Root() const { return {this, 0}; }
     const RecordFrame& Frame(std::uint32_t index) const { return frames_[index]; }
     std::size_t Size() const { return frames_.size(); } // records, the root counted
 
 private:
+    void ReadVersion();
+    void ReadTicks();
+
     std::string_view file_;
     bool is_text_ = false;
     unsigned version_ = 0;
+    double ticks_per_second_ = kTicksPerSecond;
     std::vector<RecordFrame> frames_;
 };
 

@@ -27,7 +27,7 @@ struct RigNode
     std::uint32_t parent = kNoNode; // comes before its children
     ScaleInheritance inheritance = ScaleInheritance::AfterTurn;
     int rotation_order = 0;
-    bool rotation_active = false;                      // else order, pre- and post-rotation do not count
+    bool rotation_active = false; // else order, pre- and post-rotation do not count, or only limit
     Vector translation{}, rotation{}, scaling = kOnes; // at rest
     Vector pre_rotation{}, post_rotation{};
     Vector rotation_offset{}, rotation_pivot{}, scaling_offset{}, scaling_pivot{};

@@ -1,6 +1,7 @@
 #include "host/scene_import/fbx/scene_models.h"
 
 #include "host/scene_import/parse_error.h"
+#include "host/scene_import/scene_description.h"
 #include "host/scene_import/unique_names.h"
 
 #include <algorithm>
@@ -11,7 +12,6 @@ namespace mobu_host::fbx
 namespace
 {
 
-constexpr std::size_t kDeepestModel = 2000;
 constexpr std::string_view kSystemCameraPrefix = "Producer ";
 
 constexpr BuiltIn kBuiltIns[] = {
@@ -235,7 +235,8 @@ private:
                            : inherit == 2 ? ScaleInheritance::NotParents
                                           : ScaleInheritance::AfterTurn;
         node.rotation_order = view.Choice("RotationOrder", 0);
-        node.rotation_active = view.Truth("RotationActive", false);
+        node.rotation_active =
+            view.Truth("RotationActive", false) && !view.Truth("RotationSpaceForLimitOnly", false);
         node.translation = view.Vector("Lcl Translation", {});
         node.rotation = view.Vector("Lcl Rotation", {});
         node.scaling = view.Vector("Lcl Scaling", kOnes);

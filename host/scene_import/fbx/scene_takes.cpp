@@ -3,6 +3,7 @@
 #include "host/scene_import/fbx/curve_reader.h"
 #include "host/scene_import/fbx/take_motion.h"
 #include "host/scene_import/parse_error.h"
+#include "host/scene_import/scene_description.h"
 #include "host/scene_import/unique_names.h"
 
 #include <algorithm>
@@ -21,11 +22,13 @@ struct Span
     std::int64_t stop = 0;
 };
 
-void CheckSpan(const Span& span, std::size_t offset)
+// Ticks of the host for ticks of the file.
+std::int64_t HostTicks(std::int64_t ticks, const Record& take)
 {
-    for (const std::int64_t ticks : {span.start, span.stop})
-        if (!(std::abs(static_cast<double>(ticks) / kTicksPerSecond) <= kLongestTime))
-            throw ParseError(offset, "a take lies out of all time");
+    const double seconds = static_cast<double>(ticks) / take.Tree().TicksPerSecond();
+    if (!(std::abs(seconds) <= kLongestTime))
+        throw ParseError(take.Offset(), "a take lies out of all time");
+    return take.Tree().TicksPerSecond() == kTicksPerSecond ? ticks : std::llround(seconds * kTicksPerSecond);
 }
 
 // Of the record of that name below Takes; those of 7.x repeat there what the stacks say.
@@ -37,7 +40,7 @@ std::optional<Span> SpanOf(const Record& take)
         const auto start = time.ValueAt(0).Whole();
         const auto stop = time.ValueAt(1).Whole();
         if (start && stop)
-            return Span{*start, *stop};
+            return Span{HostTicks(*start, take), HostTicks(*stop, take)};
     }
     return std::nullopt;
 }
@@ -104,9 +107,8 @@ public:
     }
 
 private:
-    void AddTake(std::string_view name, const Span& span, std::size_t offset)
+    void AddTake(std::string_view name, const Span& span)
     {
-        CheckSpan(span, offset);
         TakeData take;
         take.name = TakeName(PlainText(name, document_.Tree()), notes_);
         take.start = span.start;
@@ -154,7 +156,8 @@ private:
         const auto time = [&](const char* name) -> std::optional<std::int64_t>
         {
             const PropertyRow* const row = rows.Find(name);
-            return row ? row->ValueAt(0).Whole() : std::nullopt;
+            const auto ticks = row ? row->ValueAt(0).Whole() : std::nullopt;
+            return ticks ? std::optional(HostTicks(*ticks, stack.record)) : std::nullopt;
         };
         std::optional<Span> span;
         const auto start = time("LocalStart");
@@ -163,7 +166,7 @@ private:
             span = Span{start.value_or(0), stop.value_or(0)};
         else
             span = SpanOf(TakeRecord(stack.name));
-        AddTake(stack.name, span ? *span : keys.Get(), stack.record.Offset());
+        AddTake(stack.name, span ? *span : keys.Get());
         motion_.Finish(scene_.takes.size() - 1);
     }
 
@@ -181,7 +184,10 @@ private:
         FoundLayer found{index, std::make_shared<Layer>(), view.Truth("Mute", false),
                          view.Truth("Solo", false)};
         found.layer->base = base;
-        found.layer->additive = view.Choice("BlendMode", 0) == 0;
+        const int mode = view.Choice("BlendMode", 0);
+        found.layer->mode = mode == 1   ? Layer::Mode::Covers
+                            : mode == 2 ? Layer::Mode::Mixes
+                                        : Layer::Mode::Adds;
         found.layer->turns_by_axis = view.Choice("RotationAccumulationMode", 0) == 1;
         found.layer->scales_add = view.Choice("ScaleAccumulationMode", 0) == 1;
         found.layer->weight = std::clamp(view.Number("Weight", 100.0) / 100.0, 0.0, 1.0);
@@ -303,7 +309,7 @@ private:
                 if (const ObjectIndex object = model.Name() == "Model" ? document_.Named(model.TextAt(0)) : 0)
                     ReadChannels(model, object, layer, keys);
             const auto span = SpanOf(take);
-            AddTake(take.TextAt(0), span ? *span : keys.Get(), take.Offset());
+            AddTake(take.TextAt(0), span ? *span : keys.Get());
             motion_.Finish(scene_.takes.size() - 1);
         }
     }

@@ -7,6 +7,7 @@
 
 #include <bit>
 #include <cmath>
+#include <cstdio>
 
 namespace
 {
@@ -79,6 +80,20 @@ TEST(CurveTest, AutomaticSlopes)
     const Curve biased =
         Read({{0.0, 0.0F, kAuto, 0.0F, -50.0F}, {1.0, 10.0F, kAuto, 50.0F, 0.0F}, {2.0, 12.0F, kAuto}});
     EXPECT_NEAR(biased.At(0.5), 5.0 + (10.0 - 4.0) / 8.0, 1e-6);
+    // Time independent: from neighbour to neighbour, (12 - 0) / 3 s.
+    const Curve uneven = Read({{0.0, 0.0F, kAuto | 0x2000}, {1.0, 10.0F, kAuto | 0x2000}, {3.0, 12.0F}});
+    EXPECT_NEAR(uneven.At(0.5), 5.0 + (10.0 - 4.0) / 8.0, 1e-6);
+    // The bias of one side counts for both, but where the tangent is broken.
+    for (const bool broken : {false, true})
+    {
+        const Curve sided = Read({{0.0, 0.0F, kAuto},
+                                  {1.0, 10.0F, broken ? kAuto | 0x800 : kAuto, 50.0F, 0.0F},
+                                  {2.0, 12.0F, kAuto}});
+        EXPECT_NEAR(sided.At(0.5), 5.0 + (10.0 - (broken ? 6.0 : 4.0)) / 8.0, 1e-6);
+    }
+    // A bias of -700: 7 times beyond the slope before, and 40 x 2 x 2 less.
+    const Curve extreme = Read({{0.0, 0.0F, kAuto}, {1.0, 10.0F, kAuto, -700.0F, 0.0F}, {2.0, 12.0F, kAuto}});
+    EXPECT_NEAR(extreme.At(1.5), 11.0 + (6.0 + 7.0 * 4.0 - 160.0 - 2.0) / 8.0, 1e-6);
     // Clamped: flat beside an equal value.
     const Curve clamped =
         Read({{0.0, 0.0F, kAutoClamped}, {1.0, 10.0F, kAutoClamped}, {2.0, 10.0F, kAutoClamped}});
@@ -109,15 +124,20 @@ TEST(CurveTest, TensionContinuityBias)
     EXPECT_NEAR(middle(1, 0, 0, 1.5), 11.0 + (0.0 - left) / 8.0, 1e-6);
     EXPECT_NEAR(middle(0, 0, 1, 1.5), 11.0 + (10.0 - left) / 8.0, 1e-6);
     EXPECT_NEAR(middle(0, 1, 0, 1.5), 11.0 + (10.0 - left) / 8.0, 1e-6);
+    // At the ends the only slope counts whole: (1 - T)(1 - B)(1 - C) of 10 at the first, (1 - T)(1 + B)(1 - C) at the last.
+    const Curve ends =
+        Read({{0.0, 0.0F, kTcb}, {1.0, 10.0F, kTcb}}, {0.5F, 0.2F, 0.4F, 0.0F, -0.5F, 0.5F, 0.2F, 0.0F});
+    EXPECT_NEAR(ends.At(0.5), 5.0 + 10.0 * (0.5 * 0.6 * 0.8 - 1.5 * 1.2 * 0.5) / 8.0, 1e-5);
 }
+
+constexpr std::uint32_t kWeights = 6000U | 2000U << 16;
 
 // Weights of 0.6 and 0.2: the curve runs through the points of its Bezier form.
 TEST(CurveTest, WeightedTangents)
 {
     const std::int32_t weighted = kUser | 0x03000000;
-    const auto bits = static_cast<std::uint32_t>(6000) | static_cast<std::uint32_t>(2000) << 16;
     const Curve curve = Read({{0.0, 0.0F, weighted}, {1.0, 1.0F, kUser}},
-                             {0.5F, 2.0F, std::bit_cast<float>(bits), 0.0F, 0.0F, 0.0F, 0.0F, 0.0F});
+                             {0.5F, 2.0F, std::bit_cast<float>(kWeights), 0.0F, 0.0F, 0.0F, 0.0F, 0.0F});
     for (const double s : {0.05, 0.3, 0.5, 0.8, 0.95})
     {
         const double t = 1.0 - s;
@@ -127,25 +147,35 @@ TEST(CurveTest, WeightedTangents)
     }
 }
 
-// In text files the weights are one whole number: here 0.6 and 0.2 again.
-TEST(CurveTest, WeightsInTextFiles)
+// Slopes of 0.5 and 2 and the same weights, in the forms of text files: from 7.2 on the floats' bits, before that decimals
+// in which the packed weights are whatever float their bits make. Decimals from 7.2 on are other programs'.
+TEST(CurveTest, TangentsInTextFiles)
 {
-    const auto in_text = [](const std::string& weights)
+    char decimal[32];
+    std::snprintf(decimal, sizeof decimal, "%.9g", static_cast<double>(std::bit_cast<float>(kWeights)));
+    const std::string bits = std::to_string(kWeights);
+    const struct
     {
-        const std::string file =
-            "; FBX 7.4.0\nCurve: {\nKeyTime: *2 {\na: 0,46186158000\n}\nKeyValueFloat: *2 {\n"
-            "a: 0,1\n}\n;KeyAttrFlags: Cubic\nKeyAttrFlags: *1 {\na: 50332680\n}\n"
-            "KeyAttrDataFloat: *4 {\na: 0.5,2," +
-            weights +
-            ",0\n}\n"
-            "KeyAttrRefCount: *1 {\na: 2\n}\n}\n";
-        const RecordTree tree(file);
-        return CurveReader().ReadArrays(tree.Root().Child("Curve"));
-    };
+        const char* version;
+        std::string data;
+    } cases[] = {{"7.4.0", "1056964608,1073741824," + bits + ",0"},
+                 {"7.2.0", "1056964608,1073741824," + bits + ",0"},
+                 {"7.4.0", "0.5,2.0," + bits + ",0"},
+                 {"7.1.0", std::string("0.5,2,") + decimal + ",0"}};
     const double t = 0.7, s = 0.3;
     const double time = 3 * t * t * s * 0.6 + 3 * t * s * s * 0.8 + s * s * s;
     const double value = 3 * t * t * s * 0.5 * 0.6 + 3 * t * s * s * (1.0 - 2.0 * 0.2) + s * s * s;
-    EXPECT_NEAR(in_text(std::to_string(6000U | 2000U << 16)).At(time), value, 1e-6);
+    for (const auto& item : cases)
+    {
+        const std::string file = std::string("; FBX ") + item.version +
+                                 "\nCurve: {\nKeyTime: *2 {\na: 0,46186158000\n}\nKeyValueFloat: *2 {\n"
+                                 "a: 0,1\n}\n;KeyAttrFlags: Cubic\nKeyAttrFlags: *1 {\na: 50332680\n}\n"
+                                 "KeyAttrDataFloat: *4 {\na: " +
+                                 item.data + "\n}\nKeyAttrRefCount: *1 {\na: 2\n}\n}\n";
+        const RecordTree tree(file);
+        const Curve curve = CurveReader().ReadArrays(tree.Root().Child("Curve"));
+        EXPECT_NEAR(curve.At(time), value, 1e-6) << item.version << ' ' << item.data;
+    }
 }
 
 TEST(CurveTest, KeyListsOfVersion6)
@@ -188,39 +218,42 @@ LayerPart Part(const std::shared_ptr<Layer>& layer, double value)
     return part;
 }
 
-std::shared_ptr<Layer> MakeLayer(bool base, bool additive, double weight)
+std::shared_ptr<Layer> MakeLayer(bool base, Layer::Mode mode, double weight)
 {
     auto layer = std::make_shared<Layer>();
     layer->base = base;
-    layer->additive = additive;
+    layer->mode = mode;
     layer->weight = weight;
     return layer;
 }
 
 TEST(LayeredValueTest, LayersAddAndOverrideByWeight)
 {
+    using Mode = Layer::Mode;
     const struct
     {
         Blending blending;
-        bool additive;
+        Mode mode;
         double weight, upper, expected;
     } cases[] = {
-        {Blending::Numbers, true, 0.5, 10.0, 7.0},   {Blending::Numbers, false, 0.5, 10.0, 6.0},
-        {Blending::Numbers, false, 1.0, 10.0, 10.0}, {Blending::Scale, true, 1.0, 3.0, 6.0},
-        {Blending::Scale, true, 0.5, 3.0, 4.0},      {Blending::Steps, true, 1.0, 1.0, 1.0},
+        {Blending::Numbers, Mode::Adds, 0.5, 10.0, 7.0},    {Blending::Numbers, Mode::Mixes, 0.5, 10.0, 6.0},
+        {Blending::Numbers, Mode::Covers, 0.5, 10.0, 10.0}, {Blending::Numbers, Mode::Mixes, 1.0, 10.0, 10.0},
+        {Blending::Scale, Mode::Adds, 1.0, 3.0, 6.0},       {Blending::Scale, Mode::Adds, 0.5, 9.0, 6.0},
+        {Blending::Scale, Mode::Adds, 0.25, -16.0, -4.0},   {Blending::Scale, Mode::Adds, 0.0, 5.0, 2.0},
+        {Blending::Scale, Mode::Mixes, 0.5, 8.0, 4.0},      {Blending::Steps, Mode::Adds, 1.0, 1.0, 1.0},
     };
     for (const auto& blend : cases)
     {
         LayeredValue value({1.0, 1.0, 1.0, 1.0}, blend.blending);
-        value.Add(Part(MakeLayer(true, true, 1.0), 2.0));
-        value.Add(Part(MakeLayer(false, blend.additive, blend.weight), blend.upper));
+        value.Add(Part(MakeLayer(true, Mode::Adds, 1.0), 2.0));
+        value.Add(Part(MakeLayer(false, blend.mode, blend.weight), blend.upper));
         EXPECT_NEAR(value.At(0.0)[0], blend.expected, 1e-12);
     }
 }
 
 TEST(LayeredValueTest, WeightsMoveToo)
 {
-    const auto upper = MakeLayer(false, true, 1.0);
+    const auto upper = MakeLayer(false, Layer::Mode::Adds, 1.0);
     upper->weight_curve = std::make_shared<const Curve>(Read({{0.0, 0.0F}, {1.0, 100.0F}}));
     LayeredValue value({}, Blending::Numbers);
     value.Add(Part(upper, 8.0));
@@ -230,8 +263,8 @@ TEST(LayeredValueTest, WeightsMoveToo)
 // Turns about different axes: by turns the upper one acts in the lower one's frame, by angles they are summed.
 TEST(LayeredValueTest, TurnsComposeOrAnglesAdd)
 {
-    const auto base = MakeLayer(true, true, 1.0);
-    const auto upper = MakeLayer(false, true, 1.0);
+    const auto base = MakeLayer(true, Layer::Mode::Adds, 1.0);
+    const auto upper = MakeLayer(false, Layer::Mode::Adds, 1.0);
     LayerPart lower_part = Part(base, 0.0), upper_part = Part(upper, 0.0);
     lower_part.constants[2] = 90.0; // about Z
     upper_part.constants[0] = 90.0; // about X
@@ -247,6 +280,38 @@ TEST(LayeredValueTest, TurnsComposeOrAnglesAdd)
     upper->turns_by_axis = true;
     EXPECT_FALSE(value.ComposesTurns());
     EXPECT_TRUE(value.TurnAt(0.0, 0) == EulerTurn({90, 0, 90}, 0));
+}
+
+// A layer that adds angles above one that adds turns: the angles of the turn and its own. The turn by half the weight is
+// half the turn.
+TEST(LayeredValueTest, AnglesAddAboveATurn)
+{
+    const auto turning = MakeLayer(false, Layer::Mode::Adds, 0.5);
+    const auto adding = MakeLayer(false, Layer::Mode::Adds, 1.0);
+    adding->turns_by_axis = true;
+    for (int order = 0; order < 6; ++order)
+    {
+        LayeredValue value({10.0, 20.0, 30.0, 0.0}, Blending::Turn);
+        LayerPart turn = Part(turning, 0.0), angles = Part(adding, 0.0);
+        turn.constants[2] = 90.0;
+        angles.constants = {1.0, 2.0, 3.0, 0.0};
+        value.Add(turn);
+        const Matrix3 below = value.TurnAt(0.0, order);
+        const Matrix3 half = EulerTurn({10, 20, 30}, order) * EulerTurn({0, 0, 45}, order);
+        value.Add(angles);
+        const Matrix3 have = value.TurnAt(0.0, order);
+        const Matrix3 want = EulerTurn(EulerAngles(half, order) + mobu_host::Vector{1, 2, 3}, order);
+        for (int row = 0; row < 3; ++row)
+        {
+            for (int column = 0; column < 3; ++column)
+            {
+                EXPECT_NEAR(below.at[row][column], half.at[row][column], 1e-12) << order;
+                EXPECT_NEAR(have.at[row][column], want.at[row][column], 1e-12) << order;
+                EXPECT_NEAR(EulerTurn(EulerAngles(half, order), order).at[row][column], half.at[row][column],
+                            1e-12);
+            }
+        }
+    }
 }
 
 TEST(SpaceTest, PartOfATurn)
