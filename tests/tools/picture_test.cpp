@@ -83,6 +83,10 @@ TEST(Picture, SaysWhyThereIsNone)
     WriteBytes(sound, SoundImage());
     WriteBytes(disguised, SoundImage());
     SaveScene(TEV2(), empty);
+    const std::string root = folder.Path("root.tv2");
+    TEV2 root_alone;
+    AddNode(root_alone, u"Scene", -1, {}, {});
+    SaveScene(root_alone, root);
     WriteBytes(garbage, {1, 2, 3, 4});
     const struct
     {
@@ -91,7 +95,8 @@ TEST(Picture, SaysWhyThereIsNone)
         int exit_code;
         std::string message;
     } cases[] = {
-        {empty, folder.Path("a.svg"), 1, "no nodes"},
+        {empty, folder.Path("a.svg"), 1, "nothing to draw: no nodes"},
+        {root, folder.Path("a.svg"), 1, "nothing to draw: no nodes below the root"},
         {garbage, folder.Path("a.svg"), 1,
          "tv2 picture: " + garbage + ": not a sound .tv2 file: bad-magic at byte 0"},
         {folder.Path("missing.tv2"), folder.Path("a.svg"), 2, "missing.tv2"},
@@ -149,6 +154,106 @@ TEST(Picture, OneInstantIsOneFigureHoweverFarAway)
                   (nlohmann::json{{"file", file}, {"output", folder.Path("a.svg")}, {"figures", 1}}));
         const std::string svg = Drawing(folder.Path("a.svg"));
         EXPECT_EQ(svg.find("<line") != std::string::npos, height == 1.0F) << height;
+    }
+}
+
+std::vector<std::vector<double>> Matches(const std::string& svg, const std::string& pattern)
+{
+    std::vector<std::vector<double>> all;
+    const std::regex regex(pattern);
+    for (auto match = std::sregex_iterator(svg.begin(), svg.end(), regex); match != std::sregex_iterator();
+         ++match)
+    {
+        std::vector<double>& numbers = all.emplace_back();
+        for (std::size_t i = 1; i < match->size(); ++i)
+            numbers.push_back(std::stod(match->str(i)));
+    }
+    return all;
+}
+
+TEST(Picture, ShowsPropsAndCamerasAndWhatTheySee)
+{
+    const ScratchFolder folder;
+    TEV2 scene;
+    scene.environment.timeRange.maximum = 1.0F;
+    AddNode(scene, u"Scene", -1, {}, {});
+    AddNode(scene, u"Prop", 0, {1.0F, 0.0F, 2.0F}, {1.0F, 0.0F, 2.0F});
+    AddNode(scene, u"Camera", 0, {}, {});
+    auto camera = std::make_unique<TEV2_CAMERA>();
+    camera->value = 2;
+    camera->inverseAspect = 0.5F;
+    camera->fieldOfView = MakeTrack<TEV2_ANIMATABLE_FLOAT32_LINEAR>({{0.0F, 1.5707964F}}); // a right angle
+    scene.cameras.push_back(std::move(camera));
+    SaveScene(scene, folder.Path("a.tv2"));
+    const auto run = RunTv2({"picture", "--json", folder.Path("a.tv2"), folder.Path("a.svg")});
+    ASSERT_EQ(run.exit_code, 0) << run.err;
+    EXPECT_EQ(run.Json()["figures"], 1) << "nothing moves";
+
+    const std::string svg = Drawing(folder.Path("a.svg"));
+    const std::string point = "(-?[0-9.]+),(-?[0-9.]+)";
+    const auto props = Matches(svg, "class=\"prop\" cx=\"([0-9.]+)\" cy=\"([0-9.]+)\"");
+    const auto axes = Matches(svg, "class=\"axis\"[^/]* d=\"M" + point + "L" + point);
+    const auto cameras =
+        Matches(svg, "class=\"camera\"[^/]* d=\"M" + point + "L" + point + "M" + point + "L" + point);
+    ASSERT_EQ(props.size(), 1U);
+    ASSERT_EQ(axes.size(), 3U);
+    ASSERT_EQ(cameras.size(), 1U);
+    const auto& lens = cameras[0];
+    // The prop is one metre to the right of the camera and two above it: as high as the drawing.
+    EXPECT_NEAR(lens[1] - props[0][1], 520.0, 0.2);
+    EXPECT_NEAR(props[0][0] - lens[0], 260.0, 0.2);
+    // From the front X goes to the right, Y to the reader and Z up.
+    EXPECT_GT(axes[0][2], axes[0][0]);
+    EXPECT_EQ(axes[1][2], axes[1][0]);
+    EXPECT_LT(axes[2][3], axes[2][1]);
+    // The camera looks up along its Z axis, with half a right angle to each side.
+    EXPECT_LT(lens[3], lens[1]);
+    EXPECT_NEAR(lens[0] - lens[2], lens[1] - lens[3], 0.2);
+    EXPECT_NEAR(lens[6] - lens[0], lens[1] - lens[7], 0.2);
+}
+
+TEST(Picture, LeavesOutWhatIsFarFromTheSkeleton)
+{
+    const ScratchFolder folder;
+    for (const float distance : {2.0F, 30.0F})
+    {
+        TEV2 scene;
+        scene.environment.timeRange.maximum = 1.0F;
+        AddNode(scene, u"Scene", -1, {}, {});
+        AddNode(scene, u"Hips", 0, {}, {});
+        AddNode(scene, u"Head", 1, {0.0F, 0.0F, 2.0F}, {0.0F, 0.0F, 2.0F});
+        AddNode(scene, u"Lamp", 0, {0.0F, 0.0F, 1.0F + distance}, {0.0F, 0.0F, 1.0F + distance});
+        SaveScene(scene, folder.Path("a.tv2"));
+        const CommandResult run = RunTv2({"picture", folder.Path("a.tv2"), folder.Path("a.svg")});
+        EXPECT_EQ(run.exit_code, 0) << run.err;
+        const bool far = distance > 3.0F;
+        EXPECT_EQ(run.out.find("note: 1 camera or prop is too far") != std::string::npos, far) << run.out;
+        EXPECT_EQ(Drawing(folder.Path("a.svg")).find("class=\"prop\"") == std::string::npos, far);
+    }
+}
+
+TEST(Picture, LabelsOfLinesDoNotTouchWhateverTheSize)
+{
+    const ScratchFolder folder;
+    for (const float size : {0.003F, 0.7F, 30.0F, 4000.0F})
+    {
+        TEV2 scene;
+        scene.environment.timeRange.maximum = 1.0F;
+        AddNode(scene, u"Scene", -1, {}, {});
+        AddNode(scene, u"Hips", 0, {}, {size, 0.0F, 0.0F});
+        AddNode(scene, u"Head", 1, {0.0F, 0.0F, size}, {0.0F, 0.0F, size});
+        SaveScene(scene, folder.Path("a.tv2"));
+        ASSERT_EQ(RunTv2({"picture", "--figures", "2", folder.Path("a.tv2"), folder.Path("a.svg")}).exit_code,
+                  0);
+        const auto labels =
+            Matches(Drawing(folder.Path("a.svg")), "<text x=\"3\" y=\"([0-9.]+)\"[^>]*>(-?[0-9.]+) m<");
+        ASSERT_GE(labels.size(), 3U) << size;
+        EXPECT_LE(labels.size(), 10U) << size;
+        for (std::size_t i = 1; i < labels.size(); ++i)
+        {
+            EXPECT_GT(labels[i - 1][0] - labels[i][0], 20.0) << size;
+            EXPECT_GT(labels[i][1], labels[i - 1][1]) << "labels are told apart";
+        }
     }
 }
 

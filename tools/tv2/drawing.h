@@ -1,0 +1,17 @@
+#pragma once
+
+#include "tools/tv2/figures.h"
+
+#include <cstddef>
+#include <string>
+#include <vector>
+
+struct Drawing
+{
+    std::string svg;
+    std::size_t left_out = 0; ///< cameras and props that are too far from the skeletons to be in the picture
+};
+
+/// Figures in cells side by side, all in one scale, over lines that are labelled in metres. Cameras and props have one
+/// size on paper whatever the scale.
+Drawing DrawFigures(const std::vector<Figure>& figures);

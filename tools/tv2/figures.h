@@ -1,0 +1,72 @@
+#pragma once
+
+#include "tev2_loader/tev2.h"
+
+#include <array>
+#include <cstddef>
+#include <limits>
+#include <string>
+#include <utility>
+#include <vector>
+
+// What a file shows at one instant, on paper: x to the right, y up, both in metres.
+
+struct PaperPoint
+{
+    double x = 0.0;
+    double y = 0.0;
+
+    bool operator==(const PaperPoint&) const = default;
+};
+
+struct PaperBox
+{
+    PaperPoint least{std::numeric_limits<double>::infinity(), std::numeric_limits<double>::infinity()};
+    PaperPoint most{-std::numeric_limits<double>::infinity(), -std::numeric_limits<double>::infinity()};
+
+    void Add(const PaperPoint& point);
+    bool Empty() const { return !(least.x <= most.x); }
+    double Width() const { return most.x - least.x; }
+    double Height() const { return most.y - least.y; }
+};
+
+/// A node that is no part of a skeleton: where it is, and its three axes, which are at most 1 long on paper.
+struct PaperProp
+{
+    std::size_t node = 0;
+    PaperPoint origin;
+    std::array<PaperPoint, 3> axes;
+
+    bool operator==(const PaperProp&) const = default;
+};
+
+/// A camera: where it is, and from there the corners of its picture, one after the other, and a point above their upper
+/// edge, for a picture at distance 1.
+struct PaperCamera
+{
+    std::size_t node = 0;
+    PaperPoint origin;
+    std::array<PaperPoint, 4> corners;
+    PaperPoint above;
+
+    bool operator==(const PaperCamera&) const = default;
+};
+
+struct Figure
+{
+    float time = 0.0f;
+    std::vector<std::pair<PaperPoint, PaperPoint>> bones; ///< from parent to child
+    std::vector<PaperProp> props;
+    std::vector<PaperCamera> cameras;
+
+    bool Empty() const { return bones.empty() && props.empty() && cameras.empty(); }
+    bool LooksLike(const Figure& other) const
+    {
+        return bones == other.bones && props == other.props && cameras == other.cameras;
+    }
+};
+
+/// One figure for each of at most `most` instants that are spread over the scene's time range; a single one where
+/// nothing that can be seen moves. `view` is "front", "side" or "top". What has no finite place is left out. Moves the
+/// scene in time.
+std::vector<Figure> PoseFigures(TEV2_LOADER::TEV2& scene, const std::string& view, std::size_t most);
