@@ -1,5 +1,7 @@
 #include "tools/tv2/command_line.h"
 
+#include "exporter/rules/sampling_rate.h"
+#include "host/scene_import/import_options.h"
 #include "tools/tv2/text.h"
 #include "tools/tv2/verb.h"
 
@@ -29,6 +31,28 @@ std::string OptionsOfTheDialog(const CLI::App& verb)
     return {};
 }
 
+/// The transport rate of the scene, for formats that state none.
+void AddSceneRate(CLI::App& verb, double& rate)
+{
+    verb.add_option_function<std::string>(
+        "--scene-rate",
+        [&rate](const std::string& text)
+        {
+            const std::optional<double> number = tev2_exporter::RateOfText(text, 0.0);
+            if (!number || !(*number > 0.0) || *number > mobu_host::kHighestRate)
+            {
+                throw CLI::ValidationError(
+                    "--scene-rate", "needs a rate above 0 and up to " +
+                                        CountText(static_cast<std::uint64_t>(mobu_host::kHighestRate)) +
+                                        ": 24, 29.97, 30000/1001");
+            }
+            rate = *number;
+        },
+        "Frames a second of the scene, which its takes and --start-frame are counted in (default: what the "
+        "file "
+        "states; where it states none, the lowest common rate that fits all keys)");
+}
+
 void AddExportVerb(CLI::App& app, VerbContext& context)
 {
     auto options = std::make_shared<ExportVerbOptions>();
@@ -41,8 +65,11 @@ void AddExportVerb(CLI::App& app, VerbContext& context)
         ->required();
     const CLI::Validator given(
         [](const std::string& value) { return value.empty() ? std::string("is empty") : std::string(); }, "");
-    verb->add_option("--fps", request.fps, "Samples a second (default: the scene's transport rate, rounded)")
+    verb->add_option("--fps", request.rate,
+                     std::string("Samples a second (default: scene, the scene's transport rate): ") +
+                         tev2_exporter::kRatesThatAreUnderstood)
         ->check(given);
+    AddSceneRate(*verb, request.scene_rate);
     verb->add_option("--start-frame", request.start_frame,
                      "First frame, counted at the transport rate (default: of the take)")
         ->check(given);
@@ -115,6 +142,7 @@ void AddSceneVerb(CLI::App& app, VerbContext& context)
     CLI::App* verb =
         app.add_subcommand("scene", "What the exporter sees of a scene (FBX, BVH, glTF, Collada)");
     verb->add_option("SCENE", options->scene, "The scene file")->required();
+    AddSceneRate(*verb, options->scene_rate);
     verb->add_flag("--json", options->json,
                    "Print JSON; positions are those of the first frame, in centimetres");
     verb->footer("Examples:\n"

@@ -1,8 +1,8 @@
 #include "tools/tv2/dialog_export.h"
 
+#include "host/export_run/export_run.h"
 #include "host/popup/popup_script.h"
 #include "host/popup/popup_window.h"
-#include "host/scene_import/scene_import.h"
 #include "tools/tv2/dialog_choices.h"
 #include "tools/tv2/exporter_module.h"
 #include "tools/tv2/text.h"
@@ -156,19 +156,6 @@ private:
     std::map<std::string, std::filesystem::perms> before_;
 };
 
-FBMenuItem* ExportEntry()
-{
-    for (FBMenuItem* item : mobu_host::MenuItems())
-    {
-        const FBMenuItemType type = item->Type;
-        if (type == kFBMenuItemMotionExport || type == kFBMenuItemSceneExport)
-        {
-            return item;
-        }
-    }
-    return nullptr;
-}
-
 class DialogRun
 {
 public:
@@ -201,7 +188,7 @@ public:
         {
             return error;
         }
-        FBMenuItem* const entry = ExportEntry();
+        FBMenuItem* const entry = mobu_host::ExportEntry();
         if (!entry)
         {
             return plugin->Path() + " is no exporter: it has no entry in the export menu";
@@ -244,11 +231,9 @@ private:
         {
             return OfScene(request_, reason);
         }
-        const mobu_host::SceneImportResult scene = mobu_host::ImportScene(request_.scene);
-        result_.report.notes = scene.notes;
-        if (!scene.ok)
+        if (std::string reason = ::OpenScene(request_, result_.report.notes); !reason.empty())
         {
-            return scene.error;
+            return reason;
         }
         if (const std::string reason = PrepareScene(request_, plan_); !reason.empty())
         {
@@ -346,7 +331,7 @@ private:
         }
     }
 
-    const ExportRequest& request_;
+    ExportRequest request_;
     DialogExportResult& result_;
     std::optional<mobu_host::PopupScript> script_;
     ExportPlan plan_;

@@ -1,53 +1,25 @@
 #include "tools/tv2/export_plan.h"
 
-#include "exporter/file_naming.h"
-#include "exporter/numbers.h"
-#include "exporter/text.h"
-#include "tev2_loader/serialisation/file_writer.h"
+#include "exporter/rules/rules.h"
+#include "host/scene_import/scene_import.h"
+#include "text/closest_name.h"
 #include "tools/tv2/system.h"
 #include "tools/tv2/text.h"
 
 #include <mobu_host/scene.h>
 
 #include <algorithm>
-#include <cerrno>
-#include <cmath>
 #include <cstring>
-#include <filesystem>
-#include <limits>
 #include <map>
 
-using tev2_exporter::Narrow;
-using tev2_exporter::SamplingRange;
-using tev2_exporter::Widen;
+using tev2_exporter::ExportQuestion;
+using tev2_exporter::FilePlan;
+using tev2_exporter::Objection;
+using tev2_exporter::RulesPlan;
+using tev2_exporter::SceneFacts;
 
 namespace
 {
-
-/// The writer keeps no more of a path.
-constexpr std::size_t kMostNamesShown = 12;
-
-/// Chunk sizes and array counts end here.
-constexpr double kLargestFile = 2147483648.0;
-
-std::string Quoted(const std::string& text)
-{
-    return '"' + OneLine(text) + '"';
-}
-
-std::string Listed(const std::vector<std::string>& names)
-{
-    std::string list;
-    for (std::size_t i = 0; i < std::min(names.size(), kMostNamesShown); ++i)
-    {
-        list += (i == 0 ? "" : ", ") + Quoted(names[i]);
-    }
-    if (names.size() > kMostNamesShown)
-    {
-        list += " and " + CountText(names.size() - kMostNamesShown) + " more (tv2 scene shows them all)";
-    }
-    return list;
-}
 
 std::vector<FBTake*> TakesOfScene()
 {
@@ -87,7 +59,8 @@ std::string ChooseTake(const std::string& name)
             return {};
         }
     }
-    return "there is no take " + Quoted(name) + "; the scene has " + Listed(names);
+    return "there is no take " + Quoted(name) + OneLine(DidYouMean(name, names)) + "; the scene has " +
+           Listed(names);
 }
 
 std::string SelectModels(const std::vector<std::string>& wanted)
@@ -109,7 +82,8 @@ std::string SelectModels(const std::vector<std::string>& wanted)
             std::erase_if(meant,
                           [&name](const std::string& long_name) { return !long_name.ends_with(":" + name); });
             return "there is no model " + Quoted(name) +
-                   (meant.empty() ? "" : "; models of that short name: " + Listed(meant)) +
+                   (meant.empty() ? OneLine(DidYouMean(name, names))
+                                  : "; models of that short name: " + Listed(meant)) +
                    "; the scene has " + Listed(names);
         }
         (*found)->Selected = true;
@@ -117,155 +91,99 @@ std::string SelectModels(const std::vector<std::string>& wanted)
     return {};
 }
 
-void CountNodes(ExportPlan& plan)
+ExportQuestion QuestionOf(const ExportRequest& request)
 {
-    std::vector<FBModel*> tops;
-    const std::vector<FBModel*> models = mobu_host::ModelsInPreOrder();
-    for (FBModel* model : models)
-    {
-        bool below_selected = false;
-        for (FBModel* up = model->Parent; up != nullptr; up = up->Parent)
-        {
-            below_selected = below_selected || up->Selected;
-        }
-        if (model->Selected && !below_selected)
-        {
-            tops.push_back(model);
-        }
-    }
-    if (tops.empty())
-    {
-        tops.push_back(models.front());
-    }
-    plan.nodes = tops.front() == models.front() ? 0 : 1; // a root of the exporter's own above selected models
-    for (FBModel* top : tops)
-    {
-        for (FBModel* model : mobu_host::ModelsInPreOrder(top))
-        {
-            ++plan.nodes;
-            plan.cameras += model->Is(FBCamera::TypeInfo) ? 1 : 0;
-        }
-    }
+    ExportQuestion question;
+    question.path = request.output;
+    question.rate = request.rate;
+    question.start_frame = request.start_frame;
+    question.end_frame = request.end_frame;
+    question.all_takes = request.all_takes;
+    question.spaces_to_underscores = request.spaces_to_underscores;
+    return question;
 }
 
-/// The window of a take as the exporter forms it.
-SamplingRange RangeOf(FBTake& take, const ExportPlan& plan, double transport_rate)
+std::vector<tev2_exporter::SceneModel> ModelsOfScene()
 {
-    const FBTimeSpan span = take.LocalTimeSpan;
-    const SamplingRange whole = tev2_exporter::WholeTake(
-        {span.GetStart().GetSecondDouble(), span.GetStop().GetSecondDouble(), transport_rate},
-        static_cast<float>(plan.fps));
-    if (plan.whole_take)
+    std::vector<tev2_exporter::SceneModel> list;
+    std::map<FBModel*, std::int32_t> indices;
+    for (FBModel* model : mobu_host::ModelsInPreOrder())
     {
-        return whole;
+        const auto parent = indices.find(model->Parent);
+        indices.emplace(model, static_cast<std::int32_t>(list.size()));
+        list.push_back(
+            {parent == indices.end() ? -1 : parent->second, model->Selected, model->Is(FBCamera::TypeInfo)});
     }
-    return tev2_exporter::CustomRange(whole, tev2_exporter::SecondsOfKey(plan.start_frame, transport_rate),
-                                      tev2_exporter::SecondsOfKey(plan.end_frame, transport_rate));
+    return list;
 }
 
-std::string CheckRange(const PlannedFile& file)
+/// What the rules ask about the scene that is open.
+SceneFacts FactsOf(const ExportRequest& request)
 {
-    const SamplingRange& range = file.range;
-    const std::string of_take = " of take " + Quoted(file.take_name);
-    if (range.start > range.end)
+    SceneFacts scene;
+    scene.transport_rate = FBPlayerControl().GetTransportFpsValue();
+    FBTake* const current = FBSystem().CurrentTake;
+    for (FBTake* take : TakesOfScene())
     {
-        return "the start (" + FloatText(range.start) + " s) is after the end (" + FloatText(range.end) +
-               " s)" + of_take + "; a range is held to the take it cuts from";
-    }
-    if (!tev2_exporter::TimeAdvances(range))
-    {
-        return "at " + FloatText(range.rate) + " samples a second the time does not advance: a step of " +
-               FloatText(1.0f / range.rate) + " s is lost in the single precision of " +
-               FloatText(range.end) + " s" + of_take;
-    }
-    return {};
-}
-
-/// Keys that do nothing are left out of a file, but what is sampled must fit first.
-std::string CheckSize(const PlannedFile& file, const ExportPlan& plan)
-{
-    constexpr double kNodeBytes =
-        16.0 + 20.0; // a sample of a translation and one of a rotation, times included
-    constexpr double kCameraBytes = 8.0 + 12.0; // field of view, clip range
-    const double rate = static_cast<double>(file.range.rate);
-    const double samples =
-        std::floor((static_cast<double>(file.range.end) - static_cast<double>(file.range.start)) * rate) +
-        1.0;
-    const double bytes = samples * (kNodeBytes * static_cast<double>(plan.nodes) +
-                                    kCameraBytes * static_cast<double>(plan.cameras));
-    if (bytes < kLargestFile)
-    {
-        return {};
-    }
-    return std::to_string(plan.fps) +
-           " samples a second are too many: " + CountText(static_cast<std::uint64_t>(samples)) +
-           " samples of " + CountOf(plan.nodes, "node", "nodes") + " and " +
-           CountOf(plan.cameras, "camera", "cameras") + " are about " +
-           CountText(static_cast<std::uint64_t>(bytes)) + " bytes, a file holds less than " +
-           CountText(static_cast<std::uint64_t>(kLargestFile)) + "; take " + Quoted(file.take_name);
-}
-
-bool TakeNamesTheFile(const ExportRequest& request)
-{
-    return request.all_takes || request.output.substr(request.output.find_last_of("/\\") + 1) == ".tv2";
-}
-
-std::string CheckNames(const ExportRequest& request, const std::vector<PlannedFile>& files)
-{
-    std::map<std::string, const PlannedFile*> seen;
-    for (const PlannedFile& file : files)
-    {
-        if (TakeNamesTheFile(request) &&
-            (file.take_name.empty() || file.take_name.find_first_of("/\\") != std::string::npos))
+        const FBTimeSpan span = take->LocalTimeSpan;
+        if (take == current)
         {
-            return "no file can be named after take " + Quoted(file.take_name);
+            scene.current_take = scene.takes.size();
         }
-        if (file.path.size() > TEV2_LOADER::kMostPathBytes)
-        {
-            return "the path " + Quoted(file.path) + " has " + std::to_string(file.path.size()) +
-                   " bytes; at most " + std::to_string(TEV2_LOADER::kMostPathBytes) + " can be written to";
-        }
-        const auto [other, is_new] = seen.emplace(file.path, &file);
-        if (!is_new)
-        {
-            return "takes " + Quoted(other->second->take_name) + " and " + Quoted(file.take_name) +
-                   " would both be written to " + Quoted(file.path);
-        }
+        scene.takes.push_back(
+            {NameOf(*take), span.GetStart().GetSecondDouble(), span.GetStop().GetSecondDouble()});
     }
-    return {};
+    scene.models = ModelsOfScene();
+    scene.files = request.source_files;
+    scene.files.insert(scene.files.begin(), request.scene);
+    return scene;
+}
+
+std::vector<PlannedFile> PlannedFiles(const std::vector<FilePlan>& files)
+{
+    const std::vector<FBTake*> takes = TakesOfScene();
+    std::vector<PlannedFile> planned;
+    for (const FilePlan& file : files)
+    {
+        FBTake* const take = takes[file.take];
+        planned.push_back({take, NameOf(*take), file.path, file.range, {}});
+    }
+    return planned;
+}
+
+std::vector<float> InstantsOf(const tev2_exporter::SamplingRange& range)
+{
+    std::vector<float> instants = {range.start};
+    for (tev2_exporter::RegularInstants regular(range); regular.Next();)
+    {
+        instants.push_back(regular.Time());
+    }
+    instants.push_back(range.end);
+    return instants;
 }
 
 } // namespace
 
 std::string CheckRequest(const ExportRequest& request)
 {
-    if (!request.output.ends_with(".tv2"))
-    {
-        return "the output " + Quoted(request.output) + " does not end in .tv2";
-    }
-    if (request.output.size() > TEV2_LOADER::kMostPathBytes)
-    {
-        return "the output path has " + std::to_string(request.output.size()) + " bytes; at most " +
-               std::to_string(TEV2_LOADER::kMostPathBytes) + " can be written to";
-    }
-    if (request.fps && *request.fps <= 0)
-    {
-        return "a rate of " + std::to_string(*request.fps) +
-               " samples a second exports nothing; --fps takes 1 or more";
-    }
-    if (request.start_frame && request.end_frame && *request.start_frame > *request.end_frame)
-    {
-        return "the start frame " + std::to_string(*request.start_frame) + " is after the end frame " +
-               std::to_string(*request.end_frame);
-    }
-    return {};
+    return tev2_exporter::PlanExport(QuestionOf(request), nullptr).objection.text;
+}
+
+std::string OpenScene(ExportRequest& request, std::vector<std::string>& notes)
+{
+    mobu_host::ImportOptions options;
+    options.scene_rate = request.scene_rate;
+    const mobu_host::SceneImportResult scene = mobu_host::ImportScene(request.scene, options);
+    notes = scene.notes;
+    request.source_files = scene.source_files;
+    return scene.ok ? std::string() : scene.error;
 }
 
 std::string PrepareScene(const ExportRequest& request, ExportPlan& plan)
 {
-    if (mobu_host::ModelsInPreOrder().size() < 2)
+    if (const Objection nothing = tev2_exporter::CheckScene(FactsOf(request)))
     {
-        return "the scene has no models";
+        return nothing.text;
     }
     for (const std::string& reason : {ChooseTake(request.take), SelectModels(request.select)})
     {
@@ -274,29 +192,16 @@ std::string PrepareScene(const ExportRequest& request, ExportPlan& plan)
             return reason;
         }
     }
-    CountNodes(plan);
+    RulesPlan counted;
+    tev2_exporter::CountNodes(ModelsOfScene(), counted);
+    plan.nodes = counted.nodes;
+    plan.cameras = counted.cameras;
     return {};
 }
 
 std::vector<PlannedFile> NameFiles(const ExportRequest& request)
 {
-    FBTake* const current = FBSystem().CurrentTake;
-    std::vector<PlannedFile> files;
-    std::vector<std::u16string> take_names;
-    for (FBTake* take : request.all_takes ? TakesOfScene() : std::vector<FBTake*>{current})
-    {
-        PlannedFile& file = files.emplace_back();
-        file.take = take;
-        file.take_name = NameOf(*take);
-        take_names.push_back(Widen(file.take_name));
-    }
-    const std::vector<std::u16string> paths = tev2_exporter::OutputFileNames(
-        Widen(request.output), take_names, request.all_takes, request.spaces_to_underscores);
-    for (std::size_t i = 0; i < files.size(); ++i)
-    {
-        files[i].path = Narrow(paths[i]);
-    }
-    return files;
+    return PlannedFiles(tev2_exporter::NameFiles(QuestionOf(request), FactsOf(request)));
 }
 
 std::string PlanExport(const ExportRequest& request, ExportPlan& plan)
@@ -305,77 +210,33 @@ std::string PlanExport(const ExportRequest& request, ExportPlan& plan)
     {
         return reason;
     }
-    const double transport_rate = FBPlayerControl().GetTransportFpsValue();
-    plan.fps = request.fps.value_or(std::max(1, tev2_exporter::ToInt32(std::round(transport_rate))));
-    plan.whole_take = !request.start_frame && !request.end_frame;
-    // An end that is left open is the take's own: the exporter holds a range to the take.
-    plan.start_frame = request.start_frame.value_or(std::numeric_limits<int>::min());
-    plan.end_frame = request.end_frame.value_or(std::numeric_limits<int>::max());
-
-    plan.files = NameFiles(request);
+    const SceneFacts scene = FactsOf(request);
+    const RulesPlan rules = tev2_exporter::PlanExport(QuestionOf(request), &scene);
+    if (rules.objection)
+    {
+        return rules.objection.text;
+    }
+    plan.rate = rules.rate;
+    plan.whole_take = rules.whole_take;
+    plan.start_frame = rules.start_frame;
+    plan.end_frame = rules.end_frame;
+    plan.notes = rules.notes;
+    plan.files = PlannedFiles(rules.files);
     for (PlannedFile& file : plan.files)
     {
-        file.range = RangeOf(*file.take, plan, transport_rate);
-        if (std::string reason = CheckRange(file); !reason.empty())
-        {
-            return reason;
-        }
-        if (std::string reason = CheckSize(file, plan); !reason.empty())
-        {
-            return reason;
-        }
-        file.instants.push_back(file.range.start);
-        for (tev2_exporter::RegularInstants regular(file.range); regular.Next();)
-        {
-            file.instants.push_back(regular.Time());
-        }
-        file.instants.push_back(file.range.end);
+        file.instants = InstantsOf(file.range);
     }
-    return CheckNames(request, plan.files);
+    return {};
 }
 
 std::string CheckTargets(const ExportRequest& request, const ExportPlan& plan)
 {
-    const FileStamp scene = FileStamp::Of(request.scene);
+    std::vector<FilePlan> files;
     for (const PlannedFile& file : plan.files)
     {
-        const auto because = [&file](int error)
-        { return "cannot write " + Quoted(file.path) + ": " + std::strerror(error); };
-        std::string folder = std::filesystem::path(file.path).parent_path().string();
-        folder = folder.empty() ? "." : folder;
-        const FileStamp place = FileStamp::Of(folder);
-        if (!place.exists || !place.folder)
-        {
-            return because(place.exists ? ENOTDIR : place.error) + ": " + Quoted(folder);
-        }
-        const FileStamp target = FileStamp::Of(file.path);
-        if (!target.exists)
-        {
-            if (target.error != ENOENT)
-            {
-                return because(target.error);
-            }
-            if (const int obstacle = ObstacleToWriting(folder); obstacle != 0)
-            {
-                return because(obstacle) + ": " + Quoted(folder);
-            }
-            continue;
-        }
-        if (target.folder)
-        {
-            return because(EISDIR);
-        }
-        if (target.IsSameFile(scene))
-        {
-            return "cannot write " + Quoted(file.path) + ": it is the scene file itself";
-        }
-        const int obstacle = target.read_only ? 0 : ObstacleToWriting(file.path);
-        if (obstacle != 0)
-        {
-            return because(obstacle);
-        }
+        files.emplace_back().path = file.path;
     }
-    return {};
+    return tev2_exporter::CheckTargets(files, FactsOf(request)).text;
 }
 
 std::string MakeTargetsWritable(const ExportPlan& plan)

@@ -19,10 +19,10 @@ struct PlannedFile
     std::vector<float> instants; ///< at which the take is sampled, start and end included
 };
 
-/// What an export of the scene that is open will do. Made from the rules that the exporter goes by.
+/// What an export of the scene that is open will do, by the rules of exporter/rules.
 struct ExportPlan
 {
-    int fps = 0;
+    double rate = 0.0; ///< samples a second, as asked for
     int start_frame =
         0; ///< frames as the exporter takes them; without effect when the whole take is exported
     int end_frame = 0;
@@ -30,7 +30,12 @@ struct ExportPlan
     std::size_t nodes = 0; ///< in each file
     std::size_t cameras = 0;
     std::vector<PlannedFile> files;
+    std::vector<std::string> notes; ///< what will be rounded, cut or left out
 };
+
+/// Opens the scene of the request and records there which files it was read from. Empty, or why that failed; `notes`
+/// receives those of the import.
+std::string OpenScene(ExportRequest& request, std::vector<std::string>& notes);
 
 /// Makes the take current and selects the models that the request names in the scene that is open, and counts what
 /// every file will hold. Empty, or why there is nothing to export.

@@ -37,11 +37,13 @@ void PrintReport(std::ostream& out, const ExportReport& report)
 namespace
 {
 
-/// A whole rate as an integer.
+/// A whole rate as an integer, another with the digits of single precision.
 nlohmann::ordered_json RateJson(double rate)
 {
     const auto whole = static_cast<std::int64_t>(rate);
-    return static_cast<double>(whole) == rate ? nlohmann::ordered_json(whole) : nlohmann::ordered_json(rate);
+    return static_cast<double>(whole) == rate
+               ? nlohmann::ordered_json(whole)
+               : nlohmann::ordered_json::parse(FloatText(static_cast<float>(rate)));
 }
 
 } // namespace

@@ -9,7 +9,9 @@ struct ExportRequest
 {
     std::string scene;
     std::string output;
-    std::optional<int> fps;
+    double scene_rate = 0.0;               ///< frames a second of the scene; 0: its own
+    std::vector<std::string> source_files; ///< further files that the scene was read from
+    std::string rate;               ///< samples a second as the user wrote them; empty: the scene's rate
     std::optional<int> start_frame; ///< frames of the scene's transport rate
     std::optional<int> end_frame;
     bool all_takes = false;

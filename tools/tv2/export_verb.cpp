@@ -8,18 +8,28 @@
 #include "tools/tv2/text.h"
 #include "tools/tv2/verb.h"
 
-#include "host/scene_import/scene_import.h"
+#include "host/export_run/export_run.h"
 
 #include <memory>
 
 namespace
 {
 
-using ScriptEntry = unsigned(const char* path, int start_frame, int end_frame, int fps,
-                             bool spaces_to_underscores, bool keep_positive_z, bool remove_namespace,
-                             bool disable_constraints, bool export_all_keys, bool all_takes);
-
-constexpr const char* kEntryName = "python_export_tv2";
+mobu_host::ExportCall CallOf(const ExportRequest& request, const ExportPlan& plan)
+{
+    mobu_host::ExportCall call;
+    call.path = request.output;
+    call.rate = plan.rate;
+    call.whole_take = plan.whole_take;
+    call.start_frame = plan.start_frame;
+    call.end_frame = plan.end_frame;
+    call.spaces_to_underscores = request.spaces_to_underscores;
+    call.keep_positive_z = request.keep_positive_z;
+    call.remove_namespace = request.remove_namespace;
+    call.disable_constraints = request.disable_constraints;
+    call.all_takes = request.all_takes;
+    return call;
+}
 
 /// One run of the verb, from the scene file to the report.
 class ExportRun
@@ -56,7 +66,7 @@ private:
         std::string reason = OfScene(request_, CheckRequest(request_));
         if (reason.empty())
         {
-            reason = OpenScene();
+            reason = OpenScene(request_, report_.notes);
         }
         if (reason.empty())
         {
@@ -64,11 +74,7 @@ private:
         }
         if (reason.empty())
         {
-            reason = OfScene(request_, CheckTargets(request_, plan_));
-        }
-        if (reason.empty())
-        {
-            reason = LoadEntry();
+            reason = LoadPlugin();
         }
         if (reason.empty() && request_.overwrite_read_only)
         {
@@ -109,23 +115,11 @@ private:
         context_.Report(code);
     }
 
-    std::string OpenScene()
-    {
-        const mobu_host::SceneImportResult scene = mobu_host::ImportScene(request_.scene);
-        report_.notes = scene.notes;
-        return scene.ok ? std::string() : scene.error;
-    }
-
-    std::string LoadEntry()
+    std::string LoadPlugin()
     {
         std::string error;
-        plugin_ = LoadExporter(options_.plugin, error);
-        if (!plugin_)
-        {
-            return error;
-        }
-        entry_ = plugin_->Symbol<ScriptEntry>(kEntryName);
-        return entry_ ? std::string() : plugin_->Path() + " is no exporter: it has no " + kEntryName;
+        exporter_ = mobu_host::Exporter::Load(ExporterPath(options_.plugin), error);
+        return error;
     }
 
     void Export()
@@ -137,20 +131,19 @@ private:
         }
         const bool show = !options_.quiet && ErrorsGoToTerminal();
         ExportWatch watch(plan_, show ? &context_.err : nullptr);
-        const unsigned result =
-            entry_(request_.output.c_str(), plan_.start_frame, plan_.end_frame, plan_.fps,
-                   request_.spaces_to_underscores, request_.keep_positive_z, request_.remove_namespace,
-                   request_.disable_constraints, plan_.whole_take, request_.all_takes);
+        std::string error;
+        const bool completed = exporter_->Run(CallOf(request_, plan_), error);
         watch.Finish();
 
         for (std::size_t i = 0; i < plan_.files.size(); ++i)
         {
             report_.files.push_back({plan_.files[i], CheckExportedFile(plan_.files[i], plan_, before[i]),
-                                     static_cast<double>(plan_.fps), watch.Seconds(i)});
+                                     static_cast<double>(static_cast<float>(plan_.rate)), watch.Seconds(i)});
         }
-        if (result != 1)
+        report_.notes.insert(report_.notes.end(), plan_.notes.begin(), plan_.notes.end());
+        if (!completed)
         {
-            Complain("the exporter gave up before its last file", kExitFindings);
+            Complain(error.empty() ? "the exporter gave up before its last file" : error, kExitFindings);
         }
     }
 
@@ -169,12 +162,11 @@ private:
     }
 
     const ExportVerbOptions& options_;
-    const ExportRequest& request_;
+    ExportRequest request_;
     VerbContext& context_;
     ExportReport report_;
     ExportPlan plan_;
-    std::unique_ptr<mobu_host::Plugin> plugin_;
-    ScriptEntry* entry_ = nullptr;
+    std::unique_ptr<mobu_host::Exporter> exporter_;
 };
 
 } // namespace

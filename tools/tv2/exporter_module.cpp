@@ -23,10 +23,15 @@ std::string FindModule()
 
 } // namespace
 
+std::string ExporterPath(const std::string& path)
+{
+    return path.empty() ? FindModule() : path;
+}
+
 std::unique_ptr<mobu_host::Plugin> LoadExporter(const std::string& path, std::string& error)
 {
     std::unique_ptr<mobu_host::Plugin> plugin =
-        mobu_host::Plugin::Load(path.empty() ? FindModule() : path, error);
+        mobu_host::Plugin::Load(ExporterPath(path), error);
     if (!plugin)
     {
         error = "the exporter cannot be loaded: " + error;

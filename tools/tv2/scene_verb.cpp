@@ -1,3 +1,4 @@
+#include "exporter/sampling/sampling_range.h"
 #include "tools/tv2/text.h"
 #include "tools/tv2/verb.h"
 
@@ -142,8 +143,8 @@ SceneJson DescribeTakes()
                         {"current", &take == current},
                         {"start", start},
                         {"stop", stop},
-                        {"startFrame", static_cast<long long>(start * rate)},
-                        {"stopFrame", static_cast<long long>(stop * rate)}});
+                        {"startFrame", tev2_exporter::FrameAt(start, rate)},
+                        {"stopFrame", tev2_exporter::FrameAt(stop, rate)}});
     }
     return list;
 }
@@ -302,7 +303,9 @@ void PrintJson(std::ostream& out, const SceneJson& json)
 
 void RunScene(const SceneVerbOptions& options, VerbContext& context)
 {
-    const mobu_host::SceneImportResult result = mobu_host::ImportScene(options.scene);
+    mobu_host::ImportOptions import;
+    import.scene_rate = options.scene_rate;
+    const mobu_host::SceneImportResult result = mobu_host::ImportScene(options.scene, import);
     if (!result.ok)
     {
         context.err << "tv2 scene: " << result.error << '\n';

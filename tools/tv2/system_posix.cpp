@@ -24,33 +24,6 @@ bool ErrorsGoToTerminal()
     return ::isatty(STDERR_FILENO) != 0;
 }
 
-FileStamp FileStamp::Of(const std::string& path)
-{
-    FileStamp stamp;
-    struct stat status;
-    if (::stat(path.c_str(), &status) != 0)
-    {
-        stamp.error = errno;
-        return stamp;
-    }
-    stamp.exists = true;
-    stamp.regular = S_ISREG(status.st_mode);
-    stamp.folder = S_ISDIR(status.st_mode);
-    stamp.read_only = stamp.regular && (status.st_mode & (S_IWUSR | S_IWGRP | S_IWOTH)) == 0;
-    stamp.device = status.st_dev;
-    stamp.inode = status.st_ino;
-    stamp.size = status.st_size;
-    stamp.seconds = status.st_mtim.tv_sec;
-    stamp.nanoseconds = status.st_mtim.tv_nsec;
-    return stamp;
-}
-
-int ObstacleToWriting(const std::string& path)
-{
-    const int rights = FileStamp::Of(path).folder ? W_OK | X_OK : W_OK;
-    return ::access(path.c_str(), rights) == 0 ? 0 : errno;
-}
-
 int MakeWritable(const std::string& path)
 {
     struct stat status;

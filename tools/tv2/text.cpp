@@ -106,32 +106,6 @@ bool TextTellsUnits(std::u16string_view units)
     return true;
 }
 
-std::string OneLine(std::string_view text)
-{
-    std::string line;
-    line.reserve(text.size());
-    for (const char c : text)
-    {
-        const auto byte = static_cast<unsigned char>(c);
-        if (c == '\n' || c == '\r' || c == '\t' || c == '\\')
-        {
-            line += '\\';
-            line += c == '\n' ? 'n' : c == '\r' ? 'r' : c == '\t' ? 't' : '\\';
-        }
-        else if (byte < 0x20 || byte == 0x7F)
-        {
-            std::array<char, 8> escape{};
-            std::snprintf(escape.data(), escape.size(), "\\x%02x", static_cast<unsigned>(byte));
-            line += escape.data();
-        }
-        else
-        {
-            line += c;
-        }
-    }
-    return line;
-}
-
 std::string FloatText(float value)
 {
     if (std::isnan(value))
@@ -165,20 +139,4 @@ std::string HexText(std::uint64_t value, int digits)
     std::array<char, 32> buffer{};
     std::snprintf(buffer.data(), buffer.size(), "0x%0*llx", digits, static_cast<unsigned long long>(value));
     return buffer.data();
-}
-
-std::string CountText(std::uint64_t value)
-{
-    std::string text = std::to_string(value);
-    for (std::size_t position = text.size(); position > 3;)
-    {
-        position -= 3;
-        text.insert(position, 1, ',');
-    }
-    return text;
-}
-
-std::string CountOf(std::uint64_t count, std::string_view singular, std::string_view plural)
-{
-    return CountText(count) + " " + std::string(count == 1 ? singular : plural);
 }

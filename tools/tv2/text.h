@@ -1,5 +1,7 @@
 #pragma once
 
+#include "exporter/rules/message_text.h"
+
 #include <cstdint>
 #include <string>
 #include <string_view>
@@ -18,8 +20,11 @@ inline std::string TextOf(const char* text)
     return text != nullptr ? text : "";
 }
 
-/// Text on one line of a terminal: control characters as \n, \t or \x07, backslash as two.
-std::string OneLine(std::string_view text);
+using tev2_exporter::CountOf;
+using tev2_exporter::CountText;
+using tev2_exporter::Listed;
+using tev2_exporter::OneLine;
+using tev2_exporter::Quoted;
 
 /// The shortest decimal that reads back to the same bits as an f32, always with a point or an exponent
 /// ("1.0", "-0.0",
@@ -32,9 +37,3 @@ std::string ShortNumber(double value);
 
 /// "0x0000002c"
 std::string HexText(std::uint64_t value, int digits = 8);
-
-/// "1,234,567"
-std::string CountText(std::uint64_t value);
-
-/// "3 nodes", "1 node"
-std::string CountOf(std::uint64_t count, std::string_view singular, std::string_view plural);

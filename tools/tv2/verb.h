@@ -51,6 +51,7 @@ void RunExport(const ExportVerbOptions& options, VerbContext& context);
 struct SceneVerbOptions
 {
     std::string scene;
+    double scene_rate = 0.0; ///< frames a second; 0: the scene's own
     bool json = false;
 };
 void RunScene(const SceneVerbOptions& options, VerbContext& context);

@@ -113,8 +113,8 @@ TEST_F(ExportVerbTest, WritesTheTakeAndTellsWhatItWrote)
     const CommandResult text = ExportWalk("out.tv2");
     EXPECT_EQ(text.exit_code, 0);
     EXPECT_EQ(text.err, ""); // no progress bar where there is no terminal
-    EXPECT_TRUE(
-        text.out.starts_with(Path("out.tv2") + ": take \"Motion\", 4 nodes, 0 cameras, 3 samples (25 a second), 24 keys"))
+    EXPECT_TRUE(text.out.starts_with(
+        Path("out.tv2") + ": take \"Motion\", 4 nodes, 0 cameras, 3 samples (25 a second), 24 keys"))
         << text.out;
     const CommandResult quiet = ExportWalk("out.tv2", {"--quiet"});
     EXPECT_EQ(quiet.out + quiet.err, "");
@@ -165,6 +165,8 @@ TEST_F(ExportVerbTest, WhatCannotWorkIsRefusedBeforeAnythingIsWritten)
     Write("old.fbx", "Kaydara FBX Binary  ");
     Write("nothing.gltf", R"({"asset":{"version":"2.0"},"scenes":[{"nodes":[]}]})");
     fs::create_directory(Path("folder.tv2"));
+    ASSERT_EQ(mkfifo(Path("pipe.tv2").c_str(), 0600), 0);
+    fs::create_symlink("/dev/full", Path("device.tv2"));
     const std::string bvh = Path("walk.bvh"), gltf = Path("takes.gltf"), out = Path("out.tv2");
     Write("self.tv2", kTwoJoints);
     const std::string self = Path("self.tv2");
@@ -180,17 +182,19 @@ TEST_F(ExportVerbTest, WhatCannotWorkIsRefusedBeforeAnythingIsWritten)
         {{Path("empty.bvh"), out}, "is empty"},
         {{Path("old.fbx"), out}, "the file ends inside its header"},
         {{Path("nothing.gltf"), out}, Path("nothing.gltf") + ": the scene has no models"},
-        {{"--fps", "0", bvh, out}, "--fps takes 1 or more"},
-        {{"--fps", "-30", bvh, out}, "--fps takes 1 or more"},
-        {{"--fps", "2000000000", bvh, out}, "the time does not advance"},
-        {{"--fps", "fast", bvh, out}, "--fps"},
+        {{"--fps", "0", bvh, out}, "a rate of 0 samples a second is out of range"},
+        {{"--fps", "-30", bvh, out}, "--fps takes numbers above 0"},
+        {{"--fps", "100000000", bvh, out}, "a rate of 100000000 samples a second is out of range"},
+        {{"--fps", "fast", bvh, out}, "--fps \"fast\" is no rate: give a number (50, 29.97)"},
+        {{"--scene-rate", "0", bvh, out}, "--scene-rate: needs a rate above 0"},
         {{"--fps", "", bvh, out}, "--fps: is empty"},
         {{"--take", "", bvh, out}, "--take: is empty"},
-        {{"--fps", "200000000", bvh, out}, "16,000,000 samples of 4 nodes and 0 cameras"},
         {{self, self}, "it is the scene file itself"},
         {{"--start-frame", "2", "--end-frame", "1", bvh, out}, "start frame 2 is after the end frame 1"},
-        {{"--start-frame", "50", bvh, out}, "is after the end"},
-        {{"--end-frame", "-1", bvh, out}, "is after the end"},
+        {{"--start-frame", "50", bvh, out},
+         "the start frame 50 is after the end of take \"Motion\", which has frames 0 to 2 (0 to 0.08 s)"},
+        {{"--end-frame", "-1", bvh, out}, "the end frame -1 is before the start of take \"Motion\""},
+        {{"--take", "motoin", bvh, out}, "there is no take \"motoin\" (did you mean \"Motion\"?)"},
         {{"--take", "Dance", bvh, out}, bvh + ": there is no take \"Dance\"; the scene has \"Motion\""},
         {{"--take", "C", "--all-takes", gltf, out}, "excludes"},
         {{"--select", "Leg", bvh, out},
@@ -205,6 +209,8 @@ TEST_F(ExportVerbTest, WhatCannotWorkIsRefusedBeforeAnythingIsWritten)
         {{bvh, Path("gone/out.tv2")}, "No such file or directory"},
         {{bvh, Path("walk.bvh/out.tv2")}, "Not a directory"},
         {{bvh, Path("folder.tv2")}, "Is a directory"},
+        {{bvh, Path("pipe.tv2")}, "it is a device or a pipe, not a file"},
+        {{bvh, Path("device.tv2")}, "it is a device or a pipe, not a file"},
         {{"--plugin", Path("gone.so"), bvh, out}, "gone.so"},
         {{"--plugin", bvh, bvh, out}, "the exporter cannot be loaded"},
         {{bvh}, "OUTPUT"},
@@ -246,14 +252,54 @@ TEST_F(ExportVerbTest, ReadOnlyFilesAreSkippedOrOverwrittenAsAsked)
     EXPECT_EQ(Load("run_A_b.tv2")->matrixHierarchy.nodes.size(), 2u);
 }
 
-TEST_F(ExportVerbTest, AFullDeviceIsNoticed)
+// 29.97 is between the scene's rates and those that the exporter's script entry takes.
+TEST_F(ExportVerbTest, FractionalRatesNeitherReadNorStoreSettings)
 {
-    fs::create_symlink("/dev/full", Path("full.tv2"));
-    const CommandResult run = ExportWalk("full.tv2");
-    EXPECT_EQ(run.exit_code, 1);
-    EXPECT_NE(run.err.find("full.tv2: cannot be read back"), std::string::npos) << run.err;
-    EXPECT_NE(run.err.find("No space left on device"), std::string::npos) << run.err;
-    EXPECT_EQ(run.out.find("full.tv2"), std::string::npos) << run.out;
+    fs::create_directories(Path("config/Tev2_Exporter_MB"));
+    Write("config/Tev2_Exporter_MB/settings",
+          "KEEP_POSITIVE_Z_KEY_NAME=0\nKEYFRAME_RADIO_CHOICE_KEY_NAME=1\n");
+    setenv("XDG_CONFIG_HOME", Path("config").c_str(), 1);
+    const struct
+    {
+        Arguments options;
+        const char* file;
+        double rate;
+        float start;
+        float end;
+        std::size_t samples; // start, start + 1 / rate ... below the end, end
+    } cases[] = {
+        {{"--fps", "29.97"}, "out.tv2", 29.97, 0.0f, 0.08f, 4},
+        {{"--fps", "30000/1001"}, "out.tv2", 29.97003, 0.0f, 0.08f, 4},
+        {{"--fps", "ntsc", "--start-frame", "1"}, "out.tv2", 59.94, 0.04f, 0.08f, 4},
+        {{"--fps", "12.5", "--end-frame", "1", "--all-takes"}, "out_Motion.tv2", 12.5, 0.0f, 0.04f, 2},
+        {{"--fps", "500.5"}, "out.tv2", 500.5, 0.0f, 0.08f, 42},
+    };
+    for (const auto& c : cases)
+    {
+        SCOPED_TRACE(c.options.back());
+        Arguments options = c.options;
+        options.push_back("--json");
+        const CommandResult run = ExportWalk("out.tv2", options);
+        ASSERT_EQ(run.exit_code, 0) << run.err;
+        const auto file = run.Json().at("files").at(0);
+        EXPECT_EQ(file.at("rate"), c.rate);
+        EXPECT_EQ(file.at("start"), c.start);
+        EXPECT_EQ(file.at("end"), c.end);
+        EXPECT_EQ(file.at("samples"), c.samples);
+        fs::rename(Path(c.file), Path("fractional"));
+    }
+    unsetenv("XDG_CONFIG_HOME");
+    EXPECT_EQ(Content("config/Tev2_Exporter_MB/settings"),
+              "KEEP_POSITIVE_Z_KEY_NAME=0\nKEYFRAME_RADIO_CHOICE_KEY_NAME=1\n");
+}
+
+TEST_F(ExportVerbTest, NotesSayWhatIsCutOrLeftOut)
+{
+    const auto notes =
+        Export({"--json", "--start-frame", "-7", Path("takes.gltf"), Path("a.tv2")}).Json().at("notes");
+    EXPECT_EQ(notes,
+              (std::vector<std::string>{"the range is cut to the take: \"A b\" has frames 0 to 0 (0 to 0 s)",
+                                        "2 other takes are not exported: \"A_b\", \"C\" (--all-takes)"}));
 }
 
 TEST_F(ExportVerbTest, AFileThatWasCutOffIsNoticedAndDoesNotLoad)

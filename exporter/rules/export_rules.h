@@ -1,0 +1,109 @@
+#pragma once
+
+// The rules that every export goes by, with C linkage, for programs in other languages: what an export would write, and
+// the first reason not to start it. Nothing is written and no file is opened for writing.
+//
+//     tv2_rules_request request = {sizeof request};
+//     request.path = "out/walk.tv2";
+//     ...
+//     tv2_rules_plan* plan = tv2_rules_check(&request);
+//     if (tv2_rules_objection(plan))
+//         puts(tv2_rules_objection(plan));
+//     tv2_rules_free(plan);
+//
+// Text is 8-bit and zero terminated; paths and names of takes are the bytes that the exporter is given. A plan owns the
+// text that it hands out. Nothing is thrown into the caller.
+
+#include <stddef.h>
+#include <stdint.h>
+
+#if defined(TV2_RULES_STATIC)
+#define TV2_RULES_EXPORTED
+#elif !defined(_WIN32)
+#define TV2_RULES_EXPORTED __attribute__((visibility("default")))
+#elif defined(TV2_RULES_EXPORTS)
+#define TV2_RULES_EXPORTED __declspec(dllexport)
+#else
+#define TV2_RULES_EXPORTED __declspec(dllimport)
+#endif
+
+#if defined(__cplusplus)
+#define TV2_RULES_API extern "C" TV2_RULES_EXPORTED
+#else
+#define TV2_RULES_API TV2_RULES_EXPORTED
+#endif
+
+typedef struct tv2_rules_take
+{
+    const char* name;
+    double start; // seconds
+    double stop;
+} tv2_rules_take;
+
+// Models in pre-order, the scene's root first.
+typedef struct tv2_rules_model
+{
+    int32_t parent; // index of the parent, -1 for the root
+    int32_t selected;
+    int32_t camera;
+} tv2_rules_model;
+
+typedef struct tv2_rules_request
+{
+    size_t size;      // of this structure
+    const char* path; // as the exporter is given it
+    const char*
+        rate; // "50", "29.97", "30000/1001", "pal", "ntsc", "film"; null or "scene": the transport rate
+    const int32_t* start_frame; // of the transport rate; null: the take's own end
+    const int32_t* end_frame;
+    int32_t all_takes;
+    int32_t spaces_to_underscores;
+    int32_t whole_rates_only; // only the exporter's script entry can be used
+    int32_t python_wording; // messages name options as Python's arguments, otherwise as the command's options
+    int32_t file_names;     // 0: of this system, 1: POSIX, 2: Windows
+    int32_t has_scene;      // 0: what follows is not known yet; only the rules that need no scene apply
+    double transport_rate;  // frames a second
+    const tv2_rules_take* takes;
+    size_t take_count;
+    int32_t current_take; // index, -1: none
+    const tv2_rules_model* models;
+    size_t model_count;
+    const char* const* files; // that the scene was read from, the scene file first
+    size_t file_count;
+} tv2_rules_request;
+
+typedef struct tv2_rules_file
+{
+    const char* path;
+    size_t take;  // index in the request
+    double start; // seconds, single precision
+    double end;
+} tv2_rules_file;
+
+typedef struct tv2_rules_plan tv2_rules_plan;
+
+// Applies the rules. Null when memory runs out or the request has another size.
+TV2_RULES_API tv2_rules_plan* tv2_rules_check(const tv2_rules_request* request);
+TV2_RULES_API void tv2_rules_free(tv2_rules_plan* plan);
+
+// Why the export is refused: a text for people, and a code that never changes ("same-file"). Null: it can start, and the
+// rest of the plan counts.
+TV2_RULES_API const char* tv2_rules_objection(const tv2_rules_plan* plan);
+TV2_RULES_API const char* tv2_rules_objection_code(const tv2_rules_plan* plan);
+
+TV2_RULES_API double tv2_rules_rate(const tv2_rules_plan* plan); // samples a second, as asked for
+
+// The arguments of the exporter's script entry.
+TV2_RULES_API int32_t tv2_rules_start_frame(const tv2_rules_plan* plan);
+TV2_RULES_API int32_t tv2_rules_end_frame(const tv2_rules_plan* plan);
+TV2_RULES_API int32_t tv2_rules_whole_take(const tv2_rules_plan* plan);
+
+TV2_RULES_API size_t tv2_rules_file_count(const tv2_rules_plan* plan);
+TV2_RULES_API tv2_rules_file tv2_rules_file_at(const tv2_rules_plan* plan, size_t index);
+
+// What would be rounded, cut or left out.
+TV2_RULES_API size_t tv2_rules_note_count(const tv2_rules_plan* plan);
+TV2_RULES_API const char* tv2_rules_note(const tv2_rules_plan* plan, size_t index);
+
+// Whole transport frame of a time in seconds, as the exporter counts.
+TV2_RULES_API int32_t tv2_rules_frame_at(double seconds, double transport_rate);

@@ -1,0 +1,51 @@
+#pragma once
+
+// What the system says about files and their names. Paths are bytes as the system takes them, errors are errno values;
+// one source file for each system implements it.
+
+#include <cstdint>
+#include <string>
+
+namespace tev2_exporter
+{
+
+/// What is at a path at one moment; two that are equal mean that nobody wrote in between.
+struct FileStamp
+{
+    int error = 0; ///< why there is nothing to see, 0 when something is there
+    bool exists = false;
+    bool regular = false;
+    bool folder = false;
+    bool read_only = false; ///< a file marked so for everybody, whatever this user may do
+    std::uint64_t device = 0, inode = 0;
+    std::int64_t size = 0;
+    std::int64_t seconds = 0, nanoseconds = 0; ///< of the last change
+
+    static FileStamp Of(const std::string& path);
+    bool operator==(const FileStamp&) const = default;
+    bool IsSameFile(const FileStamp& other) const
+    {
+        return exists && other.exists && device == other.device && inode == other.inode;
+    }
+};
+
+/// Why this user may not write to a file that is there, or add to a folder; 0 when nothing prevents it.
+int ObstacleToWriting(const std::string& path);
+
+#if defined(_WIN32)
+/// The errno value of the last error of the Windows API.
+int ErrnoOfLastError();
+#endif
+
+/// Upper case of every letter of a path, for comparing names that a file system does not tell apart by case. Bytes
+/// that are not text of the system's encoding stay as they are.
+std::string FoldCase(const std::string& path);
+
+/// Files of one folder whose names differ in case alone are the same file on this system.
+#if defined(_WIN32) || defined(__APPLE__)
+inline constexpr bool kSystemFoldsCase = true;
+#else
+inline constexpr bool kSystemFoldsCase = false;
+#endif
+
+} // namespace tev2_exporter

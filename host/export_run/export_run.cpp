@@ -1,0 +1,144 @@
+#include "host/export_run/export_run.h"
+
+#include "exporter/dialog_regions.h"
+#include "exporter/rules/sampling_rate.h"
+
+#include <mobu_host/private_settings.h>
+#include <mobu_host/ui.h>
+
+namespace mobu_host
+{
+namespace
+{
+
+namespace regions = tev2_exporter::regions;
+
+using ScriptEntry = unsigned(const char* path, int start_frame, int end_frame, int fps,
+                             bool spaces_to_underscores, bool keep_positive_z, bool remove_namespace,
+                             bool disable_constraints, bool export_all_keys, bool all_takes);
+
+constexpr const char* kEntryName = "python_export_tv2";
+
+// Buttons of the dialog and their states for a call. States are set rather than clicked: a click does nothing on a
+// button that the dialog disables, as it does those for several takes in a scene of one take.
+struct ButtonState
+{
+    const char* region;
+    bool state;
+};
+
+std::vector<ButtonState> ButtonsOf(const ExportCall& call)
+{
+    return {{regions::kPal, false},
+            {regions::kNtsc, false},
+            {regions::kCustomRate, true},
+            {regions::kExportAll, call.whole_take},
+            {regions::kCustomKeys, !call.whole_take},
+            {regions::kCurrentTake, !call.all_takes},
+            {regions::kAllTakes, call.all_takes},
+            {regions::kSpacesToUnderscores, call.spaces_to_underscores},
+            {regions::kKeepPositiveZ, call.keep_positive_z},
+            {regions::kRemoveNamespace, call.remove_namespace},
+            {regions::kDisableConstraints, call.disable_constraints}};
+}
+
+template <typename Control>
+Control* ControlAt(FBPopup& popup, const char* region)
+{
+    const Region* const found = FindRegion(popup, region);
+    return found != nullptr ? dynamic_cast<Control*>(found->control) : nullptr;
+}
+
+// Fills in a dialog and leaves it with "Export". False when it is not the exporter's dialog.
+bool FillIn(FBPopup& popup, const ExportCall& call)
+{
+    for (const ButtonState& button : ButtonsOf(call))
+    {
+        auto* const control = ControlAt<FBButton>(popup, button.region);
+        if (control == nullptr)
+            return false;
+        control->State = button.state ? 1 : 0;
+    }
+    auto* const rate = ControlAt<FBEditNumber>(popup, regions::kRate);
+    auto* const start = ControlAt<FBEditNumber>(popup, regions::kStartKey);
+    auto* const end = ControlAt<FBEditNumber>(popup, regions::kEndKey);
+    if (rate == nullptr || start == nullptr || end == nullptr)
+        return false;
+    // Set, not typed: the boxes hold what is typed to the limits of the current take and of the usual rates.
+    rate->Value = call.rate;
+    start->Value = call.whole_take ? 0 : call.start_frame;
+    end->Value = call.whole_take ? 0 : call.end_frame;
+    return Click(popup, regions::kExport);
+}
+
+bool RunThroughMenu(const ExportCall& call, std::string& error)
+{
+    FBMenuItem* const entry = ExportEntry();
+    if (entry == nullptr)
+    {
+        error = "the plug-in has no entry in the export menu";
+        return false;
+    }
+    bool filled_in = false;
+    SetPopupPlayer([&](FBPopup& popup) { filled_in = FillIn(popup, call); });
+    const bool completed = UseMenuItem(*entry, call.path);
+    SetPopupPlayer({});
+    if (!filled_in)
+        error = "the plug-in's dialog cannot be filled in";
+    return completed && filled_in;
+}
+
+} // namespace
+
+struct Exporter::Parts
+{
+    std::unique_ptr<PrivateSettings> settings;
+    std::unique_ptr<Plugin> plugin; // ends before the settings come back
+    ScriptEntry* entry = nullptr;
+};
+
+std::unique_ptr<Exporter> Exporter::Load(const std::string& plugin, std::string& error)
+{
+    auto parts = std::make_unique<Parts>();
+    parts->settings = PrivateSettings::Make(error);
+    if (!parts->settings)
+        return nullptr;
+    parts->plugin = Plugin::Load(plugin, error);
+    if (!parts->plugin)
+    {
+        error = "the exporter cannot be loaded: " + error;
+        return nullptr;
+    }
+    parts->entry = parts->plugin->Symbol<ScriptEntry>(kEntryName);
+    if (parts->entry == nullptr)
+    {
+        error = plugin + " is no exporter: it has no " + kEntryName;
+        return nullptr;
+    }
+    return std::unique_ptr<Exporter>(new Exporter(std::move(parts)));
+}
+
+Exporter::Exporter(std::unique_ptr<Parts> parts) : parts_(std::move(parts)) {}
+Exporter::~Exporter() = default;
+
+bool Exporter::Run(const ExportCall& call, std::string& error) const
+{
+    if (!tev2_exporter::IsWholeRate(call.rate))
+        return RunThroughMenu(call, error);
+    return parts_->entry(call.path.c_str(), call.start_frame, call.end_frame, static_cast<int>(call.rate),
+                         call.spaces_to_underscores, call.keep_positive_z, call.remove_namespace,
+                         call.disable_constraints, call.whole_take, call.all_takes) == 1;
+}
+
+FBMenuItem* ExportEntry()
+{
+    for (FBMenuItem* item : MenuItems())
+    {
+        const FBMenuItemType type = item->Type;
+        if (type == kFBMenuItemMotionExport || type == kFBMenuItemSceneExport)
+            return item;
+    }
+    return nullptr;
+}
+
+} // namespace mobu_host

@@ -1,0 +1,349 @@
+// Each rule objects once, with its code; what passes names files, range and notes.
+
+#include "exporter/rules/rules.h"
+
+#include "exporter/rules/export_rules.h"
+#include "exporter/rules/file_facts.h"
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <fstream>
+#include <functional>
+
+#if !defined(_WIN32)
+#include <stdlib.h>
+#include <sys/stat.h>
+#endif
+
+namespace tev2_exporter
+{
+namespace
+{
+
+namespace fs = std::filesystem;
+using Change = std::function<void(ExportQuestion&, SceneFacts&)>;
+
+class RulesTest : public testing::Test
+{
+protected:
+    RulesTest()
+    {
+        std::string pattern = (fs::temp_directory_path() / "tv2_rules_XXXXXX").string();
+#if defined(_WIN32)
+        fs::remove_all(pattern);
+        fs::create_directories(pattern);
+#else
+        EXPECT_NE(mkdtemp(pattern.data()), nullptr);
+#endif
+        folder_ = pattern;
+        Write("scene.bvh");
+        Write("scene.bin");
+        Write("file");
+        fs::create_directory(folder_ / "folder.tv2");
+    }
+    ~RulesTest() override
+    {
+        fs::remove_all(folder_);
+    }
+
+    std::string Path(const std::string& name) const
+    {
+        return (folder_ / name).string();
+    }
+    void Write(const std::string& name) const
+    {
+        std::ofstream(folder_ / name) << "content";
+    }
+
+    /// A walk of 0 to 2 s at 25 frames a second: root, hips with a leg, a camera; and a second take of 1 s.
+    RulesPlan Plan(const Change& change = {}) const
+    {
+        ExportQuestion question;
+        question.path = Path("out.tv2");
+        SceneFacts scene;
+        scene.transport_rate = 25.0;
+        scene.takes = {{"Walk", 0.0, 2.0}, {"Run", 0.0, 1.0}};
+        scene.current_take = 0;
+        scene.models = {{-1, false, false}, {0, false, false}, {1, false, false}, {0, false, true}};
+        scene.files = {Path("scene.bvh"), Path("scene.bin")};
+        if (change)
+        {
+            change(question, scene);
+        }
+        return PlanExport(question, &scene);
+    }
+
+    fs::path folder_;
+};
+
+TEST_F(RulesTest, EachObjectsOnce)
+{
+    const std::string long_name = std::string(261 - Path(".tv2").size(), 'a') + ".tv2";
+    const auto path = [this](const std::string& name)
+    { return Change([this, name](ExportQuestion& q, SceneFacts&) { q.path = Path(name); }); };
+    const auto rate = [](const std::string& text)
+    { return Change([text](ExportQuestion& q, SceneFacts&) { q.rate = text; }); };
+    const auto range = [](std::optional<int> start, std::optional<int> end)
+    {
+        return Change(
+            [=](ExportQuestion& q, SceneFacts&)
+            {
+                q.start_frame = start;
+                q.end_frame = end;
+            });
+    };
+    const auto names = [this](const std::string& first, const std::string& second, bool windows)
+    {
+        return Change(
+            [=, this](ExportQuestion& q, SceneFacts& s)
+            {
+                q.path = Path(".tv2");
+                q.all_takes = true;
+                s.takes[0].name = first;
+                s.takes[1].name = second;
+                q.file_names =
+                    windows ? ExportQuestion::FileNames::kWindows : ExportQuestion::FileNames::kPosix;
+            });
+    };
+    const struct
+    {
+        const char* code; // null: nothing objects
+        Change change;
+        const char* part_of_the_text;
+    } cases[] = {
+        {nullptr, {}, ""},
+        {"no-tv2-name", path("out.fbx"), "does not end in .tv2"},
+        {"path-too-long", path(long_name), "has 261 bytes; at most 260"},
+        {"path-too-long", names(std::string(250, 'a'), "b", false), "at most 260"},
+        {"rate-unreadable", rate("fast"), "--fps \"fast\" is no rate: give a number"},
+        {"rate-unreadable", rate("1/0"), "\"1/0\""},
+        {"rate-out-of-range", rate("0"), "a rate of 0 samples a second"},
+        {"rate-out-of-range", rate("-25"), "above 0"},
+        {"rate-out-of-range", rate("nan"), ""},
+        {"rate-out-of-range", rate("100000000"), "up to 1,000,000"},
+        {"rate-out-of-range", [](auto&, SceneFacts& s) { s.transport_rate = 0.0; }, "a rate of 0"},
+        {"rate-fractional",
+         [](ExportQuestion& q, SceneFacts&)
+         {
+             q.rate = "29.97";
+             q.whole_rates_only = true;
+             q.wording = ExportQuestion::Wording::kPython;
+         },
+         "\"Custom FPS\" in the dialog of the export menu, or give fps a whole number"},
+        {"range-reversed", range(3, 2), "start frame 3 is after the end frame 2"},
+        {"no-scene",
+         [](auto&, SceneFacts& s)
+         {
+             s.models.resize(1);
+             s.files.clear();
+         },
+         "no scene is open"},
+        {"no-models", [](auto&, SceneFacts& s) { s.models.resize(1); }, "the scene has no models"},
+        {"no-take", [](auto&, SceneFacts& s) { s.current_take.reset(); }, "no take is current"},
+        {"take-reversed", [](auto&, SceneFacts& s) { s.takes[0].start = 3.0; }, "ends before it starts"},
+        {"range-outside", range(51, {}),
+         "the start frame 51 is after the end of take \"Walk\", which has frames 0 to 50 (0 to 2 s)"},
+        {"range-outside", range({}, -1), "the end frame -1 is before the start of take \"Walk\""},
+        {nullptr, range(50, {}), ""},
+        {nullptr, range(-9, 0), ""},
+        // A step of 1e-6 s is less than half of what a single-precision number near 64 s can differ by (2^-18 s).
+        {"time-stands-still",
+         [](ExportQuestion& q, SceneFacts& s)
+         {
+             q.rate = "1000000";
+             s.takes[0] = {"Walk", 64.0, 65.0};
+         },
+         "a step of 1e-06 s is lost in the single precision of 65 s; take \"Walk\""},
+        // 2,000,001 x (64 x 36 + 20) bytes.
+        {"too-many-samples",
+         [](ExportQuestion& q, SceneFacts& s)
+         {
+             q.rate = "1000000";
+             s.models.resize(64, {0, false, false});
+         },
+         "2,000,001 samples of 64 nodes and 1 camera are about 4,648,002,324 bytes"},
+        {"take-names-no-file", names("", "b", false), "no file can be named after take \"\""},
+        {"take-names-no-file", names("a/b", "b", false), "take \"a/b\""},
+        {"same-file", names("A b", "A_b", false), "takes \"A b\" and \"A_b\" would both be written to"},
+        {"same-file", names("Walk", "WALK", true), "takes \"Walk\" and \"WALK\" would both be written to"},
+        {"same-file", names("\xC3\xA4", "\xC3\x84", true), "which is the same file as"},
+        {nullptr, names("Walk", "WALK", false), ""},
+        {"device-name", names("COM1", "b", true), "\"COM1\" is the name of a device"},
+        {"device-name", names("b", "nul.x", true), "\"NUL\" is the name of a device"},
+        {nullptr, names("COM1", "nul.x", false), ""},
+        {nullptr, names("COM", "NULL", true), ""},
+        {"bad-character", names("a*", "b", true), "no name of a file can have the character \"*\""},
+        {"no-folder", path("gone/out.tv2"), "No such file or directory"},
+        {"no-folder", path("file/out.tv2"), "Not a directory"},
+        {"not-a-file", path("folder.tv2"), "Is a directory"},
+        {"is-the-scene",
+         [this](ExportQuestion&, SceneFacts& s)
+         {
+             Write("out.tv2");
+             s.files = {Path("out.tv2")};
+         },
+         "it is the scene file itself"},
+        {"is-the-scene",
+         [this](ExportQuestion&, SceneFacts& s) {
+             s.files = {Path("scene.bvh"), Path("out.tv2")};
+         },
+         "the scene was read from it"},
+    };
+    for (const auto& c : cases)
+    {
+        const RulesPlan plan = Plan(c.change);
+        SCOPED_TRACE(c.part_of_the_text);
+        EXPECT_STREQ(plan.objection.code, c.code) << plan.objection.text;
+        EXPECT_NE(plan.objection.text.find(c.part_of_the_text), std::string::npos) << plan.objection.text;
+    }
+}
+
+#if !defined(_WIN32)
+TEST_F(RulesTest, OnlyFilesOfTheirOwnAreTargets)
+{
+    ASSERT_EQ(::mkfifo(Path("out.tv2").c_str(), 0600), 0);
+    EXPECT_STREQ(Plan().objection.code, "not-a-file");
+    fs::remove(Path("out.tv2"));
+    fs::create_symlink("/dev/null", Path("out.tv2"));
+    EXPECT_STREQ(Plan().objection.code, "not-a-file");
+    fs::remove(Path("out.tv2"));
+    fs::create_symlink(Path("scene.bvh"), Path("out.tv2"));
+    EXPECT_STREQ(Plan().objection.code, "is-the-scene");
+
+    Write("out_Walk.tv2");
+    fs::create_hard_link(Path("out_Walk.tv2"), Path("out_Run.tv2"));
+    const auto all = [](ExportQuestion& q, SceneFacts&) { q.all_takes = true; };
+    EXPECT_STREQ(Plan(all).objection.code, "same-file");
+    fs::remove(Path("out_Run.tv2"));
+    EXPECT_STREQ(Plan(all).objection.code, nullptr);
+}
+#endif
+
+TEST_F(RulesTest, RatesAreNumbersFractionsAndNames)
+{
+    const struct
+    {
+        const char* text;
+        double rate;
+        const char* note;
+    } cases[] = {
+        {"", 25.0, ""},
+        {"scene", 25.0, ""},
+        {"pal", 50.0, ""},
+        {"NTSC", 59.94, ""},
+        {"film", 24.0, ""},
+        {"60", 60.0, ""},
+        {"29.97", 29.97, ""},
+        {"60/2", 30.0, ""},
+        {"30000/1001", 30000.0 / 1001.0, "the rate 30000/1001 is rounded to single precision: 29.97003"},
+    };
+    for (const auto& c : cases)
+    {
+        const RulesPlan plan = Plan(
+            [&c](ExportQuestion& q, SceneFacts& s)
+            {
+                q.rate = c.text;
+                s.takes.resize(1);
+            });
+        EXPECT_EQ(plan.rate, c.rate) << c.text;
+        EXPECT_EQ(plan.files.at(0).range.rate, static_cast<float>(c.rate)) << c.text;
+        EXPECT_EQ(plan.notes.empty() ? "" : plan.notes[0].substr(0, std::string(c.note).size()), c.note);
+        EXPECT_EQ(plan.notes.empty(), c.note[0] == '\0') << c.text;
+    }
+}
+
+TEST_F(RulesTest, NotesSayWhatIsCutOrLeftOut)
+{
+    const RulesPlan plan = Plan(
+        [](ExportQuestion& q, SceneFacts& s)
+        {
+            q.start_frame = -5;
+            q.end_frame = 10;
+            s.takes[0].stop = 2.03; // frame 50.75
+            s.takes.push_back({"Jump", 0.0, 1.0});
+        });
+    const std::vector<std::string> expected = {
+        "the range is cut to the take: \"Walk\" has frames 0 to 50 (0 to 2 s)",
+        "the end of take \"Walk\" is between two frames, at 50.75: frame 50 is used",
+        "2 other takes are not exported: \"Run\", \"Jump\" (--all-takes)"};
+    EXPECT_EQ(plan.notes, expected);
+    EXPECT_EQ(plan.files.at(0).range.start, 0.0f);
+    EXPECT_EQ(plan.files.at(0).range.end, 0.4f);
+}
+
+TEST_F(RulesTest, CountsWhatIsSelected)
+{
+    const auto count = [this](std::vector<std::size_t> selected)
+    {
+        const RulesPlan plan = Plan(
+            [&](ExportQuestion&, SceneFacts& s)
+            {
+                for (const std::size_t model : selected)
+                    s.models[model].selected = true;
+            });
+        return std::pair(plan.nodes, plan.cameras);
+    };
+    using Counts = std::pair<std::size_t, std::size_t>;
+    EXPECT_EQ(count({}), Counts(4, 1));
+    EXPECT_EQ(count({0}), Counts(4, 1));
+    EXPECT_EQ(count({1, 2}), Counts(3, 0)); // hips, leg and a root of the exporter's own
+    EXPECT_EQ(count({3}), Counts(2, 1));
+}
+
+TEST_F(RulesTest, SpeaksC)
+{
+    const std::string path = Path(".tv2");
+    const std::string scene = Path("scene.bvh");
+    const tv2_rules_take takes[] = {{"Walk", 0.0, 2.0}, {"Run", 1.0, 2.0}};
+    const tv2_rules_model models[] = {{-1, 0, 0}, {0, 0, 0}};
+    const char* const files[] = {scene.c_str()};
+    const int32_t start = 30;
+    tv2_rules_request request{};
+    request.size = sizeof request;
+    request.path = path.c_str();
+    request.rate = "48";
+    request.start_frame = &start;
+    request.all_takes = 1;
+    request.python_wording = 1;
+    request.has_scene = 1;
+    request.transport_rate = 25.0;
+    request.takes = takes;
+    request.take_count = 2;
+    request.current_take = 0;
+    request.models = models;
+    request.model_count = 2;
+    request.files = files;
+    request.file_count = 1;
+    tv2_rules_plan* plan = tv2_rules_check(&request);
+    ASSERT_NE(plan, nullptr);
+    EXPECT_EQ(tv2_rules_objection(plan), nullptr);
+    EXPECT_EQ(tv2_rules_objection_code(plan), nullptr);
+    EXPECT_EQ(tv2_rules_rate(plan), 48.0);
+    EXPECT_EQ(tv2_rules_start_frame(plan), 30);
+    EXPECT_EQ(tv2_rules_whole_take(plan), 0);
+    ASSERT_EQ(tv2_rules_file_count(plan), 2u);
+    const tv2_rules_file file = tv2_rules_file_at(plan, 1);
+    EXPECT_EQ(file.path, Path("Run.tv2"));
+    EXPECT_EQ(file.take, 1u);
+    EXPECT_EQ(file.start, static_cast<double>(1.2f));
+    EXPECT_EQ(file.end, 2.0);
+    EXPECT_EQ(tv2_rules_file_at(plan, 2).path, nullptr);
+    EXPECT_EQ(tv2_rules_note_count(plan), 0u);
+    EXPECT_EQ(tv2_rules_note(plan, 0), nullptr);
+    tv2_rules_free(plan);
+
+    request.rate = "0";
+    plan = tv2_rules_check(&request);
+    EXPECT_STREQ(tv2_rules_objection_code(plan), "rate-out-of-range");
+    EXPECT_NE(std::string(tv2_rules_objection(plan)).find("; fps takes"), std::string::npos);
+    tv2_rules_free(plan);
+
+    request.size = 8;
+    EXPECT_EQ(tv2_rules_check(&request), nullptr);
+    EXPECT_EQ(tv2_rules_check(nullptr), nullptr);
+    EXPECT_EQ(tv2_rules_frame_at(-0.99, 25.0), -24);
+}
+
+} // namespace
+} // namespace tev2_exporter
