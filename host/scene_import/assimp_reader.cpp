@@ -71,25 +71,6 @@ private:
     const std::string& bytes_;
 };
 
-// The library chooses its reader by this.
-const char* ExtensionOf(SceneFormat format)
-{
-    switch (format)
-    {
-    case SceneFormat::Bvh:
-        return ".bvh";
-    case SceneFormat::GltfText:
-        return ".gltf";
-    case SceneFormat::GltfBinary:
-        return ".glb";
-    case SceneFormat::Collada:
-        return ".dae";
-    case SceneFormat::Fbx: // never asked for
-        break;
-    }
-    return "";
-}
-
 // The library goes by a name that nobody gave the file.
 std::string WithPath(std::string text, const std::string& name, const std::string& path)
 {
@@ -108,9 +89,9 @@ std::string OneLine(std::string text)
 } // namespace
 
 const aiScene* ReadWithAssimp(Assimp::Importer& importer, const std::string& path, const std::string& bytes,
-                              SceneFormat format, ImportNotes& notes, std::string& cause)
+                              const char* extension, ImportNotes& notes, std::string& cause)
 {
-    const std::string name = path + ExtensionOf(format);
+    const std::string name = path + extension;
     const unsigned violations_before = g_violated_assertions;
     const aiScene* scene = nullptr;
     SceneFileSystem files(name, bytes);

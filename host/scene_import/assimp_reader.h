@@ -13,9 +13,9 @@
 namespace mobu_host
 {
 
-// Reads `bytes` as a scene file of `format`; what it refers to is looked for beside `path`. The scene belongs
+// Reads `bytes` as a scene file of the format with this extension; what it refers to is looked for beside `path`. The scene belongs
 // to `importer`. Null with a one-line cause when it cannot be read; never throws, and never ends the process.
 const aiScene* ReadWithAssimp(Assimp::Importer& importer, const std::string& path, const std::string& bytes,
-                              SceneFormat format, ImportNotes& notes, std::string& cause);
+                              const char* extension, ImportNotes& notes, std::string& cause);
 
 } // namespace mobu_host

@@ -50,7 +50,7 @@ constexpr std::size_t kJsonOffset = 20;
 std::string_view JsonOf(const SceneFile& file)
 {
     const std::string_view bytes = file.bytes;
-    if (file.format == SceneFormat::GltfText)
+    if (!file.bytes.starts_with("glTF"))
         return bytes;
     if (bytes.size() < kJsonOffset)
         throw Damage("the file ends inside its header");
@@ -66,7 +66,7 @@ std::string_view JsonOf(const SceneFile& file)
 
 std::string WithJson(const SceneFile& file, std::string json)
 {
-    if (file.format == SceneFormat::GltfText)
+    if (!file.bytes.starts_with("glTF"))
         return json;
     const std::size_t old_end = kJsonOffset + ReadWord(file.bytes, 12);
     json.resize((json.size() + 3) / 4 * 4, ' ');

@@ -17,64 +17,11 @@ namespace
 {
 
 constexpr double kCentimetresPerMetre = 100.0;
-constexpr double kSmallestFigure = 0.3; // metres
-constexpr double kLargestFigure = 10.0;
 constexpr std::string_view kNamelessCollada = "$ColladaAutoName$";
 
 std::string TakeNameAsRead(const aiScene& scene, unsigned animation)
 {
     return scene.mAnimations[animation]->mName.C_Str();
-}
-
-// Seconds a frame; the import library keeps them only in single precision. 0 where the file states nothing
-// usable.
-double BvhFrameTime(std::string_view text)
-{
-    constexpr std::string_view kLabel = "Frame Time:";
-    const std::size_t label = text.find(kLabel);
-    if (label == std::string_view::npos)
-        return 0.0;
-    text.remove_prefix(label + kLabel.size());
-    text.remove_prefix(std::min(text.find_first_not_of(" \t"), text.size()));
-    double seconds = 0.0;
-    std::from_chars(text.data(), text.data() + text.size(), seconds);
-    return std::isfinite(seconds) && seconds > 0.0 ? seconds : 0.0;
-}
-
-struct Box
-{
-    aiVector3D least, most;
-};
-
-// Around the joints of the pose without motion; those of a BVH are only moved against their parents.
-void Enclose(const aiNode& node, aiVector3D place, Box& box)
-{
-    const aiMatrix4x4& local = node.mTransformation;
-    place += aiVector3D(local.a4, local.b4, local.c4);
-    if (!node.mParent)
-        box = {place, place};
-    for (unsigned axis = 0; axis < 3; ++axis)
-    {
-        box.least[axis] = std::min(box.least[axis], place[axis]);
-        box.most[axis] = std::max(box.most[axis], place[axis]);
-    }
-    for (unsigned i = 0; i < node.mNumChildren; ++i)
-        Enclose(*node.mChildren[i], place, box);
-}
-
-// A figure of a size that nobody has was most likely written in another unit.
-void TellImplausibleSize(const aiScene& scene, ImportNotes& notes)
-{
-    Box box;
-    Enclose(*scene.mRootNode, aiVector3D(), box);
-    const aiVector3D size = box.most - box.least;
-    const double metres = static_cast<double>(std::max({size.x, size.y, size.z})) / kCentimetresPerMetre;
-    if (metres <= 0.0 || (metres >= kSmallestFigure && metres <= kLargestFigure))
-        return;
-    char text[128];
-    std::snprintf(text, sizeof text,
-                  "BVH has no unit; one unit was taken as one centimetre: the figure is %.3g m tall", metres);
-    notes.Tell(text);
 }
 
 SourceLens LensOf(const aiCamera& camera)
@@ -90,42 +37,14 @@ SourceLens LensOf(const aiCamera& camera)
 
 } // namespace
 
-bool ImportBvh(const SceneFile& file, ImportNotes& notes, std::string& cause)
-{
-    Assimp::Importer importer;
-    const aiScene* const scene = ReadWithAssimp(importer, file.path, file.bytes, file.format, notes, cause);
-    if (!scene)
-        return false;
-    SceneReading reading;
-    reading.seconds_per_tick = BvhFrameTime(file.bytes);
-    if (reading.seconds_per_tick <= 0.0)
-    {
-        cause = "its frame time is not a number above 0";
-        return false;
-    }
-    reading.frames_per_second = 1.0 / reading.seconds_per_tick;
-    reading.describe = [](const aiNode& node)
-    {
-        SourceNode source;
-        source.name = node.mName.C_Str();
-        return source;
-    };
-    reading.take_name = [scene](unsigned animation) { return TakeNameAsRead(*scene, animation); };
-    reading.steps = [](unsigned, const std::string&) { return SceneReading::Steps(); };
-    if (!BuildScene(*scene, reading, notes, cause))
-        return false;
-    TellImplausibleSize(*scene, notes);
-    return true;
-}
-
 bool ImportGltf(const SceneFile& file, ImportNotes& notes, std::string& cause)
 {
     GltfDocument document;
     if (!ReadGltfDocument(file, document, notes, cause))
         return false;
     Assimp::Importer importer;
-    const aiScene* const scene =
-        ReadWithAssimp(importer, file.path, document.bytes, file.format, notes, cause);
+    const aiScene* const scene = ReadWithAssimp(
+        importer, file.path, document.bytes, file.bytes.starts_with("glTF") ? ".glb" : ".gltf", notes, cause);
     if (!scene)
         return false;
     SceneReading reading;
@@ -158,8 +77,7 @@ bool ImportCollada(const SceneFile& file, ImportNotes& notes, std::string& cause
 {
     const ColladaText text = ScanCollada(file.bytes);
     Assimp::Importer importer;
-    const aiScene* const scene =
-        ReadWithAssimp(importer, file.path, text.document, file.format, notes, cause);
+    const aiScene* const scene = ReadWithAssimp(importer, file.path, text.document, ".dae", notes, cause);
     if (!scene)
         return false;
     if (text.has_curves)

@@ -16,10 +16,6 @@ bool Refuse(const char* kind, std::string& cause)
 
 } // namespace
 
-bool ImportBvh(const SceneFile&, ImportNotes&, std::string& cause)
-{
-    return Refuse("BVH", cause);
-}
 bool ImportGltf(const SceneFile&, ImportNotes&, std::string& cause)
 {
     return Refuse("glTF", cause);

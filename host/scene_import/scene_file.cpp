@@ -1,13 +1,10 @@
 #include "host/scene_import/scene_file.h"
 
-#include <algorithm>
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
 #include <filesystem>
 #include <memory>
-#include <optional>
-#include <string_view>
 
 namespace mobu_host
 {
@@ -54,31 +51,6 @@ bool ReadBytes(const std::string& path, std::string& bytes, std::string& cause)
     return true;
 }
 
-// Text files begin with a comment that says so, mostly.
-bool IsFbx(std::string_view bytes)
-{
-    return bytes.starts_with("Kaydara FBX Binary") || bytes.starts_with("; FBX") ||
-           bytes.substr(0, 4096).find("FBXHeaderExtension") != std::string_view::npos;
-}
-
-std::optional<SceneFormat> FormatOf(std::string_view bytes)
-{
-    if (bytes.starts_with("glTF"))
-        return SceneFormat::GltfBinary;
-    if (IsFbx(bytes))
-        return SceneFormat::Fbx;
-    if (bytes.starts_with("\xEF\xBB\xBF"))
-        bytes.remove_prefix(3);
-    bytes.remove_prefix(std::min(bytes.find_first_not_of(" \t\r\n"), bytes.size()));
-    if (bytes.starts_with("HIERARCHY"))
-        return SceneFormat::Bvh;
-    if (bytes.starts_with("{"))
-        return SceneFormat::GltfText;
-    if (bytes.starts_with("<") && bytes.substr(0, 1 << 16).find("<COLLADA") != std::string_view::npos)
-        return SceneFormat::Collada;
-    return std::nullopt;
-}
-
 } // namespace
 
 bool ReadSceneFile(const std::string& path, SceneFile& file, std::string& error)
@@ -95,14 +67,7 @@ bool ReadSceneFile(const std::string& path, SceneFile& file, std::string& error)
         error = path + " is empty";
         return false;
     }
-    if (const std::optional<SceneFormat> format = FormatOf(file.bytes))
-    {
-        file.format = *format;
-        return true;
-    }
-
-    error = path + " is not a scene that can be read (FBX, BVH, glTF, GLB and Collada are)";
-    return false;
+    return true;
 }
 
 } // namespace mobu_host

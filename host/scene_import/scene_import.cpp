@@ -1,7 +1,7 @@
 #include "host/scene_import/scene_import.h"
 
-#include "host/scene_import/fbx/fbx_import.h"
-#include "host/scene_import/library_scenes.h"
+#include "host/scene_import/formats.h"
+#include "host/scene_import/parse_error.h"
 
 #include <mobu_host/scene.h>
 
@@ -12,21 +12,29 @@ namespace mobu_host
 namespace
 {
 
-bool Import(const SceneFile& file, const ImportOptions& options, ImportNotes& notes, std::string& cause)
+void Import(const SceneFile& file, const ImportOptions& options, SceneImportResult& result)
 {
-    switch (file.format)
+    const Format* const format = FormatOf(file.bytes);
+    if (format == nullptr)
     {
-    case SceneFormat::Bvh:
-        return ImportBvh(file, notes, cause);
-    case SceneFormat::GltfText:
-    case SceneFormat::GltfBinary:
-        return ImportGltf(file, notes, cause);
-    case SceneFormat::Collada:
-        return ImportCollada(file, notes, cause);
-    case SceneFormat::Fbx:
-        return fbx::ImportFbx(file.bytes, notes, cause, options);
+        result.error = file.path + " is not a scene that can be read (" + ReadableFormats() + " are)";
+        return;
     }
-    return false;
+    ImportNotes notes;
+    try
+    {
+        if (format->import == nullptr)
+            throw ParseError(std::string("this build does not read ") + format->name +
+                             " scenes: it was made without " + format->library);
+        result.source_files = format->import(file, options, notes);
+        result.ok = true;
+        SetSceneFilePath(file.path.c_str());
+    }
+    catch (const ParseError& damage)
+    {
+        result.error = "cannot read " + file.path + ": " + damage.what();
+    }
+    result.notes = notes.Lines();
 }
 
 } // namespace
@@ -42,16 +50,8 @@ SceneImportResult ImportScene(const std::string& path, const ImportOptions& opti
             return result;
         }
         SceneFile file;
-        if (!ReadSceneFile(path, file, result.error))
-            return result;
-        ImportNotes notes;
-        std::string cause;
-        result.ok = Import(file, options, notes, cause);
-        result.notes = notes.Lines();
-        if (result.ok)
-            SetSceneFilePath(path.c_str());
-        else
-            result.error = "cannot read " + path + ": " + cause;
+        if (ReadSceneFile(path, file, result.error))
+            Import(file, options, result);
     }
     catch (const std::exception& error) // out of memory
     {

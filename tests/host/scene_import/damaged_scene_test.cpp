@@ -52,9 +52,9 @@ TEST_F(DamagedSceneTest, EachNamesFileAndCause)
         {"cut_early.bvh", "HIERARCHY\nROOT a\n{\nOFF", "cut_early.bvh"},
         {"no_time.bvh", Bvh("0 0 0", "Frames: 1\n1\n"), "no_time.bvh"},
         {"zero_time.bvh", Bvh("0 0 0", "Frames: 1\nFrame Time: 0\n1\n"), "frame time"},
-        {"nan.bvh", Bvh("nan 0 0", "Frames: 1\nFrame Time: 0.04\n1\n"), "not a number"},
-        {"nan_key.bvh", Bvh("0 0 0", "Frames: 1\nFrame Time: 0.04\ninf\n"), "not a number"},
-        {"eternity.bvh", Bvh("0 0 0", "Frames: 2\nFrame Time: 1e30\n1\n2\n"), "out of all time"},
+        {"nan.bvh", Bvh("nan 0 0", "Frames: 1\nFrame Time: 0.04\n1\n"), "not a finite number"},
+        {"nan_key.bvh", Bvh("0 0 0", "Frames: 1\nFrame Time: 0.04\ninf\n"), "not a finite number"},
+        {"eternity.bvh", Bvh("0 0 0", "Frames: 2\nFrame Time: 1e30\n1\n2\n"), "longer than a million seconds"},
 
         {"cut.gltf", R"({"asset":{"version":"2.)", "damaged JSON at byte"},
         {"other.gltf", R"({"a":1})", "not a glTF scene"},

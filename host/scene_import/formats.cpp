@@ -1,0 +1,131 @@
+#include "host/scene_import/formats.h"
+
+#include "host/scene_import/bvh/bvh_reader.h"
+#include "host/scene_import/fbx/fbx_import.h"
+#include "host/scene_import/host_scene.h"
+#include "host/scene_import/library_scenes.h"
+#include "host/scene_import/parse_error.h"
+
+#include <algorithm>
+#include <cctype>
+#include <iterator>
+#include <utility>
+
+namespace mobu_host
+{
+namespace
+{
+
+using SourceFiles = std::vector<std::string>;
+
+constexpr std::size_t kLookedThrough = 1 << 16; // bytes
+
+std::string_view WithoutMarkAndBlanks(std::string_view bytes)
+{
+    if (bytes.starts_with("\xEF\xBB\xBF"))
+        bytes.remove_prefix(3);
+    bytes.remove_prefix(std::min(bytes.find_first_not_of(" \t\r\n"), bytes.size()));
+    return bytes;
+}
+
+// Text files begin with a comment that says so, mostly.
+bool IsFbx(std::string_view bytes)
+{
+    return bytes.starts_with("Kaydara FBX Binary") || bytes.starts_with("; FBX") ||
+           bytes.substr(0, 4096).find("FBXHeaderExtension") != std::string_view::npos;
+}
+
+bool IsBvh(std::string_view bytes)
+{
+    constexpr std::string_view kKeyword = "HIERARCHY";
+    const std::string_view first = WithoutMarkAndBlanks(bytes).substr(0, kKeyword.size());
+    return std::equal(first.begin(), first.end(), kKeyword.begin(), kKeyword.end(),
+                      [](char a, char b) { return std::toupper(static_cast<unsigned char>(a)) == b; });
+}
+
+bool IsGltf(std::string_view bytes)
+{
+    return bytes.starts_with("glTF") || WithoutMarkAndBlanks(bytes).starts_with("{");
+}
+
+// In UTF-16 as well, where every other byte of the names is zero.
+bool IsCollada(std::string_view bytes)
+{
+    std::string start(bytes.substr(0, kLookedThrough));
+    if (start.starts_with("\xFF\xFE") || start.starts_with("\xFE\xFF"))
+        start.erase(0, 2);
+    std::erase(start, '\0');
+    return WithoutMarkAndBlanks(start).starts_with("<") && start.find("<COLLADA") != std::string::npos;
+}
+
+SourceFiles ImportFbxFile(const SceneFile& file, const ImportOptions& options, ImportNotes& notes)
+{
+    std::string cause;
+    if (!fbx::ImportFbx(file.bytes, notes, cause, options))
+        throw ParseError(cause);
+    return {};
+}
+
+SourceFiles Build(SceneDescription&& scene, const ImportOptions& options, ImportNotes& notes)
+{
+    SourceFiles files = std::move(scene.source_files);
+    BuildHostScene(std::move(scene), options, notes);
+    return files;
+}
+
+SourceFiles ImportBvhFile(const SceneFile& file, const ImportOptions& options, ImportNotes& notes)
+{
+    return Build(bvh::ReadBvh(file.bytes, notes), options, notes);
+}
+
+SourceFiles ImportGltfFile(const SceneFile& file, const ImportOptions&, ImportNotes& notes)
+{
+    std::string cause;
+    if (!ImportGltf(file, notes, cause))
+        throw ParseError(cause);
+    return {};
+}
+
+SourceFiles ImportColladaFile(const SceneFile& file, const ImportOptions&, ImportNotes& notes)
+{
+    std::string cause;
+    if (!ImportCollada(file, notes, cause))
+        throw ParseError(cause);
+    return {};
+}
+
+constexpr Format kFormats[] = {
+    {"FBX", IsFbx, ImportFbxFile, "zlib"},
+    {"BVH", IsBvh, ImportBvhFile, ""},
+    {"glTF", IsGltf, ImportGltfFile, ""},
+    {"Collada", IsCollada, ImportColladaFile, ""},
+};
+
+} // namespace
+
+std::span<const Format> Formats()
+{
+    return kFormats;
+}
+
+const Format* FormatOf(std::string_view bytes)
+{
+    const auto* const found =
+        std::find_if(std::begin(kFormats), std::end(kFormats),
+                     [bytes](const Format& format) { return format.recognises(bytes); });
+    return found == std::end(kFormats) ? nullptr : found;
+}
+
+std::string ReadableFormats()
+{
+    std::vector<std::string> names;
+    for (const Format& format : kFormats)
+        if (format.import != nullptr)
+            names.emplace_back(format.name);
+    std::string line;
+    for (std::size_t i = 0; i < names.size(); ++i)
+        line += (i == 0 ? "" : i + 1 == names.size() ? " and " : ", ") + names[i];
+    return line;
+}
+
+} // namespace mobu_host

@@ -1,0 +1,36 @@
+#pragma once
+
+// The scene formats: the one list of what is read, and how it is recognised.
+
+#include "host/scene_import/import_notes.h"
+#include "host/scene_import/import_options.h"
+#include "host/scene_import/scene_file.h"
+
+#include <span>
+#include <string>
+#include <string_view>
+
+namespace mobu_host
+{
+
+struct Format
+{
+    const char* name;
+    bool (*recognises)(std::string_view bytes);
+
+    // Empties the host's scene and puts the file's content in its place; returns what else was read. Throws ParseError,
+    // with the scene as it was. Null where this build cannot read the format for want of `library`.
+    std::vector<std::string> (*import)(const SceneFile& file, const ImportOptions& options,
+                                       ImportNotes& notes);
+    const char* library;
+};
+
+std::span<const Format> Formats();
+
+// The one of these bytes. Null when none recognises them.
+const Format* FormatOf(std::string_view bytes);
+
+// "FBX, BVH, glTF and Collada": those that this build reads.
+std::string ReadableFormats();
+
+} // namespace mobu_host
