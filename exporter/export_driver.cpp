@@ -6,8 +6,10 @@
 #include "exporter/sampling/cameras.h"
 #include "exporter/sampling/key_reduction.h"
 #include "exporter/sampling/sample_take.h"
+#include "exporter/sampling/sampling_limits.h"
 #include "exporter/sampling/take_span.h"
 #include "exporter/text.h"
+#include "tev2_loader/io/scene_file.h"
 #include "tev2_loader/serialisation/file_writer.h"
 
 #include <algorithm>
@@ -78,7 +80,8 @@ std::vector<FBModel*> CollectExportModels(ExportContext& context)
 struct OutputFile
 {
     FBTake* take = nullptr;
-    std::u16string file_name;
+    std::u16string file_name; // one unit for each byte
+    std::string path;         // the bytes, as far as they are opened
 };
 
 std::vector<FBTake*> ExportTakes(ExportContext& context, const ExportOptions& options)
@@ -105,8 +108,18 @@ std::vector<OutputFile> ListOutputFiles(ExportContext& context, const ExportOpti
         WideText(path).Text(), take_names, options.AllTakes != 0, options.FilenameSpacesToUnderscores == 1);
     std::vector<OutputFile> files(takes.size());
     for (std::size_t i = 0; i < files.size(); ++i)
-        files[i] = {takes[i], std::move(names[i])};
+    {
+        std::string bytes = Narrow(names[i]).substr(0, kMostPathBytes);
+        files[i] = {takes[i], std::move(names[i]), std::move(bytes)};
+    }
     return files;
+}
+
+std::vector<FBTake*> TakesOf(const std::vector<OutputFile>& files)
+{
+    std::vector<FBTake*> takes(files.size());
+    std::ranges::transform(files, takes.begin(), &OutputFile::take);
+    return takes;
 }
 
 FBCameraSwitcher* FindCameraSwitcher()
@@ -116,23 +129,17 @@ FBCameraSwitcher* FindCameraSwitcher()
 }
 
 // False when the file is read-only and the user wants it kept.
-bool MayWrite(const std::u16string& file_name)
+bool MayWrite(const OutputFile& file)
 {
-    if (!platform::IsReadOnly(file_name))
+    if (!platform::IsReadOnly(file.path))
         return true;
-    const std::u16string question = file_name +
+    const std::u16string question = file.file_name +
                                     u" already exists and has read-only file properties!  Are you sure "
                                     u"that you wish to over-write this file?";
     if (!platform::AskOkCancel(u"Read Only File!", question))
         return false;
-    platform::MakeWritable(file_name);
+    platform::MakeWritable(file.path);
     return true;
-}
-
-void Write(const TEV2& scene, const std::u16string& file_name)
-{
-    TEV2_FILE_WRITER writer(TEV2_WIDE_STRING(file_name), false, true);
-    scene.Save(writer);
 }
 
 // Makes the file's take current, converts it and writes it. False when the conversion failed.
@@ -142,7 +149,7 @@ bool ExportTake(ExportContext& context, const ExportOptions& options, const Outp
     TEV2 scene;
     context.system.CurrentTake = file.take;
     const SampledModels sampled{models, camera_indices ? FindCameraSwitcher() : nullptr, camera_indices};
-    const SamplingRange range = GetSamplingRange(context, options);
+    const SamplingRange range = GetSamplingRange(context, file.take, options);
     FillFileInformation(context, file.file_name, scene.information);
     scene.environment.timeRange.minimum = range.start;
     scene.environment.timeRange.maximum = range.end;
@@ -154,7 +161,7 @@ bool ExportTake(ExportContext& context, const ExportOptions& options, const Outp
     if (options.RemoveNamespaceFromNames == 1)
         RemoveNamespaces(scene.matrixHierarchy);
     ReduceKeys(scene.matrixHierarchy);
-    Write(scene, file.file_name);
+    WriteSceneFile(scene, file.path); // a failure keeps the old file and is not reported
     return true;
 }
 
@@ -173,7 +180,7 @@ bool ExportFiles(ExportContext& context, const ExportOptions& options, const std
     }
 
     for (const OutputFile& file : files)
-        if (MayWrite(file.file_name) && !ExportTake(context, options, file, models, camera_indices.get()))
+        if (MayWrite(file) && !ExportTake(context, options, file, models, camera_indices.get()))
             return false;
 
     context.system.CurrentTake = current_take;
@@ -188,13 +195,16 @@ bool ExportFiles(ExportContext& context, const ExportOptions& options, const std
 
 unsigned ExportScene(ExportContext& context, const ExportOptions& options, const char* path)
 {
+    const std::vector<FBModel*> models = CollectExportModels(context);
+    const std::vector<OutputFile> files = ListOutputFiles(context, options, path);
+    if (!CanBeSampled(context, options, TakesOf(files), models))
+        return 0;
+
     FBScene& scene = *static_cast<FBScene*>(context.system.Scene);
     std::vector<bool> were_active;
     if (options.DisableConstraints == 1)
         were_active = DeactivateConstraints(scene);
 
-    const std::vector<FBModel*> models = CollectExportModels(context);
-    const std::vector<OutputFile> files = ListOutputFiles(context, options, path);
     if (!models.empty() && !ExportFiles(context, options, files, models))
         return 0;
 

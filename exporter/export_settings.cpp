@@ -90,9 +90,11 @@ std::string Format(float value)
 
 void RefreshFromScene(ExportContext& context, ExporterSettings& settings)
 {
-    FBTake* take = context.system.CurrentTake;
-    FBTimeSpan span = take->LocalTimeSpan;
     settings.transport_rate = context.player.GetTransportFpsValue();
+    FBTake* take = context.system.CurrentTake;
+    if (!take)
+        return; // the frames stay what they were
+    FBTimeSpan span = take->LocalTimeSpan;
     const auto frame = [&](const FBTime& time)
     { return ToInt32(std::round(time.GetSecondDouble() * settings.transport_rate)); };
     settings.take_start_frame = frame(span.GetStart());

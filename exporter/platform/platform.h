@@ -24,11 +24,11 @@ UtcTime CurrentUtcTime();
 // The name of the user who is logged in; none when it is unknown or longer than 63 bytes.
 std::optional<std::string> UserName();
 
-// True when `file_name` exists and is marked read-only. Paths are UTF-16 as the exporter holds them.
-bool IsReadOnly(const std::u16string& file_name);
+// True when there is a file at `path` that is marked read-only. Paths are bytes as they are opened for writing.
+bool IsReadOnly(const std::string& path);
 
 // Takes the read-only mark off; a failure shows when the file is opened.
-void MakeWritable(const std::u16string& file_name);
+void MakeWritable(const std::string& path);
 
 // Asks the user a question with the answers OK and Cancel; true for OK. Where nobody can be asked: false.
 bool AskOkCancel(const std::u16string& caption, const std::u16string& text);

@@ -1,7 +1,6 @@
 #include "exporter/platform/platform.h"
 
 #include "exporter/text.h"
-#include "tev2_loader/serialisation/file_writer.h"
 
 #include <algorithm>
 #include <cctype>
@@ -16,12 +15,6 @@ namespace tev2_exporter::platform
 {
 namespace
 {
-
-// The path under which the writer opens the file.
-std::string NarrowPath(const std::u16string& file_name)
-{
-    return TEV2_LOADER::NarrowFileName(TEV2_LOADER::TEV2_WIDE_STRING(file_name));
-}
 
 bool IsYes(std::string answer)
 {
@@ -56,16 +49,15 @@ std::optional<std::string> UserName()
 
 // A file that nobody may write: the permission bits decide, as the mark would on other systems, even for a
 // superuser who could write it all the same.
-bool IsReadOnly(const std::u16string& file_name)
+bool IsReadOnly(const std::string& path)
 {
     struct stat status;
-    return stat(NarrowPath(file_name).c_str(), &status) == 0 && S_ISREG(status.st_mode) &&
+    return stat(path.c_str(), &status) == 0 && S_ISREG(status.st_mode) &&
            (status.st_mode & (S_IWUSR | S_IWGRP | S_IWOTH)) == 0;
 }
 
-void MakeWritable(const std::u16string& file_name)
+void MakeWritable(const std::string& path)
 {
-    const std::string path = NarrowPath(file_name);
     struct stat status;
     if (stat(path.c_str(), &status) == 0)
         static_cast<void>(chmod(path.c_str(), (status.st_mode & 07777) | S_IWUSR));

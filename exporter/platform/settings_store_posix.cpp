@@ -1,9 +1,10 @@
 #include "exporter/platform/settings_store.h"
 
+#include "tev2_loader/io/whole_file.h"
+
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
-#include <sstream>
 
 namespace tev2_exporter::platform
 {
@@ -31,7 +32,11 @@ fs::path SettingsFile()
 // Lines of another form, and texts that no value can be that long, are passed over.
 SettingsReader::SettingsReader()
 {
-    std::ifstream file(SettingsFile());
+    const fs::path path = SettingsFile();
+    std::error_code ignored;
+    if (!fs::is_regular_file(path, ignored)) // opening a pipe would wait for its other end
+        return;
+    std::ifstream file(path);
     for (std::string line; std::getline(file, line);)
     {
         const std::size_t equals = line.find('=');
@@ -50,8 +55,7 @@ std::optional<std::string> SettingsReader::Read(const char* name) const
 
 SettingsWriter::SettingsWriter() = default;
 
-// Into a file of its own that takes the old one's place, so that settings are never half written. The old
-// ones stay where that fails.
+// Settings are never half written. The old ones stay where that fails.
 SettingsWriter::~SettingsWriter()
 {
     const fs::path path = SettingsFile();
@@ -59,15 +63,7 @@ SettingsWriter::~SettingsWriter()
         return;
     std::error_code ignored;
     fs::create_directories(path.parent_path(), ignored);
-    const fs::path fresh = path.string() + ".new";
-    std::ofstream file(fresh, std::ios::binary);
-    file << lines_;
-    file.close();
-    std::error_code error;
-    if (file)
-        fs::rename(fresh, path, error);
-    if (!file || error)
-        fs::remove(fresh, ignored);
+    TEV2_LOADER::WriteWholeFile(path.string(), lines_);
 }
 
 void SettingsWriter::Write(const char* name, const std::string& text)

@@ -1,5 +1,7 @@
 #include "exporter/platform/platform.h"
 
+#include "tev2_loader/io/windows_path.h"
+
 #include <windows.h>
 
 namespace tev2_exporter::platform
@@ -31,15 +33,15 @@ std::optional<std::string> UserName()
     return name;
 }
 
-bool IsReadOnly(const std::u16string& file_name)
+bool IsReadOnly(const std::string& path)
 {
-    const DWORD attributes = GetFileAttributesW(Wide(file_name));
+    const DWORD attributes = GetFileAttributesW(TEV2_LOADER::file_system::WidePath(path).c_str());
     return attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_READONLY) != 0;
 }
 
-void MakeWritable(const std::u16string& file_name)
+void MakeWritable(const std::string& path)
 {
-    SetFileAttributesW(Wide(file_name), FILE_ATTRIBUTE_NORMAL);
+    SetFileAttributesW(TEV2_LOADER::file_system::WidePath(path).c_str(), FILE_ATTRIBUTE_NORMAL);
 }
 
 bool AskOkCancel(const std::u16string& caption, const std::u16string& text)

@@ -3,6 +3,7 @@
 // The window of one take and the instants at which it is sampled. Pure arithmetic, single precision
 // throughout: the drift of the accumulated time is part of the result.
 
+#include <cstddef>
 #include <cstdint>
 
 namespace tev2_exporter
@@ -76,6 +77,12 @@ private:
 // less, for one that is not finite, and for one whose step is lost in the rounding of the largest time of the
 // window.
 bool TimeAdvances(const SamplingRange& range);
+
+// No file is larger: positions in it have 31 bits.
+inline constexpr double kFileSizeLimit = 2147483648.0;
+
+// Bytes of the keys that are sampled over `range`, before any are left out. Nodes and cameras alone are counted.
+double SampledBytes(const SamplingRange& range, std::size_t nodes, std::size_t cameras);
 
 // How many keys a track sampled over `range` should make room for: (end - start) x rate + 2 truncated toward
 // zero, held between 0 and a bound past which tracks rather grow as they go.

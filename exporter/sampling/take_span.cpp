@@ -5,17 +5,22 @@ namespace tev2_exporter
 namespace
 {
 
-TakeTimes CurrentTakeTimes(ExportContext& context)
+TakeTimes TimesOf(ExportContext& context, FBTake* take)
 {
     TakeTimes times;
     times.transport_rate = context.player.GetTransportFpsValue();
-    if (FBTake* take = context.system.CurrentTake)
+    if (take)
     {
         FBTimeSpan span = take->LocalTimeSpan;
         times.start = span.GetStart().GetSecondDouble();
         times.stop = span.GetStop().GetSecondDouble();
     }
     return times;
+}
+
+TakeTimes CurrentTakeTimes(ExportContext& context)
+{
+    return TimesOf(context, context.system.CurrentTake);
 }
 
 } // namespace
@@ -34,9 +39,9 @@ TakeSecondSpan GetTakeSecondSpan(ExportContext& context)
     return {whole.start, whole.end, times.transport_rate};
 }
 
-SamplingRange GetSamplingRange(ExportContext& context, const ExportOptions& options)
+SamplingRange GetSamplingRange(ExportContext& context, FBTake* take, const ExportOptions& options)
 {
-    const SamplingRange whole = WholeTake(CurrentTakeTimes(context), options.SamplingRate);
+    const SamplingRange whole = WholeTake(TimesOf(context, take), options.SamplingRate);
     return options.UseCustomRange == 1 ? CustomRange(whole, options.CustomStart, options.CustomEnd) : whole;
 }
 

@@ -29,7 +29,7 @@ TakeFrameSpan GetTakeFrameSpan(ExportContext& context);
 // The same span, as the seconds of those frames.
 TakeSecondSpan GetTakeSecondSpan(ExportContext& context);
 
-// What of the current take is sampled: all of it, or the custom range of `options` clamped into it.
-SamplingRange GetSamplingRange(ExportContext& context, const ExportOptions& options);
+// What of a take is sampled: all of it, or the custom range of `options` clamped into it. The take need not be current.
+SamplingRange GetSamplingRange(ExportContext& context, FBTake* take, const ExportOptions& options);
 
 } // namespace tev2_exporter

@@ -434,6 +434,17 @@ TEST_F(ExportDialog, ReadsStoredTextsAsTheyAre)
     EXPECT_EQ(settings.frame_rate, 25.0f);
 }
 
+TEST_F(ExportDialog, ShowsItsOwnFramesWithoutACurrentTake)
+{
+    mobu_host::ClearTakes();
+    ExporterSettings settings;
+    ExportContext context;
+    RefreshFromScene(context, settings);
+    EXPECT_EQ(settings.take_start_frame, -10);
+    EXPECT_EQ(settings.take_end_frame, 120);
+    EXPECT_EQ(settings.transport_rate, context.player.GetTransportFpsValue());
+}
+
 TEST_F(ExportDialog, RunsFromTheMenuEntry)
 {
     Tev2MotionBuilderExportTool tool;

@@ -1,6 +1,12 @@
 #include "tests/exporter/export_fixture.h"
 
 #include <algorithm>
+#include <limits>
+#if !defined(_WIN32)
+#include <csignal>
+#include <sys/resource.h>
+#include <sys/stat.h>
+#endif
 
 namespace tev2_exporter
 {
@@ -94,7 +100,7 @@ TEST_F(ExportDriver, AsksBeforeItWritesOverReadOnlyFiles)
     mobu_host::AddTake("A", 0.0, 1.0);
     mobu_host::AddTake("B", 0.0, 1.0);
     options_.AllTakes = 1;
-    const std::u16string kept = Widen((folder_ / "run_A.tv2").string());
+    const std::string kept = (folder_ / "run_A.tv2").string();
     for (const bool answer : {false, true})
     {
         TestPlatform& machine = TestPlatform::Get();
@@ -104,9 +110,10 @@ TEST_F(ExportDriver, AsksBeforeItWritesOverReadOnlyFiles)
         EXPECT_EQ(Run(), 1u);
         ASSERT_EQ(machine.questions.size(), 1u);
         EXPECT_EQ(machine.questions[0].caption, u"Read Only File!");
-        EXPECT_EQ(machine.questions[0].text, kept + u" already exists and has read-only file properties!  "
-                                                    u"Are you sure that you wish to over-write "
-                                                    u"this file?");
+        EXPECT_EQ(machine.questions[0].text, Widen(kept) +
+                                                 u" already exists and has read-only file properties!  "
+                                                 u"Are you sure that you wish to over-write "
+                                                 u"this file?");
         EXPECT_EQ(machine.read_only.contains(kept), !answer);
         EXPECT_EQ(std::filesystem::exists(folder_ / "run_A.tv2"), answer);
         EXPECT_TRUE(std::filesystem::exists(folder_ / "run_B.tv2"));
@@ -180,10 +187,86 @@ TEST_F(ExportDriver, FinishesTheRunWhenFilesCannotBeWritten)
     ExportContext context;
     EXPECT_EQ(ExportScene(context, options_, (folder_ / "missing" / "run.tv2").string().c_str()), 1u);
     EXPECT_EQ(ExportScene(context, options_, "/dev/full"), 1u); // no "." in it: named after the take
+    EXPECT_TRUE(FileNames(folder_).empty());
+}
+
 #if !defined(_WIN32)
-    std::filesystem::create_symlink("/dev/full", folder_ / "full.tv2");
-    EXPECT_EQ(Run("full.tv2"), 1u);
+TEST_F(ExportDriver, KeepsTheOldFileWhenTheNewOneCannotBeWritten)
+{
+    OneTake(1.0);
+    ASSERT_EQ(Run(), 1u);
+    const std::vector<std::uint8_t> old = Bytes("run.tv2");
+    mobu_host::AddModel("Hips");
+    rlimit before{};
+    getrlimit(RLIMIT_FSIZE, &before);
+    const auto handler = std::signal(SIGXFSZ, SIG_IGN);
+    for (const rlim_t bytes : {rlim_t{0}, rlim_t{100}, rlim_t{old.size()}})
+    {
+        const rlimit limit{bytes, before.rlim_max};
+        setrlimit(RLIMIT_FSIZE, &limit);
+        EXPECT_EQ(Run(), 1u);
+        setrlimit(RLIMIT_FSIZE, &before);
+        EXPECT_EQ(Bytes("run.tv2"), old);
+        EXPECT_EQ(FileNames(folder_), std::vector<std::string>{"run.tv2"});
+    }
+    std::signal(SIGXFSZ, handler);
+    ASSERT_EQ(Run(), 1u);
+    EXPECT_GT(Bytes("run.tv2").size(), old.size());
+}
+
+TEST_F(ExportDriver, DoesNotWaitForAPipe)
+{
+    OneTake(1.0);
+    ASSERT_EQ(mkfifo((folder_ / "run.tv2").c_str(), 0600), 0);
+    EXPECT_EQ(Run(), 1u);
+    EXPECT_TRUE(std::filesystem::is_fifo(folder_ / "run.tv2"));
+}
 #endif
+
+TEST_F(ExportDriver, RefusesWhatCannotBeSampledAndChangesNothing)
+{
+    mobu_host::ClearTakes();
+    FBTake* first = mobu_host::AddTake("A", 0.0, 1.0);
+    mobu_host::AddTake("Long", 0.0, 1000.0);
+    FBConstraint* constraint = mobu_host::AddConstraint("Active", true);
+    for (int i = 0; i < 999; ++i)
+        mobu_host::AddModel("Model");
+    FBSystem().CurrentTake = first;
+    options_.DisableConstraints = 1;
+    const float nan = std::numeric_limits<float>::quiet_NaN();
+    const float inf = std::numeric_limits<float>::infinity();
+    const struct
+    {
+        const char* what;
+        float rate;
+        std::uint32_t all_takes;
+        unsigned result;
+    } cases[] = {
+        {"the step is lost beside 1 s", 1e9f, 0, 0},
+        {"it is lost beside the 1000 s of another take", 40000.0f, 1, 0},
+        {"no number", nan, 0, 0},
+        {"endless", inf, 0, 0},
+        {"backward", -25.0f, 0, 0},
+        // 1000 nodes x 36 bytes x 60,001 samples are more than 2^31 bytes, x 59,001 are fewer; of 1 s both are.
+        {"too many samples for a file", 60.0f, 1, 0},
+        {"the same in a short take", 60.0f, 0, 1},
+        {"an infinite step", 0.0f, 0, 1}};
+    for (const auto& item : cases)
+    {
+        SCOPED_TRACE(item.what);
+        options_.SamplingRate = item.rate;
+        options_.AllTakes = item.all_takes;
+        int changes = 0;
+        mobu_host::ObserverCalls calls;
+        calls.on_goto = [&](FBTime, FBTake*) { ++changes; };
+        const mobu_host::SceneObserver observer(std::move(calls));
+        EXPECT_EQ(Run(), item.result);
+        EXPECT_EQ(changes == 0, item.result == 0);
+        EXPECT_EQ(FileNames(folder_).empty(), item.result == 0);
+        EXPECT_EQ(static_cast<FBTake*>(FBSystem().CurrentTake), first);
+        EXPECT_TRUE(constraint->Active);
+        std::filesystem::remove(folder_ / "run.tv2");
+    }
 }
 
 TEST_F(ExportDriver, SurvivesACallerWithoutPathOrTake)

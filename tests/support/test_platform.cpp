@@ -21,14 +21,14 @@ std::optional<std::string> UserName()
     return TestPlatform::Get().user;
 }
 
-bool IsReadOnly(const std::u16string& file_name)
+bool IsReadOnly(const std::string& path)
 {
-    return TestPlatform::Get().read_only.contains(file_name);
+    return TestPlatform::Get().read_only.contains(path);
 }
 
-void MakeWritable(const std::u16string& file_name)
+void MakeWritable(const std::string& path)
 {
-    TestPlatform::Get().read_only.erase(file_name);
+    TestPlatform::Get().read_only.erase(path);
 }
 
 bool AskOkCancel(const std::u16string& caption, const std::u16string& text)

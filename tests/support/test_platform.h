@@ -17,7 +17,7 @@ struct TestPlatform
 {
     UtcTime now{2024, 3, 5, 9, 7, 2};
     std::optional<std::string> user = "tester";
-    std::set<std::u16string> read_only;
+    std::set<std::string> read_only;
     bool answer = false;
 
     struct Question

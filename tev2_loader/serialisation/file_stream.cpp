@@ -31,6 +31,8 @@ TEV2_FILE_STREAM::~TEV2_FILE_STREAM()
 
 bool TEV2_FILE_STREAM::Latch(std::int32_t error)
 {
+    if (firstError_ == 0)
+        firstError_ = errno;
     lastError = error;
     return false;
 }
@@ -38,15 +40,24 @@ bool TEV2_FILE_STREAM::Latch(std::int32_t error)
 bool TEV2_FILE_STREAM::Open(const std::string& path, const char* mode)
 {
     Close();
-    handle = std::fopen(path.c_str(), mode);
-    if (handle == nullptr)
+    firstError_ = 0;
+    std::FILE* const file = std::fopen(path.c_str(), mode);
+    if (file == nullptr)
         return Latch(errno);
+    Take(file);
+    return true;
+}
+
+void TEV2_FILE_STREAM::Take(std::FILE* file)
+{
+    Close();
+    handle = file;
+    firstError_ = 0;
     if (!buffer_)
         buffer_.reset(new (std::nothrow) char[kBufferSize]); // without it the stream makes do with its own
     if (buffer_)
         std::setvbuf(handle, buffer_.get(), _IOFBF, kBufferSize);
     lastError = 0;
-    return true;
 }
 
 std::size_t TEV2_FILE_STREAM::Write(const void* data, std::size_t size)
@@ -55,6 +66,7 @@ std::size_t TEV2_FILE_STREAM::Write(const void* data, std::size_t size)
         return 0;
     if (handle == nullptr)
     {
+        errno = EBADF;
         Latch(EBADF);
         return 0;
     }
@@ -79,6 +91,7 @@ std::int32_t TEV2_FILE_STREAM::Tell()
     }
     if (position > INT32_MAX)
     {
+        errno = EFBIG;
         Latch(EFBIG);
         return -1;
     }

@@ -31,6 +31,13 @@ public:
     /// handle null when that fails.
     bool Open(const std::string& path, const char* mode);
 
+    /// Takes over a file that is open already, with the same buffer; one that was open is closed first.
+    void Take(std::FILE* file);
+
+    /// The errno value of the first operation that failed since the file was opened, 0 when none did. Unlike
+    /// lastError it outlives Close and names the cause of short writes.
+    int FirstError() const { return firstError_; }
+
     /// Writes size bytes and returns how many were taken. Less than size: the error is latched (EBADF on a
     /// closed stream). Because of the buffer a full disk may show only in a later Write, Seek, Flush or
     /// Close.
@@ -53,6 +60,7 @@ private:
     bool Latch(std::int32_t error);
 
     std::unique_ptr<char[]> buffer_; ///< the stream's while handle is open
+    int firstError_ = 0;
 };
 
 } // namespace TEV2_LOADER

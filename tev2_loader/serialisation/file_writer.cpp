@@ -53,6 +53,12 @@ TEV2_FILE_WRITER::TEV2_FILE_WRITER(const TEV2_WIDE_STRING& name, bool append, bo
     stream->Open(NarrowFileName(name), append ? "abS" : "wbS");
 }
 
+TEV2_FILE_WRITER::TEV2_FILE_WRITER(std::unique_ptr<TEV2_FILE_STREAM> openStream, const TEV2_WIDE_STRING& name,
+                                   bool requireChunkForWrites)
+    : requireChunk(requireChunkForWrites), stream(std::move(openStream)), fileName(name)
+{
+}
+
 std::uint32_t TEV2_FILE_WRITER::Write(const void* data, std::uint32_t size)
 {
     return static_cast<std::uint32_t>(WriteBlock(data, size));

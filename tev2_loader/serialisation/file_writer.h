@@ -29,6 +29,10 @@ public:
     /// Throws std::bad_alloc where memory runs out.
     TEV2_FILE_WRITER(const TEV2_WIDE_STRING& name, bool append, bool requireChunkForWrites);
 
+    /// Writes to a stream that is open already; `name` is kept and not opened.
+    TEV2_FILE_WRITER(std::unique_ptr<TEV2_FILE_STREAM> openStream, const TEV2_WIDE_STRING& name,
+                     bool requireChunkForWrites);
+
     bool chunkOpen = false;
     std::int32_t chunkStart = 0;
     bool requireChunk;

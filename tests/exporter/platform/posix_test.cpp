@@ -83,17 +83,10 @@ TEST(ReadOnlyMark, IsSeenAndTakenOffUnderEveryName)
 {
     const fs::path folder = testing::TempDir() + "read_only_mark";
     fs::create_directories(folder);
-    const struct
+    for (const char* const name : {"plain.tv2", "caf\xC3\xA9.tv2", "caf\xE9.tv2"})
     {
-        const char* name;    ///< on the disk
-        std::u16string text; ///< as the exporter holds it: each byte a unit, or UTF-16
-    } cases[] = {{"plain.tv2", u"plain.tv2"},
-                 {"caf\xC3\xA9.tv2", Widen("caf\xC3\xA9.tv2")},
-                 {"\xE4\xB8\xAD.tv2", u"\u4E2D.tv2"}};
-    for (const auto& item : cases)
-    {
-        const fs::path file = folder / item.name;
-        const std::u16string path = Widen((folder / "").string()) + item.text;
+        const fs::path file = folder / name;
+        const std::string path = file.string();
         std::ofstream(file) << "old";
         EXPECT_FALSE(IsReadOnly(path));
         fs::permissions(file, fs::perms::owner_read | fs::perms::group_read);
@@ -103,9 +96,9 @@ TEST(ReadOnlyMark, IsSeenAndTakenOffUnderEveryName)
         EXPECT_EQ(fs::status(file).permissions(),
                   fs::perms::owner_read | fs::perms::owner_write | fs::perms::group_read);
     }
-    const std::u16string missing = (folder / "missing.tv2").u16string();
+    const std::string missing = (folder / "missing.tv2").string();
     MakeWritable(missing);
-    for (const std::u16string& none : {missing, std::u16string(), folder.u16string()})
+    for (const std::string& none : {missing, std::string(), folder.string()})
         EXPECT_FALSE(IsReadOnly(none));
     EXPECT_FALSE(fs::exists(missing));
     fs::remove_all(folder);

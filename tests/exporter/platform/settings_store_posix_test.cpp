@@ -5,6 +5,7 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <sys/stat.h>
 
 namespace tev2_exporter::platform
 {
@@ -93,6 +94,32 @@ TEST_F(SettingsStore, WritesWholeFilesInPlaceOfTheOld)
     EXPECT_EQ(SettingsReader().Read("old"), std::nullopt);
     EXPECT_EQ(SettingsReader().Read("a"), "1");
     EXPECT_EQ(SettingsReader().Read("b"), "2");
+}
+
+// Processes share the folder, and users keep their settings elsewhere by way of a link.
+TEST_F(SettingsStore, WritesThroughLinksAndLeavesOtherFilesAlone)
+{
+    const fs::path folder = home_ / ".config/Tev2_Exporter_MB";
+    fs::create_directories(folder);
+    std::ofstream(home_ / "kept") << "old=1\n";
+    std::ofstream(home_ / "other") << "other";
+    fs::create_symlink(home_ / "kept", folder / "settings");
+    fs::create_symlink(home_ / "other", folder / "settings.new");
+    SettingsWriter().Write("a", "1");
+    EXPECT_TRUE(fs::is_symlink(folder / "settings"));
+    EXPECT_EQ(fs::file_size(home_ / "kept"), 4u);
+    EXPECT_EQ(fs::file_size(home_ / "other"), 5u);
+    EXPECT_EQ(SettingsReader().Read("a"), "1");
+}
+
+TEST_F(SettingsStore, DoesNotWaitForAPipe)
+{
+    const fs::path folder = home_ / ".config/Tev2_Exporter_MB";
+    fs::create_directories(folder);
+    ASSERT_EQ(mkfifo((folder / "settings").c_str(), 0600), 0);
+    EXPECT_EQ(SettingsReader().Read("a"), std::nullopt);
+    SettingsWriter().Write("a", "1");
+    EXPECT_TRUE(fs::is_fifo(folder / "settings"));
 }
 
 } // namespace

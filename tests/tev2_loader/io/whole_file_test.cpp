@@ -1,0 +1,343 @@
+// What WriteWholeFile leaves under the name, and beside it.
+
+#include "tests/tev2_loader/io/scratch_folder.h"
+
+#include "tev2_loader/io/scene_file.h"
+#include "tev2_loader/io/whole_file.h"
+#include "tev2_loader/serialisation/file_writer.h"
+
+#include <cerrno>
+#include <csignal>
+#include <fcntl.h>
+#include <stdexcept>
+#include <sys/resource.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+using namespace TEV2_LOADER;
+using namespace tev2_tests;
+
+namespace
+{
+
+using Names = std::vector<std::string>;
+
+struct stat StatusOf(const std::string& path)
+{
+    struct stat status
+    {
+    };
+    EXPECT_EQ(::stat(path.c_str(), &status), 0) << path;
+    return status;
+}
+
+mode_t ModeOf(const std::string& path)
+{
+    return StatusOf(path).st_mode & 07777;
+}
+
+/// A process that has ended.
+pid_t EndedProcess()
+{
+    const pid_t child = ::fork();
+    if (child == 0)
+        ::_exit(0);
+    ::waitpid(child, nullptr, 0);
+    return child;
+}
+
+TEST(WholeFile, ReplacesAFileAndKeepsItsPermissions)
+{
+    const ScratchFolder folder;
+    const std::string path = folder.Make("a.tv2", "old");
+    for (const mode_t mode : {0600u, 0664u, 0755u, 0200u})
+    {
+        ASSERT_EQ(::chmod(path.c_str(), mode), 0);
+        const ino_t before = StatusOf(path).st_ino;
+        EXPECT_EQ(WriteWholeFile(path, "new"), 0);
+        EXPECT_EQ(ModeOf(path), mode);
+        EXPECT_NE(StatusOf(path).st_ino, before) << "written into the old file";
+    }
+    ASSERT_EQ(::chmod(path.c_str(), 0600), 0);
+    EXPECT_EQ(folder.Content(path), "new");
+    EXPECT_EQ(folder.Names(), Names{"a.tv2"});
+}
+
+TEST(WholeFile, GivesNewFilesTheUsualPermissions)
+{
+    const ScratchFolder folder;
+    const mode_t before = ::umask(027);
+    EXPECT_EQ(WriteWholeFile(folder.Path("a"), ""), 0);
+    ::umask(before);
+    EXPECT_EQ(ModeOf(folder.Path("a")), 0640u);
+}
+
+TEST(WholeFile, IsWrittenUnderAnotherNameThatIsAsPrivate)
+{
+    const ScratchFolder folder;
+    const std::string path = folder.Make("a.tv2", "old");
+    ASSERT_EQ(::chmod(path.c_str(), 0600), 0);
+    const std::string part = ".a.tv2." + std::to_string(::getpid()) + "-";
+    const auto content = [&](std::unique_ptr<TEV2_FILE_STREAM>& stream)
+    {
+        const Names names = folder.Names();
+        EXPECT_EQ(names.size(), 2u);
+        EXPECT_TRUE(names.front().starts_with(part) && names.front().ends_with(".part")) << names.front();
+        EXPECT_EQ(ModeOf(folder.Path(names.front())), 0600u);
+        EXPECT_EQ(folder.Content(path), "old");
+        return stream->Write("new", 3) == 3;
+    };
+    EXPECT_EQ(WriteWholeFile(path, content), 0);
+    EXPECT_EQ(folder.Content(path), "new");
+}
+
+TEST(WholeFile, FollowsLinks)
+{
+    const ScratchFolder folder;
+    fs::create_directories(folder.Path("far/there"));
+    const std::string old_file = folder.Make("far/there/old.tv2", "old");
+    const struct
+    {
+        const char* link;
+        const char* to;
+        const char* file;
+    } cases[] = {{"relative.tv2", "far/there/old.tv2", "far/there/old.tv2"},
+                 {"far/second.tv2", "../relative.tv2", "far/there/old.tv2"},
+                 {"dangling.tv2", "far/there/new.tv2", "far/there/new.tv2"},
+                 {"absolute.tv2", old_file.c_str(), "far/there/old.tv2"}};
+    for (const auto& item : cases)
+    {
+        fs::create_symlink(item.to, folder.Path(item.link));
+        EXPECT_EQ(WriteWholeFile(folder.Path(item.link), item.link), 0);
+        EXPECT_TRUE(fs::is_symlink(folder.Path(item.link))) << item.link;
+        EXPECT_EQ(folder.Content(folder.Path(item.file)), item.link);
+    }
+    fs::create_symlink("circle", folder.Path("circle"));
+    EXPECT_EQ(WriteWholeFile(folder.Path("circle"), "new"), ELOOP);
+    EXPECT_TRUE(fs::is_symlink(folder.Path("circle")));
+}
+
+/// Every way for the content to be incomplete: the old file stays, and nothing else.
+TEST(WholeFile, KeepsTheOldFileWhenTheContentIsIncomplete)
+{
+    using Stream = std::unique_ptr<TEV2_FILE_STREAM>;
+    const auto write = [](Stream& stream) { return stream->Write("half", 4) == 4; };
+    const struct
+    {
+        const char* what;
+        FileContent content;
+        int error;
+    } cases[] = {{"it says so", [&](Stream& s) { return write(s) && false; }, EIO},
+                 {"an error was latched", [&](Stream& s) { return write(s) && !s->Seek(-100); }, EINVAL},
+                 {"it cannot be closed",
+                  [&](Stream& s) { return write(s) && ::close(::fileno(s->handle)) == 0; }, EBADF},
+                 {"it begins otherwise", [&](Stream& s) { return s->Write("Half", 4) == 4; }, EIO},
+                 {"it is too short", [&](Stream& s) { return s->Write("h", 1) == 1; }, EIO}};
+    for (const char* const old : {"old", ""})
+        for (const auto& item : cases)
+        {
+            const ScratchFolder folder;
+            const std::string path = *old ? folder.Make("a", old) : folder.Path("a");
+            EXPECT_EQ(WriteWholeFile(path, item.content, "half"), item.error) << item.what;
+            EXPECT_EQ(folder.Names(), *old ? Names{"a"} : Names{}) << item.what;
+            EXPECT_EQ(folder.Content(path), old) << item.what;
+        }
+    const ScratchFolder folder;
+    const std::string path = folder.Make("a", "old");
+    const FileContent thrower = [&](Stream&) -> bool { throw std::runtime_error("content"); };
+    EXPECT_THROW(WriteWholeFile(path, thrower), std::runtime_error);
+    EXPECT_EQ(folder.Names(), Names{"a"});
+    EXPECT_EQ(folder.Content(path), "old");
+}
+
+/// While it lives no file of this process may grow larger, and the signal for that is ignored.
+class FileSizeLimit
+{
+public:
+    explicit FileSizeLimit(rlim_t bytes) : handler_(std::signal(SIGXFSZ, SIG_IGN))
+    {
+        ::getrlimit(RLIMIT_FSIZE, &before_);
+        const rlimit limit{bytes, before_.rlim_max};
+        ::setrlimit(RLIMIT_FSIZE, &limit);
+    }
+    ~FileSizeLimit()
+    {
+        ::setrlimit(RLIMIT_FSIZE, &before_);
+        std::signal(SIGXFSZ, handler_);
+    }
+    FileSizeLimit(const FileSizeLimit&) = delete;
+    FileSizeLimit& operator=(const FileSizeLimit&) = delete;
+
+private:
+    void (*handler_)(int);
+    rlimit before_{};
+};
+
+TEST(WholeFile, KeepsTheOldSceneWhereverTheDiskEnds)
+{
+    const ScratchFolder folder;
+    const std::string path = folder.Path("a.tv2");
+    TEV2 scene;
+    ASSERT_EQ(WriteSceneFile(scene, path), 0);
+    const std::string old = folder.Content(path);
+    scene.information.infoText = TEV2_WIDE_STRING(std::u16string(300, u'x'));
+    for (rlim_t bytes = 0; bytes < old.size() + 600; ++bytes)
+    {
+        const FileSizeLimit limit(bytes);
+        ASSERT_EQ(WriteSceneFile(scene, path), EFBIG) << bytes;
+        ASSERT_EQ(folder.Names(), Names{"a.tv2"}) << bytes;
+        ASSERT_EQ(folder.Content(path), old) << bytes;
+    }
+    const FileSizeLimit limit(old.size() + 600);
+    EXPECT_EQ(WriteSceneFile(scene, path), 0);
+    EXPECT_EQ(folder.Content(path).size(), old.size() + 600);
+}
+
+TEST(WholeFile, GoesStraightToTheNameWhereThereIsNoOtherWay)
+{
+    const ScratchFolder folder;
+    const auto written_into = [&](const std::string& path)
+    {
+        const ino_t before = StatusOf(path).st_ino;
+        EXPECT_EQ(WriteWholeFile(path, "new"), 0);
+        EXPECT_EQ(folder.Content(path), "new");
+        return StatusOf(path).st_ino == before;
+    };
+    const std::string name(255, 'n'); // the longest that file systems take
+    EXPECT_TRUE(written_into(folder.Make(name, "old")));
+
+    // Paths that only the part file would make too long: ".", ".", process, "-", number and ".part" are at least 12.
+    for (const std::size_t length : {kMostPathBytes, kMostPathBytes - 9})
+    {
+        const std::string base = folder.Path("");
+        ASSERT_LT(base.size() + 20, length - 120);
+        const std::string sub(120, 'd');
+        fs::create_directories(folder.Path(sub));
+        const std::string path =
+            folder.Make(sub + "/" + std::string(length - base.size() - sub.size() - 1, 'n'), "old");
+        ASSERT_EQ(path.size(), length);
+        EXPECT_TRUE(written_into(path));
+    }
+    EXPECT_EQ(WriteWholeFile("/dev/null", "new"), 0);
+    EXPECT_EQ(StatusOf("/dev/null").st_mode & S_IFMT, mode_t{S_IFCHR});
+}
+
+/// Permissions mean nothing to a superuser: the test takes the rights of another user, in a process of its own.
+template <typename Test>
+void AsOrdinaryUser(Test&& test)
+{
+    const pid_t child = ::fork();
+    if (child == 0)
+    {
+        constexpr uid_t kNobody = 65534;
+        if (::geteuid() == 0 && (::setgid(kNobody) != 0 || ::setuid(kNobody) != 0))
+            ::_exit(2);
+        ::_exit(test() ? 0 : 1);
+    }
+    int status = 0;
+    ::waitpid(child, &status, 0);
+    ASSERT_TRUE(WIFEXITED(status));
+    if (WEXITSTATUS(status) == 2)
+        GTEST_SKIP() << "another user cannot be taken on here";
+    EXPECT_EQ(WEXITSTATUS(status), 0);
+}
+
+TEST(WholeFile, GoesStraightToTheNameInAFolderThatMayNotBeChanged)
+{
+    const ScratchFolder folder;
+    const std::string path = folder.Make("a", "old");
+    ASSERT_EQ(::chmod(path.c_str(), 0666), 0);
+    ASSERT_EQ(::chmod(folder.Path("").c_str(), 0555), 0);
+    AsOrdinaryUser(
+        [&]
+        { return WriteWholeFile(path, "new") == 0 && WriteWholeFile(folder.Path("b"), "new") == EACCES; });
+    EXPECT_EQ(folder.Content(path), "new");
+    EXPECT_EQ(folder.Names(), Names{"a"});
+}
+
+/// In a folder that all may write to, renaming would replace what its owner alone may write to.
+TEST(WholeFile, DoesNotReplaceWhatMayNotBeWrittenTo)
+{
+    const ScratchFolder folder;
+    const std::string path = folder.Make("a", "old");
+    ASSERT_EQ(::chmod(path.c_str(), 0444), 0);
+    ASSERT_EQ(::chmod(folder.Path("").c_str(), 0777), 0);
+    AsOrdinaryUser([&] { return WriteWholeFile(path, "new") == EACCES; });
+    EXPECT_EQ(folder.Content(path), "old");
+    EXPECT_EQ(folder.Names(), Names{"a"});
+}
+
+/// A file of another owner in a sticky folder may be written to but not replaced.
+TEST(WholeFile, GoesStraightToTheNameWhenReplacingIsRefused)
+{
+    if (::geteuid() != 0)
+        GTEST_SKIP() << "takes a superuser to prepare";
+    const ScratchFolder folder;
+    const std::string path = folder.Make("a", "old");
+    ASSERT_EQ(::chmod(path.c_str(), 0666), 0);
+    ASSERT_EQ(::chmod(folder.Path("").c_str(), 01777), 0);
+    const ino_t before = StatusOf(path).st_ino;
+    AsOrdinaryUser([&] { return WriteWholeFile(path, "new") == 0; });
+    EXPECT_EQ(folder.Content(path), "new");
+    EXPECT_EQ(StatusOf(path).st_ino, before);
+    EXPECT_EQ(folder.Names(), Names{"a"});
+}
+
+TEST(WholeFile, NeverWaitsForAPipe)
+{
+    const ScratchFolder folder;
+    const std::string path = folder.Path("pipe");
+    ASSERT_EQ(::mkfifo(path.c_str(), 0600), 0);
+    EXPECT_NE(WriteWholeFile(path, "new"), 0);
+    const int reader = ::open(path.c_str(), O_RDONLY | O_NONBLOCK);
+    EXPECT_EQ(WriteWholeFile(path, "new"), ESPIPE);
+    ::close(reader);
+    EXPECT_EQ(StatusOf(path).st_mode & S_IFMT, mode_t{S_IFIFO});
+    EXPECT_EQ(WriteWholeFile(folder.Path(""), "new"), EISDIR);
+    EXPECT_EQ(WriteWholeFile(folder.Path("no/folder"), "new"), ENOENT);
+    EXPECT_EQ(WriteWholeFile("", "new"), ENOENT);
+    EXPECT_EQ(folder.Names(), Names{"pipe"});
+}
+
+TEST(WholeFile, RemovesThePartFilesThatNobodyIsWriting)
+{
+    const ScratchFolder folder;
+    const std::string gone = std::to_string(EndedProcess());
+    const std::string alive = std::to_string(::getppid());
+    const std::string own = std::to_string(::getpid());
+    for (const std::string& name :
+         {".a.tv2." + gone + "-1.part", ".a.tv2." + gone + "-77.part", ".a.tv2." + own + "-9999.part"})
+        folder.Make(name, "abandoned");
+    Names kept = {".a.tv2." + alive + "-1.part",
+                  ".b.tv2." + gone + "-1.part",
+                  ".a.tv2." + gone + "-1.part.tv2",
+                  ".a.tv2." + gone + ".part",
+                  ".a.tv2." + gone + "-.part",
+                  ".a.tv2.x" + gone + "-1.part",
+                  ".a.tv2.-1.part",
+                  "a.tv2." + gone + "-1.part"};
+    for (const std::string& name : kept)
+        folder.Make(name, "kept");
+    EXPECT_EQ(WriteWholeFile(folder.Path("a.tv2"), "new"), 0);
+    kept.emplace_back("a.tv2");
+    std::ranges::sort(kept);
+    EXPECT_EQ(folder.Names(), kept);
+}
+
+TEST(WholeFile, LeavesThePartFileOfAWriteInProgress)
+{
+    const ScratchFolder folder;
+    const std::string path = folder.Path("a");
+    const auto outer = [&](std::unique_ptr<TEV2_FILE_STREAM>& stream)
+    {
+        EXPECT_EQ(WriteWholeFile(path, "inner"), 0);
+        EXPECT_EQ(folder.Names().size(), 2u);
+        return stream->Write("outer", 5) == 5;
+    };
+    EXPECT_EQ(WriteWholeFile(path, outer), 0);
+    EXPECT_EQ(folder.Content(path), "outer");
+    EXPECT_EQ(folder.Names(), Names{"a"});
+}
+
+} // namespace

@@ -1,0 +1,47 @@
+#pragma once
+
+// What WriteWholeFile needs of the operating system; one source file for each system. Paths are bytes as the system's
+// 8-bit calls take them, errors are errno values.
+
+#include <cstdio>
+#include <string>
+
+namespace TEV2_LOADER::file_system
+{
+
+/// What is at a path before it is written to.
+struct Target
+{
+    std::string path; ///< where the file is or will be, links resolved
+    int error = 0;    ///< why it may not be written to, 0 when nothing is known against it
+    bool exists = false;
+    bool replaceable = false; ///< it exists and is a file with a name, not a folder or a device
+    unsigned mode = 0; ///< permissions, owner and group of a file that exists, where the system has them
+    unsigned owner = 0;
+    unsigned group = 0;
+};
+
+Target Examine(const std::string& path);
+
+/// Length of the part of a path up to and including its last separator.
+std::size_t FolderLength(const std::string& path);
+
+/// Creates a file for writing, where there is none; EEXIST when there is one. It is as private as the file that it will
+/// replace. Null and errno on failure.
+std::FILE* CreateNew(const std::string& path, const Target& replaced);
+
+/// Opens a file for writing and empties it, or creates it. Never waits: null, and errno set, for pipes and sockets.
+std::FILE* OpenForWriting(const std::string& path);
+
+/// Renames a finished part file to the target, with the permissions of the file that it replaces. False, and errno set,
+/// on failure; the target is then as it was.
+bool PutInPlace(const std::string& part, const Target& target);
+
+void Remove(const std::string& path);
+
+unsigned long ProcessId();
+
+/// Removes the files in `folder` named `prefix`<process>-<number>`suffix` that no process is writing any more.
+void RemoveAbandoned(const std::string& folder, const std::string& prefix, const std::string& suffix);
+
+} // namespace TEV2_LOADER::file_system
