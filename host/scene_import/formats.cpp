@@ -101,6 +101,13 @@ constexpr Format kFormats[] = {
     {"Collada", IsCollada, ImportColladaFile, ""},
 };
 
+template <typename Predicate>
+const Format* FirstOf(Predicate predicate)
+{
+    const auto* const found = std::find_if(std::begin(kFormats), std::end(kFormats), predicate);
+    return found == std::end(kFormats) ? nullptr : found;
+}
+
 } // namespace
 
 std::span<const Format> Formats()
@@ -110,10 +117,12 @@ std::span<const Format> Formats()
 
 const Format* FormatOf(std::string_view bytes)
 {
-    const auto* const found =
-        std::find_if(std::begin(kFormats), std::end(kFormats),
-                     [bytes](const Format& format) { return format.recognises(bytes); });
-    return found == std::end(kFormats) ? nullptr : found;
+    return FirstOf([bytes](const Format& format) { return format.recognises(bytes); });
+}
+
+const Format* FormatNamed(std::string_view name)
+{
+    return FirstOf([name](const Format& format) { return format.name == name; });
 }
 
 std::string ReadableFormats()

@@ -30,6 +30,9 @@ std::span<const Format> Formats();
 // The one of these bytes. Null when none recognises them.
 const Format* FormatOf(std::string_view bytes);
 
+// Null when there is none of this name.
+const Format* FormatNamed(std::string_view name);
+
 // "FBX, BVH, glTF and Collada": those that this build reads.
 std::string ReadableFormats();
 
