@@ -1,0 +1,20 @@
+#pragma once
+
+// Collada 1.4 and 1.5: the visual scene that the file shows, its cameras and what is animated of both. Opens no other
+// file.
+
+#include "host/scene_import/import_notes.h"
+#include "host/scene_import/scene_description.h"
+
+#include <string_view>
+
+namespace mobu_host::collada
+{
+
+// Whether a file looks like one, in whatever encoding.
+bool IsCollada(std::string_view bytes);
+
+// Throws ParseError.
+SceneDescription ReadScene(std::string_view bytes, ImportNotes& notes);
+
+} // namespace mobu_host::collada
