@@ -1,6 +1,7 @@
 #include "host/scene_import/formats.h"
 
 #include "host/scene_import/bvh/bvh_reader.h"
+#include "host/scene_import/collada/collada_reader.h"
 #include "host/scene_import/fbx/fbx_import.h"
 #include "host/scene_import/host_scene.h"
 #include "host/scene_import/library_scenes.h"
@@ -8,6 +9,7 @@
 
 #include <algorithm>
 #include <cctype>
+#include <cstddef>
 #include <iterator>
 #include <utility>
 
@@ -86,19 +88,20 @@ SourceFiles ImportGltfFile(const SceneFile& file, const ImportOptions&, ImportNo
     return {};
 }
 
-SourceFiles ImportColladaFile(const SceneFile& file, const ImportOptions&, ImportNotes& notes)
+#ifdef TV2_HAS_PUGIXML
+SourceFiles ImportColladaFile(const SceneFile& file, const ImportOptions& options, ImportNotes& notes)
 {
-    std::string cause;
-    if (!ImportCollada(file, notes, cause))
-        throw ParseError(cause);
-    return {};
+    return Build(collada::ReadScene(file.bytes, notes), options, notes);
 }
+#else
+constexpr std::nullptr_t ImportColladaFile = nullptr;
+#endif
 
 constexpr Format kFormats[] = {
     {"FBX", IsFbx, ImportFbxFile, "zlib"},
     {"BVH", IsBvh, ImportBvhFile, ""},
     {"glTF", IsGltf, ImportGltfFile, ""},
-    {"Collada", IsCollada, ImportColladaFile, ""},
+    {"Collada", IsCollada, ImportColladaFile, "pugixml"},
 };
 
 template <typename Predicate>

@@ -13,6 +13,5 @@ namespace mobu_host
 // Each empties the scene and puts the file's content in its place. False with a one-line cause when that fails; the
 // scene is then as it was.
 bool ImportGltf(const SceneFile& file, ImportNotes& notes, std::string& cause);
-bool ImportCollada(const SceneFile& file, ImportNotes& notes, std::string& cause);
 
 } // namespace mobu_host

@@ -20,9 +20,5 @@ bool ImportGltf(const SceneFile&, ImportNotes&, std::string& cause)
 {
     return Refuse("glTF", cause);
 }
-bool ImportCollada(const SceneFile&, ImportNotes&, std::string& cause)
-{
-    return Refuse("Collada", cause);
-}
 
 } // namespace mobu_host

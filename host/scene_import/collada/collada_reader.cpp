@@ -7,7 +7,6 @@
 #include "host/scene_import/collada/xml_document.h"
 #include "host/scene_import/parse_error.h"
 
-#include <algorithm>
 #include <limits>
 #include <string>
 
@@ -17,7 +16,6 @@ namespace
 {
 
 constexpr double kCentimetresPerMetre = 100.0;
-constexpr std::size_t kBytesSearched = std::size_t{1} << 16;
 
 // From the file's axes to +Y up; rows of +X, +Y and +Z.
 Affine AxesOf(const XmlDocument& document, Element asset)
@@ -63,19 +61,6 @@ std::uint32_t ShownScene(const XmlDocument& document, const DocumentIndex& index
 }
 
 } // namespace
-
-bool IsCollada(std::string_view bytes)
-{
-    // Letters are the same in all encodings, but for the zeros of wide ones.
-    const std::string_view head = bytes.substr(0, kBytesSearched);
-    std::string text;
-    std::copy_if(head.begin(), head.end(), std::back_inserter(text), [](char c) { return c != '\0'; });
-    for (const std::string_view mark : {"\xEF\xBB\xBF", "\xFF\xFE", "\xFE\xFF"})
-        if (text.starts_with(mark))
-            text.erase(0, mark.size());
-    const std::size_t first = text.find_first_not_of(" \t\r\n");
-    return first != std::string::npos && text[first] == '<' && text.find("<COLLADA") != std::string::npos;
-}
 
 SceneDescription ReadScene(std::string_view bytes, ImportNotes& notes)
 {

@@ -11,9 +11,6 @@
 namespace mobu_host::collada
 {
 
-// Whether a file looks like one, in whatever encoding.
-bool IsCollada(std::string_view bytes);
-
 // Throws ParseError.
 SceneDescription ReadScene(std::string_view bytes, ImportNotes& notes);
 

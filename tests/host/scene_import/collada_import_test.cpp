@@ -58,7 +58,7 @@ TEST_F(ColladaImportTest, AnimationStandsInTheSameSpace)
                                  R"(<node id="n1" name="Top"><translate sid="t">1 2 3</translate></node>)"));
     EXPECT_TRUE(result.notes.empty());
     EXPECT_EQ(StopOf(0), 2.0);
-    EXPECT_EQ(FBPlayerControl().GetTransportFpsValue(), 30.0);
+    EXPECT_EQ(FBPlayerControl().GetTransportFpsValue(), 24.0); // the lowest with frames at 0 and 2 s
     Goto(1.0);
     ExpectRow(Global("Top"), 3, 1 * 2.54, 3 * 2.54, -2 * 2.54);
     ExpectRow(Global("Top"), 2, 0, 1, 0);
