@@ -497,6 +497,24 @@ FBCamera* AddCamera(const std::string& long_name, FBModel* parent)
     return AddModelOf<FBCamera>(long_name, parent);
 }
 
+void OrderCameras(const std::vector<FBCamera*>& order)
+{
+    std::unordered_map<const FBComponent*, std::size_t> places;
+    for (const FBCamera* const camera : order)
+        places.emplace(camera, places.size());
+    auto& cameras = SdkAccess::Items(Scene().Cameras);
+    const auto own =
+        std::find_if(cameras.begin(), cameras.end(),
+                     [](FBComponent* camera) { return !static_cast<FBCamera*>(camera)->SystemCamera; });
+    const auto place = [&](const FBComponent* camera)
+    {
+        const auto found = places.find(camera);
+        return found == places.end() ? places.size() : found->second;
+    };
+    std::stable_sort(own, cameras.end(),
+                     [&](const FBComponent* a, const FBComponent* b) { return place(a) < place(b); });
+}
+
 FBCameraSwitcher* AddCameraSwitcher()
 {
     SceneState& state = TheScene();

@@ -54,6 +54,10 @@ Model* AddModelOf(const std::string& long_name, FBModel* parent = nullptr)
     return model;
 }
 
+// Puts the scene's own cameras into this order in Scene().Cameras, after the system's. Cameras that `order` leaves out
+// come last. Without it they stand in the order in which they were made.
+FBSDK_DLL void OrderCameras(const std::vector<FBCamera*>& order);
+
 // The "Camera Switcher" of the scene, made by the first call. Animate CurrentCameraIndex to switch over time.
 FBSDK_DLL FBCameraSwitcher* AddCameraSwitcher();
 

@@ -169,6 +169,47 @@ bool Curve::IsConstant() const
 
 double Curve::At(double seconds) const
 {
+    if (seconds < seconds_.front())
+        return Outside(seconds, false);
+    return seconds > seconds_.back() ? Outside(seconds, true) : Inside(seconds);
+}
+
+// Of the first segment where it begins, of the last where it ends.
+double Curve::EndSlope(bool last) const
+{
+    const std::size_t segment = last ? seconds_.size() - 2 : 0;
+    if (interpolations_[segment] == Interpolation::Cubic)
+        return last ? segments_[segment].left_slope : segments_[segment].right_slope;
+    return interpolations_[segment] == Interpolation::Straight ? StraightSlope(segment, segment + 1) : 0.0;
+}
+
+double Curve::Outside(double seconds, bool after) const
+{
+    using Kind = Extrapolation::Kind;
+    const Extrapolation& way = after ? after_ : before_;
+    const double end = after ? values_.back() : values_.front();
+    const double beyond = after ? seconds - seconds_.back() : seconds_.front() - seconds;
+    if (way.kind == Kind::Hold || way.repetitions == 0.0 || seconds_.size() < 2)
+        return end;
+    if (way.kind == Kind::Slope)
+        return end + EndSlope(after) * (after ? beyond : -beyond);
+    const double span = seconds_.back() - seconds_.front();
+    double whole = std::floor(beyond / span); // repetitions that are over
+    double part = std::min(1.0, beyond / span - whole);
+    if (whole >= way.repetitions)
+    {
+        whole = way.repetitions - 1.0;
+        part = 1.0;
+    }
+    const bool backward = way.kind == Kind::Mirror && std::fmod(whole, 2.0) == 0.0;
+    const double place = after == backward ? 1.0 - part : part;
+    const double value = Inside(seconds_.front() + place * span);
+    const double gain = values_.back() - values_.front();
+    return way.kind == Kind::RepeatOnward ? value + (after ? 1.0 : -1.0) * (whole + 1.0) * gain : value;
+}
+
+double Curve::Inside(double seconds) const
+{
     if (!(seconds > seconds_.front()))
         return values_.front();
     if (seconds >= seconds_.back())

@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <limits>
 #include <vector>
 
 namespace mobu_host::fbx
@@ -46,7 +47,22 @@ struct Key
     Tangent tangent;
 };
 
-// A value over time. The first and last key hold outside. Asking for times in order takes constant time: the curve
+// How a curve goes on before its first or after its last key.
+struct Extrapolation
+{
+    enum class Kind : std::uint8_t
+    {
+        Hold,         // the value of that key
+        Repeat,       // the curve again and again
+        Mirror,       // forward and backward in turn
+        RepeatOnward, // again and again, each time from where the one before ended
+        Slope         // straight on
+    };
+    Kind kind = Kind::Hold;
+    double repetitions = std::numeric_limits<double>::infinity(); // after which the value holds
+};
+
+// A value over time. The first and last key hold outside, unless it says otherwise. Asking for times in order takes constant time: the curve
 // remembers where it was.
 class Curve
 {
@@ -62,11 +78,20 @@ public:
     double FirstTime() const { return seconds_.front(); }
     double LastTime() const { return seconds_.back(); }
 
+    void Extrapolate(const Extrapolation& before, const Extrapolation& after)
+    {
+        before_ = before;
+        after_ = after;
+    }
+
     bool IsConstant() const;
     double At(double seconds) const; // of a curve that is not empty
 
 private:
     std::size_t SegmentAt(double seconds) const;
+    double Inside(double seconds) const;
+    double Outside(double seconds, bool after) const;
+    double EndSlope(bool last) const;
     double SlopeAt(std::size_t key, double side) const;
     double StraightSlope(std::size_t from, std::size_t to) const;
     double AutomaticSlope(std::size_t key, double bias) const;
@@ -82,6 +107,7 @@ private:
     std::vector<Interpolation> interpolations_;
     std::vector<Tangent> tangents_; // of each key while cubic ones are among them; empty after Close
     std::vector<Segment> segments_; // between the keys, when one of them is cubic
+    Extrapolation before_, after_;
     mutable std::size_t cursor_ = 0;
 };
 

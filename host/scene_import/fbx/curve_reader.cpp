@@ -1,5 +1,6 @@
 #include "host/scene_import/fbx/curve_reader.h"
 
+#include "host/scene_import/exportable_number.h"
 #include "host/scene_import/parse_error.h"
 #include "host/scene_import/scene_description.h"
 
@@ -100,15 +101,49 @@ Interpolation InterpolationOf(std::uint32_t flags)
 void CheckKey(const Key& key, std::size_t offset)
 {
     const Tangent& tangent = key.tangent;
-    const bool finite = std::isfinite(key.value) && std::isfinite(tangent.right_slope) &&
+    const bool finite = IsExportable(key.value) && std::isfinite(tangent.right_slope) &&
                         std::isfinite(tangent.left_slope) && std::isfinite(tangent.tcb_bias);
-    if (!finite || !(std::abs(key.seconds) <= kLongestTime))
-        throw ParseError(offset, "a key is not a number or lies out of all time");
+    if (!finite)
+        throw ParseError(offset, "a key at " + std::to_string(key.seconds) + " s is not a finite number");
+    if (!(std::abs(key.seconds) <= kLongestTime))
+        throw ParseError(offset, "a key's time is outside the supported range");
 }
 
 double SecondsOf(std::int64_t ticks, const Record& record)
 {
     return static_cast<double>(ticks) / record.Tree().TicksPerSecond();
+}
+
+Extrapolation ExtrapolationOf(const Record& record)
+{
+    Extrapolation extrapolation;
+    switch (record.Child("Type").ValueAt(0).Letter())
+    {
+    case 'R':
+        extrapolation.kind = Extrapolation::Kind::Repeat;
+        break;
+    case 'M':
+        extrapolation.kind = Extrapolation::Kind::Mirror;
+        break;
+    case 'A':
+        extrapolation.kind = Extrapolation::Kind::RepeatOnward;
+        break;
+    case 'K':
+        extrapolation.kind = Extrapolation::Kind::Slope;
+        break;
+    default:
+        break;
+    }
+    const auto repetitions = record.Child("Repetition").ValueAt(0).Whole();
+    if (repetitions && *repetitions >= 0)
+        extrapolation.repetitions = static_cast<double>(*repetitions);
+    return extrapolation;
+}
+
+void ReadExtrapolation(const Record& record, Curve& curve)
+{
+    curve.Extrapolate(ExtrapolationOf(record.Child("Pre-Extrapolation")),
+                      ExtrapolationOf(record.Child("Post-Extrapolation")));
 }
 
 } // namespace
@@ -158,6 +193,7 @@ Curve CurveReader::ReadArrays(const Record& record)
         before = own;
     }
     curve.Close();
+    ReadExtrapolation(record, curve);
     return curve;
 }
 
@@ -335,6 +371,7 @@ Curve CurveReader::ReadKeyList(const Record& channel)
         before = own;
     }
     curve.Close();
+    ReadExtrapolation(channel, curve);
     return curve;
 }
 

@@ -62,6 +62,7 @@ public:
             AddModel(i);
         for (std::uint32_t i = 0; i < data_->models.size(); ++i)
             SetInterest(i);
+        ListCameras();
         AddTakes();
         for (const ConstraintData& constraint : data_->constraints)
             AddConstraint(constraint);
@@ -76,6 +77,20 @@ private:
             if (label == static_cast<const char*>(cameras[i]->LongName))
                 return cameras[i];
         return nullptr;
+    }
+
+    // In the order of the file's objects, whatever the tree is: indices of a switcher count cameras so.
+    void ListCameras() const
+    {
+        std::vector<std::pair<ObjectIndex, FBCamera*>> found;
+        for (std::size_t i = 0; i < models_.size(); ++i)
+            if (data_->models[i].kind == ModelKind::Camera)
+                found.emplace_back(data_->models[i].object, static_cast<FBCamera*>(models_[i]));
+        std::sort(found.begin(), found.end());
+        std::vector<FBCamera*> cameras;
+        for (const auto& [object, camera] : found)
+            cameras.push_back(camera);
+        OrderCameras(cameras);
     }
 
     FBModel* MakeModel(const ModelData& model, FBModel* parent) const
@@ -265,8 +280,9 @@ private:
         FBConstraint* const constraint = mobu_host::AddConstraint(source.name, source.active);
         constraint->Description = source.type.c_str();
         if (source.active)
-            notes_.Add("constraints of type \"" + source.type +
-                       "\" are not solved: what they hold moves as it is keyed");
+            notes_.Add({"constraint is not solved; what it holds moves as it is keyed",
+                        "constraints are not solved; what they hold moves as it is keyed"},
+                       source.name + " (" + source.type + ")");
     }
 
     std::shared_ptr<SceneData> data_;

@@ -1,5 +1,6 @@
 #include "host/scene_import/fbx/property_rows.h"
 
+#include "host/scene_import/exportable_number.h"
 #include "host/scene_import/parse_error.h"
 
 #include <cmath>
@@ -54,8 +55,9 @@ const PropertyRow* PropertyView::Find(std::string_view name) const
 double FiniteNumber(const PropertyRow& row, std::size_t component, double otherwise)
 {
     const double number = row.Number(component, otherwise);
-    if (!std::isfinite(number))
-        throw ParseError(row.record.Offset(), "property \"" + std::string(row.name) + "\" is not a number");
+    if (!IsExportable(number))
+        throw ParseError(row.record.Offset(),
+                         "property \"" + std::string(row.name) + "\" is not a finite number");
     return number;
 }
 

@@ -1,5 +1,6 @@
 #include "host/scene_import/fbx/scene_models.h"
 
+#include "host/scene_import/long_text.h"
 #include "host/scene_import/parse_error.h"
 #include "host/scene_import/scene_description.h"
 #include "host/scene_import/unique_names.h"
@@ -70,7 +71,9 @@ private:
                     continue;
                 if (hangs_[child])
                 {
-                    notes_.Add("models with several parents stay below the first");
+                    notes_.Add({"model with several parents stays below the first",
+                                "models with several parents stay below the first"},
+                               NameAt(child));
                     continue;
                 }
                 hangs_[child] = true;
@@ -102,7 +105,9 @@ private:
             }
             if (at != 0 && seen[at] == 1)
             {
-                notes_.Add("models that are their own ancestors were taken off their parent");
+                notes_.Add({"model is its own ancestor and was taken off its parent",
+                            "models are their own ancestors and were taken off their parents"},
+                           NameAt(at));
                 std::erase(children_[parents_[at]], at);
                 parents_[at] = 0;
                 tops_.push_back(at);
@@ -134,6 +139,11 @@ private:
             for (auto child = children.rbegin(); child != children.rend(); ++child)
                 open.push_back({*child, index, next.depth + 1});
         }
+    }
+
+    std::string NameAt(ObjectIndex model) const
+    {
+        return PlainText(document_.At(model).name, document_.Tree());
     }
 
     ModelKind KindOf(ObjectIndex index) const
@@ -173,12 +183,20 @@ private:
         ModelData model;
         model.object = index;
         model.kind = KindOf(index);
-        model.label = PlainText(object.name, document_.Tree());
+        model.label = NameAt(index);
+        NoteLongText(model.label, model.label, notes_);
         if (model.kind == ModelKind::Plain || model.kind == ModelKind::Camera)
             model.label = labels_.Make(model.label, "Model", notes_);
-        ReadUserProperties(source, model);
-        ReadBuiltIns(source, model);
-        AddNode(source.View(), parent);
+        try
+        {
+            ReadUserProperties(source, model);
+            ReadBuiltIns(source, model);
+            AddNode(source.View(), parent);
+        }
+        catch (const ParseError& error)
+        {
+            throw ParseError("model \"" + model.label + "\": " + error.what());
+        }
 
         list_.by_object.emplace(index, model_index);
         list_.sources.push_back(std::move(source));
@@ -194,7 +212,7 @@ private:
             {
                 UserProperty property;
                 if (row.Has('U') && (rows == &source.own || !source.own.Find(row.name)) &&
-                    ReadUserProperty(row, document_.Tree(), property, notes_))
+                    ReadUserProperty(row, document_.Tree(), model.label, property, notes_))
                     model.user_properties.push_back(std::move(property));
             }
         }
@@ -261,7 +279,9 @@ private:
             if (other == list_.by_object.end() || other->second == model)
                 continue;
             if (scene_.models[model].kind != ModelKind::Camera)
-                notes_.Add("models other than cameras that look at something keep their own rotation");
+                notes_.Add({"model that looks at another, and is no camera, keeps its own rotation",
+                            "models that look at others, and are no cameras, keep their own rotation"},
+                           scene_.models[model].label);
             else
                 (interest ? scene_.rig.nodes[model].interest : scene_.rig.nodes[model].up) = other->second;
         }

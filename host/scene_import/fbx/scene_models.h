@@ -38,7 +38,7 @@ struct ModelList
 ModelList ReadModels(const Document& document, SceneData& scene, ImportNotes& notes);
 
 // A user property's components, kind and so on; false for kinds that the host does not hold.
-bool ReadUserProperty(const PropertyRow& row, const RecordTree& tree, UserProperty& property,
-                      ImportNotes& notes);
+bool ReadUserProperty(const PropertyRow& row, const RecordTree& tree, const std::string& model,
+                      UserProperty& property, ImportNotes& notes);
 
 } // namespace mobu_host::fbx

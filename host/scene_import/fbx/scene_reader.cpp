@@ -26,8 +26,9 @@ void ReadConstraints(const Document& document, SceneData& scene)
 }
 
 // They stand as the file has them; who turns their frame into a rotation finds none.
-void TellMirrored(const Rig& rig, ImportNotes& notes)
+void TellMirrored(const SceneData& scene, ImportNotes& notes)
 {
+    const Rig& rig = scene.rig;
     std::vector<bool> mirrored(rig.nodes.size());
     for (std::size_t i = 0; i < rig.nodes.size(); ++i)
     {
@@ -35,8 +36,9 @@ void TellMirrored(const Rig& rig, ImportNotes& notes)
         mirrored[i] = (node.scaling[0] * node.scaling[1] * node.scaling[2] < 0.0) !=
                       (node.parent != kNoNode && mirrored[node.parent]);
         if (mirrored[i])
-            notes.Add("models that are mirrored by negative scale stay so: an export has no clean rotation "
-                      "for them");
+            notes.Add({"model is mirrored (negative scale); its rotation is not valid",
+                       "models are mirrored (negative scale); their rotations are not valid"},
+                      scene.models[i].label);
     }
 }
 
@@ -65,7 +67,7 @@ SceneData ReadScene(const Document& document, ImportNotes& notes)
     const ModelList models = ReadModels(document, scene, notes);
     ReadTakes(document, models, scene, notes);
     ReadConstraints(document, scene);
-    TellMirrored(scene.rig, notes);
+    TellMirrored(scene, notes);
     scene.rig.Prepare();
     CheckSize(document, scene);
     return scene;

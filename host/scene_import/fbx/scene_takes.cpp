@@ -1,5 +1,6 @@
 #include "host/scene_import/fbx/scene_takes.h"
 
+#include "host/scene_import/exportable_number.h"
 #include "host/scene_import/fbx/curve_reader.h"
 #include "host/scene_import/fbx/take_motion.h"
 #include "host/scene_import/parse_error.h"
@@ -206,7 +207,8 @@ private:
         {
             if (found.muted || (solo && !found.solo))
             {
-                notes_.Add("muted animation layers are left out");
+                notes_.Add({"muted animation layer is left out", "muted animation layers are left out"},
+                           PlainText(document_.At(found.object).name, document_.Tree()));
                 continue;
             }
             ReadLayerWeight(found);
@@ -223,39 +225,44 @@ private:
             if (connection.property == "Weight")
                 for (const Connection& channel : document_.Into(connection.source))
                     if (document_.At(channel.source).kind == "AnimationCurve" && !found.layer->weight_curve)
-                        found.layer->weight_curve = CurveOf(channel.source);
-    }
-
-    void TellExtrapolation(const Record& curve)
-    {
-        for (const char* const side : {"Pre-Extrapolation", "Post-Extrapolation"})
-        {
-            const char type = curve.Child(side).Child("Type").ValueAt(0).Letter();
-            if (type != 0 && type != 'C')
-                notes_.Add(
-                    "curves that go on before their first or after their last key hold its value instead");
-        }
+                        found.layer->weight_curve = CurveOf(channel.source, connection.source);
     }
 
     // Null for one without keys. Read once, however many nodes it drives.
-    CurvePointer CurveOf(ObjectIndex index)
+    CurvePointer CurveOf(ObjectIndex index, ObjectIndex node)
     {
         const auto [place, added] = curves_.try_emplace(index);
-        if (added)
+        if (!added)
+            return place->second;
+        try
         {
-            TellExtrapolation(document_.At(index).record);
             Curve curve = reader_.ReadArrays(document_.At(index).record);
             if (!curve.Empty())
                 place->second = std::make_shared<const Curve>(std::move(curve));
         }
+        catch (const ParseError& error)
+        {
+            throw ParseError(MovedBy(node) + error.what());
+        }
         return place->second;
+    }
+
+    // "Hips.Lcl Rotation: ", the first property that a curve node moves; nothing where it moves none.
+    std::string MovedBy(ObjectIndex node) const
+    {
+        for (const Connection& target : document_.From(node))
+            if (!target.property.empty())
+                return motion_.FullName(target.target, target.property) + ": ";
+        return {};
     }
 
     void ReadCurveNode(ObjectIndex index, const FoundLayer& found, KeySpan& keys)
     {
         if (!read_nodes_.insert(index).second)
         {
-            notes_.Add("curve nodes on several layers count for the first");
+            notes_.Add({"curve node on several layers counts for the first",
+                        "curve nodes on several layers count for the first"},
+                       PlainText(document_.At(index).name, document_.Tree()));
             return;
         }
         LayerPart channels;
@@ -264,7 +271,7 @@ private:
         {
             if (document_.At(channel.source).kind != "AnimationCurve")
                 continue;
-            const CurvePointer curve = CurveOf(channel.source);
+            const CurvePointer curve = CurveOf(channel.source, index);
             channels.curves[ComponentOfChannel(channel.property)] = curve;
             if (curve)
                 keys.Enclose(*curve);
@@ -357,25 +364,37 @@ private:
         LayerPart part;
         part.layer = layer;
         part.constants = rest;
-        ReadComponent(channel, 0, part, keys);
-        for (const Record& component : channel.Children())
+        try
         {
-            if (component.Name() == "Channel")
-                ReadComponent(component, ComponentOf(component.TextAt(0)), part, keys);
-            else if (component.Name() == "Layer" || component.Name() == "Layers")
-                notes_.Add("animation layers of FBX 6 above the base layer are left out");
+            ReadComponents(channel, part, keys);
         }
+        catch (const ParseError& error)
+        {
+            throw ParseError(motion_.FullName(object, property) + ": " + error.what());
+        }
+        for (const Record& component : channel.Children())
+            if (component.Name() == "Layer" || component.Name() == "Layers")
+                notes_.Add({"property has layers above the base layer of FBX 6, which are left out",
+                            "properties have layers above the base layer of FBX 6, which are left out"},
+                           motion_.FullName(object, property));
         if (!IsAtRest(part, rest))
             motion_.Add(object, property, std::move(part));
+    }
+
+    void ReadComponents(const Record& channel, LayerPart& part, KeySpan& keys)
+    {
+        ReadComponent(channel, 0, part, keys);
+        for (const Record& component : channel.Children())
+            if (component.Name() == "Channel")
+                ReadComponent(component, ComponentOf(component.TextAt(0)), part, keys);
     }
 
     void ReadComponent(const Record& channel, std::size_t component, LayerPart& part, KeySpan& keys)
     {
         const double constant = channel.Child("Default").NumberAt(0, part.constants[component]);
-        if (!std::isfinite(constant))
-            throw ParseError(channel.Offset(), "a channel stands at what is not a number");
+        if (!IsExportable(constant))
+            throw ParseError(channel.Offset(), "a channel's default is not a finite number");
         part.constants[component] = constant;
-        TellExtrapolation(channel);
         Curve curve = reader_.ReadKeyList(channel);
         if (curve.Empty())
             return;

@@ -11,6 +11,14 @@ std::optional<TakeMotion::Target> TakeMotion::TargetOf(ObjectIndex object, std::
     return Target{found->second, property};
 }
 
+std::string TakeMotion::FullName(ObjectIndex object, std::string_view property) const
+{
+    const auto target = TargetOf(object, property);
+    const std::string name =
+        target ? scene_.models[target->model].label : PlainText(document_.At(object).name, document_.Tree());
+    return name + "." + PlainText(property, document_.Tree());
+}
+
 Components TakeMotion::RestOf(ObjectIndex object, std::string_view property) const
 {
     const double neutral = property == "Lcl Scaling" ? 1.0 : 0.0;
@@ -38,8 +46,9 @@ void TakeMotion::Add(ObjectIndex object, std::string_view property, LayerPart pa
     const auto target = TargetOf(object, property);
     if (!target)
     {
-        notes_.Add("animated properties of materials, deformers and other objects that are no models are "
-                   "passed over");
+        notes_.Add({"animated property of an object that is no model is passed over",
+                    "animated properties of objects that are no models are passed over"},
+                   FullName(object, property));
         return;
     }
     const auto [place, added] = by_target_.try_emplace(*target, moved_.size());
@@ -66,7 +75,9 @@ bool TakeMotion::MoveNode(std::size_t take, const Moved& moved)
     scene_.rig.takes[take][moved.target.model].*part = moved.value;
     if (part == &NodeMotion::rotation && !moved.value->IsConstant() &&
         models_.sources[moved.target.model].View().Number("QuaternionInterpolate", 0.0) != 0.0)
-        notes_.Add("rotations that the file wants interpolated as quaternions go by their angles");
+        notes_.Add({"rotation goes by its angles; the file has it interpolated as quaternions",
+                    "rotations go by their angles; the file has them interpolated as quaternions"},
+                   scene_.models[moved.target.model].label);
     return true;
 }
 
@@ -85,7 +96,9 @@ bool TakeMotion::MoveProperty(TakeData& take, const Moved& moved)
             return false;
         motion.built_in = built_in->name;
         if (moved.target.property == "FocalLength" && !moved.value->IsConstant())
-            notes_.Add("focal lengths that move do not move the field of view");
+            notes_.Add({"focal length moves, but not the field of view with it",
+                        "focal lengths move, but not the fields of view with them"},
+                       model.label);
         motion.unit = built_in->is_length ? scene_.centimetres : 1.0;
     }
     take.motions.push_back(std::move(motion));
@@ -96,7 +109,10 @@ void TakeMotion::Finish(std::size_t index)
 {
     for (const Moved& moved : moved_)
         if (!MoveNode(index, moved) && !MoveProperty(scene_.takes[index], moved))
-            notes_.Add("animated properties of models that the host does not have are passed over");
+            notes_.Add({"animated property that the host does not have is passed over",
+                        "animated properties that the host does not have are passed over"},
+                       scene_.models[moved.target.model].label + "." +
+                           PlainText(moved.target.property, document_.Tree()));
     moved_.clear();
     by_target_.clear();
 }

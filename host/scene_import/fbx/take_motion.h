@@ -20,6 +20,9 @@ public:
     // `object` is a model or an attribute; others are passed over, with a note. Layers come from the lowest up.
     void Add(ObjectIndex object, std::string_view property, LayerPart part);
 
+    // For notes and errors: "Hips.Lcl Rotation".
+    std::string FullName(ObjectIndex object, std::string_view property) const;
+
     // What the property is without animation; the neutral value where the file does not say.
     Components RestOf(ObjectIndex object, std::string_view property) const;
 

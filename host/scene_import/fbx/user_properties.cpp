@@ -1,4 +1,5 @@
 #include "host/scene_import/fbx/scene_models.h"
+#include "host/scene_import/long_text.h"
 #include "host/scene_import/parse_error.h"
 
 #include <algorithm>
@@ -81,22 +82,27 @@ std::vector<std::string> ItemsOf(const std::string& text)
 
 } // namespace
 
-bool ReadUserProperty(const PropertyRow& row, const RecordTree& tree, UserProperty& property,
-                      ImportNotes& notes)
+bool ReadUserProperty(const PropertyRow& row, const RecordTree& tree, const std::string& model,
+                      UserProperty& property, ImportNotes& notes)
 {
+    property.name = PlainText(row.name, tree);
+    const std::string full_name = model + "." + property.name;
     const auto* const known = std::find_if(std::begin(kKinds), std::end(kKinds),
                                            [&](const Kind& kind) { return kind.name == row.kind; });
     if (known == std::end(kKinds))
     {
-        notes.Add("user properties of kind \"" + PlainText(row.kind, tree) + "\" are left out");
+        notes.Add({"user property of a kind that is not read is left out",
+                   "user properties of kinds that are not read are left out"},
+                  full_name + " (" + PlainText(row.kind, tree) + ")");
         return false;
     }
-    property.name = PlainText(row.name, tree);
+    NoteLongText(property.name, full_name, notes);
     property.kind = known->kind;
     property.animatable = row.Has('A');
     if (property.kind == PropertyKind::Text)
     {
         property.text = PlainText(row.ValueAt(0).Text().value_or(std::string_view()), tree);
+        NoteLongText(property.text, full_name, notes);
         return true;
     }
     for (std::size_t i = 0; i < ComponentsOf(property.kind); ++i)
@@ -107,7 +113,9 @@ bool ReadUserProperty(const PropertyRow& row, const RecordTree& tree, UserProper
     {
         const double fitting = std::clamp(property.value[0], -2147483648.0, 2147483647.0);
         if (fitting != property.value[0])
-            notes.Add("user properties with whole numbers out of 32 bits got the nearest that fits");
+            notes.Add({"user property that 32 bits cannot hold was clamped",
+                       "user properties that 32 bits cannot hold were clamped"},
+                      full_name);
         property.value[0] = fitting;
     }
     if (property.kind == PropertyKind::Choice)

@@ -178,6 +178,42 @@ TEST(CurveTest, TangentsInTextFiles)
     }
 }
 
+// A line from (1, 0) to (2, 10), and how it goes on at 0.25 and 1.75 s from either end.
+TEST(CurveTest, GoesOnOutsideItsKeys)
+{
+    const struct
+    {
+        char kind;
+        std::int32_t repetitions;
+        double far_before, before, after, far_after; // at -0.75, 0.75, 2.25, 3.75 s
+    } cases[] = {
+        {'C', -1, 0, 0, 10, 10},
+        {'R', -1, 2.5, 7.5, 2.5, 7.5},
+        {'M', -1, 2.5, 2.5, 7.5, 7.5},
+        {'A', -1, -17.5, -2.5, 12.5, 27.5},
+        {'K', -1, -17.5, -2.5, 12.5, 27.5},
+        {'R', 1, 0, 7.5, 2.5, 10},
+        {'M', 1, 10, 2.5, 7.5, 0},
+        {'A', 1, -10, -2.5, 12.5, 20},
+        {'R', 0, 0, 0, 10, 10},
+    };
+    for (const auto& item : cases)
+    {
+        fbx_writer::Node node = fbx_writer::CurveObject(1, {{1.0, 0.0F}, {2.0, 10.0F}});
+        for (const char* const side : {"Pre-Extrapolation", "Post-Extrapolation"})
+            node.children.push_back(
+                {side, {}, {{"Type", {Letter{item.kind}}, {}}, {"Repetition", {item.repetitions}, {}}}});
+        const std::string file = fbx_writer::Binary(7400, {node});
+        const RecordTree tree(file);
+        SCOPED_TRACE(item.kind);
+        ExpectValues(CurveReader().ReadArrays(tree.Root().Child("AnimationCurve")), {{-0.75, item.far_before},
+                                                                                     {0.75, item.before},
+                                                                                     {1.5, 5.0},
+                                                                                     {2.25, item.after},
+                                                                                     {3.75, item.far_after}});
+    }
+}
+
 TEST(CurveTest, KeyListsOfVersion6)
 {
     for (const bool text : {false, true})

@@ -119,7 +119,7 @@ TEST_P(RichSceneTest, UserPropertiesOfAllKinds)
             order.emplace_back(property->GetName());
     EXPECT_EQ(order, (std::vector<std::string>{"truth", "whole", "number", "text", "choice", "vector",
                                                "colour", "rgba"}));
-    EXPECT_TRUE(Tells(notes_, "1 x user properties of kind \"Blob\" are left out"));
+    EXPECT_TRUE(Tells(notes_, "1 user property of a kind that is not read is left out: ns:Hips.odd (Blob)"));
 
     FBProperty& number = UserProperty("ns:Hips", "number");
     Goto(1.0);
@@ -272,7 +272,7 @@ TEST_F(FbxSceneTest, MirroredModelsStayAndAreTold)
                              Limb(2, "Child", {Vector("Lcl Scaling", 1, -1, 1)}), Limb(3, "Straight", {})},
                             {Child(1, 0), Child(2, 1), Child(3, 0)});
     EXPECT_EQ(notes.Lines().size(), 1U);
-    EXPECT_TRUE(Tells(notes, "1 x models that are mirrored"));
+    EXPECT_TRUE(Tells(notes, "1 model is mirrored (negative scale); its rotation is not valid: Top"));
     ExpectRow(Global("Top"), 0, -1, 0, 0);
     ExpectRow(Global("Child"), 1, 0, -1, 0);
 }
@@ -284,8 +284,8 @@ TEST_F(FbxSceneTest, OddConnectionsLoseNoModel)
              {Child(1, 2), Child(2, 1), Child(3, 0), Child(3, 1), Child(4, 3), Child(99, 1), Child(5, 0),
               Child(5, 5)});
     EXPECT_EQ(ModelNames(), (std::vector<std::string>{"Scene", "c", "c 1", "Model", "a", "b"}));
-    EXPECT_TRUE(Tells(notes, "their own ancestors"));
-    EXPECT_TRUE(Tells(notes, "several parents"));
+    EXPECT_TRUE(Tells(notes, "1 model is its own ancestor and was taken off its parent: a"));
+    EXPECT_TRUE(Tells(notes, "1 model with several parents stays below the first: c"));
     EXPECT_TRUE(Tells(notes, "numbered"));
 }
 
@@ -356,18 +356,16 @@ TEST_F(FbxSceneTest, MutedAndSoloLayersCount)
 
 TEST_F(FbxSceneTest, WhatIsReadOtherwiseIsTold)
 {
-    Node curve = CurveObject(50, {{0.0, 0.0F}, {1.0, 90.0F}});
-    curve.children.push_back({"Post-Extrapolation", {}, {{"Type", {Letter{'R'}}, {}}}});
+    const Node curve = CurveObject(50, {{0.0, 0.0F}, {1.0, 90.0F}});
     const auto notes = Open(
         {Limb(1, "m", {P("QuaternionInterpolate", "enum", "", {1})}), Object("Material", 2, "red", "", {}),
          Object("AnimationStack", 20, "t", "", {}), Object("AnimationLayer", 30, "l", "", {}),
          Object("AnimationCurveNode", 40, "R", "", {}), Object("AnimationCurveNode", 41, "D", "", {}), curve},
         {Child(1, 0), Child(30, 20), Child(40, 30), Child(41, 30), ToProperty(40, 1, "Lcl Rotation"),
          ToProperty(41, 2, "Diffuse"), ToProperty(50, 40, "d|Z"), ToProperty(50, 41, "d|X")});
-    for (const char* const what :
-         {"as quaternions go by their angles", "after their last key hold", "materials"})
+    for (const char* const what : {"interpolated as quaternions: m", "no model is passed over: red.Diffuse"})
         EXPECT_TRUE(Tells(notes, what)) << what;
-    EXPECT_EQ(notes.Lines().size(), 3U);
+    EXPECT_EQ(notes.Lines().size(), 2U);
     EXPECT_EQ(StopOf(0), 1.0) << "without a stated span, to the last key";
 }
 
@@ -413,9 +411,37 @@ TEST_F(FbxSceneTest, ConstraintsAreToldWhileTheyAreActive)
         const auto notes = Open({Object("Constraint", 6, "Hold", "Parent-Child", item.rows)}, {});
         ASSERT_EQ(mobu_host::Scene().Constraints.GetCount(), 1);
         EXPECT_EQ(mobu_host::Scene().Constraints[0]->Active, item.active);
-        EXPECT_EQ(Tells(notes, "constraints of type \"Parent-Child\" are not solved"), item.active);
+        EXPECT_EQ(Tells(notes, "not solved; what it holds moves as it is keyed: Hold (Parent-Child)"),
+                  item.active);
         EXPECT_EQ(notes.Lines().size(), item.active ? 1U : 0U);
     }
+}
+
+// The tree has the cameras the other way round; a switcher counts them as the file lists them.
+TEST_F(FbxSceneTest, CamerasAreListedInTheFilesOrder)
+{
+    Open({Object("Model", 1, "Front", "Camera", {}), Limb(2, "m", {}),
+          Object("Model", 3, "Back", "Camera", {}), Object("Model", 4, "Root", "Camera", {})},
+         {Child(4, 0), Child(2, 4), Child(3, 2), Child(1, 2)});
+    EXPECT_EQ(ModelNames(), (std::vector<std::string>{"Scene", "Root", "m", "Back", "Front"}));
+    std::vector<std::string> cameras;
+    FBPropertyListCamera& list = mobu_host::Scene().Cameras;
+    for (int i = 0; i < list.GetCount(); ++i)
+        if (!list[i]->SystemCamera)
+            cameras.emplace_back(static_cast<const char*>(list[i]->Name));
+    EXPECT_EQ(cameras, (std::vector<std::string>{"Front", "Back", "Root"}));
+}
+
+TEST_F(FbxSceneTest, TextsThatAnExportCutsAreNoted)
+{
+    const auto noted = [](std::size_t size)
+    {
+        return Tells(
+            Open({Limb(1, "m", {P("story", "KString", "U", {std::string(size, 'x')})})}, {Child(1, 0)}),
+            "1 text of more than 65535 characters is cut by an export: m.story");
+    };
+    EXPECT_FALSE(noted(65535));
+    EXPECT_TRUE(noted(65536));
 }
 
 TEST_F(FbxSceneTest, NumbersThatAreNoneAreRefusedAndNothingChanges)
@@ -432,6 +458,37 @@ TEST_F(FbxSceneTest, NumbersThatAreNoneAreRefusedAndNothingChanges)
         EXPECT_NE(CauseOf(Binary(7400, fbx_writer::Scene({}, objects, {}))).find("(byte "),
                   std::string::npos);
     EXPECT_EQ(ModelNames(), (std::vector<std::string>{"Scene", "Here before"}));
+}
+
+// What an exported file cannot hold is refused, by name and place; what is too small is 0.
+TEST_F(FbxSceneTest, NumbersOfTextFilesThatAreNotFinite)
+{
+    const auto file = [](const std::string& place, const std::string& key)
+    {
+        return "; FBX 7.4.0\nObjects: {\nModel: 1, \"Model::a\", \"Null\" {\nProperties70: {\n"
+               "P: \"Lcl Translation\",\"Lcl Translation\",\"\",\"A\"," +
+               place +
+               ",0,0\n}\n}\nAnimationStack: 2, \"AnimStack::t\", \"\" {\n}\n"
+               "AnimationLayer: 3, \"AnimLayer::l\", \"\" {\n}\nAnimationCurveNode: 4, \"AnimCurveNode::R\", "
+               "\"\" "
+               "{\n}\nAnimationCurve: 5, \"AnimCurve::\", \"\" {\nKeyTime: 0,1\nKeyValueFloat: 0," +
+               key +
+               "\nKeyAttrFlags: 4\nKeyAttrDataFloat: 0,0,0,0\nKeyAttrRefCount: 2\n}\n}\nConnections: {\n"
+               "C: \"OO\",1,0\nC: \"OO\",3,2\nC: \"OO\",4,3\nC: \"OP\",4,1,\"Lcl Rotation\"\n"
+               "C: \"OP\",5,4,\"d|X\"\n}\n";
+    };
+    for (const char* const number : {"1e400", "-1e400", "1e39", "nan", "-nan", "inf", "1.#INF", "-1.#IND"})
+    {
+        SCOPED_TRACE(number);
+        const std::string still = CauseOf(file(number, "1"));
+        EXPECT_NE(still.find("model \"a\": property \"Lcl Translation\" is not a finite number (byte "),
+                  std::string::npos)
+            << still;
+        const std::string moving = CauseOf(file("0", number));
+        EXPECT_NE(moving.find("a.Lcl Rotation: a key at "), std::string::npos) << moving;
+    }
+    for (const char* const number : {"1e-400", "0.5", "3e38"})
+        OpenFile(file(number, number));
 }
 
 } // namespace
