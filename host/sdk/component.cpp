@@ -68,22 +68,22 @@ std::unique_ptr<FBProperty> MakeProperty(FBPropertyType type, bool animatable)
 }
 
 // Name is the part of LongName after the last colon.
-std::size_t NameStart(const std::string& long_name)
+std::size_t NameStart(std::string_view long_name)
 {
     const std::size_t colon = long_name.rfind(':');
-    return colon == std::string::npos ? 0 : colon + 1;
+    return colon == std::string_view::npos ? 0 : colon + 1;
 }
 
 void ReadName(FBComponent& owner, void* value)
 {
-    const std::string& long_name = SdkAccess::Of(owner.LongName).text;
-    *static_cast<const char**>(value) = long_name.c_str() + NameStart(long_name);
+    const char* const long_name = SdkAccess::Of(owner.LongName).Text();
+    *static_cast<const char**>(value) = long_name + NameStart(long_name);
 }
 
 void WriteName(FBComponent& owner, const void* value)
 {
     const char* text = *static_cast<const char* const*>(value);
-    std::string& long_name = SdkAccess::Of(owner.LongName).text;
+    std::string& long_name = SdkAccess::Of(owner.LongName).MakeRare().text;
     long_name = long_name.substr(0, NameStart(long_name)) + (text ? text : "");
 }
 
@@ -127,8 +127,10 @@ FBProperty* FBComponent::PropertyCreate(const char* pName, FBPropertyType pType,
     auto property = MakeProperty(pType, pAnimatable);
     if (!property)
         return nullptr;
-    Publish(*this, *property, pName ? pName : "");
-    SdkAccess::Of(*property).user = pIsUser;
+    auto& state = SdkAccess::Of(*property);
+    state.MakeRare().name = pName ? pName : "";
+    Publish(*this, *property, state.rare->name.c_str());
+    state.user = pIsUser;
     return state_->created.emplace_back(std::move(property)).get();
 }
 

@@ -169,9 +169,11 @@ void Bind(FBComponent& owner, FBProperty& property, const char* name, PropertyRe
     auto& state = SdkAccess::Of(property);
     state.owner = &owner;
     state.name = name;
-    state.read = read;
-    state.write = write;
     state.read_only = read && !write;
+    if (!read)
+        return;
+    state.MakeRare().read = read;
+    state.rare->write = write;
 }
 
 void Publish(FBComponent& owner, FBProperty& property, const char* name, PropertyReader read,
@@ -220,7 +222,7 @@ FBProperty::~FBProperty()
 
 const char* FBProperty::GetName()
 {
-    return state_->name.c_str();
+    return state_->name;
 }
 FBPropertyType FBProperty::GetPropertyType()
 {
@@ -270,22 +272,22 @@ bool FBProperty::IsMaxClamp()
 }
 double FBProperty::GetMin()
 {
-    return state_->min;
+    return state_->rare ? state_->rare->min : 0.0;
 }
 double FBProperty::GetMax()
 {
-    return state_->max;
+    return state_->rare ? state_->rare->max : 0.0;
 }
 
 void FBProperty::SetMin(double pMin, bool pForce)
 {
-    state_->min = pMin;
+    state_->MakeRare().min = pMin;
     state_->min_clamp = pForce;
 }
 
 void FBProperty::SetMax(double pMax, bool pForce)
 {
-    state_->max = pMax;
+    state_->MakeRare().max = pMax;
     state_->max_clamp = pForce;
 }
 
@@ -299,15 +301,15 @@ void FBProperty::GetData(void* pData, int pSize, FBEvaluateInfo*) const
 {
     const std::size_t size =
         std::min(ValueSize(state_->type), pSize < 0 ? 0 : static_cast<std::size_t>(pSize));
-    if (state_->read)
+    if (state_->rare && state_->rare->read)
     {
         ValueBytes value;
-        state_->read(*state_->owner, value.bytes);
+        state_->rare->read(*state_->owner, value.bytes);
         std::memcpy(pData, value.bytes, size);
     }
     else if (state_->type == kFBPT_charptr)
     {
-        const char* text = state_->text.c_str();
+        const char* text = state_->Text();
         std::memcpy(pData, &text, size);
     }
     else
@@ -326,20 +328,20 @@ void FBProperty::SetData(void* pData)
     {
         double number = NumberAt(state_->type, value, 0);
         if (state_->min_clamp)
-            number = std::max(number, state_->min);
+            number = std::max(number, GetMin());
         if (state_->max_clamp)
-            number = std::min(number, state_->max);
+            number = std::min(number, GetMax());
         SetNumberAt(state_->type, value, 0, number);
     }
-    if (state_->write)
+    if (state_->rare && state_->rare->write)
     {
-        state_->write(*state_->owner, value.bytes);
+        state_->rare->write(*state_->owner, value.bytes);
     }
     else if (state_->type == kFBPT_charptr)
     {
         const char* text = nullptr;
         std::memcpy(&text, value.bytes, sizeof text);
-        state_->text = std::string(text ? text : "");
+        state_->MakeRare().text = std::string(text ? text : "");
     }
     else
     {
@@ -369,7 +371,7 @@ const char* FBProperty::AsString(FBDataAsStringFlag)
 {
     ValueBytes value;
     GetData(value.bytes, sizeof value.bytes);
-    std::string& shown = state_->shown;
+    std::string& shown = state_->MakeRare().shown;
     shown.clear();
     if (state_->type == kFBPT_charptr)
     {
@@ -426,8 +428,8 @@ bool FBProperty::SetString(const char* pValue)
 
 const char* FBProperty::EnumList(int pIndex)
 {
-    if (state_->items)
-        return state_->items->GetAt(pIndex);
+    if (state_->rare && state_->rare->items)
+        return state_->rare->items->GetAt(pIndex);
     if (!state_->item_names || pIndex < 0)
         return nullptr;
     for (int i = 0; state_->item_names[i]; ++i)
@@ -438,9 +440,9 @@ const char* FBProperty::EnumList(int pIndex)
 
 FBStringList* FBProperty::GetEnumStringList(bool pCreateIt)
 {
-    if (!state_->items && pCreateIt && state_->type == kFBPT_enum)
-        state_->items = std::make_unique<FBStringList>();
-    return state_->items.get();
+    if (pCreateIt && state_->type == kFBPT_enum && !state_->MakeRare().items)
+        state_->rare->items = std::make_unique<FBStringList>();
+    return state_->rare ? state_->rare->items.get() : nullptr;
 }
 
 void FBProperty::NotifyEnumStringListChanged() {} // nothing keeps a copy of the items

@@ -37,26 +37,41 @@ using ListChange = void (*)(FBComponent& owner, FBComponent& item);
 namespace FBSDKNamespace
 {
 
+// A scene has twenty and more properties for each model: what few of them need is apart.
 struct FBProperty::State
 {
+    struct Rare
+    {
+        std::string name; // of one that a user made
+        std::string text;
+        std::string shown; // what AsString returned last
+        double min = 0.0;
+        double max = 0.0;
+        std::unique_ptr<FBStringList> items;
+        mobu_host::PropertyReader read = nullptr; // of a value that lives elsewhere
+        mobu_host::PropertyWriter write = nullptr;
+    };
+
     FBPropertyType type = kFBPT_unknown;
-    FBComponent* owner = nullptr;
-    std::string name;
     bool user = false;
     bool read_only = false;
     bool min_clamp = false;
     bool max_clamp = false;
-    double min = 0.0;
-    double max = 0.0;
-    mobu_host::ValueBytes base;    // as assigned
-    mobu_host::ValueBytes current; // as evaluated
-    std::string text;
-    std::string shown; // what AsString returned last
-    std::unique_ptr<FBStringList> items;
-    const char* const* item_names = nullptr; // built-in enumerations, ends with null
-    mobu_host::PropertyReader read = nullptr;
-    mobu_host::PropertyWriter write = nullptr;
     int animating_takes = 0;
+    FBComponent* owner = nullptr;
+    const char* name = "";                   // of a built-in one it lives as long as the program
+    mobu_host::ValueBytes base;              // as assigned
+    mobu_host::ValueBytes current;           // as evaluated
+    const char* const* item_names = nullptr; // built-in enumerations, ends with null
+    std::unique_ptr<Rare> rare;              // null: all as by default
+
+    Rare& MakeRare()
+    {
+        if (!rare)
+            rare = std::make_unique<Rare>();
+        return *rare;
+    }
+    const char* Text() const { return rare ? rare->text.c_str() : ""; }
 };
 
 struct FBPropertyListComponent::Items
@@ -145,7 +160,7 @@ struct SdkAccess
     static void Restore(FBProperty& property) { property.state_->current = property.state_->base; }
 };
 
-// Gives the property its owner, name and, when its value lives elsewhere, the way to it. A reader without
+// Gives the property its owner, its name, which is not copied, and, when its value lives elsewhere, the way to it. A reader without
 // writer is read-only. Publish also lists it.
 void Bind(FBComponent& owner, FBProperty& property, const char* name, PropertyReader read = nullptr,
           PropertyWriter write = nullptr);

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstring>
 
 #include "host/sdk/frame_rates.h"
 #include "host/sdk/matrix.h"
@@ -346,7 +347,7 @@ FBModel* SceneState::FindModel(const char* long_name)
     const std::vector<FBModel*>* const groups[] = {&TreeInPreOrder(), &system_models_};
     for (const auto* models : groups)
         for (FBModel* model : *models)
-            if (SdkAccess::Of(model->LongName).text == long_name)
+            if (std::strcmp(SdkAccess::Of(model->LongName).Text(), long_name) == 0)
                 return model;
     return nullptr;
 }
