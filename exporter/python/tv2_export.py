@@ -3,16 +3,19 @@
 In MotionBuilder, with the plug-in loaded and the folder of this file on sys.path:
 
     import tv2_export
-    tv2_export.export("C:/out/walk.tv2")
+    tv2_export.export("C:/out/walk.tv2", fps=60)
 
 Anywhere, with the headless host:
 
     import tv2_export
     tv2_export.open_scene("walk.bvh")
-    tv2_export.export("out/walk.tv2", fps=60)
+    files = tv2_export.export("out/walk.tv2")
+    print(files, files.rate, files.notes)
 
-export() returns the paths of the files it wrote and raises ExportError for anything else. Runs in Python 2.7, which
-MotionBuilder 2017 has, and in Python 3.
+export() returns the paths of the files it wrote and raises ExportError for anything else. plan() says beforehand what
+export() would do. Runs in Python 2.7, which MotionBuilder 2017 has, and in Python 3.
+
+Every rule about what can be exported is in the module tv2_export_rules beside this file, which the command goes by too.
 
 Text may be given as bytes or as unicode; the exporter takes bytes as they are. On Windows unicode goes through the
 ANSI code page, and what has no place in it is refused. The name of a take always comes in the bytes of the scene, so
@@ -20,18 +23,23 @@ on Windows a take whose name is not ASCII gives a file whose name is those bytes
 unicode is UTF-8 or what the locale says.
 """
 
+import collections
 import ctypes
+import numbers
 import operator
 import os
 import struct
 import sys
 import time
 
-__all__ = ["ExportError", "export", "open_scene", "take_names"]
+__all__ = ["ExportError", "Files", "Model", "Plan", "Take", "export", "models", "open_scene", "plan", "scene_rate",
+           "take_names", "takes"]
 
 _WINDOWS = os.name == "nt"
 _FOLDER = os.path.dirname(os.path.abspath(__file__))
-_MODULE = u"tv2_motionbuilder_export_tool" + (u".dll" if _WINDOWS else u".so")
+_SUFFIX = u".dll" if _WINDOWS else u".so"
+_MODULE = u"tv2_motionbuilder_export_tool" + _SUFFIX
+_RULES = u"tv2_export_rules" + _SUFFIX
 _HOST = "mobu_host.dll" if _WINDOWS else "libmobu_host.so"
 _ENTRY = "python_export_tv2"
 
@@ -40,89 +48,118 @@ _ERRORS = "strict" if _WINDOWS or str is bytes else "surrogateescape"
 
 _MAGIC = b"\x01\x32\x56\x54"  # written last: a file that was cut short begins with zeros
 _ENVIRONMENT = 2
-_EXTENSION = b".tv2"
-_MOST_PATH_BYTES = 260
 _INT32_MIN, _INT32_MAX = -2**31, 2**31 - 1
 _CLOCK_STEP = 0.02  # seconds; time stamps of files are no finer
 
 
-class ExportError(Exception):
-    """Why an export was refused, or what went wrong. `written` lists the files that are whole all the same."""
+class Take(collections.namedtuple("Take", "name start stop start_frame stop_frame current")):
+    """A take: its span in seconds and in whole frames of the transport rate, and whether it is current."""
 
-    def __init__(self, message, written=()):
+    __slots__ = ()
+
+
+class Model(collections.namedtuple("Model", "name parent selected camera")):
+    """A model: its long name, the index of its parent (-1 for the root), and whether it is selected and a camera."""
+
+    __slots__ = ()
+
+
+class Plan(collections.namedtuple("Plan", "files rate notes")):
+    """What export() would do: the files, the samples a second, and a list of what is rounded, cut or left out."""
+
+    __slots__ = ()
+
+
+class ExportError(Exception):
+    """Why an export was refused, or what went wrong. `written` lists the files that are whole all the same; `code` is
+    the code of the rule that objected, None for other causes."""
+
+    def __init__(self, message, written=(), code=None):
         Exception.__init__(self, message)
         self.written = list(written)
+        self.code = code
 
 
-def export(path, start_frame=None, end_frame=None, fps=50, spaces_to_underscores=True, keep_positive_z=True,
-           remove_namespace=True, disable_constraints=False, all_takes=False, plugin=None):
-    """Exports the selected models, or the whole scene when nothing is selected. Returns the files written.
+class Files(list):
+    """The paths of the files written; `rate` is the samples a second, `notes` say what was rounded, cut or left out."""
+
+    def __init__(self, files, rate, notes):
+        list.__init__(self, files)
+        self.rate = rate
+        self.notes = notes
+
+
+def export(path, start_frame=None, end_frame=None, fps=None, spaces_to_underscores=True, keep_positive_z=True,
+           remove_namespace=True, disable_constraints=False, all_takes=False, plugin=None, progress=None):
+    """Exports the selected models, or the whole scene when nothing is selected. Returns the files written, as Files.
 
     path                   ends in ".tv2". All takes go to "<path without .tv2>_<take>.tv2"; a bare ".tv2" as the name
                            of the file stands for "<take>.tv2". No path may have more than 260 bytes.
-    start_frame, end_frame in frames of the scene's transport rate, held to the take. None is the take's own end.
-    fps                    samples a second, a whole number.
+    start_frame, end_frame in frames of the scene's transport rate, clamped to the take. None is the take's own end.
+    fps                    samples a second: a number, a Fraction, or the text "30000/1001", "pal" (50), "ntsc" (59.94),
+                           "film" (24) or "scene". None is the scene's transport rate. In MotionBuilder whole numbers
+                           alone: a fractional rate needs "Custom FPS" in the dialog of the export menu.
     spaces_to_underscores  in the names of the files, not of their folder.
     keep_positive_z        half a turn about Y on the whole hierarchy.
     remove_namespace       "ns:Hips" becomes "Hips".
     disable_constraints    constraints are inactive while sampling.
     all_takes              a file for every take instead of the current one alone.
     plugin                 the module to export with instead of the one that is loaded or beside this file.
+    progress               with the headless host: called now and then as progress(file, part), part going from 0 to 1
+                           for each file. What it raises stops the export and comes out of export(), as ctrl-C does;
+                           files that were not written by then stay as they were.
 
-    Raises ExportError before anything is written for arguments of the wrong type, a rate of 0 or less, a start after
-    the end, a missing folder, takes that no file can be named after or that would share one, and a plug-in that cannot
-    be loaded; afterwards when the exporter gave up, when a file is missing, was not touched or is incomplete, or when
-    the frames turned out to lie outside a take. Where a file is read-only, the exporter asks; a file that is kept is an
-    error too.
+    Raises ExportError before anything is written for arguments of the wrong type, for a plug-in that cannot be loaded,
+    and for whatever the rules object to, with the rule's `code`: a rate out of range, a range outside a take, takes
+    that would share a file, a missing folder, a target that is the scene or not a file, and so on. Afterwards it raises ExportError when the exporter gave up, or when a file is missing, was not touched or is incomplete. Where a
+    file is read-only, the exporter asks; a file that is kept is an error too.
     """
-    path = _encoded(path, "the path")
-    if not path.endswith(_EXTENSION):
-        raise ExportError("the path %s does not end in .tv2" % _shown(path))
-    folder = os.path.dirname(_native(path))
-    if folder and not os.path.isdir(folder):
-        raise ExportError("there is no folder %s" % folder)
     flags = [_flag("spaces_to_underscores", spaces_to_underscores), _flag("keep_positive_z", keep_positive_z),
              _flag("remove_namespace", remove_namespace), _flag("disable_constraints", disable_constraints),
-             start_frame is None and end_frame is None, _flag("all_takes", all_takes)]
-    start = _INT32_MIN if start_frame is None else _int32("start_frame", start_frame)
-    end = _INT32_MAX if end_frame is None else _int32("end_frame", end_frame)
-    if start > end:
-        raise ExportError("the start frame %d is after the end frame %d" % (start, end))
-    fps = _int32("fps", fps)
-    if fps <= 0:
-        raise ExportError("a rate of %d samples a second exports nothing" % fps)
-    entry = _load_entry(plugin)
+             _flag("all_takes", all_takes)]
+    rules = _check(path, start_frame, end_frame, fps, spaces_to_underscores, all_takes)
+    run = _exporter(plugin, rules, progress)
 
-    files = _output_files(path, all_takes, spaces_to_underscores)
+    files = [_native(name) for name in rules.files]
     before = dict((name, _stamp(name)) for name in files)
     _let_the_clock_move_on(before.values())
-    result = entry(path, start, end, fps, *flags)
+    reason = run(*flags)
 
     complaints = [(name, _complaint(name, before[name])) for name in files]
     written = [name for name, complaint in complaints if not complaint]
     reasons = ["%s %s" % (name, complaint) for name, complaint in complaints if complaint]
-    if result != 1:
-        reasons.insert(0, "the exporter gave up")
+    if reason:
+        reasons.insert(0, reason)
     if reasons:
         raise ExportError("; ".join(reasons), written)
-    return written
+    return Files(written, rules.rate, rules.notes)
 
 
-def open_scene(path, take=None, select=()):
+def plan(path, start_frame=None, end_frame=None, fps=None, spaces_to_underscores=True, all_takes=False):
+    """What export() would do with these arguments, as a Plan. Raises ExportError where export() would refuse."""
+    rules = _check(path, start_frame, end_frame, fps, spaces_to_underscores, all_takes)
+    return Plan([_native(name) for name in rules.files], rules.rate, rules.notes)
+
+
+def open_scene(path, take=None, select=(), scene_rate=None):
     """Opens a scene file (FBX, BVH, glTF, Collada) in the headless host, in place of the scene that was open.
 
     The take of that name is then current; without a name the one that was open when an FBX scene was saved, and the
-    first of other scenes. The models of these long names are selected.
+    first of other scenes. The models of these long names are selected. `scene_rate` is the transport rate in frames a
+    second; without it the one that the file states or that fits its keys.
     Returns what the file holds and the scene does not, or holds differently, a line each. Raises ExportError.
     """
     host = _load_host()
     if host is None:
         raise ExportError("the headless host (%s) is not installed beside %s" % (_HOST, __file__))
     text = ctypes.create_string_buffer(1 << 16)
-    if not host.mobu_host_open_scene(_encoded(path, "the scene"), text, len(text)):
+    if scene_rate is not None and (isinstance(scene_rate, bool) or not isinstance(scene_rate, numbers.Real) or
+                                   not 0 < scene_rate <= 1e6):
+        raise ExportError("scene_rate is no rate above 0 and up to 1,000,000: %r" % (scene_rate,))
+    if not host.mobu_host_open_scene_at(_encoded(path, "the scene"), float(scene_rate or 0), text, len(text)):
         raise ExportError(_native(text.value))
     if take is not None:
-        names = _host_takes(host)
+        names = [name for name, _, _ in _HostScene(host).takes()]
         wanted = _encoded(take, "the take")
         if wanted not in names:
             raise ExportError("there is no take %s; the scene has %s" %
@@ -136,8 +173,28 @@ def open_scene(path, take=None, select=()):
 
 def take_names():
     """The names of the takes, in the order of the scene; None where neither MotionBuilder nor the host is there."""
-    takes = _takes(True)
-    return None if takes is None else [_native(take) for take in takes]
+    scene = _scene()
+    return None if scene is None else [_native(name) for name, _, _ in scene.takes()]
+
+
+def takes():
+    """The takes of the open scene, as a list of Take."""
+    scene, rules = _known_scene(), _load_rules()
+    rate, current = scene.rate(), scene.current_take()
+    return [Take(_native(name), start, stop, rules.tv2_rules_frame_at(start, rate),
+                 rules.tv2_rules_frame_at(stop, rate), index == current)
+            for index, (name, start, stop) in enumerate(scene.takes())]
+
+
+def models():
+    """The models of the open scene in pre-order, the scene's root first, as a list of Model."""
+    return [Model(_native(name), parent, selected, camera)
+            for name, parent, selected, camera in _known_scene().models()]
+
+
+def scene_rate():
+    """The transport rate of the open scene, in frames a second."""
+    return _known_scene().rate()
 
 
 # ---- arguments
@@ -189,17 +246,285 @@ def _flag(name, value):
     return value
 
 
-# ---- the plug-in and the scene
+def _rate_text(fps):
+    """The rate as the rules read it."""
+    if fps is None:
+        return b"scene"
+    if isinstance(fps, (bytes, type(u""))):
+        return _encoded(fps, "fps")
+    if isinstance(fps, numbers.Real) and not isinstance(fps, bool):
+        if isinstance(fps, numbers.Rational):
+            return ("%d/%d" % (fps.numerator, fps.denominator) if fps.denominator != 1 else "%d" % fps).encode("ascii")
+        return repr(float(fps)).encode("ascii")
+    raise ExportError("fps is no rate: %r" % (fps,))
+
+
+def _frame(name, value):
+    return None if value is None else ctypes.c_int32(_int32(name, value))
+
+
+# ---- the scene
+
+
+class _HostScene(object):
+    """What is open in the headless host. Names are bytes, times seconds."""
+
+    def __init__(self, host):
+        self._host = host
+        self._text = ctypes.create_string_buffer(1 << 16)
+
+    def takes(self):
+        found = []
+        start, stop = ctypes.c_double(), ctypes.c_double()
+        for take in range(self._host.mobu_host_take_count()):
+            self._host.mobu_host_take_name(take, self._text, len(self._text))
+            self._host.mobu_host_take_span(take, start, stop)
+            found.append((self._text.value, start.value, stop.value))
+        return found
+
+    def current_take(self):
+        return self._host.mobu_host_current_take()
+
+    def rate(self):
+        return self._host.mobu_host_transport_rate()
+
+    def models(self):
+        found = []
+        model = _HostModel()
+        for index in range(self._host.mobu_host_model_count()):
+            self._host.mobu_host_model_at(index, model)
+            self._host.mobu_host_model_name(index, self._text, len(self._text))
+            found.append((self._text.value, model.parent, bool(model.selected), bool(model.camera)))
+        return found
+
+    def files(self):
+        found = []
+        for index in range(self._host.mobu_host_scene_file_count()):
+            self._host.mobu_host_scene_file(index, self._text, len(self._text))
+            found.append(self._text.value)
+        return found
+
+
+class _MotionBuilderScene(object):
+    """What is open in MotionBuilder."""
+
+    def __init__(self, pyfbsdk):
+        self._sdk = pyfbsdk
+        self._system = pyfbsdk.FBSystem()
+
+    def takes(self):
+        spans = [(take, take.LocalTimeSpan) for take in self._system.Scene.Takes]
+        return [(_encoded(take.Name, "the take"), span.GetStart().GetSecondDouble(), span.GetStop().GetSecondDouble())
+                for take, span in spans]
+
+    def current_take(self):
+        current = self._system.CurrentTake
+        names = [name for name, _, _ in self.takes()]  # names of takes are unique there
+        return -1 if current is None else names.index(_encoded(current.Name, "the take"))
+
+    def rate(self):
+        return self._sdk.FBPlayerControl().GetTransportFpsValue()
+
+    def models(self):
+        found = []
+        waiting = [(self._system.Scene.RootModel, -1)]
+        while waiting:
+            model, parent = waiting.pop()
+            camera = isinstance(model, self._sdk.FBCamera)
+            children = list(model.Children)
+            waiting.extend((child, len(found)) for child in reversed(children))
+            found.append((_encoded(model.LongName, "the model"), parent, bool(model.Selected), camera))
+        return found
+
+    def files(self):
+        name = self._sdk.FBApplication().FBXFileName
+        return [_encoded(name, "the scene")] if name else []
+
+
+def _scene():
+    """The scene of MotionBuilder or of the headless host; None where there is neither."""
+    try:
+        import pyfbsdk
+    except ImportError:
+        host = _load_host()
+        return None if host is None else _HostScene(host)
+    return _MotionBuilderScene(pyfbsdk)
+
+
+def _known_scene():
+    scene = _scene()
+    if scene is None:
+        raise ExportError("neither MotionBuilder (pyfbsdk) nor the headless host is there to ask about the scene")
+    return scene
+
+
+# ---- the rules
+
+
+class _RulesTake(ctypes.Structure):
+    _fields_ = [("name", ctypes.c_char_p), ("start", ctypes.c_double), ("stop", ctypes.c_double)]
+
+
+class _RulesModel(ctypes.Structure):
+    _fields_ = [("parent", ctypes.c_int32), ("selected", ctypes.c_int32), ("camera", ctypes.c_int32)]
+
+
+class _RulesRequest(ctypes.Structure):
+    _fields_ = [("size", ctypes.c_size_t), ("path", ctypes.c_char_p), ("rate", ctypes.c_char_p),
+                ("start_frame", ctypes.POINTER(ctypes.c_int32)), ("end_frame", ctypes.POINTER(ctypes.c_int32)),
+                ("all_takes", ctypes.c_int32), ("spaces_to_underscores", ctypes.c_int32),
+                ("whole_rates_only", ctypes.c_int32), ("python_wording", ctypes.c_int32),
+                ("file_names", ctypes.c_int32), ("has_scene", ctypes.c_int32), ("transport_rate", ctypes.c_double),
+                ("takes", ctypes.POINTER(_RulesTake)), ("take_count", ctypes.c_size_t),
+                ("current_take", ctypes.c_int32), ("models", ctypes.POINTER(_RulesModel)),
+                ("model_count", ctypes.c_size_t), ("files", ctypes.POINTER(ctypes.c_char_p)),
+                ("file_count", ctypes.c_size_t)]
+
+
+class _RulesFile(ctypes.Structure):
+    _fields_ = [("path", ctypes.c_char_p), ("take", ctypes.c_size_t), ("start", ctypes.c_double),
+                ("end", ctypes.c_double)]
+
+
+_Checked = collections.namedtuple("_Checked", "path start_frame end_frame whole_take rate files spans notes")
+
+
+def _load_rules():
+    path = os.path.join(_FOLDER, _RULES)
+    if not os.path.exists(path):
+        raise ExportError("the rules of exports are not installed: there is no %s" % path)
+    try:
+        rules = ctypes.CDLL(path)
+    except OSError as error:
+        raise ExportError("the rules of exports cannot be loaded: %s" % error)
+    plan_functions = {"objection": ctypes.c_char_p, "objection_code": ctypes.c_char_p, "rate": ctypes.c_double,
+                      "start_frame": ctypes.c_int32, "end_frame": ctypes.c_int32, "whole_take": ctypes.c_int32,
+                      "file_count": ctypes.c_size_t, "note_count": ctypes.c_size_t, "free": None}
+    for name, result in plan_functions.items():
+        function = getattr(rules, "tv2_rules_" + name)
+        function.argtypes, function.restype = [ctypes.c_void_p], result
+    rules.tv2_rules_check.argtypes = [ctypes.POINTER(_RulesRequest)]
+    rules.tv2_rules_check.restype = ctypes.c_void_p
+    rules.tv2_rules_file_at.argtypes = [ctypes.c_void_p, ctypes.c_size_t]
+    rules.tv2_rules_file_at.restype = _RulesFile
+    rules.tv2_rules_note.argtypes = [ctypes.c_void_p, ctypes.c_size_t]
+    rules.tv2_rules_note.restype = ctypes.c_char_p
+    rules.tv2_rules_frame_at.argtypes = [ctypes.c_double, ctypes.c_double]
+    rules.tv2_rules_frame_at.restype = ctypes.c_int32
+    return rules
+
+
+def _check(path, start_frame, end_frame, fps, spaces_to_underscores, all_takes):
+    """What the rules say about an export of the open scene; raises what they object to."""
+    start, end = _frame("start_frame", start_frame), _frame("end_frame", end_frame)
+    path = _encoded(path, "the path")
+    request = _RulesRequest(size=ctypes.sizeof(_RulesRequest), path=path, rate=_rate_text(fps), python_wording=1,
+                            spaces_to_underscores=_flag("spaces_to_underscores", spaces_to_underscores),
+                            all_takes=_flag("all_takes", all_takes),
+                            start_frame=None if start is None else ctypes.pointer(start),
+                            end_frame=None if end is None else ctypes.pointer(end))
+    rules = _load_rules()
+    scene = _known_scene()
+    found_takes, found_models, files = scene.takes(), scene.models(), scene.files()
+    request.has_scene = 1
+    request.whole_rates_only = isinstance(scene, _MotionBuilderScene)
+    request.transport_rate = scene.rate()
+    request.current_take = scene.current_take()
+    request.takes = (_RulesTake * len(found_takes))(*found_takes)
+    request.take_count = len(found_takes)
+    request.models = (_RulesModel * len(found_models))(*[model[1:] for model in found_models])
+    request.model_count = len(found_models)
+    request.files = (ctypes.c_char_p * len(files))(*files)
+    request.file_count = len(files)
+    checked = rules.tv2_rules_check(request)
+    if not checked:
+        raise ExportError("the rules of exports cannot be applied: %s belongs to another version, or memory ran out" %
+                          _RULES)
+    try:
+        objection = rules.tv2_rules_objection(checked)
+        if objection is not None:
+            raise ExportError(_native(objection), code=_native(rules.tv2_rules_objection_code(checked)))
+        planned = [rules.tv2_rules_file_at(checked, index) for index in range(rules.tv2_rules_file_count(checked))]
+        return _Checked(path, rules.tv2_rules_start_frame(checked), rules.tv2_rules_end_frame(checked),
+                        bool(rules.tv2_rules_whole_take(checked)), rules.tv2_rules_rate(checked),
+                        [file.path for file in planned],
+                        dict((file.take, (_native(file.path), file.start, file.end)) for file in planned),
+                        [_native(rules.tv2_rules_note(checked, index))
+                         for index in range(rules.tv2_rules_note_count(checked))])
+    finally:
+        rules.tv2_rules_free(checked)
+
+
+# ---- the plug-in
+
+
+def _exporter(plugin, rules, progress):
+    """The function that exports; it takes the flags and returns what went wrong, or nothing."""
+    if isinstance(_known_scene(), _HostScene):
+        return lambda *flags: _run_in_host(_plugin_path(plugin), rules, progress, *flags)
+    if progress is not None:
+        raise ExportError("progress is there with the headless host alone")
+    entry = _load_entry(plugin)
+
+    def run(underscores, positive_z, remove_namespace, disable_constraints, all_takes):
+        done = entry(rules.path, rules.start_frame, rules.end_frame, int(rules.rate), underscores, positive_z,
+                     remove_namespace, disable_constraints, rules.whole_take, all_takes)
+        return "" if done == 1 else "the exporter gave up"
+
+    return run
+
+
+class _HostCall(ctypes.Structure):
+    _fields_ = [("size", ctypes.c_size_t), ("plugin", ctypes.c_char_p), ("path", ctypes.c_char_p),
+                ("rate", ctypes.c_double)] + [(name, ctypes.c_int32) for name in (
+                    "whole_take", "start_frame", "end_frame", "spaces_to_underscores", "keep_positive_z",
+                    "remove_namespace", "disable_constraints", "all_takes")]
+
+
+class _HostModel(ctypes.Structure):
+    _fields_ = [("parent", ctypes.c_int32), ("selected", ctypes.c_int32), ("camera", ctypes.c_int32)]
+
+
+_HostProgress = ctypes.PYFUNCTYPE(ctypes.c_int, ctypes.c_int, ctypes.c_double, ctypes.c_void_p)
+
+
+def _run_in_host(plugin, rules, progress, underscores, positive_z, remove_namespace, disable_constraints, all_takes):
+    raised = []
+
+    def report(take, seconds, _):
+        """Runs in the middle of the export; ctrl-C arrives here, since Python has its turn here alone."""
+        try:
+            if progress is not None and take in rules.spans:
+                name, start, end = rules.spans[take]
+                progress(name, min(max((seconds - start) / (end - start), 0.0), 1.0) if end > start else 1.0)
+        except BaseException:  # whatever it is, it stops the export and goes on to the caller
+            raised.append(sys.exc_info())
+        return not raised
+
+    call = _HostCall(ctypes.sizeof(_HostCall), plugin, rules.path, rules.rate, rules.whole_take, rules.start_frame,
+                     rules.end_frame, underscores, positive_z, remove_namespace, disable_constraints, all_takes)
+    text = ctypes.create_string_buffer(1 << 12)
+    done = _load_host().mobu_host_export(call, _HostProgress(report), None, text, len(text))
+    if raised:
+        raise raised[0][1]
+    if done < 0:
+        raise KeyboardInterrupt()  # it came before report could catch it
+    if done == 1:
+        return ""
+    return _native(text.value) or "the exporter gave up"
+
+
+def _plugin_path(plugin):
+    path = os.path.abspath(_native(_encoded(plugin or os.path.join(_FOLDER, _MODULE), "the plug-in")))
+    if not os.path.exists(path):
+        raise ExportError("the plug-in is not loaded: there is no %s" % path)
+    return _encoded(path, "the plug-in")
 
 
 def _load_entry(plugin):
+    """The script entry of the plug-in that MotionBuilder has loaded, or of another one."""
     handle = _loaded_module(_MODULE) if plugin is None else None
-    if handle:
-        plugin = _MODULE
-    else:
-        plugin = os.path.abspath(_native(_encoded(plugin or os.path.join(_FOLDER, _MODULE), "the plug-in")))
-        if not os.path.exists(plugin):
-            raise ExportError("the plug-in is not loaded: there is no %s" % plugin)
+    plugin = _MODULE if handle else _native(_plugin_path(plugin))
     try:
         # Python stays locked during the call: the scene is nothing for two threads.
         entry = getattr(ctypes.PyDLL(plugin, handle=handle), _ENTRY)
@@ -228,70 +553,26 @@ def _load_host():
         path = os.path.join(folder, _HOST)
         if os.path.exists(path):
             try:
-                host = ctypes.PyDLL(path)
+                host = ctypes.PyDLL(path)  # Python stays locked: the scene is nothing for two threads
             except OSError as error:
                 raise ExportError("the headless host cannot be loaded: %s" % error)
-            host.mobu_host_open_scene.argtypes = [ctypes.c_char_p, ctypes.c_char_p, ctypes.c_size_t]
-            host.mobu_host_take_name.argtypes = [ctypes.c_int, ctypes.c_char_p, ctypes.c_size_t]
-            host.mobu_host_select_model.argtypes = [ctypes.c_char_p]
+            text, number = ctypes.c_char_p, ctypes.c_int
+            host.mobu_host_open_scene_at.argtypes = [text, ctypes.c_double, text, ctypes.c_size_t]
+            host.mobu_host_take_name.argtypes = [number, text, ctypes.c_size_t]
+            host.mobu_host_take_span.argtypes = [number, ctypes.POINTER(ctypes.c_double),
+                                                 ctypes.POINTER(ctypes.c_double)]
+            host.mobu_host_transport_rate.restype = ctypes.c_double
+            host.mobu_host_scene_file.argtypes = [number, text, ctypes.c_size_t]
+            host.mobu_host_model_at.argtypes = [number, ctypes.POINTER(_HostModel)]
+            host.mobu_host_model_name.argtypes = [number, text, ctypes.c_size_t]
+            host.mobu_host_select_model.argtypes = [text]
+            host.mobu_host_export.argtypes = [ctypes.POINTER(_HostCall), _HostProgress, ctypes.c_void_p, text,
+                                              ctypes.c_size_t]
             return host
     return None
 
 
-def _host_takes(host):
-    names = []
-    text = ctypes.create_string_buffer(1 << 16)
-    for take in range(host.mobu_host_take_count()):
-        host.mobu_host_take_name(take, text, len(text))
-        names.append(text.value)
-    return names
-
-
-def _takes(all_takes):
-    """The names of all takes, or that of the current one alone, as bytes; None when nobody knows them."""
-    try:
-        from pyfbsdk import FBSystem
-    except ImportError:
-        host = _load_host()
-        if host is None:
-            return None
-        names = _host_takes(host)
-        current = host.mobu_host_current_take()
-        return names if all_takes else names[current:current + 1] if current >= 0 else []
-    system = FBSystem()
-    takes = list(system.Scene.Takes) if all_takes else [system.CurrentTake]
-    return [take.Name if isinstance(take.Name, bytes) else take.Name.encode("utf-8") for take in takes if take]
-
-
 # ---- the files
-
-
-def _output_files(path, all_takes, spaces_to_underscores):
-    """The files that the exporter is going to write."""
-    cut = max(path.rfind(b"/"), path.rfind(b"\\")) + 1
-    folder, stem = path[:cut], path[cut:-len(_EXTENSION)]
-    named_after_take = all_takes or not stem
-    takes = _takes(all_takes)
-    if takes is None:
-        if named_after_take:
-            raise ExportError("neither MotionBuilder (pyfbsdk) nor the headless host is there to tell the takes")
-        takes = [b""]
-    files = []
-    for take in takes:
-        if named_after_take and (not take or b"/" in take or b"\\" in take):
-            raise ExportError("no file can be named after take %s" % _shown(take))
-        name = (stem + b"_" + take if all_takes and stem else stem or take) + _EXTENSION
-        name = folder + (name.replace(b" ", b"_") if spaces_to_underscores else name)
-        if len(name) > _MOST_PATH_BYTES:
-            raise ExportError("the path %s has %d bytes; at most %d can be written to" %
-                              (_shown(name), len(name), _MOST_PATH_BYTES))
-        if name in files:
-            raise ExportError("takes %s and %s would both be written to %s" %
-                              (_shown(takes[files.index(name)]), _shown(take), _shown(name)))
-        files.append(name)
-    if not files:
-        raise ExportError("no take is current")
-    return [_native(name) for name in files]
 
 
 def _stamp(path):

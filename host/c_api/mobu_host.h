@@ -1,6 +1,7 @@
 #pragma once
 
-// The headless host for other languages, with C linkage: opens a scene and chooses what an export takes of it.
+// The headless host for other languages, with C linkage: opens a scene, says what is in it, chooses what an
+// export takes of it, and exports.
 //
 // There is one scene in a process. A plug-in that is loaded into the same process works on it, since both stand on the
 // same libfbsdk. An empty scene is there from the start.
@@ -13,6 +14,7 @@
 // is safe to call from two threads at a time.
 
 #include <stddef.h>
+#include <stdint.h>
 
 #if !defined(_WIN32)
 #define MOBU_HOST_EXPORTED __attribute__((visibility("default")))
@@ -34,6 +36,17 @@
 // line with the file and the cause, and the scene is as it was.
 MOBU_HOST_API int mobu_host_open_scene(const char* path, char* text, size_t size);
 
+// The same with a transport rate of the caller's choice, in frames a second; 0 leaves it to the file.
+MOBU_HOST_API int mobu_host_open_scene_at(const char* path, double frames_per_second, char* text,
+                                          size_t size);
+
+// Files that the scene was read from, the scene file first; none for a new scene. Fails for a number that no file has.
+MOBU_HOST_API int mobu_host_scene_file_count(void);
+MOBU_HOST_API int mobu_host_scene_file(int file, char* path, size_t size);
+
+// Frames a second that keys of a range are counted in.
+MOBU_HOST_API double mobu_host_transport_rate(void);
+
 // Empties the scene: one take "Take 001" of 0 to 0 s. Fails when memory runs out.
 MOBU_HOST_API int mobu_host_new_scene(void);
 
@@ -42,6 +55,9 @@ MOBU_HOST_API int mobu_host_take_count(void);
 
 // Fails for a number that no take has.
 MOBU_HOST_API int mobu_host_take_name(int take, char* name, size_t size);
+
+// Its span in seconds. Fails for a number that no take has.
+MOBU_HOST_API int mobu_host_take_span(int take, double* start, double* stop);
 
 // The number of the current take, -1 when there is none.
 MOBU_HOST_API int mobu_host_current_take(void);
@@ -55,3 +71,43 @@ MOBU_HOST_API int mobu_host_select_model(const char* long_name);
 
 // Selects nothing, which stands for the whole scene.
 MOBU_HOST_API void mobu_host_clear_selection(void);
+
+// Models are numbered from 0 in pre-order, the root of the scene first; the numbers hold until the next call that opens,
+// empties or counts.
+typedef struct mobu_host_model
+{
+    int32_t parent; // number of the parent, -1 for the root
+    int32_t selected;
+    int32_t camera;
+} mobu_host_model;
+MOBU_HOST_API int mobu_host_model_count(void);
+
+// Fails for a number that no model has.
+MOBU_HOST_API int mobu_host_model_at(int model, mobu_host_model* properties);
+MOBU_HOST_API int mobu_host_model_name(int model, char* long_name, size_t size);
+
+typedef struct mobu_host_export_call
+{
+    size_t size;        // of this structure
+    const char* plugin; // path of the exporter's module
+    const char* path;   // of the file, or the pattern of several
+    double rate; // samples a second; a fractional rate goes through the plug-in's dialog, filled in in memory
+    int32_t whole_take;
+    int32_t start_frame; // without effect for the whole take
+    int32_t end_frame;
+    int32_t spaces_to_underscores;
+    int32_t keep_positive_z;
+    int32_t remove_namespace;
+    int32_t disable_constraints;
+    int32_t all_takes;
+} mobu_host_export_call;
+
+// Is called now and then while takes are sampled, with the number of the take and the time in it; 0 stops the export.
+typedef int (*mobu_host_progress)(int take, double seconds, void* user);
+
+// Loads the plug-in, exports the open scene and unloads it. Settings that the user has stored are neither read nor
+// changed. 1 when the plug-in completed the run; 0 when it did not, with the cause in `text` where it is known; -1 when
+// the caller stopped it: files that were not written yet stay as they are, and the scene is put back. Nothing of the
+// rules of an export is checked here: see exporter/rules/export_rules.h.
+MOBU_HOST_API int mobu_host_export(const mobu_host_export_call* call, mobu_host_progress progress, void* user,
+                                   char* text, size_t size);

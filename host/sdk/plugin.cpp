@@ -1,5 +1,6 @@
 #include "mobu_host/plugin.h"
 
+#include <set>
 #include <vector>
 
 #include "host/sdk/library.h"
@@ -7,6 +8,28 @@
 
 namespace mobu_host
 {
+
+namespace
+{
+
+// Library objects that are in use by a Plugin.
+std::set<FBLibraryBase*>& UsedLibraries()
+{
+    static std::set<FBLibraryBase*> libraries;
+    return libraries;
+}
+
+// Those of a module that somebody else in this process has loaded before.
+std::vector<FBLibraryBase*> LibrariesOfModule(const void* init)
+{
+    std::vector<FBLibraryBase*> found;
+    for (FBLibraryBase* library : Libraries())
+        if (init && SameModule(library, init) && !UsedLibraries().contains(library))
+            found.push_back(library);
+    return found;
+}
+
+} // namespace
 
 struct Plugin::Module
 {
@@ -28,6 +51,8 @@ struct Plugin::Module
             for (FBLibraryBase* library : libraries)
                 library->LibRelease();
         }
+        for (FBLibraryBase* library : libraries)
+            UsedLibraries().erase(library);
         if (handle)
             CloseModule(handle);
     }
@@ -49,6 +74,9 @@ std::unique_ptr<Plugin> Plugin::Load(const std::string& path, std::string& error
     if (!module->handle)
         return fail(cause);
     module->libraries.assign(Libraries().begin() + static_cast<std::ptrdiff_t>(known), Libraries().end());
+    if (module->libraries.empty())
+        module->libraries = LibrariesOfModule(ModuleSymbol(module->handle, "LIBRARY_INIT"));
+    UsedLibraries().insert(module->libraries.begin(), module->libraries.end());
     if (module->libraries.empty())
         return fail("is no plug-in: it declares no library object");
 

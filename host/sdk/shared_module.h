@@ -11,5 +11,6 @@ namespace mobu_host
 void* OpenModule(const std::string& path, std::string& cause);
 void* ModuleSymbol(void* module, const char* name); // null when there is none
 void CloseModule(void* module);
+bool SameModule(const void* first, const void* second); // two addresses of code or data
 
 } // namespace mobu_host

@@ -27,4 +27,11 @@ void CloseModule(void* module)
     dlclose(module);
 }
 
+bool SameModule(const void* first, const void* second)
+{
+    Dl_info of_first, of_second;
+    return dladdr(first, &of_first) != 0 && dladdr(second, &of_second) != 0 &&
+           of_first.dli_fbase == of_second.dli_fbase;
+}
+
 } // namespace mobu_host

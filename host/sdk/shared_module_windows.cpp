@@ -12,6 +12,14 @@ HMODULE Handle(void* module)
     return static_cast<HMODULE>(module);
 }
 
+// Of the code or data at an address; null for none.
+HMODULE ModuleAt(const void* address)
+{
+    HMODULE module = nullptr;
+    const DWORD flags = GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS | GET_MODULE_HANDLE_EX_FLAG_UNCHANGED_REFCOUNT;
+    return GetModuleHandleExA(flags, static_cast<const char*>(address), &module) ? module : nullptr;
+}
+
 // The system's words for an error, without the line end they come with.
 std::string Words(DWORD error)
 {
@@ -45,6 +53,12 @@ void* ModuleSymbol(void* module, const char* name)
 void CloseModule(void* module)
 {
     FreeLibrary(Handle(module));
+}
+
+bool SameModule(const void* first, const void* second)
+{
+    const HMODULE module = ModuleAt(first);
+    return module && module == ModuleAt(second);
 }
 
 } // namespace mobu_host

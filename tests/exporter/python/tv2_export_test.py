@@ -1,11 +1,14 @@
 """The wrapper for Python: what it writes is what the command writes, and what goes wrong raises."""
 
 import ast
+import ctypes
+import fractions
 import importlib
 import os
 import pathlib
 import resource
 import shutil
+import signal
 import subprocess
 import sys
 import tempfile
@@ -82,10 +85,14 @@ class ScratchTest(unittest.TestCase):
 
 class WrittenFilesTest(ScratchTest):
     def test_same_bytes_as_the_command(self):
-        whole = ["--fps", "50"]
+        whole = []
         cases = [  # scene, open_scene's, export's and the command's options
             (self.walk, {}, {}, whole),
             (self.walk, {}, {"fps": 24}, ["--fps", "24"]),
+            (self.walk, {}, {"fps": 29.97, "end_frame": 1}, ["--fps", "29.97", "--end-frame", "1"]),
+            (self.walk, {}, {"fps": fractions.Fraction(30000, 1001), "keep_positive_z": False, "all_takes": True},
+             ["--fps", "30000/1001", "--no-keep-positive-z", "--all-takes"]),
+            (self.walk, {}, {"fps": "ntsc"}, ["--fps", "ntsc"]),
             (self.walk, {}, {"start_frame": 1}, whole + ["--start-frame", "1"]),
             (self.walk, {}, {"start_frame": -7, "end_frame": 1}, whole + ["--start-frame", "-7", "--end-frame", "1"]),
             (self.walk, {}, {"keep_positive_z": False}, whole + ["--no-keep-positive-z"]),
@@ -127,13 +134,15 @@ class WrittenFilesTest(ScratchTest):
         self.assertEqual(tv2("check", *files), 0)
 
     def test_each_argument_arrives_in_its_place(self):
+        """In MotionBuilder, where the script entry takes them."""
         path = self.path("out.tv2")
-        default = [path.encode(), -2**31, 2**31 - 1, 50, True, True, True, False, True, False]
+        default = [path.encode(), -2**31, 2**31 - 1, 25, True, True, True, False, True, False]
         cases = [
             ({}, {}),
-            ({"start_frame": 3}, {1: 3, 8: False}),
-            ({"end_frame": 4}, {2: 4, 8: False}),
+            ({"start_frame": 1}, {1: 1, 8: False}),
+            ({"end_frame": 2}, {2: 2, 8: False}),
             ({"fps": 60}, {3: 60}),
+            ({"fps": "pal"}, {3: 50}),
             ({"spaces_to_underscores": False}, {4: False}),
             ({"keep_positive_z": False}, {5: False}),
             ({"remove_namespace": False}, {6: False}),
@@ -142,7 +151,8 @@ class WrittenFilesTest(ScratchTest):
         ]
         for options, changes in cases:
             entry = mock.Mock(return_value=0)
-            with self.subTest(options=options), mock.patch.object(tv2_export, "_load_entry", return_value=entry):
+            with self.subTest(options=options), in_motionbuilder(["Motion"], 0), \
+                    mock.patch.object(tv2_export, "_load_entry", return_value=entry):
                 with self.assertRaises(ExportError):
                     export(path, **options)
                 expected = [changes.get(place, value) for place, value in enumerate(default)]
@@ -185,25 +195,33 @@ class RefusedTest(ScratchTest):
     def test_before_anything_is_written(self):
         out = self.path("out.tv2")
         no_module = self.write("text.so", "no module")
-        cases = [
-            ("does not end in .tv2", self.path("out.fbx"), {}),
+        shutil.copy(self.walk, self.path("self.tv2"))
+        os.mkfifo(self.path("pipe.tv2"))
+        open_scene(self.path("self.tv2"))
+        before = self.written()
+        cases = [  # the code of a rule, or what the wrapper itself says
+            ("no-tv2-name", self.path("out.fbx"), {}),
             ("is no text", 7, {}),
             ("is no text", None, {}),
             ("zero byte", self.path("a\0.tv2"), {}),
             ("characters that", self.path("\ud800.tv2"), {}),
-            ("there is no folder " + self.path("gone"), self.path("gone/out.tv2"), {}),
-            ("there is no folder", self.path("walk.bvh/out.tv2"), {}),
-            ("at most 260", self.path("a" * (261 - len(self.path(".tv2"))) + ".tv2"), {}),
-            ("fps is no whole number", out, {"fps": 59.94}),
-            ("fps is no whole number", out, {"fps": True}),
-            ("fps is no whole number", out, {"fps": "50"}),
-            ("fps is no whole number", out, {"fps": 2**31}),
-            ("fps is no whole number", out, {"fps": None}),
-            ("a rate of 0", out, {"fps": 0}),
-            ("a rate of -30", out, {"fps": -30}),
+            ("no-folder", self.path("gone/out.tv2"), {}),
+            ("no-folder", self.path("walk.bvh/out.tv2"), {}),
+            ("path-too-long", self.path("a" * (261 - len(self.path(".tv2"))) + ".tv2"), {}),
+            ("is-the-scene", self.path("self.tv2"), {}),
+            ("not-a-file", self.path("pipe.tv2"), {}),
+            ("fps is no rate", out, {"fps": True}),
+            ("fps is no rate", out, {"fps": [50]}),
+            ("rate-unreadable", out, {"fps": "fast"}),
+            ("rate-out-of-range", out, {"fps": 0}),
+            ("rate-out-of-range", out, {"fps": -30}),
+            ("rate-out-of-range", out, {"fps": 100000000}),
+            ("rate-out-of-range", out, {"fps": float("nan")}),
             ("start_frame is no whole number", out, {"start_frame": 0.5}),
             ("end_frame is no whole number", out, {"end_frame": -2**31 - 1}),
-            ("start frame 2 is after the end frame 1", out, {"start_frame": 2, "end_frame": 1}),
+            ("range-reversed", out, {"start_frame": 2, "end_frame": 1}),
+            ("range-outside", out, {"start_frame": 3}),
+            ("range-outside", out, {"end_frame": -1}),
             ("neither True nor False", out, {"all_takes": 1}),
             ("neither True nor False", out, {"spaces_to_underscores": None}),
             ("neither True nor False", out, {"keep_positive_z": "no"}),
@@ -211,21 +229,26 @@ class RefusedTest(ScratchTest):
             ("neither True nor False", out, {"disable_constraints": 0}),
             ("not loaded: there is no " + self.path("gone.so"), out, {"plugin": self.path("gone.so")}),
             ("cannot be loaded", out, {"plugin": no_module}),
-            ("is no exporter", out, {"plugin": os.environ["TV2_HOST"]}),
+            ("cannot be loaded", out, {"plugin": os.environ["TV2_HOST"]}),
         ]
         for reason, path, options in cases:
             with self.subTest(reason=reason, options=options):
-                self.refused(reason, export, path, **options)
-                self.assertEqual(self.written(), [])
+                with self.assertRaises(ExportError) as caught:
+                    export(path, **options)
+                self.assertIn(reason, (caught.exception.code, reason if reason in str(caught.exception) else ""),
+                              str(caught.exception))
+                self.assertEqual(caught.exception.written, [])
+                self.assertEqual(self.written(), before)
+        self.assertEqual(self.read(self.path("self.tv2")), self.read(self.walk))
+        ctypes.CDLL(os.environ["TV2_HOST"]).mobu_host_new_scene()
+        self.refused("no scene is open", export, out)
 
     def test_takes_that_give_no_files_of_their_own(self):
         open_scene(self.takes)
         self.refused("would both be written to", export, self.path("out.tv2"), all_takes=True)
-        open_scene(self.write("slash.gltf", TAKES.replace("A_b", "")))
-        with mock.patch.object(tv2_export, "_host_takes", return_value=[b"a/b"]):
+        with in_motionbuilder(["a/b"], 0):
             self.refused('after take "a/b"', export, self.path(".tv2"))
-            self.assertEqual(export(self.path("out.tv2")), [self.path("out.tv2")])
-        with mock.patch.object(tv2_export, "_host_takes", return_value=[]):
+        with in_motionbuilder(["a"], None):
             self.refused("no take is current", export, self.path("out.tv2"))
 
     def test_scenes(self):
@@ -244,15 +267,18 @@ class RefusedTest(ScratchTest):
         with mock.patch.object(sys, "path", [self.folder] + sys.path):
             alone = importlib.import_module("alone")
         self.assertIsNone(alone.take_names())
-        out = self.path("out.tv2")
-        for reason, function, arguments in (("the plug-in is not loaded", alone.export, {"path": out}),
-                                            ("is not installed", alone.open_scene, {"path": self.walk}),
-                                            ("to tell the takes", alone.export,
-                                             {"path": out, "plugin": FIXED_CLOCK, "all_takes": True})):
+
+        def refused(reason, function, **arguments):
             with self.assertRaises(alone.ExportError) as caught:
                 function(**arguments)
             self.assertIn(reason, str(caught.exception))
-        self.assertEqual(alone.export(out, plugin=FIXED_CLOCK), [out])
+
+        out = self.path("out.tv2")
+        refused("there is no " + self.path("tv2_export_rules.so"), alone.export, path=out, plugin=FIXED_CLOCK)
+        refused("is not installed", alone.open_scene, path=self.walk)
+        shutil.copy(os.path.join(os.environ["TV2_EXPORT_DIR"], "tv2_export_rules.so"), self.folder)
+        refused("to ask about the scene", alone.export, path=out, plugin=FIXED_CLOCK)
+        self.assertFalse(os.path.exists(out))
 
 
 class FailedTest(ScratchTest):
@@ -281,13 +307,6 @@ class FailedTest(ScratchTest):
         self.assertEqual(written, [])
         self.assertEqual(self.read(self.path("cut.tv2"))[:4], bytes(4))
 
-    def test_what_is_no_file_is_not_written(self):
-        os.mkdir(self.path("folder.tv2"))
-        self.failed("folder.tv2 was not written", self.path("folder.tv2"))
-        if os.path.exists("/dev/full"):
-            os.symlink("/dev/full", self.path("full.tv2"))
-            self.failed("full.tv2 ", self.path("full.tv2"))
-
     def test_an_exporter_that_claims_success_is_not_believed(self):
         out = self.path("out.tv2")
         os.environ["LIE_SOURCE"] = self.path("gone")
@@ -300,14 +319,82 @@ class FailedTest(ScratchTest):
         os.environ["LIE_SOURCE"] = self.write("garbage", "\x01\x32\x56\x54" + "\0" * 30)
         self.failed("cannot be read back", out, plugin=LYING_EXPORTER)
 
-    def test_frames_outside_the_take(self):
-        export(self.path("out.tv2"), start_frame=2)
-        self.failed("the frames are outside the take", self.path("out.tv2"), start_frame=3)
-        self.failed("the frames are outside the take", self.path("out.tv2"), end_frame=-1)
-
     def test_an_exporter_that_gave_up(self):
-        with mock.patch.object(tv2_export, "_load_entry", return_value=lambda *arguments: 0):
+        with in_motionbuilder(["Motion"], 0), \
+                mock.patch.object(tv2_export, "_load_entry", return_value=lambda *arguments: 0):
             self.failed("the exporter gave up; ", self.path("out.tv2"))
+
+    def test_an_export_that_is_stopped_leaves_files_and_scene_as_they_were(self):
+        open_scene(ROBOT, take="Idle")
+        before = tv2_export.takes()
+        self.write("robot.tv2", "precious")
+
+        class Enough(Exception):
+            pass
+
+        def stop(name, part):
+            raise Enough(name)
+
+        with self.assertRaises(Enough) as caught:
+            export(self.path("robot.tv2"), progress=stop)
+        self.assertEqual(str(caught.exception), self.path("robot.tv2"))
+
+        def interrupt(name, part):
+            os.kill(os.getpid(), signal.SIGINT)
+
+        with self.assertRaises(KeyboardInterrupt):
+            export(self.path("robot.tv2"), fps=1000, progress=interrupt)
+        self.assertEqual(self.read(self.path("robot.tv2")), b"precious")
+        self.assertEqual(tv2_export.takes(), before)
+        self.assertEqual(export(self.path("robot.tv2")), [self.path("robot.tv2")])
+
+
+class ReadableTest(ScratchTest):
+    """What a script can ask about the scene and about an export."""
+
+    def test_takes_models_and_rate(self):
+        self.assertEqual(tv2_export.scene_rate(), 25.0)
+        self.assertEqual(tv2_export.takes(), [("Motion", 0.0, 0.08, 0, 2, True)])
+        open_scene(self.walk, select="ns:Leg")
+        self.assertEqual(tv2_export.models(), [("Scene", -1, False, False), ("Hips", 0, False, False),
+                                               ("ns:Leg", 1, True, False), ("EndSite_ns:Leg", 2, False, False)])
+        open_scene(WALK_CAMERAS)
+        cameras = [model.name for model in tv2_export.models() if model.camera]
+        self.assertEqual(cameras, ["Camera01", "Camera02", "Camera03"])
+
+    def test_plan_and_notes(self):
+        open_scene(self.takes, take="A_b")
+        notes = ["the rate 30000/1001 is rounded to single precision: 29.97003 samples a second",
+                 'the range is cut to the take: "A_b" has frames 0 to 0 (0 to 0 s)',
+                 '2 other takes are not exported: "A b", "\u00e9" (all_takes)']
+        arguments = {"fps": "30000/1001", "start_frame": -1}
+        plan = tv2_export.plan(self.path("x.tv2"), **arguments)
+        self.assertEqual(plan, ([self.path("x.tv2")], 30000 / 1001.0, notes))
+        self.assertEqual(self.written(), [])
+        files = export(self.path("x.tv2"), **arguments)
+        self.assertEqual((files, files.rate, files.notes), plan)
+
+    def test_progress(self):
+        open_scene(ROBOT)
+        parts = []
+        export(self.path(".tv2"), fps=1000, progress=lambda name, part: parts.append((name, part)))
+        self.assertEqual({name for name, _ in parts}, {self.path("Dance.tv2")})
+        self.assertEqual(parts, sorted(parts))
+        self.assertTrue(0.0 <= parts[0][1] <= parts[-1][1] <= 1.0)
+
+
+def in_motionbuilder(names, current, encode=str):
+    """An application with takes of these names of 0 to 0.08 s at 25 frames a second, and one model."""
+    seconds = lambda value: types.SimpleNamespace(GetSecondDouble=lambda: value)
+    span = types.SimpleNamespace(GetStart=lambda: seconds(0.0), GetStop=lambda: seconds(0.08))
+    takes = [types.SimpleNamespace(Name=encode(name), LocalTimeSpan=span) for name in names]
+    model = lambda name, *children: types.SimpleNamespace(LongName=encode(name), Selected=False, Children=children)
+    scene = types.SimpleNamespace(Takes=takes, RootModel=model("Scene", model("Hips")))
+    system = types.SimpleNamespace(Scene=scene, CurrentTake=None if current is None else takes[current])
+    application = types.SimpleNamespace(
+        FBSystem=lambda: system, FBCamera=ExportError, FBApplication=lambda: types.SimpleNamespace(FBXFileName="a.fbx"),
+        FBPlayerControl=lambda: types.SimpleNamespace(GetTransportFpsValue=lambda: 25.0))
+    return mock.patch.dict(sys.modules, pyfbsdk=application)
 
 
 class InMotionBuilderTest(ScratchTest):
@@ -315,18 +402,21 @@ class InMotionBuilderTest(ScratchTest):
 
     def test_names_come_from_the_application(self):
         open_scene(self.takes, take="A_b")
+        names = ("A b", "A_b", "\u00e9")
         for encode in (str, lambda name: name.encode("utf-8")):
-            takes = [types.SimpleNamespace(Name=encode(name)) for name in ("A b", "A_b", "\u00e9")]
-            system = types.SimpleNamespace(Scene=types.SimpleNamespace(Takes=takes), CurrentTake=takes[1])
-            application = types.SimpleNamespace(FBSystem=lambda: system)
-            with mock.patch.dict(sys.modules, pyfbsdk=application), \
+            with in_motionbuilder(names, 1, encode), \
                     mock.patch.object(tv2_export, "_load_host", side_effect=AssertionError):
                 self.assertEqual(export(self.path(".tv2")), [self.path("A_b.tv2")])
                 self.assertEqual(export(self.path("x.tv2"), all_takes=True, spaces_to_underscores=False),
-                                 [self.path("x_%s.tv2" % name) for name in ("A b", "A_b", "\u00e9")])
-                system.CurrentTake = None
-                with self.assertRaises(ExportError):
-                    export(self.path("x.tv2"))
+                                 [self.path("x_%s.tv2" % name) for name in names])
+                self.assertEqual([take.name for take in tv2_export.takes() if take.current], ["A_b"])
+                self.assertEqual([model.name for model in tv2_export.models()], ["Scene", "Hips"])
+
+    def test_rates_are_whole_there_and_nobody_watches(self):
+        for reason, options in (('"Custom FPS"', {"fps": 29.97}), ("headless host", {"progress": print})):
+            with in_motionbuilder(["A"], 0), self.assertRaises(ExportError) as caught:
+                export(self.path("out.tv2"), **options)
+            self.assertIn(reason, str(caught.exception))
 
 
 class LanguageTest(unittest.TestCase):
