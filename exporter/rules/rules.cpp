@@ -222,27 +222,24 @@ Objection TimeMovesOn(const Case& c)
 /// Keys that do nothing are left out of a file, but what is sampled must fit first.
 Objection SamplesFit(const Case& c)
 {
-    constexpr double kNodeBytes =
-        16.0 + 20.0; // a sample of a translation and one of a rotation, times included
-    constexpr double kCameraBytes = 8.0 + 12.0;   // field of view, clip range
-    constexpr double kLargestFile = 2147483648.0; // chunk sizes and array counts end here
     CountNodes(c.scene->models, c.plan);
     for (const FilePlan& file : c.plan.files)
     {
         const SamplingRange& range = file.range;
-        const double seconds = static_cast<double>(range.end) - static_cast<double>(range.start);
-        const double samples = std::floor(seconds * static_cast<double>(range.rate)) + 1.0;
-        const double bytes = samples * (kNodeBytes * static_cast<double>(c.plan.nodes) +
-                                        kCameraBytes * static_cast<double>(c.plan.cameras));
-        if (!(bytes < kLargestFile))
+        const double bytes = SampledBytes(range, c.plan.nodes, c.plan.cameras);
+        if (!(bytes < kFileSizeLimit))
         {
+            const double samples =
+                std::floor((static_cast<double>(range.end) - static_cast<double>(range.start)) *
+                           static_cast<double>(range.rate)) +
+                1.0;
             return {"too-many-samples",
                     NumberText(range.rate) +
                         " samples a second are too many: " + CountText(static_cast<std::uint64_t>(samples)) +
                         " samples of " + CountOf(c.plan.nodes, "node", "nodes") + " and " +
                         CountOf(c.plan.cameras, "camera", "cameras") + " are about " +
                         CountText(static_cast<std::uint64_t>(bytes)) + " bytes, a file holds less than " +
-                        CountText(static_cast<std::uint64_t>(kLargestFile)) + "; take " +
+                        CountText(static_cast<std::uint64_t>(kFileSizeLimit)) + "; take " +
                         Quoted(TakeName(c, file))};
         }
     }
