@@ -37,7 +37,8 @@ bool FBLibrary::LibClose()
 }
 bool FBLibrary::LibRelease()
 {
-    if (Tev2MotionBuilderExportTool* tool = Tev2MotionBuilderExportTool::gTev2MotionBuilderExportTool)
+    FBMenuItemHandle(Tev2MotionBuilderExportTool, tool);
+    if (tool)
         tool->FBDelete();
     return true;
 }

@@ -12,9 +12,9 @@ presets="${*:-gcc-o0 gcc-o2 clang-o0 clang-o2}"
 plugin=tv2_export_tool_fixed_clock
 for preset in $presets; do
     cmake --preset "$preset" >/dev/null
-    rm -rf "build/$preset/exported"
-    mkdir -p "build/$preset/exported"
-    # Every build writes to the same relative path, since that stands in the file.
+    rm -rf "build/$preset/exported" build/exported
+    mkdir -p "build/$preset/exported" build/exported
+    # Every build writes to the same path, since that stands in the file: the command makes it absolute.
     if [ "$preset" = windows ]; then
         cmake --build --preset "$preset" --target $plugin export_rich_scene
         (cd "build/$preset" && timeout 300 ../../scripts/with_wine.sh \
@@ -25,8 +25,9 @@ for preset in $presets; do
     (cd "build/$preset" && ../bin/export_rich_scene lib/tv2/$plugin.so exported)
     for scene in samples/*.dae samples/*.glb samples/*.fbx; do
         (cd "build/$preset" && ../bin/tv2 export --quiet --all-takes --plugin lib/tv2/$plugin.so \
-            "../../$scene" "exported/$(basename "$scene" | tr . _).tv2")
+            "../../$scene" "../exported/$(basename "$scene" | tr . _).tv2")
     done
+    mv build/exported/* "build/$preset/exported"
 done
 
 passed=0

@@ -4,6 +4,9 @@
 
 #include <algorithm>
 #include <cctype>
+#include <charconv>
+#include <cstdlib>
+#include <cstring>
 #include <ctime>
 #include <iostream>
 #include <pwd.h>
@@ -23,11 +26,26 @@ bool IsYes(std::string answer)
     return answer == "o" || answer == "ok" || answer == "y" || answer == "yes";
 }
 
+// Seconds since 1970, set where builds are to be reproducible. Dates of more than four digits count as unset.
+std::optional<std::time_t> FixedTime()
+{
+    constexpr std::time_t kLatest = 253402300799; // the last second of 9999
+    const char* const text = std::getenv("SOURCE_DATE_EPOCH");
+    if (!text)
+        return std::nullopt;
+    std::time_t seconds = 0;
+    const char* const end = text + std::strlen(text);
+    const auto [rest, error] = std::from_chars(text, end, seconds);
+    const bool valid =
+        error == std::errc() && rest == end && rest != text && seconds >= 0 && seconds <= kLatest;
+    return valid ? std::optional(seconds) : std::nullopt;
+}
+
 } // namespace
 
 UtcTime CurrentUtcTime()
 {
-    const std::time_t now = std::time(nullptr);
+    const std::time_t now = FixedTime().value_or(std::time(nullptr));
     std::tm utc{};
     gmtime_r(&now, &utc);
     return {utc.tm_year + 1900, utc.tm_mon + 1, utc.tm_mday, utc.tm_hour, utc.tm_min, utc.tm_sec};

@@ -229,18 +229,14 @@ Objection SamplesFit(const Case& c)
         const double bytes = SampledBytes(range, c.plan.nodes, c.plan.cameras);
         if (!(bytes < kFileSizeLimit))
         {
-            const double samples =
-                std::floor((static_cast<double>(range.end) - static_cast<double>(range.start)) *
-                           static_cast<double>(range.rate)) +
-                1.0;
-            return {"too-many-samples",
-                    NumberText(range.rate) +
-                        " samples a second are too many: " + CountText(static_cast<std::uint64_t>(samples)) +
-                        " samples of " + CountOf(c.plan.nodes, "node", "nodes") + " and " +
-                        CountOf(c.plan.cameras, "camera", "cameras") + " are about " +
-                        CountText(static_cast<std::uint64_t>(bytes)) + " bytes, a file holds less than " +
-                        CountText(static_cast<std::uint64_t>(kFileSizeLimit)) + "; take " +
-                        Quoted(TakeName(c, file))};
+            return {"too-many-samples", NumberText(range.rate) + " samples a second are too many: " +
+                                            CountText(static_cast<std::uint64_t>(SampleCount(range))) +
+                                            " samples of " + CountOf(c.plan.nodes, "node", "nodes") +
+                                            " and " + CountOf(c.plan.cameras, "camera", "cameras") +
+                                            " are about " + CountText(static_cast<std::uint64_t>(bytes)) +
+                                            " bytes, a file holds less than " +
+                                            CountText(static_cast<std::uint64_t>(kFileSizeLimit)) +
+                                            "; take " + Quoted(TakeName(c, file))};
         }
     }
     return {};

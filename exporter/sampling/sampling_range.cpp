@@ -43,13 +43,18 @@ bool TimeAdvances(const SamplingRange& range)
     return range.rate > 0.0f && step > 0.0f && largest + step > largest;
 }
 
+double SampleCount(const SamplingRange& range)
+{
+    const double length = static_cast<double>(range.end) - static_cast<double>(range.start);
+    return std::floor(std::fmax(length, 0.0) * static_cast<double>(range.rate)) + 1.0;
+}
+
 double SampledBytes(const SamplingRange& range, std::size_t nodes, std::size_t cameras)
 {
     constexpr double kNodeBytes = 16.0 + 20.0;  // a translation and a rotation, times included
     constexpr double kCameraBytes = 8.0 + 12.0; // field of view, clip range
-    const double length = static_cast<double>(range.end) - static_cast<double>(range.start);
-    const double samples = std::floor(std::fmax(length, 0.0) * static_cast<double>(range.rate)) + 1.0;
-    return samples * (kNodeBytes * static_cast<double>(nodes) + kCameraBytes * static_cast<double>(cameras));
+    return SampleCount(range) *
+           (kNodeBytes * static_cast<double>(nodes) + kCameraBytes * static_cast<double>(cameras));
 }
 
 std::uint32_t ReservedKeys(const SamplingRange& range)

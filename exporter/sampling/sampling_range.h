@@ -81,6 +81,9 @@ bool TimeAdvances(const SamplingRange& range);
 // No file is larger: positions in it have 31 bits.
 inline constexpr double kFileSizeLimit = 2147483648.0;
 
+// About how many instants are sampled over `range`.
+double SampleCount(const SamplingRange& range);
+
 // Bytes of the keys that are sampled over `range`, before any are left out. Nodes and cameras alone are counted.
 double SampledBytes(const SamplingRange& range, std::size_t nodes, std::size_t cameras);
 

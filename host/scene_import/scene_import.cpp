@@ -6,6 +6,7 @@
 #include <mobu_host/scene.h>
 
 #include <exception>
+#include <filesystem>
 
 namespace mobu_host
 {
@@ -28,7 +29,7 @@ void Import(const SceneFile& file, const ImportOptions& options, SceneImportResu
                              " scenes: it was made without " + format->library);
         result.source_files = format->import(file, options, notes);
         result.ok = true;
-        SetSceneFilePath(file.path.c_str());
+        SetSceneFilePath(std::filesystem::absolute(file.path).string().c_str()); // as applications tell it
     }
     catch (const ParseError& damage)
     {

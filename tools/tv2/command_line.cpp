@@ -228,7 +228,8 @@ void AddCheckVerb(CLI::App& app, VerbContext& context)
 void AddPictureVerb(CLI::App& app, VerbContext& context)
 {
     auto options = std::make_shared<PictureOptions>();
-    CLI::App* verb = app.add_subcommand("picture", "Skeletons, cameras and other models at several instants, as an SVG drawing");
+    CLI::App* verb = app.add_subcommand(
+        "picture", "Skeletons, cameras and other models at several instants, as an SVG drawing");
     verb->add_option("FILE", options->file, "The .tv2 file")->required();
     verb->add_option("OUTPUT.svg", options->output, "The drawing, ending in .svg")->required();
     verb->add_option("--figures", options->figures,

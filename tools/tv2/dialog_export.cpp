@@ -273,7 +273,7 @@ private:
                 }
             });
         const SamplingWatch sampling;
-        const bool completed = mobu_host::UseMenuItem(entry, request_.output);
+        const bool completed = mobu_host::UseMenuItem(entry, OutputForExporter(request_));
         mobu_host::SetPopupPlayer({});
 
         if (!shown || !not_ours.empty())

@@ -12,9 +12,14 @@ using namespace TEV2_LOADER;
 namespace
 {
 
-std::string WithReason(const std::string& text, const std::string& path)
+/// Adds why a file of the size that was planned cannot be written now, where that can be found out.
+std::string WithReason(const std::string& text, const PlannedFile& planned, const ExportPlan& plan)
 {
-    const std::string reason = WhyNotWritable(path);
+    constexpr double kHeadings = 4096.0; // information, environment and chunk headers
+    constexpr double kNodeHeading = 256.0;
+    const double bytes = tev2_exporter::SampledBytes(planned.range, plan.nodes, plan.cameras) + kHeadings +
+                         kNodeHeading * static_cast<double>(plan.nodes);
+    const std::string reason = WhyNotWritable(planned.path, static_cast<std::uint64_t>(bytes));
     return reason.empty() ? text : text + ": " + reason;
 }
 
@@ -82,7 +87,7 @@ private:
 std::string CompareWithPlan(const LoadedFile& file, const PlannedFile& planned, const ExportPlan& plan)
 {
     const TEV2& scene = *file.scene;
-    const std::u16string line = u"TEV_NAME:\t" + tev2_exporter::Widen(planned.path) + u"\r\n";
+    const std::u16string line = u"TEV_NAME:\t" + tev2_exporter::Widen(planned.named) + u"\r\n";
     if (scene.information.infoText.Text().find(line) == std::u16string::npos)
     {
         return "its information does not name it";
@@ -114,20 +119,20 @@ ExportedFile CheckExportedFile(const PlannedFile& planned, const ExportPlan& pla
     const FileStamp now = FileStamp::Of(planned.path);
     if (!now.exists)
     {
-        result.error = "was not written";
+        result.error = WithReason("was not written", planned, plan);
         return result;
     }
     if (!now.regular)
     {
-        result.error = WithReason("cannot be read back, it is not a file", planned.path);
+        result.error = WithReason("cannot be read back, it is not a file", planned, plan);
         return result;
     }
     if (now == before)
     {
+        result.kept = true;
         result.skipped = now.read_only;
-        result.error = now.read_only
-                           ? "skipped: it is read-only (--yes over-writes it)"
-                           : WithReason("was not written, what stands there is older", planned.path);
+        result.error = now.read_only ? "skipped: it is read-only, kept the old file (--yes over-writes it)"
+                                     : WithReason("was not written, kept the old file", planned, plan);
         return result;
     }
     result.bytes = static_cast<std::uint64_t>(now.size);
@@ -147,7 +152,7 @@ ExportedFile CheckExportedFile(const PlannedFile& planned, const ExportPlan& pla
                                       (finding ? std::string(" (") + CodeName(finding->code) + " at byte " +
                                                      std::to_string(finding->offset) + ")"
                                                : std::string()),
-                                  planned.path);
+                                  planned, plan);
         return result;
     }
     if (!file.report.findings.empty())

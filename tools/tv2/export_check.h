@@ -10,7 +10,8 @@
 struct ExportedFile
 {
     std::string error;    ///< empty: the file is whole and as planned
-    bool skipped = false; ///< left alone: it is read-only
+    bool kept = false;    ///< the file is the one that was there before
+    bool skipped = false; ///< and is so because it is read-only
     std::size_t nodes = 0;
     std::size_t cameras = 0;
     std::size_t samples = 0;

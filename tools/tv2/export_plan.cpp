@@ -2,6 +2,7 @@
 
 #include "exporter/rules/rules.h"
 #include "host/scene_import/scene_import.h"
+#include "tev2_loader/serialisation/file_writer.h"
 #include "text/closest_name.h"
 #include "tools/tv2/system.h"
 #include "tools/tv2/text.h"
@@ -10,6 +11,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <filesystem>
 #include <map>
 
 using tev2_exporter::ExportQuestion;
@@ -139,14 +141,16 @@ SceneFacts FactsOf(const ExportRequest& request)
     return scene;
 }
 
-std::vector<PlannedFile> PlannedFiles(const std::vector<FilePlan>& files)
+std::vector<PlannedFile> PlannedFiles(const std::vector<FilePlan>& files, const ExportRequest& request)
 {
+    const bool as_given = OutputForExporter(request) == request.output;
     const std::vector<FBTake*> takes = TakesOfScene();
     std::vector<PlannedFile> planned;
     for (const FilePlan& file : files)
     {
         FBTake* const take = takes[file.take];
-        planned.push_back({take, NameOf(*take), file.path, file.range, {}});
+        const std::string named = as_given ? file.path : std::filesystem::absolute(file.path).string();
+        planned.push_back({take, NameOf(*take), file.path, named, file.range, {}});
     }
     return planned;
 }
@@ -163,6 +167,19 @@ std::vector<float> InstantsOf(const tev2_exporter::SamplingRange& range)
 }
 
 } // namespace
+
+std::string OutputForExporter(const ExportRequest& request)
+{
+    std::size_t longest_take = 0;
+    for (FBTake* take : TakesOfScene())
+    {
+        longest_take = std::max(longest_take, NameOf(*take).size());
+    }
+    std::error_code error;
+    const std::string absolute = std::filesystem::absolute(request.output, error).string();
+    const bool fits = absolute.size() + 1 + longest_take <= TEV2_LOADER::kMostPathBytes;
+    return !error && fits ? absolute : request.output;
+}
 
 std::string CheckRequest(const ExportRequest& request)
 {
@@ -201,7 +218,7 @@ std::string PrepareScene(const ExportRequest& request, ExportPlan& plan)
 
 std::vector<PlannedFile> NameFiles(const ExportRequest& request)
 {
-    return PlannedFiles(tev2_exporter::NameFiles(QuestionOf(request), FactsOf(request)));
+    return PlannedFiles(tev2_exporter::NameFiles(QuestionOf(request), FactsOf(request)), request);
 }
 
 std::string PlanExport(const ExportRequest& request, ExportPlan& plan)
@@ -221,7 +238,7 @@ std::string PlanExport(const ExportRequest& request, ExportPlan& plan)
     plan.start_frame = rules.start_frame;
     plan.end_frame = rules.end_frame;
     plan.notes = rules.notes;
-    plan.files = PlannedFiles(rules.files);
+    plan.files = PlannedFiles(rules.files, request);
     for (PlannedFile& file : plan.files)
     {
         file.instants = InstantsOf(file.range);

@@ -15,6 +15,7 @@ struct PlannedFile
     FBTake* take = nullptr;
     std::string take_name;
     std::string path;
+    std::string named; ///< the same file, as the exporter names it
     tev2_exporter::SamplingRange range;
     std::vector<float> instants; ///< at which the take is sampled, start and end included
 };
@@ -40,6 +41,10 @@ std::string OpenScene(ExportRequest& request, std::vector<std::string>& notes);
 /// Makes the take current and selects the models that the request names in the scene that is open, and counts what
 /// every file will hold. Empty, or why there is nothing to export.
 std::string PrepareScene(const ExportRequest& request, ExportPlan& plan);
+
+/// The output as it is handed to the exporter: absolute, as an application's file dialog gives it, so that the file tells
+/// where it is from. As it was given where names would become too long for that.
+std::string OutputForExporter(const ExportRequest& request);
 
 /// The files that the takes of the request go into, in order of the takes; ranges and instants are left open.
 std::vector<PlannedFile> NameFiles(const ExportRequest& request);

@@ -73,6 +73,7 @@ nlohmann::ordered_json ReportJson(const std::string& scene, const ExportReport& 
         if (!exported.error.empty())
         {
             entry["error"] = exported.error;
+            entry["kept"] = exported.kept;
             entry["skipped"] = exported.skipped;
         }
         else

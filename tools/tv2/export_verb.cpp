@@ -18,7 +18,7 @@ namespace
 mobu_host::ExportCall CallOf(const ExportRequest& request, const ExportPlan& plan)
 {
     mobu_host::ExportCall call;
-    call.path = request.output;
+    call.path = OutputForExporter(request);
     call.rate = plan.rate;
     call.whole_take = plan.whole_take;
     call.start_frame = plan.start_frame;

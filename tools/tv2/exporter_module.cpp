@@ -30,8 +30,7 @@ std::string ExporterPath(const std::string& path)
 
 std::unique_ptr<mobu_host::Plugin> LoadExporter(const std::string& path, std::string& error)
 {
-    std::unique_ptr<mobu_host::Plugin> plugin =
-        mobu_host::Plugin::Load(ExporterPath(path), error);
+    std::unique_ptr<mobu_host::Plugin> plugin = mobu_host::Plugin::Load(ExporterPath(path), error);
     if (!plugin)
     {
         error = "the exporter cannot be loaded: " + error;

@@ -1,6 +1,7 @@
 // The command `tv2`: everything that can be done with .tv2 files from a shell. One file a verb.
 
 #include "tools/tv2/command_line.h"
+#include "tools/tv2/system.h"
 #include "tools/tv2/verb.h"
 
 #include <cstdio>
@@ -8,6 +9,7 @@
 
 int main(int argc, char** argv)
 {
+    ReportFileSizeLimit();
     try
     {
         return RunCommandLine(argc, argv);

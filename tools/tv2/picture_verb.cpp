@@ -1,6 +1,7 @@
 // tv2 picture: what a file shows at several instants, in one SVG drawing: skeletons as stick figures, cameras with what
 // they see, other models as points with their axes.
 
+#include "tev2_loader/io/whole_file.h"
 #include "tools/tv2/drawing.h"
 #include "tools/tv2/figures.h"
 #include "tools/tv2/json.h"
@@ -9,8 +10,8 @@
 #include "tools/tv2/verb.h"
 
 #include <algorithm>
+#include <cstring>
 #include <filesystem>
-#include <fstream>
 
 namespace
 {
@@ -52,10 +53,9 @@ void RunPicture(const PictureOptions& options, VerbContext& context)
                       context);
 
     const Drawing drawing = DrawFigures(figures);
-    std::ofstream output(options.output, std::ios::binary);
-    output << drawing.svg << std::flush;
-    if (!output)
-        return Refuse(options, options.output + ": cannot be written", kExitCouldNotRun, context);
+    if (const int failure = TEV2_LOADER::WriteWholeFile(options.output, drawing.svg); failure != 0)
+        return Refuse(options, options.output + ": cannot be written: " + std::strerror(failure),
+                      kExitCouldNotRun, context);
     if (options.json)
     {
         const Json json = {{"file", options.file}, {"output", options.output}, {"figures", figures.size()}};

@@ -22,6 +22,9 @@ using tev2_exporter::ObstacleToWriting;
 /// Takes the mark off a file that is read-only for everybody; 0, or why that failed.
 int MakeWritable(const std::string& path);
 
-/// Why nothing can be written to `path` now, its disk or device included, in the system's words; empty when that
-/// works.
-std::string WhyNotWritable(const std::string& path);
+/// Why `bytes` bytes cannot be written to `path` now, its disk or device, a quota or a limit included, in the system's
+/// words; empty when nothing is known against it.
+std::string WhyNotWritable(const std::string& path, std::uint64_t bytes);
+
+/// Lets a write beyond the limit for file sizes fail with an error instead of ending the program.
+void ReportFileSizeLimit();

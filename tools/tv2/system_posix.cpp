@@ -1,11 +1,13 @@
 #include "tools/tv2/system.h"
 
+#include <algorithm>
 #include <cerrno>
+#include <csignal>
+#include <cstdlib>
 #include <cstring>
 #include <fcntl.h>
 #include <filesystem>
 #include <sys/stat.h>
-#include <sys/statvfs.h>
 #include <unistd.h>
 
 std::string ModuleFileName(const std::string& name)
@@ -32,28 +34,48 @@ int MakeWritable(const std::string& path)
     return made ? 0 : errno;
 }
 
-std::string WhyNotWritable(const std::string& path)
+namespace
 {
-    const FileStamp stamp = FileStamp::Of(path);
-    const int file = ::open(path.c_str(), O_WRONLY | O_NONBLOCK | O_CLOEXEC);
+
+/// Why a file of `bytes` bytes has no room in a folder: asks for the room in a file without a name.
+int WhyNoRoom(const std::string& folder, std::uint64_t bytes)
+{
+    std::string name = folder + "/.tv2.XXXXXX";
+    const int file = ::mkostemp(name.data(), O_CLOEXEC);
     if (file < 0)
     {
-        return std::strerror(errno);
+        return errno;
     }
-    std::string reason;
-    const char probe = 0;
-    // A device that is no terminal tells by a byte; a file keeps what it has, its disk tells by the room it has left.
-    struct stat status;
-    struct statvfs disk;
-    const bool device = ::fstat(file, &status) == 0 && S_ISCHR(status.st_mode) && ::isatty(file) == 0;
-    if (stamp.regular && ::fstatvfs(file, &disk) == 0 && disk.f_bavail == 0)
-    {
-        reason = std::strerror(ENOSPC);
-    }
-    else if (device && ::write(file, &probe, 1) < 0)
-    {
-        reason = std::strerror(errno);
-    }
+    ::unlink(name.c_str());
+    const int error = ::fallocate(file, 0, 0, static_cast<off_t>(bytes)) == 0 ? 0 : errno;
     ::close(file);
-    return reason;
+    return error == EOPNOTSUPP || error == ENOSYS ? 0 : error;
+}
+
+} // namespace
+
+std::string WhyNotWritable(const std::string& path, std::uint64_t bytes)
+{
+    const FileStamp stamp = FileStamp::Of(path);
+    int error = 0;
+    if (stamp.exists)
+    {
+        const int file = ::open(path.c_str(), O_WRONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC);
+        error = file < 0 ? errno : 0;
+        if (file >= 0)
+        {
+            ::close(file);
+        }
+    }
+    if (error == 0 && (!stamp.exists || stamp.regular))
+    {
+        const std::string folder = std::filesystem::path(path).parent_path().string();
+        error = WhyNoRoom(folder.empty() ? "." : folder, std::max<std::uint64_t>(bytes, 1));
+    }
+    return error == 0 ? std::string() : std::strerror(error);
+}
+
+void ReportFileSizeLimit()
+{
+    std::signal(SIGXFSZ, SIG_IGN);
 }

@@ -34,16 +34,19 @@ int MakeWritable(const std::string& path)
     return made ? 0 : ErrnoOfLastError();
 }
 
-std::string WhyNotWritable(const std::string& path)
+std::string WhyNotWritable(const std::string& path, std::uint64_t bytes)
 {
-    if (const int obstacle = ObstacleToWriting(path); obstacle != 0)
+    const FileStamp stamp = FileStamp::Of(path);
+    if (const int obstacle = stamp.exists ? ObstacleToWriting(path) : 0; obstacle != 0)
     {
         return std::strerror(obstacle);
     }
     const std::string::size_type separator = path.find_last_of("/\\");
     const std::string folder = separator == std::string::npos ? "." : path.substr(0, separator + 1);
     ULARGE_INTEGER left{};
-    const bool full = FileStamp::Of(path).regular &&
-                      GetDiskFreeSpaceExA(folder.c_str(), &left, nullptr, nullptr) && left.QuadPart == 0;
+    // What a quota leaves to this user.
+    const bool full = GetDiskFreeSpaceExA(folder.c_str(), &left, nullptr, nullptr) && left.QuadPart < bytes;
     return full ? std::strerror(ENOSPC) : std::string();
 }
+
+void ReportFileSizeLimit() {} // there is none

@@ -60,6 +60,7 @@ TEST(Clock, TellsUniversalTimeWhateverTheZone)
 {
     using namespace std::chrono;
     const EnvironmentChange zone("TZ", "EAST-5:30");
+    const EnvironmentChange clock("SOURCE_DATE_EPOCH", "");
     const auto before = Now();
     const UtcTime told = CurrentUtcTime();
     const year_month_day date{year(told.year), month(static_cast<unsigned>(told.month)),
@@ -67,6 +68,36 @@ TEST(Clock, TellsUniversalTimeWhateverTheZone)
     const sys_seconds time = sys_days(date) + hours(told.hour) + minutes(told.minute) + seconds(told.second);
     EXPECT_LE(before, time);
     EXPECT_LE(time, Now());
+}
+
+TEST(Clock, IsSetForReproducibleExports)
+{
+    const struct
+    {
+        const char* text;
+        int year; ///< 0: the clock's
+    } cases[] = {{"0", 1970},
+                 {"1709629622", 2024},
+                 {"253402300799", 9999},
+                 {"253402300800", 0},
+                 {"-1", 0},
+                 {"", 0},
+                 {"1e9", 0},
+                 {" 1", 0},
+                 {"99999999999999999999", 0}};
+    for (const auto& item : cases)
+    {
+        const EnvironmentChange change("SOURCE_DATE_EPOCH", item.text);
+        const UtcTime time = CurrentUtcTime();
+        if (item.year != 0)
+            EXPECT_EQ(time.year, item.year) << item.text;
+        else
+            EXPECT_GE(time.year, 2025) << item.text;
+    }
+    const EnvironmentChange change("SOURCE_DATE_EPOCH", "1709629622"); // date -u -d @1709629622
+    const UtcTime time = CurrentUtcTime();
+    EXPECT_EQ((std::vector{time.month, time.day, time.hour, time.minute, time.second}),
+              (std::vector{3, 5, 9, 7, 2}));
 }
 
 TEST(User, IsNotWhomTheEnvironmentNames)

@@ -2,9 +2,11 @@
 
 #include <gtest/gtest.h>
 
+#include <csignal>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <sys/resource.h>
 #include <sys/stat.h>
 
 namespace tev2_exporter::platform
@@ -94,6 +96,22 @@ TEST_F(SettingsStore, WritesWholeFilesInPlaceOfTheOld)
     EXPECT_EQ(SettingsReader().Read("old"), std::nullopt);
     EXPECT_EQ(SettingsReader().Read("a"), "1");
     EXPECT_EQ(SettingsReader().Read("b"), "2");
+}
+
+TEST_F(SettingsStore, KeepsTheOldSettingsWhenTheDiskIsFull)
+{
+    SettingsWriter().Write("old", "1");
+    rlimit before{};
+    getrlimit(RLIMIT_FSIZE, &before);
+    const rlimit limit{3, before.rlim_max};
+    const auto handler = std::signal(SIGXFSZ, SIG_IGN);
+    setrlimit(RLIMIT_FSIZE, &limit);
+    SettingsWriter().Write("new", "1");
+    setrlimit(RLIMIT_FSIZE, &before);
+    std::signal(SIGXFSZ, handler);
+    EXPECT_EQ(SettingsReader().Read("old"), "1");
+    const fs::path folder = home_ / ".config/Tev2_Exporter_MB";
+    EXPECT_EQ(std::distance(fs::directory_iterator(folder), fs::directory_iterator()), 1);
 }
 
 // Processes share the folder, and users keep their settings elsewhere by way of a link.

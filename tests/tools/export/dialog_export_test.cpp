@@ -218,20 +218,12 @@ TEST_F(DialogExportTest, CancellationsWriteAndRememberNothing)
 TEST_F(DialogExportTest, SettingsThatCannotBeStoredLeaveNothingBehind)
 {
     const fs::path settings = Path("config/Tev2_Exporter_MB/settings");
-    const fs::path fresh = settings.string() + ".new";
+    const auto entries = [&]
+    { return std::distance(fs::directory_iterator(settings.parent_path()), fs::directory_iterator()); };
     fs::create_directories(settings); // a folder in the place of the file
     EXPECT_EQ(Play(kExport, "walk.bvh", "a.tv2").exit_code, 0);
     EXPECT_TRUE(fs::is_directory(settings));
-    EXPECT_FALSE(fs::exists(fresh));
-
-    fs::remove(settings);
-    Play(kNtsc + kExport, "walk.bvh", "a.tv2");
-    const Settings before = Remembered(2);
-    EXPECT_EQ(before.count("SAMPLING_RADIO_CHOICE_KEY_NAME"), 1u);
-    fs::create_symlink("/dev/full", fresh);
-    EXPECT_EQ(Play(kSpaces + kExport, "walk.bvh", "a.tv2").exit_code, 0);
-    EXPECT_FALSE(fs::exists(fs::symlink_status(fresh)));
-    EXPECT_EQ(Remembered(2), before);
+    EXPECT_EQ(entries(), 1);
 }
 
 TEST_F(DialogExportTest, TakeAndModelsAreThoseOfTheCommandLine)

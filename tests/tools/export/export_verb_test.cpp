@@ -11,6 +11,7 @@
 
 #include <csignal>
 #include <cstdlib>
+#include <fcntl.h>
 #include <fstream>
 #include <set>
 #include <sstream>
@@ -302,21 +303,79 @@ TEST_F(ExportVerbTest, NotesSayWhatIsCutOrLeftOut)
                                         "2 other takes are not exported: \"A_b\", \"C\" (--all-takes)"}));
 }
 
-TEST_F(ExportVerbTest, AFileThatWasCutOffIsNoticedAndDoesNotLoad)
+TEST_F(ExportVerbTest, OnlyRegularFilesAreWritten)
+{
+    fs::create_symlink("/dev/full", Path("full.tv2"));
+    ASSERT_EQ(mkfifo(Path("pipe.tv2").c_str(), 0600), 0);
+    for (const char* const name : {"full.tv2", "pipe.tv2"})
+    {
+        const CommandResult run = ExportWalk(name);
+        EXPECT_EQ(run.exit_code, 2) << name;
+        EXPECT_NE(run.err.find("it is a device or a pipe, not a file"), std::string::npos) << run.err;
+    }
+}
+
+// Both where the parent ignores the signal for files that are too large, and where it would end the command.
+TEST_F(ExportVerbTest, AFailedExportKeepsTheOldFileAndSaysWhy)
 {
     rlimit before{};
     getrlimit(RLIMIT_FSIZE, &before);
     const rlimit small{700, before.rlim_max};
-    const auto handler = std::signal(SIGXFSZ, SIG_IGN);
-    setrlimit(RLIMIT_FSIZE, &small);
-    const CommandResult run = ExportWalk("cut.tv2");
-    setrlimit(RLIMIT_FSIZE, &before);
-    std::signal(SIGXFSZ, handler);
+    const auto export_with_little_room = [&](const Arguments& options)
+    {
+        setrlimit(RLIMIT_FSIZE, &small);
+        const CommandResult run = ExportWalk("cut.tv2", options);
+        setrlimit(RLIMIT_FSIZE, &before);
+        return run;
+    };
+    for (const bool ignored : {true, false})
+    {
+        fs::remove(Path("cut.tv2"));
+        const std::set<std::string> files = Files();
+        const auto handler = std::signal(SIGXFSZ, ignored ? SIG_IGN : SIG_DFL);
+        const CommandResult first = export_with_little_room({});
+        EXPECT_EQ(first.exit_code, 1) << first.err;
+        EXPECT_NE(first.err.find("cut.tv2: was not written: File too large"), std::string::npos) << first.err;
+        EXPECT_EQ(Files(), files);
 
-    EXPECT_EQ(run.exit_code, 1);
-    EXPECT_NE(run.err.find("cut.tv2: is incomplete"), std::string::npos) << run.err;
-    EXPECT_EQ(fs::file_size(Path("cut.tv2")), 700u);
-    EXPECT_EQ(RunTv2({"info", Path("cut.tv2")}).exit_code, 1);
+        EXPECT_EQ(ExportWalk("cut.tv2").exit_code, 0);
+        const std::string good = Content("cut.tv2");
+        const CommandResult again = export_with_little_room({"--json"});
+        EXPECT_EQ(again.exit_code, 1);
+        EXPECT_NE(again.err.find("cut.tv2: was not written, kept the old file: File too large"),
+                  std::string::npos)
+            << again.err;
+        EXPECT_EQ(again.Json().at("files").at(0).at("kept"), true);
+        EXPECT_EQ(Content("cut.tv2"), good);
+        std::signal(SIGXFSZ, handler);
+    }
+}
+
+// Replacing gives another inode; the time alone may be the same on file systems that round it.
+TEST_F(ExportVerbTest, AFileOfTheSameTimeAndSizeIsNoticed)
+{
+    for (int run = 0; run < 2; ++run)
+    {
+        const CommandResult result = ExportWalk("out.tv2");
+        EXPECT_EQ(result.exit_code, 0) << result.err;
+        const timespec rounded[] = {{1'700'000'000, 0}, {1'700'000'000, 0}};
+        utimensat(AT_FDCWD, Path("out.tv2").c_str(), rounded, 0);
+    }
+}
+
+TEST_F(ExportVerbTest, InformationNamesWholePaths)
+{
+    const fs::path here = fs::current_path();
+    fs::current_path(Path(""));
+    const std::string folder = fs::current_path().string();
+    EXPECT_EQ(Export({"walk.bvh", "out.tv2"}).exit_code, 0);
+    fs::current_path(here);
+    const std::u16string text = Load("out.tv2")->information.infoText.Text();
+    for (const std::string& line :
+         {"TEV_NAME:\t" + folder + "/out.tv2\r\n", "FBX_FILE:\t" + folder + "/walk.bvh\r\n"})
+    {
+        EXPECT_NE(text.find(std::u16string(line.begin(), line.end())), std::u16string::npos) << line;
+    }
 }
 
 // Success is what stands on disk afterwards, whatever the exporter says.
@@ -362,7 +421,7 @@ TEST_F(ExportVerbTest, NothingIsTakenOnTrust)
     }
     const CommandResult older = lie("gone"); // what the last lie left is still there
     EXPECT_EQ(older.exit_code, 1);
-    EXPECT_NE(older.err.find("was not written, what stands there is older"), std::string::npos) << older.err;
+    EXPECT_NE(older.err.find("was not written, kept the old file"), std::string::npos) << older.err;
     const CommandResult nodes = ExportWalk("out.tv2", {"--plugin", LYING_EXPORTER, "--select", "Hips"});
     EXPECT_EQ(nodes.exit_code, 1);
 }
