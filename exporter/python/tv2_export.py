@@ -598,7 +598,7 @@ def _complaint(path, before):
         return "was not written"
     if now == before:
         writable = os.stat(path).st_mode & 0o222
-        return "was not written, what stands there is older" if writable else "is read-only and was kept"
+        return "was not written, the old file was kept" if writable else "is read-only and was kept"
     try:
         with open(path, "rb") as stream:
             if stream.read(len(_MAGIC)) != _MAGIC:

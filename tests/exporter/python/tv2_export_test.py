@@ -297,15 +297,21 @@ class FailedTest(ScratchTest):
         self.assertEqual(written, [self.path("run_A b.tv2"), self.path("run_\u00e9.tv2")])
         self.assertEqual(self.read(precious), b"precious")
 
-    def test_a_file_that_was_cut_off_is_incomplete(self):
+    def test_a_failed_export_keeps_the_old_file(self):
         soft, hard = resource.getrlimit(resource.RLIMIT_FSIZE)
-        resource.setrlimit(resource.RLIMIT_FSIZE, (700, hard))
-        try:
-            written = self.failed("cut.tv2 is incomplete", self.path("cut.tv2"))
-        finally:
-            resource.setrlimit(resource.RLIMIT_FSIZE, (soft, hard))
-        self.assertEqual(written, [])
-        self.assertEqual(self.read(self.path("cut.tv2"))[:4], bytes(4))
+        out = self.path("cut.tv2")
+        for old, reason in ((None, "cut.tv2 was not written"), (b"good", "the old file was kept")):
+            if old:
+                with open(out, "wb") as stream:
+                    stream.write(old)
+            before = os.listdir(self.path(""))
+            resource.setrlimit(resource.RLIMIT_FSIZE, (700, hard))
+            try:
+                self.assertEqual(self.failed(reason, out), [])
+            finally:
+                resource.setrlimit(resource.RLIMIT_FSIZE, (soft, hard))
+            self.assertEqual(os.listdir(self.path("")), before)
+            self.assertEqual(self.read(out) if old else None, old)
 
     def test_an_exporter_that_claims_success_is_not_believed(self):
         out = self.path("out.tv2")
@@ -313,7 +319,7 @@ class FailedTest(ScratchTest):
         self.addCleanup(os.environ.pop, "LIE_SOURCE")
         self.failed("was not written", out, plugin=LYING_EXPORTER)
         export(out)
-        self.failed("what stands there is older", out, plugin=LYING_EXPORTER)
+        self.failed("the old file was kept", out, plugin=LYING_EXPORTER)
         os.environ["LIE_SOURCE"] = self.walk
         self.failed("is incomplete", out, plugin=LYING_EXPORTER)
         os.environ["LIE_SOURCE"] = self.write("garbage", "\x01\x32\x56\x54" + "\0" * 30)
