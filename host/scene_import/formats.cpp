@@ -68,16 +68,20 @@ SourceFiles ImportFbxFile(const SceneFile& file, const ImportOptions& options, I
     return {};
 }
 
-SourceFiles Build(SceneDescription&& scene, const ImportOptions& options, ImportNotes& notes)
+// For formats that are whole in one file.
+template <SceneDescription (*Read)(std::string_view, ImportNotes&)>
+SceneDescription ReadBytes(const SceneFile& file, ImportNotes& notes)
 {
+    return Read(file.bytes, notes);
+}
+
+template <SceneDescription (*Read)(const SceneFile&, ImportNotes&)>
+SourceFiles ReadAndBuild(const SceneFile& file, const ImportOptions& options, ImportNotes& notes)
+{
+    SceneDescription scene = Read(file, notes);
     SourceFiles files = std::move(scene.source_files);
     BuildHostScene(std::move(scene), options, notes);
     return files;
-}
-
-SourceFiles ImportBvhFile(const SceneFile& file, const ImportOptions& options, ImportNotes& notes)
-{
-    return Build(bvh::ReadBvh(file.bytes, notes), options, notes);
 }
 
 SourceFiles ImportGltfFile(const SceneFile& file, const ImportOptions&, ImportNotes& notes)
@@ -88,20 +92,26 @@ SourceFiles ImportGltfFile(const SceneFile& file, const ImportOptions&, ImportNo
     return {};
 }
 
-#ifdef TV2_HAS_PUGIXML
-SourceFiles ImportColladaFile(const SceneFile& file, const ImportOptions& options, ImportNotes& notes)
+template <SceneDescription (*Read)(const SceneFile&, ImportNotes&)>
+constexpr Format Described(const char* name, bool (*recognises)(std::string_view))
 {
-    return Build(collada::ReadScene(file.bytes, notes), options, notes);
+    return {name, recognises, Read, ReadAndBuild<Read>, ""};
 }
-#else
-constexpr std::nullptr_t ImportColladaFile = nullptr;
-#endif
+
+[[maybe_unused]] constexpr Format Unreadable(const char* name, bool (*recognises)(std::string_view), const char* library)
+{
+    return {name, recognises, nullptr, nullptr, library};
+}
 
 constexpr Format kFormats[] = {
-    {"FBX", IsFbx, ImportFbxFile, "zlib"},
-    {"BVH", IsBvh, ImportBvhFile, ""},
-    {"glTF", IsGltf, ImportGltfFile, ""},
-    {"Collada", IsCollada, ImportColladaFile, "pugixml"},
+    {"FBX", IsFbx, nullptr, ImportFbxFile, ""},
+    Described<ReadBytes<bvh::ReadBvh>>("BVH", IsBvh),
+    {"glTF", IsGltf, nullptr, ImportGltfFile, ""},
+#ifdef TV2_HAS_PUGIXML
+    Described<ReadBytes<collada::ReadScene>>("Collada", IsCollada),
+#else
+    Unreadable("Collada", IsCollada, "pugixml"),
+#endif
 };
 
 template <typename Predicate>

@@ -4,6 +4,7 @@
 
 #include "host/scene_import/import_notes.h"
 #include "host/scene_import/import_options.h"
+#include "host/scene_import/scene_description.h"
 #include "host/scene_import/scene_file.h"
 
 #include <span>
@@ -17,6 +18,9 @@ struct Format
 {
     const char* name;
     bool (*recognises)(std::string_view bytes);
+
+    // What the file says. Throws ParseError. Null for one that goes into the host's scene without a description.
+    SceneDescription (*read)(const SceneFile& file, ImportNotes& notes);
 
     // Empties the host's scene and puts the file's content in its place; returns what else was read. Throws ParseError,
     // with the scene as it was. Null where this build cannot read the format for want of `library`.

@@ -1,0 +1,152 @@
+#include "host/scene_import/formats.h"
+#include "host/scene_import/host_scene.h"
+#include "host/scene_import/parse_error.h"
+#include "tests/host/scene_import/import_fixture.h"
+#include "tests/support/allocation_watch.h"
+
+// What reading takes of memory at most, as SECURITY.md states it.
+
+namespace
+{
+
+using namespace mobu_host;
+
+constexpr std::size_t kPerByte = 64;       // of the file, for the reader
+constexpr std::size_t kBesides = 16 << 20; // for the reader
+constexpr std::size_t kPerModel = 8 << 10; // for the host's scene, takes counted as models
+constexpr std::size_t kPerKey = 64;        // for the host's scene
+constexpr std::size_t kOfAnEmptyScene = 1 << 20;
+
+std::string Repeated(const std::string& text, int times)
+{
+    std::string all;
+    for (int i = 0; i < times; ++i)
+        all += text;
+    return all;
+}
+
+std::string Bvh(const std::string& joints, const std::string& motion)
+{
+    return "HIERARCHY\nROOT a\n{\n" + joints + "}\nMOTION\n" + motion;
+}
+
+// The file that asks for the most memory by one thing that the format repeats.
+struct HungryFile
+{
+    const char* what;
+    const char* format;
+    std::string (*bytes)();
+};
+
+const HungryFile kFiles[] = {
+    {"joints", "BVH", [] { return Bvh(Repeated("JOINT\n{}", 200'000), "Frames:0\nFrame Time:1"); }},
+    {"end sites", "BVH", [] { return Bvh(Repeated("End Site\n{}", 200'000), "Frames:0\nFrame Time:1"); }},
+    {"end sites of a long name", "BVH",
+     []
+     {
+         return Bvh("JOINT " + std::string(500, 'x') + "\n{" + Repeated("End Site\n{}", 100'000) + "}",
+                    "Frames:0\nFrame Time:1");
+     }},
+    {"joints that move", "BVH",
+     []
+     {
+         return Bvh(Repeated("JOINT\n{CHANNELS 1 Xposition}", 100'000),
+                    "Frames:1\nFrame Time:1\n" + Repeated("0 ", 100'000));
+     }},
+    {"channels", "BVH",
+     []
+     {
+         return Bvh(Repeated("JOINT\n{CHANNELS 100" + Repeated(" Xposition", 100) + "}", 2'000),
+                    "Frames:1\nFrame Time:1\n" + Repeated("0 ", 200'000));
+     }},
+    {"frames", "BVH",
+     [] {
+         return Bvh("CHANNELS 1 Xposition", "Frames:2000000\nFrame Time:.01\n" + Repeated("0\n", 2'000'000));
+     }},
+};
+
+TEST(SceneCost, AReaderTakesInProportionToItsFile)
+{
+    for (const HungryFile& file : kFiles)
+    {
+        const SceneFile in_memory{"hungry", file.bytes()};
+        ImportNotes notes;
+        const tv2_tests::AllocationPeak peak;
+        const SceneDescription scene = FormatNamed(file.format)->read(in_memory, notes);
+        EXPECT_LE(peak.Bytes(), kPerByte * in_memory.bytes.size() + kBesides)
+            << file.format << ": " << file.what;
+        EXPECT_GT(scene.models.size(), 0U);
+    }
+}
+
+SceneDescription Models(std::size_t count, bool cameras, std::size_t takes)
+{
+    SceneDescription scene;
+    scene.axes.linear = EulerTurn({-90, 0, 0}, 0);
+    scene.models.resize(count);
+    for (std::size_t i = 0; i < count; ++i)
+    {
+        scene.models[i].name = "a name of usual length";
+        if (i > 0 && i % 2 == 0)
+            scene.models[i].parent = static_cast<std::uint32_t>(i - 1);
+        if (cameras)
+            scene.models[i].lens = LensDescription();
+        scene.models[i].rest.linear.at[0][0] = i % 3 == 0 ? -1.0 : 1.0;
+    }
+    scene.takes.resize(takes);
+    for (TakeDescription& take : scene.takes)
+        for (std::size_t i = 0; i < count; ++i)
+            take.models.push_back({static_cast<std::uint32_t>(i), [i](double seconds) {
+                                       return Affine{{}, {seconds, static_cast<double>(i), 0.0}};
+                                   }});
+    return scene;
+}
+
+TEST(SceneCost, TheHostTakesEightKilobytesForAModelAndSixtyFourBytesForAKey)
+{
+    struct Case
+    {
+        const char* what;
+        std::size_t models;
+        bool cameras;
+        std::size_t takes;
+    };
+    for (const Case& item :
+         {Case{"models", 4'000, false, 1}, Case{"cameras", 4'000, true, 1},
+          Case{"models in several takes", 2'000, false, 10}, Case{"takes", 1, false, 4'000}})
+    {
+        NewScene();
+        SceneDescription scene = Models(item.models, item.cameras, item.takes);
+        ImportNotes notes;
+        const tv2_tests::AllocationPeak peak;
+        BuildHostScene(std::move(scene), {}, notes);
+        EXPECT_LE(peak.Bytes(), kPerModel * (item.models + item.takes) + kPerKey * item.models * item.takes +
+                                    kOfAnEmptyScene)
+            << item.what;
+    }
+    NewScene();
+}
+
+// A rest that is not theirs does not let files ask for more.
+TEST(SceneCost, ACallerCanLimitTheModels)
+{
+    ImportOptions options;
+    options.most_models = 999;
+    const Format& bvh = *FormatNamed("BVH");
+    ImportNotes notes;
+    const SceneFile file{"many", Bvh(Repeated("JOINT\n{}", 999), "Frames:0\nFrame Time:1")};
+    try
+    {
+        bvh.import(file, options, notes);
+        ADD_FAILURE();
+    }
+    catch (const ParseError& error)
+    {
+        EXPECT_STREQ(error.what(), "it has 1000 models; the limit is 999");
+    }
+    options.most_models = 1000;
+    bvh.import(file, options, notes);
+    NewScene();
+}
+
+} // namespace
