@@ -274,6 +274,8 @@ TEST_F(ExportVerbTest, FractionalRatesNeitherReadNorStoreSettings)
         {{"--fps", "ntsc", "--start-frame", "1"}, "out.tv2", 59.94, 0.04f, 0.08f, 4},
         {{"--fps", "12.5", "--end-frame", "1", "--all-takes"}, "out_Motion.tv2", 12.5, 0.0f, 0.04f, 2},
         {{"--fps", "500.5"}, "out.tv2", 500.5, 0.0f, 0.08f, 42},
+        // The last key is at 2.3976 frames of this rate; the take lasts until the third.
+        {{"--scene-rate", "29.97"}, "out.tv2", 29.97, 0.0f, static_cast<float>(3.0 / 29.97), 4},
     };
     for (const auto& c : cases)
     {
