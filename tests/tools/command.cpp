@@ -6,6 +6,7 @@
 #include <fstream>
 #include <spawn.h>
 #include <sstream>
+#include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -54,8 +55,10 @@ CommandResult RunTv2(const std::vector<std::string>& arguments)
 
     CommandResult result;
     int status = 0;
-    if (failed == 0 && waitpid(process, &status, 0) == process && WIFEXITED(status))
+    rusage usage{};
+    if (failed == 0 && wait4(process, &status, 0, &usage) == process && WIFEXITED(status))
     {
+        result.peak_kilobytes = usage.ru_maxrss;
         result.exit_code = WEXITSTATUS(status);
     }
     result.out = ReadText(out);

@@ -12,6 +12,7 @@ struct CommandResult
     int exit_code = -1; ///< -1 when it did not end by itself
     std::string out;
     std::string err;
+    long peak_kilobytes = 0; ///< of memory that was resident at one time
 
     /// The standard output as JSON; a failed test and null when it is none.
     nlohmann::json Json() const;
