@@ -60,6 +60,8 @@ private:
     HANDLE handle_;
 };
 
+constexpr DWORD kDiskQuotaExceeded = 1295; // has no name in the headers of MinGW
+
 int ErrnoOf(DWORD error)
 {
     switch (error)
@@ -80,7 +82,7 @@ int ErrnoOf(DWORD error)
         return EACCES;
     case ERROR_DISK_FULL:
     case ERROR_HANDLE_DISK_FULL:
-    case ERROR_DISK_QUOTA_EXCEEDED:
+    case kDiskQuotaExceeded:
         return ENOSPC;
     case ERROR_TOO_MANY_OPEN_FILES:
         return EMFILE;
