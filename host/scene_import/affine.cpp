@@ -11,8 +11,6 @@ namespace mobu_host
 namespace
 {
 
-using Wxyz = std::array<double, 4>; // w, x, y, z
-
 using AxisOrder = std::array<std::size_t, 3>;
 
 const AxisOrder& AxesOf(int order)
@@ -33,44 +31,9 @@ Matrix3 AxisTurn(int axis, double degrees)
     return turn;
 }
 
-Wxyz QuaternionOf(const Matrix3& turn)
+Quaternion Middle(const Quaternion& a, const Quaternion& b)
 {
-    const auto& m = turn.at;
-    const double trace = m[0][0] + m[1][1] + m[2][2];
-    if (trace > 0.0)
-    {
-        const double root = 2.0 * std::sqrt(trace + 1.0);
-        return {0.25 * root, (m[2][1] - m[1][2]) / root, (m[0][2] - m[2][0]) / root,
-                (m[1][0] - m[0][1]) / root};
-    }
-    const std::size_t i = m[0][0] >= m[1][1] && m[0][0] >= m[2][2] ? 0 : m[1][1] >= m[2][2] ? 1 : 2;
-    const std::size_t j = (i + 1) % 3;
-    const std::size_t k = (i + 2) % 3;
-    const double root = 2.0 * std::sqrt(1.0 + m[i][i] - m[j][j] - m[k][k]);
-    Wxyz q;
-    q[0] = (m[k][j] - m[j][k]) / root;
-    q[1 + i] = 0.25 * root;
-    q[1 + j] = (m[j][i] + m[i][j]) / root;
-    q[1 + k] = (m[k][i] + m[i][k]) / root;
-    return q;
-}
-
-Matrix3 TurnOf(const Wxyz& q)
-{
-    const auto [w, x, y, z] = q;
-    Matrix3 turn;
-    const double rows[3][3] = {{1.0 - 2.0 * (y * y + z * z), 2.0 * (x * y - w * z), 2.0 * (x * z + w * y)},
-                               {2.0 * (x * y + w * z), 1.0 - 2.0 * (x * x + z * z), 2.0 * (y * z - w * x)},
-                               {2.0 * (x * z - w * y), 2.0 * (y * z + w * x), 1.0 - 2.0 * (x * x + y * y)}};
-    for (int row = 0; row < 3; ++row)
-        for (int column = 0; column < 3; ++column)
-            turn.at[row][column] = rows[row][column];
-    return turn;
-}
-
-Wxyz Middle(const Wxyz& a, const Wxyz& b)
-{
-    Wxyz sum{a[0] + b[0], a[1] + b[1], a[2] + b[2], a[3] + b[3]};
+    Quaternion sum{a[0] + b[0], a[1] + b[1], a[2] + b[2], a[3] + b[3]};
     const double length = std::sqrt(sum[0] * sum[0] + sum[1] * sum[1] + sum[2] * sum[2] + sum[3] * sum[3]);
     for (double& part : sum)
         part /= length;
@@ -198,20 +161,55 @@ Vector EulerAngles(const Matrix3& turn, int order)
     return degrees;
 }
 
+Quaternion QuaternionOf(const Matrix3& turn)
+{
+    const auto& m = turn.at;
+    const double trace = m[0][0] + m[1][1] + m[2][2];
+    if (trace > 0.0)
+    {
+        const double root = 2.0 * std::sqrt(trace + 1.0);
+        return {0.25 * root, (m[2][1] - m[1][2]) / root, (m[0][2] - m[2][0]) / root,
+                (m[1][0] - m[0][1]) / root};
+    }
+    const std::size_t i = m[0][0] >= m[1][1] && m[0][0] >= m[2][2] ? 0 : m[1][1] >= m[2][2] ? 1 : 2;
+    const std::size_t j = (i + 1) % 3;
+    const std::size_t k = (i + 2) % 3;
+    const double root = 2.0 * std::sqrt(1.0 + m[i][i] - m[j][j] - m[k][k]);
+    Quaternion q;
+    q[0] = (m[k][j] - m[j][k]) / root;
+    q[1 + i] = 0.25 * root;
+    q[1 + j] = (m[j][i] + m[i][j]) / root;
+    q[1 + k] = (m[k][i] + m[i][k]) / root;
+    return q;
+}
+
+Matrix3 TurnOf(const Quaternion& q)
+{
+    const auto [w, x, y, z] = q;
+    Matrix3 turn;
+    const double rows[3][3] = {{1.0 - 2.0 * (y * y + z * z), 2.0 * (x * y - w * z), 2.0 * (x * z + w * y)},
+                               {2.0 * (x * y + w * z), 1.0 - 2.0 * (x * x + z * z), 2.0 * (y * z - w * x)},
+                               {2.0 * (x * z - w * y), 2.0 * (y * z + w * x), 1.0 - 2.0 * (x * x + y * y)}};
+    for (int row = 0; row < 3; ++row)
+        for (int column = 0; column < 3; ++column)
+            turn.at[row][column] = rows[row][column];
+    return turn;
+}
+
 // By halving the arc: no function of the system's library but the square root, which is exact everywhere.
-Matrix3 TurnBetween(const Matrix3& from, const Matrix3& to, double fraction)
+Quaternion TurnBetween(const Quaternion& from, const Quaternion& to, double fraction)
 {
     if (!(fraction > 0.0))
         return from;
     if (fraction >= 1.0)
         return to;
-    Wxyz a = QuaternionOf(from);
-    Wxyz b = QuaternionOf(to);
+    Quaternion a = from;
+    Quaternion b = to;
     if (a[0] * b[0] + a[1] * b[1] + a[2] * b[2] + a[3] * b[3] < 0.0)
         for (double& part : b)
             part = -part;
     double low = 0.0, high = 1.0;
-    Wxyz middle = Middle(a, b);
+    Quaternion middle = Middle(a, b);
     for (int i = 0; i < 50; ++i)
     {
         middle = Middle(a, b);
@@ -221,7 +219,16 @@ Matrix3 TurnBetween(const Matrix3& from, const Matrix3& to, double fraction)
         (half < fraction ? low : high) = half;
         (half < fraction ? a : b) = middle;
     }
-    return TurnOf(middle);
+    return middle;
+}
+
+Matrix3 TurnBetween(const Matrix3& from, const Matrix3& to, double fraction)
+{
+    if (!(fraction > 0.0))
+        return from;
+    if (fraction >= 1.0)
+        return to;
+    return TurnOf(TurnBetween(QuaternionOf(from), QuaternionOf(to), fraction));
 }
 
 } // namespace mobu_host

@@ -48,7 +48,14 @@ Matrix3 EulerTurn(const Vector& degrees, int order);
 // The angles in degrees of a turn, those from which EulerTurn makes it.
 Vector EulerAngles(const Matrix3& turn, int order);
 
-// A part of the way from no turn to `turn`, along the shorter arc.
+// A turn as w, x, y, z, of length 1.
+using Quaternion = std::array<double, 4>;
+
+Quaternion QuaternionOf(const Matrix3& turn);
+Matrix3 TurnOf(const Quaternion& q);
+
+// A part of the way from one turn to the other, along the shorter arc.
+Quaternion TurnBetween(const Quaternion& from, const Quaternion& to, double fraction);
 Matrix3 TurnBetween(const Matrix3& from, const Matrix3& to, double fraction);
 
 } // namespace mobu_host

@@ -3,8 +3,8 @@
 #include "host/scene_import/bvh/bvh_reader.h"
 #include "host/scene_import/collada/collada_reader.h"
 #include "host/scene_import/fbx/fbx_import.h"
+#include "host/scene_import/gltf/gltf_reader.h"
 #include "host/scene_import/host_scene.h"
-#include "host/scene_import/library_scenes.h"
 #include "host/scene_import/parse_error.h"
 
 #include <algorithm>
@@ -84,21 +84,14 @@ SourceFiles ReadAndBuild(const SceneFile& file, const ImportOptions& options, Im
     return files;
 }
 
-SourceFiles ImportGltfFile(const SceneFile& file, const ImportOptions&, ImportNotes& notes)
-{
-    std::string cause;
-    if (!ImportGltf(file, notes, cause))
-        throw ParseError(cause);
-    return {};
-}
-
 template <SceneDescription (*Read)(const SceneFile&, ImportNotes&)>
 constexpr Format Described(const char* name, bool (*recognises)(std::string_view))
 {
     return {name, recognises, Read, ReadAndBuild<Read>, ""};
 }
 
-[[maybe_unused]] constexpr Format Unreadable(const char* name, bool (*recognises)(std::string_view), const char* library)
+[[maybe_unused]] constexpr Format Unreadable(const char* name, bool (*recognises)(std::string_view),
+                                             const char* library)
 {
     return {name, recognises, nullptr, nullptr, library};
 }
@@ -106,7 +99,7 @@ constexpr Format Described(const char* name, bool (*recognises)(std::string_view
 constexpr Format kFormats[] = {
     {"FBX", IsFbx, nullptr, ImportFbxFile, ""},
     Described<ReadBytes<bvh::ReadBvh>>("BVH", IsBvh),
-    {"glTF", IsGltf, nullptr, ImportGltfFile, ""},
+    Described<ReadGltf>("glTF", IsGltf),
 #ifdef TV2_HAS_PUGIXML
     Described<ReadBytes<collada::ReadScene>>("Collada", IsCollada),
 #else

@@ -54,28 +54,33 @@ TEST_F(DamagedSceneTest, EachNamesFileAndCause)
         {"zero_time.bvh", Bvh("0 0 0", "Frames: 1\nFrame Time: 0\n1\n"), "frame time"},
         {"nan.bvh", Bvh("nan 0 0", "Frames: 1\nFrame Time: 0.04\n1\n"), "not a finite number"},
         {"nan_key.bvh", Bvh("0 0 0", "Frames: 1\nFrame Time: 0.04\ninf\n"), "not a finite number"},
-        {"eternity.bvh", Bvh("0 0 0", "Frames: 2\nFrame Time: 1e30\n1\n2\n"), "longer than a million seconds"},
+        {"eternity.bvh", Bvh("0 0 0", "Frames: 2\nFrame Time: 1e30\n1\n2\n"),
+         "longer than a million seconds"},
 
-        {"cut.gltf", R"({"asset":{"version":"2.)", "damaged JSON at byte"},
+        {"cut.gltf", R"({"asset":{"version":"2.)", "damaged JSON (byte 24)"},
         {"other.gltf", R"({"a":1})", "not a glTF scene"},
         {"old.gltf", R"({"asset":{"version":"1.0"}})", "glTF version \"1.0\" is not read"},
-        {"child.gltf", Gltf(R"(,"nodes":[{"children":[5]}],"scenes":[{"nodes":[0]}])"), "leads nowhere"},
-        {"circle.gltf", Gltf(R"(,"nodes":[{"children":[1]},{"children":[0]}],"scenes":[{"nodes":[]}])"),
+        {"child.gltf", Gltf(R"(,"nodes":[{"children":[5]}],"scenes":[{"nodes":[0]}])"),
+         "nodes[0].children are not all nodes of the file"},
+        {"circle.gltf", Gltf(R"(,"nodes":[{"children":[1]},{"children":[0]}],"scenes":[{"nodes":[0]}])"),
          "its own ancestor"},
         {"shared.gltf", Gltf(R"(,"nodes":[{"children":[2]},{"children":[2]},{}],"scenes":[{"nodes":[0,1]}])"),
-         "has two parents"},
-        {"twice.gltf", Gltf(R"(,"nodes":[{}],"scenes":[{"nodes":[0,0]}])"), "stands in the scene twice"},
+         "nodes[2]: is in the scene twice"},
+        {"twice.gltf", Gltf(R"(,"nodes":[{}],"scenes":[{"nodes":[0,0]}])"),
+         "nodes[0]: is in the scene twice"},
         {"no_scene.gltf", Gltf(R"(,"nodes":[{}])"), "no scene that shows them"},
-        {"camera.gltf", Gltf(R"(,"nodes":[{"camera":0}],"scenes":[{"nodes":[0]}])"), "leads nowhere"},
+        {"camera.gltf", Gltf(R"(,"nodes":[{"camera":0}],"scenes":[{"nodes":[0]}])"),
+         "nodes[0].camera is 0, where there are none"},
         {"sampler.gltf",
          Gltf(R"(,"nodes":[{}],"scenes":[{"nodes":[0]}],"animations":[{"samplers":[],)"
               R"("channels":[{"sampler":0,"target":{"node":0,"path":"scale"}}]}])"),
-         "leads nowhere"},
+         "animations[0].channels[0].sampler is 0, where there are none"},
         {"buffer.gltf",
          Gltf(R"(,"nodes":[{}],"scenes":[{"nodes":[0]}],"buffers":[{"byteLength":24,"uri":"gone.bin"}],)"
               R"("bufferViews":[{"buffer":0,"byteLength":24}],)"
-              R"("accessors":[{"bufferView":0,"componentType":5126,"count":2,"type":"VEC3"}],)"
-              R"("animations":[{"samplers":[{"input":0,"output":0}],)"
+              R"("accessors":[{"bufferView":0,"componentType":5126,"count":2,"type":"VEC3"},)"
+              R"({"componentType":5126,"count":2,"type":"SCALAR"}],)"
+              R"("animations":[{"samplers":[{"input":1,"output":0}],)"
               R"("channels":[{"sampler":0,"target":{"node":0,"path":"scale"}}]}])"),
          "gone.bin"},
         {"cut.glb", "glTF\x02", "ends inside its header"},
@@ -109,7 +114,8 @@ TEST_F(DamagedSceneTest, NestingHasAnEnd)
         nodes += "{\"children\":[" + std::to_string(i + 1) + "]},";
     ExpectRefusal(Write("deep.gltf", Gltf(",\"nodes\":[" + nodes + "{}],\"scenes\":[{\"nodes\":[0]}]")),
                   "nested more than");
-    ExpectRefusal(Write("deep_json.gltf", Gltf(",\"x\":" + std::string(kDeep, '['))), "damaged JSON");
+    ExpectRefusal(Write("deep_json.gltf", Gltf(",\"x\":" + std::string(kDeep, '['))),
+                  "its JSON is nested more than 100 deep");
 }
 
 TEST_F(DamagedSceneTest, OnlyFilesAreRead)

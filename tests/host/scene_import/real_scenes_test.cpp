@@ -44,7 +44,7 @@ INSTANTIATE_TEST_SUITE_P(
     Files, RealScenesTest,
     testing::Values(RealScene{"mocap_01_03.bvh", 38, 1, "Motion", 4510, 120.0005, 0},
                     RealScene{"tpose_173_joints.bvh", 222, 1, "Motion", 0, 23.9998, 0},
-                    RealScene{"robot_14_takes.glb", 74, 14, "Dance", 100, 30, 0},
+                    RealScene{"robot_14_takes.glb", 74, 14, "Dance", 80, 24, 0},
                     RealScene{"extras_property.glb", 1, 1, "Take 001", 0, 30, 0},
                     RealScene{"mocap_walk_cameras.dae", 77, 1, "Camera01", 57, 30, 3},
                     RealScene{"animated_pivots.fbx", 3, 1, "Take 001", 120, 24, 0},
