@@ -162,13 +162,22 @@ def open_scene(path, take=None, select=(), scene_rate=None):
         names = [name for name, _, _ in _HostScene(host).takes()]
         wanted = _encoded(take, "the take")
         if wanted not in names:
-            raise ExportError("there is no take %s; the scene has %s" %
-                              (_shown(wanted), ", ".join(_shown(name) for name in names)))
+            raise ExportError("there is no take %s%s; the scene has %s" %
+                              (_shown(wanted), _suggestion(host.mobu_host_suggest_take, wanted),
+                               ", ".join(_shown(name) for name in names)))
         host.mobu_host_choose_take(names.index(wanted))
     for model in [select] if isinstance(select, (bytes, type(u""))) else select:
-        if not host.mobu_host_select_model(_encoded(model, "the model")):
-            raise ExportError("there is no model %s" % _shown(_encoded(model, "the model")))
+        wanted = _encoded(model, "the model")
+        if not host.mobu_host_select_model(wanted):
+            raise ExportError("there is no model %s%s" %
+                              (_shown(wanted), _suggestion(host.mobu_host_suggest_model, wanted)))
     return [line for line in _native(text.value).split("\n") if line]
+
+
+def _suggestion(suggest, unknown):
+    text = ctypes.create_string_buffer(1 << 12)
+    suggest(unknown, text, len(text))
+    return _native(text.value)
 
 
 def take_names():
@@ -566,6 +575,8 @@ def _load_host():
             host.mobu_host_model_at.argtypes = [number, ctypes.POINTER(_HostModel)]
             host.mobu_host_model_name.argtypes = [number, text, ctypes.c_size_t]
             host.mobu_host_select_model.argtypes = [text]
+            host.mobu_host_suggest_take.argtypes = [text, text, ctypes.c_size_t]
+            host.mobu_host_suggest_model.argtypes = [text, text, ctypes.c_size_t]
             host.mobu_host_export.argtypes = [ctypes.POINTER(_HostCall), _HostProgress, ctypes.c_void_p, text,
                                               ctypes.c_size_t]
             return host

@@ -2,6 +2,7 @@
 
 #include "host/export_run/export_run.h"
 #include "host/scene_import/scene_import.h"
+#include "text/closest_name.h"
 
 #include <mobu_host/scene.h>
 
@@ -378,6 +379,32 @@ int mobu_host_model_name(int model, char* long_name, std::size_t size)
                            CopyText(static_cast<const char*>(found->LongName), long_name, size);
                        return found != nullptr;
                    });
+}
+
+void mobu_host_suggest_take(const char* unknown, char* text, std::size_t size)
+{
+    Guarded(0,
+            [=]
+            {
+                std::vector<std::string> names;
+                for (int take = 0; FBTake* const found = TakeAt(take); ++take)
+                    names.emplace_back(static_cast<const char*>(found->Name));
+                CopyText(DidYouMean(unknown ? unknown : "", names), text, size);
+                return 1;
+            });
+}
+
+void mobu_host_suggest_model(const char* unknown, char* text, std::size_t size)
+{
+    Guarded(0,
+            [=]
+            {
+                std::vector<std::string> names;
+                for (FBModel* model : mobu_host::ModelsInPreOrder())
+                    names.emplace_back(static_cast<const char*>(model->LongName));
+                CopyText(DidYouMean(unknown ? unknown : "", names), text, size);
+                return 1;
+            });
 }
 
 int mobu_host_export(const mobu_host_export_call* call, mobu_host_progress progress, void* user, char* text,

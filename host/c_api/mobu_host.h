@@ -86,6 +86,11 @@ MOBU_HOST_API int mobu_host_model_count(void);
 MOBU_HOST_API int mobu_host_model_at(int model, mobu_host_model* properties);
 MOBU_HOST_API int mobu_host_model_name(int model, char* long_name, size_t size);
 
+// For a name that no take or model has: ` (did you mean "Dance"?)`, to put after it in a message; an empty text where no
+// name is close.
+MOBU_HOST_API void mobu_host_suggest_take(const char* unknown, char* text, size_t size);
+MOBU_HOST_API void mobu_host_suggest_model(const char* unknown, char* text, size_t size);
+
 typedef struct mobu_host_export_call
 {
     size_t size;        // of this structure

@@ -256,7 +256,11 @@ class RefusedTest(ScratchTest):
             ("there is no such file", self.path("gone.bvh"), {}),
             ("is no text", None, {}),
             ('there is no take "Dance"; the scene has "Motion"', self.walk, {"take": "Dance"}),
+            ('there is no take "motion" (did you mean "Motion"?)', self.walk, {"take": "motion"}),
             ('there is no model "Leg"', self.walk, {"select": ["Hips", "Leg"]}),
+            ('there is no model "hip" (did you mean "Hips"?)', self.walk, {"select": "hip"}),
+            ("scene_rate is no rate", self.walk, {"scene_rate": 0}),
+            ("scene_rate is no rate", self.walk, {"scene_rate": "24"}),
         ]
         for reason, path, options in cases:
             with self.subTest(reason=reason):
