@@ -16,6 +16,7 @@ namespace TEV2_LOADER::file_system
 namespace
 {
 
+constexpr DWORD kDiskQuotaExceeded = 1295; // not in every version of the headers
 constexpr DWORD kShareAll = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
 
 /// The other way; empty when the code page lacks a character.

@@ -1,0 +1,113 @@
+// Replacing files as a whole, by the calls of this system.
+
+#include "tests/windows/scratch_folder.h"
+
+#include "tev2_loader/io/whole_file.h"
+
+#include <cerrno>
+
+namespace TEV2_LOADER
+{
+namespace
+{
+
+using tev2_tests::ScratchFolder;
+using tev2_tests::Wide;
+
+std::vector<std::u16string> PartFiles(const ScratchFolder& folder)
+{
+    std::vector<std::u16string> names;
+    WIN32_FIND_DATAW found;
+    const HANDLE search = FindFirstFileW(Wide(folder.Path(u"*.part")), &found);
+    if (search == INVALID_HANDLE_VALUE)
+        return names;
+    do
+        names.emplace_back(reinterpret_cast<const char16_t*>(found.cFileName));
+    while (FindNextFileW(search, &found));
+    FindClose(search);
+    return names;
+}
+
+TEST(WholeFile, ReplacesOrCreatesUnderNamesOfTheCodePage)
+{
+    if (GetACP() != 1252)
+        GTEST_SKIP() << "the names are of code page 1252, this is " << GetACP();
+    for (const std::u16string name : {u"plain.tv2", u"caf\u00E9.tv2", u"\u20AC.tv2"})
+        for (const char* const old : {"old, and longer", ""})
+        {
+            const ScratchFolder folder(u"d\u00E9p\u00F4t");
+            if (*old)
+                folder.Make(name, old);
+            EXPECT_EQ(WriteWholeFile(folder.BytePath(name), "new\n"), 0);
+            EXPECT_EQ(folder.Content(name), "new\n");
+            EXPECT_TRUE(PartFiles(folder).empty());
+        }
+}
+
+TEST(WholeFile, KeepsTheOldFileWhenTheContentIsIncomplete)
+{
+    const ScratchFolder folder;
+    folder.Make(u"a.tv2", "old");
+    const auto half = [&](std::unique_ptr<TEV2_FILE_STREAM>& stream)
+    {
+        EXPECT_EQ(PartFiles(folder).size(), 1u);
+        return stream->Write("half", 4) == 4 && false;
+    };
+    EXPECT_NE(WriteWholeFile(folder.BytePath(u"a.tv2"), half), 0);
+    EXPECT_EQ(folder.Content(u"a.tv2"), "old");
+    EXPECT_TRUE(PartFiles(folder).empty());
+}
+
+TEST(WholeFile, DoesNotReplaceReadOnlyFilesAndFolders)
+{
+    const ScratchFolder folder;
+    folder.Make(u"a.tv2", "old", FILE_ATTRIBUTE_READONLY);
+    EXPECT_EQ(WriteWholeFile(folder.BytePath(u"a.tv2"), "new"), EACCES);
+    EXPECT_EQ(folder.Content(u"a.tv2"), "old");
+    EXPECT_NE(WriteWholeFile(folder.BytePath(u"no\\folder.tv2"), "new"), 0);
+    const std::string itself = folder.BytePath(u"");
+    EXPECT_NE(WriteWholeFile(itself.substr(0, itself.size() - 1), "new"), 0);
+    EXPECT_TRUE(PartFiles(folder).empty());
+}
+
+/// Who reads a file without leave to delete it keeps it from being replaced, though not from being written to.
+TEST(WholeFile, GoesStraightToTheNameWhenReplacingIsRefused)
+{
+    const ScratchFolder folder;
+    const std::u16string path = folder.Make(u"a.tv2", "old, and longer");
+    const HANDLE reader = CreateFileW(Wide(path), GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr,
+                                      OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
+    ASSERT_NE(reader, INVALID_HANDLE_VALUE);
+    EXPECT_EQ(WriteWholeFile(folder.BytePath(u"a.tv2"), "new"), 0);
+    char content[8] = {};
+    DWORD size = 0;
+    EXPECT_TRUE(ReadFile(reader, content, sizeof content, &size, nullptr));
+    CloseHandle(reader);
+    EXPECT_EQ(std::string(content, size), "new");
+    EXPECT_TRUE(PartFiles(folder).empty());
+}
+
+TEST(WholeFile, RemovesThePartFilesThatNobodyIsWriting)
+{
+    const ScratchFolder folder;
+    const auto part = [](unsigned long process)
+    {
+        const std::string name = ".a.tv2." + std::to_string(process) + "-7777.part";
+        return std::u16string(name.begin(), name.end());
+    };
+    constexpr unsigned long kNoProcess = 0xFFFFFFF0; // far beyond what the system hands out
+    folder.Make(part(kNoProcess));
+    folder.Make(part(GetCurrentProcessId()));
+    folder.Make(u".b.tv2.4294967280-1.part");
+    const HANDLE writing = CreateFileW(Wide(folder.Path(u".a.tv2.4294967280-2.part")), GENERIC_WRITE,
+                                       FILE_SHARE_READ, nullptr, CREATE_NEW, FILE_ATTRIBUTE_NORMAL, nullptr);
+    EXPECT_EQ(WriteWholeFile(folder.BytePath(u"a.tv2"), "new"), 0);
+    EXPECT_FALSE(folder.Has(part(kNoProcess)));
+    EXPECT_FALSE(folder.Has(part(GetCurrentProcessId())));
+    EXPECT_TRUE(folder.Has(u".b.tv2.4294967280-1.part"));
+    EXPECT_TRUE(folder.Has(u".a.tv2.4294967280-2.part"));
+    CloseHandle(writing);
+}
+
+} // namespace
+} // namespace TEV2_LOADER
