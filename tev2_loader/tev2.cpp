@@ -4,6 +4,7 @@
 #include <cstdio>
 #include <limits>
 #include <string>
+#include <type_traits>
 
 namespace TEV2_LOADER
 {
@@ -224,7 +225,7 @@ bool TEV2::Save(TEV2_FILE_WRITER& writer) const
         stream.Seek(magicPosition);
         stream.Write(&kMagic, sizeof kMagic);
     }
-    return saved;
+    return saved && magicPosition <= 0 && !stream.Appends();
 }
 
 bool TEV2::Load(TEV2_MEMORY_CURSOR& cursor, bool applyStartTime)
@@ -299,8 +300,7 @@ bool TEV2::LoadChunk(TEV2_MEMORY_CURSOR& cursor, std::uint32_t id, float version
         TEV2_ARRAY_LENGTH_HELPER lengths;
         if (!LoadEmbedded(cursor, version, "arrayLengths", lengths) || cursor.Failed())
             return false;
-        lengths.Reserve(*this, std::min(cursor.Remaining(), cursor.Allowance()) / kChunkHeader);
-        return true;
+        return lengths.Reserve(*this, cursor);
     }
     case 2:
         return LoadEmbedded(cursor, version, "environment", environment);
@@ -396,24 +396,13 @@ void TEV2::Clear()
     environment = {};
     ambientLight.reset();
     globalLightTint.reset();
-    lights.clear();
-    cameras.clear();
-    rigids.clear();
-    animMeshes.clear();
-    morphMeshes.clear();
-    weightedMeshes.clear();
-    bezierSplines.clear();
-    helpers.clear();
-    speedTreeReferences.clear();
     matrixHierarchy = {};
-    materials.clear();
-    for (auto& list : instanceLists)
-        list.clear();
-    xrefs15.clear();
-    xrefs20.clear();
-    xrefObjects.clear();
     cameraMan = {};
-    inverseBindMatrices.clear();
+    // Arrays give their memory back, too: the next load counts what it takes.
+    const auto release = [](auto&... arrays) { ((arrays = std::decay_t<decltype(arrays)>()), ...); };
+    release(lights, cameras, rigids, animMeshes, morphMeshes, weightedMeshes, bezierSplines, helpers,
+            speedTreeReferences, materials, instanceLists, xrefs15, xrefs20, xrefObjects,
+            inverseBindMatrices);
 }
 
 /// Reaches everything that moves; Update takes the cameras before the rigids, SetTime after them.

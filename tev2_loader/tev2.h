@@ -29,7 +29,7 @@ inline constexpr std::uint32_t kMagic = 0x54563201u;
 /// A whole scene: it owns every record of a file.
 ///
 /// A file is the magic and then chunks, each u32 size (of all of it), u32 kind and a body. Lengths are
-/// metres, angles radians, times seconds. One scene may be loaded, changed and saved any number of times; one
+/// metres, angles radians, times seconds. UpAxis (up_axis.h) says which way is up. One scene may be loaded, changed and saved any number of times; one
 /// thread at a time.
 class TEV2 : public TEV2_INTERNAL_ANIM_OBJECT
 {
@@ -72,7 +72,12 @@ public:
 
     /// Writes the whole file. Goes on after a failure; the result is that of the records. The magic is
     /// written at the end, and only if the stream has latched no error until then: a file whose save failed
-    /// does not load.
+    /// does not load. One save makes one file: the result is false also when the writer appends or is not at the
+    /// start of its file, as after another save, because such a file does not load.
+    ///
+    /// True is no word on the file: texts, names and whole blocks count in the stream's latch alone, and a full
+    /// disk may show only when the file is closed. The file is good when Save was true, stream->lastError was 0
+    /// after it, and stream->Close() was true.
     bool Save(TEV2_FILE_WRITER& writer) const;
 
     /// Clears the scene and reads a whole file, which must begin at the cursor's image. With applyStartTime
@@ -84,7 +89,11 @@ public:
     /// Back to the empty scene.
     void Clear();
 
-    /// Reach every record but helpers, instance list 2 and cross-reference objects.
+    /// Reach every record but helpers, instance list 2, cross-reference objects and user properties: of the
+    /// properties of a node or an object that are animated, call properties.SetTime.
+    ///
+    /// Play a scene with SetTime. Update wraps each track at its own end, and tracks end apart: key reduction takes
+    /// keys from the end of a track that has come to rest. Played with Update such a skeleton comes apart.
     void Update(float delta_time) override;
     void SetTime(float time) override;
 

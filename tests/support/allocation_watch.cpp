@@ -11,6 +11,7 @@ namespace
 constexpr long kNever = -1;
 
 std::atomic<long> calls{0};
+std::atomic<std::size_t> asked_bytes{0};
 std::atomic<long> failing_call{kNever};
 std::atomic<std::size_t> live_bytes{0};
 std::atomic<std::size_t> peak_bytes{0};
@@ -41,6 +42,11 @@ namespace tv2_tests
 long AllocationCount()
 {
     return calls;
+}
+
+std::size_t AllocatedBytes()
+{
+    return asked_bytes;
 }
 
 AllocationPeak::AllocationPeak() : before_(live_bytes)
@@ -75,6 +81,7 @@ void* operator new(std::size_t size)
     void* const memory = calls++ == failing_call ? nullptr : std::malloc(size != 0 ? size : 1);
     if (memory == nullptr)
         throw std::bad_alloc();
+    asked_bytes += size;
     Count(SizeOf(memory));
     return memory;
 }

@@ -11,6 +11,9 @@ namespace tv2_tests
 /// How often operator new was called.
 long AllocationCount();
 
+/// How many bytes were asked of operator new in all, freed or not.
+std::size_t AllocatedBytes();
+
 /// While it lives: the most bytes that were taken at one time beyond those that were taken when it began. One at a
 /// time.
 class AllocationPeak

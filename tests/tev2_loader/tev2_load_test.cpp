@@ -134,7 +134,7 @@ TEST(Load, WarnsAndGoesOn)
         {"record ends after its chunk", Current().U32({8, 22}).U32(0), TEV2_LOAD_CODE::RecordEndsAfterChunk,
          body + 4, 22, ""},
         {"parent outside", Current().Chunk(12, Bytes().U32(1).Text(u"").U32(1).Zeros(34)),
-         TEV2_LOAD_CODE::ParentOutside, body + 4 + 40, 12, "matrixHierarchy.nodes[0]"},
+         TEV2_LOAD_CODE::ParentOutside, body + 4 + 2, 12, "matrixHierarchy.nodes[0]"},
         {"body of an older version", FileOfVersion(1.15f).Chunk(7, Bytes().Zeros(3)),
          TEV2_LOAD_CODE::UnparsedOtherVersion, body, 7, "rigids[0]"},
         {"instance list 7", Current().Chunk(18, Bytes().U32(7)), TEV2_LOAD_CODE::InstanceListNeverSaved,

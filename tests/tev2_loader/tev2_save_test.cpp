@@ -150,6 +150,27 @@ TEST(Save, ReplacesAnEarlierFile)
     EXPECT_EQ(FileBytes(path), SceneImage(TEV2()));
 }
 
+TEST(Save, IsFalseWhereTheFileCannotLoad)
+{
+    const std::string path = TemporaryPath("more");
+    const TEV2 scene;
+    {
+        TEV2_FILE_WRITER writer(TEV2_WIDE_STRING::FromBytes(path), false, true);
+        EXPECT_TRUE(scene.Save(writer));
+        EXPECT_FALSE(scene.Save(writer));
+    }
+    EXPECT_FALSE(Loads(FileBytes(path)));
+    for (const bool is_new : {false, true})
+    {
+        if (is_new)
+            std::remove(path.c_str());
+        TEV2_FILE_WRITER writer(TEV2_WIDE_STRING::FromBytes(path), true, true);
+        EXPECT_FALSE(scene.Save(writer));
+        EXPECT_TRUE(writer.stream->Close());
+        EXPECT_FALSE(Loads(FileBytes(path)));
+    }
+}
+
 TEST(Save, WithoutAFileReportsFailure)
 {
     TEV2 scene;

@@ -10,6 +10,7 @@ namespace TEV2_LOADER
 namespace
 {
 
+constexpr std::size_t kLeastChunk = 8; ///< of an object in the file: size and id
 constexpr std::size_t kCountsAlways = 18;
 constexpr std::size_t kCountsSince1_1 = 21;
 
@@ -33,16 +34,23 @@ TEV2_ARRAY_LENGTH_HELPER::TEV2_ARRAY_LENGTH_HELPER(const TEV2& scene)
     VisitArrays(scene, [&count](const auto& array) { *count++ = static_cast<std::uint32_t>(array.size()); });
 }
 
-void TEV2_ARRAY_LENGTH_HELPER::Reserve(TEV2& scene, std::size_t most) const
+bool TEV2_ARRAY_LENGTH_HELPER::Reserve(TEV2& scene, TEV2_MEMORY_CURSOR& cursor) const
 {
+    bool untouched = true;
+    VisitArrays(scene, [&untouched](const auto& array) { untouched = untouched && array.capacity() == 0; });
+    if (!untouched)
+        return true;
+    std::size_t most = cursor.Remaining() / kLeastChunk;
     auto count = counts.begin();
     VisitArrays(scene,
-                [&count, &most](auto& array)
+                [&](auto& array)
                 {
                     const std::size_t room = std::min<std::size_t>(*count++, most);
-                    array.reserve(room);
                     most -= room;
+                    if (cursor.TakeMemory(room * sizeof array[0]))
+                        array.reserve(room);
                 });
+    return !cursor.Failed();
 }
 
 bool TEV2_ARRAY_LENGTH_HELPER::Load(TEV2_MEMORY_CURSOR& cursor, float version)

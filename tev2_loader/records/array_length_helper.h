@@ -28,8 +28,9 @@ public:
     /// The present lengths of a scene's arrays, null entries included.
     explicit TEV2_ARRAY_LENGTH_HELPER(const TEV2& scene);
 
-    /// Makes room in the scene's arrays, for no more than most objects in all: counts are only claims.
-    void Reserve(TEV2& scene, std::size_t most) const;
+    /// Reserves the scene's arrays, as long as none of them has any memory, for no more objects in all than the rest
+    /// of the file has room for: counts are only claims. False, and the cursor failed, when its limits are exceeded.
+    bool Reserve(TEV2& scene, TEV2_MEMORY_CURSOR& cursor) const;
 
     /// Always true. Save is true when all 96 bytes were written.
     bool Load(TEV2_MEMORY_CURSOR& cursor, float version) override;

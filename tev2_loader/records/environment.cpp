@@ -8,24 +8,36 @@ namespace TEV2_LOADER
 namespace
 {
 
-bool LoadNoMap(TEV2_MEMORY_CURSOR& cursor, std::unique_ptr<TEV2_MATERIAL_MAP>& map)
+bool LoadMap(TEV2_MEMORY_CURSOR& cursor, float version, std::unique_ptr<TEV2_MATERIAL_MAP>& map)
 {
     const RecordScope scope(cursor, "environmentMap");
     map.reset();
     const std::uint32_t present = cursor.ReadU32();
     if (present == 0)
         return true;
-    return cursor.Fail(TEV2_LOAD_CODE::EnvironmentMapUnsupported, "0", std::to_string(present),
-                       sizeof present);
+    TEV2_MEMORY_CURSOR ahead(cursor.current, cursor.Remaining());
+    map = TEV2_MATERIAL_MAP::Create(ahead.ReadU32());
+    if (!map)
+    {
+        return cursor.Fail(TEV2_LOAD_CODE::EnvironmentMapUnsupported, "0", std::to_string(present),
+                           sizeof present);
+    }
+    cursor.ReadU32(); // the type
+    return map->Load(cursor, version);
 }
 
 } // namespace
+
+std::unique_ptr<TEV2_MATERIAL_MAP> TEV2_MATERIAL_MAP::Create(std::uint32_t /*type*/)
+{
+    return nullptr;
+}
 
 bool TEV2_ENVIRONMENT::Load(TEV2_MEMORY_CURSOR& cursor, float version)
 {
     timeRange.Load(cursor, version);
     bool loaded = LoadOptionalTrack(cursor, version, "environmentColour", environmentColour);
-    loaded &= LoadNoMap(cursor, environmentMap);
+    loaded &= LoadMap(cursor, version, environmentMap);
     if (version >= 1.16f)
         cursor.ReadBlock(reserved.data(), reserved.size());
     return loaded;

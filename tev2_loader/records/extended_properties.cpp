@@ -58,4 +58,17 @@ bool TEV2_EXTENDED_PROPERTIES::Save(TEV2_FILE_WRITER& writer) const
     return saved;
 }
 
+void TEV2_EXTENDED_PROPERTIES::SetTime(float time)
+{
+    const auto move = [time](auto& values)
+    {
+        for (auto& value : values)
+            value.SetTime(time);
+    };
+    move(intValues);
+    move(floatValues);
+    move(vector3Values);
+    move(vector4Values);
+}
+
 } // namespace TEV2_LOADER

@@ -47,7 +47,8 @@ public:
     void SetTime(float time) override { SetTimeEach(time, track); }
 };
 
-/// The user's own properties of a placed object or a node: named texts and named values of four kinds.
+/// The user's own properties of a placed object or a node: named texts and named values of four kinds. They do not
+/// move with the scene: SetTime moves them.
 class TEV2_EXTENDED_PROPERTIES : public TEV2_SERIALISABLE_OBJECT
 {
 public:
@@ -59,6 +60,9 @@ public:
 
     bool Load(TEV2_MEMORY_CURSOR& cursor, float version) override;
     bool Save(TEV2_FILE_WRITER& writer) const override;
+
+    /// Seeks all values to a time in seconds. Neither the scene nor the node or object that has them does this.
+    void SetTime(float time);
 };
 
 } // namespace TEV2_LOADER

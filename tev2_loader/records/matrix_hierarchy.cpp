@@ -128,17 +128,16 @@ void TEV2_MATRIX_HIERARCHY::LinkParents()
 
 bool TEV2_MATRIX_HIERARCHY::Load(TEV2_MEMORY_CURSOR& cursor, float version)
 {
-    LoadRecords(cursor, version, "nodes", nodes, kLeastNode);
+    LoadRecords(cursor, version, "nodes", nodes, kLeastNode,
+                [&cursor](const TEV2_MATRIX_NODE& node, std::size_t begin, std::uint32_t count)
+                {
+                    if (node.parentIndex < 0 || static_cast<std::uint32_t>(node.parentIndex) < count)
+                        return;
+                    const std::size_t parent = begin + DiskSize(node.name);
+                    cursor.Warn(TEV2_LOAD_CODE::ParentOutside, "below " + std::to_string(count),
+                                std::to_string(node.parentIndex), cursor.Offset() - parent);
+                });
     LinkParents();
-    for (std::size_t index = 0; index < nodes.size(); ++index)
-    {
-        if (nodes[index].parentIndex >= 0 && nodes[index].parentMatrix == nullptr)
-        {
-            const RecordScope scope(cursor, "nodes", index);
-            cursor.Warn(TEV2_LOAD_CODE::ParentOutside, "below " + std::to_string(nodes.size()),
-                        std::to_string(nodes[index].parentIndex));
-        }
-    }
     return true;
 }
 

@@ -63,10 +63,11 @@ bool SaveRecords(TEV2_FILE_WRITER& writer, const std::vector<Record>& records)
 }
 
 /// Reads u32 count and that many records of at least leastSize bytes each, replacing what the array held. The
-/// array grows with what is read, never ahead of it. True when every record was.
-template <typename Record>
+/// array grows with what is read, never ahead of it. After each record, examine(record, begin, count) is called with
+/// the byte where the record begins. True when every record was read.
+template <typename Record, typename Examine>
 bool LoadRecords(TEV2_MEMORY_CURSOR& cursor, float version, const char* label, std::vector<Record>& records,
-                 std::size_t leastSize)
+                 std::size_t leastSize, Examine examine)
 {
     records.clear();
     bool loaded = true;
@@ -76,9 +77,20 @@ bool LoadRecords(TEV2_MEMORY_CURSOR& cursor, float version, const char* label, s
         const RecordScope scope(cursor, label, index);
         if (!cursor.TakeMemory(sizeof(Record)))
             return false;
+        const std::size_t begin = cursor.Offset();
         loaded &= records.emplace_back().Load(cursor, version);
+        if (!cursor.Failed())
+            examine(records.back(), begin, count);
     }
     return loaded && !cursor.Failed();
+}
+
+template <typename Record>
+bool LoadRecords(TEV2_MEMORY_CURSOR& cursor, float version, const char* label, std::vector<Record>& records,
+                 std::size_t leastSize)
+{
+    return LoadRecords(cursor, version, label, records, leastSize,
+                       [](const Record&, std::size_t, std::uint32_t) {});
 }
 
 } // namespace TEV2_LOADER

@@ -2,6 +2,7 @@
 
 #include <cerrno>
 #include <cstdint>
+#include <cstring>
 #include <new>
 
 namespace TEV2_LOADER
@@ -45,6 +46,7 @@ bool TEV2_FILE_STREAM::Open(const std::string& path, const char* mode)
     if (file == nullptr)
         return Latch(errno);
     Take(file);
+    appends_ = std::strchr(mode, 'a') != nullptr;
     return true;
 }
 
@@ -52,6 +54,7 @@ void TEV2_FILE_STREAM::Take(std::FILE* file)
 {
     Close();
     handle = file;
+    appends_ = false;
     firstError_ = 0;
     if (!buffer_)
         buffer_.reset(new (std::nothrow) char[kBufferSize]); // without it the stream makes do with its own

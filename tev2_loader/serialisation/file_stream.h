@@ -56,11 +56,15 @@ public:
     /// Closes the file. True when all its bytes reached the system (or when it was closed already).
     bool Close();
 
+    /// Whether the file was opened for appending: every write goes to its end then, wherever Seek went.
+    bool Appends() const { return appends_; }
+
 private:
     bool Latch(std::int32_t error);
 
     std::unique_ptr<char[]> buffer_; ///< the stream's while handle is open
     int firstError_ = 0;
+    bool appends_ = false;
 };
 
 } // namespace TEV2_LOADER

@@ -32,16 +32,7 @@ std::string SystemText(const std::u16string& units)
 std::string NarrowFileName(const TEV2_WIDE_STRING& fileName)
 {
     const std::u16string& units = fileName.Text();
-    std::string path;
-    if (std::all_of(units.begin(), units.end(), [](char16_t unit) { return unit <= 0xFF; }))
-    {
-        for (const char16_t unit : units)
-            path += static_cast<char>(static_cast<unsigned char>(unit));
-    }
-    else
-    {
-        path = SystemText(units);
-    }
+    std::string path = IsWidenedUtf8(units) ? NarrowUtf8(units) : SystemText(units);
     path.resize(std::min(path.size(), kMostPathBytes));
     return path;
 }
@@ -77,6 +68,11 @@ bool TEV2_FILE_WRITER::WriteU32(std::uint32_t value)
 }
 
 bool TEV2_FILE_WRITER::WriteI32(std::int32_t value)
+{
+    return Write(&value, sizeof value) == sizeof value;
+}
+
+bool TEV2_FILE_WRITER::WriteU64(std::uint64_t value)
 {
     return Write(&value, sizeof value) == sizeof value;
 }

@@ -11,12 +11,13 @@
 namespace TEV2_LOADER
 {
 
-/// A path is cut behind so many bytes before it is opened.
+/// Longest path; longer ones are truncated before opening.
 inline constexpr std::size_t kMostPathBytes = 260;
 
-/// The 8-bit path that stands for a wide file name: units that all fit a byte become those bytes. Any other name
-/// becomes text of the active code page on Windows, UTF-8 elsewhere (an unpaired surrogate becomes U+FFFD). At most
-/// 260 bytes are kept.
+/// The 8-bit path of a wide file name. Units up to FF that form valid UTF-8 are the bytes of the path (8-bit names are
+/// widened byte by byte); every other name is UTF-16, so that u"caf\u00E9.tv2" and its widened UTF-8 form are one file.
+/// UTF-16 becomes text of the active code page on Windows, UTF-8 elsewhere (an unpaired surrogate becomes U+FFFD). At
+/// most 260 bytes are kept.
 std::string NarrowFileName(const TEV2_WIDE_STRING& fileName);
 
 /// What every record's Save writes to: one file, framed into chunks that never nest. Writing never throws or
@@ -45,9 +46,10 @@ public:
     /// The guarded write for blocks of any size.
     std::size_t WriteBlock(const void* data, std::size_t size);
 
-    /// Guarded writes of one number; true when all 4 bytes were written.
+    /// Guarded writes of one number; true when all of its 4 or 8 bytes were written.
     bool WriteU32(std::uint32_t value);
     bool WriteI32(std::int32_t value);
+    bool WriteU64(std::uint64_t value);
     bool WriteF32(float value);
 
     /// Opens a chunk: its size field follows here, filled in by EndChunk. False, and nothing done, when one

@@ -77,7 +77,8 @@ struct TEV2_CHUNK_SPAN
 struct TEV2_LOAD_LIMITS
 {
     /// Memory for what is read: records, arrays, texts and the list of chunks, counted also where a later chunk
-    /// replaces it. While an array grows it can take up to three times its share for a moment.
+    /// replaces it, and the room that array lengths announce. While an array grows it can take up to three times its
+    /// share for a moment.
     std::size_t bytes = 0;
 
     /// Nodes of the matrix hierarchy.

@@ -52,6 +52,39 @@ void AppendUtf8(std::string& text, char32_t point)
     }
 }
 
+/// Length of the valid UTF-8 sequence at the front of widened bytes; 0 when there is none.
+std::size_t Utf8Length(std::u16string_view bytes)
+{
+    const char16_t lead = bytes[0];
+    if (lead < 0x80)
+        return 1;
+    std::size_t length = 0;
+    char16_t least = 0x80;
+    char16_t greatest = 0xBF;
+    if (lead >= 0xC2 && lead <= 0xDF)
+    {
+        length = 2;
+    }
+    else if (lead >= 0xE0 && lead <= 0xEF)
+    {
+        length = 3;
+        least = lead == 0xE0 ? 0xA0 : 0x80;
+        greatest = lead == 0xED ? 0x9F : 0xBF;
+    }
+    else if (lead >= 0xF0 && lead <= 0xF4)
+    {
+        length = 4;
+        least = lead == 0xF0 ? 0x90 : 0x80;
+        greatest = lead == 0xF4 ? 0x8F : 0xBF;
+    }
+    if (length == 0 || bytes.size() < length || bytes[1] < least || bytes[1] > greatest)
+        return 0;
+    const auto continues = [](char16_t byte) { return byte >= 0x80 && byte <= 0xBF; };
+    return std::all_of(bytes.begin() + 2, bytes.begin() + static_cast<std::ptrdiff_t>(length), continues)
+               ? length
+               : 0;
+}
+
 } // namespace
 
 TEV2_WIDE_STRING TEV2_WIDE_STRING::FromBytes(std::string_view bytes)
@@ -84,9 +117,35 @@ std::string Utf8Text(std::u16string_view units)
     return text;
 }
 
+bool IsWidenedUtf8(std::u16string_view units)
+{
+    while (!units.empty())
+    {
+        const std::size_t length = Utf8Length(units);
+        if (length == 0)
+            return false;
+        units.remove_prefix(length);
+    }
+    return true;
+}
+
+std::string NarrowUtf8(std::u16string_view units)
+{
+    std::string text;
+    text.reserve(units.size());
+    for (const char16_t unit : units)
+        text += static_cast<char>(static_cast<unsigned char>(unit));
+    return text;
+}
+
+std::string ReadableText(std::u16string_view units)
+{
+    return IsWidenedUtf8(units) ? NarrowUtf8(units) : Utf8Text(units);
+}
+
 void WriteWideString(TEV2_FILE_STREAM& stream, const TEV2_WIDE_STRING& string)
 {
-    const std::size_t length = std::min<std::size_t>(string.Text().size(), UINT16_MAX);
+    const std::size_t length = std::min(string.Text().size(), kMostStringUnits);
     const std::uint16_t count = static_cast<std::uint16_t>(length);
     stream.Write(&count, sizeof count);
     stream.Write(string.Text().data(), length * sizeof(char16_t));

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -36,10 +37,29 @@ private:
     std::u16string text_;
 };
 
-/// The text of UTF-16 units as UTF-8; an unpaired surrogate becomes U+FFFD.
+/// The text of UTF-16 units as UTF-8; an unpaired surrogate becomes U+FFFD. Names of a scene that came from 8-bit text
+/// are not UTF-16: ReadableText reads both.
 std::string Utf8Text(std::u16string_view units);
 
-/// Writes u16 length and the units, without terminator. A string of more than 65,535 units is cut there, so
+/// Whether units are the bytes of UTF-8 text, one unit each, as FromBytes makes them of it. ASCII is.
+bool IsWidenedUtf8(std::u16string_view units);
+
+/// The text of such units: their bytes.
+std::string NarrowUtf8(std::u16string_view units);
+
+/// A name or text of a file as UTF-8, for people: bytes of UTF-8 where IsWidenedUtf8, else UTF-16.
+std::string ReadableText(std::u16string_view units);
+
+/// The most units that a string has in a file.
+inline constexpr std::size_t kMostStringUnits = 65535;
+
+/// Bytes that a string takes in a file.
+inline std::size_t DiskSize(const TEV2_WIDE_STRING& string)
+{
+    return sizeof(std::uint16_t) + string.Text().size() * sizeof(char16_t);
+}
+
+/// Writes u16 length and the units, without terminator. A string of more than kMostStringUnits is cut there, so
 /// that the record stays readable. Goes straight to the stream, open chunk or not; a short write is only
 /// latched there.
 void WriteWideString(TEV2_FILE_STREAM& stream, const TEV2_WIDE_STRING& string);

@@ -13,7 +13,7 @@ namespace TEV2_LOADER
 
 /// An animated value: ascending key times in seconds, one value a key, and a playback cursor that lies
 /// between two neighbouring keys. Whatever a track was loaded with, evaluating it touches no memory but its
-/// own: indices are held to its arrays when used, and kept as they are otherwise. Evaluating allocates
+/// own: cursor indices beyond the keys are at the last key when used, and not modified otherwise. Evaluating allocates
 /// nothing.
 class TEV2_ANIMATABLE : public TEV2_SERIALISABLE_OBJECT, public TEV2_INTERNAL_ANIM_OBJECT
 {
@@ -41,7 +41,8 @@ public:
     /// A copy of the same class with the cursor, the times and the values.
     virtual std::unique_ptr<TEV2_ANIMATABLE> Clone() const = 0;
 
-    /// Moves the cursor by delta_time. Past the last key it wraps: less than half a length too far goes on
+    /// Moves the cursor by delta_time, this track alone: tracks of one scene end at different keys, so that a scene is
+    /// played with SetTime. Past the last key it wraps: less than half a length too far goes on
     /// from the first key; more, up to a whole length, lands on the first key.
     void Update(float delta_time) final;
 

@@ -1,85 +1,11 @@
 #include "tools/tv2/text.h"
 
-#include "tev2_loader/serialisation/wide_string.h"
-
 #include <algorithm>
 #include <array>
 #include <bit>
 #include <charconv>
 #include <cmath>
 #include <cstdio>
-
-namespace
-{
-
-/// Units (or bytes, widened) that one valid UTF-8 sequence takes at the front of `bytes`; 0 when there is
-/// none.
-std::size_t Utf8Length(std::u16string_view bytes)
-{
-    const char16_t lead = bytes[0];
-    if (lead < 0x80)
-    {
-        return 1;
-    }
-    std::size_t length = 0;
-    char16_t least = 0x80;
-    char16_t greatest = 0xBF;
-    if (lead >= 0xC2 && lead <= 0xDF)
-    {
-        length = 2;
-    }
-    else if (lead >= 0xE0 && lead <= 0xEF)
-    {
-        length = 3;
-        least = lead == 0xE0 ? 0xA0 : 0x80;
-        greatest = lead == 0xED ? 0x9F : 0xBF;
-    }
-    else if (lead >= 0xF0 && lead <= 0xF4)
-    {
-        length = 4;
-        least = lead == 0xF0 ? 0x90 : 0x80;
-        greatest = lead == 0xF4 ? 0x8F : 0xBF;
-    }
-    if (length == 0 || bytes.size() < length || bytes[1] < least || bytes[1] > greatest)
-    {
-        return 0;
-    }
-    const auto continues = [](char16_t byte) { return byte >= 0x80 && byte <= 0xBF; };
-    return std::all_of(bytes.begin() + 2, bytes.begin() + static_cast<std::ptrdiff_t>(length), continues)
-               ? length
-               : 0;
-}
-
-bool IsUtf8InUnits(std::u16string_view units)
-{
-    while (!units.empty())
-    {
-        const std::size_t length = Utf8Length(units);
-        if (length == 0)
-        {
-            return false;
-        }
-        units.remove_prefix(length);
-    }
-    return true;
-}
-
-} // namespace
-
-std::string ReadableText(std::u16string_view units)
-{
-    if (!IsUtf8InUnits(units))
-    {
-        return TEV2_LOADER::Utf8Text(units);
-    }
-    std::string text;
-    text.reserve(units.size());
-    for (const char16_t unit : units)
-    {
-        text += static_cast<char>(static_cast<unsigned char>(unit));
-    }
-    return text;
-}
 
 bool TextTellsUnits(std::u16string_view units)
 {
@@ -88,7 +14,7 @@ bool TextTellsUnits(std::u16string_view units)
     {
         return true;
     }
-    if (IsUtf8InUnits(units))
+    if (TEV2_LOADER::IsWidenedUtf8(units))
     {
         return false;
     }

@@ -1,15 +1,13 @@
 #pragma once
 
 #include "exporter/rules/message_text.h"
+#include "tev2_loader/serialisation/wide_string.h"
 
 #include <cstdint>
 #include <string>
 #include <string_view>
 
-/// Text of a file as UTF-8 for people. Units that are all <= 0xFF and form valid UTF-8 as bytes are taken as
-/// that text (8-bit names are widened byte by byte in files); all others are read as UTF-16, a lone surrogate
-/// as U+FFFD.
-std::string ReadableText(std::u16string_view units);
+using TEV2_LOADER::ReadableText;
 
 /// True when the UTF-16 form of ReadableText(units) is `units` again, so that the text alone tells the units.
 bool TextTellsUnits(std::u16string_view units);

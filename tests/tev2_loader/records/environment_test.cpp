@@ -44,6 +44,21 @@ TEST(Environment, IsRangeColourMapAndReservedBytes)
                                            .data);
 }
 
+TEST(Environment, RefusesAMapOfEveryType)
+{
+    for (std::uint32_t type = 0; type < 4; ++type)
+    {
+        EXPECT_EQ(TEV2_MATERIAL_MAP::Create(type), nullptr);
+        const Bytes bytes = Bytes().F32({1, 2}).U32({0, 1, type}).Zeros(64);
+        TEV2_LOAD_REPORT report;
+        TEV2_MEMORY_CURSOR cursor(bytes.data.data(), bytes.data.size(), &report);
+        EXPECT_FALSE(TEV2_ENVIRONMENT().Load(cursor, kVersion));
+        ASSERT_EQ(report.findings.size(), 1u);
+        EXPECT_EQ(report.findings[0].code, TEV2_LOAD_CODE::EnvironmentMapUnsupported);
+        EXPECT_EQ(report.findings[0].offset, 12u);
+    }
+}
+
 TEST(Environment, ReadsReservedBytesFromItsNewestVersionOnly)
 {
     for (const float version : {1.0f, 1.15f, 1.16f})

@@ -71,6 +71,23 @@ TEST(ExtendedProperties, MoveOnTheirOwn)
     EXPECT_EQ(value.track->GetValue(), 1.75f);
 }
 
+TEST(ExtendedProperties, SeekAllTheirValues)
+{
+    TEV2_EXTENDED_PROPERTIES properties;
+    properties.intValues.resize(2); // the first without a track
+    properties.intValues[1].track = SampleTrack<TEV2_ANIMATABLE_INT32_RLE>(1, 2);
+    properties.floatValues.emplace_back().track = SampleTrack<TEV2_ANIMATABLE_FLOAT32_LINEAR>(1.0f, 2.0f);
+    properties.vector3Values.emplace_back().track =
+        SampleTrack<TEV2_ANIMATABLE_VECTOR_3_LINEAR>(TEV2_VECTOR_3{1, 1, 1}, TEV2_VECTOR_3{2, 2, 2});
+    properties.vector4Values.emplace_back().track =
+        SampleTrack<TEV2_ANIMATABLE_VECTOR_4_LINEAR>(TEV2_VECTOR_4{1, 1, 1, 1}, TEV2_VECTOR_4{2, 2, 2, 2});
+    properties.SetTime(1.5f); // keys are at 0.5 and 2.5
+    EXPECT_EQ(properties.intValues[1].track->GetValue(), 1);
+    EXPECT_EQ(properties.floatValues[0].track->GetValue(), 1.5f);
+    EXPECT_EQ(properties.vector3Values[0].track->GetValue().z, 1.5f);
+    EXPECT_EQ(properties.vector4Values[0].track->GetValue().w, 1.5f);
+}
+
 TEST(ExtendedProperties, RefuseTracksOfAnotherFamily)
 {
     const std::uint32_t own[] = {8, 0, 3, 9};

@@ -149,6 +149,78 @@ TEST(LoadMemory, IsNotTakenForClaims)
     ExpectRefusedForLimits(Load(claim, {.bytes = 1000}));
 }
 
+Bytes Announcement(std::size_t array, std::uint32_t count)
+{
+    return Bytes().Chunk(1, Bytes().U32(23).Zeros(4 * array).U32(count).Zeros(4 * (22 - array)));
+}
+
+TEST(LoadMemory, IsReservedOnceAndCounted)
+{
+    // The arrays announced one after another, as many objects each as the file could hold.
+    Bytes each = Current();
+    for (std::size_t array = 0; array < 23; ++array)
+        each.Append(Announcement(array, 0xFFFFFFFFu));
+    each.Chunk(99, Bytes().Zeros(kFileSize));
+    const std::size_t before = tv2_tests::AllocatedBytes();
+    TEV2 scene;
+    TEV2_MEMORY_CURSOR cursor(each.data.data(), each.data.size());
+    EXPECT_TRUE(scene.Load(cursor, false));
+    EXPECT_LE(tv2_tests::AllocatedBytes() - before, each.data.size() + kMostBesides);
+
+    const TEV2_LOAD_LIMITS limits{.bytes = each.data.size() / 2};
+    ExpectRefusedForLimits(Load(each, limits));
+    EXPECT_LE(Load(each, limits).peak, limits.bytes + kMostBesides / 4);
+}
+
+/// Chunks that used to cost more the more there were before them, and all dense files.
+std::vector<std::pair<const char*, Bytes>> ManyChunks(std::size_t chunks)
+{
+    std::vector<std::pair<const char*, Bytes>> files = {{"lights and their announcements", Current()},
+                                                        {"hierarchies", Current()},
+                                                        {"switchers", Current()},
+                                                        {"parents outside", Current()},
+                                                        {"unknown", Current()}};
+    const Bytes outside = Bytes().U32(1).Text(u"").U32(9).Zeros(3 * 4 + 2 + 20);
+    for (std::uint32_t i = 0; i < chunks; ++i)
+    {
+        files[0].second.Chunk(5, Bytes().U32(9)).Append(Announcement(0, i + 100));
+        files[1].second.Chunk(12, Bytes().U32(1).Text(u"").U32(0).Zeros(3 * 4 + 2 + 20));
+        files[2].second.Chunk(22, Bytes().U32({1, 8, 0, 0, 2, 0, 1, 2, 7, 7}));
+        files[3].second.Chunk(12, outside);
+        files[4].second.Chunk(99);
+    }
+    return files;
+}
+
+TEST(LoadTime, GrowsNoFasterThanTheNumberOfChunks)
+{
+    struct Cost
+    {
+        double calls;
+        double bytes;
+    };
+    std::vector<Cost> last;
+    for (const std::size_t chunks : {2'000u, 4'000u, 8'000u, 16'000u})
+    {
+        std::vector<Cost> costs;
+        for (const auto& [what, image] : ManyChunks(chunks))
+        {
+            SCOPED_TRACE(what);
+            const long calls = tv2_tests::AllocationCount();
+            const std::size_t bytes = tv2_tests::AllocatedBytes();
+            EXPECT_TRUE(Load(image, {}).loaded);
+            costs.push_back({static_cast<double>(tv2_tests::AllocationCount() - calls),
+                             static_cast<double>(tv2_tests::AllocatedBytes() - bytes)});
+            if (!last.empty())
+            {
+                EXPECT_LE(costs.back().calls, 2.3 * last[costs.size() - 1].calls) << chunks;
+                EXPECT_LE(costs.back().bytes, 2.3 * last[costs.size() - 1].bytes) << chunks;
+            }
+        }
+        last = costs;
+    }
+}
+
 /// A skeleton that moves: so many nodes, translated and turned by so many keys each.
 void FillWithMotion(TEV2& scene, std::size_t nodes, std::size_t keys)
 {

@@ -140,12 +140,23 @@ TEST(FileStream, LatchesAFullDisk)
     EXPECT_NE(stream.lastError, 0);
 }
 
-TEST(NarrowFileName, TakesBytesAsTheyAreAndEverythingElseAsTheSystemDoes)
+TEST(FileWriter, WritesNumbersOfEightBytes)
+{
+    EXPECT_EQ(WrittenBy([](TEV2_FILE_WRITER& writer) { EXPECT_TRUE(writer.WriteU64(0x0102030405060708u)); }),
+              Bytes().U8({8, 7, 6, 5, 4, 3, 2, 1}).data);
+    TEV2_FILE_WRITER guarded(Name(TemporaryPath("guarded")), false, true);
+    EXPECT_FALSE(guarded.WriteU64(1));
+}
+
+TEST(NarrowFileName, TakesBytesOfUtf8AsTheyAreAndEverythingElseAsTheSystemDoes)
 {
     const std::pair<std::u16string, std::string> cases[] = {
         {u"plain.tv2", "plain.tv2"},
-        {u"\u00C3\u00A9\u00FF", "\xC3\xA9\xFF"},
+        {u"caf\u00C3\u00A9.tv2", "caf\xC3\xA9.tv2"},
 #if !defined(_WIN32) // there the code page decides
+        {u"caf\u00E9.tv2", "caf\xC3\xA9.tv2"},
+        {u"caf\u00E9 \u20AC", "caf\xC3\xA9 \xE2\x82\xAC"},
+        {u"\u00C3\u00A9\u00FF", "\xC3\x83\xC2\xA9\xC3\xBF"},
         {u"\u00E9\u4E2D", "\xC3\xA9\xE4\xB8\xAD"},
         {u"\U0001F600", "\xF0\x9F\x98\x80"},
         {std::u16string{u'a', 0xD83D, u'b'}, "a\xEF\xBF\xBD"

@@ -2,6 +2,8 @@
 
 #include "tev2_loader/serialisation/wide_string.h"
 
+#include <tuple>
+
 using namespace TEV2_LOADER;
 using namespace tev2_tests;
 
@@ -28,6 +30,26 @@ TEST(WideString, CountsItsTerminator)
 TEST(WideString, WidensBytesWithoutSign)
 {
     EXPECT_EQ(TEV2_WIDE_STRING::FromBytes("a\x80\xFF").Text(), (std::u16string{u'a', 0x80, 0xFF}));
+}
+
+TEST(WideString, IsReadAsBytesOfUtf8OrAsUtf16)
+{
+    const std::tuple<std::u16string, bool, std::string> cases[] = {
+        {u"", true, ""},
+        {u"Hips", true, "Hips"},
+        {u"t\u00C3\u00AAte", true, "t\xC3\xAAte"}, // 8-bit text, widened
+        {u"t\u00EAte", false, "t\xC3\xAAte"},
+        {u"\u00C3", false, "\xC3\x83"}, // a sequence without its end
+        {u"\u00C3\u00AA\u4E2D", false, "\xC3\x83\xC2\xAA\xE4\xB8\xAD"},
+        {u"\u00ED\u00A0\u0080", false, "\xC3\xAD\xC2\xA0\xC2\x80"}, // a surrogate is not UTF-8
+        {u"\u00C0\u00AF", false, "\xC3\x80\xC2\xAF"},               // an overlong form is not either
+        {u"\u00F0\u009F\u0098\u0080", true, "\xF0\x9F\x98\x80"},
+    };
+    for (const auto& [units, widened, text] : cases)
+    {
+        EXPECT_EQ(IsWidenedUtf8(units), widened) << text;
+        EXPECT_EQ(ReadableText(units), text);
+    }
 }
 
 TEST(WideString, IsCutWhereItsLengthFieldEnds)

@@ -1,0 +1,77 @@
+#include "tev2_loader/up_axis.h"
+
+#include "tev2_loader/tev2.h"
+
+#include <algorithm>
+#include <string_view>
+
+namespace TEV2_LOADER
+{
+
+namespace
+{
+
+constexpr std::u16string_view kCreatorBegin = u"MotionBuilder v";
+constexpr std::u16string_view kCreatorExporter = u"  Tev2 Exporter v";
+constexpr std::u16string_view kInsertedRoot = u"Exporter Inserted Root";
+
+bool IsByExporter(const TEV2_INF& information)
+{
+    const std::u16string& creator = information.creatorText.Text();
+    return creator.starts_with(kCreatorBegin) && creator.find(kCreatorExporter) != std::u16string::npos;
+}
+
+bool IsAtOrigin(const TEV2_ANIMATABLE_VECTOR_3* translation)
+{
+    const auto* track = dynamic_cast<const TEV2_ANIMATABLE_VECTOR_3_LINEAR*>(translation);
+    return track != nullptr && !track->m_values.empty() &&
+           std::all_of(track->m_values.begin(), track->m_values.end(),
+                       [](const TEV2_VECTOR_3& value) { return value == TEV2_VECTOR_3{}; });
+}
+
+/// Whether every key is this rotation, by either of its two quaternions.
+bool IsAlways(const TEV2_ANIMATABLE_QUATERNION* rotation, const TEV2_QUATERNION& expected)
+{
+    const auto* track = dynamic_cast<const TEV2_ANIMATABLE_QUATERNION_SLERP*>(rotation);
+    return track != nullptr && !track->m_values.empty() &&
+           std::all_of(track->m_values.begin(), track->m_values.end(),
+                       [&expected](const TEV2_QUATERNION& value)
+                       { return value == expected || value == -expected; });
+}
+
+} // namespace
+
+TEV2_UP_AXIS UpAxis(const TEV2& scene)
+{
+    if (scene.matrixHierarchy.nodes.empty() || !IsByExporter(scene.information))
+        return TEV2_UP_AXIS::Unknown;
+    const TEV2_MATRIX_NODE& root = scene.matrixHierarchy.nodes[0];
+    if (root.parentIndex >= 0 || root.scale || !IsAtOrigin(root.translation.get()))
+        return TEV2_UP_AXIS::Unknown;
+
+    const bool as_it_is = IsAlways(root.rotation.get(), {0.0f, 0.0f, 0.0f, 1.0f});
+    const bool half_turn = IsAlways(root.rotation.get(), {0.0f, 1.0f, 0.0f, 0.0f});
+    if (!as_it_is && !half_turn)
+        return TEV2_UP_AXIS::Unknown;
+    if (root.name.Text() == kInsertedRoot)
+        return TEV2_UP_AXIS::PlusY;
+    return half_turn ? TEV2_UP_AXIS::MinusZ : TEV2_UP_AXIS::PlusZ;
+}
+
+const char* UpAxisName(TEV2_UP_AXIS axis)
+{
+    switch (axis)
+    {
+    case TEV2_UP_AXIS::PlusY:
+        return "+Y";
+    case TEV2_UP_AXIS::PlusZ:
+        return "+Z";
+    case TEV2_UP_AXIS::MinusZ:
+        return "-Z";
+    case TEV2_UP_AXIS::Unknown:
+        break;
+    }
+    return "unknown";
+}
+
+} // namespace TEV2_LOADER
