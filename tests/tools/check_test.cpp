@@ -70,6 +70,13 @@ TEV2_ANIMATABLE_INT32_RLE& Switcher(TEV2& scene)
     return static_cast<TEV2_ANIMATABLE_INT32_RLE&>(*scene.cameraMan.cameraIndex);
 }
 
+/// A text that a save cuts, and how the rest of it begins in the file: its length and an x.
+TEV2_WIDE_STRING TooLong()
+{
+    return TEV2_WIDE_STRING(std::u16string(65536, u'x'));
+}
+constexpr std::uint32_t kCutText = 0x0078FFFF;
+
 const std::vector<SpoiledScene>& SpoiledScenes()
 {
     static const std::vector<SpoiledScene> scenes = {
@@ -94,7 +101,7 @@ const std::vector<SpoiledScene>& SpoiledScenes()
          Bits(kInfinity),
          {"key-outside-range"}},
         {"non-finite-value", "cameras[0]", [](TEV2& scene) { scene.cameras[0]->inverseAspect = kInfinity; },
-         2},
+         Bits(kInfinity)},
         {"times-not-ascending", "matrixHierarchy.nodes[1].translation",
          [](TEV2& scene) { Translation(scene, 1).m_times[1] = 0.0F; }, Bits(0.0F)},
         {"times-not-ascending", "cameraMan.cameraIndex",
@@ -148,6 +155,16 @@ const std::vector<SpoiledScene>& SpoiledScenes()
          [](TEV2& scene) { Switcher(scene).m_values[2] = 1; }, 1},
         {"switcher-camera-outside", "cameraMan.cameraIndex",
          [](TEV2& scene) { Switcher(scene).m_values[1] = -2; }, 0xFFFFFFFE},
+        {"text-cut", "matrixHierarchy.nodes[1].userText",
+         [](TEV2& scene) { scene.matrixHierarchy.nodes[1].userText = TooLong(); }, kCutText},
+        {"text-cut", "matrixHierarchy.nodes[1].properties.stringArrays[0].strings[1]",
+         [](TEV2& scene)
+         { scene.matrixHierarchy.nodes[1].properties.stringArrays[0].strings[1] = TooLong(); },
+         kCutText},
+        {"text-cut", "information.infoText", [](TEV2& scene) { scene.information.infoText = TooLong(); },
+         kCutText},
+        {"text-cut", "cameras[0].thirdText", [](TEV2& scene) { scene.cameras[0]->thirdText = TooLong(); },
+         kCutText},
     };
     return scenes;
 }
@@ -158,6 +175,7 @@ struct SpoiledFile
     const char* code; ///< the one that it is about
     Bytes bytes;
     Codes others = {};
+    std::optional<std::uint32_t> word = {}; ///< what stands in the file at the offset of the finding
 };
 
 const std::vector<SpoiledFile>& SpoiledFiles()
@@ -201,7 +219,7 @@ const std::vector<SpoiledFile>& SpoiledFiles()
         {"record-ends-after-chunk", with(Join({Chunk(22, {}), {0, 0, 0, 0}})), {"chunk-repeated"}},
         {"unknown-chunk", with(Chunk(99, {1}))},
         {"string-clamped", with(clamped), {"chunk-repeated"}},
-        {"parent-outside", wrong_parent},
+        {"parent-outside", wrong_parent, {}, 77},
         {"unparsed-other-version", Join({Magic(), version(1.13F), Chunk(7, {1, 2, 3})}), {"chunk-missing"}},
         {"instance-list-never-saved", with(Chunk(16, {7, 1})), {"array-lengths-differ"}},
         {"more-warnings", many, {"unknown-chunk"}},
@@ -229,7 +247,8 @@ TEST(Check, SoundFilesAreCleanWithoutANote)
         EXPECT_EQ(file["loaded"], true);
         EXPECT_EQ(file["findings"].size(), 0U) << file.dump(2);
     }
-    EXPECT_EQ(RunTv2({"check", folder.Path("sound.tv2")}).out, folder.Path("sound.tv2") + ": clean\n");
+    EXPECT_EQ(RunTv2({"check", folder.Path("sound.tv2")}).out,
+              folder.Path("sound.tv2") + ": clean\n  up axis: unknown\n");
 }
 
 TEST(Check, EachSpoiledSceneGetsItsCodeAtTheByteItIsAbout)
@@ -281,6 +300,11 @@ TEST(Check, EachSpoiledFileGetsItsCode)
         const std::string severity = FindingOf(file["findings"], item.code)["severity"];
         EXPECT_EQ(file["loaded"], severity != "error");
         EXPECT_EQ(result.exit_code, file["clean"] == true ? 0 : 1);
+        if (item.word)
+        {
+            EXPECT_EQ(WordAt(item.bytes, FindingOf(file["findings"], item.code)["offset"].get<std::size_t>()),
+                      *item.word);
+        }
         for (const auto& finding : file["findings"])
         {
             EXPECT_LE(finding["offset"].get<std::size_t>(), item.bytes.size());
@@ -417,12 +441,47 @@ TEST(Check, OrdinaryEndsOfASamplingAreNoFindings)
         EXPECT_EQ(result.exit_code, 0);
         if (!item.noted)
         {
-            EXPECT_EQ(result.out, path + ": clean\n");
+            EXPECT_EQ(result.out, path + ": clean\n  up axis: unknown\n");
             continue;
         }
         EXPECT_EQ(result.out.rfind(path + ": clean, 1 note\n  note end-keys-close at byte ", 0), 0U)
             << result.out;
         EXPECT_NE(result.out.find("; so in 1 more track\n"), std::string::npos) << result.out;
+    }
+}
+
+TEST(Check, FindingsNameTheNodesAndCamerasThatTheyAreAbout)
+{
+    const ScratchFolder folder;
+    const std::string path = folder.Path("named.tv2");
+    TEV2 scene;
+    FillSoundScene(scene);
+    for (int i = 0; i < 7; ++i)
+    {
+        TEV2_MATRIX_NODE& node = scene.matrixHierarchy.nodes.emplace_back();
+        node.name = TEV2_WIDE_STRING::FromBytes("Thumb\xC3\xA9" + std::to_string(i));
+        node.parentIndex = 0;
+        node.translation = MakeTrack<TEV2_ANIMATABLE_VECTOR_3_LINEAR>({{0.0F, {}}});
+        node.rotation = MakeTrack<TEV2_ANIMATABLE_QUATERNION_SLERP>({{0.0F, {0.5F, 0.0F, 0.0F, 0.5F}}});
+    }
+    scene.matrixHierarchy.nodes[1].parentIndex = 3;
+    scene.cameras[0]->clipRange->m_current_key = 2;
+    SaveScene(scene, path);
+    const auto findings = RunTv2({"check", "--json", path}).Json()["files"][0]["findings"];
+    EXPECT_EQ(FindingOf(findings, "quaternion-not-unit")["name"], "Thumb\xC3\xA9"
+                                                                  "0");
+    EXPECT_EQ(FindingOf(findings, "cursor-outside")["name"], "Camera");
+    const std::string text = RunTv2({"check", path}).out;
+    for (const char* part : {"matrixHierarchy.nodes[3].rotation \"Thumb\xC3\xA9"
+                             "0\": key 0 has the length",
+                             "... 2 more of quaternion-not-unit: Thumb\xC3\xA9"
+                             "5, Thumb\xC3\xA9"
+                             "6 (--all shows them)",
+                             "cameras[0].clipRange \"Camera\": ",
+                             "nodes[1] \"Hips\": node 1 has the parent 3, \"Thumb\xC3\xA9"
+                             "0\"\n"})
+    {
+        EXPECT_NE(text.find(part), std::string::npos) << part << "\nin\n" << text;
     }
 }
 
@@ -451,7 +510,8 @@ TEST(Check, ManyFindingsOfOneCodeAreShortenedUnlessAllAreAskedFor)
     const std::string shortened = RunTv2({"check", path}).out;
     EXPECT_EQ(shortened.rfind(path + ": 20 warnings\n", 0), 0U) << shortened;
     EXPECT_EQ(count(shortened), 5U);
-    EXPECT_NE(shortened.find("... 15 more of node-track-missing"), std::string::npos) << shortened;
+    EXPECT_NE(shortened.find("... 15 more of node-track-missing: bare5, bare6, "), std::string::npos)
+        << shortened;
     EXPECT_EQ(count(RunTv2({"check", "--all", path}).out), 20U);
 }
 

@@ -1,5 +1,6 @@
 // tv2 check: all that is wrong with a file, or looks wrong.
 
+#include "tev2_loader/up_axis.h"
 #include "tools/tv2/check_codes.h"
 #include "tools/tv2/json.h"
 #include "tools/tv2/lint.h"
@@ -8,15 +9,21 @@
 #include "tools/tv2/text.h"
 #include "tools/tv2/verb.h"
 
+#include <algorithm>
 #include <array>
 #include <iomanip>
 #include <map>
+#include <string>
+#include <vector>
 
 namespace
 {
 
 /// How many findings of one code the text shows of a file.
 constexpr std::size_t kMostOfOneCode = 5;
+
+/// How many names the text gives of the others.
+constexpr std::size_t kMostNames = 20;
 
 void PrintCodes(const CheckOptions& options, std::ostream& out)
 {
@@ -65,6 +72,10 @@ void PrintFinding(const Finding& finding, std::ostream& out)
     if (!finding.path.empty())
     {
         out << ", " << finding.path;
+        if (!finding.name.empty())
+        {
+            out << " \"" << OneLine(finding.name) << '"';
+        }
     }
     else if (finding.chunk_id)
     {
@@ -87,29 +98,57 @@ Json ToJson(const Finding& finding)
         json["chunkOffset"] = finding.chunk_offset;
     }
     json["path"] = finding.path;
+    json["name"] = finding.name;
     json["message"] = finding.message;
     return json;
+}
+
+/// The findings of one code, of which the text shows the first few.
+struct Rest
+{
+    std::size_t found = 0;
+    std::vector<std::string> names; ///< of the nodes and cameras of those that are not shown
+};
+
+/// ": LeftHandThumb3, RightHandThumb3, ..."
+std::string NamesText(const std::vector<std::string>& names)
+{
+    std::string text;
+    for (std::size_t i = 0; i < std::min(names.size(), kMostNames); ++i)
+    {
+        text += (i == 0 ? ": " : ", ") + OneLine(names[i]);
+    }
+    return names.size() > kMostNames ? text + ", ..." : text;
 }
 
 void PrintFile(const LoadedFile& file, const std::vector<Finding>& findings, const std::string& counts,
                const CheckOptions& options, std::ostream& out)
 {
     out << file.path << ": " << counts << '\n';
-    std::map<std::string, std::size_t> shown;
+    std::map<std::string, Rest> rests;
     for (const Finding& finding : findings)
     {
-        if (++shown[finding.code] <= kMostOfOneCode || options.all)
+        Rest& rest = rests[finding.code];
+        if (++rest.found <= kMostOfOneCode || options.all)
         {
             PrintFinding(finding, out);
         }
-    }
-    for (const auto& [code, count] : shown)
-    {
-        if (count > kMostOfOneCode && !options.all)
+        else if (!finding.name.empty() && (rest.names.empty() || rest.names.back() != finding.name))
         {
-            out << "  ... " << CountText(count - kMostOfOneCode) << " more of " << code
-                << " (--all shows them)\n";
+            rest.names.push_back(finding.name);
         }
+    }
+    for (const auto& [code, rest] : rests)
+    {
+        if (rest.found > kMostOfOneCode && !options.all)
+        {
+            out << "  ... " << CountText(rest.found - kMostOfOneCode) << " more of " << code
+                << NamesText(rest.names) << " (--all shows them)\n";
+        }
+    }
+    if (file.loaded)
+    {
+        out << "  up axis: " << TEV2_LOADER::UpAxisName(TEV2_LOADER::UpAxis(*file.scene)) << '\n';
     }
 }
 
@@ -156,6 +195,10 @@ void RunCheck(const CheckOptions& options, VerbContext& context)
         if (!file.loaded)
         {
             entry["error"] = WhyNotLoaded(file);
+        }
+        else
+        {
+            entry["upAxis"] = TEV2_LOADER::UpAxisName(TEV2_LOADER::UpAxis(*file.scene));
         }
         entry["clean"] = clean;
         entry["findings"] = Json::array();

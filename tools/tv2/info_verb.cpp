@@ -1,5 +1,6 @@
 // tv2 info: what a file holds, on one screen.
 
+#include "tev2_loader/up_axis.h"
 #include "tools/tv2/extents.h"
 #include "tools/tv2/json.h"
 #include "tools/tv2/loaded_file.h"
@@ -135,6 +136,7 @@ Json ToJson(const LoadedFile& file, const Summary& summary)
         json["timeRange"] = {{"start", JsonFloat(scene.environment.timeRange.minimum)},
                              {"end", JsonFloat(scene.environment.timeRange.maximum)}};
     }
+    json["upAxis"] = UpAxisName(UpAxis(scene));
     json["nodes"] = scene.matrixHierarchy.nodes.size();
     json["topNodes"] = summary.top_nodes;
     json["cameras"] = Json::array();
@@ -208,6 +210,7 @@ public:
                                    ? FloatText(range.minimum) + " to " + FloatText(range.maximum) + " s"
                                    : kMissing)
                            << '\n';
+        Line("up axis") << UpAxisName(UpAxis(scene_)) << '\n';
         PrintExtents();
         Line("nodes") << CountText(scene_.matrixHierarchy.nodes.size());
         if (!scene_.matrixHierarchy.nodes.empty())

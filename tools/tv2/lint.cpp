@@ -6,6 +6,7 @@
 #include "tools/tv2/track_view.h"
 
 #include <algorithm>
+#include <charconv>
 #include <cmath>
 #include <limits>
 #include <map>
@@ -24,6 +25,11 @@ constexpr float kClosePart = 0.1F;
 
 // A key time that was accumulated, against a range that was computed.
 constexpr float kRangeTolerance = 0.001F;
+
+std::string Quoted(const TEV2_WIDE_STRING& name)
+{
+    return '"' + OneLine(ReadableText(name.Text())) + '"';
+}
 
 std::string At(std::size_t key)
 {
@@ -51,7 +57,7 @@ public:
     void VisitNode(const RecordPlace& place, std::size_t index) override
     {
         const TEV2_MATRIX_NODE& node = scene_.matrixHierarchy.nodes[index];
-        const std::uint64_t parent_offset = place.offset + FileSize(node.name);
+        const std::uint64_t parent_offset = place.offset + DiskSize(node.name);
         const auto node_count = scene_.matrixHierarchy.nodes.size();
         if (node.parentIndex >= 0)
         {
@@ -59,7 +65,9 @@ public:
             if (parent >= index && parent < node_count)
             {
                 Add("parent-not-before-child", place, parent_offset,
-                    "node " + std::to_string(index) + " has the parent " + std::to_string(parent));
+                    "node " + std::to_string(index) + " has the parent " + std::to_string(parent) +
+                        (parent == index ? ", itself"
+                                         : ", " + Quoted(scene_.matrixHierarchy.nodes[parent].name)));
             }
         }
         if (node.translation == nullptr || node.rotation == nullptr)
@@ -71,11 +79,20 @@ public:
         }
     }
 
-    void VisitCamera(const RecordPlace& place, std::size_t index) override
+    void VisitText(const RecordPlace& place, const TEV2_WIDE_STRING& text) override
+    {
+        if (text.Text().size() == kMostStringUnits)
+        {
+            Add("text-cut", place, place.offset,
+                CountText(kMostStringUnits) + " units, the most that a file can hold");
+        }
+    }
+
+    void VisitCamera(const RecordPlace& place, std::size_t index, std::uint64_t lens) override
     {
         const TEV2_CAMERA& camera = *scene_.cameras[index];
         const std::uint64_t value_offset =
-            place.offset + FileSize(camera.name) + FileSize(camera.secondText) + FileSize(camera.thirdText);
+            place.offset + DiskSize(camera.name) + DiskSize(camera.secondText) + DiskSize(camera.thirdText);
         if (camera.value >= scene_.matrixHierarchy.nodes.size())
         {
             Add("camera-node-outside", place, value_offset,
@@ -84,8 +101,7 @@ public:
         }
         if (!std::isfinite(camera.inverseAspect))
         {
-            Add("non-finite-value", place, value_offset,
-                "inverseAspect is " + FloatText(camera.inverseAspect));
+            Add("non-finite-value", place, lens, "inverseAspect is " + FloatText(camera.inverseAspect));
         }
     }
 
@@ -208,9 +224,9 @@ private:
             if (indices.size() > 1)
             {
                 AddForChunk("duplicate-node-name", *chunk, chunk->offset, "matrixHierarchy",
-                            CountText(indices.size()) + " nodes are called \"" + OneLine(ReadableText(name)) +
-                                "\", first " + std::to_string(indices[0]) + " and " +
-                                std::to_string(indices[1]));
+                            CountText(indices.size()) + " nodes are called " +
+                                Quoted(TEV2_WIDE_STRING(name)) + ", first " + std::to_string(indices[0]) +
+                                " and " + std::to_string(indices[1]));
             }
         }
     }
@@ -419,6 +435,33 @@ Finding FromLoader(const TEV2_LOAD_FINDING& loader)
     return finding;
 }
 
+/// The index that follows `list` at the front of `path`; none when the path begins otherwise.
+std::optional<std::size_t> IndexBehind(std::string_view list, std::string_view path)
+{
+    std::size_t index = 0;
+    if (!path.starts_with(list) ||
+        std::from_chars(path.data() + list.size(), path.data() + path.size(), index).ec != std::errc())
+    {
+        return std::nullopt;
+    }
+    return index;
+}
+
+/// The name of the node or camera that a record path leads to or into; empty for other paths.
+std::string NameAt(const TEV2& scene, std::string_view path)
+{
+    const auto& nodes = scene.matrixHierarchy.nodes;
+    if (const auto node = IndexBehind("matrixHierarchy.nodes[", path); node && *node < nodes.size())
+    {
+        return ReadableText(nodes[*node].name.Text());
+    }
+    if (const auto camera = IndexBehind("cameras[", path); camera && *camera < scene.cameras.size())
+    {
+        return ReadableText(scene.cameras[*camera]->name.Text());
+    }
+    return {};
+}
+
 } // namespace
 
 std::vector<Finding> Examine(const LoadedFile& file)
@@ -431,6 +474,10 @@ std::vector<Finding> Examine(const LoadedFile& file)
     if (file.loaded)
     {
         Lint(file, findings).Run();
+    }
+    for (Finding& finding : findings)
+    {
+        finding.name = NameAt(*file.scene, finding.path);
     }
     std::stable_sort(findings.begin(), findings.end(),
                      [](const Finding& left, const Finding& right) { return left.offset < right.offset; });

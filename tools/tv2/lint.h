@@ -18,6 +18,7 @@ struct Finding
     std::uint64_t chunk_offset = 0;        ///< of that chunk
     std::string path;                      ///< the record, "matrixHierarchy.nodes[3].rotation"; may be empty
     std::string message;                   ///< what is the matter, with the numbers
+    std::string name{}; ///< of the node or camera that the record is or belongs to; may be empty
 };
 
 /// What the loader reported, and for a file that was loaded what looks wrong in it, by offset.

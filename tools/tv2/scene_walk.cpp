@@ -18,6 +18,7 @@ public:
     void Walk(const TEV2& scene)
     {
         std::size_t camera = 0;
+        Frame information;
         Frame environment;
         Frame switcher;
         Frame hierarchy;
@@ -28,6 +29,7 @@ public:
             switch (chunk.id)
             {
             case 0:
+                information = frame;
                 version = report_.version;
                 break;
             case 2:
@@ -50,7 +52,13 @@ public:
                 break;
             }
         }
-        // of these three the last one is what the scene holds
+        // of these the last one is what the scene holds
+        if (Enter(information, "information"))
+        {
+            place_.offset += 4; // version
+            Text("creatorText", scene.information.creatorText);
+            Text("infoText", scene.information.infoText);
+        }
         if (Enter(environment, "environment"))
         {
             place_.offset += 8; // timeRange
@@ -118,7 +126,8 @@ private:
     void WalkNode(const TEV2_MATRIX_NODE& node, std::size_t index)
     {
         visitor_.VisitNode(place_, index);
-        place_.offset += FileSize(node.name) + 4;
+        Text("name", node.name);
+        place_.offset += 4; // parentIndex
         Track("translation", node.translation);
         Track("rotation", node.rotation);
         if (version_ >= 1.15F)
@@ -129,19 +138,23 @@ private:
         {
             place_.offset += 64;
         }
-        place_.offset += FileSize(node.userText);
+        Text("userText", node.userText);
         WalkProperties(node.properties);
     }
 
     void WalkCamera(const TEV2_CAMERA& camera, std::size_t index)
     {
-        visitor_.VisitCamera(place_, index);
-        place_.offset += FileSize(camera.name) + FileSize(camera.secondText) + FileSize(camera.thirdText) + 4;
+        const RecordPlace begin = place_;
+        Text("name", camera.name);
+        Text("secondText", camera.secondText);
+        Text("thirdText", camera.thirdText);
+        place_.offset += 4; // value
         WalkProperties(camera.properties);
         if (version_ >= 1.13F)
         {
             Track("bounds", camera.bounds);
         }
+        visitor_.VisitCamera(begin, index, place_.offset);
         place_.offset += 4; // inverseAspect
         Track("distance", camera.distance);
         Track("fieldOfView", camera.fieldOfView);
@@ -177,12 +190,16 @@ private:
         }
         const Scope scope(place_.path, "properties");
         place_.offset += 4;
-        for (const TEV2_NAMED_STRING_ARRAY& array : properties.stringArrays)
+        for (std::size_t i = 0; i < properties.stringArrays.size(); ++i)
         {
-            place_.offset += FileSize(array.name) + 4;
-            for (const TEV2_WIDE_STRING& string : array.strings)
+            const TEV2_NAMED_STRING_ARRAY& array = properties.stringArrays[i];
+            const Scope array_scope(place_.path, "stringArrays", i);
+            Text("name", array.name);
+            place_.offset += 4; // count
+            for (std::size_t string = 0; string < array.strings.size(); ++string)
             {
-                place_.offset += FileSize(string);
+                const Scope string_scope(place_.path, "strings", string);
+                Text(array.strings[string]);
             }
         }
         WalkValues("intValues", properties.intValues);
@@ -198,9 +215,21 @@ private:
         for (std::size_t i = 0; i < values.size(); ++i)
         {
             const Scope scope(place_.path, label, i);
-            place_.offset += FileSize(values[i].name);
+            Text("name", values[i].name);
             Track("track", values[i].track);
         }
+    }
+
+    void Text(const char* label, const TEV2_WIDE_STRING& text)
+    {
+        const Scope scope(place_.path, label);
+        Text(text);
+    }
+
+    void Text(const TEV2_WIDE_STRING& text)
+    {
+        visitor_.VisitText(place_, text);
+        place_.offset += DiskSize(text);
     }
 
     template <class Family>
@@ -227,9 +256,4 @@ private:
 void WalkScene(const TEV2& scene, const TEV2_LOAD_REPORT& report, SceneVisitor& visitor)
 {
     Walker(report, visitor).Walk(scene);
-}
-
-std::uint64_t FileSize(const TEV2_WIDE_STRING& string)
-{
-    return 2 + 2 * std::uint64_t{string.Text().size()};
 }

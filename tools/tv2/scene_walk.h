@@ -22,7 +22,10 @@ public:
     virtual ~SceneVisitor() = default;
 
     virtual void VisitNode(const RecordPlace& /*place*/, std::size_t /*index*/) {}
-    virtual void VisitCamera(const RecordPlace& /*place*/, std::size_t /*index*/) {}
+    /// `lens` is the byte where inverseAspect is.
+    virtual void VisitCamera(const RecordPlace& /*place*/, std::size_t /*index*/, std::uint64_t /*lens*/) {}
+    /// A name or text; the path of the place ends in its label.
+    virtual void VisitText(const RecordPlace& /*place*/, const TEV2_LOADER::TEV2_WIDE_STRING& /*text*/) {}
     /// The place is that of the flag in front of the track.
     virtual void VisitTrack(const RecordPlace& place, const TEV2_LOADER::TEV2_ANIMATABLE& track) = 0;
 };
@@ -30,6 +33,3 @@ public:
 /// Walks a scene that was loaded whole; the report of that load tells where the chunks are.
 void WalkScene(const TEV2_LOADER::TEV2& scene, const TEV2_LOADER::TEV2_LOAD_REPORT& report,
                SceneVisitor& visitor);
-
-/// Bytes that a string takes in a file.
-std::uint64_t FileSize(const TEV2_LOADER::TEV2_WIDE_STRING& string);
