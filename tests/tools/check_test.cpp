@@ -474,9 +474,9 @@ TEST(Check, FindingsNameTheNodesAndCamerasThatTheyAreAbout)
     const std::string text = RunTv2({"check", path}).out;
     for (const char* part : {"matrixHierarchy.nodes[3].rotation \"Thumb\xC3\xA9"
                              "0\": key 0 has the length",
-                             "... 2 more of quaternion-not-unit: Thumb\xC3\xA9"
-                             "5, Thumb\xC3\xA9"
-                             "6 (--all shows them)",
+                             "... 2 more of quaternion-not-unit: \"Thumb\xC3\xA9"
+                             "5\", \"Thumb\xC3\xA9"
+                             "6\" (--all shows them)",
                              "cameras[0].clipRange \"Camera\": ",
                              "nodes[1] \"Hips\": node 1 has the parent 3, \"Thumb\xC3\xA9"
                              "0\"\n"})
@@ -510,7 +510,7 @@ TEST(Check, ManyFindingsOfOneCodeAreShortenedUnlessAllAreAskedFor)
     const std::string shortened = RunTv2({"check", path}).out;
     EXPECT_EQ(shortened.rfind(path + ": 20 warnings\n", 0), 0U) << shortened;
     EXPECT_EQ(count(shortened), 5U);
-    EXPECT_NE(shortened.find("... 15 more of node-track-missing: bare5, bare6, "), std::string::npos)
+    EXPECT_NE(shortened.find("... 15 more of node-track-missing: \"bare5\", \"bare6\", "), std::string::npos)
         << shortened;
     EXPECT_EQ(count(RunTv2({"check", "--all", path}).out), 20U);
 }

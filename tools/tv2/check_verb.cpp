@@ -9,7 +9,6 @@
 #include "tools/tv2/text.h"
 #include "tools/tv2/verb.h"
 
-#include <algorithm>
 #include <array>
 #include <iomanip>
 #include <map>
@@ -21,9 +20,6 @@ namespace
 
 /// How many findings of one code the text shows of a file.
 constexpr std::size_t kMostOfOneCode = 5;
-
-/// How many names the text gives of the others.
-constexpr std::size_t kMostNames = 20;
 
 void PrintCodes(const CheckOptions& options, std::ostream& out)
 {
@@ -74,7 +70,7 @@ void PrintFinding(const Finding& finding, std::ostream& out)
         out << ", " << finding.path;
         if (!finding.name.empty())
         {
-            out << " \"" << OneLine(finding.name) << '"';
+            out << ' ' << Quoted(finding.name);
         }
     }
     else if (finding.chunk_id)
@@ -110,17 +106,6 @@ struct Rest
     std::vector<std::string> names; ///< of the nodes and cameras of those that are not shown
 };
 
-/// ": LeftHandThumb3, RightHandThumb3, ..."
-std::string NamesText(const std::vector<std::string>& names)
-{
-    std::string text;
-    for (std::size_t i = 0; i < std::min(names.size(), kMostNames); ++i)
-    {
-        text += (i == 0 ? ": " : ", ") + OneLine(names[i]);
-    }
-    return names.size() > kMostNames ? text + ", ..." : text;
-}
-
 void PrintFile(const LoadedFile& file, const std::vector<Finding>& findings, const std::string& counts,
                const CheckOptions& options, std::ostream& out)
 {
@@ -143,7 +128,7 @@ void PrintFile(const LoadedFile& file, const std::vector<Finding>& findings, con
         if (rest.found > kMostOfOneCode && !options.all)
         {
             out << "  ... " << CountText(rest.found - kMostOfOneCode) << " more of " << code
-                << NamesText(rest.names) << " (--all shows them)\n";
+                << (rest.names.empty() ? "" : ": " + Listed(rest.names)) << " (--all shows them)\n";
         }
     }
     if (file.loaded)

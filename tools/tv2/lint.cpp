@@ -28,7 +28,7 @@ constexpr float kRangeTolerance = 0.001F;
 
 std::string Quoted(const TEV2_WIDE_STRING& name)
 {
-    return '"' + OneLine(ReadableText(name.Text())) + '"';
+    return Quoted(ReadableText(name.Text()));
 }
 
 std::string At(std::size_t key)
