@@ -26,7 +26,7 @@ constexpr float kClosePart = 0.1F;
 // A key time that was accumulated, against a range that was computed.
 constexpr float kRangeTolerance = 0.001F;
 
-std::string Quoted(const TEV2_WIDE_STRING& name)
+std::string QuotedName(const TEV2_WIDE_STRING& name)
 {
     return Quoted(ReadableText(name.Text()));
 }
@@ -67,7 +67,7 @@ public:
                 Add("parent-not-before-child", place, parent_offset,
                     "node " + std::to_string(index) + " has the parent " + std::to_string(parent) +
                         (parent == index ? ", itself"
-                                         : ", " + Quoted(scene_.matrixHierarchy.nodes[parent].name)));
+                                         : ", " + QuotedName(scene_.matrixHierarchy.nodes[parent].name)));
             }
         }
         if (node.translation == nullptr || node.rotation == nullptr)
@@ -225,7 +225,7 @@ private:
             {
                 AddForChunk("duplicate-node-name", *chunk, chunk->offset, "matrixHierarchy",
                             CountText(indices.size()) + " nodes are called " +
-                                Quoted(TEV2_WIDE_STRING(name)) + ", first " + std::to_string(indices[0]) +
+                                QuotedName(TEV2_WIDE_STRING(name)) + ", first " + std::to_string(indices[0]) +
                                 " and " + std::to_string(indices[1]));
             }
         }
