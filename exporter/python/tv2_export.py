@@ -558,7 +558,8 @@ def _loaded_module(name):
 
 def _load_host():
     """The library of the headless host, or None."""
-    for folder in (_FOLDER, os.path.dirname(_FOLDER)):
+    above = os.path.dirname(_FOLDER)
+    for folder in (_FOLDER, above, os.path.join(os.path.dirname(above), "bin")):  # the last one under Windows
         path = os.path.join(folder, _HOST)
         if os.path.exists(path):
             try:

@@ -266,7 +266,7 @@ Objection NamesFit(const Case& c)
 {
     for (const FilePlan& file : c.plan.files)
     {
-        if (const Objection objection = TooLong(file.path))
+        if (Objection objection = TooLong(file.path))
         {
             return objection;
         }

@@ -24,6 +24,15 @@ namespace
 namespace fs = std::filesystem;
 using Change = std::function<void(ExportQuestion&, SceneFacts&)>;
 
+// A with two dots in the 8-bit text of the system that the tests run on.
+#if defined(_WIN32)
+constexpr const char* kSmallUmlaut = "\xE4";
+constexpr const char* kLargeUmlaut = "\xC4";
+#else
+constexpr const char* kSmallUmlaut = "\xC3\xA4";
+constexpr const char* kLargeUmlaut = "\xC3\x84";
+#endif
+
 class RulesTest : public testing::Test
 {
 protected:
@@ -111,84 +120,86 @@ TEST_F(RulesTest, EachObjectsOnce)
         const char* code; // null: nothing objects
         Change change;
         const char* part_of_the_text;
-    } cases[] = {
-        {nullptr, {}, ""},
-        {"no-tv2-name", path("out.fbx"), "does not end in .tv2"},
-        {"path-too-long", path(long_name), "has 261 bytes; at most 260"},
-        {"path-too-long", names(std::string(250, 'a'), "b", false), "at most 260"},
-        {"rate-unreadable", rate("fast"), "--fps \"fast\" is no rate: give a number"},
-        {"rate-unreadable", rate("1/0"), "\"1/0\""},
-        {"rate-out-of-range", rate("0"), "a rate of 0 samples a second"},
-        {"rate-out-of-range", rate("-25"), "above 0"},
-        {"rate-out-of-range", rate("nan"), ""},
-        {"rate-out-of-range", rate("100000000"), "up to 1,000,000"},
-        {"rate-out-of-range", [](auto&, SceneFacts& s) { s.transport_rate = 0.0; }, "a rate of 0"},
-        {"rate-fractional",
-         [](ExportQuestion& q, SceneFacts&)
-         {
-             q.rate = "29.97";
-             q.whole_rates_only = true;
-             q.wording = ExportQuestion::Wording::kPython;
-         },
-         "\"Custom FPS\" in the dialog of the export menu, or give fps a whole number"},
-        {"range-reversed", range(3, 2), "start frame 3 is after the end frame 2"},
-        {"no-scene",
-         [](auto&, SceneFacts& s)
-         {
-             s.models.resize(1);
-             s.files.clear();
-         },
-         "no scene is open"},
-        {"no-models", [](auto&, SceneFacts& s) { s.models.resize(1); }, "the scene has no models"},
-        {"no-take", [](auto&, SceneFacts& s) { s.current_take.reset(); }, "no take is current"},
-        {"take-reversed", [](auto&, SceneFacts& s) { s.takes[0].start = 3.0; }, "ends before it starts"},
-        {"range-outside", range(51, {}),
-         "the start frame 51 is after the end of take \"Walk\", which has frames 0 to 50 (0 to 2 s)"},
-        {"range-outside", range({}, -1), "the end frame -1 is before the start of take \"Walk\""},
-        {nullptr, range(50, {}), ""},
-        {nullptr, range(-9, 0), ""},
-        // A step of 1e-6 s is less than half of what a single-precision number near 64 s can differ by (2^-18 s).
-        {"time-stands-still",
-         [](ExportQuestion& q, SceneFacts& s)
-         {
-             q.rate = "1000000";
-             s.takes[0] = {"Walk", 64.0, 65.0};
-         },
-         "a step of 1e-06 s is lost in the single precision of 65 s; take \"Walk\""},
-        // 2,000,001 x (64 x 36 + 20) bytes.
-        {"too-many-samples",
-         [](ExportQuestion& q, SceneFacts& s)
-         {
-             q.rate = "1000000";
-             s.models.resize(64, {0, false, false});
-         },
-         "2,000,001 samples of 64 nodes and 1 camera are about 4,648,002,324 bytes"},
-        {"take-names-no-file", names("", "b", false), "no file can be named after take \"\""},
-        {"take-names-no-file", names("a/b", "b", false), "take \"a/b\""},
-        {"same-file", names("A b", "A_b", false), "takes \"A b\" and \"A_b\" would both be written to"},
-        {"same-file", names("Walk", "WALK", true), "takes \"Walk\" and \"WALK\" would both be written to"},
-        {"same-file", names("\xC3\xA4", "\xC3\x84", true), "which is the same file as"},
-        {nullptr, names("Walk", "WALK", false), ""},
-        {"device-name", names("COM1", "b", true), "\"COM1\" is the name of a device"},
-        {"device-name", names("b", "nul.x", true), "\"NUL\" is the name of a device"},
-        {nullptr, names("COM1", "nul.x", false), ""},
-        {nullptr, names("COM", "NULL", true), ""},
-        {"bad-character", names("a*", "b", true), "no name of a file can have the character \"*\""},
-        {"no-folder", path("gone/out.tv2"), "No such file or directory"},
-        {"no-folder", path("file/out.tv2"), "Not a directory"},
-        {"not-a-file", path("folder.tv2"), "Is a directory"},
-        {"is-the-scene",
-         [this](ExportQuestion&, SceneFacts& s)
-         {
-             Write("out.tv2");
-             s.files = {Path("out.tv2")};
-         },
-         "it is the scene file itself"},
-        {"is-the-scene",
-         [this](ExportQuestion&, SceneFacts& s) {
-             s.files = {Path("scene.bvh"), Path("out.tv2")};
-         },
-         "the scene was read from it"},
+    } cases[] =
+    { {nullptr, {}, ""},
+      {"no-tv2-name", path("out.fbx"), "does not end in .tv2"},
+      {"path-too-long", path(long_name), "has 261 bytes; at most 260"},
+      {"path-too-long", names(std::string(250, 'a'), "b", false), "at most 260"},
+      {"rate-unreadable", rate("fast"), "--fps \"fast\" is no rate: give a number"},
+      {"rate-unreadable", rate("1/0"), "\"1/0\""},
+      {"rate-out-of-range", rate("0"), "a rate of 0 samples a second"},
+      {"rate-out-of-range", rate("-25"), "above 0"},
+      {"rate-out-of-range", rate("nan"), ""},
+      {"rate-out-of-range", rate("100000000"), "up to 1,000,000"},
+      {"rate-out-of-range", [](auto&, SceneFacts& s) { s.transport_rate = 0.0; }, "a rate of 0"},
+      {"rate-fractional",
+       [](ExportQuestion& q, SceneFacts&)
+       {
+           q.rate = "29.97";
+           q.whole_rates_only = true;
+           q.wording = ExportQuestion::Wording::kPython;
+       },
+       "\"Custom FPS\" in the dialog of the export menu, or give fps a whole number"},
+      {"range-reversed", range(3, 2), "start frame 3 is after the end frame 2"},
+      {"no-scene",
+       [](auto&, SceneFacts& s)
+       {
+           s.models.resize(1);
+           s.files.clear();
+       },
+       "no scene is open"},
+      {"no-models", [](auto&, SceneFacts& s) { s.models.resize(1); }, "the scene has no models"},
+      {"no-take", [](auto&, SceneFacts& s) { s.current_take.reset(); }, "no take is current"},
+      {"take-reversed", [](auto&, SceneFacts& s) { s.takes[0].start = 3.0; }, "ends before it starts"},
+      {"range-outside", range(51, {}),
+       "the start frame 51 is after the end of take \"Walk\", which has frames 0 to 50 (0 to 2 s)"},
+      {"range-outside", range({}, -1), "the end frame -1 is before the start of take \"Walk\""},
+      {nullptr, range(50, {}), ""},
+      {nullptr, range(-9, 0), ""},
+      // A step of 1e-6 s is less than half of what a single-precision number near 64 s can differ by (2^-18 s).
+      {"time-stands-still",
+       [](ExportQuestion& q, SceneFacts& s)
+       {
+           q.rate = "1000000";
+           s.takes[0] = {"Walk", 64.0, 65.0};
+       },
+       "a step of 1e-06 s is lost in the single precision of 65 s; take \"Walk\""},
+      // 2,000,001 x (64 x 36 + 20) bytes.
+      {"too-many-samples",
+       [](ExportQuestion& q, SceneFacts& s)
+       {
+           q.rate = "1000000";
+           s.models.resize(64, {0, false, false});
+       },
+       "2,000,001 samples of 64 nodes and 1 camera are about 4,648,002,324 bytes"},
+      {"take-names-no-file", names("", "b", false), "no file can be named after take \"\""},
+      {"take-names-no-file", names("a/b", "b", false), "take \"a/b\""},
+      {"same-file", names("A b", "A_b", false), "takes \"A b\" and \"A_b\" would both be written to"},
+      {"same-file", names("Walk", "WALK", true), "takes \"Walk\" and \"WALK\" would both be written to"},
+      {"same-file", names(kSmallUmlaut, kLargeUmlaut, true), "which is the same file as"},
+      {nullptr, names("Walk", "WALK", false), ""},
+      {"device-name", names("COM1", "b", true), "\"COM1\" is the name of a device"},
+      {"device-name", names("b", "nul.x", true), "\"NUL\" is the name of a device"},
+#if !defined(_WIN32)
+      {nullptr, names("COM1", "nul.x", false), ""},
+#endif
+      {nullptr, names("COM", "NULL", true), ""},
+      {"bad-character", names("a*", "b", true), "no name of a file can have the character \"*\""},
+      {"no-folder", path("gone/out.tv2"), "No such file or directory"},
+      {"no-folder", path("file/out.tv2"), "Not a directory"},
+      {"not-a-file", path("folder.tv2"), "Is a directory"},
+      {"is-the-scene",
+       [this](ExportQuestion&, SceneFacts& s)
+       {
+           Write("out.tv2");
+           s.files = {Path("out.tv2")};
+       },
+       "it is the scene file itself"},
+      {"is-the-scene",
+       [this](ExportQuestion&, SceneFacts& s) {
+           s.files = {Path("scene.bvh"), Path("out.tv2")};
+       },
+       "the scene was read from it"},
     };
     for (const auto& c : cases)
     {
