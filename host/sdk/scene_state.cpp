@@ -103,6 +103,7 @@ void SceneState::Clear()
         last->FBDelete();
     }
     system_models_.clear();
+    takes_.clear();
     pre_order_.clear();
     if (scene)
         for (FBPropertyListComponent* list : std::initializer_list<FBPropertyListComponent*>{
@@ -219,10 +220,11 @@ void SceneState::Adopt(FBConstraint& constraint)
 
 void SceneState::Adopt(FBTake& take)
 {
-    auto& takes = SdkAccess::Items(scene->Takes);
-    if (std::find(takes.begin(), takes.end(), &take) != takes.end())
+    if (takes_.contains(&take))
         return;
+    auto& takes = SdkAccess::Items(scene->Takes);
     MakeRoom(takes);
+    takes_.insert(&take);
     Own(take);
     takes.push_back(&take);
     if (!current_take)
@@ -286,6 +288,7 @@ void SceneState::Forget(FBTake& take)
         animation.erase(tables);
     }
     EraseLast(SdkAccess::Items(scene->Takes), static_cast<FBComponent*>(&take));
+    takes_.erase(&take);
     if (current_take == &take)
         current_take = scene->Takes[0];
     if (evaluated_take_ == &take)
@@ -307,9 +310,12 @@ void SceneState::SetParent(FBModel& model, FBModel* parent)
     if (!space.parent ||
         !SdkAccess::Space(*parent).in_tree) // the root and system objects stay where they are
         return;
-    for (FBModel* above = parent; above; above = SdkAccess::Space(*above).parent)
-        if (above == &model)
-            return;
+    if (!SdkAccess::Items(model.Children).empty()) // else nothing is below it: no loop
+        for (FBModel* above = parent; above; above = SdkAccess::Space(*above).parent)
+            if (above == &model)
+                return;
+    if (parent == &model)
+        return;
     EraseLast(SdkAccess::Items(space.parent->Children), static_cast<FBComponent*>(&model));
     SdkAccess::Items(parent->Children).push_back(&model);
     space.parent = parent;

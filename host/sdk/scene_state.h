@@ -3,6 +3,7 @@
 #include <map>
 #include <string>
 #include <unordered_map>
+#include <unordered_set>
 #include <vector>
 
 #include "host/sdk/matrix.h"
@@ -152,6 +153,7 @@ private:
     std::vector<FBComponent*> owned_; // in order of creation
     std::vector<FBModel*> pre_order_; // of the tree, when not stale
     std::vector<FBModel*> system_models_;
+    std::unordered_set<const FBTake*> takes_; // those of the scene
     bool order_stale_ = true;
     bool clearing_ = false;
     FBTake* evaluated_take_ = nullptr;

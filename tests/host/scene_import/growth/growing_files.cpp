@@ -1,0 +1,167 @@
+// Reads one growing scene at four sizes, each double the one before, through MeasuredRead. growth.py counts the
+// instructions.
+//
+// usage: growing_files          prints the names of the cases
+//        growing_files NAME     plays one
+
+#include "host/scene_import/formats.h"
+#include "host/scene_import/host_scene.h"
+
+#include <mobu_host/scene.h>
+
+#include <cstddef>
+#include <cstdio>
+#include <functional>
+#include <string>
+#include <string_view>
+
+extern "C" void MeasuredRead(const std::function<void()>& read);
+
+extern "C" __attribute__((noinline)) void MeasuredRead(const std::function<void()>& read)
+{
+    read();
+}
+
+namespace
+{
+
+using namespace mobu_host;
+
+constexpr int kDoublings = 3;
+
+std::string Repeated(const std::string& text, std::size_t times)
+{
+    std::string all;
+    for (std::size_t i = 0; i < times; ++i)
+        all += text;
+    return all;
+}
+
+std::string Bvh(const std::string& joints, const std::string& motion)
+{
+    return "HIERARCHY\nROOT a\n{\n" + joints + "}\nMOTION\n" + motion;
+}
+
+const std::string kStill = "Frames:0\nFrame Time:1";
+
+struct GrowingFile
+{
+    const char* name;
+    const char* format;
+    std::size_t smallest; // of what is repeated
+    std::string (*bytes)(std::size_t size);
+};
+
+const GrowingFile kFiles[] = {
+    {"bvh_joints", "BVH", 100, [](std::size_t n) { return Bvh(Repeated("JOINT a\n{}", n), kStill); }},
+    {"bvh_nesting", "BVH", 200,
+     [](std::size_t n) { return Bvh(Repeated("JOINT a\n{", n) + Repeated("}", n), kStill); }},
+    {"bvh_channels", "BVH", 50,
+     [](std::size_t n)
+     {
+         return Bvh(Repeated("JOINT\n{CHANNELS 1 Xposition}", n),
+                    "Frames:2\nFrame Time:1\n" + Repeated("0.5 ", 2 * n));
+     }},
+    {"bvh_frames", "BVH", 1000,
+     [](std::size_t n)
+     {
+         return Bvh("CHANNELS 1 Xposition",
+                    "Frames:" + std::to_string(n) + "\nFrame Time:.01\n" + Repeated("1.5\n", n));
+     }},
+    {"bvh_name", "BVH", 50'000,
+     [](std::size_t n) { return "HIERARCHY\nROOT " + std::string(n, 'x') + "\n{}"; }},
+};
+
+void Import(const Format& format, const SceneFile& file)
+{
+    try
+    {
+        ImportNotes notes;
+        format.import(file, {}, notes);
+    }
+    catch (const std::exception&) // refused: that has to be in proportion as well
+    {
+    }
+}
+
+TakeDescription TakeOfAll(std::size_t models, std::size_t keys)
+{
+    TakeDescription take;
+    take.name = "Take";
+    std::vector<double> times;
+    for (std::size_t i = 0; i < keys; ++i)
+        times.push_back(static_cast<double>(i) / 50.0);
+    take.keys.push_back(std::make_shared<const std::vector<double>>(std::move(times)));
+    for (std::size_t i = 0; i < models; ++i)
+        take.models.push_back({static_cast<std::uint32_t>(i), [](double) { return Affine(); }});
+    return take;
+}
+
+SceneDescription SceneOf(std::size_t models, std::size_t takes, std::size_t keys, std::size_t properties)
+{
+    SceneDescription scene;
+    scene.models.resize(models);
+    for (ModelDescription& model : scene.models)
+        model.name = "Hips";
+    for (std::size_t i = 0; i < properties; ++i)
+        scene.properties.push_back({"p" + std::to_string(i), 0.5});
+    for (std::size_t i = 0; i < takes; ++i)
+        scene.takes.push_back(TakeOfAll(models, keys));
+    return scene;
+}
+
+struct GrowingScene
+{
+    const char* name;
+    SceneDescription (*scene)(std::size_t size);
+};
+
+const GrowingScene kScenes[] = {
+    {"host_models", [](std::size_t n) { return SceneOf(10 * n, 1, 0, 0); }},
+    {"host_takes", [](std::size_t n) { return SceneOf(1, 10 * n, 1, 0); }},
+    {"host_takes_of_models", [](std::size_t n) { return SceneOf(20, 2 * n, 10, 0); }},
+    {"host_keys", [](std::size_t n) { return SceneOf(1, 1, 500 * n, 0); }},
+    {"host_properties", [](std::size_t n) { return SceneOf(1, 1, 1, 20 * n); }},
+};
+
+constexpr std::size_t kSmallestScene = 20;
+
+void Play(std::string_view name)
+{
+    NewScene();
+    for (int doubling = 0; doubling <= kDoublings; ++doubling)
+    {
+        for (const GrowingFile& growing : kFiles)
+        {
+            if (name != growing.name)
+                continue;
+            const SceneFile file{"growing", growing.bytes(growing.smallest << doubling)};
+            MeasuredRead([&] { Import(*FormatNamed(growing.format), file); });
+        }
+        for (const GrowingScene& growing : kScenes)
+        {
+            if (name != growing.name)
+                continue;
+            SceneDescription scene = growing.scene(kSmallestScene << doubling);
+            ImportNotes notes;
+            MeasuredRead([&] { BuildHostScene(std::move(scene), {}, notes); });
+        }
+        NewScene();
+    }
+}
+
+} // namespace
+
+int main(int count, char** arguments)
+{
+    if (count == 2)
+    {
+        Play(arguments[1]);
+        return 0;
+    }
+    for (const GrowingFile& growing : kFiles)
+        std::puts(growing.name);
+    for (const GrowingScene& growing : kScenes)
+        std::puts(growing.name);
+    return 0;
+}
