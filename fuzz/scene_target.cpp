@@ -36,7 +36,7 @@ int ReadAsScene(const char* format, const std::uint8_t* data, std::size_t size)
     {
         mobu_host::ImportNotes notes;
         mobu_host::SceneFile file;
-        file.path = "fuzz";
+        file.path = "no such folder/fuzz"; // nothing is read beside it
         file.bytes.assign(reinterpret_cast<const char*>(data), size);
         mobu_host::FormatNamed(format)->import(file, {}, notes);
         EvaluateTakes();

@@ -1,6 +1,7 @@
 #include "host/scene_import/formats.h"
 #include "host/scene_import/parse_error.h"
 #include "tests/host/scene_import/fbx/fbx_writer.h"
+#include "tests/host/scene_import/gltf_writer.h"
 #include "tests/host/scene_import/import_fixture.h"
 
 #include <cstdlib>
@@ -34,6 +35,21 @@ std::string Bvh()
            "0 90 0 0 0 0 10 20 30 1\n1 90 2 -45 10 5 10 25 30 2\n2 91.25 4 -90 20 10 10 30 30 3\n";
 }
 
+gltf_writer::Document Gltf()
+{
+    gltf_writer::Document document;
+    document.json["cameras"] = {
+        {{"type", "perspective"}, {"perspective", {{"yfov", 0.8}, {"aspectRatio", 1.5}, {"znear", 0.1}}}}};
+    document.Node({{"name", "Hips"}, {"children", {1}}, {"extras", {{"on", true}, {"tint", {1, 2, 3, 4}}}}})
+        .Node({{"name", "Eye"}, {"camera", 0}, {"matrix", {0, 1, 0, 0, -1, 0, 0, 0, 0, 0, 1, 0, 5, 6, 7, 1}}},
+              false)
+        .Animation({{"name", "Go"}})
+        .Channel(0, "translation", {0, 0, 0, 1, 2, 3, 0, 0, 0, 0, 0, 0, 4, 5, 6, 0, 0, 0}, "CUBICSPLINE")
+        .Channel(0, "scale", {1, 1, 1, 2, 1, -1}, "STEP")
+        .Channel(1, "rotation", {0, 0, 0, 1, 0, 0.6f, 0, 0.8f});
+    return document;
+}
+
 constexpr SoundFile kFiles[] = {
     {"BinaryFbx", "FBX", [] { return fbx_writer::Binary(7400, fbx_writer::RichScene(), true); }, false},
     {"WideBinaryFbx", "FBX", [] { return fbx_writer::Binary(7700, fbx_writer::RichScene()); }, false},
@@ -41,6 +57,8 @@ constexpr SoundFile kFiles[] = {
     {"TextFbx", "FBX", [] { return fbx_writer::Text(7400, fbx_writer::RichScene()); }, true},
     {"NamedTextFbx", "FBX", [] { return fbx_writer::Text(6100, fbx_writer::NamedScene()); }, true},
     {"Bvh", "BVH", Bvh, true},
+    {"TextGltf", "glTF", [] { return Gltf().Text(); }, false},
+    {"BinaryGltf", "glTF", [] { return Gltf().Binary(); }, false},
 };
 
 // Every way to cut or bend a byte of a sound file ends in a scene or in one line that says why not.

@@ -1,127 +1,15 @@
+#include "tests/host/scene_import/gltf_writer.h"
 #include "tests/host/scene_import/import_fixture.h"
 
-#include <nlohmann/json.hpp>
-
-#include <cstdint>
-#include <cstring>
+#include <cmath>
 #include <numbers>
 
 namespace
 {
 
-using Json = nlohmann::ordered_json;
+using gltf_writer::Document;
+using gltf_writer::Json;
 using Names = std::vector<std::string>;
-
-std::string Base64(const std::string& bytes)
-{
-    static constexpr char kDigits[] = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
-    std::string text;
-    for (std::size_t i = 0; i < bytes.size(); i += 3)
-    {
-        std::uint32_t group = 0;
-        for (std::size_t k = 0; k < 3; ++k)
-            group = group << 8 | (i + k < bytes.size() ? static_cast<unsigned char>(bytes[i + k]) : 0u);
-        for (std::size_t k = 0; k < 4; ++k)
-            text.push_back(i + k > bytes.size() ? '=' : kDigits[group >> (18 - 6 * k) & 63]);
-    }
-    return text;
-}
-
-// Puts a glTF document together, its key values in one buffer.
-class Document
-{
-public:
-    Json json = {{"asset", {{"version", "2.0"}}},
-                 {"scene", 0},
-                 {"scenes", {{{"nodes", Json::array()}}}},
-                 {"nodes", Json::array()}};
-
-    Document& Node(Json node, bool on_top = true)
-    {
-        if (on_top)
-            json["scenes"][0]["nodes"].push_back(json["nodes"].size());
-        json["nodes"].push_back(std::move(node));
-        return *this;
-    }
-
-    Document& Animation(Json animation)
-    {
-        animation["channels"] = Json::array();
-        animation["samplers"] = Json::array();
-        json["animations"].push_back(std::move(animation));
-        return *this;
-    }
-
-    // A channel of the last animation, with one key a second.
-    Document& Channel(int node, const char* path, const std::vector<float>& values,
-                      const char* interpolation = "LINEAR")
-    {
-        const std::size_t width = std::strcmp(path, "rotation") == 0 ? 4 : 3;
-        const std::size_t per_key = width * (std::strcmp(interpolation, "CUBICSPLINE") == 0 ? 3 : 1);
-        std::vector<float> times(values.size() / per_key);
-        for (std::size_t i = 0; i < times.size(); ++i)
-            times[i] = static_cast<float>(i);
-        const int input = Accessor(times, 1);
-        const int output = Accessor(values, width);
-        Json& animation = json["animations"].back();
-        animation["channels"].push_back(
-            {{"sampler", animation["samplers"].size()}, {"target", {{"node", node}, {"path", path}}}});
-        animation["samplers"].push_back(
-            {{"input", input}, {"output", output}, {"interpolation", interpolation}});
-        return *this;
-    }
-
-    std::string Text()
-    {
-        json["buffers"] = {{{"byteLength", buffer_.size()},
-                            {"uri", "data:application/octet-stream;base64," + Base64(buffer_)}}};
-        return json.dump();
-    }
-
-    std::string Binary()
-    {
-        json["buffers"] = {{{"byteLength", buffer_.size()}}};
-        std::string text = json.dump();
-        text.resize((text.size() + 3) / 4 * 4, ' ');
-        return "glTF" + Word(2) + Word(28 + text.size() + buffer_.size()) + Word(text.size()) + "JSON" +
-               text + Word(buffer_.size()) + std::string("BIN\0", 4) + buffer_;
-    }
-
-    std::string TextBesideBuffer(const std::string& name)
-    {
-        json["buffers"] = {{{"byteLength", buffer_.size()}, {"uri", name}}};
-        return json.dump();
-    }
-
-    const std::string& Buffer() const { return buffer_; }
-
-private:
-    static std::string Word(std::size_t value)
-    {
-        std::string bytes;
-        for (int i = 0; i < 4; ++i)
-            bytes.push_back(static_cast<char>(static_cast<unsigned char>(value >> (8 * i))));
-        return bytes;
-    }
-
-    int Accessor(const std::vector<float>& values, std::size_t width)
-    {
-        const std::size_t offset = buffer_.size();
-        const std::size_t size = values.size() * sizeof(float);
-        buffer_.resize(offset + size);
-        std::memcpy(buffer_.data() + offset, values.data(), size);
-        json["bufferViews"].push_back({{"buffer", 0}, {"byteOffset", offset}, {"byteLength", size}});
-        json["accessors"].push_back({{"bufferView", json["bufferViews"].size() - 1},
-                                     {"componentType", 5126},
-                                     {"count", values.size() / width},
-                                     {"type", width == 1   ? "SCALAR"
-                                              : width == 3 ? "VEC3"
-                                                           : "VEC4"}});
-        return static_cast<int>(json["accessors"].size()) - 1;
-    }
-
-    std::string buffer_;
-};
 
 using GltfImportTest = SceneImportTest;
 
@@ -372,6 +260,213 @@ TEST_F(GltfImportTest, WhatIsNoHierarchyAndNoMotionIsPassedOver)
     EXPECT_EQ(result.notes, Names{"1 blend shape channel is passed over: A"});
     Goto(1.0);
     ExpectRow(Global("A"), 3, 100, 0, 0);
+}
+
+// Cubic Hermite curves, their tangents scaled by the seconds between the keys; rotations component by component.
+TEST_F(GltfImportTest, SplinesBetweenUnevenKeysAreExact)
+{
+    const std::array<double, 4> from{0, 0, 0, 1}, out{0.5, 0, 0, 0}, in{0, -2, 0, 0}, to{0, kHalf, 0, kHalf};
+    const std::vector<float> keys{0, 0,  0, 0, 0, 0,     0, 1,     0.5, 0, 0, 0,
+                                  0, -2, 0, 0, 0, kHalf, 0, kHalf, 0,   0, 0, 0};
+    Document document;
+    document.Node({{"name", "A"}})
+        .Animation({{"name", "Go"}})
+        .Channel(0, "rotation", keys, "CUBICSPLINE", 0.5f);
+    Open("a.gltf", document.Text());
+    for (const double t : {0.0, 0.2, 0.5, 0.9, 1.0})
+    {
+        std::array<double, 4> q{}; // x, y, z, w
+        double square = 0.0;
+        for (std::size_t i = 0; i < 4; ++i)
+        {
+            q[i] = (2 * t * t * t - 3 * t * t + 1) * from[i] + 0.5 * (t * t * t - 2 * t * t + t) * out[i] +
+                   (3 * t * t - 2 * t * t * t) * to[i] + 0.5 * (t * t * t - t * t) * in[i];
+            square += q[i] * q[i];
+        }
+        const auto [x, y, z, w] = q;
+        Goto(0.5 * t);
+        ExpectRow(Global("A"), 0, 1 - 2 * (y * y + z * z) / square, 2 * (x * y + w * z) / square,
+                  2 * (x * z - w * y) / square);
+    }
+}
+
+TEST_F(GltfImportTest, KeysOfWholeNumbersAreScaledToOne)
+{
+    Document document;
+    document.Node({{"name", "A"}})
+        .Animation({{"name", "Go"}})
+        .Channel(0, "rotation", {0, 0, 0, 1, 0, 0, 0, 1});
+    document.Bytes(document.json["animations"][0]["samplers"][0]["output"], 5120,
+                   {0, 0, 0, 127, 0, -128, 0, 0});
+    Open("a.gltf", document.Text());
+    Goto(1.0);
+    ExpectRow(Global("A"), 0, -1, 0, 0); // half a turn: -128 counts as -127
+}
+
+TEST_F(GltfImportTest, ASceneMayShowWhatIsBelowANodeOutsideOfIt)
+{
+    Document document;
+    document.Node({{"name", "Outside"}, {"children", {1}}}, false).Node({{"name", "Shown"}});
+    Open("a.gltf", document.Text());
+    EXPECT_EQ(ModelNames(), (Names{"Scene", "Shown"}));
+}
+
+TEST_F(GltfImportTest, OnlyWhatMotionNeedsNotMayBeRequired)
+{
+    const std::pair<const char*, bool> extensions[] = {
+        {"KHR_draco_mesh_compression", true}, {"KHR_materials_unlit", true},
+        {"EXT_meshopt_compression", true},    {"KHR_lights_punctual", true},
+        {"KHR_animation_pointer", false},     {"ACME_skeleton", false}};
+    for (const auto& [name, opens] : extensions)
+    {
+        Document document;
+        document.Node({{"name", "A"}});
+        document.json["extensionsRequired"] = {name};
+        const auto result = mobu_host::ImportScene(Write("a.gltf", document.Text()));
+        EXPECT_EQ(result.ok, opens) << name;
+        EXPECT_EQ(result.error.find(name) == std::string::npos, opens) << result.error;
+    }
+}
+
+TEST_F(GltfImportTest, BuffersOfOtherFoldersAndOtherFilesAreRefused)
+{
+    Document document;
+    document.Node({{"name", "A"}}).Animation({{"name", "Go"}}).Channel(0, "translation", {0, 0, 0, 1, 0, 0});
+    std::filesystem::create_directory(folder_ / "scene");
+    std::filesystem::create_directory(folder_ / "scene" / "data");
+    Write("keys.bin", document.Buffer());
+    Write("scene/data/a b.bin", document.Buffer());
+    std::filesystem::create_symlink("../keys.bin", folder_ / "scene" / "link.bin");
+    const std::pair<std::string, const char*> uris[] = {
+        {"data/a%20b.bin", ""},
+        {"./data/a b.bin", ""},
+        {"../keys.bin", "leads out of the scene's folder"},
+        {"%2e%2e/keys.bin", "leads out of the scene's folder"},
+        {"..\\keys.bin", "leads out of the scene's folder"},
+        {(folder_ / "keys.bin").string(), "leads out of the scene's folder"},
+        {"link.bin", "leads out of the scene's folder"},
+        {"file:keys.bin", "is a URL"},
+        {"http://a.b/keys.bin", "is a URL"},
+        {"data", "is not a regular file"},
+        {"data:,AAAA", "not in base64"},
+        {"data:;base64,AA?A", "character that base64 does not have"},
+        {"data:;base64,AAAA", "states 32 bytes and has 3"}};
+    for (const auto& [uri, cause] : uris)
+    {
+        const auto result = mobu_host::ImportScene(Write("scene/a.gltf", document.TextBesideBuffer(uri)));
+        EXPECT_EQ(result.ok, *cause == '\0') << uri << result.error;
+        EXPECT_NE(result.error.find(cause), std::string::npos) << result.error;
+        if (result.ok)
+        {
+            ASSERT_EQ(result.source_files.size(), 1u) << uri;
+            EXPECT_TRUE(std::filesystem::equivalent(result.source_files[0], folder_ / "scene/data/a b.bin"));
+        }
+    }
+}
+
+// Each bends one member of a document of one channel with two keys.
+TEST_F(GltfImportTest, EachRefusalNamesItsPlace)
+{
+    struct Bend
+    {
+        const char* pointer;
+        Json value;
+        const char* error;
+    };
+    const Bend bends[] = {
+        {"/accessors/1/count", 3,
+         "animations[0] \"Go\": samplers[0].output (accessors[1]) has 3 values where 2 keys need 1 each"},
+        {"/accessors/1/count", 4000000000, "has 4000000000 values"},
+        {"/accessors/1/type", "VEC4", "samplers[0].output (accessors[1]) is not of type VEC3"},
+        {"/accessors/1/type", "VEC5", "accessors[1].type is none of"},
+        {"/accessors/1/componentType", 5124, "accessors[1].componentType is 5124"},
+        {"/accessors/1/byteOffset", 4,
+         "accessors[1]: its 2 elements reach beyond the 24 bytes of bufferViews[1]"},
+        {"/accessors/1/byteOffset", -4, "accessors[1].byteOffset is not a whole number from 0 on"},
+        {"/accessors/1/bufferView", 2, "accessors[1].bufferView is 2, out of 0 to 1"},
+        {"/accessors/1/sparse",
+         {{"count", 3}, {"indices", {{"bufferView", 0}, {"componentType", 5121}}}},
+         "accessors[1].sparse.count"},
+        {"/accessors/0/componentType", 5125, "samplers[0].input (accessors[0]) is not one float a key"},
+        {"/bufferViews/1/byteStride", 13, "reach beyond"},
+        {"/bufferViews/1/byteStride", 8, "bufferViews[1].byteStride"},
+        {"/bufferViews/1/byteLength", 25, "bufferViews[1]: reaches beyond the 32 bytes of its buffer"},
+        {"/bufferViews/0/byteOffset", 8,
+         "animations[0] \"Go\": samplers[0].input (accessors[0]) has times that do not ascend at key 1"},
+        {"/buffers/0/byteLength", 33, "buffers[0]: states 33 bytes and has 32"},
+        {"/animations/0/samplers/0/interpolation", "WAVE", "samplers[0].interpolation is none of"},
+        {"/animations/0/channels/0/target/node", 7,
+         "animations[0] \"Go\": channels[0].node is 7, out of 0 to 0"},
+        {"/bufferViews/1/extensions", {{"EXT_meshopt_compression", Json::object()}}, ""},
+        {"/nodes/0/translation", {1, 2}, "nodes[0] \"A\": translation is not 3 numbers"},
+        {"/scene", 1, "its scene to show is none of its 1 scenes"}};
+    for (const Bend& bend : bends)
+    {
+        Document document;
+        document.Node({{"name", "A"}})
+            .Animation({{"name", "Go"}})
+            .Channel(0, "translation", {2, 0, 0, 1, 0, 0});
+        Json bent = Json::parse(document.Text());
+        bent[Json::json_pointer(bend.pointer)] = bend.value;
+        const auto result = mobu_host::ImportScene(Write("a.gltf", bent.dump()));
+        EXPECT_EQ(result.ok, *bend.error == '\0') << bend.pointer;
+        EXPECT_NE(result.error.find(bend.error), std::string::npos) << result.error;
+        if (std::string_view(bend.pointer).ends_with("extensions")) // the plain bytes are there
+        {
+            bent["extensionsRequired"] = {"EXT_meshopt_compression"};
+            const std::string error = mobu_host::ImportScene(Write("a.gltf", bent.dump())).error;
+            EXPECT_NE(error.find("bufferViews[1]: is compressed with the extension EXT_meshopt"),
+                      std::string::npos)
+                << error;
+        }
+    }
+}
+
+// A take is closed where every channel ends as it begins.
+TEST_F(GltfImportTest, LoopsOfARealSceneClose)
+{
+    const std::string path = std::string(TV2_SAMPLES_DIR) + "/robot_14_takes.glb";
+    std::ifstream stream(path, std::ios::binary);
+    const std::string bytes(std::istreambuf_iterator<char>(stream), {});
+    std::uint32_t json_size = 0;
+    std::memcpy(&json_size, bytes.data() + 12, 4);
+    const Json json = Json::parse(bytes.substr(20, json_size));
+    const auto differs = [&](const Json& accessor)
+    {
+        const Json& view = json["bufferViews"][accessor["bufferView"].get<std::size_t>()];
+        const std::size_t width = accessor["type"] == "VEC4" ? 4 : 3;
+        const std::size_t first = 28 + json_size + view.value("byteOffset", std::size_t{0}) +
+                                  accessor.value("byteOffset", std::size_t{0});
+        std::vector<float> a(width), b(width);
+        std::memcpy(a.data(), bytes.data() + first, 4 * width);
+        std::memcpy(b.data(), bytes.data() + first + 4 * width * (accessor["count"].get<std::size_t>() - 1),
+                    4 * width);
+        for (std::size_t i = 0; i < width; ++i)
+            if (std::abs(a[i] - b[i]) > 1e-6f)
+                return true;
+        return false;
+    };
+    ASSERT_TRUE(mobu_host::ImportScene(path).ok);
+    int closed = 0;
+    for (std::size_t t = 0; t < json["animations"].size(); ++t)
+    {
+        const Json& animation = json["animations"][t];
+        if (std::any_of(animation["samplers"].begin(), animation["samplers"].end(),
+                        [&](const Json& sampler)
+                        { return differs(json["accessors"][sampler["output"].get<std::size_t>()]); }))
+            continue;
+        ++closed;
+        FBTake& take = Take(static_cast<int>(t));
+        FBSystem().CurrentTake = &take;
+        std::vector<FBMatrix> first;
+        Goto(0.0);
+        for (const std::string& name : ModelNames())
+            first.push_back(Global(name));
+        Goto(static_cast<double>(LastFrame(static_cast<int>(t))) / FBPlayerControl().GetTransportFpsValue());
+        for (std::size_t i = 0; i < first.size(); ++i)
+            ExpectRow(Global(ModelNames()[i]), 3, first[i](3, 0), first[i](3, 1), first[i](3, 2), 0.01);
+    }
+    EXPECT_GE(closed, 5);
 }
 
 } // namespace

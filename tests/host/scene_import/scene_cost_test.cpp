@@ -30,6 +30,25 @@ std::string Bvh(const std::string& joints, const std::string& motion)
     return "HIERARCHY\nROOT a\n{\n" + joints + "}\nMOTION\n" + motion;
 }
 
+const std::string kNode = ",\"nodes\":[{}]";
+
+std::string Gltf(const std::string& rest, const std::string& shown = "0")
+{
+    return "{\"asset\":{\"version\":\"2.0\"},\"scenes\":[{\"nodes\":[" + shown + "]}]" + rest + "}";
+}
+
+// Accessor 0 of floats and accessor 1 of vectors, all zero, in one buffer.
+std::string Accessors(int count)
+{
+    const std::string bytes = std::to_string(12 * count), elements = std::to_string(count);
+    return ",\"buffers\":[{\"byteLength\":" + bytes + ",\"uri\":\"data:;base64," +
+           std::string(16 * static_cast<std::size_t>(count), 'A') +
+           "\"}],\"bufferViews\":[{\"buffer\":0,\"byteLength\":" + bytes +
+           "}],\"accessors\":[{\"bufferView\":0,\"componentType\":5126,\"type\":\"SCALAR\",\"count\":" +
+           elements + "},{\"bufferView\":0,\"componentType\":5126,\"type\":\"VEC3\",\"count\":" + elements +
+           "}]";
+}
+
 // The file that asks for the most memory by one thing that the format repeats.
 struct HungryFile
 {
@@ -62,6 +81,42 @@ const HungryFile kFiles[] = {
     {"frames", "BVH",
      [] {
          return Bvh("CHANNELS 1 Xposition", "Frames:2000000\nFrame Time:.01\n" + Repeated("0\n", 2'000'000));
+     }},
+    {"nodes that the scene shows", "glTF",
+     []
+     {
+         std::string shown;
+         for (int i = 0; i < 200'000; ++i)
+             shown += (i == 0 ? "" : ",") + std::to_string(i);
+         return Gltf(",\"nodes\":[" + Repeated("{},", 199'999) + "{}]", shown);
+     }},
+    {"nodes that the scene does not show", "glTF",
+     [] { return Gltf(",\"nodes\":[" + Repeated("{},", 1'000'000) + "{}]"); }},
+    {"numbers", "glTF", [] { return Gltf(kNode + ",\"extras\":[" + Repeated("0,", 2'000'000) + "0]"); }},
+    {"objects of one member", "glTF",
+     [] { return Gltf(kNode + ",\"extras\":[" + Repeated("{\"\":0},", 500'000) + "0]"); }},
+    {"members of one object", "glTF",
+     [] { return Gltf(kNode + ",\"extras\":{" + Repeated("\"\":0,", 700'000) + "\"\":0}"); }},
+    {"properties", "glTF",
+     [] { return Gltf(",\"nodes\":[{\"extras\":{" + Repeated("\"a\":0,", 500'000) + "\"a\":\"\"}}]"); }},
+    {"animations", "glTF",
+     [] { return Gltf(kNode + ",\"animations\":[" + Repeated("{},", 500'000) + "{}]"); }},
+    {"one accessor in many channels", "glTF",
+     []
+     {
+         std::string nodes, shown, channels;
+         for (int i = 0; i < 2'000; ++i)
+         {
+             const std::string comma = i == 0 ? "" : ",";
+             nodes += comma + "{}";
+             shown += comma + std::to_string(i);
+             channels +=
+                 comma + "{\"sampler\":0,\"target\":{\"path\":\"scale\",\"node\":" + std::to_string(i) + "}}";
+         }
+         return Gltf(",\"nodes\":[" + nodes + "]" + Accessors(40'000) +
+                         ",\"animations\":[{\"samplers\":[{\"input\":0,\"output\":1}],\"channels\":[" +
+                         channels + "]}]",
+                     shown);
      }},
 };
 

@@ -26,12 +26,16 @@ struct HostileScene
 };
 
 const HostileScene kScenes[] = {
+    {"cubicspline_short_output.gltf", "animations[0] \"Walk\": samplers[0].output (accessors[1]) has 3 "
+                                      "values where 3 keys of CUBICSPLINE need 3 each"},
     {"float_array_count_0.dae", "<float_array> \"a1-out-a\" holds 3 numbers"},
     {"float_array_count_1.dae", "<float_array> \"a1-out-a\" holds 3 numbers"},
     {"frame_time_denormal.bvh", "frame time"},
     {"fuzz_segv.dae", "\"a2-in-a\" has the count \"inf\""},
     {"huge_frames.bvh", "Frames is not a whole number from 0 to 2147483647 (line 12)"},
     {"no_channels.bvh", "50000000 frames, but no joint has a channel (line 12)"},
+    {"uri_fifo.gltf", "buffers[0] \"fifo.bin\": uri is not a regular file"},
+    {"uri_outside.gltf", "uri leads out of the scene's folder"},
     {"text_overflow.fbx", "\"Lcl Translation\" is not a finite number (byte 137)"},
 };
 
