@@ -21,5 +21,10 @@ USER32.dll
 fbsdk.dll
 msvcrt.dll" "$(echo "$headers" | sed -n 's/.*DLL Name: //p' | sort)"
 echo "exports and imports of the DLL: as they should be"
+if x86_64-w64-mingw32-objdump -p build/windows/lib/tv2/tv2_export_rules.dll |
+    sed -n '/^\[Ordinal\/Name Pointer\] Table/,/^$/s/.*\[ *[0-9]*\] \([A-Za-z_].*\)$/\1/p' | grep -v '^tv2_rules_'; then
+    echo "tv2_export_rules.dll exports more than its functions" >&2
+    exit 1
+fi
 
 timeout 900 scripts/with_wine.sh ctest --test-dir build/windows --output-on-failure --no-tests=error -j"$(nproc)"

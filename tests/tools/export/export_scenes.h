@@ -31,3 +31,12 @@ inline constexpr const char* kThreeTakes = R"({"asset":{"version":"2.0"},"scenes
 "cameras":[{"type":"perspective","perspective":{"yfov":0.8,"aspectRatio":1,"znear":0.1,"zfar":10}}],
 "animations":[{"name":"A b","channels":[],"samplers":[]},{"name":"A_b","channels":[],"samplers":[]},
 {"name":"C","channels":[],"samplers":[]}]})";
+
+// One moving node, whose keys are in a file of 32 bytes.
+inline constexpr const char* kKeysInAFile = R"({"asset":{"version":"2.0"},"scenes":[{"nodes":[0]}],
+"nodes":[{"name":"Box"}],"buffers":[{"uri":"keys.tv2","byteLength":32}],
+"bufferViews":[{"buffer":0,"byteLength":4},{"buffer":0,"byteOffset":4,"byteLength":12}],
+"accessors":[{"bufferView":0,"componentType":5126,"count":1,"type":"SCALAR","min":[0],"max":[0]},
+{"bufferView":1,"componentType":5126,"count":1,"type":"VEC3"}],
+"animations":[{"name":"A","samplers":[{"input":0,"output":1}],
+"channels":[{"sampler":0,"target":{"node":0,"path":"translation"}}]}]})";

@@ -165,6 +165,8 @@ TEST_F(ExportVerbTest, WhatCannotWorkIsRefusedBeforeAnythingIsWritten)
     Write("empty.bvh", "");
     Write("old.fbx", "Kaydara FBX Binary  ");
     Write("nothing.gltf", R"({"asset":{"version":"2.0"},"scenes":[{"nodes":[]}]})");
+    Write("keys.tv2", std::string(32, '\0'));
+    Write("buffer.gltf", kKeysInAFile);
     fs::create_directory(Path("folder.tv2"));
     ASSERT_EQ(mkfifo(Path("pipe.tv2").c_str(), 0600), 0);
     fs::create_symlink("/dev/full", Path("device.tv2"));
@@ -212,6 +214,7 @@ TEST_F(ExportVerbTest, WhatCannotWorkIsRefusedBeforeAnythingIsWritten)
         {{bvh, Path("folder.tv2")}, "Is a directory"},
         {{bvh, Path("pipe.tv2")}, "it is a device or a pipe, not a file"},
         {{bvh, Path("device.tv2")}, "it is a device or a pipe, not a file"},
+        {{Path("buffer.gltf"), Path("keys.tv2")}, "the scene was read from it"},
         {{"--plugin", Path("gone.so"), bvh, out}, "gone.so"},
         {{"--plugin", bvh, bvh, out}, "the exporter cannot be loaded"},
         {{bvh}, "OUTPUT"},
