@@ -14,7 +14,8 @@ for preset in $presets; do
     cmake --preset "$preset" >/dev/null
     rm -rf "build/$preset/exported" build/exported
     mkdir -p "build/$preset/exported" build/exported
-    # Every build writes to the same path, since that stands in the file: the command makes it absolute.
+    # Every build reads and writes the same paths, since they stand in the file: relative ones here, absolute ones by way of
+    # the command.
     if [ "$preset" = windows ]; then
         cmake --build --preset "$preset" --target $plugin export_rich_scene
         (cd "build/$preset" && timeout 300 ../../scripts/with_wine.sh \
@@ -24,8 +25,8 @@ for preset in $presets; do
     cmake --build --preset "$preset" --target $plugin
     (cd "build/$preset" && ../bin/export_rich_scene lib/tv2/$plugin.so exported)
     for scene in samples/*.dae samples/*.glb samples/*.fbx; do
-        (cd "build/$preset" && ../bin/tv2 export --quiet --all-takes --plugin lib/tv2/$plugin.so \
-            "../../$scene" "../exported/$(basename "$scene" | tr . _).tv2")
+        build/bin/tv2 export --quiet --all-takes --plugin "build/$preset/lib/tv2/$plugin.so" \
+            "$scene" "build/exported/$(basename "$scene" | tr . _).tv2"
     done
     mv build/exported/* "build/$preset/exported"
 done

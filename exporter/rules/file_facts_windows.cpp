@@ -1,6 +1,6 @@
 #include "exporter/rules/file_facts.h"
 
-#include <windows.h>
+#include "tev2_loader/io/windows_path.h"
 
 #include <cerrno>
 
@@ -14,8 +14,9 @@ class Handle
 public:
     /// Of a file or a folder, shared with everybody.
     Handle(const std::string& path, DWORD access)
-        : handle_(CreateFileA(path.c_str(), access, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
-                              nullptr, OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS, nullptr))
+        : handle_(CreateFileW(TEV2_LOADER::file_system::WidePath(path).c_str(), access,
+                              FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr, OPEN_EXISTING,
+                              FILE_FLAG_BACKUP_SEMANTICS, nullptr))
     {
     }
     ~Handle()
@@ -44,26 +45,7 @@ std::uint64_t Joined(DWORD high, DWORD low)
 
 int ErrnoOfLastError()
 {
-    switch (GetLastError())
-    {
-    case ERROR_FILE_NOT_FOUND:
-    case ERROR_PATH_NOT_FOUND:
-    case ERROR_BAD_NETPATH:
-    case ERROR_BAD_NET_NAME:
-        return ENOENT;
-    case ERROR_ACCESS_DENIED:
-    case ERROR_SHARING_VIOLATION:
-    case ERROR_LOCK_VIOLATION:
-        return EACCES;
-    case ERROR_WRITE_PROTECT:
-        return EROFS;
-    case ERROR_FILENAME_EXCED_RANGE:
-        return ENAMETOOLONG;
-    case ERROR_INVALID_NAME:
-        return EINVAL;
-    default:
-        return EIO;
-    }
+    return TEV2_LOADER::file_system::ErrnoOfLastError();
 }
 
 FileStamp FileStamp::Of(const std::string& path)

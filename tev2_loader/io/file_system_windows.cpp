@@ -3,8 +3,6 @@
 #include "tev2_loader/io/part_file_name.h"
 #include "tev2_loader/io/windows_path.h"
 
-#include <windows.h>
-
 #include <cerrno>
 #include <fcntl.h>
 #include <io.h>
@@ -16,7 +14,6 @@ namespace TEV2_LOADER::file_system
 namespace
 {
 
-constexpr DWORD kDiskQuotaExceeded = 1295; // not in every version of the headers
 constexpr DWORD kShareAll = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
 
 /// The other way; empty when the code page lacks a character.
@@ -63,43 +60,6 @@ private:
 
 constexpr DWORD kDiskQuotaExceeded = 1295; // has no name in the headers of MinGW
 
-int ErrnoOf(DWORD error)
-{
-    switch (error)
-    {
-    case ERROR_FILE_NOT_FOUND:
-    case ERROR_PATH_NOT_FOUND:
-    case ERROR_BAD_NETPATH:
-    case ERROR_BAD_NET_NAME:
-    case ERROR_INVALID_NAME:
-        return ENOENT;
-    case ERROR_FILE_EXISTS:
-    case ERROR_ALREADY_EXISTS:
-        return EEXIST;
-    case ERROR_ACCESS_DENIED:
-    case ERROR_SHARING_VIOLATION:
-    case ERROR_LOCK_VIOLATION:
-    case ERROR_WRITE_PROTECT:
-        return EACCES;
-    case ERROR_DISK_FULL:
-    case ERROR_HANDLE_DISK_FULL:
-    case kDiskQuotaExceeded:
-        return ENOSPC;
-    case ERROR_TOO_MANY_OPEN_FILES:
-        return EMFILE;
-    case ERROR_FILENAME_EXCED_RANGE:
-    case ERROR_BUFFER_OVERFLOW:
-        return ENAMETOOLONG;
-    default:
-        return EIO;
-    }
-}
-
-int LastErrno()
-{
-    return ErrnoOf(GetLastError());
-}
-
 /// The path of an open file without the prefix of long paths; empty when it has none.
 std::string FinalPath(HANDLE file)
 {
@@ -121,14 +81,6 @@ bool IsGone(unsigned long process)
 
 } // namespace
 
-std::wstring WidePath(const std::string& path)
-{
-    std::wstring wide(path.size(), L'\0');
-    wide.resize(static_cast<std::size_t>(MultiByteToWideChar(
-        CP_ACP, 0, path.data(), static_cast<int>(path.size()), wide.data(), static_cast<int>(wide.size()))));
-    return wide;
-}
-
 Target Examine(const std::string& path)
 {
     Target target;
@@ -144,7 +96,7 @@ Target Examine(const std::string& path)
                                   FILE_ATTRIBUTE_NORMAL, nullptr));
     if (!file.IsOpen())
     {
-        target.error = LastErrno();
+        target.error = ErrnoOfLastError();
         return target;
     }
     target.replaceable = GetFileType(file.Get()) == FILE_TYPE_DISK;
@@ -170,7 +122,7 @@ std::FILE* CreateNew(const std::string& path, const Target&)
                             FILE_ATTRIBUTE_NORMAL | FILE_FLAG_SEQUENTIAL_SCAN, nullptr));
     if (!file.IsOpen())
     {
-        errno = LastErrno();
+        errno = ErrnoOfLastError();
         return nullptr;
     }
     return file.Stream();
@@ -183,7 +135,7 @@ std::FILE* OpenForWriting(const std::string& path)
                             nullptr));
     if (!file.IsOpen())
     {
-        errno = LastErrno();
+        errno = ErrnoOfLastError();
         return nullptr;
     }
     if (GetFileType(file.Get()) == FILE_TYPE_PIPE)
@@ -203,7 +155,7 @@ bool PutInPlace(const std::string& part, const Target& target)
     if ((target.exists && ReplaceFileW(to.c_str(), from.c_str(), nullptr, kKeepGoing, nullptr, nullptr)) ||
         MoveFileExW(from.c_str(), to.c_str(), MOVEFILE_REPLACE_EXISTING))
         return true;
-    errno = LastErrno();
+    errno = ErrnoOfLastError();
     return false;
 }
 

@@ -1,5 +1,7 @@
 #include "tools/tv2/system.h"
 
+#include "tev2_loader/io/windows_path.h"
+
 #include <windows.h>
 
 #include <cerrno>
@@ -28,9 +30,10 @@ bool ErrorsGoToTerminal()
 
 int MakeWritable(const std::string& path)
 {
-    const DWORD attributes = GetFileAttributesA(path.c_str());
+    const std::wstring wide = TEV2_LOADER::file_system::WidePath(path);
+    const DWORD attributes = GetFileAttributesW(wide.c_str());
     const bool made = attributes != INVALID_FILE_ATTRIBUTES &&
-                      SetFileAttributesA(path.c_str(), attributes & ~DWORD{FILE_ATTRIBUTE_READONLY});
+                      SetFileAttributesW(wide.c_str(), attributes & ~DWORD{FILE_ATTRIBUTE_READONLY});
     return made ? 0 : ErrnoOfLastError();
 }
 
