@@ -513,13 +513,10 @@ void OrderCameras(const std::vector<FBCamera*>& order)
     const auto own =
         std::find_if(cameras.begin(), cameras.end(),
                      [](FBComponent* camera) { return !static_cast<FBCamera*>(camera)->SystemCamera; });
-    const auto place = [&](const FBComponent* camera)
-    {
-        const auto found = places.find(camera);
-        return found == places.end() ? places.size() : found->second;
-    };
-    std::stable_sort(own, cameras.end(),
-                     [&](const FBComponent* a, const FBComponent* b) { return place(a) < place(b); });
+    for (auto camera = own; camera != cameras.end(); ++camera)
+        places.emplace(*camera, places.size());
+    std::sort(own, cameras.end(),
+              [&](const FBComponent* a, const FBComponent* b) { return places.at(a) < places.at(b); });
 }
 
 FBCameraSwitcher* AddCameraSwitcher()

@@ -23,6 +23,14 @@ void SortBy(ObjectIndex Connection::*end, std::size_t objects, std::vector<Conne
               { return a.*end != b.*end ? a.*end < b.*end : a.rank < b.rank; });
 }
 
+std::size_t ChildCount(const Record& record)
+{
+    std::size_t count = 0;
+    for ([[maybe_unused]] const Record& child : record.Children())
+        ++count;
+    return count;
+}
+
 } // namespace
 
 std::string_view NameOf(std::string_view full_name)
@@ -49,6 +57,7 @@ void Document::ReadObjects()
     {
         if (section.Name() != "Objects")
             continue;
+        objects_.reserve(objects_.size() + ChildCount(section));
         for (const Record& record : section.Children())
         {
             Object object;
@@ -66,9 +75,9 @@ void Document::ReadObjects()
                 if (object.kind == "GlobalSettings")
                     global_settings_ = PropertyRows(record);
             }
-            else if (const auto id = first.Whole())
+            else if (const auto id = first.Whole(); !id || !by_id_.emplace(*id, index).second)
             {
-                by_id_.emplace(*id, index);
+                continue; // nothing can be connected to it
             }
             objects_.push_back(object);
         }
@@ -80,7 +89,7 @@ void Document::ReadTemplates()
     for (const Record& type : tree_.Root().Child("Definitions").Children())
         for (const Record& record : type.Children())
             if (record.Name() == "PropertyTemplate")
-                templates_.emplace_back(record.TextAt(0), PropertyRows(record));
+                templates_.try_emplace(record.TextAt(0), record);
 }
 
 bool Document::Find(const Value& end, ObjectIndex& object) const
@@ -158,10 +167,8 @@ ObjectIndex Document::Named(std::string_view full_name) const
 
 const PropertyRows* Document::Template(std::string_view class_name) const
 {
-    for (const auto& [name, rows] : templates_)
-        if (name == class_name)
-            return &rows;
-    return nullptr;
+    const auto found = templates_.find(class_name);
+    return found == templates_.end() ? nullptr : &found->second;
 }
 
 } // namespace mobu_host::fbx

@@ -37,7 +37,7 @@ struct Connection
 class Document
 {
 public:
-    // `tree` has to outlive the document. Connections to or from what is not in the file are passed over.
+    // `tree` has to outlive the document. Objects of 7.x without an id, or with another's, are passed over; connections to or from what is not in the file are passed over.
     explicit Document(const RecordTree& tree);
 
     const RecordTree& Tree() const { return tree_; }
@@ -75,7 +75,7 @@ private:
     std::vector<Connection> by_source_;
     std::vector<std::uint32_t> target_begins_;
     std::vector<std::uint32_t> source_begins_;
-    std::vector<std::pair<std::string_view, PropertyRows>> templates_;
+    std::unordered_map<std::string_view, PropertyRows> templates_;
     PropertyRows global_settings_;
     std::size_t loose_connections_ = 0;
 };

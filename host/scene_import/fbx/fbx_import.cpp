@@ -115,6 +115,8 @@ private:
         const RigNode& node = data_->rig.nodes[index];
         FBModel* const model = MakeModel(source, node.parent == kNoNode ? nullptr : models_[node.parent]);
         models_[index] = model;
+        if (source.kind == ModelKind::Switcher && switcher_ == kNoNode)
+            switcher_ = index;
         first_user_property_.push_back(user_properties_.size());
         if (!model)
             return; // a system camera that the host does not know
@@ -210,10 +212,9 @@ private:
 
     void MoveModels(std::size_t t, FBTake& take)
     {
-        const std::vector<bool> moving = data_->rig.MovingNodes(t);
-        for (std::uint32_t i = 0; i < models_.size(); ++i)
+        for (const std::uint32_t i : data_->rig.MovingNodes(t))
         {
-            if (!moving[i] || !models_[i])
+            if (!models_[i])
                 continue;
             const std::shared_ptr<SceneData> data = data_;
             if (data_->rig.IsPlain(i))
@@ -260,19 +261,16 @@ private:
     // Where the take does not switch, the switcher stands at the file's index.
     void HoldSwitcher(std::size_t t, FBTake& take)
     {
-        for (std::uint32_t i = 0; i < models_.size(); ++i)
-        {
-            const auto& motions = data_->takes[t].motions;
-            if (data_->models[i].kind != ModelKind::Switcher ||
-                std::any_of(motions.begin(), motions.end(),
-                            [i](const PropertyMotion& motion) { return motion.model == i; }))
-                continue;
-            for (const BuiltInValue& value : data_->models[i].values)
-                if (FBProperty* property = Settable(*models_[i], value.property)
-                                               ? nullptr
-                                               : models_[i]->PropertyList.Find(value.property))
-                    AnimateProperty(*property, take, [index = value.value](double, int) { return index; });
-        }
+        const auto& motions = data_->takes[t].motions;
+        if (switcher_ == kNoNode ||
+            std::any_of(motions.begin(), motions.end(),
+                        [this](const PropertyMotion& motion) { return motion.model == switcher_; }))
+            return;
+        FBModel& model = *models_[switcher_];
+        for (const BuiltInValue& value : data_->models[switcher_].values)
+            if (FBProperty* property =
+                    Settable(model, value.property) ? nullptr : model.PropertyList.Find(value.property))
+                AnimateProperty(*property, take, [index = value.value](double, int) { return index; });
     }
 
     void AddConstraint(const ConstraintData& source)
@@ -287,7 +285,8 @@ private:
 
     std::shared_ptr<SceneData> data_;
     ImportNotes& notes_;
-    std::vector<FBModel*> models_; // null for what the host does not have
+    std::vector<FBModel*> models_;     // null for what the host does not have
+    std::uint32_t switcher_ = kNoNode; // the first: they are all one in the host
     std::vector<FBProperty*> user_properties_;
     std::vector<std::size_t> first_user_property_; // of each model
 };

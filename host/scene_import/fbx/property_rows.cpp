@@ -3,7 +3,9 @@
 #include "host/scene_import/exportable_number.h"
 #include "host/scene_import/parse_error.h"
 
+#include <algorithm>
 #include <cmath>
+#include <tuple>
 
 namespace mobu_host::fbx
 {
@@ -19,6 +21,11 @@ PropertyRows::PropertyRows(const Record& owner)
         row_name = "Property";
         first_value = 3; // name, kind, flags
     }
+    std::size_t count = 0;
+    for (const Record& record : table.Children())
+        count += record.Name() == row_name ? 1 : 0;
+    rows_.reserve(count);
+    by_name_.reserve(count);
     for (const Record& record : table.Children())
     {
         if (record.Name() != row_name)
@@ -32,16 +39,20 @@ PropertyRows::PropertyRows(const Record& owner)
                 *text = value.Text().value_or(std::string_view());
         row.record = record;
         row.first_value = first_value;
+        by_name_.push_back(static_cast<std::uint32_t>(rows_.size()));
         rows_.push_back(row);
     }
+    std::sort(by_name_.begin(), by_name_.end(),
+              [this](std::uint32_t a, std::uint32_t b)
+              { return std::tie(rows_[a].name, a) < std::tie(rows_[b].name, b); });
 }
 
 const PropertyRow* PropertyRows::Find(std::string_view name) const
 {
-    for (const PropertyRow& row : rows_)
-        if (row.name == name)
-            return &row;
-    return nullptr;
+    const auto found = std::lower_bound(by_name_.begin(), by_name_.end(), name,
+                                        [this](std::uint32_t row, std::string_view wanted)
+                                        { return rows_[row].name < wanted; });
+    return found == by_name_.end() || rows_[*found].name != name ? nullptr : &rows_[*found];
 }
 
 const PropertyRow* PropertyView::Find(std::string_view name) const

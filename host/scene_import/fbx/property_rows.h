@@ -37,6 +37,7 @@ public:
 
 private:
     std::vector<PropertyRow> rows_;
+    std::vector<std::uint32_t> by_name_; // their indices by name, then in file order
 };
 
 // Looks a property up in several places, the first that has it wins: an object's own rows, then its class's.

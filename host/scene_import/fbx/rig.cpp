@@ -55,10 +55,6 @@ bool RigNode::HasPivots() const
 void Rig::Prepare()
 {
     mirrored_ = Determinant(world) < 0.0;
-    poses_.resize(nodes.size());
-    pose_stamps_.assign(nodes.size(), 0);
-    host_globals_.resize(nodes.size());
-    host_stamps_.assign(nodes.size(), 0);
 
     std::vector<bool> own_scale(nodes.size()), own_uniform(nodes.size()), composes(nodes.size());
     for (std::size_t i = 0; i < nodes.size(); ++i)
@@ -96,34 +92,103 @@ void Rig::Prepare()
         special_[i] = scale_matters || node.HasPivots() || composes[i] || node.interest != kNoNode ||
                       mirrored_ || (turned && !has_parent);
     }
+    PrepareDependents();
 }
 
-std::vector<bool> Rig::MovingNodes(std::size_t take) const
+void Rig::PrepareDependents()
 {
-    std::vector<bool> local(nodes.size()), global(nodes.size()), scale(nodes.size());
-    const RigTake& moving = takes[take];
-    for (std::size_t i = 0; i < nodes.size(); ++i)
+    tree_ends_.resize(nodes.size());
+    for (std::size_t i = nodes.size(); i-- > 0;)
+    {
+        tree_ends_[i] = std::max(tree_ends_[i], static_cast<std::uint32_t>(i + 1));
+        if (const std::uint32_t parent = nodes[i].parent; parent != kNoNode)
+            tree_ends_[parent] = std::max(tree_ends_[parent], tree_ends_[i]);
+    }
+    scale_followers_.clear();
+    place_dependents_.clear();
+    self_dependents_.clear();
+    for (std::uint32_t i = 0; i < nodes.size(); ++i)
     {
         const RigNode& node = nodes[i];
-        const auto motion = moving.find(static_cast<std::uint32_t>(i));
-        const bool has_parent = node.parent != kNoNode;
-        const bool inherits = node.inheritance != ScaleInheritance::Plain && special_[i];
-        local[i] = motion != moving.end() || (has_parent && inherits && scale[node.parent]);
-        global[i] = local[i] || (has_parent && global[node.parent]);
-        scale[i] = (motion != moving.end() && motion->second.scaling) || (has_parent && scale[node.parent]);
+        if (node.parent != kNoNode && node.inheritance != ScaleInheritance::Plain && special_[i])
+            scale_followers_.push_back(i);
+        if (node.interest == kNoNode)
+            continue;
+        self_dependents_.push_back({i, i});
+        for (const std::uint32_t on : {i, node.interest, node.up})
+            if (on != kNoNode)
+                place_dependents_.push_back({on, i});
     }
-    for (std::size_t i = 0; i < nodes.size(); ++i)
-        for (const std::uint32_t other :
-             {nodes[i].interest, nodes[i].interest == kNoNode ? kNoNode : nodes[i].up})
-            if (other != kNoNode && (global[other] || global[i]))
-                local[i] = true;
-    return local;
+    std::sort(place_dependents_.begin(), place_dependents_.end(),
+              [](const Dependent& a, const Dependent& b) { return a.on < b.on; });
+}
+
+// The cameras that depend on what is at or below the moved nodes, which ascend.
+void Rig::AddDependents(const std::vector<std::uint32_t>& moved, const std::vector<Dependent>& dependents,
+                        std::vector<std::uint32_t>& cameras) const
+{
+    std::uint32_t done = 0; // the trees before this node were looked at
+    for (const std::uint32_t node : moved)
+    {
+        if (node < done)
+            continue;
+        done = tree_ends_[node];
+        const auto before = [](const Dependent& dependent, std::uint32_t index)
+        { return dependent.on < index; };
+        const auto first = std::lower_bound(dependents.begin(), dependents.end(), node, before);
+        for (auto at = first; at != dependents.end() && at->on < done; ++at)
+            cameras.push_back(at->camera);
+    }
+}
+
+std::vector<std::uint32_t> Rig::MovingNodes(std::size_t take) const
+{
+    const auto tidy = [](std::vector<std::uint32_t>& indices)
+    {
+        std::sort(indices.begin(), indices.end());
+        indices.erase(std::unique(indices.begin(), indices.end()), indices.end());
+    };
+    std::vector<std::uint32_t> moving, scaled;
+    for (const auto& [node, motion] : takes[take])
+    {
+        moving.push_back(node);
+        if (motion.scaling)
+            scaled.push_back(node);
+    }
+    tidy(scaled);
+    std::uint32_t done = 0;
+    for (const std::uint32_t node : scaled)
+    {
+        if (node < done)
+            continue;
+        done = tree_ends_[node];
+        const auto first = std::upper_bound(scale_followers_.begin(), scale_followers_.end(), node);
+        moving.insert(moving.end(), first, std::lower_bound(first, scale_followers_.end(), done));
+    }
+    tidy(moving);
+
+    std::vector<std::uint32_t> turned;
+    AddDependents(moving, place_dependents_, turned);
+    tidy(turned);
+    std::vector<std::uint32_t> below_turned; // what a camera carries is moved by its turn
+    AddDependents(turned, self_dependents_, below_turned);
+    moving.insert(moving.end(), turned.begin(), turned.end());
+    moving.insert(moving.end(), below_turned.begin(), below_turned.end());
+    tidy(moving);
+    return moving;
 }
 
 void Rig::Begin(std::size_t take, double seconds)
 {
     if (stamp_ != 0 && take == take_ && seconds == seconds_)
         return;
+    if (poses_.size() != nodes.size())
+    {
+        poses_.resize(nodes.size());
+        pose_stamps_.assign(nodes.size(), 0);
+        host_globals_.resize(nodes.size());
+        host_stamps_.assign(nodes.size(), 0);
+    }
     ++stamp_;
     take_ = take;
     seconds_ = seconds;

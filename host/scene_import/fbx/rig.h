@@ -24,7 +24,7 @@ enum class ScaleInheritance
 
 struct RigNode
 {
-    std::uint32_t parent = kNoNode; // comes before its children
+    std::uint32_t parent = kNoNode; // comes before its children; all that is below a node follows it at once
     ScaleInheritance inheritance = ScaleInheritance::AfterTurn;
     int rotation_order = 0;
     bool rotation_active = false; // else order, pre- and post-rotation do not count, or only limit
@@ -68,8 +68,9 @@ public:
 
     // Whether the node is no more than scaling, turn and translation times its parent, in every take.
     bool IsPlain(std::uint32_t node) const { return !special_[node]; }
-    // Whether each node's local matrix moves in the take, by its own curves or by what others' do to it.
-    std::vector<bool> MovingNodes(std::size_t take) const;
+    // The nodes whose local matrix moves in the take, by its own curves or by what others' do to it, ascending. Takes
+    // time for these nodes alone.
+    std::vector<std::uint32_t> MovingNodes(std::size_t take) const;
 
 private:
     // Against the parent: in the host by a plain product.
@@ -89,7 +90,21 @@ private:
     Affine HostGlobalOf(std::uint32_t node);
     Affine LookingAt(const RigNode& node, const Affine& global);
 
+    // A camera whose turn depends on where a node is: its own place, that of its interest or of its up-vector model.
+    struct Dependent
+    {
+        std::uint32_t on;
+        std::uint32_t camera;
+    };
+    void PrepareDependents();
+    void AddDependents(const std::vector<std::uint32_t>& moved, const std::vector<Dependent>& dependents,
+                       std::vector<std::uint32_t>& cameras) const;
+
     std::vector<bool> special_;
+    std::vector<std::uint32_t> tree_ends_;       // index behind the last node below each
+    std::vector<std::uint32_t> scale_followers_; // nodes that moving scale above moves, ascending
+    std::vector<Dependent> place_dependents_;    // ascending by `on`
+    std::vector<Dependent> self_dependents_;     // those that depend on their own place
     std::vector<Pose> poses_;
     std::vector<std::uint64_t> pose_stamps_; // the pose is of the instant with this number
     std::vector<Affine> host_globals_;

@@ -45,6 +45,7 @@ public:
     {
         FindParents();
         BreakCircles();
+        Reserve();
         labels_.Make("Scene", "", notes_);
         for (const ObjectIndex top : tops_)
             AddTree(top);
@@ -54,6 +55,16 @@ public:
     }
 
 private:
+    void Reserve()
+    {
+        std::size_t models = 0;
+        for (ObjectIndex i = 1; i < document_.Count(); ++i)
+            models += document_.At(i).kind == "Model" ? 1 : 0;
+        list_.sources.reserve(models);
+        scene_.models.reserve(models);
+        scene_.rig.nodes.reserve(models);
+    }
+
     // By the first connection from a model to a model, or to the root.
     void FindParents()
     {

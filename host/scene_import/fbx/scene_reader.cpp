@@ -4,8 +4,6 @@
 #include "host/scene_import/fbx/scene_takes.h"
 #include "host/scene_import/parse_error.h"
 
-#include <algorithm>
-
 namespace mobu_host::fbx
 {
 namespace
@@ -49,8 +47,7 @@ void CheckSize(const Document& document, const SceneData& scene)
     std::size_t moving = 0;
     for (std::size_t take = 0; take < scene.takes.size() && moving <= limit; ++take)
     {
-        const std::vector<bool> nodes = scene.rig.MovingNodes(take);
-        moving += static_cast<std::size_t>(std::count(nodes.begin(), nodes.end(), true));
+        moving += scene.rig.MovingNodes(take).size();
     }
     if (moving > limit)
         throw ParseError("its takes move more models than a file of its size can describe");

@@ -119,12 +119,15 @@ private:
         raw_names_.push_back(name);
     }
 
-    Record TakeRecord(std::string_view name) const
+    // The first of that name.
+    Record TakeRecord(std::string_view name)
     {
-        for (const Record& take : document_.Tree().Root().Child("Takes").Children())
-            if (take.Name() == "Take" && take.TextAt(0) == name)
-                return take;
-        return {};
+        if (take_records_.empty())
+            for (const Record& take : document_.Tree().Root().Child("Takes").Children())
+                if (take.Name() == "Take")
+                    take_records_.emplace(take.TextAt(0), take);
+        const auto found = take_records_.find(name);
+        return found == take_records_.end() ? Record() : found->second;
     }
 
     // The take that was open when the file was saved.
@@ -410,6 +413,7 @@ private:
     std::unordered_map<ObjectIndex, CurvePointer> curves_;
     std::set<ObjectIndex> read_nodes_;
     std::vector<std::string_view> raw_names_;
+    std::unordered_map<std::string_view, Record> take_records_;
 };
 
 } // namespace

@@ -3,6 +3,19 @@
 namespace mobu_host::fbx
 {
 
+TakeMotion::TakeMotion(const Document& document, const ModelList& models, SceneData& scene,
+                       ImportNotes& notes)
+    : document_(document), models_(models), scene_(scene), notes_(notes)
+{
+    for (std::uint32_t model = 0; model < scene.models.size(); ++model)
+    {
+        const std::vector<UserProperty>& properties = scene.models[model].user_properties;
+        for (std::uint32_t i = 0; i < properties.size(); ++i)
+            if (properties[i].kind != PropertyKind::Text)
+                user_properties_.emplace(Target{model, properties[i].name}, i);
+    }
+}
+
 std::optional<TakeMotion::Target> TakeMotion::TargetOf(ObjectIndex object, std::string_view property) const
 {
     const auto found = models_.by_object.find(object);
@@ -86,10 +99,11 @@ bool TakeMotion::MoveProperty(TakeData& take, const Moved& moved)
     const ModelData& model = scene_.models[moved.target.model];
     PropertyMotion motion{moved.target.model, kNoNode, nullptr, 1.0, moved.value};
     const std::string name = PlainText(moved.target.property, document_.Tree());
-    for (std::size_t i = 0; i < model.user_properties.size() && motion.user_property == kNoNode; ++i)
-        if (model.user_properties[i].name == name && model.user_properties[i].kind != PropertyKind::Text)
-            motion.user_property = static_cast<std::uint32_t>(i);
-    if (motion.user_property == kNoNode)
+    if (const auto found = user_properties_.find({moved.target.model, name}); found != user_properties_.end())
+    {
+        motion.user_property = found->second;
+    }
+    else
     {
         const BuiltIn* const built_in = FindBuiltIn(moved.target.property);
         if (!built_in || (model.kind == ModelKind::Plain && moved.target.property != "Visibility"))

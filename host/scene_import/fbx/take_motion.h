@@ -12,10 +12,7 @@ namespace mobu_host::fbx
 class TakeMotion
 {
 public:
-    TakeMotion(const Document& document, const ModelList& models, SceneData& scene, ImportNotes& notes)
-        : document_(document), models_(models), scene_(scene), notes_(notes)
-    {
-    }
+    TakeMotion(const Document& document, const ModelList& models, SceneData& scene, ImportNotes& notes);
 
     // `object` is a model or an attribute; others are passed over, with a note. Layers come from the lowest up.
     void Add(ObjectIndex object, std::string_view property, LayerPart part);
@@ -60,6 +57,7 @@ private:
     ImportNotes& notes_;
     std::vector<Moved> moved_; // in file order
     std::unordered_map<Target, std::size_t, HashTarget> by_target_;
+    std::unordered_map<Target, std::uint32_t, HashTarget> user_properties_; // those that numbers can move
 };
 
 } // namespace mobu_host::fbx

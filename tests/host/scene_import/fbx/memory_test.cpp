@@ -1,4 +1,5 @@
 #include "host/scene_import/fbx/fbx_import.h"
+#include "host/scene_import/fbx/scene_data.h"
 #include "tests/host/scene_import/fbx/fbx_writer.h"
 #include "tests/host/scene_import/import_fixture.h"
 #include "tests/support/allocation_watch.h"
@@ -57,7 +58,7 @@ protected:
     }
 
     /// The file of one take with so many curves, each of which moves a model.
-    static std::string FileWithCurves(const Arrays& arrays, int curves = 1)
+    static std::string FileWithCurves(const Arrays& arrays, int curves = 1, bool deflate = true)
     {
         std::vector<Node> objects{Object("AnimationStack", 1, "t", "", {}),
                                   Object("AnimationLayer", 2, "l", "", {})};
@@ -78,16 +79,18 @@ protected:
             connections.push_back(ToProperty(node, model, "Lcl Translation"));
             connections.push_back(ToProperty(curve, node, "d|X"));
         }
-        return Binary(7400, fbx_writer::Scene({}, objects, connections), true);
+        return Binary(7400, fbx_writer::Scene({}, objects, connections), deflate);
     }
 
-    /// The shortest text with a line many times among its objects, or between others there.
+    /// The shortest text with a line many times among its objects, or between others there. '#' is a number of its own.
     static std::string FileWithMany(const std::string& line, const std::string& before = "",
-                                    const std::string& behind = "")
+                                    const std::string& behind = "", int times = 2000,
+                                    const std::string& version = "7.4.0")
     {
-        std::string file = "; FBX 7.4.0\nObjects:{\n" + before;
-        for (int i = 0; i < 2000; ++i)
-            file += line + "\n";
+        std::string file = "; FBX " + version + "\nObjects:{\n" + before;
+        for (int i = 0; i < times; ++i)
+            for (const char c : line + "\n")
+                file += c == '#' ? std::to_string(i + 100000) : std::string(1, c);
         return file + behind + "}\n";
     }
 
@@ -157,12 +160,12 @@ TEST_F(FbxMemoryTest, StaysInProportionToTheFile)
         {"far more flags than keys", FileWithCurves(flags), "no more than 256"},
         {"far more data than keys", FileWithCurves(data), "no more than 1024"},
         {"far more counts than keys", FileWithCurves(counts), "no more than 256"},
-        {"models", FileWithMany("Model:"), ""},
-        {"cameras", FileWithMany("Model:1,\"\",\"Camera\""), ""},
+        {"models", FileWithMany("Model:#"), ""},
+        {"cameras", FileWithMany("Model:#,\"\",\"Camera\""), ""},
         {"user properties",
-         FileWithMany("P:\"\",\"Number\",\"\",\"U\"", "Model:{\nProperties70:{\n", "}\n}\n"), ""},
-        {"constraints", FileWithMany("Constraint:"), ""},
-        {"takes", FileWithMany("AnimationStack:"), ""},
+         FileWithMany("P:\"\",\"Number\",\"\",\"U\"", "Model:1{\nProperties70:{\n", "}\n}\n"), ""},
+        {"constraints", FileWithMany("Constraint:#"), ""},
+        {"takes", FileWithMany("AnimationStack:#"), ""},
         {"models that each take moves", FileWithMovingModels(400, 250), ""},
     };
     for (const Case& item : cases)
@@ -176,6 +179,45 @@ TEST_F(FbxMemoryTest, StaysInProportionToTheFile)
         EXPECT_EQ(opened, *item.cause == '\0') << item.what << ": " << cause;
         EXPECT_NE(cause.find(item.cause), std::string::npos) << item.what << ": " << cause;
         EXPECT_LE(bytes, kMostPerByte * item.file.size() + kMostBesides) << item.what;
+    }
+}
+
+/// What the reader takes before the host has anything of it.
+TEST_F(FbxMemoryTest, TheReaderTakesInProportionToWhatIsUnpacked)
+{
+    constexpr std::size_t kPerByte = 64, kBesides = 16 << 20;
+    constexpr int kMany = 100'000;
+    const Arrays keys = KeysAtRate(200'000, 30.0);
+    const Arrays few = KeysAtRate(20, 30.0);
+    struct Case
+    {
+        const char* what;
+        std::string file;
+        std::size_t unpacked;
+    };
+    const std::string rows = "Properties70:{\n", end = "}\n}\n";
+    Case cases[] = {
+        {"models", FileWithMany("Model:#", "", "", kMany), 0},
+        {"models without id", FileWithMany("Model:", "", "", kMany), 0},
+        {"models of version 6", FileWithMany("Model:\"#\"", "", "", kMany, "6.1.0"), 0},
+        {"models of one name", FileWithMany("Model:\"\"", "", "", kMany, "6.1.0"), 0},
+        {"cameras", FileWithMany("Model:#,\"\",\"Camera\"", "", "", kMany), 0},
+        {"rows", FileWithMany("P:", "Model:1{\n" + rows, end, kMany), 0},
+        {"user properties", FileWithMany("P:\"\",\"Number\",\"\",\"U\"", "Model:1{\n" + rows, end, kMany), 0},
+        {"constraints", FileWithMany("Constraint:#", "", "", kMany), 0},
+        {"takes", FileWithMany("AnimationStack:#", "", "", kMany), 0},
+        {"connections", FileWithMany("C:\"OO\",1,0", "Model:1\n}\nConnections:{\n", "", kMany), 0},
+        {"models that each take moves", FileWithMovingModels(400, 250), 0},
+        {"keys", FileWithCurves(keys), FileWithCurves(keys, 1, false).size()},
+        {"curves", FileWithCurves(few, 5'000), FileWithCurves(few, 5'000, false).size()},
+    };
+    for (const Case& item : cases)
+    {
+        mobu_host::ImportNotes notes;
+        const tv2_tests::AllocationPeak peak;
+        const mobu_host::fbx::RecordTree tree(item.file);
+        const auto scene = mobu_host::fbx::ReadScene(mobu_host::fbx::Document(tree), notes);
+        EXPECT_LE(peak.Bytes(), kPerByte * std::max(item.unpacked, item.file.size()) + kBesides) << item.what;
     }
 }
 
