@@ -44,6 +44,74 @@ std::string Bvh(const std::string& joints, const std::string& motion)
 
 const std::string kStill = "Frames:0\nFrame Time:1";
 
+// An FBX file of n takes, each with a record below Takes, on one layer.
+class FbxTakes
+{
+public:
+    explicit FbxTakes(std::size_t takes)
+    {
+        for (std::size_t i = 0; i < takes; ++i)
+        {
+            const std::string stack = Stack(i), layer = Layer(i);
+            objects_ += "AnimationStack:" + stack + ",\"s" + stack + "\",\"\"\nAnimationLayer:" + layer +
+                        ",\"\",\"\"\n";
+            connections_ += "C:\"OO\"," + layer + "," + stack + "\n";
+            records_ += "Take:\"s" + stack + "\"{\nLocalTime:0,1000\n}\n";
+        }
+    }
+
+    void AddModel(std::size_t model, const std::string& rows = "")
+    {
+        objects_ += "Model:" + Model(model) + ",\"\",\"\"{\nProperties70:{\n" + rows + "}\n}\n";
+    }
+    void Move(std::size_t take, std::size_t model, const std::string& property)
+    {
+        const std::string node = std::to_string(2'000'000 + nodes_++);
+        objects_ += "AnimationCurveNode:" + node + ",\"\",\"\"\n";
+        connections_ += "C:\"OO\"," + node + "," + Layer(take) + "\nC:\"OP\"," + node + "," + Model(model) +
+                        ",\"" + property + "\"\nC:\"OP\",9," + node + ",\"d|X\"\n";
+    }
+
+    std::string File() const
+    {
+        return "; FBX 7.4.0\nTakes:{\n" + records_ +
+               "}\nObjects:{\nAnimationCurve:9,\"\",\"\"{\nKeyTime:0,1000000000\nKeyValueFloat:1,2\n"
+               "KeyAttrFlags:8\nKeyAttrDataFloat:0,0,0,0\nKeyAttrRefCount:2\n}\n" +
+               objects_ + "}\nConnections:{\n" + connections_ + "}\n";
+    }
+
+private:
+    static std::string Stack(std::size_t take) { return std::to_string(10 + 2 * take); }
+    static std::string Layer(std::size_t take) { return std::to_string(11 + 2 * take); }
+    static std::string Model(std::size_t model) { return std::to_string(1'000'000 + model); }
+
+    std::string objects_, connections_, records_;
+    std::size_t nodes_ = 0;
+};
+
+std::string FbxTakesThatMoveOneModelEach(std::size_t n)
+{
+    FbxTakes takes(n);
+    for (std::size_t i = 0; i < n; ++i)
+    {
+        takes.AddModel(i);
+        takes.Move(i, i, "Lcl Scaling");
+    }
+    return takes.File();
+}
+
+std::string FbxPropertiesThatMove(std::size_t n)
+{
+    FbxTakes take(1);
+    std::string rows;
+    for (std::size_t i = 0; i < n; ++i)
+        rows += "P:\"p" + std::to_string(i) + "\",\"Number\",\"\",\"AU\",0\n";
+    take.AddModel(0, rows);
+    for (std::size_t i = 0; i < n; ++i)
+        take.Move(0, 0, "p" + std::to_string(i));
+    return take.File();
+}
+
 struct GrowingFile
 {
     const char* name;
@@ -53,6 +121,9 @@ struct GrowingFile
 };
 
 const GrowingFile kFiles[] = {
+    {"fbx_take_records", "FBX", 200, [](std::size_t n) { return FbxTakes(n).File(); }},
+    {"fbx_takes_and_models", "FBX", 200, FbxTakesThatMoveOneModelEach},
+    {"fbx_properties", "FBX", 200, FbxPropertiesThatMove},
     {"bvh_joints", "BVH", 100, [](std::size_t n) { return Bvh(Repeated("JOINT a\n{}", n), kStill); }},
     {"bvh_nesting", "BVH", 200,
      [](std::size_t n) { return Bvh(Repeated("JOINT a\n{", n) + Repeated("}", n), kStill); }},
