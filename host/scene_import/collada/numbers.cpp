@@ -11,7 +11,7 @@ namespace mobu_host::collada
 namespace
 {
 
-constexpr double kLargest = std::numeric_limits<float>::max();
+constexpr double kLargest = static_cast<double>(std::numeric_limits<float>::max());
 
 // What is too small for double precision is 0.
 bool IsTiny(std::string_view word)

@@ -245,10 +245,12 @@ private:
             {
                 const std::string_view url = Attribute(instance, "url");
                 const std::uint32_t* const animation = index_.animation_ids.Find(IdOf(url));
-                if (!animation)
-                    document_.Fail(instance,
-                                   "has the url " + Quoted(url) + ", which is no animation of this file");
-                ranges.push_back(RangeOf(*animation));
+                static const NoteKind kKind{"animation that a clip names is not in this file",
+                                            "animations that clips name are not in this file"};
+                if (animation)
+                    ranges.push_back(RangeOf(*animation));
+                else
+                    notes_.Add(kKind, std::string(url));
             }
             TakeDescription& take = takes.emplace_back(TakeOf(ranges));
             for (const auto& [first, end] : ranges)

@@ -1,5 +1,6 @@
 #include "host/scene_import/formats.h"
 #include "host/scene_import/parse_error.h"
+#include "tests/host/scene_import/collada/collada_text.h"
 #include "tests/host/scene_import/fbx/fbx_writer.h"
 #include "tests/host/scene_import/gltf_writer.h"
 #include "tests/host/scene_import/import_fixture.h"
@@ -59,6 +60,8 @@ constexpr SoundFile kFiles[] = {
     {"Bvh", "BVH", Bvh, true},
     {"TextGltf", "glTF", [] { return Gltf().Text(); }, false},
     {"BinaryGltf", "glTF", [] { return Gltf().Binary(); }, false},
+    {"Collada", "Collada", collada_text::RichDocument, false},
+    {"WideCollada", "Collada", [] { return collada_text::Utf16(collada_text::RichDocument(), true); }, false},
 };
 
 // Every way to cut or bend a byte of a sound file ends in a scene or in one line that says why not.

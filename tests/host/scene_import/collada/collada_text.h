@@ -81,6 +81,35 @@ inline std::string Animations(const std::string& inside)
     return "<library_animations>" + inside + "</library_animations>";
 }
 
+// Something of everything that is read, in few bytes.
+inline std::string RichDocument()
+{
+    const std::string cameras =
+        R"(<library_cameras><camera id="c"><optics><technique_common><perspective><yfov sid="y">40</yfov>
+<aspect_ratio>1.5</aspect_ratio><znear sid="n">1</znear></perspective></technique_common></optics></camera>
+<camera id="o"><optics><technique_common><orthographic><xmag>4</xmag><ymag>3</ymag></orthographic></technique_common>
+</optics></camera></library_cameras>)";
+    const std::string clips = R"(<library_animation_clips><animation_clip name="cut" start=".5" end="2">
+<instance_animation url="#a"/><instance_animation url="#d"/></animation_clip></library_animation_clips>)";
+    return Document(
+        cameras +
+            Animations(
+                Animation("a", {"hip/t.X", "0 1 2", "0 1 3", 1, "BEZIER STEP LINEAR", "0 0 .5 1 0 0",
+                                "1 2 0 0 0 0"}) +
+                Animation("b", {"hip/rz.ANGLE", "0 1", "0 90", 1, "HERMITE LINEAR", "3 3", "1 1", 1}) +
+                Animation("m", {"m/m", "0 2",
+                                "1 0 0 0 0 1 0 0 0 0 1 0 0 0 0 1 0 -1 0 5 1 0 0 0 0 0 1 0 0 0 0 1", 16}) +
+                Animation("d", {"c/y", "0 2", "40 60"})) +
+            clips +
+            R"(<library_nodes><node id="l"><scale>1 -2 1</scale><instance_geometry url="#g"/></node></library_nodes>)",
+        R"(<node id="hip" name="Hip &amp; &#228;" type="JOINT"><translate sid="t">1 2 3</translate>
+<rotate sid="rz">0 0 1 20</rotate><skew>30 0 1 0 1 0 0</skew><extra><technique profile="FCOLLADA"><user_properties>a=1
+b = .5</user_properties></technique></extra><node id="m" sid="k"><matrix sid="m">1 0 0 0 0 1 0 0 0 0 1 0 0 0 0 1</matrix>
+<instance_node url="#l"/></node></node><node><lookat>0 0 9 0 0 0 0 1 0</lookat><instance_camera url="#c"/></node>
+<node><instance_camera url="#o"/><instance_node url="#l"/></node>)",
+        R"(<unit meter="0.0254"/><up_axis>Z_UP</up_axis>)");
+}
+
 // UTF-16, for text of one byte a character.
 inline std::string Utf16(const std::string& text, bool big_endian, bool mark = true)
 {
