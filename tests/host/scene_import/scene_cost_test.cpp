@@ -1,6 +1,7 @@
 #include "host/scene_import/formats.h"
 #include "host/scene_import/host_scene.h"
 #include "host/scene_import/parse_error.h"
+#include "tests/host/scene_import/collada/collada_text.h"
 #include "tests/host/scene_import/import_fixture.h"
 #include "tests/support/allocation_watch.h"
 
@@ -117,6 +118,50 @@ const HungryFile kFiles[] = {
                          ",\"animations\":[{\"samplers\":[{\"input\":0,\"output\":1}],\"channels\":[" +
                          channels + "]}]",
                      shown);
+     }},
+    {"nodes", "Collada", [] { return collada_text::Document("", Repeated("<node/>", 200'000)); }},
+    {"elements and texts", "Collada",
+     [] { return collada_text::Document("<extra>" + Repeated("x<a/>", 200'000) + "</extra>", "<node/>"); }},
+    {"instances of a long name", "Collada",
+     []
+     {
+         return collada_text::Document(
+             "<library_nodes><node id=\"l\" name=\"" + std::string(200, 'x') + "\"/></library_nodes>",
+             "<node>" + Repeated("<instance_node url=\"#l\"/>", 19'000) + "</node>");
+     }},
+    {"user properties", "Collada",
+     []
+     {
+         return collada_text::Document("", "<node><extra><technique><user_properties>" +
+                                               Repeated("a=\n", 200'000) +
+                                               "</user_properties></technique></extra></node>");
+     }},
+    {"keys", "Collada",
+     []
+     {
+         const std::string numbers = Repeated("0 ", 500'000);
+         return collada_text::Document(
+             collada_text::Animations(collada_text::Animation("a", {"n/t.X", numbers, numbers})),
+             R"(<node id="n"><translate sid="t">0 0 0</translate></node>)");
+     }},
+    {"clips that repeat an animation", "Collada",
+     []
+     {
+         std::string nodes, channels;
+         for (int i = 0; i < 100; ++i)
+         {
+             const std::string id = "n" + std::to_string(i);
+             nodes += "<node id=\"" + id + "\"><translate sid=\"t\">0 0 0</translate></node>";
+             channels += "<channel source=\"#as\" target=\"" + id + "/t.X\"/>";
+         }
+         const std::string animation = "<animation id=\"a\">" +
+                                       collada_text::Sampler("a", {"n0/t.X", "0", "0"}) + channels +
+                                       "</animation>";
+         return collada_text::Document(
+             collada_text::Animations(animation) + "<library_animation_clips>" +
+                 Repeated("<animation_clip><instance_animation url=\"#a\"/></animation_clip>", 900) +
+                 "</library_animation_clips>",
+             nodes);
      }},
 };
 

@@ -6,6 +6,7 @@
 
 #include "host/scene_import/formats.h"
 #include "host/scene_import/host_scene.h"
+#include "tests/host/scene_import/collada/collada_text.h"
 
 #include <mobu_host/scene.h>
 
@@ -141,6 +142,34 @@ const GrowingFile kFiles[] = {
      }},
     {"bvh_name", "BVH", 50'000,
      [](std::size_t n) { return "HIERARCHY\nROOT " + std::string(n, 'x') + "\n{}"; }},
+    {"collada_nodes", "Collada", 200,
+     [](std::size_t n) { return collada_text::Document("", Repeated("<node id=\"a\" sid=\"b\"/>", n)); }},
+    {"collada_unclosed_nodes", "Collada", 5000,
+     [](std::size_t n) { return "<COLLADA>" + Repeated("<node ", n); }},
+    {"collada_nesting", "Collada", 200,
+     [](std::size_t n)
+     { return collada_text::Document("", Repeated("<node>", n) + Repeated("</node>", n)); }},
+    {"collada_channels", "Collada", 100,
+     [](std::size_t n)
+     {
+         std::string transforms, animations;
+         for (std::size_t i = 0; i < n; ++i)
+         {
+             const std::string id = "a" + std::to_string(i);
+             transforms += "<translate sid=\"" + id + "\">0 0 0</translate>";
+             animations += collada_text::Animation(id, {"n/" + id + ".X", "0 1", "0 1"});
+         }
+         return collada_text::Document(collada_text::Animations(animations),
+                                       "<node id=\"n\">" + transforms + "</node>");
+     }},
+    {"collada_keys", "Collada", 1000,
+     [](std::size_t n)
+     {
+         const std::string numbers = Repeated("1 ", n);
+         return collada_text::Document(
+             collada_text::Animations(collada_text::Animation("a", {"n/t.X", numbers, numbers})),
+             R"(<node id="n"><translate sid="t">0 0 0</translate></node>)");
+     }},
 };
 
 void Import(const Format& format, const SceneFile& file)
