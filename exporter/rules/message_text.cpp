@@ -1,9 +1,9 @@
 #include "exporter/rules/message_text.h"
 
+#include "text/printable.h"
+
 #include <algorithm>
-#include <array>
 #include <charconv>
-#include <cstdio>
 
 namespace tev2_exporter
 {
@@ -26,32 +26,6 @@ std::string Shortest(Number value)
 }
 
 } // namespace
-
-std::string OneLine(std::string_view text)
-{
-    std::string line;
-    line.reserve(text.size());
-    for (const char c : text)
-    {
-        const auto byte = static_cast<unsigned char>(c);
-        if (c == '\n' || c == '\r' || c == '\t' || c == '\\')
-        {
-            line += '\\';
-            line += c == '\n' ? 'n' : c == '\r' ? 'r' : c == '\t' ? 't' : '\\';
-        }
-        else if (byte < 0x20 || byte == 0x7F)
-        {
-            std::array<char, 8> escape{};
-            std::snprintf(escape.data(), escape.size(), "\\x%02x", static_cast<unsigned>(byte));
-            line += escape.data();
-        }
-        else
-        {
-            line += c;
-        }
-    }
-    return line;
-}
 
 std::string Quoted(std::string_view text)
 {

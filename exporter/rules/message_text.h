@@ -10,10 +10,7 @@
 namespace tev2_exporter
 {
 
-/// Text on one line of a terminal: control characters as \n, \t or \x07, backslash as two.
-std::string OneLine(std::string_view text);
-
-/// OneLine in double quotes.
+/// The text on one line (text/printable.h), in double quotes.
 std::string Quoted(std::string_view text);
 
 /// "A", "B" and "C" as `"A", "B", "C"`; of many the first twelve and the number of the others.

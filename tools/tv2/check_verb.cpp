@@ -109,7 +109,7 @@ struct Rest
 void PrintFile(const LoadedFile& file, const std::vector<Finding>& findings, const std::string& counts,
                const CheckOptions& options, std::ostream& out)
 {
-    out << file.path << ": " << counts << '\n';
+    out << Printable(file.path) << ": " << counts << '\n';
     std::map<std::string, Rest> rests;
     for (const Finding& finding : findings)
     {
@@ -153,9 +153,8 @@ void RunCheck(const CheckOptions& options, VerbContext& context)
         std::string error;
         if (!ReadFile(path, file, error))
         {
-            context.err << "tv2 check: " << error << '\n';
+            context.Complain("check", error, kExitCouldNotRun);
             json["files"].push_back(JsonFailure(path, error));
-            context.Report(kExitCouldNotRun);
             continue;
         }
         const std::vector<Finding> findings = Examine(file);

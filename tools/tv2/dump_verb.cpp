@@ -24,6 +24,10 @@ public:
     {
         writer_.BeginObject(file_.path);
         writer_.Text("file", file_.path);
+        if (!IsUtf8(file_.path))
+        {
+            writer_.Text("fileBytes", PercentEncoded(file_.path));
+        }
         writer_.Integer("bytes", static_cast<std::int64_t>(file_.image.size()));
         Chunks();
         Information();
@@ -276,8 +280,7 @@ private:
 
 void Refuse(const DumpOptions& options, const std::string& why, ExitCode code, VerbContext& context)
 {
-    context.err << "tv2 dump: " << why << '\n';
-    context.Report(code);
+    context.Complain("dump", why, code);
     if (options.json)
     {
         context.out << JsonText(JsonFailure(options.file, why)) << '\n';

@@ -3,6 +3,7 @@
 #include "tools/tv2/export_plan.h"
 #include "tools/tv2/export_report.h"
 #include "tools/tv2/exporter_module.h"
+#include "tools/tv2/json.h"
 #include "tools/tv2/progress_bar.h"
 #include "tools/tv2/system.h"
 #include "tools/tv2/text.h"
@@ -53,7 +54,7 @@ public:
         {
             if (!file.exported.error.empty())
             {
-                Complain(OneLine(file.planned.path) + ": " + file.exported.error, kExitFindings);
+                Complain(file.planned.path + ": " + file.exported.error, kExitFindings);
             }
         }
         Print();
@@ -109,11 +110,7 @@ private:
         return report_.error;
     }
 
-    void Complain(const std::string& what, ExitCode code)
-    {
-        context_.err << "tv2 export: " << what << '\n';
-        context_.Report(code);
-    }
+    void Complain(const std::string& what, ExitCode code) { context_.Complain("export", what, code); }
 
     std::string LoadPlugin()
     {
@@ -151,9 +148,7 @@ private:
     {
         if (options_.json)
         {
-            context_.out << ReportJson(request_.scene, report_)
-                                .dump(2, ' ', false, nlohmann::ordered_json::error_handler_t::replace)
-                         << '\n';
+            context_.out << JsonText(ReportJson(request_.scene, report_)) << '\n';
         }
         else if (!options_.quiet && report_.error.empty())
         {

@@ -187,7 +187,7 @@ public:
 
     void Print()
     {
-        out_ << file_.path << '\n';
+        out_ << Printable(file_.path) << '\n';
         const bool known = summary_.has_information;
         Line("version") << (known ? FloatText(scene_.information.version) : kMissing) << ", "
                         << CountOf(file_.image.size(), "byte", "bytes") << '\n';
@@ -316,16 +316,14 @@ void RunInfo(const InfoOptions& options, VerbContext& context)
         std::string error;
         if (!ReadFile(path, file, error))
         {
-            context.err << "tv2 info: " << error << '\n';
+            context.Complain("info", error, kExitCouldNotRun);
             json["files"].push_back(JsonFailure(path, error));
-            context.Report(kExitCouldNotRun);
             continue;
         }
         if (!file.loaded)
         {
-            context.err << "tv2 info: " << WhyNotLoaded(file) << '\n';
+            context.Complain("info", WhyNotLoaded(file), kExitFindings);
             json["files"].push_back(JsonFailure(path, WhyNotLoaded(file)));
-            context.Report(kExitFindings);
             continue;
         }
         const Summary summary = Summarise(file);

@@ -2,6 +2,7 @@
 
 #include "tev2_loader/serialisation/file_image.h"
 #include "tev2_loader/serialisation/memory_cursor.h"
+#include "tools/tv2/system.h"
 
 #include <algorithm>
 
@@ -12,9 +13,18 @@ bool ReadFile(const std::string& path, LoadedFile& file, std::string& error)
     file.path = path;
     file.scene = std::make_unique<TEV2>();
     std::string cause;
-    if (!ReadFileImage(path, file.image, cause))
+    if (path == kStandardInput)
     {
-        error = path + ": " + cause;
+        file.path = "standard input";
+        cause = ReadStandardInput(file.image);
+    }
+    else if (!ReadFileImage(path, file.image, cause) && cause.empty())
+    {
+        cause = "cannot be read";
+    }
+    if (!cause.empty())
+    {
+        error = file.path + ": " + cause;
         return false;
     }
     TEV2_MEMORY_CURSOR cursor(file.image.data(), file.image.size(), &file.report);

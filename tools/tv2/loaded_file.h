@@ -11,12 +11,15 @@
 /// A file as read and, where it could be, loaded.
 struct LoadedFile
 {
-    std::string path;
+    std::string path;                ///< "standard input" for that
     std::vector<std::uint8_t> image; ///< all its bytes
     TEV2_LOADER::TEV2_LOAD_REPORT report;
     std::unique_ptr<TEV2_LOADER::TEV2> scene; ///< never null after ReadFile; what was loaded before a failure
     bool loaded = false;                      ///< whether the whole file was taken
 };
+
+/// The path that stands for standard input.
+inline constexpr const char* kStandardInput = "-";
 
 /// Reads and loads a file. False only when it cannot be read at all; `error` then says why and names the
 /// file.

@@ -1,4 +1,5 @@
 #include "tools/tv2/exporter_module.h"
+#include "tools/tv2/json.h"
 #include "tools/tv2/text.h"
 #include "tools/tv2/verb.h"
 
@@ -38,8 +39,7 @@ void RunMenu(const MenuVerbOptions& options, VerbContext& context)
     const std::unique_ptr<mobu_host::Plugin> plugin = LoadExporter(options.plugin, error);
     if (!plugin)
     {
-        context.err << "tv2 menu: " << OneLine(error) << '\n';
-        context.Report(kExitCouldNotRun);
+        context.Complain("menu", error, kExitCouldNotRun);
         json["error"] = error;
     }
     json["entries"] = nlohmann::ordered_json::array();
@@ -52,7 +52,7 @@ void RunMenu(const MenuVerbOptions& options, VerbContext& context)
     }
     if (options.json)
     {
-        context.out << json.dump(2, ' ', false, nlohmann::ordered_json::error_handler_t::replace) << '\n';
+        context.out << JsonText(json) << '\n';
         return;
     }
     for (const auto& entry : json["entries"])

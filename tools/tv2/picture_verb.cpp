@@ -18,8 +18,7 @@ namespace
 
 void Refuse(const PictureOptions& options, const std::string& why, ExitCode code, VerbContext& context)
 {
-    context.err << "tv2 picture: " << why << '\n';
-    context.Report(code);
+    context.Complain("picture", why, code);
     if (options.json)
         context.out << JsonText(JsonFailure(options.file, why)) << '\n';
 }

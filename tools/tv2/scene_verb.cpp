@@ -1,4 +1,5 @@
 #include "exporter/sampling/sampling_range.h"
+#include "tools/tv2/json.h"
 #include "tools/tv2/text.h"
 #include "tools/tv2/verb.h"
 
@@ -296,7 +297,7 @@ void PrintScene(std::ostream& out, const SceneJson& scene)
 
 void PrintJson(std::ostream& out, const SceneJson& json)
 {
-    out << json.dump(2, ' ', false, SceneJson::error_handler_t::replace) << '\n';
+    out << JsonText(json) << '\n';
 }
 
 } // namespace
@@ -308,8 +309,7 @@ void RunScene(const SceneVerbOptions& options, VerbContext& context)
     const mobu_host::SceneImportResult result = mobu_host::ImportScene(options.scene, import);
     if (!result.ok)
     {
-        context.err << "tv2 scene: " << result.error << '\n';
-        context.Report(kExitCouldNotRun);
+        context.Complain("scene", result.error, kExitCouldNotRun);
         if (options.json)
         {
             PrintJson(context.out, {{"file", options.scene}, {"error", result.error}});

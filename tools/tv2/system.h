@@ -2,7 +2,10 @@
 
 #include "exporter/rules/file_facts.h"
 
+#include <cstddef>
+#include <cstdint>
 #include <string>
+#include <vector>
 
 // What the command asks of the operating system itself; one source file for each system implements it. Paths are
 // bytes as the system takes them, errors are errno values.
@@ -15,6 +18,25 @@ std::string ProgramPath();
 
 /// True when what goes to standard error is shown to a person.
 bool ErrorsGoToTerminal();
+
+enum class Stream
+{
+    kOutput,
+    kErrors
+};
+
+/// Width of the terminal that a stream goes to; 80 where it goes elsewhere or the width is unknown.
+std::size_t TerminalColumns(Stream stream);
+
+/// Opens standard streams that the caller has closed on nothing, so that no file of ours takes their place. Writing to
+/// such an output fails.
+void KeepStandardStreams();
+
+/// Writing to a pipe that nobody reads any more fails from now on, where it would end the program.
+void SurviveClosedPipes();
+
+/// All that comes from standard input, as it is. Empty, or why it cannot be read.
+std::string ReadStandardInput(std::vector<std::uint8_t>& bytes);
 
 using tev2_exporter::FileStamp;
 using tev2_exporter::ObstacleToWriting;

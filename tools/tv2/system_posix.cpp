@@ -7,8 +7,16 @@
 #include <cstring>
 #include <fcntl.h>
 #include <filesystem>
+#include <sys/ioctl.h>
 #include <sys/stat.h>
 #include <unistd.h>
+
+namespace
+{
+
+constexpr std::size_t kMostInput = 0xFFFFFFFF; // no scene is larger
+
+} // namespace
 
 std::string ModuleFileName(const std::string& name)
 {
@@ -24,6 +32,54 @@ std::string ProgramPath()
 bool ErrorsGoToTerminal()
 {
     return ::isatty(STDERR_FILENO) != 0;
+}
+
+std::size_t TerminalColumns(Stream stream)
+{
+    winsize size{};
+    const int file = stream == Stream::kOutput ? STDOUT_FILENO : STDERR_FILENO;
+    return ::ioctl(file, TIOCGWINSZ, &size) == 0 && size.ws_col > 0 ? size.ws_col : 80;
+}
+
+void KeepStandardStreams()
+{
+    for (const int file : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO})
+    {
+        if (::fcntl(file, F_GETFD) < 0)
+        {
+            // The lowest number that is free is this one; only reading works.
+            static_cast<void>(::open("/dev/null", O_RDONLY));
+        }
+    }
+}
+
+void SurviveClosedPipes()
+{
+    std::signal(SIGPIPE, SIG_IGN);
+}
+
+std::string ReadStandardInput(std::vector<std::uint8_t>& bytes)
+{
+    constexpr std::size_t kPiece = 1 << 16;
+    while (true)
+    {
+        const std::size_t before = bytes.size();
+        bytes.resize(before + kPiece);
+        const ssize_t got = ::read(STDIN_FILENO, bytes.data() + before, kPiece);
+        bytes.resize(before + static_cast<std::size_t>(std::max<ssize_t>(got, 0)));
+        if (got == 0)
+        {
+            return {};
+        }
+        if (got < 0 && errno != EINTR)
+        {
+            return std::strerror(errno);
+        }
+        if (bytes.size() > kMostInput)
+        {
+            return std::strerror(EFBIG);
+        }
+    }
 }
 
 int MakeWritable(const std::string& path)

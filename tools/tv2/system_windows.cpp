@@ -5,7 +5,9 @@
 #include <windows.h>
 
 #include <cerrno>
+#include <cstdio>
 #include <cstring>
+#include <fcntl.h>
 #include <filesystem>
 #include <io.h>
 
@@ -26,6 +28,43 @@ std::string ProgramPath()
 bool ErrorsGoToTerminal()
 {
     return _isatty(_fileno(stderr)) != 0;
+}
+
+std::size_t TerminalColumns(Stream stream)
+{
+    CONSOLE_SCREEN_BUFFER_INFO screen{};
+    const HANDLE file = GetStdHandle(stream == Stream::kOutput ? STD_OUTPUT_HANDLE : STD_ERROR_HANDLE);
+    const bool known = GetConsoleScreenBufferInfo(file, &screen) != 0;
+    const int columns = screen.srWindow.Right - screen.srWindow.Left + 1;
+    return known && columns > 1 ? static_cast<std::size_t>(columns) : 80;
+}
+
+// Handles of this system are never given out twice.
+void KeepStandardStreams() {}
+
+// There is no signal for it here.
+void SurviveClosedPipes() {}
+
+std::string ReadStandardInput(std::vector<std::uint8_t>& bytes)
+{
+    constexpr std::size_t kMostInput = 0xFFFFFFFF; // no scene is larger
+    constexpr std::size_t kPiece = 1 << 16;
+    _setmode(_fileno(stdin), _O_BINARY);
+    while (true)
+    {
+        const std::size_t before = bytes.size();
+        bytes.resize(before + kPiece);
+        const std::size_t got = std::fread(bytes.data() + before, 1, kPiece, stdin);
+        bytes.resize(before + got);
+        if (got == 0)
+        {
+            return std::ferror(stdin) != 0 ? std::strerror(EIO) : "";
+        }
+        if (bytes.size() > kMostInput)
+        {
+            return std::strerror(EFBIG);
+        }
+    }
 }
 
 int MakeWritable(const std::string& path)

@@ -7,6 +7,19 @@
 #include <cmath>
 #include <cstdio>
 
+namespace
+{
+
+/// "%0A"
+std::string PercentByte(char byte)
+{
+    constexpr std::string_view kDigits = "0123456789ABCDEF";
+    const auto value = static_cast<unsigned char>(byte);
+    return {'%', kDigits[value >> 4U], kDigits[value & 0xFU]};
+}
+
+} // namespace
+
 bool TextTellsUnits(std::u16string_view units)
 {
     const auto ascii = [](char16_t unit) { return unit < 0x80; };
@@ -30,6 +43,62 @@ bool TextTellsUnits(std::u16string_view units)
         }
     }
     return true;
+}
+
+std::size_t ColumnsOf(std::string_view text)
+{
+    return static_cast<std::size_t>(std::count_if(
+        text.begin(), text.end(), [](char c) { return (static_cast<unsigned char>(c) & 0xC0) != 0x80; }));
+}
+
+std::string Wrapped(std::string_view text, std::size_t width, std::size_t indent, std::size_t used)
+{
+    std::string wrapped;
+    while (true)
+    {
+        const std::size_t end = std::min(text.find('\n'), text.size());
+        std::string_view line = text.substr(0, end);
+        const bool as_it_is = line.starts_with(' ');
+        while (!line.empty())
+        {
+            const std::size_t blank = as_it_is ? line.size() : std::min(line.find(' '), line.size());
+            const std::string_view word = line.substr(0, blank);
+            const std::size_t columns = ColumnsOf(word);
+            const bool begins = used == 0 || wrapped.empty();
+            if (!begins && used > indent && used + 1 + columns > width)
+            {
+                wrapped += '\n' + std::string(indent, ' ');
+                used = indent;
+            }
+            else if (!wrapped.empty() && used > indent && wrapped.back() != '\n')
+            {
+                wrapped += ' ';
+                ++used;
+            }
+            wrapped += word;
+            used += columns;
+            line.remove_prefix(std::min(blank + 1, line.size()));
+        }
+        if (end == text.size())
+        {
+            return wrapped;
+        }
+        wrapped += '\n' + std::string(indent, ' ');
+        used = indent;
+        text.remove_prefix(end + 1);
+    }
+}
+
+std::string PercentEncoded(std::string_view bytes)
+{
+    std::string encoded;
+    for (const char c : bytes)
+    {
+        const bool plain = (c >= '0' && c <= '9') || (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z') ||
+                           std::string_view("-._~/").find(c) != std::string_view::npos;
+        encoded += plain ? std::string(1, c) : PercentByte(c);
+    }
+    return encoded;
 }
 
 std::string FloatText(float value)

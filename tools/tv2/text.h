@@ -2,6 +2,8 @@
 
 #include "exporter/rules/message_text.h"
 #include "tev2_loader/serialisation/wide_string.h"
+#include "text/printable.h"
+#include "text/utf8.h"
 
 #include <cstdint>
 #include <string>
@@ -21,8 +23,17 @@ inline std::string TextOf(const char* text)
 using tev2_exporter::CountOf;
 using tev2_exporter::CountText;
 using tev2_exporter::Listed;
-using tev2_exporter::OneLine;
 using tev2_exporter::Quoted;
+
+/// Words put on lines of at most `width` columns where that is possible, all but the first after `indent` blanks; the
+/// first line has `used` columns already. Lines of the text that begin with a blank stay as they are.
+std::string Wrapped(std::string_view text, std::size_t width, std::size_t indent = 0, std::size_t used = 0);
+
+/// How many columns a text takes on a terminal, where each character takes one.
+std::size_t ColumnsOf(std::string_view text);
+
+/// Every byte but ASCII letters, digits and -._~/ as %XX.
+std::string PercentEncoded(std::string_view bytes);
 
 /// The shortest decimal that reads back to the same bits as an f32, always with a point or an exponent
 /// ("1.0", "-0.0",

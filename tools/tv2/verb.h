@@ -1,11 +1,13 @@
 #pragma once
 
 #include "tools/tv2/export_request.h"
+#include "tools/tv2/text.h"
 
 #include <cstddef>
 #include <limits>
 #include <ostream>
 #include <string>
+#include <string_view>
 #include <vector>
 
 /// How the command ends. Scripts rely on these numbers.
@@ -22,6 +24,13 @@ struct VerbContext
     std::ostream& out;
     std::ostream& err;
     int exit_code = kExitDone;
+
+    /// Tells what went wrong, in a line on its own.
+    void Complain(std::string_view command, std::string_view what, ExitCode code)
+    {
+        err << "tv2 " << command << ": " << Printable(what) << '\n';
+        Report(code);
+    }
 
     /// The worst report of a run decides the exit code.
     void Report(ExitCode code)
