@@ -3,6 +3,7 @@
 #include "text/printable.h"
 
 #include <algorithm>
+#include <array>
 #include <charconv>
 
 namespace tev2_exporter

@@ -5,6 +5,10 @@
 #include "tools/tv2/text.h"
 #include "tools/tv2/verb.h"
 
+#include "text/closest_name.h"
+#include "tools/tv2/json.h"
+#include "tools/tv2/system.h"
+
 #include <CLI/CLI.hpp>
 
 #include <algorithm>
@@ -15,6 +19,54 @@
 
 namespace
 {
+
+constexpr std::size_t kLeastColumns = 60;
+constexpr std::size_t kMostColumns = 100;
+
+/// Help that fits the terminal.
+class FittedHelp : public CLI::Formatter
+{
+public:
+    explicit FittedHelp(std::size_t columns) : columns_(columns)
+    {
+        label("SUBCOMMAND", "COMMAND");
+        label("Subcommand", "Command");
+    }
+
+    std::string make_option(const CLI::Option* option, bool is_positional) const override
+    {
+        return Row(make_option_name(option, is_positional) + make_option_opts(option),
+                   make_option_desc(option));
+    }
+
+    std::string make_subcommand(const CLI::App* command) const override
+    {
+        return Row(command->get_name(), command->get_description());
+    }
+
+    std::string make_description(const CLI::App* command) const override
+    {
+        return Wrapped(CLI::Formatter::make_description(command), columns_);
+    }
+
+    std::string make_footer(const CLI::App* command) const override
+    {
+        return Wrapped(CLI::Formatter::make_footer(command), columns_);
+    }
+
+private:
+    static constexpr std::size_t kColumn = 26; // of the descriptions
+
+    std::string Row(const std::string& name, const std::string& description) const
+    {
+        std::string row = "  " + Wrapped(name, columns_, 4, 2);
+        const std::size_t used = ColumnsOf(row.substr(row.rfind('\n') + 1));
+        row += used + 2 > kColumn ? '\n' + std::string(kColumn, ' ') : std::string(kColumn - used, ' ');
+        return row + Wrapped(description, columns_, kColumn, kColumn) + '\n';
+    }
+
+    std::size_t columns_;
+};
 
 /// Why the options of the command line do not go with the dialog; empty when they do.
 std::string OptionsOfTheDialog(const CLI::App& verb)
@@ -84,14 +136,16 @@ void AddExportVerb(CLI::App& app, VerbContext& context)
     verb->add_option("--select", request.select,
                      "Export this model and what is below it, by its long name; may be given more than once "
                      "(default: the whole scene)")
-        ->allow_extra_args(false);
+        ->allow_extra_args(false)
+        ->option_text("TEXT");
     verb->add_flag("--spaces-to-underscores,!--no-spaces-to-underscores", request.spaces_to_underscores,
                    "Replace spaces in file names (on)");
     verb->add_flag("--keep-positive-z,!--no-keep-positive-z", request.keep_positive_z,
                    "Turn the scene so that its Z axis keeps its sign (on)");
     verb->add_flag("--remove-namespace,!--no-remove-namespace", request.remove_namespace,
                    "Write node names without their namespaces (on)");
-    verb->add_flag("--disable-constraints", request.disable_constraints, "Export with constraints inactive");
+    verb->add_flag("--disable-constraints,!--no-disable-constraints", request.disable_constraints,
+                   "Export with constraints inactive (off)");
     verb->add_flag("--yes", request.overwrite_read_only, "Over-write read-only files without asking");
     verb->add_option("--plugin", options->plugin,
                      "The exporter's module (default: the one beside this command)");
@@ -118,8 +172,9 @@ void AddExportVerb(CLI::App& app, VerbContext& context)
         "  tv2 export --select Hips --start-frame 10 --end-frame 60 walk.bvh hips.tv2\n"
         "  tv2 export --dialog --take Dance robot.glb dance.tv2\n"
         "  tv2 export --dialog-script steps.txt robot.glb robot.tv2\n"
-        "A file counts as exported when it has been read back whole. Exit code: 0 every file was; 1 at least "
-        "one was not, or was skipped as read-only, or the dialog was cancelled; 2 nothing was started.");
+        "A file counts as exported when it has been read back whole. Exit code: 0: every file was; 1: at "
+        "least "
+        "one was not, or was skipped as read-only, or the dialog was cancelled; 2: nothing was started.");
     verb->callback(
         [options, verb, &context]
         {
@@ -169,7 +224,7 @@ void AddInfoVerb(CLI::App& app, VerbContext& context)
 {
     auto options = std::make_shared<InfoOptions>();
     CLI::App* verb = app.add_subcommand("info", "What a file holds, on one screen");
-    verb->add_option("FILE", options->files, "The .tv2 files")->required();
+    verb->add_option("FILE", options->files, "The .tv2 files; - is standard input")->required();
     verb->add_flag("--json", options->json,
                    "Print JSON: an object with one entry of \"files\" for each file");
     verb->footer("Examples:\n"
@@ -182,7 +237,7 @@ void AddDumpVerb(CLI::App& app, VerbContext& context)
 {
     auto options = std::make_shared<DumpOptions>();
     CLI::App* verb = app.add_subcommand("dump", "Everything in a file, as an indented tree or as JSON");
-    verb->add_option("FILE", options->file, "The .tv2 file")->required();
+    verb->add_option("FILE", options->file, "The .tv2 file; - is standard input")->required();
     CLI::Option* const keys =
         verb->add_option("--keys", options->keys,
                          "Tree: print at most this many keys of a track, and lines of bytes of a body")
@@ -202,13 +257,13 @@ void AddCheckVerb(CLI::App& app, VerbContext& context)
 {
     auto options = std::make_shared<CheckOptions>();
     CLI::App* verb = app.add_subcommand("check", "All that is wrong with a file, or looks wrong");
-    verb->add_option("FILE", options->files, "The .tv2 files");
+    verb->add_option("FILE", options->files, "The .tv2 files; - is standard input");
     verb->add_flag("--codes", options->codes, "List all codes, each with a sentence, and do nothing else");
     verb->add_flag("--all", options->all, "Show every finding, however many there are of one code");
     verb->add_flag("--json", options->json,
                    "Print JSON: an object with one entry of \"files\" for each file");
     verb->footer(
-        "Exit code: 0 for files without errors and warnings (notes do not count), 1 otherwise,\n"
+        "Exit code: 0 for files without errors and warnings (notes do not count), 1 otherwise, "
         "2 when a file cannot be read.\n"
         "Examples:\n"
         "  tv2 check takes/*.tv2\n"
@@ -230,8 +285,9 @@ void AddPictureVerb(CLI::App& app, VerbContext& context)
     auto options = std::make_shared<PictureOptions>();
     CLI::App* verb = app.add_subcommand(
         "picture", "Skeletons, cameras and other models at several instants, as an SVG drawing");
-    verb->add_option("FILE", options->file, "The .tv2 file")->required();
-    verb->add_option("OUTPUT.svg", options->output, "The drawing, ending in .svg")->required();
+    verb->add_option("FILE", options->file, "The .tv2 file; - is standard input")->required();
+    verb->add_option("OUTPUT.svg", options->output, "The drawing, ending in .svg; - is standard output")
+        ->required();
     verb->add_option("--figures", options->figures,
                      "How many instants, spread over the time range (one where nothing moves)")
         ->check(CLI::Range(1, 50))
@@ -253,61 +309,135 @@ constexpr AddVerb kVerbs[] = {
     AddExportVerb, AddSceneVerb, AddMenuVerb, AddInfoVerb, AddDumpVerb, AddCheckVerb, AddPictureVerb,
 };
 
-/// The first argument where it should be a verb and is none; null otherwise.
-const char* UnknownVerb(const CLI::App& app, int argc, char** argv)
+std::vector<std::string> NamesOf(const std::vector<CLI::App*>& commands)
 {
-    if (argc < 2 || argv[1][0] == '-')
+    std::vector<std::string> names;
+    for (const CLI::App* const command : commands)
     {
-        return nullptr;
+        names.push_back(command->get_name());
     }
-    const auto verbs = app.get_subcommands([](const CLI::App*) { return true; });
-    const bool known = std::any_of(verbs.begin(), verbs.end(),
-                                   [argv](const CLI::App* verb) { return verb->check_name(argv[1]); });
-    return known ? nullptr : argv[1];
+    return names;
+}
+
+std::vector<std::string> OptionsOf(const CLI::App& command)
+{
+    std::vector<std::string> names;
+    for (const CLI::Option* const option : command.get_options())
+    {
+        for (const std::string& name : option->get_lnames())
+        {
+            names.push_back("--" + name);
+        }
+    }
+    return names;
+}
+
+/// Why the first argument is no command; empty when it is one, or an option.
+std::string UnknownCommand(const CLI::App& app, int argc, char** argv)
+{
+    if (argc < 2)
+    {
+        return "which command? tv2 --help lists them";
+    }
+    const std::string first = argv[1];
+    const std::vector<std::string> names = NamesOf(app.get_subcommands([](const CLI::App*) { return true; }));
+    if (first.starts_with('-') || std::find(names.begin(), names.end(), first) != names.end())
+    {
+        return {};
+    }
+    return "there is no command \"" + first + '"' + DidYouMean(first, names);
+}
+
+/// What the parser complains of, in its words or better ones.
+std::string Complaint(const CLI::App& command, const CLI::ParseError& error)
+{
+    const std::vector<std::string> unexpected = command.remaining();
+    if (error.get_exit_code() != static_cast<int>(CLI::ExitCodes::ExtrasError) || unexpected.empty())
+    {
+        return error.what();
+    }
+    const std::string& first = unexpected.front();
+    if (!first.starts_with('-'))
+    {
+        return "one argument too many: \"" + first + '"';
+    }
+    const std::string name = first.substr(0, first.find('='));
+    return "there is no option " + name + DidYouMean(name, OptionsOf(command));
+}
+
+bool WantsJson(int argc, char** argv)
+{
+    return std::any_of(argv + 1, argv + std::max(argc, 1),
+                       [](const char* argument) { return std::string_view(argument) == "--json"; });
+}
+
+/// Bad usage. `caller` is "tv2" or "tv2 info".
+int Refuse(const std::string& caller, const std::string& why, int argc, char** argv)
+{
+    std::cerr << caller << ": " << Printable(why) << "\nRun with --help for more information.\n";
+    if (WantsJson(argc, argv))
+    {
+        std::cout << JsonText(Json{{"error", why}}) << '\n' << std::flush;
+    }
+    return kExitCouldNotRun;
+}
+
+/// The exit code of a run whose output was not taken. What it wrote to files is whole all the same.
+int OutputWasLost(const CLI::App& app, int exit_code)
+{
+    const std::vector<CLI::App*> commands = app.get_subcommands();
+    const std::string command = commands.empty() ? "" : commands.front()->get_name();
+    const bool writes_files = (command == "export" || command == "picture") && exit_code != kExitCouldNotRun;
+    std::cerr << "tv2: the output could not be written"
+              << (writes_files ? "; files that were asked for are as they should be unless said otherwise"
+                               : "")
+              << '\n';
+    return writes_files ? kExitFindings : kExitCouldNotRun;
 }
 
 } // namespace
 
 int RunCommandLine(int argc, char** argv)
 {
+    KeepStandardStreams();
     std::ios::sync_with_stdio(false);
     VerbContext context{std::cout, std::cerr};
 
     CLI::App app("Looks at, checks and makes .tv2 scene files.", "tv2");
+    app.formatter(std::make_shared<FittedHelp>(
+        std::clamp(TerminalColumns(Stream::kOutput), kLeastColumns, kMostColumns)));
     app.set_version_flag("--version", "tv2 " TV2_VERSION);
     app.require_subcommand(1);
-    app.failure_message(
-        [](const CLI::App* parser, const CLI::Error& error)
-        {
-            const auto verbs = parser->get_subcommands();
-            return "tv2" + (verbs.empty() ? std::string() : " " + verbs.front()->get_name()) + ": " +
-                   CLI::FailureMessage::simple(parser, error);
-        });
-    app.footer("Each verb has its own help: tv2 info --help\n"
-               "Exit code: 0 done or clean, 1 findings or not all done, 2 could not run.");
+    app.footer("Each command has its own help: tv2 info --help\n"
+               "Exit code: 0: success; 1: finished, but with problems; 2: could not start.");
     for (const AddVerb add_verb : kVerbs)
     {
         add_verb(app, context);
     }
-
-    if (const char* const verb = UnknownVerb(app, argc, argv))
+    for (CLI::App* const command : app.get_subcommands([](const CLI::App*) { return true; }))
     {
-        std::cerr << "tv2: there is no verb \"" << OneLine(verb)
-                  << "\"\nRun with --help for more information.\n";
-        return kExitCouldNotRun;
+        command->group("Commands");
+    }
+
+    if (const std::string why = UnknownCommand(app, argc, argv); !why.empty())
+    {
+        return Refuse("tv2", why, argc, argv);
     }
     try
     {
         app.parse(argc, argv);
     }
+    catch (const CLI::Success& wish) // help or version
+    {
+        app.exit(wish, std::cout, std::cerr);
+        return std::cout.flush() ? kExitDone : OutputWasLost(app, kExitDone);
+    }
     catch (const CLI::ParseError& error)
     {
-        return app.exit(error, std::cout, std::cerr) == 0 ? kExitDone : kExitCouldNotRun;
+        const std::vector<CLI::App*> commands = app.get_subcommands();
+        const CLI::App& command = commands.empty() ? app : *commands.front();
+        return Refuse(commands.empty() ? "tv2" : "tv2 " + command.get_name(), Complaint(command, error), argc,
+                      argv);
     }
-    if (!std::cout.flush())
-    {
-        std::cerr << "tv2: the output could not be written\n";
-        return kExitCouldNotRun;
-    }
-    return context.exit_code;
+    return std::cout.flush() ? context.exit_code : OutputWasLost(app, context.exit_code);
 }

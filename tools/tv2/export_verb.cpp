@@ -168,5 +168,6 @@ private:
 
 void RunExport(const ExportVerbOptions& options, VerbContext& context)
 {
+    SurviveClosedPipes();
     ExportRun(options, context).Run();
 }

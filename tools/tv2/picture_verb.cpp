@@ -6,6 +6,7 @@
 #include "tools/tv2/figures.h"
 #include "tools/tv2/json.h"
 #include "tools/tv2/loaded_file.h"
+#include "tools/tv2/system.h"
 #include "tools/tv2/text.h"
 #include "tools/tv2/verb.h"
 
@@ -33,9 +34,14 @@ bool IsSameFile(const std::string& a, const std::string& b)
 
 void RunPicture(const PictureOptions& options, VerbContext& context)
 {
-    if (!options.output.ends_with(".svg"))
+    SurviveClosedPipes();
+    const bool to_output = options.output == "-";
+    if (to_output && options.json)
+        return Refuse(options, "the drawing and JSON cannot both go to standard output", kExitCouldNotRun,
+                      context);
+    if (!to_output && !options.output.ends_with(".svg"))
         return Refuse(options, options.output + ": a drawing's name ends in .svg", kExitCouldNotRun, context);
-    if (IsSameFile(options.file, options.output))
+    if (!to_output && IsSameFile(options.file, options.output))
         return Refuse(options, options.output + ": the drawing would replace the file that it shows",
                       kExitCouldNotRun, context);
     LoadedFile file;
@@ -48,10 +54,15 @@ void RunPicture(const PictureOptions& options, VerbContext& context)
     const bool empty =
         std::all_of(figures.begin(), figures.end(), [](const Figure& figure) { return figure.Empty(); });
     if (empty)
-        return Refuse(options, options.file + ": nothing to draw: no nodes below the root", kExitFindings,
+        return Refuse(options, file.path + ": nothing to draw: no nodes below the root", kExitFindings,
                       context);
 
     const Drawing drawing = DrawFigures(figures);
+    if (to_output)
+    {
+        context.out << drawing.svg;
+        return;
+    }
     if (const int failure = TEV2_LOADER::WriteWholeFile(options.output, drawing.svg); failure != 0)
         return Refuse(options, options.output + ": cannot be written: " + std::strerror(failure),
                       kExitCouldNotRun, context);
@@ -61,8 +72,8 @@ void RunPicture(const PictureOptions& options, VerbContext& context)
         context.out << JsonText(json) << '\n';
         return;
     }
-    context.out << options.output << ": " << CountOf(figures.size(), "figure", "figures") << " of "
-                << options.file << '\n';
+    context.out << Printable(options.output) << ": " << CountOf(figures.size(), "figure", "figures") << " of "
+                << Printable(file.path) << '\n';
     if (drawing.left_out > 0)
     {
         context.out << "note: " << CountOf(drawing.left_out, "camera or prop is", "cameras and props are")
