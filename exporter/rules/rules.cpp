@@ -462,11 +462,14 @@ void NoteTakeEnds(const Case& c)
 void NoteOtherTakes(const Case& c)
 {
     std::vector<std::string> others;
+    std::vector<bool> exported(c.scene->takes.size());
+    for (const FilePlan& file : c.plan.files)
+    {
+        exported[file.take] = true;
+    }
     for (std::size_t i = 0; i < c.scene->takes.size(); ++i)
     {
-        const bool exported = std::any_of(c.plan.files.begin(), c.plan.files.end(),
-                                          [i](const FilePlan& file) { return file.take == i; });
-        if (!exported)
+        if (!exported[i])
         {
             others.push_back(c.scene->takes[i].name);
         }

@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <cstdlib>
+#include <sstream>
 #include <sys/wait.h>
 
 namespace
@@ -79,10 +80,108 @@ TEST(Usage, BadUsageCannotRun)
         const CommandResult result = RunTv2(call);
         EXPECT_EQ(result.exit_code, 2) << (call.empty() ? "no arguments" : call.back());
         EXPECT_NE(result.err, "");
-        EXPECT_EQ(result.out, "");
+        const bool json = std::find(call.begin(), call.end(), "--json") != call.end();
+        EXPECT_EQ(result.out.empty(), !json) << result.out;
     }
-    const std::string unknown = RunTv2({"explode", "a.tv2"}).err;
-    EXPECT_NE(unknown.find("there is no verb \"explode\""), std::string::npos) << unknown;
+}
+
+TEST(Usage, BadUsageIsToldWithWhatWasProbablyMeant)
+{
+    const struct
+    {
+        Arguments call;
+        std::string why; // after "tv2 ...: "
+    } cases[] = {
+        {{}, "tv2: which command? tv2 --help lists them"},
+        {{"explode", "a.tv2"}, "tv2: there is no command \"explode\""},
+        {{"exprot", "a.bvh"}, "tv2: there is no command \"exprot\" (did you mean \"export\"?)"},
+        {{"a\x1B[2J"}, "tv2: there is no command \"a\\x1b[2J\""},
+        {{"info", "--jsno", "a.tv2"}, "tv2 info: there is no option --jsno (did you mean \"--json\"?)"},
+        {{"export", "--fsp=25", "a.bvh", "b.tv2"},
+         "tv2 export: there is no option --fsp (did you mean \"--fps\"?)"},
+        {{"export", "--no-keep-positive-y", "a.bvh", "b.tv2"},
+         "there is no option --no-keep-positive-y (did you mean \"--no-keep-positive-z\"?)"},
+        {{"dump", "a.tv2", "b.tv2"}, "tv2 dump: one argument too many: \"b.tv2\""},
+        {{"export", "--select", "A", "B", "a.bvh", "b.tv2"},
+         "tv2 export: one argument too many"}, // --select takes one name at a time
+    };
+    for (const auto& c : cases)
+    {
+        const CommandResult text = RunTv2(c.call);
+        EXPECT_EQ(text.exit_code, 2) << c.why;
+        EXPECT_NE(text.err.find(c.why), std::string::npos) << text.err;
+        EXPECT_EQ(text.out, "");
+        if (c.call.size() > 1)
+        {
+            const CommandResult json = RunTv2(AsJson(c.call));
+            EXPECT_EQ(json.exit_code, 2);
+            const std::string error = json.Json()["error"];
+            EXPECT_NE(json.err.find(": " + error + '\n'), std::string::npos) << json.err << error;
+        }
+    }
+}
+
+TEST(Usage, HelpFitsEightyColumns)
+{
+    for (const std::string& command : kVerbs)
+    {
+        std::istringstream help(RunTv2({command, "--help"}).out);
+        for (std::string line; std::getline(help, line);)
+            EXPECT_LE(line.size(), 80U) << command << ": " << line;
+    }
+    const std::string help = RunTv2({"export", "--help"}).out;
+    for (const char* const option :
+         {"--[no-]disable-constraints", "--[no-]keep-positive-z", "--select TEXT  "})
+        EXPECT_NE(help.find(option), std::string::npos) << option << help;
+}
+
+// Runs a command of the shell in which "tv2" is the command.
+int Shell(const std::string& command)
+{
+    const int status = std::system(("tv2() { '" TV2_COMMAND "' \"$@\"; }; " + command).c_str());
+    return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+}
+
+TEST(Usage, ReadsStandardInputAndDrawsToStandardOutput)
+{
+    const ScratchFolder folder;
+    const std::string file = folder.Path("a.tv2");
+    WriteBytes(file, SoundImage());
+    for (const std::string command : {"info", "dump", "check"})
+    {
+        const std::string out = folder.Path(command);
+        EXPECT_EQ(Shell("tv2 " + command + " --json - < " + file + " > " + out), 0) << command;
+        EXPECT_EQ(Shell("tv2 " + command + " --json " + file + " | sed 's#" + file +
+                        "#-#; s#\"standard input\"#\"-\"#' > " + out +
+                        ".file && sed 's#\"standard input\"#\"-\"#' " + out + " | cmp - " + out + ".file"),
+                  0)
+            << command;
+        EXPECT_EQ(Shell("tv2 " + command + " - < /dev/null > /dev/null 2>&1"), 1) << command;
+        EXPECT_EQ(Shell("tv2 " + command + " - < " + folder.Path("") + " > /dev/null 2>&1"), 2) << command;
+    }
+    EXPECT_EQ(Shell("tv2 picture - - < " + file + " > " + folder.Path("piped")), 0);
+    EXPECT_EQ(RunTv2({"picture", file, folder.Path("a.svg")}).exit_code, 0);
+    EXPECT_EQ(ReadBytes(folder.Path("piped")), ReadBytes(folder.Path("a.svg")));
+    EXPECT_EQ(RunTv2({"picture", "--json", file, "-"}).exit_code, 2);
+}
+
+TEST(Usage, TerminalsAreNotShownControlCharacters)
+{
+    const ScratchFolder folder;
+    const std::string file = folder.Path("a\x1B[2J.tv2");
+    WriteBytes(file, SoundImage());
+    WriteBytes(folder.Path("b\x1B[2J.tv2"), {1, 2, 3, 4});
+    for (const Arguments& call :
+         {Arguments{"info", file}, Arguments{"check", file},
+          Arguments{"picture", file, folder.Path("c\x1B.svg")},
+          Arguments{"info", folder.Path("b\x1B[2J.tv2")}, Arguments{"dump", folder.Path("none\x1B")},
+          Arguments{"check", folder.Path("none\x1B")}, Arguments{"scene", folder.Path("none\x1B.bvh")},
+          Arguments{"picture", file, "none\x1B"}, Arguments{"menu", "--plugin", "none\x1B"}})
+    {
+        const CommandResult run = RunTv2(call);
+        EXPECT_EQ((run.out + run.err).find('\x1B'), std::string::npos) << call[0];
+        EXPECT_NE((run.out + run.err).find("\\x1b"), std::string::npos) << call[0];
+    }
 }
 
 TEST(Usage, JsonOfAFailureHoldsTheFileAndTheError)
@@ -101,7 +200,16 @@ TEST(Usage, JsonOfAFailureHoldsTheFileAndTheError)
         EXPECT_NE(entry["error"].get<std::string>().find("bad-magic at byte 0"), std::string::npos) << verb;
     }
     WriteBytes(damaged, SoundImage());
-    EXPECT_EQ(RunTv2({"dump", "--json", damaged}).Json()["file"], shown);
+    for (const std::string& verb : kFileVerbs) // the name can be had from the bytes beside it
+    {
+        const auto json = RunTv2(AsJson(Call(verb, damaged))).Json();
+        const auto entry = json.contains("files") ? json["files"][0] : json;
+        EXPECT_EQ(entry["file"], shown) << verb;
+        EXPECT_EQ(entry["fileBytes"], folder.Path("damaged%FF.tv2")) << verb;
+        EXPECT_EQ(entry.contains("outputBytes"), verb == "picture");
+    }
+    WriteBytes(folder.Path("sound.tv2"), SoundImage());
+    EXPECT_FALSE(RunTv2({"dump", "--json", folder.Path("sound.tv2")}).Json().contains("fileBytes"));
 }
 
 TEST(Usage, JsonOfWhatCouldNotRunHoldsTheError)
@@ -208,6 +316,15 @@ TEST(Usage, OutputThatCannotBeWrittenIsAnError)
     const int status = std::system(call.c_str());
     ASSERT_TRUE(WIFEXITED(status));
     EXPECT_EQ(WEXITSTATUS(status), 2);
+    // A drawing is whole whatever becomes of the line about it.
+    const std::string picture =
+        "tv2 picture " + folder.Path("good.tv2") + " " + folder.Path("a.svg") + " 2>/dev/null ";
+    for (const std::string output : {">/dev/full", ">&-"})
+    {
+        EXPECT_EQ(Shell(picture + output), 1) << output;
+        const Bytes drawing = ReadBytes(folder.Path("a.svg"));
+        EXPECT_TRUE(std::string(drawing.begin(), drawing.end()).ends_with("</svg>\n")) << output;
+    }
 }
 
 } // namespace

@@ -35,8 +35,12 @@ public:
 
     std::string make_option(const CLI::Option* option, bool is_positional) const override
     {
-        return Row(make_option_name(option, is_positional) + make_option_opts(option),
-                   make_option_desc(option));
+        std::string name = make_option_name(option, is_positional);
+        if (name.find("{false}") != std::string::npos) // --flag,--no-flag{false}
+        {
+            name = "--[no-]" + option->get_lnames().front();
+        }
+        return Row(name + make_option_opts(option), make_option_desc(option));
     }
 
     std::string make_subcommand(const CLI::App* command) const override
@@ -309,7 +313,7 @@ constexpr AddVerb kVerbs[] = {
     AddExportVerb, AddSceneVerb, AddMenuVerb, AddInfoVerb, AddDumpVerb, AddCheckVerb, AddPictureVerb,
 };
 
-std::vector<std::string> NamesOf(const std::vector<CLI::App*>& commands)
+std::vector<std::string> NamesOf(const std::vector<const CLI::App*>& commands)
 {
     std::vector<std::string> names;
     for (const CLI::App* const command : commands)
@@ -356,11 +360,13 @@ std::string Complaint(const CLI::App& command, const CLI::ParseError& error)
     {
         return error.what();
     }
-    const std::string& first = unexpected.front();
-    if (!first.starts_with('-'))
+    const auto option = std::find_if(unexpected.begin(), unexpected.end(),
+                                     [](const std::string& text) { return text.starts_with('-'); });
+    if (option == unexpected.end())
     {
-        return "one argument too many: \"" + first + '"';
+        return "one argument too many: \"" + unexpected.front() + '"';
     }
+    const std::string& first = *option;
     const std::string name = first.substr(0, first.find('='));
     return "there is no option " + name + DidYouMean(name, OptionsOf(command));
 }

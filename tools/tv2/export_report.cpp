@@ -1,11 +1,12 @@
 #include "tools/tv2/export_report.h"
 
+#include "tools/tv2/notes.h"
 #include "tools/tv2/text.h"
 
 #include <iomanip>
 #include <sstream>
 
-void PrintReport(std::ostream& out, const ExportReport& report)
+void PrintReport(std::ostream& out, const ExportReport& report, std::size_t columns)
 {
     std::ostringstream text;
     for (const ExportReport::File& entry : report.files)
@@ -16,7 +17,7 @@ void PrintReport(std::ostream& out, const ExportReport& report)
         {
             continue;
         }
-        text << OneLine(planned.path) << ": take \"" << OneLine(planned.take_name) << "\", "
+        text << Printable(planned.path) << ": take \"" << OneLine(planned.take_name) << "\", "
              << CountOf(file.nodes, "node", "nodes") << ", " << CountOf(file.cameras, "camera", "cameras")
              << ", " << CountOf(file.samples, "sample", "samples") << " (" << ShortNumber(entry.rate)
              << " a second), " << CountText(file.keys_sampled) << " keys sampled, "
@@ -27,11 +28,8 @@ void PrintReport(std::ostream& out, const ExportReport& report)
         }
         text << '\n';
     }
-    for (const std::string& note : report.notes)
-    {
-        text << "note: " << OneLine(note) << '\n';
-    }
     out << text.str();
+    PrintNotes(out, report.notes, columns);
 }
 
 namespace

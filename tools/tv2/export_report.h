@@ -28,8 +28,8 @@ struct ExportReport
     std::vector<File> files;
 };
 
-/// A line for each file that came out, and the notes.
-void PrintReport(std::ostream& out, const ExportReport& report);
+/// A line for each file that came out, and the notes, in lines of a terminal of `columns` columns; 0 where it is none.
+void PrintReport(std::ostream& out, const ExportReport& report, std::size_t columns);
 
 /// The same as one object, with what went wrong.
 nlohmann::ordered_json ReportJson(const std::string& scene, const ExportReport& report);

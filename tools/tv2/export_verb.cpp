@@ -127,7 +127,7 @@ private:
             before.push_back(FileStamp::Of(file.path));
         }
         const bool show = !options_.quiet && ErrorsGoToTerminal();
-        ExportWatch watch(plan_, show ? &context_.err : nullptr);
+        ExportWatch watch(plan_, show ? &context_.err : nullptr, TerminalColumns(Stream::kErrors));
         std::string error;
         const bool completed = exporter_->Run(CallOf(request_, plan_), error);
         watch.Finish();
@@ -152,7 +152,7 @@ private:
         }
         else if (!options_.quiet && report_.error.empty())
         {
-            PrintReport(context_.out, report_);
+            PrintReport(context_.out, report_, OutputColumns());
         }
     }
 

@@ -1,17 +1,19 @@
 #include "tools/tv2/progress_bar.h"
 
-#include "tools/tv2/text.h"
+#include "tools/tv2/progress_line.h"
 
 #include <mobu_host/scene.h>
 
 #include <algorithm>
-#include <iomanip>
-#include <sstream>
 
 namespace
 {
 
 constexpr std::chrono::milliseconds kBetweenDrawings{100};
+
+/// What is left is not told before this many seconds and this part of the work.
+constexpr double kBeforeEstimate = 1.0;
+constexpr double kLeastPartToEstimate = 0.02;
 
 double SecondsBetween(ExportWatch::Clock::time_point from, ExportWatch::Clock::time_point to)
 {
@@ -20,12 +22,17 @@ double SecondsBetween(ExportWatch::Clock::time_point from, ExportWatch::Clock::t
 
 } // namespace
 
-ExportWatch::ExportWatch(const ExportPlan& plan, std::ostream* terminal)
-    : plan_(plan), terminal_(terminal), seconds_(plan.files.size()), begun_(plan.files.size())
+ExportWatch::ExportWatch(const ExportPlan& plan, std::ostream* terminal, std::size_t columns)
+    : plan_(plan),
+      terminal_(terminal),
+      columns_(columns),
+      seconds_(plan.files.size()),
+      begun_(plan.files.size())
 {
-    for (const PlannedFile& file : plan.files)
+    for (std::size_t i = 0; i < plan.files.size(); ++i)
     {
-        total_ += file.instants.size();
+        total_ += plan.files[i].instants.size();
+        file_of_.emplace(plan.files[i].take, i);
     }
     mobu_host::ObserverCalls calls;
     calls.on_goto = [this](FBTime time, FBTake* take) { OnGoto(time.GetSecondDouble(), take); };
@@ -49,17 +56,14 @@ void ExportWatch::OnGoto(double seconds, FBTake* take)
     if (file_ == kNoFile || plan_.files[file_].take != take)
     {
         // The player goes back to where it was after the last file: a take that has had its turn is left alone.
-        for (std::size_t i = 0; i < plan_.files.size(); ++i)
+        const auto found = file_of_.find(take);
+        if (found != file_of_.end() && !begun_[found->second])
         {
-            if (plan_.files[i].take == take && !begun_[i])
-            {
-                EndFile();
-                begun_[i] = true;
-                file_ = i;
-                samples_ = 0;
-                file_start_ = Clock::now();
-                break;
-            }
+            EndFile();
+            file_ = found->second;
+            begun_[file_] = true;
+            samples_ = 0;
+            file_start_ = Clock::now();
         }
     }
     if (file_ == kNoFile || plan_.files[file_].take != take)
@@ -79,25 +83,25 @@ void ExportWatch::OnGoto(double seconds, FBTake* take)
 
 void ExportWatch::Draw(double seconds)
 {
-    constexpr std::size_t kWidth = 24;
     const PlannedFile& file = plan_.files[file_];
     const double part = static_cast<double>(samples_) / static_cast<double>(file.instants.size());
     const double whole = static_cast<double>(done_ + samples_) / static_cast<double>(total_);
-    const auto filled = std::min(kWidth, static_cast<std::size_t>(part * static_cast<double>(kWidth)));
     last_drawn_ = Clock::now();
     const double elapsed = SecondsBetween(start_, last_drawn_);
 
-    std::ostringstream line;
-    line << "\r\x1b[K" << OneLine(file.take_name);
-    if (plan_.files.size() > 1)
+    ProgressText text;
+    text.take = file.take_name;
+    text.file = plan_.files.size() > 1 ? file_ + 1 : 0;
+    text.files = plan_.files.size();
+    text.part = part;
+    text.seconds = seconds;
+    text.end = static_cast<double>(file.range.end);
+    if (elapsed >= kBeforeEstimate && whole >= kLeastPartToEstimate)
     {
-        line << " (" << file_ + 1 << '/' << plan_.files.size() << ')';
+        text.seconds_left = elapsed / whole - elapsed;
     }
-    line << " [" << std::string(filled, '#') << std::string(kWidth - filled, '.') << "] " << std::fixed
-         << std::setprecision(0) << std::setw(3) << 100.0 * part << " %  " << std::setprecision(2) << seconds
-         << " of " << static_cast<double>(file.range.end) << " s  ETA " << std::setprecision(0)
-         << elapsed / whole - elapsed << " s";
-    *terminal_ << line.str() << std::flush;
+    // The last column stays free: some terminals go on to the next line when it is filled.
+    *terminal_ << "\r\x1b[K" << ProgressLine(text, columns_ - 1) << std::flush;
     drawn_ = true;
 }
 

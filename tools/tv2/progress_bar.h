@@ -7,6 +7,7 @@
 #include <memory>
 #include <ostream>
 #include <string>
+#include <unordered_map>
 #include <vector>
 
 namespace mobu_host
@@ -21,8 +22,8 @@ class ExportWatch
 public:
     using Clock = std::chrono::steady_clock;
 
-    /// `terminal` is where the line is drawn; null for none. The plan must outlive the watch.
-    ExportWatch(const ExportPlan& plan, std::ostream* terminal);
+    /// `terminal` is where the line is drawn, `columns` wide; null for none. The plan must outlive the watch.
+    ExportWatch(const ExportPlan& plan, std::ostream* terminal, std::size_t columns = 80);
     ~ExportWatch();
 
     /// The export has returned: takes the line away and stops the clock.
@@ -41,12 +42,14 @@ private:
 
     const ExportPlan& plan_;
     std::ostream* terminal_;
+    std::size_t columns_;
     std::vector<double> seconds_;
     std::vector<bool> begun_;
-    std::size_t file_ = kNoFile; ///< that is sampled now
-    std::size_t samples_ = 0;    ///< of that file
-    std::size_t total_ = 0;      ///< of all files of the plan
-    std::size_t done_ = 0;       ///< of the files before
+    std::unordered_map<const FBTake*, std::size_t> file_of_; ///< index in the plan
+    std::size_t file_ = kNoFile;                             ///< that is sampled now
+    std::size_t samples_ = 0;                                ///< of that file
+    std::size_t total_ = 0;                                  ///< of all files of the plan
+    std::size_t done_ = 0;                                   ///< of the files before
     bool drawn_ = false;
     Clock::time_point start_ = Clock::now();
     Clock::time_point file_start_;

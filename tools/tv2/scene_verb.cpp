@@ -1,5 +1,7 @@
 #include "exporter/sampling/sampling_range.h"
 #include "tools/tv2/json.h"
+#include "tools/tv2/notes.h"
+#include "tools/tv2/system.h"
 #include "tools/tv2/text.h"
 #include "tools/tv2/verb.h"
 
@@ -265,8 +267,8 @@ void PrintModels(std::ostream& out, const SceneJson& models)
 
 void PrintScene(std::ostream& out, const SceneJson& scene)
 {
-    out << OneLine(scene["scene"].get<std::string>()) << "\ntransport rate " << Short(scene["transportRate"])
-        << " frames a second\n";
+    out << Printable(scene["scene"].get<std::string>()) << "\ntransport rate "
+        << Short(scene["transportRate"]) << " frames a second\n";
     out << CountOf(scene["takes"].size(), "take", "takes") << '\n';
     for (const SceneJson& take : scene["takes"])
     {
@@ -289,10 +291,7 @@ void PrintScene(std::ostream& out, const SceneJson& scene)
         out << (constraint["active"].get<bool>() ? "" : "  (inactive)")
             << (constraint["solved"].get<bool>() ? "" : "  (not solved)") << '\n';
     }
-    for (const SceneJson& note : scene["notes"])
-    {
-        out << "note: " << OneLine(note.get<std::string>()) << '\n';
-    }
+    PrintNotes(out, scene["notes"].get<std::vector<std::string>>(), OutputColumns());
 }
 
 void PrintJson(std::ostream& out, const SceneJson& json)

@@ -28,6 +28,9 @@ enum class Stream
 /// Width of the terminal that a stream goes to; 80 where it goes elsewhere or the width is unknown.
 std::size_t TerminalColumns(Stream stream);
 
+/// Width of the terminal that standard output goes to; 0 where that is none.
+std::size_t OutputColumns();
+
 /// Opens standard streams that the caller has closed on nothing, so that no file of ours takes their place. Writing to
 /// such an output fails.
 void KeepStandardStreams();

@@ -41,6 +41,11 @@ std::size_t TerminalColumns(Stream stream)
     return ::ioctl(file, TIOCGWINSZ, &size) == 0 && size.ws_col > 0 ? size.ws_col : 80;
 }
 
+std::size_t OutputColumns()
+{
+    return ::isatty(STDOUT_FILENO) != 0 ? TerminalColumns(Stream::kOutput) : 0;
+}
+
 void KeepStandardStreams()
 {
     for (const int file : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO})

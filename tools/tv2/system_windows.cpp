@@ -39,6 +39,11 @@ std::size_t TerminalColumns(Stream stream)
     return known && columns > 1 ? static_cast<std::size_t>(columns) : 80;
 }
 
+std::size_t OutputColumns()
+{
+    return _isatty(_fileno(stdout)) != 0 ? TerminalColumns(Stream::kOutput) : 0;
+}
+
 // Handles of this system are never given out twice.
 void KeepStandardStreams() {}
 

@@ -53,27 +53,23 @@ std::size_t ColumnsOf(std::string_view text)
 
 std::string Wrapped(std::string_view text, std::size_t width, std::size_t indent, std::size_t used)
 {
+    const std::string new_line = '\n' + std::string(indent, ' ');
     std::string wrapped;
     while (true)
     {
         const std::size_t end = std::min(text.find('\n'), text.size());
         std::string_view line = text.substr(0, end);
         const bool as_it_is = line.starts_with(' ');
-        while (!line.empty())
+        for (bool first = true; !line.empty(); first = false)
         {
             const std::size_t blank = as_it_is ? line.size() : std::min(line.find(' '), line.size());
             const std::string_view word = line.substr(0, blank);
             const std::size_t columns = ColumnsOf(word);
-            const bool begins = used == 0 || wrapped.empty();
-            if (!begins && used > indent && used + 1 + columns > width)
+            if (!first)
             {
-                wrapped += '\n' + std::string(indent, ' ');
-                used = indent;
-            }
-            else if (!wrapped.empty() && used > indent && wrapped.back() != '\n')
-            {
-                wrapped += ' ';
-                ++used;
+                const bool fits = used + 1 + columns <= width;
+                wrapped += fits ? " " : new_line;
+                used = fits ? used + 1 : indent;
             }
             wrapped += word;
             used += columns;
@@ -83,7 +79,7 @@ std::string Wrapped(std::string_view text, std::size_t width, std::size_t indent
         {
             return wrapped;
         }
-        wrapped += '\n' + std::string(indent, ' ');
+        wrapped += new_line;
         used = indent;
         text.remove_prefix(end + 1);
     }

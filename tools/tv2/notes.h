@@ -1,0 +1,8 @@
+#pragma once
+
+#include <ostream>
+#include <string>
+#include <vector>
+
+/// A line for each note; on a terminal of `columns` columns as many as it takes, 0 where it is none.
+void PrintNotes(std::ostream& out, const std::vector<std::string>& notes, std::size_t columns);
