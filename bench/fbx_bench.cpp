@@ -1,9 +1,6 @@
 #include "host/scene_import/fbx/fbx_import.h"
 #include "host/scene_import/fbx/scene_data.h"
 
-#include <assimp/config.h>
-#include <assimp/Importer.hpp>
-#include <assimp/scene.h>
 #include <benchmark/benchmark.h>
 #include <mobu_host/scene.h>
 
@@ -12,8 +9,7 @@
 #include <iterator>
 #include <string>
 
-// Opening FBX scenes, beside the general import library that reads the other formats. Both get the file's bytes in
-// memory. The library is asked for no more than the scene's hierarchy and animation.
+// Opening FBX scenes whose bytes are in memory.
 
 namespace
 {
@@ -56,24 +52,6 @@ void Read(benchmark::State& state, const std::string& path)
     Count(state, file);
 }
 
-void OpenWithAssimp(benchmark::State& state, const std::string& path)
-{
-    const std::string file = Bytes(path);
-    for ([[maybe_unused]] auto _ : state)
-    {
-        Assimp::Importer importer;
-        importer.SetPropertyBool(AI_CONFIG_IMPORT_NO_SKELETON_MESHES, true);
-        importer.SetPropertyBool(AI_CONFIG_IMPORT_FBX_READ_MATERIALS, false);
-        importer.SetPropertyBool(AI_CONFIG_IMPORT_FBX_READ_TEXTURES, false);
-        importer.SetPropertyBool(AI_CONFIG_IMPORT_FBX_READ_ALL_GEOMETRY_LAYERS, false);
-        const aiScene* scene = importer.ReadFileFromMemory(file.data(), file.size(), 0, ".fbx");
-        if (!scene)
-            state.SkipWithError(importer.GetErrorString());
-        benchmark::DoNotOptimize(scene);
-    }
-    Count(state, file);
-}
-
 void Register(const std::filesystem::path& path)
 {
     const std::string name = path.filename().string();
@@ -82,7 +60,7 @@ void Register(const std::filesystem::path& path)
     {
         const char* what;
         void (*run)(benchmark::State&, const std::string&);
-    } ways[] = {{"host/", OpenInHost}, {"read/", Read}, {"assimp/", OpenWithAssimp}};
+    } ways[] = {{"host/", OpenInHost}, {"read/", Read}};
     for (const auto& way : ways)
         benchmark::RegisterBenchmark((way.what + name).c_str(), way.run, file)->Unit(benchmark::kMillisecond);
 }

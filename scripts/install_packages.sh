@@ -3,7 +3,7 @@
 # and says so.
 set -eu
 
-packages="g++ cmake ninja-build pkg-config libassimp-dev libpugixml-dev zlib1g-dev libcli11-dev nlohmann-json3-dev libgtest-dev libfltk1.3-dev python3 $*"
+packages="g++ cmake ninja-build pkg-config libpugixml-dev zlib1g-dev libcli11-dev nlohmann-json3-dev libgtest-dev libfltk1.3-dev python3 $*"
 
 missing=""
 for package in $packages; do

@@ -10,28 +10,24 @@
 //
 //   FBX        6.0 to 7.x, binary and text: models, cameras, takes, layers, curves, user properties, constraints as
 //              listed; its own unit, axes and rate
-//   BVH        every joint and end site; one unit is one centimetre; transport rate 1 / frame time
-//   glTF, GLB  nodes, cameras, node and camera extras as user properties; metres; 30 frames a second
-//   Collada    nodes, cameras; its own unit and up axis; 30 frames a second
+//   BVH        every joint and end site; one unit is one centimetre; rate 1 / frame time
+//   glTF, GLB  2.0: nodes, cameras, extras as user properties, animations with their exact splines; metres
+//   Collada    1.4 and 1.5: nodes, cameras, animations with their exact curves; its own unit and up axis
 //
-// Meshes, materials, skins and blend shapes are passed over.
+// Meshes, materials, skins and blend shapes are passed over. docs/scene_files.md has it all.
 //
-// What the scene holds afterwards (FBX differs: models stand as the file has them, with its takes' own spans, curves and
-// current take; docs/scene_files.md has it all):
+// What the scene holds afterwards (FBX differs: models stay as the file has them, with its takes' own spans and current
+// take):
 //
-//   Models     centimetres, Y up, below the scene's root. A label that is taken already gets a number (" 1"); where a
-//              joint and the mesh on it share a name, the joint keeps it. A mirrored node gets one axis reversed, so
-//              that its frame is a rotation; what hangs on it stays where it is.
-//   Cameras    look along their own +X, +Y up; the turn is taken off again for what hangs on them.
+//   Models     centimetres, Y up, below the scene's root. A duplicate name gets a number (" 1"); where a joint and the
+//              mesh on it share a name, the joint keeps it. A mirrored model gets one axis reversed, so that its frame
+//              is a rotation; what is below it stays where it is.
+//   Cameras    look along their own +X, +Y up; the turn is undone for what is below them.
 //              Horizontal aperture; the field of view is the horizontal angle.
 //   Takes      one for each animation in file order, unnamed ones "Take 001" and so on; a file without animation
-//              gives "Take 001" from 0 to 0. A take spans 0 to the last key. The first take is current.
-//   Animation  translation and scale in straight lines between keys, rotation along the shortest arc, constant
-//              outside the keys. glTF steps hold their value; cubic glTF splines and Bezier curves of Collada
-//              keep their keys and become straight lines between them.
-//
-// The end of a take within a hundredth of a frame of a whole frame is set onto that frame: formats store times in
-// single precision or as short decimals, and the last frame of a take must not be lost to that.
+//              gives "Take 001" from 0 to 0. The first take is current. Values hold outside their keys.
+//   Rate       ImportOptions::scene_rate, else the one that the file states, else the lowest common one that meets all
+//              keys and ends (transport_rate.h), else 30. Takes are widened to whole frames of it, with a note.
 
 #include "host/scene_import/import_options.h"
 

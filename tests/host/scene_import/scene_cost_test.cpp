@@ -59,30 +59,29 @@ struct HungryFile
 };
 
 const HungryFile kFiles[] = {
-    {"joints", "BVH", [] { return Bvh(Repeated("JOINT\n{}", 200'000), "Frames:0\nFrame Time:1"); }},
-    {"end sites", "BVH", [] { return Bvh(Repeated("End Site\n{}", 200'000), "Frames:0\nFrame Time:1"); }},
+    {"joints", "BVH", [] { return Bvh(Repeated("JOINT{}", 65'537), "Frames:0\nFrame Time:1"); }},
+    {"end sites", "BVH", [] { return Bvh(Repeated("End Site{}", 65'537), "Frames:0\nFrame Time:1"); }},
     {"end sites of a long name", "BVH",
      []
      {
-         return Bvh("JOINT " + std::string(500, 'x') + "\n{" + Repeated("End Site\n{}", 100'000) + "}",
+         return Bvh("JOINT " + std::string(256, 'x') + "\n{" + Repeated("End Site{}", 65'537) + "}",
                     "Frames:0\nFrame Time:1");
      }},
     {"joints that move", "BVH",
      []
      {
-         return Bvh(Repeated("JOINT\n{CHANNELS 1 Xposition}", 100'000),
-                    "Frames:1\nFrame Time:1\n" + Repeated("0 ", 100'000));
+         return Bvh(Repeated("JOINT\n{CHANNELS 1 Xposition}", 30'000),
+                    "Frames:1\nFrame Time:1\n" + Repeated("0 ", 30'000));
      }},
     {"channels", "BVH",
      []
      {
-         return Bvh(Repeated("JOINT\n{CHANNELS 100" + Repeated(" Xposition", 100) + "}", 2'000),
-                    "Frames:1\nFrame Time:1\n" + Repeated("0 ", 200'000));
+         return Bvh(Repeated("JOINT\n{CHANNELS 100" + Repeated(" Xposition", 100) + "}", 500),
+                    "Frames:1\nFrame Time:1\n" + Repeated("0 ", 50'000));
      }},
     {"frames", "BVH",
-     [] {
-         return Bvh("CHANNELS 1 Xposition", "Frames:2000000\nFrame Time:.01\n" + Repeated("0\n", 2'000'000));
-     }},
+     []
+     { return Bvh("CHANNELS 1 Xposition", "Frames:500000\nFrame Time:.01\n" + Repeated("0\n", 500'000)); }},
     {"nodes that the scene shows", "glTF",
      []
      {

@@ -43,6 +43,36 @@ std::string Bvh(const std::string& joints, const std::string& motion)
     return "HIERARCHY\nROOT a\n{\n" + joints + "}\nMOTION\n" + motion;
 }
 
+// "0, 1, 2", each between two texts.
+std::string Numbered(std::size_t count, const std::string& before = "", const std::string& after = "")
+{
+    std::string all;
+    for (std::size_t i = 0; i < count; ++i)
+        all += (i == 0 ? before : "," + before) + std::to_string(i) + after;
+    return all;
+}
+
+std::string Gltf(std::size_t nodes, const std::string& rest)
+{
+    return R"({"asset":{"version":"2.0"},"scenes":[{"nodes":[)" + Numbered(nodes) + R"(]}],"nodes":[)" +
+           Numbered(nodes, R"({"name":"n)", "\"}") + "]" + rest + "}";
+}
+
+// A channel for each node, all of one accessor of eight keys.
+std::string SharedAccessorGltf(std::size_t nodes)
+{
+    const std::string view = R"(,"bufferView":0,"componentType":5126,"count":8)";
+    return Gltf(
+        nodes,
+        R"(,"buffers":[{"byteLength":128,"uri":"data:;base64,)"
+        "AAAAAAAAgD8AAABAAABAQAAAgEAAAKBAAADAQAAA4EAAAABBAAAQQQAAIEEAADBBAABAQQAAUEEAAGBBAABwQQAAgEEAAIhBAACQ"
+        "QQAAmEEAAKBBAACoQQAAsEEAALhBAADAQQAAyEEAANBBAADYQQAA4EEAAOhBAADwQQAA+EE="
+        R"("}],"bufferViews":[{"buffer":0,"byteLength":128}],"accessors":[{"type":"SCALAR")" +
+            view + R"(},{"type":"VEC3")" + view +
+            R"(}],"animations":[{"samplers":[{"input":0,"output":1}],"channels":[)" +
+            Numbered(nodes, R"({"sampler":0,"target":{"path":"translation","node":)", "}}") + "]}]");
+}
+
 const std::string kStill = "Frames:0\nFrame Time:1";
 
 // An FBX file of n takes, each with a record below Takes, on one layer.
@@ -142,6 +172,18 @@ const GrowingFile kFiles[] = {
      }},
     {"bvh_name", "BVH", 50'000,
      [](std::size_t n) { return "HIERARCHY\nROOT " + std::string(n, 'x') + "\n{}"; }},
+    {"gltf_nodes", "glTF", 100, [](std::size_t n) { return Gltf(n, ""); }},
+    {"gltf_names_of_extras", "glTF", 200,
+     [](std::size_t n) { return Gltf(1, R"(,"extras":{)" + Numbered(n, "\"x", "\":1") + "}"); }},
+    {"gltf_names_of_an_object", "glTF", 200,
+     [](std::size_t n) { return Gltf(1, R"(,"x":{)" + Numbered(n, "\"x", "\":1") + "}"); }},
+    {"gltf_takes", "glTF", 50,
+     [](std::size_t n)
+     {
+         return Gltf(1, R"(,"animations":[)" +
+                            Numbered(n, R"({"name":"t)", R"(","samplers":[],"channels":[]})") + "]");
+     }},
+    {"gltf_shared_accessor", "glTF", 50, SharedAccessorGltf},
     {"collada_nodes", "Collada", 200,
      [](std::size_t n) { return collada_text::Document("", Repeated("<node id=\"a\" sid=\"b\"/>", n)); }},
     {"collada_unclosed_nodes", "Collada", 5000,
