@@ -23,7 +23,7 @@ build: packages ## Build the command (build/bin/tv2), the plug-in and the librar
 	@cmake --build --preset release --target tv2 tv2_motionbuilder_export_tool mobu_host
 
 test: packages ## Build everything and run all tests
-	@scripts/install_packages.sh xvfb
+	@scripts/install_packages.sh xvfb valgrind
 	@cmake --preset release > /dev/null
 	@cmake --build --preset release
 	cd $(BUILD) && $(CTEST)

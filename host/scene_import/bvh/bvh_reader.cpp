@@ -17,8 +17,9 @@ namespace mobu_host::bvh
 namespace
 {
 
-constexpr std::size_t kLongestName = 500;  // bytes: end sites repeat the name of their joint
+constexpr std::size_t kLongestName = 256;  // bytes: end sites repeat the name of their joint
 constexpr std::size_t kMostChannels = 100; // of a joint
+constexpr std::size_t kLeastModel = 6;     // bytes: "ROOT{}"
 constexpr std::size_t kMostFrames = std::numeric_limits<std::int32_t>::max();
 constexpr double kCentimetresPerMetre = 100.0;
 constexpr double kSmallestFigure = 0.3; // metres
@@ -95,7 +96,13 @@ private:
 class Reader
 {
 public:
-    Reader(std::string_view file, ImportNotes& notes) : text_(WithoutMark(file)), notes_(notes) {}
+    Reader(std::string_view file, ImportNotes& notes) : text_(WithoutMark(file)), notes_(notes)
+    {
+        const auto braces = static_cast<std::size_t>(std::count(file.begin(), file.end(), '{'));
+        const std::size_t models = std::min(braces, file.size() / kLeastModel);
+        scene_.models.reserve(models); // growing lists would take three times as much
+        joints_.reserve(models);
+    }
 
     SceneDescription Read()
     {

@@ -205,7 +205,7 @@ TEST_F(BvhImportTest, WhatIsNotBvhIsRefusedWithItsLine)
         {"HIERARCHY\nROOT a\n{\nSCALE 1\n",
          "\"SCALE\" stands where OFFSET, CHANNELS, JOINT, End Site or } is "
          "expected (line 4)"},
-        {"HIERARCHY\nROOT " + std::string(501, 'x') + "\n{", "a name has more than 500 bytes (line 2)"},
+        {"HIERARCHY\nROOT " + std::string(257, 'x') + "\n{", "a name has more than 256 bytes (line 2)"},
         {Joint("1 Wrotation", sound), "\"Wrotation\" is not a channel (Xposition to Zposition, Xrotation to "
                                       "Zrotation are) (line 5)"},
         {Joint("-1", sound), "CHANNELS is not a whole number from 0 to 100 (line 5)"},
