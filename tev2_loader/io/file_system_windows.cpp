@@ -92,6 +92,12 @@ Target Examine(const std::string& path)
     target.exists = true;
     if ((attributes & FILE_ATTRIBUTE_DIRECTORY) != 0)
         return target;
+    if ((attributes & FILE_ATTRIBUTE_READONLY) !=
+        0) // not left to the system: a superuser's opening may succeed
+    {
+        target.error = EACCES;
+        return target;
+    }
     const Handle file(CreateFileW(wide.c_str(), GENERIC_WRITE, kShareAll, nullptr, OPEN_EXISTING,
                                   FILE_ATTRIBUTE_NORMAL, nullptr));
     if (!file.IsOpen())
