@@ -1,7 +1,7 @@
 # The front door. Every target installs the Debian packages it lacks (and says so), builds what it needs, and runs.
 
 BUILD := build
-SAMPLE := samples/mocap_walk_cameras.fbx
+SAMPLE := samples/robot_14_takes.glb
 JOBS := $(shell nproc)
 FUZZ_SECONDS := 60
 CTEST := ctest --output-on-failure --no-tests=error -j$(JOBS)
@@ -11,12 +11,12 @@ CTEST := ctest --output-on-failure --no-tests=error -j$(JOBS)
 help: ## Show this list
 	@awk -F ':.*## ' '/^[a-z-]+:.*## / { printf "  make %-12s %s\n", $$1, $$2 }' $(MAKEFILE_LIST)
 
-demo: build ## Export a scene that MotionBuilder saved, with its cameras, and show what came out
+demo: build ## Export a take of a sample scene, validate the file and draw it
 	@mkdir -p out
-	$(BUILD)/bin/tv2 export $(SAMPLE) out/walk.tv2
-	$(BUILD)/bin/tv2 info out/walk.tv2
-	$(BUILD)/bin/tv2 check out/walk.tv2 || echo "(the scene has mirrored end joints: docs/scene_files.md)"
-	$(BUILD)/bin/tv2 picture --view side out/walk.tv2 out/walk.svg
+	$(BUILD)/bin/tv2 export $(SAMPLE) out/dance.tv2
+	$(BUILD)/bin/tv2 info out/dance.tv2
+	$(BUILD)/bin/tv2 check out/dance.tv2
+	$(BUILD)/bin/tv2 picture out/dance.tv2 out/dance.svg
 
 build: packages ## Build the command (build/bin/tv2), the plug-in and the libraries
 	@cmake --preset release > /dev/null
