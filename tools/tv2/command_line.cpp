@@ -271,7 +271,7 @@ void AddCheckVerb(CLI::App& app, VerbContext& context)
         "2 when a file cannot be read.\n"
         "Examples:\n"
         "  tv2 check takes/*.tv2\n"
-        "  tv2 check --json walk.tv2 | jq -r '.files[].findings[] | [.code, .offset, .path] | @tsv'\n"
+        "  tv2 check --json walk.tv2 | jq -r '.files[].findings[].code'\n"
         "  tv2 check --codes");
     verb->callback(
         [options, &context]
