@@ -299,7 +299,7 @@ private:
     void NoteImplausibleSize()
     {
         std::vector<Vector> places(scene_.models.size());
-        Vector least, most;
+        Vector least{}, most{};
         for (std::size_t i = 0; i < places.size(); ++i)
         {
             const ModelDescription& model = scene_.models[i];
