@@ -84,11 +84,12 @@ bool IsGone(unsigned long process)
     return id <= 0 || static_cast<unsigned long>(id) != process || (::kill(id, 0) != 0 && errno == ESRCH);
 }
 
-/// True when nobody holds the lock that every writer takes on its part file.
+/// True when nobody holds the lock that every writer takes on its part file. A shared lock is enough to find that out,
+/// and network file systems give no other on a file that is open for reading.
 bool IsUnlocked(const std::string& path)
 {
     const Descriptor file(::open(path.c_str(), O_RDONLY | O_NONBLOCK | O_NOFOLLOW | O_CLOEXEC));
-    return file.IsOpen() && ::flock(file.Get(), LOCK_EX | LOCK_NB) == 0;
+    return file.IsOpen() && ::flock(file.Get(), LOCK_SH | LOCK_NB) == 0;
 }
 
 } // namespace
@@ -135,8 +136,8 @@ std::FILE* CreateNew(const std::string& path, const Target& replaced)
     Descriptor file(::open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, mode));
     if (!file.IsOpen())
         return nullptr;
-    static_cast<void>(
-        ::flock(file.Get(), LOCK_EX | LOCK_NB)); // where there are no locks, the process decides alone
+    // Where there are no locks, part files are never removed as abandoned.
+    static_cast<void>(::flock(file.Get(), LOCK_EX | LOCK_NB));
     std::FILE* const stream = file.Stream();
     if (!stream)
     {
@@ -197,9 +198,10 @@ void RemoveAbandoned(const std::string& folder, const std::string& prefix, const
     while (const dirent* const entry = ::readdir(listing.get()))
         if (const auto process = ProcessInName(entry->d_name, prefix, suffix))
         {
-            // Numbers of processes are used again: what bears ours may be an earlier one's.
+            // Numbers of processes are used again, and another computer that shares the folder has its own: the lock
+            // decides. A process that runs here may be about to take it.
             const std::string path = folder + entry->d_name;
-            if (*process == ProcessId() ? IsUnlocked(path) : IsGone(*process))
+            if ((*process == ProcessId() || IsGone(*process)) && IsUnlocked(path))
                 found.push_back(path);
         }
     for (const std::string& path : found)

@@ -10,6 +10,7 @@
 #include <csignal>
 #include <fcntl.h>
 #include <stdexcept>
+#include <sys/file.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
@@ -323,6 +324,20 @@ TEST(WholeFile, RemovesThePartFilesThatNobodyIsWriting)
     kept.emplace_back("a.tv2");
     std::ranges::sort(kept);
     EXPECT_EQ(folder.Names(), kept);
+}
+
+/// Another computer that shares the folder numbers its processes on its own.
+TEST(WholeFile, LeavesAPartFileThatIsLockedWhateverItsProcess)
+{
+    const ScratchFolder folder;
+    const std::string part = ".a." + std::to_string(EndedProcess()) + "-1.part";
+    const int locked = ::open(folder.Make(part, "half").c_str(), O_RDWR | O_CLOEXEC);
+    ASSERT_EQ(::flock(locked, LOCK_EX | LOCK_NB), 0);
+    EXPECT_EQ(WriteWholeFile(folder.Path("a"), "new"), 0);
+    EXPECT_EQ(folder.Names(), (Names{part, "a"}));
+    ::close(locked);
+    EXPECT_EQ(WriteWholeFile(folder.Path("a"), "new"), 0);
+    EXPECT_EQ(folder.Names(), Names{"a"});
 }
 
 TEST(WholeFile, LeavesThePartFileOfAWriteInProgress)
