@@ -266,13 +266,12 @@ void AddCheckVerb(CLI::App& app, VerbContext& context)
     verb->add_flag("--all", options->all, "Show every finding, however many there are of one code");
     verb->add_flag("--json", options->json,
                    "Print JSON: an object with one entry of \"files\" for each file");
-    verb->footer(
-        "Exit code: 0 for files without errors and warnings (notes do not count), 1 otherwise, "
-        "2 when a file cannot be read.\n"
-        "Examples:\n"
-        "  tv2 check takes/*.tv2\n"
-        "  tv2 check --json walk.tv2 | jq -r '.files[].findings[].code'\n"
-        "  tv2 check --codes");
+    verb->footer("Exit code: 0 for files without errors and warnings (notes do not count), 1 otherwise, "
+                 "2 when a file cannot be read.\n"
+                 "Examples:\n"
+                 "  tv2 check takes/*.tv2\n"
+                 "  tv2 check --json walk.tv2 | jq -r '.files[].findings[].code'\n"
+                 "  tv2 check --codes");
     verb->callback(
         [options, &context]
         {
