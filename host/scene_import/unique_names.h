@@ -37,7 +37,7 @@ private:
 };
 
 // The SDK reads what precedes a colon as a namespace, and files are named after takes: they get "_" for ':', '/' and '\\'.
-inline std::string TakeName(std::string name, ImportNotes& notes)
+inline std::string TakeName(const std::string& name, ImportNotes& notes)
 {
     constexpr const char* kSeparators = ":/\\";
     std::string changed = name;

@@ -158,9 +158,9 @@ public:
         }
         for (std::size_t i = 0; i < figures_.size(); ++i)
         {
+            const std::size_t row = i / columns_;
             left_ = kLabelWidth + cell_width_ * static_cast<double>(i % columns_) + margin_;
-            ground_ =
-                cell_height_ * static_cast<double>(i / columns_) + cell_height_ - margin_ - kCaptionHeight;
+            ground_ = cell_height_ * static_cast<double>(row + 1) - margin_ - kCaptionHeight;
             DrawFigure(figures_[i]);
         }
         svg_ << "</svg>\n";

@@ -347,6 +347,7 @@ private:
             const std::vector<Transform>& transforms = TransformsOf(node);
             Spend(4 * shown.size() + transforms.size());
             std::vector<TransformCurve> curves;
+            curves.reserve(shown.size());
             for (const std::uint32_t i : shown)
                 curves.push_back(channels_[i].transform);
             built = {std::move(shown), std::make_shared<NodeMotion>(transforms, curves, centimetres_)};
@@ -366,6 +367,7 @@ private:
         {
             Spend(4 * shown.size());
             std::vector<LensCurve> curves;
+            curves.reserve(shown.size());
             for (const std::uint32_t i : shown)
                 curves.push_back(channels_[i].lens);
             built = {std::move(shown),

@@ -88,6 +88,7 @@ private:
                 found.emplace_back(data_->models[i].object, static_cast<FBCamera*>(models_[i]));
         std::sort(found.begin(), found.end());
         std::vector<FBCamera*> cameras;
+        cameras.reserve(found.size());
         for (const auto& [object, camera] : found)
             cameras.push_back(camera);
         OrderCameras(cameras);
