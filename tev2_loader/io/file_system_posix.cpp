@@ -78,6 +78,22 @@ std::string ResolveLinks(std::string path)
     return path;
 }
 
+/// False for a link to an open file, as in /proc: what it resolves to is no path of that file. Another program may replace
+/// the file between two looks at it, so that one difference says nothing.
+bool LeadToOneFile(const std::string& link, const std::string& resolved)
+{
+    constexpr int kMostLooks = 100;
+    for (int look = 0; look < kMostLooks; ++look)
+    {
+        struct stat by_link, by_name;
+        if (::stat(link.c_str(), &by_link) != 0 || ::stat(resolved.c_str(), &by_name) != 0)
+            return false;
+        if (by_link.st_dev == by_name.st_dev && by_link.st_ino == by_name.st_ino)
+            return true;
+    }
+    return false;
+}
+
 bool IsGone(unsigned long process)
 {
     const auto id = static_cast<pid_t>(process);
@@ -111,11 +127,8 @@ Target Examine(const std::string& path)
     target.group = status.st_gid;
     if (!S_ISREG(status.st_mode))
         return target;
-    // Links to open files, as in /proc, lead to no name.
     const std::string resolved = ResolveLinks(path);
-    struct stat named;
-    target.replaceable = ::stat(resolved.c_str(), &named) == 0 && named.st_dev == status.st_dev &&
-                         named.st_ino == status.st_ino;
+    target.replaceable = resolved == path || LeadToOneFile(path, resolved);
     if (target.replaceable)
         target.path = resolved;
     // Renaming asks for rights on the folder alone; a file that may not be written to is not to be replaced either.

@@ -172,11 +172,11 @@ TEST(ColladaMotionTest, AnglesAreInterpolatedOneByOne)
     ASSERT_EQ(scene.takes.size(), 1u);
     ASSERT_EQ(scene.takes[0].models.size(), 1u);
     EXPECT_EQ(scene.takes[0].name, "a");
-    const auto axes = scene.takes[0].models[0].transform(0.125).linear.at;
+    const Matrix3 turned = scene.takes[0].models[0].transform(0.125).linear;
     const double z = 90 * kRadians, y = 11.25 * kRadians; // z-turn x y-turn
-    EXPECT_NEAR(axes[0][0], std::cos(z) * std::cos(y), 1e-12);
-    EXPECT_NEAR(axes[1][0], std::sin(z) * std::cos(y), 1e-12);
-    EXPECT_NEAR(axes[2][0], -std::sin(y), 1e-12);
+    EXPECT_NEAR(turned.at[0][0], std::cos(z) * std::cos(y), 1e-12);
+    EXPECT_NEAR(turned.at[1][0], std::sin(z) * std::cos(y), 1e-12);
+    EXPECT_NEAR(turned.at[2][0], -std::sin(y), 1e-12);
 }
 
 TEST(ColladaMotionTest, MatricesTurnAlongTheArc)
