@@ -5,8 +5,11 @@
 
 #include <gtest/gtest.h>
 
+#include <csignal>
+#include <filesystem>
 #include <limits>
 #include <regex>
+#include <sys/resource.h>
 
 using namespace TEV2_LOADER;
 
@@ -115,6 +118,30 @@ TEST(Picture, SaysWhyThereIsNone)
     const auto failure = RunTv2({"picture", "--json", garbage, folder.Path("a.svg")}).Json();
     EXPECT_EQ(failure["file"], garbage);
     EXPECT_NE(failure["error"].get<std::string>().find("bad-magic"), std::string::npos);
+}
+
+TEST(Picture, ThatCannotBeWrittenLeavesTheEarlierOne)
+{
+    const ScratchFolder folder;
+    const std::string file = folder.Path("walker.tv2");
+    const std::string drawing = folder.Path("walker.svg");
+    SaveWalker(file, u"Scene", {0.0F, 0.0F, 1.0F});
+    ASSERT_EQ(RunTv2({"picture", "--figures", "2", file, drawing}).exit_code, 0);
+    const std::string earlier = Drawing(drawing);
+
+    rlimit before{};
+    getrlimit(RLIMIT_FSIZE, &before);
+    const rlimit small{earlier.size() - 1, before.rlim_max};
+    const auto handler = std::signal(SIGXFSZ, SIG_IGN); // and so it is in the command
+    setrlimit(RLIMIT_FSIZE, &small);
+    const CommandResult run = RunTv2({"picture", "--figures", "3", file, drawing});
+    setrlimit(RLIMIT_FSIZE, &before);
+    std::signal(SIGXFSZ, handler);
+
+    EXPECT_EQ(run.exit_code, 2);
+    EXPECT_NE(run.err.find(drawing + ": cannot be written: File too large"), std::string::npos) << run.err;
+    EXPECT_EQ(Drawing(drawing), earlier);
+    EXPECT_EQ(std::distance(std::filesystem::directory_iterator(folder.Path("")), {}), 2) << "a part file";
 }
 
 TEST(Picture, FromAboveWhatIsInFrontIsBelow)
