@@ -85,23 +85,14 @@ int ObstacleToWriting(const std::string& path)
 
 std::string FoldCase(const std::string& path)
 {
-    std::string folded = path;
-    CharUpperBuffA(folded.data(), static_cast<DWORD>(folded.size()));
-    // Letters beyond the 8-bit ones exist in the system's own text alone.
-    std::wstring wide(path.size(), L'\0');
-    const int units =
-        MultiByteToWideChar(CP_ACP, MB_ERR_INVALID_CHARS, path.data(), static_cast<int>(path.size()),
-                            wide.data(), static_cast<int>(wide.size()));
-    if (units <= 0)
-    {
-        return folded;
-    }
-    CharUpperBuffW(wide.data(), static_cast<DWORD>(units));
-    std::string bytes(static_cast<std::size_t>(units) * 4, '\0');
-    const int length = WideCharToMultiByte(CP_UTF8, 0, wide.data(), units, bytes.data(),
-                                           static_cast<int>(bytes.size()), nullptr, nullptr);
-    bytes.resize(static_cast<std::size_t>(length));
-    return bytes;
+    std::wstring wide = TEV2_LOADER::file_system::WidePath(path);
+    CharUpperBuffW(wide.data(), static_cast<DWORD>(wide.size()));
+    // The active code page may lack the larger letter: UTF-8 has every one.
+    std::string folded(wide.size() * 3, '\0');
+    folded.resize(static_cast<std::size_t>(
+        WideCharToMultiByte(CP_UTF8, 0, wide.data(), static_cast<int>(wide.size()), folded.data(),
+                            static_cast<int>(folded.size()), nullptr, nullptr)));
+    return folded;
 }
 
 } // namespace tev2_exporter
