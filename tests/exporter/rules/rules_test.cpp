@@ -4,6 +4,7 @@
 
 #include "exporter/rules/export_rules.h"
 #include "exporter/rules/file_facts.h"
+#include "tev2_loader/io/file_system.h"
 
 #include <gtest/gtest.h>
 
@@ -12,7 +13,6 @@
 #include <functional>
 
 #if !defined(_WIN32)
-#include <stdlib.h>
 #include <sys/stat.h>
 #endif
 
@@ -38,32 +38,19 @@ class RulesTest : public testing::Test
 protected:
     RulesTest()
     {
-        std::string pattern = (fs::temp_directory_path() / "tv2_rules_XXXXXX").string();
-#if defined(_WIN32)
-        fs::remove_all(pattern);
-        fs::create_directories(pattern);
-#else
-        EXPECT_NE(mkdtemp(pattern.data()), nullptr);
-#endif
-        folder_ = pattern;
+        const unsigned long process = TEV2_LOADER::file_system::ProcessId(); // tests run at the same time
+        folder_ = fs::temp_directory_path() / ("tv2_rules_" + std::to_string(process));
+        fs::remove_all(folder_);
+        fs::create_directory(folder_);
         Write("scene.bvh");
         Write("scene.bin");
         Write("file");
         fs::create_directory(folder_ / "folder.tv2");
     }
-    ~RulesTest() override
-    {
-        fs::remove_all(folder_);
-    }
+    ~RulesTest() override { fs::remove_all(folder_); }
 
-    std::string Path(const std::string& name) const
-    {
-        return (folder_ / name).string();
-    }
-    void Write(const std::string& name) const
-    {
-        std::ofstream(folder_ / name) << "content";
-    }
+    std::string Path(const std::string& name) const { return (folder_ / name).string(); }
+    void Write(const std::string& name) const { std::ofstream(folder_ / name) << "content"; }
 
     /// A walk of 0 to 2 s at 25 frames a second: root, hips with a leg, a camera; and a second take of 1 s.
     RulesPlan Plan(const Change& change = {}) const
