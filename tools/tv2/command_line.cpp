@@ -2,6 +2,7 @@
 
 #include "exporter/rules/sampling_rate.h"
 #include "host/scene_import/import_options.h"
+#include "tools/tv2/loaded_file.h"
 #include "tools/tv2/text.h"
 #include "tools/tv2/verb.h"
 
@@ -87,6 +88,22 @@ std::string OptionsOfTheDialog(const CLI::App& verb)
     return {};
 }
 
+void AddSceneFile(CLI::App& verb, std::string& path)
+{
+    const CLI::Validator is_a_file(
+        [](const std::string& value)
+        {
+            return value == kStandardInput
+                       ? std::string(
+                             "a scene cannot be read from standard input, since its name and folder go "
+                             "into the export and other files may belong to it: save it to a file "
+                             "(./- is a file of the name -)")
+                       : std::string();
+        },
+        "");
+    verb.add_option("SCENE", path, "The scene file")->required()->check(is_a_file);
+}
+
 /// The transport rate of the scene, for formats that state none.
 void AddSceneRate(CLI::App& verb, double& rate)
 {
@@ -114,7 +131,7 @@ void AddExportVerb(CLI::App& app, VerbContext& context)
     auto options = std::make_shared<ExportVerbOptions>();
     ExportRequest& request = options->request;
     CLI::App* verb = app.add_subcommand("export", "Exports a scene (FBX, BVH, glTF, Collada) to .tv2 files");
-    verb->add_option("SCENE", request.scene, "The scene file")->required();
+    AddSceneFile(*verb, request.scene);
     verb->add_option("OUTPUT", request.output,
                      "The file to write, ending in .tv2; with --all-takes the pattern of the names: "
                      "out.tv2 gives out_<take>.tv2, a bare .tv2 gives <take>.tv2")
@@ -200,7 +217,7 @@ void AddSceneVerb(CLI::App& app, VerbContext& context)
     auto options = std::make_shared<SceneVerbOptions>();
     CLI::App* verb =
         app.add_subcommand("scene", "What the exporter sees of a scene (FBX, BVH, glTF, Collada)");
-    verb->add_option("SCENE", options->scene, "The scene file")->required();
+    AddSceneFile(*verb, options->scene);
     AddSceneRate(*verb, options->scene_rate);
     verb->add_flag("--json", options->json,
                    "Print JSON; positions are those of the first frame, in centimetres");

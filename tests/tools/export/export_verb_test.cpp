@@ -182,6 +182,7 @@ TEST_F(ExportVerbTest, WhatCannotWorkIsRefusedBeforeAnythingIsWritten)
     };
     const Refusal refusals[] = {
         {{Path("gone.bvh"), out}, "there is no such file"},
+        {{"-", out}, "SCENE: a scene cannot be read from standard input, since its name and folder go"},
         {{Path("empty.bvh"), out}, "is empty"},
         {{Path("old.fbx"), out}, "the file ends inside its header"},
         {{Path("nothing.gltf"), out}, Path("nothing.gltf") + ": the scene has no models"},
