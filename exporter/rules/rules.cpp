@@ -289,10 +289,18 @@ Objection NamesAreFiles(const Case& c)
     return {};
 }
 
+/// Device and inode: what two names of one file have in common.
+using Place = std::pair<std::uint64_t, std::uint64_t>;
+
+Place PlaceOf(const FileStamp& stamp)
+{
+    return {stamp.device, stamp.inode};
+}
+
 Objection FilesDiffer(const Case& c)
 {
     std::map<std::string, const FilePlan*> names;
-    std::map<std::pair<std::uint64_t, std::uint64_t>, const FilePlan*> places;
+    std::map<Place, const FilePlan*> places;
     for (const FilePlan& file : c.plan.files)
     {
         const auto both = [&](const FilePlan& other)
@@ -312,7 +320,7 @@ Objection FilesDiffer(const Case& c)
         const FileStamp stamp = FileStamp::Of(file.path);
         if (stamp.regular && stamp.inode != 0)
         {
-            const auto [place, is_first] = places.emplace(std::pair(stamp.device, stamp.inode), &file);
+            const auto [place, is_first] = places.emplace(PlaceOf(stamp), &file);
             if (!is_first)
             {
                 return both(*place->second);
@@ -369,19 +377,35 @@ Objection CheckPlace(const std::string& path)
     return obstacle == 0 ? Objection{} : CannotWrite(path, "not-writable", std::strerror(obstacle));
 }
 
-Objection CheckSource(const std::string& path, const SceneFacts& scene)
+/// The files that a scene was read from, each examined once.
+class SourceFiles
 {
-    const FileStamp target = FileStamp::Of(path);
-    for (std::size_t i = 0; i < scene.files.size(); ++i)
+public:
+    explicit SourceFiles(const std::vector<std::string>& paths)
     {
-        if (target.IsSameFile(FileStamp::Of(scene.files[i])))
+        for (std::size_t i = 0; i < paths.size(); ++i)
         {
-            return CannotWrite(path, "is-the-scene",
-                               i == 0 ? "it is the scene file itself" : "the scene was read from it");
+            const FileStamp stamp = FileStamp::Of(paths[i]);
+            if (stamp.exists)
+            {
+                places_.emplace(PlaceOf(stamp), i);
+            }
         }
     }
-    return {};
-}
+
+    Objection Check(const std::string& target) const
+    {
+        const FileStamp stamp = FileStamp::Of(target);
+        const auto found = stamp.exists ? places_.find(PlaceOf(stamp)) : places_.end();
+        return found == places_.end() ? Objection{}
+                                      : CannotWrite(target, "is-the-scene",
+                                                    found->second == 0 ? "it is the scene file itself"
+                                                                       : "the scene was read from it");
+    }
+
+private:
+    std::map<Place, std::size_t> places_;
+};
 
 Objection TargetsAreFree(const Case& c)
 {
@@ -536,10 +560,11 @@ void CountNodes(const std::vector<SceneModel>& models, RulesPlan& plan)
 
 Objection CheckTargets(const std::vector<FilePlan>& files, const SceneFacts& scene)
 {
+    const SourceFiles sources(scene.files);
     for (const FilePlan& file : files)
     {
         for (const Objection& objection :
-             {CheckFolder(file.path), CheckSource(file.path, scene), CheckPlace(file.path)})
+             {CheckFolder(file.path), sources.Check(file.path), CheckPlace(file.path)})
         {
             if (objection)
             {
