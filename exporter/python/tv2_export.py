@@ -111,8 +111,9 @@ def export(path, start_frame=None, end_frame=None, fps=None, spaces_to_underscor
 
     Raises ExportError before anything is written for arguments of the wrong type, for a plug-in that cannot be loaded,
     and for whatever the rules object to, with the rule's `code`: a rate out of range, a range outside a take, takes
-    that would share a file, a missing folder, a target that is the scene or not a file, and so on. Afterwards it raises ExportError when the exporter gave up, or when a file is missing, was not touched or is incomplete. Where a
-    file is read-only, the exporter asks; a file that is kept is an error too.
+    that would share a file, a missing folder, a target that is the scene or not a file, and so on. Afterwards it raises
+    ExportError when the exporter gave up, or when a file is missing, was not touched or is incomplete. Where a file is
+    read-only, the exporter asks; a file that is kept is an error too.
     """
     flags = [_flag("spaces_to_underscores", spaces_to_underscores), _flag("keep_positive_z", keep_positive_z),
              _flag("remove_namespace", remove_namespace), _flag("disable_constraints", disable_constraints),
@@ -395,7 +396,8 @@ class _RulesFile(ctypes.Structure):
                 ("end", ctypes.c_double)]
 
 
-_Checked = collections.namedtuple("_Checked", "path start_frame end_frame whole_take rate files spans notes")
+_Checked = collections.namedtuple(
+    "_Checked", "path path_for_exporter start_frame end_frame whole_take rate files spans notes")
 
 
 def _load_rules():
@@ -406,7 +408,8 @@ def _load_rules():
         rules = ctypes.CDLL(path)
     except OSError as error:
         raise ExportError("the rules of exports cannot be loaded: %s" % error)
-    plan_functions = {"objection": ctypes.c_char_p, "objection_code": ctypes.c_char_p, "rate": ctypes.c_double,
+    plan_functions = {"objection": ctypes.c_char_p, "objection_code": ctypes.c_char_p,
+                      "path_for_exporter": ctypes.c_char_p, "rate": ctypes.c_double,
                       "start_frame": ctypes.c_int32, "end_frame": ctypes.c_int32, "whole_take": ctypes.c_int32,
                       "file_count": ctypes.c_size_t, "note_count": ctypes.c_size_t, "free": None}
     for name, result in plan_functions.items():
@@ -454,8 +457,9 @@ def _check(path, start_frame, end_frame, fps, spaces_to_underscores, all_takes):
         if objection is not None:
             raise ExportError(_native(objection), code=_native(rules.tv2_rules_objection_code(checked)))
         planned = [rules.tv2_rules_file_at(checked, index) for index in range(rules.tv2_rules_file_count(checked))]
-        return _Checked(path, rules.tv2_rules_start_frame(checked), rules.tv2_rules_end_frame(checked),
-                        bool(rules.tv2_rules_whole_take(checked)), rules.tv2_rules_rate(checked),
+        return _Checked(path, rules.tv2_rules_path_for_exporter(checked), rules.tv2_rules_start_frame(checked),
+                        rules.tv2_rules_end_frame(checked), bool(rules.tv2_rules_whole_take(checked)),
+                        rules.tv2_rules_rate(checked),
                         [file.path for file in planned],
                         dict((file.take, (_native(file.path), file.start, file.end)) for file in planned),
                         [_native(rules.tv2_rules_note(checked, index))
@@ -510,8 +514,8 @@ def _run_in_host(plugin, rules, progress, underscores, positive_z, remove_namesp
             raised.append(sys.exc_info())
         return not raised
 
-    call = _HostCall(ctypes.sizeof(_HostCall), plugin, rules.path, rules.rate, rules.whole_take, rules.start_frame,
-                     rules.end_frame, underscores, positive_z, remove_namespace, disable_constraints, all_takes)
+    call = _HostCall(ctypes.sizeof(_HostCall), plugin, rules.path_for_exporter, rules.rate, rules.whole_take,
+                     rules.start_frame, rules.end_frame, underscores, positive_z, remove_namespace, disable_constraints, all_takes)
     text = ctypes.create_string_buffer(1 << 12)
     done = _load_host().mobu_host_export(call, _HostProgress(report), None, text, len(text))
     if raised:

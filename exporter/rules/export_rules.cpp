@@ -108,6 +108,11 @@ double tv2_rules_rate(const tv2_rules_plan* plan)
     return plan->plan.rate;
 }
 
+const char* tv2_rules_path_for_exporter(const tv2_rules_plan* plan)
+{
+    return plan->plan.path_for_exporter.c_str();
+}
+
 int32_t tv2_rules_start_frame(const tv2_rules_plan* plan)
 {
     return plan->plan.start_frame;

@@ -93,6 +93,10 @@ TV2_RULES_API const char* tv2_rules_objection_code(const tv2_rules_plan* plan);
 
 TV2_RULES_API double tv2_rules_rate(const tv2_rules_plan* plan); // samples a second, as asked for
 
+// The path as the headless host gives it to the exporter: absolute, so that the file tells where it is from, unless the
+// names of files would become too long for that.
+TV2_RULES_API const char* tv2_rules_path_for_exporter(const tv2_rules_plan* plan);
+
 // The arguments of the exporter's script entry.
 TV2_RULES_API int32_t tv2_rules_start_frame(const tv2_rules_plan* plan);
 TV2_RULES_API int32_t tv2_rules_end_frame(const tv2_rules_plan* plan);

@@ -174,7 +174,7 @@ SamplingRange RangeOf(const Case& c, const FilePlan& file)
                                            SecondsOfKey(c.plan.end_frame, transport_rate));
 }
 
-Objection RangeIsInside(const Case& c)
+void SetRanges(const Case& c)
 {
     c.plan.whole_take = !c.question.start_frame && !c.question.end_frame;
     // An end that is left open is the take's own: the exporter clamps a range to the take.
@@ -182,9 +182,17 @@ Objection RangeIsInside(const Case& c)
     c.plan.end_frame = c.question.end_frame.value_or(std::numeric_limits<std::int32_t>::max());
     for (FilePlan& file : c.plan.files)
     {
+        file.range = RangeOf(c, file);
+    }
+}
+
+Objection RangeIsInside(const Case& c)
+{
+    SetRanges(c);
+    for (const FilePlan& file : c.plan.files)
+    {
         const TakeTimes take = TimesOf(c, file);
         const SamplingRange whole = WholeTake(take, static_cast<float>(c.plan.rate));
-        file.range = RangeOf(c, file);
         if (whole.start > whole.end)
         {
             return {"take-reversed", "take " + Quoted(TakeName(c, file)) + " ends before it starts"};
@@ -529,6 +537,30 @@ std::vector<FilePlan> NameFiles(const ExportQuestion& question, const SceneFacts
     return files;
 }
 
+std::string PathForExporter(const std::string& path, const SceneFacts& scene)
+{
+    std::size_t longest_take = 0;
+    for (const SceneTake& take : scene.takes)
+    {
+        longest_take = std::max(longest_take, take.name.size());
+    }
+    std::error_code error;
+    const std::string absolute = std::filesystem::absolute(path, error).string();
+    const bool fits = absolute.size() + 1 + longest_take <= TEV2_LOADER::kMostPathBytes;
+    return !error && fits ? absolute : path;
+}
+
+Objection CheckSampling(double rate, const ExportQuestion& question, const SceneFacts& scene)
+{
+    RulesPlan plan;
+    const Case c{question, &scene, plan};
+    plan.rate = rate;
+    plan.files = NameFiles(question, scene);
+    SetRanges(c);
+    const Objection objection = TimeMovesOn(c);
+    return objection ? objection : SamplesFit(c);
+}
+
 Objection CheckScene(const SceneFacts& scene)
 {
     if (scene.models.size() > 1)
@@ -590,6 +622,7 @@ RulesPlan PlanExport(const ExportQuestion& question, const SceneFacts* scene)
     {
         return plan;
     }
+    plan.path_for_exporter = PathForExporter(question.path, *scene);
     for (const Rule rule : kRulesOfScenes)
     {
         if (plan.objection = rule(c); plan.objection)

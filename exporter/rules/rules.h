@@ -91,6 +91,7 @@ struct RulesPlan
     bool whole_take = true;
     std::size_t nodes = 0; ///< in each file
     std::size_t cameras = 0;
+    std::string path_for_exporter;  ///< as of PathForExporter
     std::vector<FilePlan> files;    ///< in the order of the takes
     std::vector<std::string> notes; ///< what was rounded, cut or left out, one line each
 };
@@ -106,6 +107,13 @@ void CountNodes(const std::vector<SceneModel>& models, RulesPlan& plan);
 
 /// Takes that the question is about, with the names of their files; ranges are left open.
 std::vector<FilePlan> NameFiles(const ExportQuestion& question, const SceneFacts& scene);
+
+/// The path as an exporter is given it by the headless host: absolute, as an application's file dialog gives it, so that
+/// the file tells where it is from. As it is where the names of files would become too long for that.
+std::string PathForExporter(const std::string& path, const SceneFacts& scene);
+
+/// Whether takes can be sampled at that rate, which need not be one that the question could ask for.
+Objection CheckSampling(double rate, const ExportQuestion& question, const SceneFacts& scene);
 
 /// Looks at the places where files would be written.
 Objection CheckTargets(const std::vector<FilePlan>& files, const SceneFacts& scene);

@@ -185,6 +185,24 @@ class WrittenFilesTest(ScratchTest):
             self.assertEqual(export(pathlib.Path(os.fsdecode(path))), [os.fsdecode(path)])
 
 
+class FolderTest(ScratchTest):
+    def setUp(self):
+        ScratchTest.setUp(self)
+        self.addCleanup(os.chdir, os.getcwd())
+        os.chdir(self.folder)
+
+    def test_files_tell_the_folder_they_are_from_unless_the_path_gets_too_long(self):
+        room = 260 - len("/_Motion") - len(os.path.realpath(self.folder).encode())
+        for name, told in [("a.tv2", True), ("n" * (room - 4) + ".tv2", True), ("n" * (room - 3) + ".tv2", False)]:
+            with self.subTest(length=len(name)):
+                self.assertEqual(export(name, plugin=FIXED_CLOCK), [name])
+                line = "TEV_NAME:\t%s\r\n" % (os.path.join(os.path.realpath(self.folder), name) if told else name)
+                self.assertIn(line.encode("utf-16-le"), self.read(name))
+                by_wrapper = self.read(name)
+                self.assertEqual(tv2("export", "--quiet", "--plugin", FIXED_CLOCK, self.walk, name), 0)
+                self.assertEqual(self.read(name), by_wrapper)
+
+
 class RefusedTest(ScratchTest):
     def refused(self, reason, function, *arguments, **options):
         with self.assertRaises(ExportError, msg=reason) as caught:
