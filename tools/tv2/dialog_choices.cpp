@@ -40,7 +40,8 @@ std::string DialogChoices::Objection() const
 
 std::string DialogWatch::Watch(FBPopup& popup)
 {
-    for (const char* const button : {regions::kExport, regions::kCurrentTake, regions::kSpacesToUnderscores})
+    for (const char* const button :
+         {regions::kExport, regions::kExportAll, regions::kCurrentTake, regions::kSpacesToUnderscores})
     {
         if (!FBIS(popup.GetControl(button), FBButton))
         {
@@ -64,6 +65,7 @@ void DialogWatch::OnExport(HISender, HKEvent)
 {
     DialogChoices choices;
     choices.rate = Number(*popup_, regions::kRate);
+    choices.whole_take = IsSet(*popup_, regions::kExportAll);
     choices.start_key = Key(*popup_, regions::kStartKey);
     choices.end_key = Key(*popup_, regions::kEndKey);
     choices.all_takes = !IsSet(*popup_, regions::kCurrentTake);

@@ -9,6 +9,7 @@
 struct DialogChoices
 {
     double rate = 0.0; ///< samples a second
+    bool whole_take = true;
     int start_key = 0; ///< frames of the transport rate
     int end_key = 0;
     bool all_takes = false;

@@ -85,6 +85,24 @@ private:
     std::unique_ptr<mobu_host::SceneObserver> observer_;
 };
 
+/// Why the exporter gave up on what was chosen, as far as that can be told.
+std::string WhyGivenUp(ExportRequest request, const std::optional<DialogChoices>& choices)
+{
+    const std::string gave_up = "the exporter gave up before its last file";
+    if (!choices)
+    {
+        return gave_up;
+    }
+    request.all_takes = choices->all_takes;
+    if (!choices->whole_take)
+    {
+        request.start_frame = choices->start_key;
+        request.end_frame = choices->end_key;
+    }
+    const std::string reason = WhyNotSampled(request, choices->rate);
+    return reason.empty() ? gave_up : "the exporter refused: " + reason;
+}
+
 /// The files that the dialog's choice of takes and spaces names.
 std::vector<PlannedFile> FilesOf(ExportRequest request, bool all_takes, bool spaces_to_underscores)
 {
@@ -292,7 +310,7 @@ private:
         }
         if (!completed)
         {
-            result_.failures.emplace_back("the exporter gave up before its last file");
+            result_.failures.push_back(WhyGivenUp(request_, dialog.Choices()));
         }
         if (nothing_done)
         {

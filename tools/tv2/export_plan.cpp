@@ -2,7 +2,6 @@
 
 #include "exporter/rules/rules.h"
 #include "host/scene_import/scene_import.h"
-#include "tev2_loader/serialisation/file_writer.h"
 #include "text/closest_name.h"
 #include "tools/tv2/system.h"
 #include "tools/tv2/text.h"
@@ -170,15 +169,7 @@ std::vector<float> InstantsOf(const tev2_exporter::SamplingRange& range)
 
 std::string OutputForExporter(const ExportRequest& request)
 {
-    std::size_t longest_take = 0;
-    for (FBTake* take : TakesOfScene())
-    {
-        longest_take = std::max(longest_take, NameOf(*take).size());
-    }
-    std::error_code error;
-    const std::string absolute = std::filesystem::absolute(request.output, error).string();
-    const bool fits = absolute.size() + 1 + longest_take <= TEV2_LOADER::kMostPathBytes;
-    return !error && fits ? absolute : request.output;
+    return tev2_exporter::PathForExporter(request.output, FactsOf(request));
 }
 
 std::string CheckRequest(const ExportRequest& request)
@@ -254,6 +245,11 @@ std::string CheckTargets(const ExportRequest& request, const ExportPlan& plan)
         files.emplace_back().path = file.path;
     }
     return tev2_exporter::CheckTargets(files, FactsOf(request)).text;
+}
+
+std::string WhyNotSampled(const ExportRequest& request, double rate)
+{
+    return tev2_exporter::CheckSampling(rate, QuestionOf(request), FactsOf(request)).text;
 }
 
 std::string MakeTargetsWritable(const ExportPlan& plan)

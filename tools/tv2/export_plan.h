@@ -42,8 +42,7 @@ std::string OpenScene(ExportRequest& request, std::vector<std::string>& notes);
 /// every file will hold. Empty, or why there is nothing to export.
 std::string PrepareScene(const ExportRequest& request, ExportPlan& plan);
 
-/// The output as it is handed to the exporter: absolute, as an application's file dialog gives it, so that the file tells
-/// where it is from. As it was given where names would become too long for that.
+/// The output as it is handed to the exporter (PathForExporter in exporter/rules).
 std::string OutputForExporter(const ExportRequest& request);
 
 /// The files that the takes of the request go into, in order of the takes; ranges and instants are left open.
@@ -59,6 +58,9 @@ std::string CheckRequest(const ExportRequest& request);
 /// Looks at the places where the planned files go. Empty when they can be written and none is the scene file itself;
 /// otherwise why not.
 std::string CheckTargets(const ExportRequest& request, const ExportPlan& plan);
+
+/// Why the takes and frames of the request cannot be sampled at that rate; empty when they can.
+std::string WhyNotSampled(const ExportRequest& request, double rate);
 
 /// Makes read-only files that stand in the way writable. Empty, or what went wrong.
 std::string MakeTargetsWritable(const ExportPlan& plan);

@@ -274,6 +274,22 @@ TEST_F(DialogExportTest, WhatWentWrongIsToldFileByFile)
     EXPECT_EQ(late.Json().at("files").at(0).at("ok"), true);
 }
 
+TEST_F(DialogExportTest, SaysWhyTheExporterRefusedARate)
+{
+    // A step of 1e-9 s is less than half of what a single-precision number near 0.08 s can differ by (2^-27 s).
+    fs::create_directories(Path("config/Tev2_Exporter_MB"));
+    Write("config/Tev2_Exporter_MB/settings",
+          "SAMPLING_RADIO_CHOICE_KEY_NAME=2\nFPS_KEY_NAME=1000000000.0\n");
+    const CommandResult run = Play(kExport, "walk.bvh", "a.tv2");
+    EXPECT_EQ(run.exit_code, 1);
+    EXPECT_NE(
+        run.err.find(
+            "tv2 export: the exporter refused: at 1000000000 samples a second the time does not advance"),
+        std::string::npos)
+        << run.err;
+    EXPECT_EQ(Written(), std::set<std::string>{});
+}
+
 TEST_F(DialogExportTest, RefusesBeforeAnythingIsWritten)
 {
     const std::string bvh = Path("walk.bvh"), out = Path("out/a.tv2"), steps = Path("steps.txt");
