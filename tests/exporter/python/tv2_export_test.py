@@ -411,13 +411,13 @@ class ReadableTest(ScratchTest):
         self.assertTrue(0.0 <= parts[0][1] <= parts[-1][1] <= 1.0)
 
 
-def in_motionbuilder(names, current, encode=str):
-    """An application with takes of these names of 0 to 0.08 s at 25 frames a second, and one model."""
+def in_motionbuilder(names, current, encode=str, models=("Hips",)):
+    """An application with takes of these names of 0 to 0.08 s at 25 frames a second, and models below the root."""
     seconds = lambda value: types.SimpleNamespace(GetSecondDouble=lambda: value)
     span = types.SimpleNamespace(GetStart=lambda: seconds(0.0), GetStop=lambda: seconds(0.08))
     takes = [types.SimpleNamespace(Name=encode(name), LocalTimeSpan=span) for name in names]
     model = lambda name, *children: types.SimpleNamespace(LongName=encode(name), Selected=False, Children=children)
-    scene = types.SimpleNamespace(Takes=takes, RootModel=model("Scene", model("Hips")))
+    scene = types.SimpleNamespace(Takes=takes, RootModel=model("Scene", *[model(name) for name in models]))
     system = types.SimpleNamespace(Scene=scene, CurrentTake=None if current is None else takes[current])
     application = types.SimpleNamespace(
         FBSystem=lambda: system, FBCamera=ExportError, FBApplication=lambda: types.SimpleNamespace(FBXFileName="a.fbx"),
@@ -439,6 +439,22 @@ class InMotionBuilderTest(ScratchTest):
                                  [self.path("x_%s.tv2" % name) for name in names])
                 self.assertEqual([take.name for take in tv2_export.takes() if take.current], ["A_b"])
                 self.assertEqual([model.name for model in tv2_export.models()], ["Scene", "Hips"])
+
+    def test_twice_the_takes_and_models_are_twice_the_work(self):
+        def calls(size):
+            made = []
+            names = ["%d" % number for number in range(size)]
+            with in_motionbuilder(names, size - 1, models=names):
+                sys.setprofile(lambda frame, event, argument: made.append(1) if event in ("call", "c_call") else None)
+                try:
+                    tv2_export.plan(self.path("x.tv2"), all_takes=True)
+                finally:
+                    sys.setprofile(None)
+            return len(made)
+
+        counts = [calls(size) for size in (250, 500, 1000, 2000)]
+        for smaller, larger in zip(counts, counts[1:]):
+            self.assertLessEqual(larger, 2.3 * smaller, counts)
 
     def test_rates_are_whole_there_and_nobody_watches(self):
         for reason, options in (('"Custom FPS"', {"fps": 29.97}), ("headless host", {"progress": print})):
