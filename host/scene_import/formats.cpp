@@ -69,22 +69,22 @@ SourceFiles ImportFbxFile(const SceneFile& file, const ImportOptions& options, I
 }
 
 // For formats that are whole in one file.
-template <SceneDescription (*Read)(std::string_view, ImportNotes&)>
-SceneDescription ReadBytes(const SceneFile& file, ImportNotes& notes)
+template <SceneDescription (*Read)(std::string_view, const ImportOptions&, ImportNotes&)>
+SceneDescription ReadBytes(const SceneFile& file, const ImportOptions& options, ImportNotes& notes)
 {
-    return Read(file.bytes, notes);
+    return Read(file.bytes, options, notes);
 }
 
-template <SceneDescription (*Read)(const SceneFile&, ImportNotes&)>
+template <SceneDescription (*Read)(const SceneFile&, const ImportOptions&, ImportNotes&)>
 SourceFiles ReadAndBuild(const SceneFile& file, const ImportOptions& options, ImportNotes& notes)
 {
-    SceneDescription scene = Read(file, notes);
+    SceneDescription scene = Read(file, options, notes);
     SourceFiles files = std::move(scene.source_files);
     BuildHostScene(std::move(scene), options, notes);
     return files;
 }
 
-template <SceneDescription (*Read)(const SceneFile&, ImportNotes&)>
+template <SceneDescription (*Read)(const SceneFile&, const ImportOptions&, ImportNotes&)>
 constexpr Format Described(const char* name, bool (*recognises)(std::string_view))
 {
     return {name, recognises, Read, ReadAndBuild<Read>, ""};

@@ -20,7 +20,7 @@ struct Format
     bool (*recognises)(std::string_view bytes);
 
     // What the file says. Throws ParseError. Null for one that goes into the host's scene without a description.
-    SceneDescription (*read)(const SceneFile& file, ImportNotes& notes);
+    SceneDescription (*read)(const SceneFile& file, const ImportOptions& options, ImportNotes& notes);
 
     // Empties the host's scene and puts the file's content in its place; returns what else was read. Throws ParseError,
     // with the scene as it was. Null where this build cannot read the format for want of `library`.

@@ -1,6 +1,8 @@
 #include "host/scene_import/host_scene.h"
 
+#include "host/scene_import/exportable_number.h"
 #include "host/scene_import/frame_time.h"
+#include "host/scene_import/long_text.h"
 #include "host/scene_import/parse_error.h"
 #include "host/scene_import/transport_rate.h"
 #include "host/scene_import/unique_names.h"
@@ -11,6 +13,7 @@
 #include <cmath>
 #include <cstdio>
 #include <memory>
+#include <type_traits>
 #include <utility>
 
 namespace mobu_host
@@ -21,17 +24,6 @@ namespace
 // Local +X looks along -Z, +Y is up.
 constexpr Matrix3 kCameraTurn{{{0.0, 0.0, 1.0}, {0.0, 1.0, 0.0}, {-1.0, 0.0, 0.0}}};
 constexpr Matrix3 kReverseRight{{{1.0, 0.0, 0.0}, {0.0, 1.0, 0.0}, {0.0, 0.0, -1.0}}};
-
-bool IsFinite(const Affine& affine)
-{
-    double sum = 0.0;
-    for (const auto& row : affine.linear.at)
-        for (const double number : row)
-            sum += number * 0.0;
-    for (const double number : affine.place)
-        sum += number * 0.0;
-    return sum == 0.0;
-}
 
 Vector Column(const Matrix3& matrix, std::size_t column)
 {
@@ -70,23 +62,81 @@ FBMatrix ToSdk(const Affine& affine)
     return FBMatrix(rows);
 }
 
+constexpr const char* kNotFinite = " is not finite in single precision";
+
 void CheckTime(double seconds, const TakeDescription& take)
 {
     if (!(std::abs(seconds) <= kLongestTime))
         throw ParseError("take \"" + take.name + "\" has times beyond a million seconds");
 }
 
+void CheckNumbers(const std::vector<PropertyDescription>& properties, const std::string& owner)
+{
+    const auto is_exportable = [](const auto& value)
+    {
+        using Value = std::decay_t<decltype(value)>;
+        if constexpr (std::is_same_v<Value, double>)
+            return IsExportable(value);
+        else if constexpr (std::is_same_v<Value, std::array<double, 3>> ||
+                           std::is_same_v<Value, std::array<double, 4>>)
+            return std::all_of(value.begin(), value.end(),
+                               [](double number) { return IsExportable(number); });
+        else
+            return true;
+    };
+    for (const PropertyDescription& property : properties)
+        if (!std::visit(is_exportable, property.value))
+            throw ParseError("the property \"" + property.name + "\" of " + owner + kNotFinite);
+}
+
+void CheckNumbers(const ModelDescription& model)
+{
+    const std::string quoted = "\"" + model.name + "\"";
+    if (!IsExportable(model.rest))
+        throw ParseError("the transform of " + quoted + kNotFinite);
+    if (model.lens)
+        for (const double number : {model.lens->horizontal_angle, model.lens->aspect, model.lens->near_plane,
+                                    model.lens->far_plane})
+            if (!IsExportable(number))
+                throw ParseError("the lens of " + quoted + kNotFinite);
+    CheckNumbers(model.properties, quoted);
+}
+
 void Check(const SceneDescription& scene, const ImportOptions& options)
 {
     CheckModelCount(scene.models.size(), options);
+    CheckNumbers(scene.properties, "the scene");
     for (const ModelDescription& model : scene.models)
-        if (!IsFinite(model.rest))
-            throw ParseError("the transform of \"" + model.name + "\" is not finite");
+        CheckNumbers(model);
     for (const TakeDescription& take : scene.takes)
     {
         CheckTime(take.start, take);
         CheckTime(take.stop, take);
     }
+}
+
+void NoteLongTexts(const std::vector<PropertyDescription>& properties, const std::string& owner,
+                   ImportNotes& notes)
+{
+    for (const PropertyDescription& property : properties)
+    {
+        const auto* const text = std::get_if<std::string>(&property.value);
+        NoteLongText(property.name, owner, property.name, notes);
+        if (text)
+            NoteLongText(*text, owner, property.name, notes);
+    }
+}
+
+void NoteLongTexts(const SceneDescription& scene, ImportNotes& notes)
+{
+    NoteLongTexts(scene.properties, "", notes);
+    for (const ModelDescription& model : scene.models)
+    {
+        NoteLongText(model.name, model.name, "", notes);
+        NoteLongTexts(model.properties, model.name, notes);
+    }
+    for (const TakeDescription& take : scene.takes)
+        NoteLongText(take.name, take.name, "", notes);
 }
 
 void AddProperty(FBModel& model, const std::string& name, FBPropertyType type, const void* value)
@@ -181,8 +231,9 @@ private:
         if (const std::optional<double> rate = LowestRateOf(scene_.takes))
             return *rate;
         const std::string rest = " keyed at no common frame rate; the scene has " + PerSecond(kUsualRate);
+        RateFit usual(kUsualRate);
         for (const TakeDescription& take : scene_.takes)
-            if (!FitsRate(take, kUsualRate))
+            if (!usual.Fits(take))
                 notes_.Add({"take is" + rest, "takes are" + rest}, take.name);
         return kUsualRate;
     }
@@ -319,6 +370,7 @@ private:
 void BuildHostScene(SceneDescription&& scene, const ImportOptions& options, ImportNotes& notes)
 {
     Check(scene, options);
+    NoteLongTexts(scene, notes);
     HostSceneBuilder(scene, notes).Build(options.scene_rate);
 }
 

@@ -10,7 +10,8 @@ namespace mobu_host
 {
 
 // Empties the host's scene and builds this one. Throws ParseError, with the host's scene as it was, for more models than
-// the options allow, and for what no scene can hold: a transform that is not finite, a time out of range.
+// the options allow, and for what no scene can hold: a transform, a lens or a property
+// that is not finite in single precision, a time out of range. Texts that an export cuts are noted.
 //
 // Names become unique, unnamed models "Node", unnamed takes "Take 001" and so on. Where a joint and the mesh on it share
 // a name, the joint keeps it. A camera is turned so that its +X looks. A mirrored model gets one axis reversed, so that

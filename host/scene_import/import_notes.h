@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
 #include <map>
 #include <string>
@@ -23,7 +24,7 @@ struct NoteKind
 class ImportNotes
 {
 public:
-    // `name` of a model, take or property. An empty name only counts.
+    // `name` of a model, take or property; one that comes again is counted and not repeated. An empty name only counts.
     void Add(const NoteKind& kind, const std::string& name)
     {
         const auto [found, is_new] = by_text_.emplace(kind.one, notes_.size());
@@ -31,21 +32,13 @@ public:
             notes_.push_back({kind, 0, {}});
         Note& note = notes_[found->second];
         ++note.count;
-        if (!name.empty() && note.names.size() <= kNamesShown)
+        if (!name.empty() && note.names.size() <= kNamesShown &&
+            std::find(note.names.begin(), note.names.end(), name) == note.names.end())
             note.names.push_back(name);
     }
 
     // Said once and as it is.
     void Tell(std::string line) { notes_.push_back({{std::move(line), {}}, 0, {}}); }
-
-    // The older form, without names: "3 x blend shape channels are passed over".
-    void Add(const std::string& what)
-    {
-        const auto [found, is_new] = by_text_.emplace(what, notes_.size());
-        if (is_new)
-            notes_.push_back({{"x " + what, "x " + what}, 0, {}});
-        ++notes_[found->second].count;
-    }
 
     std::vector<std::string> Lines() const
     {

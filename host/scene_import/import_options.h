@@ -21,11 +21,12 @@ struct ImportOptions
     std::size_t most_models = kMostModels; // a file with more is refused
 };
 
+// `models` as far as they are read.
 inline void CheckModelCount(std::size_t models, const ImportOptions& options)
 {
     if (models > options.most_models)
-        throw ParseError("it has " + std::to_string(models) + " models; the limit is " +
-                         std::to_string(options.most_models));
+        throw ParseError("it has more than " + std::to_string(options.most_models) +
+                         " models, which is the limit");
 }
 
 } // namespace mobu_host

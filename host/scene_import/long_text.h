@@ -8,17 +8,23 @@
 namespace mobu_host
 {
 
-inline constexpr std::size_t kLongestText =
-    65535; // of an exported file; one unit for each byte of the SDK's texts
+// Of a text of an exported file, which has one unit for each byte of the SDK's texts.
+inline constexpr std::size_t kLongestText = 65535;
 
-// Notes a text or a name that an export cuts. `where` names it.
-inline void NoteLongText(const std::string& text, const std::string& where, ImportNotes& notes)
+// Notes a text or a name that an export cuts: that of `owner`, or, with `property`, of a property of it.
+inline void NoteLongText(const std::string& text, const std::string& owner, const std::string& property,
+                         ImportNotes& notes)
 {
-    constexpr std::size_t kShown = 60;
-    if (text.size() > kLongestText)
-        notes.Add({"text of more than 65535 characters is cut by an export",
-                   "texts of more than 65535 characters are cut by an export"},
-                  where.size() > kShown ? where.substr(0, kShown) + "..." : where);
+    if (text.size() <= kLongestText)
+        return;
+    const auto shown = [](const std::string& name)
+    {
+        constexpr std::size_t kShown = 60;
+        return name.size() > kShown ? name.substr(0, kShown) + "..." : name;
+    };
+    notes.Add({"text of more than 65535 characters is cut by an export",
+               "texts of more than 65535 characters are cut by an export"},
+              shown(owner) + (owner.empty() || property.empty() ? "" : ".") + shown(property));
 }
 
 } // namespace mobu_host

@@ -1,33 +1,37 @@
 #pragma once
 
-// Scene files into the one scene of the headless SDK.
+// Reads a scene file into the one scene of the headless SDK.
 //
 //     const mobu_host::SceneImportResult result = mobu_host::ImportScene("walk.bvh");
 //     if (!result.ok)
 //         std::cerr << result.error << '\n';
 //
-// What is read, decided by the content of the file rather than by its name:
+// The content of the file decides its format, not its name:
 //
-//   FBX        6.0 to 7.x, binary and text: models, cameras, takes, layers, curves, user properties, constraints as
-//              listed; its own unit, axes and rate
-//   BVH        every joint and end site; one unit is one centimetre; rate 1 / frame time
+//   FBX        6.0 to 7.x, binary and text: models, cameras, takes with their layers and curves, user properties; its own
+//              unit, axes and rate. Constraints are listed and not solved.
+//   BVH        joints and end sites; one unit is one centimetre; the rate is 1 / frame time
 //   glTF, GLB  2.0: nodes, cameras, extras as user properties, animations with their exact splines; metres
-//   Collada    1.4 and 1.5: nodes, cameras, animations with their exact curves; its own unit and up axis
+//   Collada    1.4 and 1.5: nodes, cameras, user properties, animations with their exact curves; its own unit and up axis
 //
-// Meshes, materials, skins and blend shapes are passed over. docs/scene_files.md has it all.
+// Meshes, materials, skins and blend shapes are passed over.
 //
-// What the scene holds afterwards (FBX differs: models stay as the file has them, with its takes' own spans and current
-// take):
+// The scene of a BVH, glTF or Collada file has:
 //
-//   Models     centimetres, Y up, below the scene's root. A duplicate name gets a number (" 1"); where a joint and the
-//              mesh on it share a name, the joint keeps it. A mirrored model gets one axis reversed, so that its frame
-//              is a rotation; what is below it stays where it is.
-//   Cameras    look along their own +X, +Y up; the turn is undone for what is below them.
-//              Horizontal aperture; the field of view is the horizontal angle.
-//   Takes      one for each animation in file order, unnamed ones "Take 001" and so on; a file without animation
-//              gives "Take 001" from 0 to 0. The first take is current. Values hold outside their keys.
-//   Rate       ImportOptions::scene_rate, else the one that the file states, else the lowest common one that meets all
-//              keys and ends (transport_rate.h), else 30. Takes are widened to whole frames of it, with a note.
+//   Models     below the scene's root, in centimetres, Y up. A duplicate name gets a number ("Hips 1"); where a joint and
+//              its mesh share a name, the joint keeps it. A mirrored model gets one axis reversed, so that its frame is a
+//              rotation; the models below it stay where they are.
+//   Cameras    that look along their own +X, with +Y up; the models below them stay where they are. Their field of view is
+//              the horizontal angle.
+//   Takes      one for each animation, in file order; unnamed ones are "Take 001" and so on. A file without animation
+//              gives "Take 001" from 0 to 0. The first take is current. Values hold before the first and after the last
+//              key.
+//   Rate       ImportOptions::scene_rate; else the one that the file states; else the lowest common rate at which all keys
+//              and ends of takes are whole frames (transport_rate.h); else 30, with a note. Takes that do not start and
+//              stop on whole frames are widened to them, with a note.
+//
+// That of an FBX file has its models as they are, and its takes with their own spans and the file's current one. All
+// details: docs/scene_files.md.
 
 #include "host/scene_import/import_options.h"
 

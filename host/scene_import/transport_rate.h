@@ -5,6 +5,7 @@
 #include "host/scene_import/scene_description.h"
 
 #include <optional>
+#include <unordered_map>
 #include <vector>
 
 namespace mobu_host
@@ -16,8 +17,21 @@ inline constexpr double kUsualRate = 30.0; // frames per second, where nothing s
 // single precision. The tolerance is a thousandth of a frame, and what single precision rounds on top.
 bool IsWholeFrame(double seconds, double rate);
 
-// Whether all keys and both ends of the take are whole frames.
-bool FitsRate(const TakeDescription& take, double rate);
+// Which takes fit a rate: all keys and both ends are whole frames. Looks through each array of keys once, however many
+// takes share it; the arrays must outlive it.
+class RateFit
+{
+public:
+    explicit RateFit(double rate) : rate_(rate) {}
+
+    bool Fits(const TakeDescription& take);
+
+private:
+    bool Fits(const KeyTimes& times);
+
+    double rate_; // frames per second
+    std::unordered_map<const std::vector<double>*, bool> known_;
+};
 
 // The lowest common rate, NTSC rates included, that all takes fit. A whole rate goes before its NTSC rate: both fit only
 // where no time tells them apart. kUsualRate where nothing is keyed at any time but 0; nothing where no rate fits.

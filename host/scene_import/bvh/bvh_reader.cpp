@@ -96,10 +96,11 @@ private:
 class Reader
 {
 public:
-    Reader(std::string_view file, ImportNotes& notes) : text_(WithoutMark(file)), notes_(notes)
+    Reader(std::string_view file, const ImportOptions& options, ImportNotes& notes)
+        : text_(WithoutMark(file)), options_(options), notes_(notes)
     {
         const auto braces = static_cast<std::size_t>(std::count(file.begin(), file.end(), '{'));
-        const std::size_t models = std::min(braces, file.size() / kLeastModel);
+        const std::size_t models = std::min({braces, file.size() / kLeastModel, options.most_models});
         scene_.models.reserve(models); // growing lists would take three times as much
         joints_.reserve(models);
     }
@@ -175,6 +176,7 @@ private:
         text_.Expect("{");
         if (open.size() == kDeepestModel)
             text_.Fail("joints are nested more than " + std::to_string(kDeepestModel) + " deep");
+        CheckModelCount(scene_.models.size() + 1, options_);
         ModelDescription& model = scene_.models.emplace_back();
         model.name = std::move(name);
         model.parent = open.empty() ? kNoParent : open.back();
@@ -322,6 +324,7 @@ private:
     }
 
     TextScanner text_;
+    const ImportOptions& options_;
     ImportNotes& notes_;
     SceneDescription scene_;
     std::vector<Joint> joints_; // of each model
@@ -330,9 +333,9 @@ private:
 
 } // namespace
 
-SceneDescription ReadBvh(std::string_view file, ImportNotes& notes)
+SceneDescription ReadBvh(std::string_view file, const ImportOptions& options, ImportNotes& notes)
 {
-    return Reader(file, notes).Read();
+    return Reader(file, options, notes).Read();
 }
 
 } // namespace mobu_host::bvh

@@ -3,6 +3,7 @@
 // BVH motion capture files.
 
 #include "host/scene_import/import_notes.h"
+#include "host/scene_import/import_options.h"
 #include "host/scene_import/scene_description.h"
 
 #include <string_view>
@@ -15,6 +16,6 @@ namespace mobu_host::bvh
 // any line ends, several roots.
 //
 // Throws ParseError with the line, for anything else than the above.
-SceneDescription ReadBvh(std::string_view file, ImportNotes& notes);
+SceneDescription ReadBvh(std::string_view file, const ImportOptions& options, ImportNotes& notes);
 
 } // namespace mobu_host::bvh

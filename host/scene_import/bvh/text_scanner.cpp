@@ -1,5 +1,6 @@
 #include "host/scene_import/bvh/text_scanner.h"
 
+#include "host/scene_import/exportable_number.h"
 #include "host/scene_import/parse_error.h"
 
 #include <algorithm>
@@ -128,9 +129,9 @@ double TextScanner::Number(const char* what)
         word.remove_prefix(1);
     double number = 0.0;
     const auto [end, error] = std::from_chars(word.data(), word.data() + word.size(), number);
-    if (error == std::errc::result_out_of_range)
+    if (error == std::errc::result_out_of_range || (std::isfinite(number) && !IsExportable(number)))
         Fail(std::string(what) + ": " + Quoted(whole) + " is out of range");
-    if (error != std::errc() || end != word.data() + word.size() || !std::isfinite(number))
+    if (error != std::errc() || end != word.data() + word.size() || !IsExportable(number))
         Fail(std::string(what) + ": " + Quoted(whole) + " is not a finite number");
     return number;
 }

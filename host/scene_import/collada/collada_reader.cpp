@@ -62,7 +62,7 @@ std::uint32_t ShownScene(const XmlDocument& document, const DocumentIndex& index
 
 } // namespace
 
-SceneDescription ReadScene(std::string_view bytes, ImportNotes& notes)
+SceneDescription ReadScene(std::string_view bytes, const ImportOptions& options, ImportNotes& notes)
 {
     if (bytes.size() > std::numeric_limits<std::uint32_t>::max())
         throw ParseError("it is larger than 4 GiB");
@@ -73,7 +73,7 @@ SceneDescription ReadScene(std::string_view bytes, ImportNotes& notes)
 
     SceneDescription scene;
     scene.axes = AxesOf(document, asset);
-    SceneModels models(document, index, centimetres, notes);
+    SceneModels models(document, index, centimetres, options, notes);
     scene.models = models.Read(ShownScene(document, index));
     scene.takes = ReadTakes(document, index, models, centimetres, bytes.size(), notes);
     return scene;

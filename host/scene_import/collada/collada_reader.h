@@ -4,6 +4,7 @@
 // file.
 
 #include "host/scene_import/import_notes.h"
+#include "host/scene_import/import_options.h"
 #include "host/scene_import/scene_description.h"
 
 #include <string_view>
@@ -12,6 +13,6 @@ namespace mobu_host::collada
 {
 
 // Throws ParseError.
-SceneDescription ReadScene(std::string_view bytes, ImportNotes& notes);
+SceneDescription ReadScene(std::string_view bytes, const ImportOptions& options, ImportNotes& notes);
 
 } // namespace mobu_host::collada

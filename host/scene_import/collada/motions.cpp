@@ -1,5 +1,7 @@
 #include "host/scene_import/collada/motions.h"
 
+#include "host/scene_import/exportable_number.h"
+
 #include <algorithm>
 #include <cmath>
 
@@ -61,7 +63,7 @@ Affine NodeMotion::At(double seconds)
         local = local * part.before * AffineOf(moved);
     }
     local = InCentimetres(local * after_, centimetres_);
-    return IsFinite(local) ? local : rest_;
+    return IsExportable(local) ? local : rest_;
 }
 
 void NodeMotion::Apply(Curve& curve, double seconds, Transform& transform)

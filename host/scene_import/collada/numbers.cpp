@@ -1,8 +1,9 @@
 #include "host/scene_import/collada/numbers.h"
 
+#include "host/scene_import/exportable_number.h"
+
 #include <algorithm>
 #include <charconv>
-#include <cmath>
 #include <limits>
 #include <string>
 
@@ -10,8 +11,6 @@ namespace mobu_host::collada
 {
 namespace
 {
-
-constexpr double kLargest = static_cast<double>(std::numeric_limits<float>::max());
 
 // What is too small for double precision is 0.
 bool IsTiny(std::string_view word)
@@ -31,7 +30,7 @@ double NumberOf(const XmlDocument& document, Element element, std::string_view w
         document.Fail(element, "holds " + Quoted(word) + " where a number is needed");
     if (error == std::errc::result_out_of_range)
         number = IsTiny(digits) ? 0.0 : std::numeric_limits<double>::infinity();
-    if (!(std::abs(number) <= kLargest))
+    if (!IsExportable(number))
         document.Fail(element, "holds " + Quoted(word) + ", which is no finite single-precision number");
     return number;
 }

@@ -2,6 +2,7 @@
 
 #include "host/scene_import/collada/transforms.h"
 #include "host/scene_import/collada/user_properties.h"
+#include "host/scene_import/exportable_number.h"
 
 #include <algorithm>
 #include <string>
@@ -31,7 +32,8 @@ std::size_t TextBytes(const ModelDescription& model)
 std::vector<ModelDescription> SceneModels::Read(std::uint32_t visual_scene)
 {
     const std::size_t most =
-        index_.nodes.size() + (index_.instance_count > 0 ? kMostAddedModels : std::size_t{0});
+        std::min(index_.nodes.size() + (index_.instance_count > 0 ? kMostAddedModels : std::size_t{0}),
+                 options_.most_models);
     models_.reserve(most);
     next_models_.reserve(most);
     cameras_.reserve(most);
@@ -89,6 +91,7 @@ std::uint32_t SceneModels::TargetOf(Element instance)
 
 void SceneModels::Add(std::uint32_t record, std::uint32_t parent)
 {
+    CheckModelCount(models_.size() + 1, options_);
     const auto index = static_cast<std::uint32_t>(models_.size());
     ModelDescription& model = models_.emplace_back();
     cameras_.emplace_back();
@@ -112,7 +115,7 @@ void SceneModels::ReadModel(Element node, ModelDescription& model, std::uint32_t
     model.name = NameOf(node);
     model.rest = AffineOf(ReadTransforms(document_, node));
     model.rest.place = model.rest.place * centimetres_;
-    if (!IsFinite(model.rest))
+    if (!IsExportable(model.rest))
         document_.Fail(node, "has transforms that together are not finite");
     model.has_geometry = node.child("instance_geometry") || node.child("instance_controller");
     ReadLens(node, model, index);

@@ -5,6 +5,7 @@
 #include "host/scene_import/collada/cameras.h"
 #include "host/scene_import/collada/document_index.h"
 #include "host/scene_import/import_notes.h"
+#include "host/scene_import/import_options.h"
 #include "host/scene_import/scene_description.h"
 
 #include <cstddef>
@@ -19,8 +20,8 @@ class SceneModels
 {
 public:
     SceneModels(const XmlDocument& document, const DocumentIndex& index, double centimetres,
-                ImportNotes& notes)
-        : document_(document), index_(index), centimetres_(centimetres), notes_(notes)
+                const ImportOptions& options, ImportNotes& notes)
+        : document_(document), index_(index), centimetres_(centimetres), options_(options), notes_(notes)
     {
     }
 
@@ -55,6 +56,7 @@ private:
     const XmlDocument& document_;
     const DocumentIndex& index_;
     double centimetres_;
+    const ImportOptions& options_;
     ImportNotes& notes_;
 
     std::vector<ModelDescription> models_;

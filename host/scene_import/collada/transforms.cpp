@@ -231,13 +231,6 @@ Affine AffineOf(const std::vector<Transform>& transforms)
     return affine;
 }
 
-bool IsFinite(const Affine& affine)
-{
-    const auto is_finite = [](double number) { return std::isfinite(number); };
-    return std::all_of(&affine.linear.at[0][0], &affine.linear.at[0][0] + 9, is_finite) &&
-           std::all_of(affine.place.begin(), affine.place.end(), is_finite);
-}
-
 std::array<double, kMatrixSize> MatrixBetween(const double* from, const double* to, double fraction)
 {
     const Affine a = OfMatrix(from);

@@ -45,8 +45,6 @@ std::vector<Transform> ReadTransforms(const XmlDocument& document, Element node)
 Affine AffineOf(const Transform& transform);
 Affine AffineOf(const std::vector<Transform>& transforms);
 
-bool IsFinite(const Affine& affine);
-
 // A matrix on the way from one key to the next: the rotation turns along the shorter arc, all else goes straight.
 std::array<double, kMatrixSize> MatrixBetween(const double* from, const double* to, double fraction);
 

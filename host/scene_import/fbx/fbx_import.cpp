@@ -2,6 +2,7 @@
 
 #include "host/scene_import/fbx/scene_data.h"
 #include "host/scene_import/frame_time.h"
+#include "host/scene_import/long_text.h"
 #include "host/scene_import/parse_error.h"
 #include "host/scene_import/unique_names.h"
 
@@ -202,6 +203,7 @@ private:
             const TakeData& source = data_->takes[t];
             char nameless[32];
             std::snprintf(nameless, sizeof nameless, "Take %03zu", t + 1);
+            NoteLongText(source.name, source.name, "", notes_);
             const std::string name = labels.Make(source.name, nameless, notes_);
             takes.push_back(
                 AddTake(name, OnFrame(FBTime(source.start), rate), OnFrame(FBTime(source.stop), rate)));

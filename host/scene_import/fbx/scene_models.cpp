@@ -195,7 +195,7 @@ private:
         model.object = index;
         model.kind = KindOf(index);
         model.label = NameAt(index);
-        NoteLongText(model.label, model.label, notes_);
+        NoteLongText(model.label, model.label, "", notes_);
         if (model.kind == ModelKind::Plain || model.kind == ModelKind::Camera)
             model.label = labels_.Make(model.label, "Model", notes_);
         try

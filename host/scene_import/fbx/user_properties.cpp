@@ -96,13 +96,13 @@ bool ReadUserProperty(const PropertyRow& row, const RecordTree& tree, const std:
                   full_name + " (" + PlainText(row.kind, tree) + ")");
         return false;
     }
-    NoteLongText(property.name, full_name, notes);
+    NoteLongText(property.name, model, property.name, notes);
     property.kind = known->kind;
     property.animatable = row.Has('A');
     if (property.kind == PropertyKind::Text)
     {
         property.text = PlainText(row.ValueAt(0).Text().value_or(std::string_view()), tree);
-        NoteLongText(property.text, full_name, notes);
+        NoteLongText(property.text, model, property.name, notes);
         return true;
     }
     for (std::size_t i = 0; i < ComponentsOf(property.kind); ++i)

@@ -2,6 +2,7 @@
 
 #include "gltf/accessor.h"
 #include "gltf/document.h"
+#include "host/scene_import/exportable_number.h"
 #include "host/scene_import/gltf/node_motion.h"
 #include "host/scene_import/parse_error.h"
 
@@ -95,11 +96,12 @@ std::optional<PropertyDescription::Value> PropertyValue(gltf::JsonValue value)
 class GltfReader
 {
 public:
-    GltfReader(const SceneFile& file, ImportNotes& notes)
+    GltfReader(const SceneFile& file, const ImportOptions& options, ImportNotes& notes)
         : folder_(std::filesystem::path(file.path).parent_path()),
           files_(folder_),
           document_(file.bytes, files_),
           accessors_(document_),
+          options_(options),
           notes_(notes)
     {
     }
@@ -129,6 +131,7 @@ private:
     void ReadModels()
     {
         const std::vector<gltf::ShownNode> shown = document_.ShownNodes(kDeepestModel);
+        CheckModelCount(shown.size(), options_);
         models_of_nodes_.assign(document_.Count("nodes"), kNoParent);
         scene_.models.reserve(shown.size());
         for (const gltf::ShownNode& node : shown)
@@ -265,9 +268,8 @@ private:
 
     bool IsRead(const gltf::Channel& channel, const std::string& take)
     {
-        if (channel.target == gltf::Target::Weights)
-            notes_.Add({"blend shape channel is passed over", "blend shape channels are passed over"},
-                       channel.node ? NodeName(channel) : take);
+        if (channel.target == gltf::Target::Weights && channel.node)
+            NoteBlendShapes(channel);
         else if (channel.target == gltf::Target::Other)
             notes_.Add({"channel of something else than a node's transform is passed over",
                         "channels of something else than a node's transform are passed over"},
@@ -278,6 +280,15 @@ private:
         else
             return true;
         return false;
+    }
+
+    // Programs write a channel for each shape or for all of a mesh: nodes are counted.
+    void NoteBlendShapes(const gltf::Channel& channel)
+    {
+        if (noted_blend_shapes_.insert(*channel.node).second)
+            notes_.Add({"model has animated blend shapes, which are passed over",
+                        "models have animated blend shapes, which are passed over"},
+                       NodeName(channel));
     }
 
     void AddTrack(const gltf::Channel& channel, const KeyTrack& track,
@@ -333,6 +344,8 @@ private:
         track.times = accessors_.Read(sampler.input);
         CheckTimes(*track.times, sampler.input, place);
         track.values = accessors_.Read(sampler.output);
+        if (channel.target == gltf::Target::Translation)
+            CheckPlaces(*track.values, sampler.output, place);
         track.interpolation = sampler.interpolation;
         return track;
     }
@@ -354,24 +367,37 @@ private:
         }
     }
 
+    // In centimetres.
+    void CheckPlaces(const std::vector<double>& metres, std::size_t accessor, const gltf::Place& place)
+    {
+        if (checked_places_.insert(accessor).second &&
+            !std::all_of(metres.begin(), metres.end(),
+                         [](double number) { return IsExportable(number * kCentimetresPerMetre); }))
+            place.Fail("output", InAccessor(accessor) +
+                                     "has a place that is not finite in centimetres in single precision");
+    }
+
     std::filesystem::path folder_;
     gltf::FolderFiles files_;
     gltf::Document document_;
     gltf::AccessorReader accessors_;
+    const ImportOptions& options_;
     ImportNotes& notes_;
     SceneDescription scene_;
     std::vector<std::uint32_t> models_of_nodes_; // kNoParent where the scene does not show the node
     std::set<std::size_t> checked_times_;        // accessors
+    std::set<std::size_t> checked_places_;       // accessors
+    std::set<std::size_t> noted_blend_shapes_;   // nodes
     std::size_t property_bytes_ = 0;
 };
 
 } // namespace
 
-SceneDescription ReadGltf(const SceneFile& file, ImportNotes& notes)
+SceneDescription ReadGltf(const SceneFile& file, const ImportOptions& options, ImportNotes& notes)
 {
     try
     {
-        return GltfReader(file, notes).Read();
+        return GltfReader(file, options, notes).Read();
     }
     catch (const gltf::Error& error)
     {

@@ -3,6 +3,7 @@
 // glTF 2.0 and GLB: the nodes that the scene shows, cameras, extras and animations.
 
 #include "host/scene_import/import_notes.h"
+#include "host/scene_import/import_options.h"
 #include "host/scene_import/scene_description.h"
 #include "host/scene_import/scene_file.h"
 
@@ -10,6 +11,6 @@ namespace mobu_host
 {
 
 // Buffers beside the file are read from its folder and from below it. Throws ParseError.
-SceneDescription ReadGltf(const SceneFile& file, ImportNotes& notes);
+SceneDescription ReadGltf(const SceneFile& file, const ImportOptions& options, ImportNotes& notes);
 
 } // namespace mobu_host

@@ -1,3 +1,4 @@
+#include "tests/host/scene_import/collada/collada_text.h"
 #include "tests/host/scene_import/import_fixture.h"
 
 namespace
@@ -54,6 +55,8 @@ TEST_F(DamagedSceneTest, EachNamesFileAndCause)
         {"zero_time.bvh", Bvh("0 0 0", "Frames: 1\nFrame Time: 0\n1\n"), "frame time"},
         {"nan.bvh", Bvh("nan 0 0", "Frames: 1\nFrame Time: 0.04\n1\n"), "not a finite number"},
         {"nan_key.bvh", Bvh("0 0 0", "Frames: 1\nFrame Time: 0.04\ninf\n"), "not a finite number"},
+        {"far.bvh", Bvh("1e39 0 0", "Frames: 1\nFrame Time: 0.04\n1\n"), "\"1e39\" is out of range"},
+        {"far_key.bvh", Bvh("0 0 0", "Frames: 1\nFrame Time: 0.04\n-4e38\n"), "\"-4e38\" is out of range"},
         {"eternity.bvh", Bvh("0 0 0", "Frames: 2\nFrame Time: 1e30\n1\n2\n"),
          "longer than a million seconds"},
 
@@ -89,6 +92,11 @@ TEST_F(DamagedSceneTest, EachNamesFileAndCause)
         {"old.glb", std::string("glTF\x01\0\0\0\x18\0\0\0\x04\0\0\0JSON{  }", 24), "glTF version 1"},
 
         {"cut.dae", R"(<?xml version="1.0"?><COLLADA version="1.4.1"><library_visual)", "cut.dae"},
+        {"extra.dae",
+         collada_text::Document(
+             "", R"(<node name="A"><extra><technique><user_properties>p = 1e39</user_properties>)"
+                 R"(</technique></extra></node>)"),
+         "the property \"p\" of \"A\" is not finite in single precision"},
         {"no_scene.dae", R"(<?xml version="1.0"?><COLLADA version="1.4.1"></COLLADA>)", "no_scene.dae"},
     };
     for (const DamagedScene& scene : scenes)

@@ -255,11 +255,29 @@ TEST_F(GltfImportTest, WhatIsNoHierarchyAndNoMotionIsPassedOver)
     document.json["images"] = {{{"uri", "not_there.png"}}};
     document.json["extensionsRequired"] = {"KHR_draco_mesh_compression"};
     document.Animation({{"name", "Blend"}}).Channel(0, "translation", {0, 0, 0, 1, 0, 0});
-    document.Channel(0, "weights", {0, 0, 0});
+    document.Channel(0, "weights", {0, 0, 0}).Channel(0, "weights", {0, 0, 0});
+    document.Animation({{"name", "Smile"}}).Channel(0, "weights", {0, 0, 0});
     const auto result = Open("a.gltf", document.Text());
-    EXPECT_EQ(result.notes, Names{"1 blend shape channel is passed over: A"});
+    EXPECT_EQ(result.notes, Names{"1 model has animated blend shapes, which are passed over: A"});
     Goto(1.0);
     ExpectRow(Global("A"), 3, 100, 0, 0);
+}
+
+TEST_F(GltfImportTest, PlacesMustBeFiniteInCentimetres)
+{
+    for (const auto& [metres, ok] : {std::pair(3.0e36f, true), std::pair(4.0e36f, false)})
+    {
+        Document document;
+        document.Node({{"name", "A"}})
+            .Animation({{"name", "Go"}})
+            .Channel(0, "translation", {0, 0, 0, 0, metres, 0});
+        const auto result = mobu_host::ImportScene(Write("a.gltf", document.Text()));
+        EXPECT_EQ(result.ok, ok);
+        EXPECT_EQ(result.error.find("samplers[0].output (accessors[1]) has a place that is not finite in "
+                                    "centimetres") != std::string::npos,
+                  !ok)
+            << result.error;
+    }
 }
 
 // Cubic Hermite curves, their tangents scaled by the seconds between the keys; rotations component by component.
@@ -399,6 +417,8 @@ TEST_F(GltfImportTest, EachRefusalNamesItsPlace)
          "animations[0] \"Go\": channels[0].node is 7, out of 0 to 0"},
         {"/bufferViews/1/extensions", {{"EXT_meshopt_compression", Json::object()}}, ""},
         {"/nodes/0/translation", {1, 2}, "nodes[0] \"A\": translation is not 3 numbers"},
+        {"/nodes/0/translation", {0, 1e37, 0}, "the transform of \"A\" is not finite in single precision"},
+        {"/nodes/0/extras", {{"p", 1e39}}, "the property \"p\" of \"A\" is not finite in single precision"},
         {"/scene", 1, "its scene to show is none of its 1 scenes"}};
     for (const Bend& bend : bends)
     {

@@ -37,6 +37,20 @@ protected:
         return notes.Lines();
     }
 
+    // Empty where it is built.
+    static std::string CauseOf(SceneDescription scene)
+    {
+        try
+        {
+            Build(std::move(scene));
+            return "";
+        }
+        catch (const ParseError& error)
+        {
+            return error.what();
+        }
+    }
+
     static FBTimeSpan Span(int take) { return Take(take).LocalTimeSpan; }
 };
 
@@ -147,15 +161,87 @@ TEST_F(HostSceneTest, PropertiesKeepTheirKinds)
     EXPECT_EQ(static_cast<FBModel*>(Scene().RootModel)->PropertyList.Find("of_all")->AsInt(), 7);
 }
 
+// 3.402823e38 is the largest number of single precision.
+TEST_F(HostSceneTest, NumbersBeyondSinglePrecisionAreRefusedByName)
+{
+    struct Case
+    {
+        LensDescription lens;
+        PropertyDescription::Value value;
+        const char* cause;
+    };
+    const Case cases[] = {
+        {{}, 1e39, "the property \"p\" of \"m\""},
+        {{}, -1e39, "the property \"p\" of \"m\""},
+        {{}, std::array<double, 3>{0, 0, 1e39}, "the property \"p\" of \"m\""},
+        {{}, std::array<double, 4>{0, 0, 0, std::nan("")}, "the property \"p\" of \"m\""},
+        {{.horizontal_angle = std::nan("")}, 1, "the lens of \"m\""},
+        {{.aspect = 1e39}, 1, "the lens of \"m\""},
+        {{.near_plane = 1e39}, 1, "the lens of \"m\""},
+        {{.far_plane = 1e39}, 1, "the lens of \"m\""},
+        {{.far_plane = 3.4e38}, 3.4e38, nullptr},
+    };
+    for (const Case& item : cases)
+    {
+        SceneDescription scene;
+        scene.models = {At("m", kNoParent, {})};
+        scene.models[0].lens = item.lens;
+        scene.models[0].properties = {{"p", item.value}};
+        EXPECT_EQ(CauseOf(scene),
+                  item.cause ? std::string(item.cause) + " is not finite in single precision" : "");
+    }
+    SceneDescription scene;
+    scene.properties = {{"p", 1e39}};
+    EXPECT_EQ(CauseOf(scene), "the property \"p\" of the scene is not finite in single precision");
+}
+
+TEST_F(HostSceneTest, TextsThatAnExportCutsAreNotedOfEveryFormat)
+{
+    const std::string fits(65535, 'x'), cut(65536, 'x'), shown = std::string(60, 'x') + "...";
+    SceneDescription scene;
+    scene.models = {At(cut, kNoParent, {}), At("m", kNoParent, {}), At(fits, kNoParent, {})};
+    scene.models[1].properties = {{"story", cut}, {"short", fits}, {cut, 1}};
+    scene.properties = {{"plot", cut}};
+    scene.takes = {Named(cut, 0, 0), Named(fits, 0, 0)};
+    const std::string note = " of more than 65535 characters";
+    EXPECT_EQ(Build(scene),
+              Names{"5 texts" + note + " are cut by an export: plot, " + shown + ", m.story, m." + shown});
+
+    const auto of_fbx_take = [this](const std::string& name)
+    {
+        return Open("take.fbx", "; FBX 7.4.0\nObjects:{\nAnimationStack:10,\"" + name +
+                                    "\",\"\"\nAnimationLayer:11,\"\",\"\"\n}\n"
+                                    "Connections:{\nC:\"OO\",11,10\n}\n")
+            .notes;
+    };
+    EXPECT_EQ(of_fbx_take(fits), Names());
+    EXPECT_EQ(of_fbx_take(cut), Names{"1 text" + note + " is cut by an export: " + shown});
+}
+
+TEST(ImportNotesTest, NameEachOnceAndCountAll)
+{
+    ImportNotes notes;
+    for (int i = 0; i < 10; ++i)
+        notes.Add({"model moves", "models move"}, "Head");
+    EXPECT_EQ(notes.Lines(), Names{"10 models move: Head"});
+    for (const char name : std::string("abcdefg"))
+        notes.Add({"model moves", "models move"}, {name});
+    EXPECT_EQ(notes.Lines(), Names{"17 models move: Head, a, b, c, d, e, f, g"});
+    notes.Add({"model moves", "models move"}, "h");
+    EXPECT_EQ(notes.Lines(), Names{"18 models move: Head, a, b, c, d, e, f, g, ..."});
+}
+
 TEST_F(HostSceneTest, WhatNoSceneCanHoldIsRefusedBeforeAnythingChanges)
 {
-    SceneDescription many, nowhere, late;
+    SceneDescription many, nowhere, far, late;
+    far.models = {At("far", kNoParent, {0, 0, -1e39})};
     many.models = {At("a", kNoParent, {}), At("b", 0, {}), At("c", 1, {})};
     nowhere.models = {At("lost", kNoParent, {0, std::nan(""), 0})};
     late.takes = {Named("eternity", 0, 1e7)};
     const std::pair<const SceneDescription*, const char*> cases[] = {
-        {&many, "it has 3 models; the limit is 2"},
-        {&nowhere, "the transform of \"lost\" is not finite"},
+        {&many, "it has more than 2 models, which is the limit"},
+        {&nowhere, "the transform of \"lost\" is not finite in single precision"},
+        {&far, "the transform of \"far\" is not finite in single precision"},
         {&late, "take \"eternity\" has times beyond a million seconds"}};
     ImportOptions options;
     options.most_models = 2;

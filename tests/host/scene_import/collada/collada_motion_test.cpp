@@ -19,7 +19,7 @@ constexpr double kRadians = std::numbers::pi / 180.0;
 SceneDescription Read(const std::string& document, std::vector<std::string>& notes)
 {
     mobu_host::ImportNotes gathered;
-    SceneDescription scene = mobu_host::collada::ReadScene(document, gathered);
+    SceneDescription scene = mobu_host::collada::ReadScene(document, {}, gathered);
     notes = gathered.Lines();
     return scene;
 }

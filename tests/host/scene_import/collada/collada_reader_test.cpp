@@ -19,7 +19,7 @@ using mobu_host::SceneDescription;
 SceneDescription Read(const std::string& document, std::vector<std::string>* lines = nullptr)
 {
     mobu_host::ImportNotes notes;
-    SceneDescription scene = mobu_host::collada::ReadScene(document, notes);
+    SceneDescription scene = mobu_host::collada::ReadScene(document, {}, notes);
     if (lines)
         *lines = notes.Lines();
     else
@@ -32,7 +32,7 @@ std::string CauseOf(const std::string& document)
     try
     {
         mobu_host::ImportNotes notes;
-        mobu_host::collada::ReadScene(document, notes);
+        mobu_host::collada::ReadScene(document, {}, notes);
         return "none";
     }
     catch (const mobu_host::ParseError& error)

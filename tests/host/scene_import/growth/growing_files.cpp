@@ -253,6 +253,15 @@ SceneDescription SceneOf(std::size_t models, std::size_t takes, std::size_t keys
     return scene;
 }
 
+SceneDescription TakesOfSharedKeys(std::size_t takes, std::size_t keys)
+{
+    SceneDescription scene = SceneOf(1, takes, 0, 0);
+    const TakeDescription keyed = TakeOfAll(0, keys);
+    for (TakeDescription& take : scene.takes)
+        take.keys = keyed.keys;
+    return scene;
+}
+
 struct GrowingScene
 {
     const char* name;
@@ -264,6 +273,7 @@ const GrowingScene kScenes[] = {
     {"host_takes", [](std::size_t n) { return SceneOf(1, 10 * n, 1, 0); }},
     {"host_takes_of_models", [](std::size_t n) { return SceneOf(20, 2 * n, 10, 0); }},
     {"host_keys", [](std::size_t n) { return SceneOf(1, 1, 500 * n, 0); }},
+    {"host_takes_of_shared_keys", [](std::size_t n) { return TakesOfSharedKeys(n, 500 * n); }},
     {"host_properties", [](std::size_t n) { return SceneOf(1, 1, 1, 20 * n); }},
 };
 
