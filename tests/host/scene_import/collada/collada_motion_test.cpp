@@ -12,6 +12,7 @@ namespace
 
 using namespace collada_text;
 using mobu_host::Affine;
+using mobu_host::Matrix3;
 using mobu_host::SceneDescription;
 
 constexpr double kRadians = std::numbers::pi / 180.0;
