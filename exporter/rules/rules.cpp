@@ -6,6 +6,7 @@
 #include "exporter/rules/message_text.h"
 #include "exporter/rules/sampling_rate.h"
 #include "exporter/text.h"
+#include "tev2_loader/io/file_system.h"
 #include "tev2_loader/serialisation/file_writer.h"
 
 #include <algorithm>
@@ -305,10 +306,28 @@ Place PlaceOf(const FileStamp& stamp)
     return {stamp.device, stamp.inode};
 }
 
+std::string FolderOf(const std::string& path)
+{
+    const std::string folder = std::filesystem::path(path).parent_path().string();
+    return folder.empty() ? "." : folder;
+}
+
+/// A file that is not there yet: its folder, and its name in it.
+using PlaceOfNew = std::pair<Place, std::string>;
+
+/// Where the file will be that a dangling link leads to, however the link spells its folder.
+PlaceOfNew PlaceOfNewFile(const ExportQuestion& question, const std::string& path)
+{
+    const std::string target = TEV2_LOADER::file_system::Examine(path).path;
+    const std::string name = std::filesystem::path(target).filename().string();
+    return {PlaceOf(FileStamp::Of(FolderOf(target))), FoldsCase(question) ? FoldCase(name) : name};
+}
+
 Objection FilesDiffer(const Case& c)
 {
     std::map<std::string, const FilePlan*> names;
     std::map<Place, const FilePlan*> places;
+    std::map<PlaceOfNew, const FilePlan*> places_of_new;
     for (const FilePlan& file : c.plan.files)
     {
         const auto both = [&](const FilePlan& other)
@@ -334,6 +353,19 @@ Objection FilesDiffer(const Case& c)
                 return both(*place->second);
             }
         }
+        PlaceOfNew new_place;
+        if (!stamp.exists)
+        {
+            new_place = PlaceOfNewFile(c.question, file.path);
+        }
+        if (new_place.first.second != 0)
+        {
+            const auto [place, is_first] = places_of_new.emplace(new_place, &file);
+            if (!is_first)
+            {
+                return both(*place->second);
+            }
+        }
     }
     return {};
 }
@@ -345,8 +377,7 @@ Objection CannotWrite(const std::string& path, const char* code, const std::stri
 
 Objection CheckFolder(const std::string& path)
 {
-    std::string folder = std::filesystem::path(path).parent_path().string();
-    folder = folder.empty() ? "." : folder;
+    const std::string folder = FolderOf(path);
     const FileStamp place = FileStamp::Of(folder);
     if (place.exists && place.folder)
     {
@@ -359,8 +390,7 @@ Objection CheckFolder(const std::string& path)
 
 Objection CheckPlace(const std::string& path)
 {
-    std::string folder = std::filesystem::path(path).parent_path().string();
-    folder = folder.empty() ? "." : folder;
+    const std::string folder = FolderOf(path);
     const FileStamp target = FileStamp::Of(path);
     if (!target.exists && target.error != ENOENT)
     {
@@ -433,16 +463,26 @@ constexpr Rule kRulesOfScenes[] = {
 
 // ---- notes
 
+/// Instants are stepped in single precision. A default rate that has more digits than that is nobody's wish: it is worth
+/// a note only where the instants move.
 void NoteRate(const Case& c)
 {
+    constexpr double kMovedVisibly = 0.001; // sample intervals
     const auto sampled = static_cast<float>(c.plan.rate);
     const std::string& asked = c.question.rate;
-    const std::string exact = asked.empty() || asked == "scene" ? NumberText(c.plan.rate) : asked;
-    const std::optional<double> shown = RateOfText(NumberText(sampled), 0.0);
-    if (shown && *shown != c.plan.rate)
+    const bool explicit_rate = !asked.empty() && asked != "scene";
+    const bool has_more_digits = RateOfText(NumberText(sampled), 0.0) != c.plan.rate;
+    double longest = 0.0; // seconds
+    for (const FilePlan& file : c.plan.files)
     {
-        c.plan.notes.push_back("the rate " + exact + " is rounded to single precision: " +
-                               NumberText(sampled) + " samples a second");
+        longest = std::max(longest, static_cast<double>(file.range.end - file.range.start));
+    }
+    const double moved = longest * std::abs(static_cast<double>(sampled) - c.plan.rate);
+    if ((explicit_rate && has_more_digits) || moved > kMovedVisibly)
+    {
+        c.plan.notes.push_back("the rate " + (explicit_rate ? asked : NumberText(c.plan.rate)) +
+                               " is rounded to single precision: " +
+                               NumberText(static_cast<double>(sampled)) + " samples a second");
     }
 }
 

@@ -392,7 +392,7 @@ class ReadableTest(ScratchTest):
 
     def test_plan_and_notes(self):
         open_scene(self.takes, take="A_b")
-        notes = ["the rate 30000/1001 is rounded to single precision: 29.97003 samples a second",
+        notes = ["the rate 30000/1001 is rounded to single precision: 29.970029830932617 samples a second",
                  'the range is cut to the take: "A_b" has frames 0 to 0 (0 to 0 s)',
                  '2 other takes are not exported: "A b", "\u00e9" (all_takes)']
         arguments = {"fps": "30000/1001", "start_frame": -1}

@@ -8,6 +8,8 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <cmath>
 #include <filesystem>
 #include <fstream>
 #include <functional>
@@ -215,6 +217,15 @@ TEST_F(RulesTest, OnlyFilesOfTheirOwnAreTargets)
     EXPECT_STREQ(Plan(all).objection.code, "same-file");
     fs::remove(Path("out_Run.tv2"));
     EXPECT_STREQ(Plan(all).objection.code, nullptr);
+
+    // Links to a file that is not there yet, however they spell its name.
+    fs::remove(Path("out_Walk.tv2"));
+    fs::create_symlink("new.tv2", Path("out_Walk.tv2"));
+    fs::create_symlink("folder.tv2/../new.tv2", Path("out_Run.tv2"));
+    EXPECT_STREQ(Plan(all).objection.code, "same-file");
+    fs::remove(Path("out_Run.tv2"));
+    fs::create_symlink("folder.tv2/new.tv2", Path("out_Run.tv2"));
+    EXPECT_STREQ(Plan(all).objection.code, nullptr);
 }
 #endif
 
@@ -234,7 +245,8 @@ TEST_F(RulesTest, RatesAreNumbersFractionsAndNames)
         {"60", 60.0, ""},
         {"29.97", 29.97, ""},
         {"60/2", 30.0, ""},
-        {"30000/1001", 30000.0 / 1001.0, "the rate 30000/1001 is rounded to single precision: 29.97003"},
+        {"30000/1001", 30000.0 / 1001.0,
+         "the rate 30000/1001 is rounded to single precision: 29.97002983093"},
     };
     for (const auto& c : cases)
     {
@@ -248,6 +260,38 @@ TEST_F(RulesTest, RatesAreNumbersFractionsAndNames)
         EXPECT_EQ(plan.files.at(0).range.rate, static_cast<float>(c.rate)) << c.text;
         EXPECT_EQ(plan.notes.empty() ? "" : plan.notes[0].substr(0, std::string(c.note).size()), c.note);
         EXPECT_EQ(plan.notes.empty(), c.note[0] == '\0') << c.text;
+    }
+}
+
+// 120.00048000192001 is a frame time of 0.0083333 s in a BVH file; single precision is 6.5e-7 samples a second off.
+TEST_F(RulesTest, ADefaultRateIsNotedWhereRoundingMovesTheInstants)
+{
+    const std::string note = "the rate 120.00048000192001 is rounded to single precision: 120.00048065185547 "
+                             "samples a second";
+    const struct
+    {
+        const char* text;
+        double seconds;
+        bool noted;
+    } cases[] = {
+        {"", 10.0, false},
+        {"scene", 1500.0, false},
+        {"", 1600.0, true},
+        {"120.00048000192001", 10.0, true},
+    };
+    for (const auto& c : cases)
+    {
+        const RulesPlan plan = Plan(
+            [&c](ExportQuestion& q, SceneFacts& s)
+            {
+                q.rate = c.text;
+                s.transport_rate = 120.00048000192001;
+                s.takes = {{"Walk", 0.0, std::round(c.seconds * s.transport_rate) / s.transport_rate}};
+            });
+        ASSERT_EQ(plan.objection.code, nullptr) << plan.objection.text;
+        EXPECT_EQ(std::count(plan.notes.begin(), plan.notes.end(), note), c.noted ? 1 : 0)
+            << c.text << " " << c.seconds;
+        EXPECT_TRUE(c.noted || plan.notes.empty()) << plan.notes.front();
     }
 }
 
