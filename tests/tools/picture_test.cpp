@@ -239,6 +239,45 @@ TEST(Picture, ShowsPropsAndCamerasAndWhatTheySee)
     EXPECT_NEAR(lens[6] - lens[0], lens[1] - lens[7], 0.2);
 }
 
+TEST(Picture, HasRoomForWideCameras)
+{
+    const ScratchFolder folder;
+    TEV2 scene;
+    AddNode(scene, u"Scene", -1, {}, {});
+    for (const float place : {0.0F, 1.0F}) // at either side of the drawing, looking up
+    {
+        AddNode(scene, u"Camera", 0, {place, 0.0F, 0.0F}, {place, 0.0F, 0.0F});
+        auto camera = std::make_unique<TEV2_CAMERA>();
+        camera->value = static_cast<std::int32_t>(scene.cameras.size()) + 1;
+        camera->inverseAspect = 4.0F;
+        camera->fieldOfView = MakeTrack<TEV2_ANIMATABLE_FLOAT32_LINEAR>({{0.0F, 2.0F}}); // 115 degrees
+        scene.cameras.push_back(std::move(camera));
+    }
+    SaveScene(scene, folder.Path("a.tv2"));
+    for (const char* const view : {"front", "side", "top"})
+    {
+        const auto run = RunTv2({"picture", "--view", view, folder.Path("a.tv2"), folder.Path("a.svg")});
+        ASSERT_EQ(run.exit_code, 0) << run.err;
+        const std::string svg = Drawing(folder.Path("a.svg"));
+        const auto sheet = Matches(svg, "viewBox=\"0 0 ([0-9.]+) ([0-9.]+)\"");
+        ASSERT_EQ(sheet.size(), 1U);
+        std::size_t points = 0;
+        for (std::size_t at = svg.find("class=\"camera\""); at != std::string::npos;
+             at = svg.find("class=\"camera\"", at + 1))
+        {
+            const std::string path = svg.substr(at, svg.find("/>", at) - at);
+            for (const auto& point : Matches(path, "(-?[0-9.]+),(-?[0-9.]+)"))
+            {
+                ++points;
+                EXPECT_TRUE(point[0] >= 0.0 && point[0] <= sheet[0][0] && point[1] >= 0.0 &&
+                            point[1] <= sheet[0][1])
+                    << view << ": " << point[0] << ", " << point[1];
+            }
+        }
+        EXPECT_EQ(points, 2U * 15U) << view; // 4 edges, 4 corners and the 3 of the mark above
+    }
+}
+
 TEST(Picture, LeavesOutWhatIsFarFromTheSkeleton)
 {
     const ScratchFolder folder;

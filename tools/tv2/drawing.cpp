@@ -106,6 +106,31 @@ Frame FrameOf(const std::vector<Figure>& figures)
     return frame;
 }
 
+/// How far props and cameras reach from their origins, to the side or up and down, in pixels. The wider a camera's angle
+/// the farther the corners of its picture are.
+double ReachOfMarks(const std::vector<Figure>& figures, const Frame& frame, double camera_depth)
+{
+    double reach = 0.0;
+    for (const Figure& figure : figures)
+    {
+        if (!figure.props.empty())
+        {
+            reach = std::max(reach, kAxisLength);
+        }
+        for (const PaperCamera& camera : figure.cameras)
+        {
+            std::array<PaperPoint, 5> ends{camera.above};
+            std::copy(camera.corners.begin(), camera.corners.end(), ends.begin() + 1);
+            for (const PaperPoint& end : ends)
+            {
+                const double along = std::max(std::abs(end.x), std::abs(end.y)) * camera_depth;
+                reach = std::max(reach, frame.left_out.contains(camera.node) ? 0.0 : along);
+            }
+        }
+    }
+    return reach;
+}
+
 std::size_t RoundedUp(std::size_t count, std::size_t divisor)
 {
     return (count + divisor - 1) / divisor;
@@ -128,10 +153,7 @@ public:
         const double larger = figures.size() == 1 ? kSingleFigure : 1.0;
         camera_depth_ = kCameraDepth * larger;
         scale_ = larger * std::min(kFigureHeight / box_.Height(), kWidestFigure / box_.Width());
-        const bool marks = std::any_of(figures.begin(), figures.end(),
-                                       [](const Figure& figure)
-                                       { return !figure.props.empty() || !figure.cameras.empty(); });
-        margin_ = marks ? kMargin + camera_depth_ : kMargin;
+        margin_ = kMargin + ReachOfMarks(figures, frame, camera_depth_);
         cell_width_ = std::max(box_.Width() * scale_, kNarrowestFigure) + 2.0 * margin_;
         cell_height_ = box_.Height() * scale_ + 2.0 * margin_ + kCaptionHeight;
         const auto most = static_cast<std::size_t>((kWidestRow - kLabelWidth) / cell_width_);
