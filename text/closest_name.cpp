@@ -1,5 +1,7 @@
 #include "text/closest_name.h"
 
+#include "text/printable.h"
+
 #include <algorithm>
 #include <vector>
 
@@ -75,5 +77,12 @@ std::string_view ClosestName(std::string_view unknown, std::span<const std::stri
 std::string DidYouMean(std::string_view unknown, std::span<const std::string> known)
 {
     const std::string_view closest = ClosestName(unknown, known);
-    return closest.empty() ? std::string() : " (did you mean \"" + std::string(closest) + "\"?)";
+    return closest.empty() ? std::string() : " (did you mean \"" + OneLine(closest) + "\"?)";
+}
+
+std::string DidYouMeanOr(std::string_view unknown, std::span<const std::string> known,
+                         const std::string& otherwise)
+{
+    const std::string meant = DidYouMean(unknown, known);
+    return meant.empty() ? otherwise : meant;
 }

@@ -10,5 +10,9 @@
 std::string_view ClosestName(std::string_view unknown, std::span<const std::string> known);
 
 /// ` (did you mean "Dance"?)`, to put after the unknown name in a message; empty when no known name is close.
-/// Control characters of the name are not escaped.
+/// The name is on one line, as in text/printable.h.
 std::string DidYouMean(std::string_view unknown, std::span<const std::string> known);
+
+/// The same, and `otherwise` when no known name is close, such as a list of them: who mistyped needs none.
+std::string DidYouMeanOr(std::string_view unknown, std::span<const std::string> known,
+                         const std::string& otherwise);

@@ -163,9 +163,9 @@ def open_scene(path, take=None, select=(), scene_rate=None):
         names = [name for name, _, _ in _HostScene(host).takes()]
         wanted = _encoded(take, "the take")
         if wanted not in names:
-            raise ExportError("there is no take %s%s; the scene has %s" %
-                              (_shown(wanted), _suggestion(host.mobu_host_suggest_take, wanted),
-                               ", ".join(_shown(name) for name in names)))
+            raise ExportError("there is no take %s%s" %
+                              (_shown(wanted), _suggestion(host.mobu_host_suggest_take, wanted) or
+                               "; the scene has " + ", ".join(_shown(name) for name in names)))
         host.mobu_host_choose_take(names.index(wanted))
     for model in [select] if isinstance(select, (bytes, type(u""))) else select:
         wanted = _encoded(model, "the model")

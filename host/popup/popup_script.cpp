@@ -56,8 +56,8 @@ std::string NoSuchRegion(const std::string& name, FBPopup& popup)
         names.push_back(region.name);
         list += (list.empty() ? "" : ", ") + Quoted(region.name);
     }
-    return "there is no region " + Quoted(name) + DidYouMean(name, names) + "; the popup has " +
-           (list.empty() ? "no region at all" : list);
+    return "there is no region " + Quoted(name) +
+           DidYouMeanOr(name, names, "; the popup has " + (list.empty() ? "no region at all" : list));
 }
 
 } // namespace
@@ -91,8 +91,8 @@ std::string PopupScript::ReadStep(const std::string& line, Step& step)
     else if (action == "close")
         step.action = Action::kClose;
     else
-        return "there is no step " + Quoted(action) + DidYouMean(action, kActions) +
-               "; steps are click, set, edit, move and close";
+        return "there is no step " + Quoted(action) +
+               DidYouMeanOr(action, kActions, "; steps are click, set, edit, move and close");
 
     const std::string rest = Word(words);
     if (!rest.empty() && rest.front() != '#')

@@ -40,6 +40,9 @@ TEST(ClosestName, GoesIntoAMessageInQuotes)
     const std::vector<std::string> known = {"Dance"};
     EXPECT_EQ(DidYouMean("Dnace", known), " (did you mean \"Dance\"?)");
     EXPECT_EQ(DidYouMean("Walk", known), "");
+    EXPECT_EQ(DidYouMean("Danc", std::vector<std::string>{"Danc\n"}), " (did you mean \"Danc\\n\"?)");
+    EXPECT_EQ(DidYouMeanOr("Dnace", known, "; all"), " (did you mean \"Dance\"?)");
+    EXPECT_EQ(DidYouMeanOr("Walk", known, "; all"), "; all");
 }
 
 } // namespace

@@ -44,6 +44,12 @@ std::string LongNameOf(FBModel& model)
     return static_cast<const char*>(model.LongName);
 }
 
+/// What to put after a name that nothing in the scene has.
+std::string MeantOrAll(const std::string& name, const std::vector<std::string>& names)
+{
+    return DidYouMeanOr(name, names, "; the scene has " + Listed(names));
+}
+
 std::string ChooseTake(const std::string& name)
 {
     if (name.empty())
@@ -60,8 +66,7 @@ std::string ChooseTake(const std::string& name)
             return {};
         }
     }
-    return "there is no take " + Quoted(name) + OneLine(DidYouMean(name, names)) + "; the scene has " +
-           Listed(names);
+    return "there is no take " + Quoted(name) + MeantOrAll(name, names);
 }
 
 std::string SelectModels(const std::vector<std::string>& wanted)
@@ -83,9 +88,8 @@ std::string SelectModels(const std::vector<std::string>& wanted)
             std::erase_if(meant,
                           [&name](const std::string& long_name) { return !long_name.ends_with(":" + name); });
             return "there is no model " + Quoted(name) +
-                   (meant.empty() ? OneLine(DidYouMean(name, names))
-                                  : "; models of that short name: " + Listed(meant)) +
-                   "; the scene has " + Listed(names);
+                   (meant.empty() ? MeantOrAll(name, names)
+                                  : "; models of that short name: " + Listed(meant));
         }
         (*found)->Selected = true;
     }
