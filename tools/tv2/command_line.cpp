@@ -388,6 +388,26 @@ std::string Complaint(const CLI::App& command, const CLI::ParseError& error)
     return "there is no option " + name + DidYouMean(name, OptionsOf(command));
 }
 
+/// Why an option's value is missing, as in `--fps=`: the parser would take the next argument for it. Empty when none is.
+std::string MissingValue(const CLI::App& app, int argc, char** argv)
+{
+    const std::vector<const CLI::App*> commands =
+        app.get_subcommands([&](const CLI::App* verb) { return argc > 1 && verb->get_name() == argv[1]; });
+    for (int i = 2; !commands.empty() && i < argc && std::string_view(argv[i]) != "--"; ++i)
+    {
+        const std::string argument = argv[i];
+        const std::string name = argument.substr(0, argument.size() - 1);
+        const CLI::Option* const option = argument.starts_with("--") && argument.ends_with('=')
+                                              ? commands.front()->get_option_no_throw(name)
+                                              : nullptr;
+        if (option && option->get_items_expected_min() > 0)
+        {
+            return name + " needs a value: there is none after its \"=\"";
+        }
+    }
+    return {};
+}
+
 bool WantsJson(int argc, char** argv)
 {
     return std::any_of(argv + 1, argv + std::max(argc, 1),
@@ -445,6 +465,10 @@ int RunCommandLine(int argc, char** argv)
     if (const std::string why = UnknownCommand(app, argc, argv); !why.empty())
     {
         return Refuse("tv2", why, argc, argv);
+    }
+    if (const std::string why = MissingValue(app, argc, argv); !why.empty())
+    {
+        return Refuse("tv2 " + std::string(argv[1]), why, argc, argv);
     }
     try
     {
