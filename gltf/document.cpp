@@ -176,15 +176,44 @@ JsonValue Document::Scene() const
     const JsonValue scenes = Root()["scenes"];
     const JsonValue chosen = Root()["scene"];
     if (scenes.Size() == 0)
-    {
-        if (Count("nodes") > 0)
-            throw Error("it holds nodes but no scene that shows them");
         return {};
-    }
     const std::optional<std::size_t> index = chosen ? IndexOf(chosen, scenes.Size()) : 0;
     if (!index)
         throw Error("its scene to show is none of its " + std::to_string(scenes.Size()) + " scenes");
     return scenes[*index];
+}
+
+// The nodes that the scene lists. Without scenes, those that no other node has as a child.
+std::vector<std::size_t> Document::Tops() const
+{
+    const std::size_t count = Count("nodes");
+    std::vector<std::size_t> tops;
+    if (Count("scenes") > 0)
+    {
+        const JsonValue listed = Scene()["nodes"];
+        tops.resize(listed.Size());
+        for (std::size_t i = 0; i < tops.size(); ++i)
+        {
+            const std::optional<std::size_t> index = IndexOf(listed[i], count);
+            if (!index)
+                throw Error("the nodes of its scene are not all nodes of the file");
+            tops[i] = *index;
+        }
+        return tops;
+    }
+    const JsonValue nodes = Root()["nodes"];
+    std::vector<bool> is_child(count, false);
+    for (std::size_t node = 0; node < count; ++node)
+    {
+        const JsonValue children = nodes[node]["children"];
+        for (std::size_t i = 0; i < children.Size(); ++i)
+            if (const std::optional<std::size_t> child = IndexOf(children[i], count))
+                is_child[*child] = true;
+    }
+    for (std::size_t node = 0; node < count; ++node)
+        if (!is_child[node])
+            tops.push_back(node);
+    return tops;
 }
 
 std::vector<ShownNode> Document::ShownNodes(std::size_t deepest) const
@@ -193,40 +222,48 @@ std::vector<ShownNode> Document::ShownNodes(std::size_t deepest) const
     {
         JsonValue children;
         std::size_t next;
-        std::optional<std::uint32_t> parent; // in the list
+        std::uint32_t parent; // in the list
     };
     const std::size_t count = Count("nodes");
     const JsonValue nodes = Root()["nodes"];
     std::vector<bool> met(count, false);
     std::vector<ShownNode> shown;
-    std::vector<Level> levels{{Scene()["nodes"], 0, std::nullopt}};
-    while (!levels.empty())
+    std::vector<Level> levels;
+    const auto show = [&](std::size_t index, std::optional<std::uint32_t> parent)
     {
-        Level& level = levels.back();
-        if (level.next == level.children.Size())
+        if (met[index])
         {
-            levels.pop_back();
-            continue;
+            const bool in_a_circle =
+                std::any_of(levels.begin(), levels.end(),
+                            [&](const Level& above) { return shown[above.parent].index == index; });
+            PlaceOf("nodes", index).Fail(in_a_circle ? "is its own ancestor" : "is in the scene twice");
         }
-        const std::optional<std::size_t> index = IndexOf(level.children[level.next], count);
-        if (!index && level.parent)
-            PlaceOf("nodes", shown[*level.parent].index).Fail("children", "are not all nodes of the file");
-        if (!index)
-            throw Error("the nodes of its scene are not all nodes of the file");
-        if (met[*index])
+        if (levels.size() == deepest)
+            PlaceOf("nodes", index).Fail("nodes are nested more than " + std::to_string(deepest) + " deep");
+        met[index] = true;
+        shown.push_back({static_cast<std::uint32_t>(index), parent});
+        levels.push_back({nodes[index]["children"], 0, static_cast<std::uint32_t>(shown.size() - 1)});
+    };
+    for (const std::size_t top : Tops())
+    {
+        show(top, std::nullopt);
+        while (!levels.empty())
         {
-            const bool in_a_circle = std::any_of(
-                levels.begin(), levels.end(),
-                [&](const Level& above) { return above.parent && shown[*above.parent].index == *index; });
-            PlaceOf("nodes", *index).Fail(in_a_circle ? "is its own ancestor" : "is in the scene twice");
+            Level& level = levels.back();
+            if (level.next == level.children.Size())
+            {
+                levels.pop_back();
+                continue;
+            }
+            const std::optional<std::size_t> index = IndexOf(level.children[level.next++], count);
+            if (!index)
+                PlaceOf("nodes", shown[level.parent].index).Fail("children", "are not all nodes of the file");
+            show(*index, level.parent);
         }
-        if (levels.size() > deepest)
-            PlaceOf("nodes", *index).Fail("nodes are nested more than " + std::to_string(deepest) + " deep");
-        met[*index] = true;
-        shown.push_back({static_cast<std::uint32_t>(*index), level.parent});
-        ++level.next;
-        levels.push_back({nodes[*index]["children"], 0, static_cast<std::uint32_t>(shown.size() - 1)});
     }
+    if (Count("scenes") == 0 && shown.size() < count)
+        PlaceOf("nodes", static_cast<std::size_t>(std::find(met.begin(), met.end(), false) - met.begin()))
+            .Fail("is its own ancestor, or below one that is");
     shown.shrink_to_fit();
     return shown;
 }

@@ -119,10 +119,10 @@ public:
     bool Requires(std::string_view extension) const;
     std::vector<std::string_view> RequiredExtensions() const;
 
-    // The scene that the document shows: the one it names, else the first. Nothing when it holds neither scenes nor nodes.
+    // The scene that the document shows: the one it names, else the first. Nothing when it holds no scenes.
     JsonValue Scene() const;
 
-    // Depth first, children in the document's order. Refused are nodes that are met twice or nested deeper than
+    // Depth first, children in the document's order; without scenes, from all nodes without a parent on. Refused are nodes that are met twice or nested deeper than
     // `deepest`.
     std::vector<ShownNode> ShownNodes(std::size_t deepest) const;
 
@@ -147,6 +147,7 @@ public:
     std::vector<std::string> SideFilePaths() const;
 
 private:
+    std::vector<std::size_t> Tops() const;
     void CheckVersion() const;
     void CheckBuffers() const;
     std::string_view BufferBytes(std::size_t index);

@@ -98,9 +98,10 @@ bool IsDataUri(std::string_view uri)
 std::string DataOf(std::string_view uri)
 {
     const std::size_t comma = uri.find(',');
-    if (comma == std::string_view::npos || !uri.substr(0, comma).ends_with(kBase64Mark))
-        throw Error("is a data URI that is not in base64");
-    return FromBase64(uri.substr(comma + 1));
+    if (comma == std::string_view::npos)
+        throw Error("is a data URI without a comma before its data");
+    const std::string_view data = uri.substr(comma + 1);
+    return uri.substr(0, comma).ends_with(kBase64Mark) ? FromBase64(data) : WithoutEscapes(data);
 }
 
 std::string RelativePathOf(std::string_view uri)

@@ -8,7 +8,7 @@ namespace gltf
 
 bool IsDataUri(std::string_view uri);
 
-// The bytes of a data URI in base64. Throws Error, without a place, for one of another encoding or with damage.
+// The bytes of a data URI, in base64 or with escapes. Throws Error, without a place, for one with damage.
 std::string DataOf(std::string_view uri);
 
 // The path, relative to the document's folder, that a URI means, its escapes resolved. Throws Error, without a place,

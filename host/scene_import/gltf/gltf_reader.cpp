@@ -29,7 +29,8 @@ using gltf_import::ToTrs;
 constexpr double kCentimetresPerMetre = 100.0;
 constexpr double kDegreesPerRadian = 180.0 / std::numbers::pi;
 
-// What is required to show a document's meshes, materials and lights, and says nothing about motion. A name that ends
+// What is required to show a document's meshes, materials and lights, or describes it and its figures, and says nothing
+// about the motion of nodes. A name that ends
 // in '_' stands for all that begin so.
 constexpr std::string_view kMotionNeedsNot[] = {"KHR_draco_mesh_compression",
                                                 "KHR_mesh_quantization",
@@ -47,6 +48,11 @@ constexpr std::string_view kMotionNeedsNot[] = {"KHR_draco_mesh_compression",
                                                 "KHR_techniques_",
                                                 "KHR_node_visibility",
                                                 "KHR_xmp",
+                                                "KHR_xmp_json_ld",
+                                                "MSFT_lod",
+                                                "VRM",
+                                                "VRMC_vrm",
+                                                "VRMC_springBone",
                                                 "KHR_gaussian_splatting",
                                                 "VRMC_materials_",
                                                 "EXT_structural_metadata",
@@ -235,6 +241,7 @@ private:
         take.name = animation.name;
         std::map<std::uint32_t, NodeMotion> motions; // by model
         std::set<const std::vector<double>*> known_keys;
+        bool has_early_keys = false;
         for (std::size_t i = 0; i < animation.channels.Size(); ++i)
         {
             const gltf::Channel channel = document_.ChannelAt(animation, i);
@@ -248,10 +255,15 @@ private:
                 continue;
             }
             take.stop = std::max(take.stop, track.times->back());
+            has_early_keys = has_early_keys || track.times->front() < 0.0;
             if (known_keys.insert(track.times.get()).second)
                 take.keys.push_back(track.times);
             AddTrack(channel, track, motions);
         }
+        if (has_early_keys)
+            notes_.Add({"take has keys before 0, which are left out",
+                        "takes have keys before 0, which are left out"},
+                       take.name.empty() ? "animation " + std::to_string(animation.index + 1) : take.name);
         take.models.reserve(motions.size());
         for (auto& [model, motion] : motions)
         {

@@ -2,6 +2,7 @@
 #include "tests/host/scene_import/import_fixture.h"
 
 #include <cmath>
+#include <cstdio>
 #include <numbers>
 
 namespace
@@ -329,12 +330,78 @@ TEST_F(GltfImportTest, ASceneMayShowWhatIsBelowANodeOutsideOfIt)
     EXPECT_EQ(ModelNames(), (Names{"Scene", "Shown"}));
 }
 
+TEST_F(GltfImportTest, WithoutScenesAllNodesAreShown)
+{
+    Document document;
+    document.Node({{"name", "Below"}})
+        .Node({{"name", "Top"}, {"children", {0, 3}}})
+        .Node({{"name", "Beside"}})
+        .Node({{"name", "Last"}});
+    document.json.erase("scenes");
+    document.json.erase("scene");
+    Open("a.gltf", document.Text());
+    EXPECT_EQ(ModelNames(), (Names{"Scene", "Top", "Below", "Last", "Beside"}));
+    document.json["nodes"][3]["children"] = {3};
+    document.json["nodes"][1]["children"] = {0};
+    const std::string error = mobu_host::ImportScene(Write("a.gltf", document.Text())).error;
+    EXPECT_NE(error.find("nodes[3] \"Last\": is its own ancestor"), std::string::npos) << error;
+}
+
+TEST_F(GltfImportTest, DataUrisMayEscapeTheirBytes)
+{
+    Document document;
+    document.Node({{"name", "A"}}).Animation({{"name", "Go"}}).Channel(0, "translation", {0, 0, 0, 1, 0, 0});
+    std::string uri = "data:application/octet-stream,";
+    for (const char byte : document.Buffer())
+    {
+        char escaped[4];
+        std::snprintf(escaped, sizeof escaped, "%%%02x", static_cast<unsigned char>(byte));
+        uri += byte >= 'A' && byte <= 'Z' ? std::string(1, byte) : escaped;
+    }
+    Open("a.gltf", document.TextBesideBuffer(uri));
+    Goto(0.5);
+    ExpectRow(Global("A"), 3, 50, 0, 0);
+}
+
+TEST_F(GltfImportTest, KeysBeforeZeroAreLeftOutAndTold)
+{
+    Document document;
+    document.Node({{"name", "A"}})
+        .Animation({{"name", "Early"}})
+        .Channel(0, "translation", {-1, 1, 0, 0, 0, 0});
+    document.json["accessors"][1]["type"] = "SCALAR"; // -1, 1: the times of the next channel
+    document.json["animations"].clear();
+    for (const char* name : {"Early", "Late", ""})
+    {
+        document.Animation({{"name", name}}).Channel(0, "translation", {0, 0, 0, 1, 0, 0});
+        if (*name != 'L')
+            document.json["animations"].back()["samplers"][0]["input"] = 1;
+    }
+    EXPECT_EQ(Open("a.gltf", document.Text()).notes,
+              Names{"2 takes have keys before 0, which are left out: Early, animation 3"});
+    EXPECT_EQ(StopOf(0), 1.0);
+    Goto(0.0);
+    ExpectRow(Global("A"), 3, 50, 0, 0);
+}
+
 TEST_F(GltfImportTest, OnlyWhatMotionNeedsNotMayBeRequired)
 {
-    const std::pair<const char*, bool> extensions[] = {
-        {"KHR_draco_mesh_compression", true}, {"KHR_materials_unlit", true},
-        {"EXT_meshopt_compression", true},    {"KHR_lights_punctual", true},
-        {"KHR_animation_pointer", false},     {"ACME_skeleton", false}};
+    const std::pair<const char*, bool> extensions[] = {{"KHR_draco_mesh_compression", true},
+                                                       {"KHR_materials_unlit", true},
+                                                       {"EXT_meshopt_compression", true},
+                                                       {"KHR_lights_punctual", true},
+                                                       {"KHR_xmp_json_ld", true},
+                                                       {"MSFT_lod", true},
+                                                       {"VRM", true},
+                                                       {"VRMC_vrm", true},
+                                                       {"VRMC_materials_mtoon", true},
+                                                       {"VRMC_springBone", true},
+                                                       {"EXT_lights_ies", true},
+                                                       {"EXT_lights_image_based", true},
+                                                       {"KHR_animation_pointer", false},
+                                                       {"ACME_skeleton", false},
+                                                       {"AGI_articulations", false},
+                                                       {"VRMC_node_constraint", false}};
     for (const auto& [name, opens] : extensions)
     {
         Document document;
@@ -366,7 +433,8 @@ TEST_F(GltfImportTest, BuffersOfOtherFoldersAndOtherFilesAreRefused)
         {"file:keys.bin", "is a URL"},
         {"http://a.b/keys.bin", "is a URL"},
         {"data", "is not a regular file"},
-        {"data:,AAAA", "not in base64"},
+        {"data:AAAA", "without a comma"},
+        {"data:,AA%4", "states 32 bytes and has 4"},
         {"data:;base64,AA?A", "character that base64 does not have"},
         {"data:;base64,AAAA", "states 32 bytes and has 3"}};
     for (const auto& [uri, cause] : uris)
