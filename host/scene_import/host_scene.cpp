@@ -42,13 +42,15 @@ Matrix3 ReverseOneAxis(const Matrix3& matrix)
     return reverse;
 }
 
-// Whether translation, rotation and scaling cannot give it.
-bool IsSheared(const Matrix3& matrix)
+constexpr double kRightAngle = 1.0e-6;   // cosine
+constexpr double kVisibleShear = 1.0e-3; // cosine: matrices of files have some digits only
+
+// Whether translation, rotation and scaling cannot give it. `tolerance` is the cosine of what counts as a right angle.
+bool IsSheared(const Matrix3& matrix, double tolerance)
 {
-    constexpr double kRightAngle = 1.0e-6; // cosine
     const Vector axes[] = {Column(matrix, 0), Column(matrix, 1), Column(matrix, 2)};
-    const auto leans = [](const Vector& a, const Vector& b)
-    { return std::abs(a[0] * b[0] + a[1] * b[1] + a[2] * b[2]) > kRightAngle * Length(a) * Length(b); };
+    const auto leans = [tolerance](const Vector& a, const Vector& b)
+    { return std::abs(a[0] * b[0] + a[1] * b[1] + a[2] * b[2]) > tolerance * Length(a) * Length(b); };
     return leans(axes[0], axes[1]) || leans(axes[1], axes[2]) || leans(axes[2], axes[0]);
 }
 
@@ -271,7 +273,11 @@ private:
         place.model = source.lens ? AddCameraOf(source, above) : AddModel(source.name, above);
         const Affine rest = around.Place(source.rest);
         place.model->SetMatrix(ToSdk(rest), kModelTransformation, false);
-        if (IsSheared(rest.linear))
+        if (IsSheared(rest.linear, kVisibleShear))
+            notes_.Add({"model is sheared at rest, where its exported rotation is not of length 1",
+                        "models are sheared at rest, where their exported rotations are not of length 1"},
+                       source.name);
+        if (IsSheared(rest.linear, kRightAngle))
             SetLocalMatrix(*place.model, ToSdk(rest));
         AddProperties(*place.model, source.properties);
     }

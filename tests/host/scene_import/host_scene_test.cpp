@@ -94,6 +94,19 @@ TEST_F(HostSceneTest, AMirroredModelIsReversedAndNamedWhatIsBelowItStays)
     }
 }
 
+TEST_F(HostSceneTest, ShearedModelsKeepTheirMatrixAndAreNamed)
+{
+    SceneDescription scene;
+    scene.models = {At("Leaning", kNoParent, {}), At("Rounded", kNoParent, {}), At("Also", kNoParent, {})};
+    scene.models[0].rest.linear.at[0][1] = 0.5;
+    scene.models[1].rest.linear.at[0][1] = 1e-5; // as in a matrix of five digits
+    scene.models[2].rest.linear.at[2][0] = -0.01;
+    EXPECT_EQ(Build(std::move(scene)),
+              Names{"2 models are sheared at rest, where their exported rotations are "
+                    "not of length 1: Leaning, Also"});
+    ExpectRow(Global("Leaning"), 1, 0.5, 1, 0);
+}
+
 TEST_F(HostSceneTest, CamerasLookAlongXAndTheirLensMoves)
 {
     SceneDescription scene;
