@@ -57,16 +57,39 @@ public:
         const double last = static_cast<double>(frames_->count - 1);
         const double place = std::clamp(seconds / frames_->frame_time, 0.0, last);
         const double frame = std::floor(place + kOnFrame);
-        const Affine from = At(static_cast<std::size_t>(frame));
         const double fraction = place - frame;
+        MoveTo(static_cast<std::size_t>(frame));
         if (fraction <= kOnFrame || frame >= last)
-            return from;
-        const Affine to = At(static_cast<std::size_t>(frame) + 1);
-        return {TurnBetween(from.linear, to.linear, fraction),
-                from.place + (to.place - from.place) * fraction};
+            return from_.local;
+        const Vector& place_from = from_.local.place;
+        return {TurnOf(TurnBetween(from_.turn, to_.turn, fraction)),
+                place_from + (to_.local.place - place_from) * fraction};
     }
 
 private:
+    struct Pose
+    {
+        Affine local;
+        Quaternion turn{}; // of `local`
+    };
+
+    // Times are mostly asked for in order, several to a frame: sines and cosines are then needed for one new frame only.
+    void MoveTo(std::size_t frame) const
+    {
+        if (frame == frame_)
+            return;
+        from_ = frame == frame_ + 1 ? to_ : PoseAt(frame);
+        if (frame + 1 < frames_->count)
+            to_ = PoseAt(frame + 1);
+        frame_ = frame;
+    }
+
+    Pose PoseAt(std::size_t frame) const
+    {
+        const Affine local = At(frame);
+        return {local, QuaternionOf(local.linear)};
+    }
+
     // Positions replace the offset. Rotations apply from the last channel to the first.
     Affine At(std::size_t frame) const
     {
@@ -91,6 +114,8 @@ private:
     std::shared_ptr<const Frames> frames_;
     std::size_t first_, count_; // channels
     Vector offset_;
+    mutable std::size_t frame_ = kMostFrames; // that `from_` is at, `to_` one later
+    mutable Pose from_, to_;
 };
 
 class Reader
@@ -187,8 +212,8 @@ private:
     void ReadEndSite(std::vector<std::uint32_t>& open)
     {
         text_.Expect("Site");
-        text_.RestOfLine(); // some files name it
-        Begin("EndSite_" + scene_.models[open.back()].name, open);
+        std::string name = Name(); // which most files leave out
+        Begin(name.empty() ? "EndSite_" + scene_.models[open.back()].name : std::move(name), open);
         if (text_.Take("OFFSET"))
             scene_.models[open.back()].rest.place = ReadOffset();
         text_.Expect("}");

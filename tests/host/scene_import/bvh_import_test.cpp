@@ -32,6 +32,13 @@ Frame Time: 0.04
 3 2 3 90 0 0 0 90 0
 )";
 
+// One joint with an end site.
+std::string Joint(const std::string& channels, const std::string& motion, const std::string& offset = "1 2 3")
+{
+    return "HIERARCHY\nROOT a\n{\nOFFSET " + offset + "\nCHANNELS " + channels +
+           "\nEnd Site\n{\nOFFSET 0 100 0\n}\n}\nMOTION\n" + motion;
+}
+
 TEST_F(BvhImportTest, JointsMoveAsTheChannelsSay)
 {
     const auto result = Open("walk.bvh", kTwoJoints);
@@ -67,6 +74,22 @@ TEST_F(BvhImportTest, BetweenKeysPlacesGoStraightAndTurnsAlongTheArcOutsideTheyH
     ExpectRow(Global("Hips"), 3, 3, 2, 3);
     Goto(-5.0);
     ExpectRow(Global("Hips"), 3, 0, 0, 0);
+}
+
+// Turns about one axis between two frames are turns by the mean angle: of 30 degrees from each frame to the next.
+TEST_F(BvhImportTest, TheOrderOfTimesChangesNothing)
+{
+    std::string motion = "Frames: 9\nFrame Time: 0.04\n";
+    for (int frame = 0; frame < 9; ++frame)
+        motion += std::to_string(30 * frame) + " " + std::to_string(frame) + "\n";
+    Open("turn.bvh", Joint("2 Zrotation Xposition", motion));
+    for (const double frame : {0.25, 0.75, 1.5, 2.0, 2.5, 4.75, 3.25, 4.25, 8.0, 7.5, 0.5, 1.5, 7.0, 7.25})
+    {
+        Goto(0.04 * frame);
+        const double angle = 30.0 * frame * std::numbers::pi / 180.0;
+        ExpectRow(Global("a"), 0, std::cos(angle), std::sin(angle), 0, 1e-6);
+        ExpectRow(Global("a"), 3, frame, 2, 3, 1e-6);
+    }
 }
 
 TEST_F(BvhImportTest, JointsOfOneNameKeepTheirOwnChannels)
@@ -130,13 +153,6 @@ TEST_F(BvhImportTest, TheContentDecidesWhateverTheName)
     EXPECT_EQ(std::string(mobu_host::Scene().FilePath), (folder_ / "walk.fbx").string());
 }
 
-// One joint with an end site.
-std::string Joint(const std::string& channels, const std::string& motion, const std::string& offset = "1 2 3")
-{
-    return "HIERARCHY\nROOT a\n{\nOFFSET " + offset + "\nCHANNELS " + channels +
-           "\nEnd Site\n{\nOFFSET 0 100 0\n}\n}\nMOTION\n" + motion;
-}
-
 TEST_F(BvhImportTest, FilesOfOtherProgramsOpen)
 {
     std::string crlf, cr;
@@ -169,13 +185,13 @@ TEST_F(BvhImportTest, FilesOfOtherProgramsOpen)
 TEST_F(BvhImportTest, NamesAreTheRestOfTheirLineAndSeveralRootsStandBesideEachOther)
 {
     std::string text = "HIERARCHY\nROOT T\xC3\xAAte de lit {\nOFFSET 0 50 0\nCHANNELS 1 Yposition\n}\n"
-                       "ROOT\n{\nOFFSET 5 0 0\nEnd Site named\n{\nOFFSET 0 1 0\n}\n}\n"
+                       "ROOT\n{\nOFFSET 5 0 0\nEnd Site Toe\n{\nOFFSET 0 1 0\n}\n}\n"
                        "MOTION\nFrames: 1\nFrame Time: .04\n7\n";
     EXPECT_EQ(Open("two.bvh", text).notes, Names{});
-    EXPECT_EQ(ModelNames(), (Names{"Scene", "T\xC3\xAAte de lit", "Node", "EndSite_"}));
+    EXPECT_EQ(ModelNames(), (Names{"Scene", "T\xC3\xAAte de lit", "Node", "Toe"}));
     Goto(0.0);
     ExpectRow(Global("T\xC3\xAAte de lit"), 3, 0, 7, 0); // a position replaces the offset, axis by axis
-    ExpectRow(Global("EndSite_"), 3, 5, 1, 0);
+    ExpectRow(Global("Toe"), 3, 5, 1, 0);
 }
 
 TEST_F(BvhImportTest, ChannelsComeInAnyOrderAndTurnFromTheLastToTheFirst)
