@@ -71,7 +71,7 @@ TEST_F(DamagedSceneTest, EachNamesFileAndCause)
          "nodes[2]: is in the scene twice"},
         {"twice.gltf", Gltf(R"(,"nodes":[{}],"scenes":[{"nodes":[0,0]}])"),
          "nodes[0]: is in the scene twice"},
-        {"no_scene.gltf", Gltf(R"(,"nodes":[{}])"), "no scene that shows them"},
+        {"no_top.gltf", Gltf(R"(,"nodes":[{},{"children":[1]}])"), "nodes[1]: is its own ancestor"},
         {"camera.gltf", Gltf(R"(,"nodes":[{"camera":0}],"scenes":[{"nodes":[0]}])"),
          "nodes[0].camera is 0, where there are none"},
         {"sampler.gltf",
