@@ -9,7 +9,7 @@
 namespace gltf
 {
 
-// Where something stands in the JSON, to be named in errors: `animations[3] "Dance": samplers[2].output`. It refers to
+// The path of a value in the JSON, for errors: `animations[3] "Dance": samplers[2].output`. It refers to
 // what it is made of.
 struct Place
 {

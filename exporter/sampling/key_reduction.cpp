@@ -22,7 +22,7 @@ bool Far(float a, float b)
     return std::fabs(a - b) > kTolerance;
 }
 
-// Far is not the opposite of Near: a value that is no number is neither.
+// Far is not the opposite of Near: NaN is neither.
 bool Near(std::int32_t a, std::int32_t b)
 {
     return a == b;

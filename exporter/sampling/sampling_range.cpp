@@ -61,7 +61,7 @@ std::uint32_t ReservedKeys(const SamplingRange& range)
 {
     constexpr float kMost = 1048576.0f;
     const float keys = (range.end - range.start) * range.rate + 2.0f;
-    if (!(keys > 0.0f)) // also when it is no number
+    if (!(keys > 0.0f)) // also for NaN
         return 0;
     return static_cast<std::uint32_t>(std::min(keys, kMost));
 }

@@ -55,7 +55,7 @@ Model* AddModelOf(const std::string& long_name, FBModel* parent = nullptr)
 }
 
 // Puts the scene's own cameras into this order in Scene().Cameras, after the system's. Cameras that `order` leaves out
-// come last. Without it they stand in the order in which they were made.
+// come last. Without a call they are in order of creation.
 FBSDK_DLL void OrderCameras(const std::vector<FBCamera*>& order);
 
 // The "Camera Switcher" of the scene, made by the first call. Animate CurrentCameraIndex to switch over time.

@@ -150,7 +150,7 @@ void ArrayReader::ReadAs(const Record& record, std::vector<Number>& numbers, std
     {
         const std::optional<Number> number = NumberOf<Number>(value, form);
         if (!number)
-            throw ParseError(cursor.Offset(), "an array holds what is no number");
+            throw ParseError(cursor.Offset(), "an array holds something other than numbers");
         numbers.push_back(*number);
     } while (cursor.Next(value));
 }

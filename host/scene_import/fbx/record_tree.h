@@ -43,7 +43,7 @@ public:
     Number() const; // also of whole numbers; not finite where the file says so or overflows
     std::optional<std::int64_t> Whole() const;       // numbers are cut toward zero; none out of range
     std::optional<std::int64_t> WholeNumber() const; // of a text file, written without point and exponent
-    std::optional<std::string_view> Text() const;    // of a text or a word, as it stands in the file
+    std::optional<std::string_view> Text() const;    // of a text or a word, verbatim
     char Letter() const; // a bare word of one letter, in binary files a byte; 0 where it is none
 
 private:
