@@ -88,7 +88,7 @@ private:
 /// Why the exporter gave up on what was chosen, as far as that can be told.
 std::string WhyGivenUp(ExportRequest request, const std::optional<DialogChoices>& choices)
 {
-    const std::string gave_up = "the exporter gave up before its last file";
+    std::string gave_up = "the exporter gave up before its last file";
     if (!choices)
     {
         return gave_up;
