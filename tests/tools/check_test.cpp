@@ -51,7 +51,7 @@ struct SpoiledScene
     const char* code;
     const char* path;
     std::function<void(TEV2&)> spoil;
-    std::uint32_t word; ///< what stands in the file at the offset of the finding
+    std::uint32_t word; ///< the value in the file at the offset of the finding
     Codes others = {};  ///< further codes that it deserves
 };
 
@@ -175,7 +175,7 @@ struct SpoiledFile
     const char* code; ///< the one that it is about
     Bytes bytes;
     Codes others = {};
-    std::optional<std::uint32_t> word = {}; ///< what stands in the file at the offset of the finding
+    std::optional<std::uint32_t> word = {}; ///< the value in the file at the offset of the finding
 };
 
 const std::vector<SpoiledFile>& SpoiledFiles()

@@ -318,7 +318,7 @@ TEST(Picture, LabelsOfLinesDoNotTouchWhateverTheSize)
         for (std::size_t i = 1; i < labels.size(); ++i)
         {
             EXPECT_GT(labels[i - 1][0] - labels[i][0], 20.0) << size;
-            EXPECT_GT(labels[i][1], labels[i - 1][1]) << "labels are told apart";
+            EXPECT_GT(labels[i][1], labels[i - 1][1]) << "labels do not overlap";
         }
     }
 }

@@ -2,6 +2,7 @@
 
 #include "tev2_loader/serialisation/file_stream.h"
 #include "tev2_loader/serialisation/memory_cursor.h"
+#include "tev2_loader/serialisation/utf8.h"
 
 #include <algorithm>
 #include <cstdint>
@@ -52,39 +53,6 @@ void AppendUtf8(std::string& text, char32_t point)
     }
 }
 
-/// Length of the valid UTF-8 sequence at the front of widened bytes; 0 when there is none.
-std::size_t Utf8Length(std::u16string_view bytes)
-{
-    const char16_t lead = bytes[0];
-    if (lead < 0x80)
-        return 1;
-    std::size_t length = 0;
-    char16_t least = 0x80;
-    char16_t greatest = 0xBF;
-    if (lead >= 0xC2 && lead <= 0xDF)
-    {
-        length = 2;
-    }
-    else if (lead >= 0xE0 && lead <= 0xEF)
-    {
-        length = 3;
-        least = lead == 0xE0 ? 0xA0 : 0x80;
-        greatest = lead == 0xED ? 0x9F : 0xBF;
-    }
-    else if (lead >= 0xF0 && lead <= 0xF4)
-    {
-        length = 4;
-        least = lead == 0xF0 ? 0x90 : 0x80;
-        greatest = lead == 0xF4 ? 0x8F : 0xBF;
-    }
-    if (length == 0 || bytes.size() < length || bytes[1] < least || bytes[1] > greatest)
-        return 0;
-    const auto continues = [](char16_t byte) { return byte >= 0x80 && byte <= 0xBF; };
-    return std::all_of(bytes.begin() + 2, bytes.begin() + static_cast<std::ptrdiff_t>(length), continues)
-               ? length
-               : 0;
-}
-
 } // namespace
 
 TEV2_WIDE_STRING TEV2_WIDE_STRING::FromBytes(std::string_view bytes)
@@ -119,14 +87,7 @@ std::string Utf8Text(std::u16string_view units)
 
 bool IsWidenedUtf8(std::u16string_view units)
 {
-    while (!units.empty())
-    {
-        const std::size_t length = Utf8Length(units);
-        if (length == 0)
-            return false;
-        units.remove_prefix(length);
-    }
-    return true;
+    return IsUtf8(units);
 }
 
 std::string NarrowUtf8(std::u16string_view units)

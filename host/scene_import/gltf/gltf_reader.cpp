@@ -223,8 +223,8 @@ private:
     {
         property_bytes_ += kPropertySize + text_bytes;
         if (property_bytes_ > kPropertyBytesAtLeast + kMostPropertyBytesPerByte * document_.BytesRead())
-            throw ParseError(
-                "so many nodes share cameras with extras that these take far more memory than the file");
+            throw ParseError("too many nodes share cameras with extras: the copies would take far more "
+                             "memory than the file");
     }
 
     void ReadTakes()

@@ -54,7 +54,7 @@ TEST_F(OtherProgramsTest, TakesInNewTicksKeepTheirSpan)
     EXPECT_NEAR(StopOf(0), 230930790000.0 / 141120000.0, 1e-9);
 }
 
-// Each group of the OBJ is one mesh, at its model's place in the world. The first stands in the origin.
+// Each group of the OBJ is one mesh, at its model's place in the world. The first is at the origin.
 TEST_F(OtherProgramsTest, RotationSpaceForLimitsIsNoRotation)
 {
     OpenFixture("rotation_space_for_limits.fbx");
