@@ -1,5 +1,5 @@
-#include "host/scene_import/fbx/fbx_import.h"
-#include "host/scene_import/fbx/scene_data.h"
+#include "host/import/fbx/fbx_import.h"
+#include "host/import/fbx/scene_data.h"
 
 #include <benchmark/benchmark.h>
 #include <mobu_host/scene.h>

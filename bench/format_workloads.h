@@ -1,6 +1,6 @@
 #pragma once
 
-#include "tev2_loader/serialisation/file_image.h"
+#include "tev2_loader/io/file_image.h"
 #include "tev2_loader/tev2.h"
 
 #include <cmath>

@@ -1,7 +1,7 @@
 #include "exporter/export_dialog.h"
 
+#include "exporter/clamped_cast.h"
 #include "exporter/dialog_regions.h"
-#include "exporter/numbers.h"
 #include "exporter/version.h"
 
 #include <cmath>

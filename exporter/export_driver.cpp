@@ -9,8 +9,8 @@
 #include "exporter/sampling/sampling_limits.h"
 #include "exporter/sampling/take_span.h"
 #include "exporter/text.h"
+#include "tev2_loader/io/file_writer.h"
 #include "tev2_loader/io/scene_file.h"
-#include "tev2_loader/serialisation/file_writer.h"
 
 #include <algorithm>
 #include <memory>

@@ -1,6 +1,6 @@
 #include "exporter/export_settings.h"
 
-#include "exporter/numbers.h"
+#include "exporter/clamped_cast.h"
 #include "exporter/platform/settings_store.h"
 #include "exporter/sampling/take_span.h"
 

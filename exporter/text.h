@@ -3,7 +3,7 @@
 // The SDK speaks 8-bit text, the format UTF-16. Bytes and units stand for one another one by one, in both
 // directions, so whatever encoding the bytes were in comes back unharmed.
 
-#include "tev2_loader/serialisation/wide_string.h"
+#include "tev2_loader/io/wide_string.h"
 
 #include <string>
 #include <string_view>

@@ -1,7 +1,7 @@
 #include "fuzz/scene_target.h"
 
-#include "host/scene_import/formats.h"
-#include "host/scene_import/parse_error.h"
+#include "host/import/formats.h"
+#include "host/import/parse_error.h"
 
 #include <mobu_host/scene.h>
 

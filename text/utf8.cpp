@@ -1,6 +1,6 @@
 #include "text/utf8.h"
 
-#include "tev2_loader/serialisation/utf8.h"
+#include "tev2_loader/io/utf8.h"
 
 std::size_t Utf8Length(std::string_view text)
 {

@@ -6,8 +6,8 @@
 #include "exporter/rules/message_text.h"
 #include "exporter/rules/sampling_rate.h"
 #include "exporter/text.h"
-#include "tev2_loader/io/file_system.h"
-#include "tev2_loader/serialisation/file_writer.h"
+#include "tev2_loader/detail/file_system.h"
+#include "tev2_loader/io/file_writer.h"
 
 #include <algorithm>
 #include <cerrno>

@@ -3,7 +3,7 @@
 // Rotations and affine matrices in single precision, with the exact order of operations that the keys of the
 // file depend on. Matrices are 3 rows of 4, column vectors, the translation in column 3.
 
-#include "tev2_loader/records/values.h"
+#include "tev2_loader/math/values.h"
 #include "tev2_loader/tracks/quaternion_tracks.h"
 
 namespace tev2_exporter

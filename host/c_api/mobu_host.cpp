@@ -1,7 +1,7 @@
 #include "host/c_api/mobu_host.h"
 
 #include "host/export_run/export_run.h"
-#include "host/scene_import/scene_import.h"
+#include "host/import/scene_import.h"
 #include "text/closest_name.h"
 
 #include <mobu_host/scene.h>

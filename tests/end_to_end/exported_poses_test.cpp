@@ -1,10 +1,10 @@
 // Exports real scenes through the plug-in module as the command does, and holds the pose that the file gives
 // at every sample against the scene itself. The file is known only through the format library.
 
-#include "host/scene_import/scene_import.h"
+#include "host/import/scene_import.h"
 #include "mobu_host/plugin.h"
 #include "mobu_host/scene.h"
-#include "tev2_loader/serialisation/file_image.h"
+#include "tev2_loader/io/file_image.h"
 #include "tev2_loader/tev2.h"
 
 #include <gtest/gtest.h>

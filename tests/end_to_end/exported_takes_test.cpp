@@ -1,9 +1,9 @@
 // All takes of a scene at once, and each of them alone: the same files.
 
-#include "host/scene_import/scene_import.h"
+#include "host/import/scene_import.h"
 #include "mobu_host/plugin.h"
 #include "mobu_host/scene.h"
-#include "tev2_loader/serialisation/file_image.h"
+#include "tev2_loader/io/file_image.h"
 
 #include <gtest/gtest.h>
 

@@ -4,7 +4,7 @@
 #include "exporter/text.h"
 #include "mobu_host/scene.h"
 #include "tests/support/test_platform.h"
-#include "tev2_loader/serialisation/file_image.h"
+#include "tev2_loader/io/file_image.h"
 #include "tev2_loader/tev2.h"
 
 #include <gtest/gtest.h>

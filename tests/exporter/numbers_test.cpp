@@ -1,4 +1,4 @@
-#include "exporter/numbers.h"
+#include "exporter/clamped_cast.h"
 
 #include <gtest/gtest.h>
 

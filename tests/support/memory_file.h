@@ -1,6 +1,6 @@
 #pragma once
 
-#include "tev2_loader/serialisation/file_writer.h"
+#include "tev2_loader/io/file_writer.h"
 
 #include <cstddef>
 #include <cstdint>

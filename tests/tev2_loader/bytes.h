@@ -1,8 +1,8 @@
 #pragma once
 
-#include "tev2_loader/serialisation/file_image.h"
-#include "tev2_loader/serialisation/file_writer.h"
-#include "tev2_loader/serialisation/memory_cursor.h"
+#include "tev2_loader/io/file_image.h"
+#include "tev2_loader/io/file_writer.h"
+#include "tev2_loader/io/memory_cursor.h"
 
 #include <cstdint>
 #include <cstdio>

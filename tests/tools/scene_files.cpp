@@ -1,7 +1,7 @@
 #include "tests/tools/scene_files.h"
 
 #include "tests/tools/command.h"
-#include "tev2_loader/serialisation/file_writer.h"
+#include "tev2_loader/io/file_writer.h"
 
 #include <gtest/gtest.h>
 

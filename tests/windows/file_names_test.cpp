@@ -2,8 +2,8 @@
 
 #include "tests/windows/scratch_folder.h"
 
-#include "tev2_loader/serialisation/file_image.h"
-#include "tev2_loader/serialisation/file_writer.h"
+#include "tev2_loader/io/file_image.h"
+#include "tev2_loader/io/file_writer.h"
 
 namespace TEV2_LOADER
 {

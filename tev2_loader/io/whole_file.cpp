@@ -1,7 +1,7 @@
 #include "tev2_loader/io/whole_file.h"
 
-#include "tev2_loader/io/file_system.h"
-#include "tev2_loader/serialisation/file_writer.h"
+#include "tev2_loader/detail/file_system.h"
+#include "tev2_loader/io/file_writer.h"
 
 #include <atomic>
 #include <cerrno>

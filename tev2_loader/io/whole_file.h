@@ -1,6 +1,6 @@
 #pragma once
 
-#include "tev2_loader/serialisation/file_stream.h"
+#include "tev2_loader/io/file_stream.h"
 
 #include <functional>
 #include <memory>

@@ -1,6 +1,6 @@
 #include "tev2_loader/records/camera.h"
 
-#include "tev2_loader/serialisation/arrays.h"
+#include "tev2_loader/io/arrays.h"
 
 namespace TEV2_LOADER
 {

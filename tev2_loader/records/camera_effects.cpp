@@ -1,6 +1,6 @@
 #include "tev2_loader/records/camera_effects.h"
 
-#include "tev2_loader/serialisation/optional_track.h"
+#include "tev2_loader/io/optional_track.h"
 
 namespace TEV2_LOADER
 {

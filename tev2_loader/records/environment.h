@@ -1,8 +1,8 @@
 #pragma once
 
+#include "tev2_loader/math/values.h"
 #include "tev2_loader/records/material_map.h"
 #include "tev2_loader/records/object_bases.h"
-#include "tev2_loader/records/values.h"
 #include "tev2_loader/tracks/animatable.h"
 
 #include <array>

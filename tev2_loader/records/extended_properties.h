@@ -1,7 +1,7 @@
 #pragma once
 
+#include "tev2_loader/io/optional_track.h"
 #include "tev2_loader/records/object_bases.h"
-#include "tev2_loader/serialisation/optional_track.h"
 #include "tev2_loader/tracks/animatable.h"
 
 #include <memory>

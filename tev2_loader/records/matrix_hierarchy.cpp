@@ -1,9 +1,9 @@
 #include "tev2_loader/records/matrix_hierarchy.h"
 
-#include "tev2_loader/serialisation/arrays.h"
+#include "tev2_loader/detail/track_mover.h"
+#include "tev2_loader/io/arrays.h"
 #include "tev2_loader/tracks/linear_tracks.h"
 #include "tev2_loader/tracks/quaternion_tracks.h"
-#include "tev2_loader/tracks/track_mover.h"
 
 #include <typeinfo>
 

@@ -1,7 +1,7 @@
 #include "tev2_loader/tracks/animatable.h"
 
-#include "tev2_loader/serialisation/arrays.h"
-#include "tev2_loader/tracks/track_mover.h"
+#include "tev2_loader/detail/track_mover.h"
+#include "tev2_loader/io/arrays.h"
 
 namespace TEV2_LOADER
 {

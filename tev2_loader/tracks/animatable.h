@@ -1,7 +1,7 @@
 #pragma once
 
+#include "tev2_loader/math/values.h"
 #include "tev2_loader/records/object_bases.h"
-#include "tev2_loader/records/values.h"
 
 #include <cstddef>
 #include <cstdint>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "tev2_loader/serialisation/arrays.h"
+#include "tev2_loader/io/arrays.h"
 #include "tev2_loader/tracks/animatable.h"
 
 #include <algorithm>

@@ -1,6 +1,6 @@
 #include "tools/tv2/check_codes.h"
 
-#include "tev2_loader/serialisation/load_report.h"
+#include "tev2_loader/io/load_report.h"
 
 #include <algorithm>
 #include <vector>

@@ -1,7 +1,7 @@
 #include "tools/tv2/command_line.h"
 
 #include "exporter/rules/sampling_rate.h"
-#include "host/scene_import/import_options.h"
+#include "host/import/import_options.h"
 #include "tools/tv2/loaded_file.h"
 #include "tools/tv2/text.h"
 #include "tools/tv2/verb.h"

@@ -1,7 +1,7 @@
 #include "tools/tv2/dialog_choices.h"
 
+#include "exporter/clamped_cast.h"
 #include "exporter/dialog_regions.h"
-#include "exporter/numbers.h"
 #include "tools/tv2/text.h"
 
 #include <cmath>

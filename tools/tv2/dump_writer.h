@@ -1,6 +1,6 @@
 #pragma once
 
-#include "tev2_loader/serialisation/wide_string.h"
+#include "tev2_loader/io/wide_string.h"
 #include "tev2_loader/tracks/animatable.h"
 
 #include <cstddef>

@@ -1,7 +1,7 @@
 #include "tools/tv2/export_plan.h"
 
 #include "exporter/rules/rules.h"
-#include "host/scene_import/scene_import.h"
+#include "host/import/scene_import.h"
 #include "text/closest_name.h"
 #include "tools/tv2/system.h"
 #include "tools/tv2/text.h"

@@ -1,7 +1,7 @@
 #include "tools/tv2/loaded_file.h"
 
-#include "tev2_loader/serialisation/file_image.h"
-#include "tev2_loader/serialisation/memory_cursor.h"
+#include "tev2_loader/io/file_image.h"
+#include "tev2_loader/io/memory_cursor.h"
 #include "tools/tv2/system.h"
 
 #include <algorithm>

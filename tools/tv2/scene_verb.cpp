@@ -5,7 +5,7 @@
 #include "tools/tv2/text.h"
 #include "tools/tv2/verb.h"
 
-#include "host/scene_import/scene_import.h"
+#include "host/import/scene_import.h"
 
 #include <mobu_host/scene.h>
 

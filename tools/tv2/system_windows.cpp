@@ -1,6 +1,6 @@
 #include "tools/tv2/system.h"
 
-#include "tev2_loader/io/windows_path.h"
+#include "tev2_loader/detail/windows_path.h"
 
 #include <windows.h>
 

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "exporter/rules/message_text.h"
-#include "tev2_loader/serialisation/wide_string.h"
+#include "tev2_loader/io/wide_string.h"
 #include "text/printable.h"
 #include "text/utf8.h"
 

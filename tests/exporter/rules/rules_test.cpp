@@ -4,7 +4,7 @@
 
 #include "exporter/rules/export_rules.h"
 #include "exporter/rules/file_facts.h"
-#include "tev2_loader/io/file_system.h"
+#include "tev2_loader/detail/file_system.h"
 
 #include <gtest/gtest.h>
 

@@ -2,9 +2,9 @@
 
 #include "tests/tev2_loader/io/scratch_folder.h"
 
+#include "tev2_loader/io/file_writer.h"
 #include "tev2_loader/io/scene_file.h"
 #include "tev2_loader/io/whole_file.h"
-#include "tev2_loader/serialisation/file_writer.h"
 
 #include <cerrno>
 #include <csignal>

@@ -1,7 +1,7 @@
 #include "tests/tev2_loader/bytes.h"
 
+#include "tev2_loader/math/values.h"
 #include "tev2_loader/records/lit_object.h"
-#include "tev2_loader/records/values.h"
 
 #include <gtest/gtest.h>
 

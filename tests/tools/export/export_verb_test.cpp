@@ -3,8 +3,8 @@
 #include "tests/tools/command.h"
 #include "tests/tools/export/export_scenes.h"
 
-#include "tev2_loader/serialisation/file_image.h"
-#include "tev2_loader/serialisation/memory_cursor.h"
+#include "tev2_loader/io/file_image.h"
+#include "tev2_loader/io/memory_cursor.h"
 #include "tev2_loader/tev2.h"
 
 #include <gtest/gtest.h>

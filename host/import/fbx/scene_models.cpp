@@ -1,0 +1,328 @@
+#include "host/import/fbx/scene_models.h"
+
+#include "host/import/long_text.h"
+#include "host/import/parse_error.h"
+#include "host/import/scene_description.h"
+#include "host/import/unique_names.h"
+
+#include <algorithm>
+#include <map>
+
+namespace mobu_host::fbx
+{
+namespace
+{
+
+constexpr std::string_view kSystemCameraPrefix = "Producer ";
+
+constexpr BuiltIn kBuiltIns[] = {
+    {"Visibility", false},       {"FieldOfView", false},     {"FieldOfViewX", false},
+    {"FieldOfViewY", false},     {"FocalLength", false},     {"FilmWidth", false},
+    {"FilmHeight", false},       {"FilmAspectRatio", false}, {"FilmSqueezeRatio", false},
+    {"PixelAspectRatio", false}, {"FocusAngle", false},      {"Roll", false},
+    {"TurnTable", false},        {"NearPlane", true},        {"FarPlane", true},
+    {"FocusDistance", true},     {"Camera Index", false},
+};
+
+bool IsCamera(const Object& object)
+{
+    return object.kind == "Model" && object.type == "Camera";
+}
+
+class ModelReader
+{
+public:
+    ModelReader(const Document& document, SceneData& scene, ImportNotes& notes)
+        : document_(document), scene_(scene), notes_(notes)
+    {
+        const PropertyRows* const node = document.Template("FbxNode");
+        model_defaults_ = node ? node : document.Template("KFbxNode");
+        const PropertyRows* const camera = document.Template("FbxCamera");
+        camera_defaults_ = camera ? camera : document.Template("KFbxCamera");
+    }
+
+    ModelList Read()
+    {
+        FindParents();
+        BreakCircles();
+        Reserve();
+        labels_.Make("Scene", "", notes_);
+        for (const ObjectIndex top : tops_)
+            AddTree(top);
+        for (std::size_t i = 0; i < list_.sources.size(); ++i)
+            Link(i);
+        return std::move(list_);
+    }
+
+private:
+    void Reserve()
+    {
+        std::size_t models = 0;
+        for (ObjectIndex i = 1; i < document_.Count(); ++i)
+            models += document_.At(i).kind == "Model" ? 1 : 0;
+        list_.sources.reserve(models);
+        scene_.models.reserve(models);
+        scene_.rig.nodes.reserve(models);
+    }
+
+    // By the first connection from a model to a model, or to the root.
+    void FindParents()
+    {
+        parents_.assign(document_.Count(), 0);
+        children_.assign(document_.Count(), {});
+        hangs_.assign(document_.Count(), false);
+        for (ObjectIndex target = 0; target < document_.Count(); ++target)
+        {
+            if (target != 0 && document_.At(target).kind != "Model")
+                continue;
+            for (const Connection& connection : document_.Into(target))
+            {
+                const ObjectIndex child = connection.source;
+                if (!connection.property.empty() || document_.At(child).kind != "Model")
+                    continue;
+                if (hangs_[child])
+                {
+                    notes_.Add({"model with several parents stays below the first",
+                                "models with several parents stay below the first"},
+                               NameAt(child));
+                    continue;
+                }
+                hangs_[child] = true;
+                parents_[child] = target;
+                if (target != 0)
+                    children_[target].push_back(child);
+                else
+                    tops_.push_back(child);
+            }
+        }
+        for (ObjectIndex i = 1; i < document_.Count(); ++i)
+            if (document_.At(i).kind == "Model" && !hangs_[i])
+                tops_.push_back(i);
+    }
+
+    // Models that hang on each other in a circle are not below any top: the first of them in the file becomes one.
+    void BreakCircles()
+    {
+        std::vector<std::uint8_t> seen(document_.Count()); // 1 on the way up, 2 known to end at a top
+        for (ObjectIndex i = 1; i < document_.Count(); ++i)
+        {
+            std::vector<ObjectIndex> path;
+            ObjectIndex at = i;
+            while (at != 0 && seen[at] == 0 && document_.At(at).kind == "Model")
+            {
+                seen[at] = 1;
+                path.push_back(at);
+                at = hangs_[at] ? parents_[at] : 0;
+            }
+            if (at != 0 && seen[at] == 1)
+            {
+                notes_.Add({"model is its own ancestor and was taken off its parent",
+                            "models are their own ancestors and were taken off their parents"},
+                           NameAt(at));
+                std::erase(children_[parents_[at]], at);
+                parents_[at] = 0;
+                tops_.push_back(at);
+            }
+            for (const ObjectIndex model : path)
+                seen[model] = 2;
+        }
+    }
+
+    void AddTree(ObjectIndex top)
+    {
+        struct Open
+        {
+            ObjectIndex object;
+            std::uint32_t parent;
+            std::size_t depth;
+        };
+        std::vector<Open> open{{top, kNoNode, 1}};
+        while (!open.empty())
+        {
+            const Open next = open.back();
+            open.pop_back();
+            if (next.depth > kDeepestModel)
+                throw ParseError(document_.At(next.object).record.Offset(),
+                                 "its models are nested more than " + std::to_string(kDeepestModel) +
+                                     " deep");
+            const std::uint32_t index = AddModel(next.object, next.parent);
+            const auto& children = children_[next.object];
+            for (auto child = children.rbegin(); child != children.rend(); ++child)
+                open.push_back({*child, index, next.depth + 1});
+        }
+    }
+
+    std::string NameAt(ObjectIndex model) const
+    {
+        return PlainText(document_.At(model).name, document_.Tree());
+    }
+
+    ModelKind KindOf(ObjectIndex index) const
+    {
+        const Object& object = document_.At(index);
+        if (!hangs_[index] && children_[index].empty())
+        {
+            if (object.type == "CameraSwitcher")
+                return ModelKind::Switcher;
+            if (IsCamera(object) && object.name.starts_with(kSystemCameraPrefix))
+                return ModelKind::SystemCamera;
+        }
+        return IsCamera(object) ? ModelKind::Camera : ModelKind::Plain;
+    }
+
+    std::uint32_t AddModel(ObjectIndex index, std::uint32_t parent)
+    {
+        const Object& object = document_.At(index);
+        const auto model_index = static_cast<std::uint32_t>(scene_.models.size());
+        ModelSource source;
+        source.object = index;
+        source.own = PropertyRows(object.record);
+        source.model_defaults = model_defaults_;
+        for (const Connection& connection : document_.Into(index))
+        {
+            if (connection.property.empty() && document_.At(connection.source).kind == "NodeAttribute" &&
+                source.attribute == 0)
+            {
+                source.attribute = connection.source;
+                source.attribute_rows = PropertyRows(document_.At(connection.source).record);
+                list_.by_object.emplace(connection.source, model_index);
+            }
+        }
+        if (IsCamera(object))
+            source.attribute_defaults = camera_defaults_;
+
+        ModelData model;
+        model.object = index;
+        model.kind = KindOf(index);
+        model.label = NameAt(index);
+        NoteLongText(model.label, model.label, "", notes_);
+        if (model.kind == ModelKind::Plain || model.kind == ModelKind::Camera)
+            model.label = labels_.Make(model.label, "Model", notes_);
+        try
+        {
+            ReadUserProperties(source, model);
+            ReadBuiltIns(source, model);
+            AddNode(source.View(), parent);
+        }
+        catch (const ParseError& error)
+        {
+            throw ParseError("model \"" + model.label + "\": " + error.what());
+        }
+
+        list_.by_object.emplace(index, model_index);
+        list_.sources.push_back(std::move(source));
+        scene_.models.push_back(std::move(model));
+        return model_index;
+    }
+
+    void ReadUserProperties(const ModelSource& source, ModelData& model)
+    {
+        for (const PropertyRows* rows : {&source.own, &source.attribute_rows})
+        {
+            for (const PropertyRow& row : rows->All())
+            {
+                UserProperty property;
+                if (row.Has('U') && (rows == &source.own || !source.own.Find(row.name)) &&
+                    ReadUserProperty(row, document_.Tree(), model.label, property, notes_))
+                    model.user_properties.push_back(std::move(property));
+            }
+        }
+    }
+
+    void ReadBuiltIns(const ModelSource& source, ModelData& model)
+    {
+        const PropertyView view = source.View();
+        for (const BuiltIn& built_in : kBuiltIns)
+        {
+            const PropertyRow* const row = view.Find(built_in.name);
+            const bool is_lens = std::string_view(built_in.name) != "Visibility";
+            if (row && !row->Has('U') && (model.kind != ModelKind::Plain || !is_lens))
+                model.values.push_back({built_in.name, FiniteNumber(*row, 0, 0.0) *
+                                                           (built_in.is_length ? scene_.centimetres : 1.0)});
+        }
+        if (model.kind != ModelKind::Camera && model.kind != ModelKind::SystemCamera)
+            return;
+        // Files count both, horizontal, vertical, focal length; the SDK vertical, horizontal, both, focal length.
+        constexpr double kApertureModes[] = {2.0, 1.0, 0.0, 3.0};
+        const int aperture = view.Choice("ApertureMode", 2);
+        if (aperture >= 0 && aperture < 4)
+            model.values.push_back({"ApertureMode", kApertureModes[aperture]});
+        const int projection = view.Choice("CameraProjectionType", 0);
+        model.values.push_back({"CameraType", projection == 1 ? 1.0 : 0.0});
+        const char* const width = view.Find("AspectWidth") ? "AspectWidth" : "AspectW";
+        const char* const height = view.Find("AspectHeight") ? "AspectHeight" : "AspectH";
+        model.values.push_back({"ResolutionWidth", view.Number(width, 320.0)});
+        model.values.push_back({"ResolutionHeight", view.Number(height, 200.0)});
+    }
+
+    void AddNode(const PropertyView& view, std::uint32_t parent)
+    {
+        RigNode node;
+        node.parent = parent;
+        const int inherit = view.Choice("InheritType", 0);
+        node.inheritance = inherit == 1   ? ScaleInheritance::Plain
+                           : inherit == 2 ? ScaleInheritance::NotParents
+                                          : ScaleInheritance::AfterTurn;
+        node.rotation_order = view.Choice("RotationOrder", 0);
+        node.rotation_active =
+            view.Truth("RotationActive", false) && !view.Truth("RotationSpaceForLimitOnly", false);
+        node.translation = view.Vector("Lcl Translation", {});
+        node.rotation = view.Vector("Lcl Rotation", {});
+        node.scaling = view.Vector("Lcl Scaling", kOnes);
+        node.pre_rotation = view.Vector("PreRotation", {});
+        node.post_rotation = view.Vector("PostRotation", {});
+        node.rotation_offset = view.Vector("RotationOffset", {});
+        node.rotation_pivot = view.Vector("RotationPivot", {});
+        node.scaling_offset = view.Vector("ScalingOffset", {});
+        node.scaling_pivot = view.Vector("ScalingPivot", {});
+        scene_.rig.nodes.push_back(node);
+    }
+
+    // What a camera looks at.
+    void Link(std::size_t model)
+    {
+        for (const Connection& connection : document_.Into(list_.sources[model].object))
+        {
+            const bool interest = connection.property == "LookAtProperty";
+            if (!interest && connection.property != "UpVectorProperty")
+                continue;
+            const auto other = list_.by_object.find(connection.source);
+            if (other == list_.by_object.end() || other->second == model)
+                continue;
+            if (scene_.models[model].kind != ModelKind::Camera)
+                notes_.Add({"model that looks at another, and is no camera, keeps its own rotation",
+                            "models that look at others, and are no cameras, keep their own rotation"},
+                           scene_.models[model].label);
+            else
+                (interest ? scene_.rig.nodes[model].interest : scene_.rig.nodes[model].up) = other->second;
+        }
+    }
+
+    const Document& document_;
+    SceneData& scene_;
+    ImportNotes& notes_;
+    const PropertyRows* model_defaults_;
+    const PropertyRows* camera_defaults_;
+    std::vector<ObjectIndex> parents_; // 0: none or the root
+    std::vector<std::vector<ObjectIndex>> children_;
+    std::vector<bool> hangs_;
+    std::vector<ObjectIndex> tops_;
+    UniqueNames labels_;
+    ModelList list_;
+};
+
+} // namespace
+
+const BuiltIn* FindBuiltIn(std::string_view name)
+{
+    const auto* const found = std::find_if(std::begin(kBuiltIns), std::end(kBuiltIns),
+                                           [&](const BuiltIn& b) { return b.name == name; });
+    return found == std::end(kBuiltIns) ? nullptr : found;
+}
+
+ModelList ReadModels(const Document& document, SceneData& scene, ImportNotes& notes)
+{
+    return ModelReader(document, scene, notes).Read();
+}
+
+} // namespace mobu_host::fbx

@@ -1,0 +1,383 @@
+#include "host/import/host_scene.h"
+
+#include "host/import/exportable_number.h"
+#include "host/import/frame_time.h"
+#include "host/import/long_text.h"
+#include "host/import/parse_error.h"
+#include "host/import/transport_rate.h"
+#include "host/import/unique_names.h"
+
+#include <mobu_host/scene.h>
+
+#include <algorithm>
+#include <cmath>
+#include <cstdio>
+#include <memory>
+#include <type_traits>
+#include <utility>
+
+namespace mobu_host
+{
+namespace
+{
+
+// Local +X looks along -Z, +Y is up.
+constexpr Matrix3 kCameraTurn{{{0.0, 0.0, 1.0}, {0.0, 1.0, 0.0}, {-1.0, 0.0, 0.0}}};
+constexpr Matrix3 kReverseRight{{{1.0, 0.0, 0.0}, {0.0, 1.0, 0.0}, {0.0, 0.0, -1.0}}};
+
+Vector Column(const Matrix3& matrix, std::size_t column)
+{
+    return {matrix.at[0][column], matrix.at[1][column], matrix.at[2][column]};
+}
+
+// Reverses the axis that points most against its own direction in `matrix`.
+Matrix3 ReverseOneAxis(const Matrix3& matrix)
+{
+    double along[3];
+    for (std::size_t axis = 0; axis < 3; ++axis)
+        along[axis] = matrix.at[axis][axis] / Length(Column(matrix, axis));
+    const auto axis = std::min_element(along, along + 3) - along;
+    Matrix3 reverse;
+    reverse.at[axis][axis] = -1.0;
+    return reverse;
+}
+
+constexpr double kRightAngle = 1.0e-6;   // cosine
+constexpr double kVisibleShear = 1.0e-3; // cosine: matrices of files have some digits only
+
+// Whether translation, rotation and scaling cannot give it. `tolerance` is the cosine of what counts as a right angle.
+bool IsSheared(const Matrix3& matrix, double tolerance)
+{
+    const Vector axes[] = {Column(matrix, 0), Column(matrix, 1), Column(matrix, 2)};
+    const auto leans = [tolerance](const Vector& a, const Vector& b)
+    { return std::abs(a[0] * b[0] + a[1] * b[1] + a[2] * b[2]) > tolerance * Length(a) * Length(b); };
+    return leans(axes[0], axes[1]) || leans(axes[1], axes[2]) || leans(axes[2], axes[0]);
+}
+
+// The SDK multiplies points from the left.
+FBMatrix ToSdk(const Affine& affine)
+{
+    const auto& m = affine.linear.at;
+    const Vector& p = affine.place;
+    const double rows[16] = {m[0][0], m[1][0], m[2][0], 0.0, m[0][1], m[1][1], m[2][1], 0.0,
+                             m[0][2], m[1][2], m[2][2], 0.0, p[0],    p[1],    p[2],    1.0};
+    return FBMatrix(rows);
+}
+
+constexpr const char* kNotFinite = " is not finite in single precision";
+
+void CheckTime(double seconds, const TakeDescription& take)
+{
+    if (!(std::abs(seconds) <= kLongestTime))
+        throw ParseError("take \"" + take.name + "\" has times beyond a million seconds");
+}
+
+void CheckNumbers(const std::vector<PropertyDescription>& properties, const std::string& owner)
+{
+    const auto is_exportable = [](const auto& value)
+    {
+        using Value = std::decay_t<decltype(value)>;
+        if constexpr (std::is_same_v<Value, double>)
+            return IsExportable(value);
+        else if constexpr (std::is_same_v<Value, std::array<double, 3>> ||
+                           std::is_same_v<Value, std::array<double, 4>>)
+            return std::all_of(value.begin(), value.end(),
+                               [](double number) { return IsExportable(number); });
+        else
+            return true;
+    };
+    for (const PropertyDescription& property : properties)
+        if (!std::visit(is_exportable, property.value))
+            throw ParseError("the property \"" + property.name + "\" of " + owner + kNotFinite);
+}
+
+void CheckNumbers(const ModelDescription& model)
+{
+    const std::string quoted = "\"" + model.name + "\"";
+    if (!IsExportable(model.rest))
+        throw ParseError("the transform of " + quoted + kNotFinite);
+    if (model.lens)
+        for (const double number : {model.lens->horizontal_angle, model.lens->aspect, model.lens->near_plane,
+                                    model.lens->far_plane})
+            if (!IsExportable(number))
+                throw ParseError("the lens of " + quoted + kNotFinite);
+    CheckNumbers(model.properties, quoted);
+}
+
+void Check(const SceneDescription& scene, const ImportOptions& options)
+{
+    CheckModelCount(scene.models.size(), options);
+    CheckNumbers(scene.properties, "the scene");
+    for (const ModelDescription& model : scene.models)
+        CheckNumbers(model);
+    for (const TakeDescription& take : scene.takes)
+    {
+        CheckTime(take.start, take);
+        CheckTime(take.stop, take);
+    }
+}
+
+void NoteLongTexts(const std::vector<PropertyDescription>& properties, const std::string& owner,
+                   ImportNotes& notes)
+{
+    for (const PropertyDescription& property : properties)
+    {
+        const auto* const text = std::get_if<std::string>(&property.value);
+        NoteLongText(property.name, owner, property.name, notes);
+        if (text)
+            NoteLongText(*text, owner, property.name, notes);
+    }
+}
+
+void NoteLongTexts(const SceneDescription& scene, ImportNotes& notes)
+{
+    NoteLongTexts(scene.properties, "", notes);
+    for (const ModelDescription& model : scene.models)
+    {
+        NoteLongText(model.name, model.name, "", notes);
+        NoteLongTexts(model.properties, model.name, notes);
+    }
+    for (const TakeDescription& take : scene.takes)
+        NoteLongText(take.name, take.name, "", notes);
+}
+
+void AddProperty(FBModel& model, const std::string& name, FBPropertyType type, const void* value)
+{
+    if (FBProperty* property = AddUserProperty(model, name, type, true))
+        property->SetData(const_cast<void*>(value));
+}
+
+void AddProperties(FBModel& model, const std::vector<PropertyDescription>& properties)
+{
+    for (const PropertyDescription& property : properties)
+    {
+        if (const auto* truth = std::get_if<bool>(&property.value))
+            AddProperty(model, property.name, kFBPT_bool, truth);
+        else if (const auto* whole = std::get_if<int>(&property.value))
+            AddProperty(model, property.name, kFBPT_int, whole);
+        else if (const auto* number = std::get_if<double>(&property.value))
+            AddProperty(model, property.name, kFBPT_double, number);
+        else if (const auto* three = std::get_if<std::array<double, 3>>(&property.value))
+            AddProperty(model, property.name, kFBPT_Vector3D, three->data());
+        else if (const auto* four = std::get_if<std::array<double, 4>>(&property.value))
+            AddProperty(model, property.name, kFBPT_ColorRGBA, four->data());
+        else if (const auto* text = std::get_if<std::string>(&property.value))
+        {
+            const char* const characters = text->c_str();
+            AddProperty(model, property.name, kFBPT_charptr, &characters);
+        }
+    }
+}
+
+FBProperty& PropertyOf(FBCamera& camera, LensValue value)
+{
+    switch (value)
+    {
+    case LensValue::NearPlane:
+        return camera.NearPlaneDistance;
+    case LensValue::FarPlane:
+        return camera.FarPlaneDistance;
+    case LensValue::HorizontalAngle:
+        break;
+    }
+    return camera.FieldOfView;
+}
+
+std::string PerSecond(double rate)
+{
+    char text[64];
+    std::snprintf(text, sizeof text, "%.6g frames per second", rate);
+    return text;
+}
+
+class HostSceneBuilder
+{
+public:
+    HostSceneBuilder(SceneDescription& scene, ImportNotes& notes) : scene_(scene), notes_(notes) {}
+
+    void Build(double scene_rate)
+    {
+        NewScene();
+        SetTransportRate(RateOf(scene_rate));
+        AddProperties(*static_cast<FBModel*>(Scene().RootModel), scene_.properties);
+        NameModels();
+        places_.resize(scene_.models.size());
+        for (std::size_t i = 0; i < places_.size(); ++i)
+            AddModelAt(i);
+        AddTakes();
+        Scene().Evaluate();
+    }
+
+private:
+    // Around the local transform of a model: `before` undoes what was done to the frame above, `after` is done to its own.
+    struct Surroundings
+    {
+        Affine before;
+        Matrix3 after;
+
+        Affine Place(const Affine& local) const { return before * local * Affine{after, {}}; }
+    };
+
+    struct Place
+    {
+        FBModel* model = nullptr;
+        std::shared_ptr<const Surroundings> surroundings; // null where they change nothing
+    };
+
+    double RateOf(double scene_rate)
+    {
+        if (scene_rate > 0.0)
+            return scene_rate;
+        if (scene_.rate)
+            return *scene_.rate;
+        if (const std::optional<double> rate = LowestRateOf(scene_.takes))
+            return *rate;
+        const std::string rest = " keyed at no common frame rate; the scene has " + PerSecond(kUsualRate);
+        RateFit usual(kUsualRate);
+        for (const TakeDescription& take : scene_.takes)
+            if (!usual.Fits(take))
+                notes_.Add({"take is" + rest, "takes are" + rest}, take.name);
+        return kUsualRate;
+    }
+
+    void NameModels()
+    {
+        UniqueNames names;
+        FBModel* const root = Scene().RootModel;
+        names.Make(static_cast<const char*>(root->LongName), "", notes_);
+        for (const bool geometry : {false, true})
+            for (ModelDescription& model : scene_.models)
+                if (model.has_geometry == geometry)
+                    model.name = names.Make(std::move(model.name), "Node", notes_);
+    }
+
+    void AddModelAt(std::size_t index)
+    {
+        const ModelDescription& source = scene_.models[index];
+        const bool on_top = source.parent == kNoParent;
+        const Place* const parent = on_top ? nullptr : &places_[source.parent];
+
+        Surroundings around;
+        if (on_top)
+            around.before = scene_.axes;
+        else if (parent->surroundings)
+            around.before.linear = Transposed(parent->surroundings->after); // turns and reversals alone
+        if (source.lens)
+            around.after = kCameraTurn;
+        Reverse(source, around);
+
+        Place& place = places_[index];
+        if (!(around.before == Affine()) || !(around.after == Matrix3()))
+            place.surroundings = std::make_shared<const Surroundings>(around);
+        FBModel* const above = on_top ? nullptr : parent->model;
+        place.model = source.lens ? AddCameraOf(source, above) : AddModel(source.name, above);
+        const Affine rest = around.Place(source.rest);
+        place.model->SetMatrix(ToSdk(rest), kModelTransformation, false);
+        if (IsSheared(rest.linear, kVisibleShear))
+            notes_.Add({"model is sheared at rest, where its exported rotation is not of length 1",
+                        "models are sheared at rest, where their exported rotations are not of length 1"},
+                       source.name);
+        if (IsSheared(rest.linear, kRightAngle))
+            SetLocalMatrix(*place.model, ToSdk(rest));
+        AddProperties(*place.model, source.properties);
+    }
+
+    // A camera keeps looking where it looks, and its up: the third axis is reversed.
+    void Reverse(const ModelDescription& source, Surroundings& around)
+    {
+        const Affine placed = around.Place(source.rest);
+        if (!(Determinant(placed.linear) < 0.0))
+            return;
+        around.after = around.after * (source.lens ? kReverseRight : ReverseOneAxis(placed.linear));
+        if (Determinant(source.rest.linear) < 0.0) // not only what is above it
+            notes_.Add({"mirrored model had one of its axes reversed",
+                        "mirrored models had one of their axes reversed"},
+                       source.name);
+    }
+
+    FBModel* AddCameraOf(const ModelDescription& source, FBModel* parent)
+    {
+        FBCamera& camera = *AddCamera(source.name, parent);
+        const LensDescription& lens = *source.lens;
+        camera.Type = lens.orthographic ? kFBCameraTypeOrthogonal : kFBCameraTypePerspective;
+        camera.ApertureMode = kFBApertureHorizontal;
+        if (lens.aspect > 0.0)
+            camera.FilmAspectRatio = lens.aspect;
+        if (lens.horizontal_angle > 0.0 && !lens.orthographic)
+            camera.FieldOfView = lens.horizontal_angle;
+        if (lens.near_plane > 0.0)
+            camera.NearPlaneDistance = lens.near_plane;
+        if (lens.far_plane > 0.0)
+            camera.FarPlaneDistance = lens.far_plane;
+        if (lens.orthographic)
+            notes_.Add({"orthographic camera has no field of view; the host's default stays",
+                        "orthographic cameras have no field of view; the host's default stays"},
+                       source.name);
+        return &camera;
+    }
+
+    void AddTakes()
+    {
+        if (scene_.takes.empty())
+            return; // the new scene's "Take 001" of 0 to 0 s
+        ClearTakes();
+        UniqueNames names;
+        for (std::size_t t = 0; t < scene_.takes.size(); ++t)
+        {
+            TakeDescription& source = scene_.takes[t];
+            char nameless[32];
+            std::snprintf(nameless, sizeof nameless, "Take %03zu", t + 1);
+            const std::string name = names.Make(TakeName(source.name, notes_), nameless, notes_);
+            FBTake& take = *AddTakeOf(name, source);
+            for (ModelMotion& motion : source.models)
+                Animate(places_[motion.model], take, std::move(motion.transform));
+            for (LensMotion& motion : source.lenses)
+                AnimateProperty(
+                    PropertyOf(static_cast<FBCamera&>(*places_[motion.model].model), motion.value), take,
+                    [at = std::move(motion.at)](double seconds, int) { return at(seconds); });
+            source = TakeDescription();
+        }
+    }
+
+    FBTake* AddTakeOf(const std::string& name, const TakeDescription& source)
+    {
+        const double rate = FBPlayerControl().GetTransportFpsValue();
+        const bool starts_on_frame = IsWholeFrame(source.start, rate);
+        const bool stops_on_frame = IsWholeFrame(source.stop, rate);
+        if (!starts_on_frame || !stops_on_frame)
+            notes_.Add({"take was widened to whole frames at " + PerSecond(rate),
+                        "takes were widened to whole frames at " + PerSecond(rate)},
+                       name);
+        FBTime start, stop;
+        start.SetSecondDouble(starts_on_frame ? source.start : std::floor(source.start * rate) / rate);
+        stop.SetSecondDouble(stops_on_frame ? source.stop : std::ceil(source.stop * rate) / rate);
+        return AddTake(name, OnFrame(start, rate), OnFrame(stop, rate));
+    }
+
+    static void Animate(const Place& place, FBTake& take, TransformOverTime transform)
+    {
+        if (place.surroundings)
+            AnimateLocalMatrix(*place.model, take,
+                               [transform = std::move(transform), around = place.surroundings](double seconds)
+                               { return ToSdk(around->Place(transform(seconds))); });
+        else
+            AnimateLocalMatrix(*place.model, take,
+                               [transform = std::move(transform)](double seconds)
+                               { return ToSdk(transform(seconds)); });
+    }
+
+    SceneDescription& scene_;
+    ImportNotes& notes_;
+    std::vector<Place> places_; // of each model
+};
+
+} // namespace
+
+void BuildHostScene(SceneDescription&& scene, const ImportOptions& options, ImportNotes& notes)
+{
+    Check(scene, options);
+    NoteLongTexts(scene, notes);
+    HostSceneBuilder(scene, notes).Build(options.scene_rate);
+}
+
+} // namespace mobu_host

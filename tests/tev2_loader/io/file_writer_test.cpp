@@ -1,0 +1,172 @@
+#include "tests/tev2_loader/bytes.h"
+
+#include "tev2_loader/io/file_writer.h"
+
+#include <cerrno>
+
+using namespace TEV2_LOADER;
+using namespace tev2_tests;
+
+namespace
+{
+
+TEV2_WIDE_STRING Name(const std::string& path)
+{
+    return TEV2_WIDE_STRING::FromBytes(path);
+}
+
+TEST(FileWriter, FramesChunksAndGuardsWhatLiesOutside)
+{
+    const std::string path = TemporaryPath("chunks");
+    {
+        TEV2_FILE_WRITER writer(Name(path), false, true);
+        EXPECT_FALSE(writer.EndChunk());
+        EXPECT_EQ(writer.Write("lost", 4), 0u);
+        EXPECT_FALSE(writer.WriteU32(1));
+
+        EXPECT_TRUE(writer.BeginChunk());
+        EXPECT_FALSE(writer.BeginChunk());
+        EXPECT_TRUE(writer.WriteU32(99));
+        EXPECT_TRUE(writer.EndChunk());
+        EXPECT_FALSE(writer.EndChunk());
+
+        EXPECT_TRUE(writer.BeginChunk());
+        EXPECT_TRUE(writer.WriteU32(7));
+        EXPECT_EQ(writer.Write("abc", 3), 3u);
+        EXPECT_TRUE(writer.WriteF32(1.0f));
+        EXPECT_TRUE(writer.WriteI32(-2));
+        EXPECT_TRUE(writer.EndChunk());
+        EXPECT_EQ(writer.Write("lost", 4), 0u);
+        EXPECT_EQ(writer.stream->lastError, 0);
+    }
+    EXPECT_EQ(
+        FileBytes(path),
+        Bytes().U32({8, 99}).U32({19, 7}).U8({'a', 'b', 'c', 0, 0, 0x80, 0x3F, 0xFE, 0xFF, 0xFF, 0xFF}).data);
+}
+
+TEST(FileWriter, ReplacesOrAppends)
+{
+    const std::string path = TemporaryPath("append");
+    for (const bool append : {false, false, true})
+    {
+        TEV2_FILE_WRITER writer(Name(path), append, false);
+        writer.Write("ab", 2);
+    }
+    EXPECT_EQ(FileBytes(path), Bytes().U8({'a', 'b', 'a', 'b'}).data);
+}
+
+TEST(FileWriter, LeavesTheSizeOfAnOpenChunkEmpty)
+{
+    const std::string path = TemporaryPath("open");
+    {
+        TEV2_FILE_WRITER writer(Name(path), false, true);
+        writer.BeginChunk();
+        writer.WriteU32(7);
+    }
+    EXPECT_EQ(FileBytes(path), Bytes().U32({0, 7}).data);
+}
+
+TEST(FileWriter, FallsShortWhenTheFileCannotBeOpened)
+{
+    TEV2_FILE_WRITER writer(Name(TemporaryPath("no") + "/such/folder.tv2"), false, true);
+    EXPECT_EQ(writer.stream->lastError, ENOENT);
+    EXPECT_EQ(writer.stream->handle, nullptr);
+    EXPECT_TRUE(writer.BeginChunk());
+    EXPECT_EQ(writer.stream->lastError, EBADF);
+    EXPECT_EQ(writer.Write("abcd", 4), 0u);
+    EXPECT_TRUE(writer.EndChunk());
+}
+
+TEST(FileStream, LatchesUntilItIsOpenedOrClosed)
+{
+    const std::string path = TemporaryPath("latch");
+    TEV2_FILE_STREAM stream;
+    EXPECT_EQ(stream.Write("a", 1), 0u);
+    EXPECT_EQ(stream.lastError, EBADF);
+    EXPECT_FALSE(stream.Seek(0));
+    EXPECT_EQ(stream.Tell(), -1);
+    EXPECT_FALSE(stream.Flush());
+
+    ASSERT_TRUE(stream.Open(path, "wb"));
+    EXPECT_EQ(stream.lastError, 0);
+    stream.lastError = 5;
+    EXPECT_EQ(stream.Write("abc", 3), 3u);
+    EXPECT_EQ(stream.lastError, 5);
+    EXPECT_TRUE(stream.Close());
+    EXPECT_EQ(stream.lastError, 0);
+}
+
+TEST(FileStream, SeeksFromTheEndForNegativePositions)
+{
+    const std::string path = TemporaryPath("seek");
+    TEV2_FILE_STREAM stream;
+    ASSERT_TRUE(stream.Open(path, "wb"));
+    stream.Write("abcdef", 6);
+    EXPECT_TRUE(stream.Seek(-2));
+    EXPECT_EQ(stream.Tell(), 4);
+    stream.Write("X", 1);
+    EXPECT_TRUE(stream.Seek(1));
+    stream.Write("Y", 1);
+    EXPECT_FALSE(stream.Seek(-100));
+    EXPECT_EQ(stream.lastError, EINVAL);
+    stream.Close();
+    EXPECT_EQ(FileBytes(path), Bytes().U8({'a', 'Y', 'c', 'd', 'X', 'f'}).data);
+}
+
+TEST(FileStream, ReportsPositionsBeyondTwoGigabytes)
+{
+    TEV2_FILE_STREAM stream;
+    ASSERT_TRUE(stream.Open(TemporaryPath("large"), "wb"));
+    ASSERT_EQ(std::fseek(stream.handle, 0x7FFFFFFF, SEEK_SET), 0);
+    EXPECT_EQ(stream.Tell(), 0x7FFFFFFF);
+    ASSERT_EQ(std::fseek(stream.handle, 1, SEEK_CUR), 0);
+    EXPECT_EQ(stream.Tell(), -1);
+    EXPECT_EQ(stream.lastError, EFBIG);
+}
+
+TEST(FileStream, LatchesAFullDisk)
+{
+    TEV2_FILE_STREAM stream;
+    if (!stream.Open("/dev/full", "wb"))
+        GTEST_SKIP() << "no /dev/full here";
+    EXPECT_EQ(stream.Write("abc", 3), 3u);
+    EXPECT_FALSE(stream.Flush());
+    EXPECT_EQ(stream.lastError, ENOSPC);
+
+    // More than any buffer takes falls short at once, with the stream's own indicator.
+    const std::vector<char> block(std::size_t{1} << 22);
+    stream.lastError = 0;
+    EXPECT_LT(stream.Write(block.data(), block.size()), block.size());
+    EXPECT_NE(stream.lastError, 0);
+}
+
+TEST(FileWriter, WritesNumbersOfEightBytes)
+{
+    EXPECT_EQ(WrittenBy([](TEV2_FILE_WRITER& writer) { EXPECT_TRUE(writer.WriteU64(0x0102030405060708u)); }),
+              Bytes().U8({8, 7, 6, 5, 4, 3, 2, 1}).data);
+    TEV2_FILE_WRITER guarded(Name(TemporaryPath("guarded")), false, true);
+    EXPECT_FALSE(guarded.WriteU64(1));
+}
+
+TEST(NarrowFileName, TakesBytesOfUtf8AsTheyAreAndEverythingElseAsTheSystemDoes)
+{
+    const std::pair<std::u16string, std::string> cases[] = {
+        {u"plain.tv2", "plain.tv2"},
+        {u"caf\u00C3\u00A9.tv2", "caf\xC3\xA9.tv2"},
+#if !defined(_WIN32) // there the code page decides
+        {u"caf\u00E9.tv2", "caf\xC3\xA9.tv2"},
+        {u"caf\u00E9 \u20AC", "caf\xC3\xA9 \xE2\x82\xAC"},
+        {u"\u00C3\u00A9\u00FF", "\xC3\x83\xC2\xA9\xC3\xBF"},
+        {u"\u00E9\u4E2D", "\xC3\xA9\xE4\xB8\xAD"},
+        {u"\U0001F600", "\xF0\x9F\x98\x80"},
+        {std::u16string{u'a', 0xD83D, u'b'}, "a\xEF\xBF\xBD"
+                                             "b"},
+        {std::u16string{0xDE00, 0xD83D}, "\xEF\xBF\xBD\xEF\xBF\xBD"},
+#endif
+        {std::u16string(300, u'x'), std::string(260, 'x')},
+    };
+    for (const auto& [wide, narrow] : cases)
+        EXPECT_EQ(NarrowFileName(TEV2_WIDE_STRING(wide)), narrow);
+}
+
+} // namespace

@@ -1,0 +1,198 @@
+#include "tev2_loader/detail/file_system.h"
+
+#include "tev2_loader/detail/part_file_name.h"
+#include "tev2_loader/detail/windows_path.h"
+
+#include <cerrno>
+#include <fcntl.h>
+#include <io.h>
+#include <vector>
+
+namespace TEV2_LOADER::file_system
+{
+
+namespace
+{
+
+constexpr DWORD kShareAll = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
+
+/// The other way; empty when the code page lacks a character.
+std::string Narrow(const std::wstring& wide)
+{
+    const auto count = static_cast<int>(wide.size());
+    std::string path(wide.size() * 4, '\0');
+    path.resize(static_cast<std::size_t>(WideCharToMultiByte(
+        CP_ACP, 0, wide.data(), count, path.data(), static_cast<int>(path.size()), nullptr, nullptr)));
+    return WidePath(path) == wide ? path : std::string();
+}
+
+class Handle
+{
+public:
+    explicit Handle(HANDLE handle) : handle_(handle) {}
+    ~Handle()
+    {
+        if (IsOpen())
+            CloseHandle(handle_);
+    }
+    Handle(const Handle&) = delete;
+    Handle& operator=(const Handle&) = delete;
+
+    HANDLE Get() const { return handle_; }
+    bool IsOpen() const { return handle_ != nullptr && handle_ != INVALID_HANDLE_VALUE; }
+
+    /// As a stream that owns it; null, and errno set, on failure.
+    std::FILE* Stream()
+    {
+        const int number = _open_osfhandle(reinterpret_cast<intptr_t>(handle_), _O_BINARY | _O_WRONLY);
+        if (number < 0)
+            return nullptr;
+        handle_ = INVALID_HANDLE_VALUE;
+        std::FILE* const stream = _fdopen(number, "wb");
+        if (!stream)
+            _close(number);
+        return stream;
+    }
+
+private:
+    HANDLE handle_;
+};
+
+constexpr DWORD kDiskQuotaExceeded = 1295; // has no name in the headers of MinGW
+
+/// The path of an open file without the prefix of long paths; empty when it has none.
+std::string FinalPath(HANDLE file)
+{
+    std::wstring path(32768, L'\0');
+    path.resize(GetFinalPathNameByHandleW(file, path.data(), static_cast<DWORD>(path.size()), 0));
+    const std::wstring network = L"\\\\?\\UNC\\";
+    const std::wstring local = L"\\\\?\\";
+    if (path.starts_with(network))
+        return Narrow(L"\\\\" + path.substr(network.size()));
+    return path.starts_with(local) ? Narrow(path.substr(local.size())) : std::string();
+}
+
+bool IsGone(unsigned long process)
+{
+    const Handle handle(OpenProcess(SYNCHRONIZE, FALSE, process));
+    return handle.IsOpen() ? WaitForSingleObject(handle.Get(), 0) == WAIT_OBJECT_0
+                           : GetLastError() == ERROR_INVALID_PARAMETER;
+}
+
+} // namespace
+
+Target Examine(const std::string& path)
+{
+    Target target;
+    target.path = path;
+    const std::wstring wide = WidePath(path);
+    const DWORD attributes = GetFileAttributesW(wide.c_str());
+    if (attributes == INVALID_FILE_ATTRIBUTES)
+        return target; // what else is against it shows when it is opened
+    target.exists = true;
+    if ((attributes & FILE_ATTRIBUTE_DIRECTORY) != 0)
+        return target;
+    if ((attributes & FILE_ATTRIBUTE_READONLY) !=
+        0) // not left to the system: a superuser's opening may succeed
+    {
+        target.error = EACCES;
+        return target;
+    }
+    const Handle file(CreateFileW(wide.c_str(), GENERIC_WRITE, kShareAll, nullptr, OPEN_EXISTING,
+                                  FILE_ATTRIBUTE_NORMAL, nullptr));
+    if (!file.IsOpen())
+    {
+        target.error = ErrnoOfLastError();
+        return target;
+    }
+    target.replaceable = GetFileType(file.Get()) == FILE_TYPE_DISK;
+    if ((attributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0)
+    {
+        const std::string final_path = FinalPath(file.Get());
+        target.replaceable = target.replaceable && !final_path.empty();
+        if (target.replaceable)
+            target.path = final_path;
+    }
+    return target;
+}
+
+std::size_t FolderLength(const std::string& path)
+{
+    const std::size_t separator = path.find_last_of("/\\:");
+    return separator == std::string::npos ? 0 : separator + 1;
+}
+
+std::FILE* CreateNew(const std::string& path, const Target&)
+{
+    Handle file(CreateFileW(WidePath(path).c_str(), GENERIC_WRITE, FILE_SHARE_READ, nullptr, CREATE_NEW,
+                            FILE_ATTRIBUTE_NORMAL | FILE_FLAG_SEQUENTIAL_SCAN, nullptr));
+    if (!file.IsOpen())
+    {
+        errno = ErrnoOfLastError();
+        return nullptr;
+    }
+    return file.Stream();
+}
+
+std::FILE* OpenForWriting(const std::string& path)
+{
+    Handle file(CreateFileW(WidePath(path).c_str(), GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE,
+                            nullptr, CREATE_ALWAYS, FILE_ATTRIBUTE_NORMAL | FILE_FLAG_SEQUENTIAL_SCAN,
+                            nullptr));
+    if (!file.IsOpen())
+    {
+        errno = ErrnoOfLastError();
+        return nullptr;
+    }
+    if (GetFileType(file.Get()) == FILE_TYPE_PIPE)
+    {
+        errno = ESPIPE;
+        return nullptr;
+    }
+    return file.Stream();
+}
+
+bool PutInPlace(const std::string& part, const Target& target)
+{
+    const std::wstring from = WidePath(part);
+    const std::wstring to = WidePath(target.path);
+    // Attributes, times of creation and rights are those of the file that is replaced.
+    constexpr DWORD kKeepGoing = REPLACEFILE_IGNORE_MERGE_ERRORS;
+    if ((target.exists && ReplaceFileW(to.c_str(), from.c_str(), nullptr, kKeepGoing, nullptr, nullptr)) ||
+        MoveFileExW(from.c_str(), to.c_str(), MOVEFILE_REPLACE_EXISTING))
+        return true;
+    errno = ErrnoOfLastError();
+    return false;
+}
+
+void Remove(const std::string& path)
+{
+    DeleteFileW(WidePath(path).c_str());
+}
+
+unsigned long ProcessId()
+{
+    return GetCurrentProcessId();
+}
+
+void RemoveAbandoned(const std::string& folder, const std::string& prefix, const std::string& suffix)
+{
+    std::vector<std::string> found;
+    WIN32_FIND_DATAW entry;
+    const HANDLE search = FindFirstFileW(WidePath(folder + prefix + "*" + suffix).c_str(), &entry);
+    if (search == INVALID_HANDLE_VALUE)
+        return;
+    do
+    {
+        const std::string name = Narrow(entry.cFileName);
+        const auto process = ProcessInName(name, prefix, suffix);
+        // Numbers of processes are used again; a file that this one is writing cannot be deleted.
+        if (process && (*process == ProcessId() || IsGone(*process)))
+            found.push_back(folder + name);
+    } while (FindNextFileW(search, &entry));
+    FindClose(search);
+    for (const std::string& path : found)
+        Remove(path);
+}
+
+} // namespace TEV2_LOADER::file_system

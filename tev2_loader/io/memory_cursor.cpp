@@ -1,0 +1,155 @@
+#include "tev2_loader/io/memory_cursor.h"
+
+#include <algorithm>
+#include <cstring>
+#include <limits>
+#include <utility>
+
+namespace TEV2_LOADER
+{
+
+TEV2_MEMORY_CURSOR::TEV2_MEMORY_CURSOR(const void* image, std::size_t size, TEV2_LOAD_REPORT* report,
+                                       const TEV2_LOAD_LIMITS& limits)
+    : current(static_cast<const std::uint8_t*>(image)),
+      begin(current),
+      end(size == 0 ? current : current + size),
+      chunkEnd(end),
+      report_(report),
+      limits_(limits),
+      allowance_(limits.bytes != 0 ? limits.bytes : std::numeric_limits<std::size_t>::max())
+{
+}
+
+template <typename Number>
+Number TEV2_MEMORY_CURSOR::ReadNumber()
+{
+    Number number{};
+    ReadBlock(&number, sizeof number);
+    return number;
+}
+
+std::uint16_t TEV2_MEMORY_CURSOR::ReadU16()
+{
+    return ReadNumber<std::uint16_t>();
+}
+
+std::uint32_t TEV2_MEMORY_CURSOR::ReadU32()
+{
+    return ReadNumber<std::uint32_t>();
+}
+
+std::int32_t TEV2_MEMORY_CURSOR::ReadI32()
+{
+    return ReadNumber<std::int32_t>();
+}
+
+std::uint64_t TEV2_MEMORY_CURSOR::ReadU64()
+{
+    return ReadNumber<std::uint64_t>();
+}
+
+float TEV2_MEMORY_CURSOR::ReadF32()
+{
+    return ReadNumber<float>();
+}
+
+bool TEV2_MEMORY_CURSOR::ReadBlock(void* destination, std::size_t size)
+{
+    if (size > Remaining())
+    {
+        return Fail(TEV2_LOAD_CODE::RecordOverrun, std::to_string(size) + " bytes",
+                    std::to_string(Remaining()) + " bytes");
+    }
+    if (size != 0)
+        std::memcpy(destination, current, size);
+    current += size;
+    return true;
+}
+
+std::uint32_t TEV2_MEMORY_CURSOR::ReadBytes(void* destination, std::uint32_t size)
+{
+    const std::uint32_t taken = static_cast<std::uint32_t>(std::min<std::size_t>(size, Remaining()));
+    ReadBlock(destination, taken);
+    return taken;
+}
+
+std::uint32_t TEV2_MEMORY_CURSOR::ReadCount(std::size_t leastSize)
+{
+    const std::uint32_t count = ReadU32();
+    const std::size_t most = Remaining() / leastSize;
+    if (count <= most)
+        return count;
+    Fail(TEV2_LOAD_CODE::CountExceedsFile, "at most " + std::to_string(most), std::to_string(count),
+         sizeof count);
+    return 0;
+}
+
+bool TEV2_MEMORY_CURSOR::Fail(TEV2_LOAD_CODE code, std::string expected, std::string found, std::size_t back)
+{
+    if (!failed_)
+        AddFinding(code, TEV2_LOAD_SEVERITY::Error, std::move(expected), std::move(found), back);
+    failed_ = true;
+    current = end;
+    return false;
+}
+
+void TEV2_MEMORY_CURSOR::Warn(TEV2_LOAD_CODE code, std::string expected, std::string found, std::size_t back)
+{
+    ++warnings_;
+    if (warnings_ <= TEV2_LOAD_REPORT::kMostWarnings)
+        AddFinding(code, TEV2_LOAD_SEVERITY::Warning, std::move(expected), std::move(found), back);
+    else if (warnings_ == TEV2_LOAD_REPORT::kMostWarnings + 1)
+        AddFinding(TEV2_LOAD_CODE::MoreWarnings, TEV2_LOAD_SEVERITY::Warning,
+                   "at most " + std::to_string(TEV2_LOAD_REPORT::kMostWarnings) + " warnings", "more", back);
+}
+
+bool TEV2_MEMORY_CURSOR::FailForMemory()
+{
+    return Fail(TEV2_LOAD_CODE::LimitExceeded,
+                "at most " + std::to_string(limits_.bytes) + " bytes in memory", "more");
+}
+
+void TEV2_MEMORY_CURSOR::AddFinding(TEV2_LOAD_CODE code, TEV2_LOAD_SEVERITY severity, std::string expected,
+                                    std::string found, std::size_t back)
+{
+    if (report_ != nullptr)
+    {
+        report_->findings.push_back({code, severity, Offset() - back, chunk_.id, chunk_.offset, Path(),
+                                     std::move(expected), std::move(found)});
+    }
+}
+
+std::string TEV2_MEMORY_CURSOR::Path() const
+{
+    std::string path;
+    for (const RecordScope* scope = scope_; scope != nullptr; scope = scope->outer_)
+    {
+        std::string step = scope->label_;
+        if (scope->index_ != RecordScope::kNoIndex)
+            step.append("[").append(std::to_string(scope->index_)).append("]");
+        if (!path.empty() && path.front() != '[')
+            step += ".";
+        path = step.append(path);
+    }
+    return path;
+}
+
+bool TEV2_MEMORY_CURSOR::EnterChunk(const TEV2_CHUNK_SPAN& chunk)
+{
+    chunk_ = chunk;
+    chunkEnd = begin + chunk.offset + chunk.size;
+    if (report_ == nullptr)
+        return true;
+    if (!TakeMemory(sizeof chunk))
+        return false;
+    report_->chunks.push_back(chunk);
+    return true;
+}
+
+void TEV2_MEMORY_CURSOR::LeaveChunk()
+{
+    chunk_ = {};
+    chunkEnd = end;
+}
+
+} // namespace TEV2_LOADER
