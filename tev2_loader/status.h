@@ -1,0 +1,48 @@
+#pragma once
+
+#include <string>
+#include <utility>
+
+namespace TEV2_LOADER
+{
+
+/// Whether an operation succeeded and, when it did not, why: a sentence part in UTF-8 that a person can act on.
+///
+///     Status Rename(const std::string& name)
+///     {
+///         if (name.empty())
+///             return Status::Failure("the name is empty");
+///         return {};
+///     }
+///
+///     if (const Status renamed = Rename(name); !renamed)
+///         std::fprintf(stderr, "cannot rename: %s\n", renamed.Reason().c_str());
+///
+/// The compiler warns when a Status is ignored.
+class [[nodiscard]] Status
+{
+public:
+    /// Success.
+    Status() = default;
+
+    /// Failure, also when the reason is empty.
+    static Status Failure(std::string reason)
+    {
+        Status status;
+        status.ok_ = false;
+        status.reason_ = std::move(reason);
+        return status;
+    }
+
+    bool Ok() const { return ok_; }
+    explicit operator bool() const { return ok_; }
+
+    /// Empty on success.
+    const std::string& Reason() const { return reason_; }
+
+private:
+    bool ok_ = true;
+    std::string reason_;
+};
+
+} // namespace TEV2_LOADER
