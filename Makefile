@@ -2,11 +2,13 @@
 
 BUILD := build
 SAMPLE := samples/robot_14_takes.glb
-JOBS := $(shell nproc)
 FUZZ_SECONDS := 60
-CTEST := ctest --output-on-failure --no-tests=error -j$(JOBS)
+# A folder of larger scenes to test and measure with; without one, the tests that need it are skipped.
+SCENES ?=
+CONFIGURE := cmake -DTV2_SCENES_DIR=$(SCENES) --preset
 
-.PHONY: help demo build test test-asan test-bytes sweep fuzz coverage bench screenshot windows test-windows lint format install clean packages
+.PHONY: help demo build test test-asan test-bytes sweep fuzz coverage bench screenshot windows test-windows \
+        lint format install clean packages
 
 help: ## Show this list
 	@awk -F ':.*## ' '/^[a-z-]+:.*## / { printf "  make %-12s %s\n", $$1, $$2 }' $(MAKEFILE_LIST)
@@ -24,28 +26,28 @@ build: packages ## Build the command (build/bin/tv2), the plug-in and the librar
 
 test: packages ## Build everything and run all tests
 	@scripts/install_packages.sh xvfb valgrind
-	@cmake --preset release > /dev/null
+	@$(CONFIGURE) release > /dev/null
 	@cmake --build --preset release
-	cd $(BUILD) && $(CTEST)
+	scripts/run_tests.sh $(BUILD)
 
 test-asan: packages ## Run all tests under AddressSanitizer and UndefinedBehaviorSanitizer
 	@scripts/install_packages.sh xvfb
-	@cmake --preset asan > /dev/null
+	@$(CONFIGURE) asan > /dev/null
 	@cmake --build --preset asan
-	cd $(BUILD)/asan && $(CTEST)
+	scripts/run_tests.sh $(BUILD)/asan
 
 test-bytes: build ## Export the samples with plug-ins of g++ and clang++ at -O0 and -O2; compare the files
 	@scripts/install_packages.sh clang
 	@cmake --build --preset release --target export_rich_scene
 	scripts/same_bytes.sh
 
-sweep: packages ## Load every damaged form of the fixtures under the sanitizers, where make test-asan takes a share
+sweep: packages ## Load every damaged form of the fixtures under the sanitizers (make test-asan: a share of them)
 	@cmake --preset asan > /dev/null
 	@cmake --build --preset asan --target tev2_robustness_tests scene_import_tests
 	TV2_SWEEP=all $(BUILD)/asan/bin/tev2_robustness_tests --gtest_brief=1 --gtest_filter='*Damage*'
 	TV2_SWEEP=all $(BUILD)/asan/bin/scene_import_tests --gtest_brief=1 --gtest_filter='*DamageSweep*'
 
-coverage: packages ## Report how many lines of the format library and the exporter the tests reach: at least 95 %
+coverage: packages ## Report the line coverage of format library and exporter: at least 95 %
 	@scripts/install_packages.sh gcovr
 	@cmake --preset coverage > /dev/null
 	@cmake --build --preset coverage
@@ -59,7 +61,7 @@ fuzz: packages ## Search for files that break the readers, FUZZ_SECONDS=60 with 
 
 bench: packages ## Measure speed beside a floor of the same run, 21 times each, and print one table
 	@scripts/install_packages.sh libbenchmark-dev python3
-	@cmake --preset release -DTV2_BUILD_BENCH=ON > /dev/null
+	@$(CONFIGURE) release -DTV2_BUILD_BENCH=ON > /dev/null
 	cmake --build --preset release --target bench
 
 screenshot: build ## Take the picture of the export dialog in docs/popup.png
@@ -78,8 +80,8 @@ test-windows: build windows ## Run the tests of the Windows build under Wine; co
 	@cmake --build --preset release --target export_rich_scene
 	scripts/same_bytes.sh gcc-o2 windows
 
-lint: packages ## Check formatting and run clang-tidy
-	@scripts/install_packages.sh clang-format clang-tidy
+lint: packages ## Check formatting, the tree (dependencies, widths, lengths) and run clang-tidy
+	@scripts/install_packages.sh clang-format clang-tidy python3
 	scripts/lint.sh
 
 format: ## Format all sources

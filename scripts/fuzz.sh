@@ -1,7 +1,7 @@
 #!/bin/sh
-# Runs every fuzz target, or the one that is named, for so many seconds (60 when not given), as many at a time as there
-# are processors, and tells how many inputs each tried in a second. What they learn is kept below the build folder for the
-# next run; an input that breaks something is left there as well, and fails the run.
+# Runs every fuzz target, or the one named, for SECONDS (default 60), one per processor at a time, and prints the
+# executions per second of each. The corpora they build are kept in the build folder for the next run; an input that
+# breaks a target is left there as well and fails the run.
 set -eu
 cd "$(dirname "$0")/.."
 seconds="${1:-60}"
@@ -12,12 +12,12 @@ case "$seconds" in
     ;;
 esac
 build=build/fuzz
-# Most of the time would go into remembering allocations that were all right. Played once more, with the default options,
-# a finding tells where its memory came from.
+# Recording the stack of every allocation would take most of the time. Replay a finding with the default options to see
+# where its memory came from.
 export ASAN_OPTIONS="quarantine_size_mb=1:malloc_context_size=1"
 mkdir -p $build/corpus $build/findings $build/logs
 
-# Scene files reach everything at the size of a few small records; the FBX reader wants whole files.
+# A few small records reach all of the TEV2 loader; scene readers need whole files.
 largest_input()
 {
     case "$1" in

@@ -1,9 +1,10 @@
 #!/bin/sh
-# Installs the Debian packages that building and testing need, and those named as arguments, where they are missing,
-# and says so.
+# Installs the Debian packages that building and testing need, and those named as arguments, unless they are installed;
+# prints which.
 set -eu
 
-packages="g++ cmake ninja-build pkg-config libpugixml-dev zlib1g-dev libcli11-dev nlohmann-json3-dev libgtest-dev libfltk1.3-dev python3 $*"
+packages="g++ cmake ninja-build pkg-config libpugixml-dev zlib1g-dev libcli11-dev nlohmann-json3-dev libgtest-dev
+          libfltk1.3-dev python3 $*"
 
 missing=""
 for package in $packages; do

@@ -1,10 +1,11 @@
 #!/bin/sh
-# Formatting of every source; clang-tidy over the product (not the tests), in the batches that its preset makes.
+# Formatting of every source; dependencies, widths and lengths of the tree; clang-tidy over the product (not the tests), in the batches that its preset makes.
 set -eu
 cd "$(dirname "$0")/.."
 
 git ls-files '*.h' '*.cpp' | xargs clang-format --dry-run --Werror
 echo "formatting: clean"
+scripts/check_tree.py
 
 cmake --preset lint >/dev/null
 sed -n 's/^ *"file": "\(.*\)".*/\1/p' build/lint/compile_commands.json | sort -u |

@@ -1,7 +1,7 @@
 #!/bin/sh
 # One scene gives one file, whatever compiler, optimisation level and system the exporter was built with: builds the
-# plug-in (exporter and format library) in several ways, exports the samples and a scene made in code with each under a
-# clock and user that stand still, and compares the bytes with those of the first.
+# plug-in (exporter and format library) in several ways, exports the samples and a scene made in code with each, with a
+# fixed clock and user name, and compares the bytes with those of the first.
 #     scripts/same_bytes.sh [PRESET...]
 # The command and its host are those of build/. Preset windows has a host of its own, run under Wine, and exports the
 # scene made in code alone.
@@ -14,8 +14,7 @@ for preset in $presets; do
     cmake --preset "$preset" >/dev/null
     rm -rf "build/$preset/exported" build/exported
     mkdir -p "build/$preset/exported" build/exported
-    # Every build reads and writes the same paths, since they stand in the file: relative ones here, absolute ones by way of
-    # the command.
+    # Every build reads and writes the same paths because files contain them.
     if [ "$preset" = windows ]; then
         cmake --build --preset "$preset" --target $plugin export_rich_scene
         (cd "build/$preset" && timeout 300 ../../scripts/with_wine.sh \

@@ -177,7 +177,7 @@ TEST_P(ExportedPoses, AreThoseOfTheScene)
 {
     const fs::path scene = GetParam();
     if (!fs::exists(scene))
-        GTEST_SKIP() << scene << " is not there";
+        GTEST_SKIP() << scene << " is not in TV2_SCENES_DIR";
     const mobu_host::SceneImportResult imported = mobu_host::ImportScene(scene);
     ASSERT_TRUE(imported.ok) << imported.error;
 

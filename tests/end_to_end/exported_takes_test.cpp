@@ -43,7 +43,7 @@ TEST_P(ExportedTakes, AreTheSameAloneAndTogether)
 {
     const fs::path path = GetParam().path;
     if (!fs::exists(path))
-        GTEST_SKIP() << path << " is not there";
+        GTEST_SKIP() << path << " is not in TV2_SCENES_DIR";
     ASSERT_TRUE(mobu_host::ImportScene(path).ok);
     std::string error;
     const auto plugin = mobu_host::Plugin::Load(TV2_PLUGIN, error);

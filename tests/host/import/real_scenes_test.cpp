@@ -26,7 +26,7 @@ TEST_P(RealScenesTest, IsReadWhole)
     const RealScene& scene = GetParam();
     const std::string path = std::string(TV2_SCENES_DIR) + "/" + scene.file;
     if (!std::filesystem::exists(path))
-        GTEST_SKIP() << path << " is not there";
+        GTEST_SKIP() << path << " is not in TV2_SCENES_DIR";
     const auto result = mobu_host::ImportScene(path);
     ASSERT_TRUE(result.ok) << result.error;
     EXPECT_EQ(ModelNames().size() - 1, scene.models);

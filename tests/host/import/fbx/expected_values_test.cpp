@@ -40,7 +40,7 @@ TEST_P(ExpectedScenesTest, TransformsAndPropertiesAgree)
         scenes + "/expected/" + expected.scene + ".take" + std::to_string(expected.take);
     const auto rows = ReadExpected(table + ".transforms.tsv");
     if (rows.empty())
-        GTEST_SKIP() << table << " is not there";
+        GTEST_SKIP() << table << " is not in TV2_SCENES_DIR";
     const auto result = mobu_host::ImportScene(scenes + "/" + expected.scene + ".fbx");
     ASSERT_TRUE(result.ok) << result.error;
     EXPECT_GE(CompareTransforms(expected.take, rows, expected.convert), 7U);
