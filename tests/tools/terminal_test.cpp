@@ -8,7 +8,7 @@
 
 #include <sstream>
 
-namespace
+namespace tv2
 {
 
 TEST(ProgressLine, FitsTheTerminalAndCutsTheNameLast)
@@ -79,4 +79,4 @@ TEST(Notes, AreWrappedOnATerminalAlone)
     }
 }
 
-} // namespace
+} // namespace tv2

@@ -5,6 +5,9 @@
 #include <algorithm>
 #include <vector>
 
+namespace tv2
+{
+
 using TEV2_LOADER::CodeName;
 using TEV2_LOADER::TEV2_LOAD_CODE;
 
@@ -127,3 +130,5 @@ const CheckCode& FindCheckCode(std::string_view code)
                                     [code](const CheckCode& entry) { return entry.code == code; });
     return found == codes.end() ? none : *found;
 }
+
+} // namespace tv2

@@ -3,6 +3,9 @@
 #include <span>
 #include <string_view>
 
+namespace tv2
+{
+
 /// How much a finding weighs. Notes never change the exit code.
 enum class Severity
 {
@@ -27,3 +30,5 @@ std::span<const CheckCode> CheckCodes();
 
 /// The entry of a code; one with an empty sentence when there is none.
 const CheckCode& FindCheckCode(std::string_view code);
+
+} // namespace tv2

@@ -15,15 +15,26 @@
 #include <string>
 #include <vector>
 
+namespace tv2
+{
+
 namespace
 {
+
+struct CheckOptions
+{
+    std::vector<std::string> files;
+    bool codes = false;
+    bool all = false;
+};
 
 /// How many findings of one code the text shows of a file.
 constexpr std::size_t kMostOfOneCode = 5;
 
-void PrintCodes(const CheckOptions& options, std::ostream& out)
+void PrintCodes(VerbContext& context)
 {
-    if (options.json)
+    std::ostream& out = context.out;
+    if (context.json)
     {
         Json json = {{"codes", Json::array()}};
         for (const CheckCode& code : CheckCodes())
@@ -143,7 +154,7 @@ void RunCheck(const CheckOptions& options, VerbContext& context)
 {
     if (options.codes)
     {
-        PrintCodes(options, context.out);
+        PrintCodes(context);
         return;
     }
     Json json = {{"files", Json::array()}};
@@ -153,7 +164,7 @@ void RunCheck(const CheckOptions& options, VerbContext& context)
         std::string error;
         if (!ReadFile(path, file, error))
         {
-            context.Complain("check", error, kExitCouldNotRun);
+            context.Complain(error, kExitCouldNotRun);
             json["files"].push_back(JsonFailure(path, error));
             continue;
         }
@@ -168,7 +179,7 @@ void RunCheck(const CheckOptions& options, VerbContext& context)
         {
             context.Report(kExitFindings);
         }
-        if (!options.json)
+        if (!context.json)
         {
             PrintFile(file, findings, CountsText(counts), options, context.out);
             continue;
@@ -192,8 +203,56 @@ void RunCheck(const CheckOptions& options, VerbContext& context)
         }
         json["files"].push_back(std::move(entry));
     }
-    if (options.json)
+    if (context.json)
     {
         context.out << JsonText(json) << '\n';
     }
 }
+
+namespace
+{
+
+class CheckVerb : public Verb
+{
+public:
+    std::vector<OptionRow> Options() override
+    {
+        return {
+            {.name = "FILE", .value = &options_.files, .help = "The .tv2 files; - is standard input"},
+            {.name = "--codes",
+             .value = &options_.codes,
+             .help = "List all codes, each with a sentence, and do nothing else"},
+            {.name = "--all",
+             .value = &options_.all,
+             .help = "Show every finding, however many there are of one code"},
+        };
+    }
+
+    std::string Refusal(const std::set<std::string>&) const override
+    {
+        return options_.files.empty() && !options_.codes ? "FILE is required" : "";
+    }
+
+    void Run(VerbContext& context) override { RunCheck(options_, context); }
+
+private:
+    CheckOptions options_;
+};
+
+const VerbRegistration kCheckVerb({
+    .name = "check",
+    .place = 6,
+    .help = "Errors and suspicious values in a file",
+    .examples = "tv2 check takes/*.tv2\n"
+                "tv2 check --json walk.tv2 | jq -r '.files[].findings[].code'\n"
+                "tv2 check --codes",
+    .remarks = "Exit code: 0: no file has errors or warnings (notes do not count); 1: a file has; 2: a file "
+               "cannot be "
+               "read.",
+    .json_help = "Print JSON: an object with one entry of \"files\" for each file",
+    .make = Make<CheckVerb>,
+});
+
+} // namespace
+
+} // namespace tv2

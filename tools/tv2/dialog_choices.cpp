@@ -6,6 +6,9 @@
 
 #include <cmath>
 
+namespace tv2
+{
+
 namespace regions = tev2_exporter::regions;
 
 namespace
@@ -72,3 +75,5 @@ void DialogWatch::OnExport(HISender, HKEvent)
     choices.spaces_to_underscores = IsSet(*popup_, regions::kSpacesToUnderscores);
     choices_ = choices;
 }
+
+} // namespace tv2

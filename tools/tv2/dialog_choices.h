@@ -5,6 +5,9 @@
 #include <optional>
 #include <string>
 
+namespace tv2
+{
+
 /// What the exporter's dialog showed at the moment when its Export button was pressed.
 struct DialogChoices
 {
@@ -35,3 +38,5 @@ private:
     FBPopup* popup_ = nullptr;
     std::optional<DialogChoices> choices_;
 };
+
+} // namespace tv2

@@ -16,6 +16,9 @@
 #include <filesystem>
 #include <map>
 
+namespace tv2
+{
+
 namespace
 {
 
@@ -249,7 +252,7 @@ private:
         {
             return OfScene(request_, reason);
         }
-        if (std::string reason = ::OpenScene(request_, result_.report.notes); !reason.empty())
+        if (std::string reason = tv2::OpenScene(request_, result_.report.notes); !reason.empty())
         {
             return reason;
         }
@@ -365,3 +368,5 @@ DialogExportResult ExportByDialog(const ExportRequest& request, const std::strin
     result.report.error = DialogRun(request, result).Run(plugin, user);
     return result;
 }
+
+} // namespace tv2

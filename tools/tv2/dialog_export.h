@@ -6,6 +6,9 @@
 #include <string>
 #include <vector>
 
+namespace tv2
+{
+
 /// Who uses the dialog, and what it remembers.
 struct DialogUser
 {
@@ -26,3 +29,5 @@ struct DialogExportResult
 /// pressed, the moves of the player and what is in the files.
 DialogExportResult ExportByDialog(const ExportRequest& request, const std::string& plugin,
                                   const DialogUser& user);
+
+} // namespace tv2

@@ -6,6 +6,9 @@
 #include <set>
 #include <sstream>
 
+namespace tv2
+{
+
 namespace
 {
 
@@ -309,3 +312,5 @@ Drawing DrawFigures(const std::vector<Figure>& figures)
     const Frame frame = FrameOf(figures);
     return {Sheet(figures, frame).Draw(), frame.left_out.size()};
 }
+
+} // namespace tv2

@@ -6,6 +6,9 @@
 #include <string>
 #include <vector>
 
+namespace tv2
+{
+
 struct Drawing
 {
     std::string svg;
@@ -15,3 +18,5 @@ struct Drawing
 /// Figures in cells side by side, all in one scale, over lines that are labelled in metres. Cameras and props have one
 /// size on paper whatever the scale.
 Drawing DrawFigures(const std::vector<Figure>& figures);
+
+} // namespace tv2

@@ -8,6 +8,9 @@
 #include <cmath>
 #include <vector>
 
+namespace tv2
+{
+
 using namespace TEV2_LOADER;
 
 namespace
@@ -231,3 +234,5 @@ std::unique_ptr<DumpWriter> MakeJsonDump(std::ostream& out)
 {
     return std::make_unique<JsonDump>(out);
 }
+
+} // namespace tv2

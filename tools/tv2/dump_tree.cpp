@@ -6,6 +6,9 @@
 #include <algorithm>
 #include <vector>
 
+namespace tv2
+{
+
 using namespace TEV2_LOADER;
 
 namespace
@@ -164,3 +167,5 @@ std::unique_ptr<DumpWriter> MakeTreeDump(std::ostream& out, std::size_t limit)
 {
     return std::make_unique<TreeDump>(out, limit);
 }
+
+} // namespace tv2

@@ -8,10 +8,19 @@
 
 #include <limits>
 
+namespace tv2
+{
+
 using namespace TEV2_LOADER;
 
 namespace
 {
+
+struct DumpOptions
+{
+    std::string file;
+    std::size_t keys = std::numeric_limits<std::size_t>::max();
+};
 
 class SceneDump
 {
@@ -280,8 +289,8 @@ private:
 
 void Refuse(const DumpOptions& options, const std::string& why, ExitCode code, VerbContext& context)
 {
-    context.Complain("dump", why, code);
-    if (options.json)
+    context.Complain(why, code);
+    if (context.json)
     {
         context.out << JsonText(JsonFailure(options.file, why)) << '\n';
     }
@@ -302,6 +311,54 @@ void RunDump(const DumpOptions& options, VerbContext& context)
         return Refuse(options, WhyNotLoaded(file), kExitFindings, context);
     }
     const std::unique_ptr<DumpWriter> writer =
-        options.json ? MakeJsonDump(context.out) : MakeTreeDump(context.out, options.keys);
+        context.json ? MakeJsonDump(context.out) : MakeTreeDump(context.out, options.keys);
     SceneDump(file, *writer).Write();
 }
+
+namespace
+{
+
+std::string NotNegative(const std::string& text)
+{
+    return text.starts_with('-') ? "is below 0" : "";
+}
+
+class DumpVerb : public Verb
+{
+public:
+    std::vector<OptionRow> Options() override
+    {
+        return {
+            {.name = "FILE",
+             .value = &options_.file,
+             .help = "The .tv2 file; - is standard input",
+             .required = true},
+            {.name = "--keys",
+             .value = &options_.keys,
+             .help = "Tree: print at most this many keys of a track, and lines of bytes of a body",
+             .excludes = "--json",
+             .check = NotNegative},
+        };
+    }
+
+    void Run(VerbContext& context) override { RunDump(options_, context); }
+
+private:
+    DumpOptions options_;
+};
+
+const VerbRegistration kDumpVerb({
+    .name = "dump",
+    .place = 5,
+    .help = "Every value in a file, as an indented tree or as JSON",
+    .examples = "tv2 dump --keys 3 walk.tv2\n"
+                "tv2 dump --json walk.tv2 | jq '.matrixHierarchy.nodes[].name'",
+    .remarks = "Numbers are single precision, in the shortest form that reads back to the same bits.\n"
+               "In JSON non-finite numbers are strings: \"NaN\", \"NaN(0xffc00001)\", \"Infinity\".",
+    .json_help = "Print JSON with every value",
+    .make = Make<DumpVerb>,
+});
+
+} // namespace
+
+} // namespace tv2

@@ -11,6 +11,9 @@
 #include <string>
 #include <string_view>
 
+namespace tv2
+{
+
 /// Receives the contents of a file value by value and writes them out at once, so that a dump needs no memory
 /// of its own. Inside an array the keys are ignored.
 class DumpWriter
@@ -41,3 +44,5 @@ std::unique_ptr<DumpWriter> MakeJsonDump(std::ostream& out);
 
 /// An indented tree. At most `limit` keys of a track and lines of bytes are printed.
 std::unique_ptr<DumpWriter> MakeTreeDump(std::ostream& out, std::size_t limit);
+
+} // namespace tv2

@@ -7,6 +7,9 @@
 
 #include <algorithm>
 
+namespace tv2
+{
+
 using namespace TEV2_LOADER;
 
 namespace
@@ -175,3 +178,5 @@ ExportedFile CheckExportedFile(const PlannedFile& planned, const ExportPlan& pla
     keys.Finish();
     return result;
 }
+
+} // namespace tv2

@@ -6,6 +6,9 @@
 #include <cstdint>
 #include <string>
 
+namespace tv2
+{
+
 /// What came out of one planned file. Only what can be read back from disk counts.
 struct ExportedFile
 {
@@ -22,3 +25,5 @@ struct ExportedFile
 
 /// Reads back one file that an export was to write; `before` is what stood there then.
 ExportedFile CheckExportedFile(const PlannedFile& planned, const ExportPlan& plan, const FileStamp& before);
+
+} // namespace tv2

@@ -13,6 +13,9 @@
 #include <filesystem>
 #include <map>
 
+namespace tv2
+{
+
 using tev2_exporter::ExportQuestion;
 using tev2_exporter::FilePlan;
 using tev2_exporter::Objection;
@@ -273,3 +276,5 @@ std::string OfScene(const ExportRequest& request, const std::string& reason)
 {
     return reason.empty() ? std::string() : OneLine(request.scene) + ": " + reason;
 }
+
+} // namespace tv2

@@ -9,6 +9,9 @@
 #include <string>
 #include <vector>
 
+namespace tv2
+{
+
 /// One file that the export should write.
 struct PlannedFile
 {
@@ -67,3 +70,5 @@ std::string MakeTargetsWritable(const ExportPlan& plan);
 
 /// A reason not to export, with the scene's path in front; empty when there is none.
 std::string OfScene(const ExportRequest& request, const std::string& reason);
+
+} // namespace tv2

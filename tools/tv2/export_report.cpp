@@ -6,6 +6,9 @@
 #include <iomanip>
 #include <sstream>
 
+namespace tv2
+{
+
 void PrintReport(std::ostream& out, const ExportReport& report, std::size_t columns)
 {
     std::ostringstream text;
@@ -94,3 +97,5 @@ nlohmann::ordered_json ReportJson(const std::string& scene, const ExportReport& 
     }
     return json;
 }
+
+} // namespace tv2

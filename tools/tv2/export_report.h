@@ -10,6 +10,9 @@
 #include <string>
 #include <vector>
 
+namespace tv2
+{
+
 /// What the export verb tells about a run, once it is over.
 struct ExportReport
 {
@@ -33,3 +36,5 @@ void PrintReport(std::ostream& out, const ExportReport& report, std::size_t colu
 
 /// The same as one object, with what went wrong.
 nlohmann::ordered_json ReportJson(const std::string& scene, const ExportReport& report);
+
+} // namespace tv2

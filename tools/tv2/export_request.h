@@ -4,6 +4,9 @@
 #include <string>
 #include <vector>
 
+namespace tv2
+{
+
 /// What the user asked for on the command line.
 struct ExportRequest
 {
@@ -23,3 +26,5 @@ struct ExportRequest
     bool disable_constraints = false;
     bool overwrite_read_only = false;
 };
+
+} // namespace tv2

@@ -9,12 +9,26 @@
 #include "tools/tv2/text.h"
 #include "tools/tv2/verb.h"
 
+#include "exporter/rules/sampling_rate.h"
 #include "host/export_run/export_run.h"
 
 #include <memory>
 
+namespace tv2
+{
+
 namespace
 {
+
+struct ExportVerbOptions
+{
+    ExportRequest request;
+    std::string plugin;
+    bool dialog = false;
+    std::string dialog_script; ///< empty: the window
+    std::string settings; ///< of the dialog: "stored", "none" or empty, which is stored for the window alone
+    bool quiet = false;
+};
 
 mobu_host::ExportCall CallOf(const ExportRequest& request, const ExportPlan& plan)
 {
@@ -43,9 +57,8 @@ public:
 
     void Run()
     {
-        report_.error = !options_.refusal.empty() ? options_.refusal
-                        : options_.dialog         ? UseDialog()
-                                                  : UseScriptEntry();
+        const bool dialog = options_.dialog || !options_.dialog_script.empty();
+        report_.error = dialog ? UseDialog() : UseScriptEntry();
         if (!report_.error.empty())
         {
             Complain(report_.error, kExitCouldNotRun);
@@ -110,7 +123,7 @@ private:
         return report_.error;
     }
 
-    void Complain(const std::string& what, ExitCode code) { context_.Complain("export", what, code); }
+    void Complain(const std::string& what, ExitCode code) { context_.Complain(what, code); }
 
     std::string LoadPlugin()
     {
@@ -146,7 +159,7 @@ private:
 
     void Print() const
     {
-        if (options_.json)
+        if (context_.json)
         {
             context_.out << JsonText(ReportJson(request_.scene, report_)) << '\n';
         }
@@ -166,8 +179,136 @@ private:
 
 } // namespace
 
-void RunExport(const ExportVerbOptions& options, VerbContext& context)
+namespace
 {
-    SurviveClosedPipes();
-    ExportRun(options, context).Run();
-}
+
+class ExportVerb : public Verb
+{
+public:
+    std::vector<OptionRow> Options() override
+    {
+        ExportRequest& request = options_.request;
+        return {
+            SceneFileOption(request.scene),
+            {.name = "OUTPUT",
+             .value = &request.output,
+             .help = "The file to write, ending in .tv2; with --all-takes the pattern of the names: out.tv2 "
+                     "gives "
+                     "out_<take>.tv2, a bare .tv2 gives <take>.tv2",
+             .required = true},
+            {.name = "--fps",
+             .value = &request.rate,
+             .help = std::string("Samples per second (default: scene, the scene's transport rate): ") +
+                     tev2_exporter::kRatesThatAreUnderstood,
+             .check = NotEmpty},
+            SceneRateOption(request.scene_rate),
+            {.name = "--start-frame",
+             .value = &request.start_frame,
+             .help = "First frame, counted at the transport rate (default: of the take)",
+             .check = NotEmpty},
+            {.name = "--end-frame",
+             .value = &request.end_frame,
+             .help = "Last frame, counted at the transport rate (default: of the take)",
+             .check = NotEmpty},
+            {.name = "--take",
+             .value = &request.take,
+             .help = "Export this take (default: the one that is current in the scene)",
+             .check = NotEmpty},
+            {.name = "--all-takes",
+             .value = &request.all_takes,
+             .help = "Export every take, each to a file of its own",
+             .excludes = "--take"},
+            {.name = "--select",
+             .value = &request.select,
+             .help = "Export this model and what is below it, by its long name; may be given more than once "
+                     "(default: "
+                     "the whole scene)"},
+            {.name = "--[no-]spaces-to-underscores",
+             .value = &request.spaces_to_underscores,
+             .help = "Replace spaces in file names (on)"},
+            {.name = "--[no-]keep-positive-z",
+             .value = &request.keep_positive_z,
+             .help = "Turn the scene so that its Z axis keeps its sign (on)"},
+            {.name = "--[no-]remove-namespace",
+             .value = &request.remove_namespace,
+             .help = "Write node names without their namespaces (on)"},
+            {.name = "--[no-]disable-constraints",
+             .value = &request.disable_constraints,
+             .help = "Export with constraints inactive (off)"},
+            {.name = "--yes",
+             .value = &request.overwrite_read_only,
+             .help = "Overwrite read-only files without asking"},
+            ExporterOption(options_.plugin),
+            {.name = "--dialog",
+             .value = &options_.dialog,
+             .help = "Ask for the options as MotionBuilder does: in the exporter's own dialog, which "
+                     "remembers them"},
+            {.name = "--dialog-script",
+             .value = &options_.dialog_script,
+             .help = "Play the steps of this file to the dialog instead of showing it: click \"REGION\", set "
+                     "\"REGION\" "
+                     "on|off, edit \"REGION\" NUMBER, move LEFT TOP, close",
+             .check = NotEmpty},
+            {.name = "--settings",
+             .value = &options_.settings,
+             .help = "Where the dialog's settings come from and go to: \"stored\" are those of the last "
+                     "time, \"none\" "
+                     "are the defaults, and nothing is stored (default: stored for --dialog, none for "
+                     "--dialog-script)",
+             .one_of = {"stored", "none"}},
+            {.name = "--quiet", .value = &options_.quiet, .help = "Print nothing but errors"},
+        };
+    }
+
+    std::string Refusal(const std::set<std::string>& given) const override
+    {
+        const bool dialog = options_.dialog || !options_.dialog_script.empty();
+        if (!dialog)
+        {
+            return options_.settings.empty()
+                       ? ""
+                       : "--settings are the dialog's: give --dialog or --dialog-script as well";
+        }
+        for (const char* const name :
+             {"--fps", "--start-frame", "--end-frame", "--all-takes", "--spaces-to-underscores",
+              "--keep-positive-z", "--remove-namespace", "--disable-constraints"})
+        {
+            if (given.contains(name))
+            {
+                return std::string(name) + " is decided in the dialog: leave it out, or leave the dialog out";
+            }
+        }
+        return {};
+    }
+
+    void Run(VerbContext& context) override
+    {
+        SurviveClosedPipes();
+        ExportRun(options_, context).Run();
+    }
+
+private:
+    ExportVerbOptions options_;
+};
+
+const VerbRegistration kExportVerb({
+    .name = "export",
+    .place = 1,
+    .help = "Exports a scene file (FBX, BVH, glTF, Collada) to .tv2 files",
+    .examples = "tv2 export walk.bvh walk.tv2\n"
+                "tv2 export --all-takes --fps 60 robot.glb robot.tv2\n"
+                "tv2 export --select Hips --start-frame 10 --end-frame 60 walk.bvh hips.tv2\n"
+                "tv2 export --dialog --take Dance robot.glb dance.tv2\n"
+                "tv2 export --dialog-script steps.txt robot.glb robot.tv2",
+    .remarks =
+        "A file counts as exported when it has been read back whole. Exit code: 0: every file was; 1: at "
+        "least "
+        "one was not, or was skipped as read-only, or the dialog was cancelled; 2: nothing was started.",
+    .json_help = "Print JSON: an object with one entry of \"files\" for each file",
+    .writes_files = true,
+    .make = Make<ExportVerb>,
+});
+
+} // namespace
+
+} // namespace tv2

@@ -4,6 +4,9 @@
 
 #include <filesystem>
 
+namespace tv2
+{
+
 namespace
 {
 
@@ -37,3 +40,5 @@ std::unique_ptr<mobu_host::Plugin> LoadExporter(const std::string& path, std::st
     }
     return plugin;
 }
+
+} // namespace tv2

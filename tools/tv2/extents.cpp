@@ -4,6 +4,9 @@
 #include <cmath>
 #include <vector>
 
+namespace tv2
+{
+
 using namespace TEV2_LOADER;
 
 namespace
@@ -97,3 +100,5 @@ Extents MeasureExtents(TEV2& scene, std::size_t most_evaluations)
     }
     return extents;
 }
+
+} // namespace tv2

@@ -6,6 +6,9 @@
 #include <cstddef>
 #include <limits>
 
+namespace tv2
+{
+
 /// The room that a skeleton takes: the bounding box of its nodes' origins over time.
 struct Extents
 {
@@ -19,3 +22,5 @@ struct Extents
 /// Evaluates the hierarchy at its key times (once, at the start, when there is none) and leaves it there. In
 /// a file of more than `most_evaluations` nodes times key times every n-th key time is taken, and the last.
 Extents MeasureExtents(TEV2_LOADER::TEV2& scene, std::size_t most_evaluations = 20'000'000);
+
+} // namespace tv2

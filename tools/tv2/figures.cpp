@@ -4,6 +4,9 @@
 #include <cmath>
 #include <map>
 
+namespace tv2
+{
+
 using namespace TEV2_LOADER;
 
 namespace
@@ -228,3 +231,5 @@ std::vector<Figure> PoseFigures(TEV2& scene, const std::string& view, std::size_
     figures.resize(still ? 1 : figures.size());
     return figures;
 }
+
+} // namespace tv2

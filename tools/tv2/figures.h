@@ -9,6 +9,9 @@
 #include <utility>
 #include <vector>
 
+namespace tv2
+{
+
 // What a file shows at one instant, on paper: x to the right, y up, both in metres.
 
 struct PaperPoint
@@ -70,3 +73,5 @@ struct Figure
 /// nothing that can be seen moves. `view` is "front", "side" or "top". What has no finite place is left out. Moves the
 /// scene in time.
 std::vector<Figure> PoseFigures(TEV2_LOADER::TEV2& scene, const std::string& view, std::size_t most);
+
+} // namespace tv2

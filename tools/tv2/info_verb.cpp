@@ -15,10 +15,18 @@
 #include <set>
 #include <sstream>
 
+namespace tv2
+{
+
 using namespace TEV2_LOADER;
 
 namespace
 {
+
+struct InfoOptions
+{
+    std::vector<std::string> files;
+};
 
 struct TrackTotal
 {
@@ -316,18 +324,18 @@ void RunInfo(const InfoOptions& options, VerbContext& context)
         std::string error;
         if (!ReadFile(path, file, error))
         {
-            context.Complain("info", error, kExitCouldNotRun);
+            context.Complain(error, kExitCouldNotRun);
             json["files"].push_back(JsonFailure(path, error));
             continue;
         }
         if (!file.loaded)
         {
-            context.Complain("info", WhyNotLoaded(file), kExitFindings);
+            context.Complain(WhyNotLoaded(file), kExitFindings);
             json["files"].push_back(JsonFailure(path, WhyNotLoaded(file)));
             continue;
         }
         const Summary summary = Summarise(file);
-        if (options.json)
+        if (context.json)
         {
             json["files"].push_back(ToJson(file, summary));
             continue;
@@ -336,8 +344,44 @@ void RunInfo(const InfoOptions& options, VerbContext& context)
         first = false;
         Screen(context.out, file, summary).Print();
     }
-    if (options.json)
+    if (context.json)
     {
         context.out << JsonText(json) << '\n';
     }
 }
+
+namespace
+{
+
+class InfoVerb : public Verb
+{
+public:
+    std::vector<OptionRow> Options() override
+    {
+        return {
+            {.name = "FILE",
+             .value = &options_.files,
+             .help = "The .tv2 files; - is standard input",
+             .required = true},
+        };
+    }
+
+    void Run(VerbContext& context) override { RunInfo(options_, context); }
+
+private:
+    InfoOptions options_;
+};
+
+const VerbRegistration kInfoVerb({
+    .name = "info",
+    .place = 4,
+    .help = "What is in a file, on one screen",
+    .examples = "tv2 info walk.tv2\n"
+                "tv2 info --json takes/*.tv2 | jq '.files[].nodes'",
+    .json_help = "Print JSON: an object with one entry of \"files\" for each file",
+    .make = Make<InfoVerb>,
+});
+
+} // namespace
+
+} // namespace tv2

@@ -9,6 +9,9 @@
 #include <utility>
 #include <vector>
 
+namespace tv2
+{
+
 /// JSON whose numbers are single precision: they print as the shortest decimal that reads back to the same
 /// bits. Members keep their order.
 using Json = nlohmann::basic_json<nlohmann::ordered_map, std::vector, std::string, bool, std::int64_t,
@@ -59,3 +62,5 @@ inline Json JsonFloat(float value)
 {
     return std::isfinite(value) ? Json(value) : Json(FloatText(value));
 }
+
+} // namespace tv2

@@ -11,6 +11,9 @@
 #include <limits>
 #include <map>
 
+namespace tv2
+{
+
 using namespace TEV2_LOADER;
 
 namespace
@@ -483,3 +486,5 @@ std::vector<Finding> Examine(const LoadedFile& file)
                      [](const Finding& left, const Finding& right) { return left.offset < right.offset; });
     return findings;
 }
+
+} // namespace tv2

@@ -8,6 +8,9 @@
 #include <string>
 #include <vector>
 
+namespace tv2
+{
+
 /// Something that `tv2 check` has to say about a file.
 struct Finding
 {
@@ -23,3 +26,5 @@ struct Finding
 
 /// What the loader reported, and for a file that was loaded what looks wrong in it, by offset.
 std::vector<Finding> Examine(const LoadedFile& file);
+
+} // namespace tv2

@@ -6,6 +6,9 @@
 
 #include <algorithm>
 
+namespace tv2
+{
+
 using namespace TEV2_LOADER;
 
 bool ReadFile(const std::string& path, LoadedFile& file, std::string& error)
@@ -73,3 +76,5 @@ std::string WhyNotLoaded(const LoadedFile& file)
     }
     return text;
 }
+
+} // namespace tv2

@@ -8,6 +8,9 @@
 #include <string>
 #include <vector>
 
+namespace tv2
+{
+
 /// A file as read and, where it could be, loaded.
 struct LoadedFile
 {
@@ -33,3 +36,5 @@ std::optional<TEV2_LOADER::TEV2_ARRAY_LENGTH_HELPER> AnnouncedLengths(const Load
 
 /// Why `file` was not loaded, on one line, with its path.
 std::string WhyNotLoaded(const LoadedFile& file);
+
+} // namespace tv2

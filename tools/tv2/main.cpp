@@ -1,4 +1,4 @@
-// The command `tv2`: everything that can be done with .tv2 files from a shell. One file a verb.
+// The command `tv2`: everything that can be done with .tv2 files from a shell. One file per verb.
 
 #include "tools/tv2/command_line.h"
 #include "tools/tv2/system.h"
@@ -9,10 +9,10 @@
 
 int main(int argc, char** argv)
 {
-    ReportFileSizeLimit();
+    tv2::ReportFileSizeLimit();
     try
     {
-        return RunCommandLine(argc, argv);
+        return tv2::RunCommandLine(argc, argv);
     }
     catch (const std::exception& error)
     {
@@ -22,5 +22,5 @@ int main(int argc, char** argv)
     {
         std::fputs("tv2: unknown failure\n", stderr);
     }
-    return kExitCouldNotRun;
+    return tv2::kExitCouldNotRun;
 }

@@ -10,8 +10,16 @@
 #include <memory>
 #include <string>
 
+namespace tv2
+{
+
 namespace
 {
+
+struct MenuVerbOptions
+{
+    std::string plugin;
+};
 
 const char* PlaceOf(FBMenuItem& item)
 {
@@ -39,7 +47,7 @@ void RunMenu(const MenuVerbOptions& options, VerbContext& context)
     const std::unique_ptr<mobu_host::Plugin> plugin = LoadExporter(options.plugin, error);
     if (!plugin)
     {
-        context.Complain("menu", error, kExitCouldNotRun);
+        context.Complain(error, kExitCouldNotRun);
         json["error"] = error;
     }
     json["entries"] = nlohmann::ordered_json::array();
@@ -50,7 +58,7 @@ void RunMenu(const MenuVerbOptions& options, VerbContext& context)
                                    {"menu", PlaceOf(*item)},
                                    {"extension", TextOf(item->Extension)}});
     }
-    if (options.json)
+    if (context.json)
     {
         context.out << JsonText(json) << '\n';
         return;
@@ -62,3 +70,36 @@ void RunMenu(const MenuVerbOptions& options, VerbContext& context)
                     << "), files: " << text("extension") << '\n';
     }
 }
+
+namespace
+{
+
+class MenuVerb : public Verb
+{
+public:
+    std::vector<OptionRow> Options() override
+    {
+        return {
+            ExporterOption(options_.plugin),
+        };
+    }
+
+    void Run(VerbContext& context) override { RunMenu(options_, context); }
+
+private:
+    MenuVerbOptions options_;
+};
+
+const VerbRegistration kMenuVerb({
+    .name = "menu",
+    .place = 3,
+    .help = "What the exporter adds to MotionBuilder's file menu",
+    .examples = "tv2 menu\n"
+                "tv2 menu --json | jq -r '.entries[].extension'",
+    .remarks = "An entry is used with tv2 export --dialog.",
+    .make = Make<MenuVerb>,
+});
+
+} // namespace
+
+} // namespace tv2

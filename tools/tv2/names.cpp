@@ -2,6 +2,9 @@
 
 #include <iterator>
 
+namespace tv2
+{
+
 namespace
 {
 
@@ -74,3 +77,5 @@ std::string TrackTitle(std::uint32_t kind)
 {
     return kind < std::size(kTracks) ? kTracks[kind].title : "unknown kind " + std::to_string(kind);
 }
+
+} // namespace tv2

@@ -3,6 +3,9 @@
 #include <cstdint>
 #include <string>
 
+namespace tv2
+{
+
 /// Greatest chunk id that the format knows.
 inline constexpr std::uint32_t kLastChunkId = 23;
 
@@ -19,3 +22,5 @@ std::string TrackClassName(std::uint32_t kind);
 
 /// What a track kind holds in a word or two, "3-vector".
 std::string TrackTitle(std::uint32_t kind);
+
+} // namespace tv2

@@ -4,6 +4,9 @@
 
 #include <limits>
 
+namespace tv2
+{
+
 void PrintNotes(std::ostream& out, const std::vector<std::string>& notes, std::size_t columns)
 {
     const std::size_t width = columns > 0 ? columns : std::numeric_limits<std::size_t>::max();
@@ -13,3 +16,5 @@ void PrintNotes(std::ostream& out, const std::vector<std::string>& notes, std::s
         out << Wrapped(std::string(kHead) + Printable(note), width, kHead.size()) << '\n';
     }
 }
+
+} // namespace tv2

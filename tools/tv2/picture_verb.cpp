@@ -14,13 +14,24 @@
 #include <cstring>
 #include <filesystem>
 
+namespace tv2
+{
+
 namespace
 {
 
+struct PictureOptions
+{
+    std::string file;
+    std::string output;
+    std::size_t figures = 7;
+    std::string view = "front";
+};
+
 void Refuse(const PictureOptions& options, const std::string& why, ExitCode code, VerbContext& context)
 {
-    context.Complain("picture", why, code);
-    if (options.json)
+    context.Complain(why, code);
+    if (context.json)
         context.out << JsonText(JsonFailure(options.file, why)) << '\n';
 }
 
@@ -36,7 +47,7 @@ void RunPicture(const PictureOptions& options, VerbContext& context)
 {
     SurviveClosedPipes();
     const bool to_output = options.output == "-";
-    if (to_output && options.json)
+    if (to_output && context.json)
         return Refuse(options, "the drawing and JSON cannot both go to standard output", kExitCouldNotRun,
                       context);
     if (!to_output && !options.output.ends_with(".svg"))
@@ -66,7 +77,7 @@ void RunPicture(const PictureOptions& options, VerbContext& context)
     if (const int failure = TEV2_LOADER::WriteWholeFile(options.output, drawing.svg); failure != 0)
         return Refuse(options, options.output + ": cannot be written: " + std::strerror(failure),
                       kExitCouldNotRun, context);
-    if (options.json)
+    if (context.json)
     {
         const Json json = {{"file", options.file}, {"output", options.output}, {"figures", figures.size()}};
         context.out << JsonText(json) << '\n';
@@ -80,3 +91,54 @@ void RunPicture(const PictureOptions& options, VerbContext& context)
                     << " too far from the skeleton to be in the picture\n";
     }
 }
+
+namespace
+{
+
+class PictureVerb : public Verb
+{
+public:
+    std::vector<OptionRow> Options() override
+    {
+        return {
+            {.name = "FILE",
+             .value = &options_.file,
+             .help = "The .tv2 file; - is standard input",
+             .required = true},
+            {.name = "OUTPUT.svg",
+             .value = &options_.output,
+             .help = "The drawing, ending in .svg; - is standard output",
+             .required = true},
+            {.name = "--figures",
+             .value = &options_.figures,
+             .help = "How many instants, spread over the time range (one where nothing moves)",
+             .show_default = true,
+             .range = {{1, 50}}},
+            {.name = "--view",
+             .value = &options_.view,
+             .help = "From where to look",
+             .show_default = true,
+             .one_of = {"front", "side", "top"}},
+        };
+    }
+
+    void Run(VerbContext& context) override { RunPicture(options_, context); }
+
+private:
+    PictureOptions options_;
+};
+
+const VerbRegistration kPictureVerb({
+    .name = "picture",
+    .place = 7,
+    .help = "Skeletons, cameras and other models at several instants, as an SVG drawing",
+    .examples = "tv2 picture walk.tv2 walk.svg\n"
+                "tv2 picture --view side --figures 12 walk.tv2 walk.svg",
+    .json_help = "Print JSON: the file, the drawing and its number of figures",
+    .writes_files = true,
+    .make = Make<PictureVerb>,
+});
+
+} // namespace
+
+} // namespace tv2

@@ -6,6 +6,9 @@
 
 #include <algorithm>
 
+namespace tv2
+{
+
 namespace
 {
 
@@ -124,3 +127,5 @@ void ExportWatch::EndFile()
     done_ += plan_.files[file_].instants.size();
     file_ = kNoFile;
 }
+
+} // namespace tv2

@@ -15,6 +15,9 @@ namespace mobu_host
 class SceneObserver;
 }
 
+namespace tv2
+{
+
 /// Watches the player of the host while an export runs: how long each take needs, and, where there is a terminal, a
 /// line that shows how far it is.
 class ExportWatch
@@ -56,3 +59,5 @@ private:
     Clock::time_point last_drawn_;
     std::unique_ptr<mobu_host::SceneObserver> observer_;
 };
+
+} // namespace tv2

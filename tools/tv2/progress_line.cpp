@@ -8,6 +8,9 @@
 #include <cstdio>
 #include <string_view>
 
+namespace tv2
+{
+
 namespace
 {
 
@@ -66,3 +69,5 @@ std::string ProgressLine(const ProgressText& text, std::size_t columns)
     }
     return line;
 }
+
+} // namespace tv2

@@ -4,6 +4,9 @@
 #include <optional>
 #include <string>
 
+namespace tv2
+{
+
 /// How far an export is.
 struct ProgressText
 {
@@ -18,3 +21,5 @@ struct ProgressText
 /// `Dance (3/14)  60 % [######....]  1.20 of 2.00 s  ETA 4 s`, in at most `columns` columns: what has no place is left
 /// out from the end, the name of the take is cut last.
 std::string ProgressLine(const ProgressText& text, std::size_t columns);
+
+} // namespace tv2

@@ -16,8 +16,17 @@
 #include <string>
 #include <vector>
 
+namespace tv2
+{
+
 namespace
 {
+
+struct SceneVerbOptions
+{
+    std::string scene;
+    double scene_rate = 0.0; ///< frames a second; 0: the scene's own
+};
 
 using SceneJson = nlohmann::ordered_json;
 
@@ -308,18 +317,52 @@ void RunScene(const SceneVerbOptions& options, VerbContext& context)
     const mobu_host::SceneImportResult result = mobu_host::ImportScene(options.scene, import);
     if (!result.ok)
     {
-        context.Complain("scene", result.error, kExitCouldNotRun);
-        if (options.json)
+        context.Complain(result.error, kExitCouldNotRun);
+        if (context.json)
         {
             PrintJson(context.out, {{"file", options.scene}, {"error", result.error}});
         }
         return;
     }
     const SceneJson scene = DescribeScene(options.scene, result.notes);
-    if (options.json)
+    if (context.json)
     {
         PrintJson(context.out, scene);
         return;
     }
     PrintScene(context.out, scene);
 }
+
+namespace
+{
+
+class SceneVerb : public Verb
+{
+public:
+    std::vector<OptionRow> Options() override
+    {
+        return {
+            SceneFileOption(options_.scene),
+            SceneRateOption(options_.scene_rate),
+        };
+    }
+
+    void Run(VerbContext& context) override { RunScene(options_, context); }
+
+private:
+    SceneVerbOptions options_;
+};
+
+const VerbRegistration kSceneVerb({
+    .name = "scene",
+    .place = 2,
+    .help = "What is in a scene file (FBX, BVH, glTF, Collada)",
+    .examples = "tv2 scene walk.bvh\n"
+                "tv2 scene --json robot.glb | jq '.takes[].name'",
+    .json_help = "Print JSON; positions are those of the first frame, in centimetres",
+    .make = Make<SceneVerb>,
+});
+
+} // namespace
+
+} // namespace tv2

@@ -5,6 +5,9 @@
 #include <memory>
 #include <vector>
 
+namespace tv2
+{
+
 using namespace TEV2_LOADER;
 
 namespace
@@ -257,3 +260,5 @@ void WalkScene(const TEV2& scene, const TEV2_LOAD_REPORT& report, SceneVisitor& 
 {
     Walker(report, visitor).Walk(scene);
 }
+
+} // namespace tv2

@@ -6,6 +6,9 @@
 #include <cstdint>
 #include <string>
 
+namespace tv2
+{
+
 /// Where a record stands in the file that a scene was loaded from.
 struct RecordPlace
 {
@@ -33,3 +36,5 @@ public:
 /// Walks a scene that was loaded whole; the report of that load tells where the chunks are.
 void WalkScene(const TEV2_LOADER::TEV2& scene, const TEV2_LOADER::TEV2_LOAD_REPORT& report,
                SceneVisitor& visitor);
+
+} // namespace tv2

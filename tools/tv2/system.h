@@ -7,6 +7,9 @@
 #include <string>
 #include <vector>
 
+namespace tv2
+{
+
 // What the command asks of the operating system itself; one source file for each system implements it. Paths are
 // bytes as the system takes them, errors are errno values.
 
@@ -53,3 +56,5 @@ std::string WhyNotWritable(const std::string& path, std::uint64_t bytes);
 
 /// Lets a write beyond the limit for file sizes fail with an error instead of ending the program.
 void ReportFileSizeLimit();
+
+} // namespace tv2

@@ -11,6 +11,9 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+namespace tv2
+{
+
 namespace
 {
 
@@ -140,3 +143,5 @@ void ReportFileSizeLimit()
 {
     std::signal(SIGXFSZ, SIG_IGN);
 }
+
+} // namespace tv2

@@ -11,6 +11,9 @@
 #include <filesystem>
 #include <io.h>
 
+namespace tv2
+{
+
 using tev2_exporter::ErrnoOfLastError;
 
 std::string ModuleFileName(const std::string& name)
@@ -97,3 +100,5 @@ std::string WhyNotWritable(const std::string& path, std::uint64_t bytes)
 }
 
 void ReportFileSizeLimit() {} // there is none
+
+} // namespace tv2

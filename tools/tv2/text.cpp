@@ -7,6 +7,9 @@
 #include <cmath>
 #include <cstdio>
 
+namespace tv2
+{
+
 namespace
 {
 
@@ -131,3 +134,5 @@ std::string HexText(std::uint64_t value, int digits)
     std::snprintf(buffer.data(), buffer.size(), "0x%0*llx", digits, static_cast<unsigned long long>(value));
     return buffer.data();
 }
+
+} // namespace tv2

@@ -9,6 +9,9 @@
 #include <string>
 #include <string_view>
 
+namespace tv2
+{
+
 using TEV2_LOADER::ReadableText;
 
 /// True when the UTF-16 form of ReadableText(units) is `units` again, so that the text alone tells the units.
@@ -46,3 +49,5 @@ std::string ShortNumber(double value);
 
 /// "0x0000002c"
 std::string HexText(std::uint64_t value, int digits = 8);
+
+} // namespace tv2

@@ -7,6 +7,9 @@
 #include <tuple>
 #include <type_traits>
 
+namespace tv2
+{
+
 using namespace TEV2_LOADER;
 
 namespace
@@ -112,3 +115,5 @@ std::uint64_t TrackView::ValueOffset(std::size_t key) const
 {
     return TimeOffset(TimeCount()) + 4 + 4 * std::uint64_t{width_} * key;
 }
+
+} // namespace tv2

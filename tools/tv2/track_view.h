@@ -6,6 +6,9 @@
 #include <cstddef>
 #include <cstdint>
 
+namespace tv2
+{
+
 /// Reads the keys of any track, whatever its kind, without knowing its class.
 class TrackView
 {
@@ -39,3 +42,5 @@ private:
     std::size_t width_ = 0;
     std::size_t value_count_ = 0;
 };
+
+} // namespace tv2

@@ -1,107 +1,84 @@
 #pragma once
 
-#include "tools/tv2/export_request.h"
-#include "tools/tv2/text.h"
+#include "tools/tv2/option_row.h"
 
-#include <cstddef>
-#include <limits>
+#include <memory>
 #include <ostream>
+#include <set>
 #include <string>
 #include <string_view>
 #include <vector>
 
+namespace tv2
+{
+
 /// How the command ends. Scripts rely on these numbers.
 enum ExitCode : int
 {
-    kExitDone = 0,       ///< done, nothing to complain about
-    kExitFindings = 1,   ///< ran, but found something wrong or did not get everything done
-    kExitCouldNotRun = 2 ///< bad usage, or a file that cannot be read or written
+    kExitDone = 0,       ///< success
+    kExitFindings = 1,   ///< finished, but with problems
+    kExitCouldNotRun = 2 ///< could not start: bad usage, or a file that cannot be read or written
 };
 
 /// What a verb works with: it writes to `out` and `err` and reports how it went.
 struct VerbContext
 {
+    std::string_view verb; ///< its name
     std::ostream& out;
     std::ostream& err;
+    bool json = false; ///< --json: `out` takes one JSON object and nothing else
     int exit_code = kExitDone;
 
-    /// Tells what went wrong, in a line on its own.
-    void Complain(std::string_view command, std::string_view what, ExitCode code)
-    {
-        err << "tv2 " << command << ": " << Printable(what) << '\n';
-        Report(code);
-    }
+    /// Reports a problem, on a line of its own.
+    void Complain(std::string_view what, ExitCode code);
 
     /// The worst report of a run decides the exit code.
-    void Report(ExitCode code)
-    {
-        if (code > exit_code)
-        {
-            exit_code = code;
-        }
-    }
+    void Report(ExitCode code);
 };
 
-// The verbs, one file each. Their options come checked: what the command line allows, no more.
-
-struct ExportVerbOptions
+/// One run of a verb.
+class Verb
 {
-    ExportRequest request;
-    std::string plugin;
-    bool dialog = false;
-    std::string dialog_script; ///< empty: the window
-    std::string settings; ///< of the dialog: "stored", "none" or empty, which is stored for the window alone
-    std::string refusal;  ///< why the options do not go together; empty when they do
-    bool quiet = false;
-    bool json = false;
-};
-void RunExport(const ExportVerbOptions& options, VerbContext& context);
+public:
+    virtual ~Verb() = default;
 
-struct SceneVerbOptions
-{
-    std::string scene;
-    double scene_rate = 0.0; ///< frames a second; 0: the scene's own
-    bool json = false;
-};
-void RunScene(const SceneVerbOptions& options, VerbContext& context);
+    /// The options, in the order of the help. Their values are set before Run.
+    virtual std::vector<OptionRow> Options() = 0;
 
-struct MenuVerbOptions
-{
-    std::string plugin;
-    bool json = false;
-};
-void RunMenu(const MenuVerbOptions& options, VerbContext& context);
+    /// Why the options do not go together; empty when they do. `given` has the names that were on the command line.
+    virtual std::string Refusal(const std::set<std::string>& given) const;
 
-struct InfoOptions
-{
-    std::vector<std::string> files;
-    bool json = false;
+    virtual void Run(VerbContext& context) = 0;
 };
-void RunInfo(const InfoOptions& options, VerbContext& context);
 
-struct DumpOptions
+/// What the command knows of a verb before one is asked for.
+struct VerbRow
 {
-    std::string file;
-    std::size_t keys = std::numeric_limits<std::size_t>::max();
-    bool json = false;
+    std::string_view name;
+    int place = 0; ///< in the help's list of verbs
+    std::string_view help;
+    std::string_view examples;     ///< one a line
+    std::string_view remarks = {}; ///< below the examples
+    std::string_view json_help = "Print JSON";
+    bool writes_files = false; ///< which are whole even where the text about them cannot be printed
+    std::unique_ptr<Verb> (*make)() = nullptr;
 };
-void RunDump(const DumpOptions& options, VerbContext& context);
 
-struct CheckOptions
+/// Makes a verb known; a static object in the verb's file does it.
+class VerbRegistration
 {
-    std::vector<std::string> files;
-    bool codes = false;
-    bool all = false;
-    bool json = false;
+public:
+    explicit VerbRegistration(const VerbRow& row);
 };
-void RunCheck(const CheckOptions& options, VerbContext& context);
 
-struct PictureOptions
+/// All verbs, in the order of the help.
+std::vector<VerbRow> Verbs();
+
+/// For VerbRow::make.
+template <typename Made>
+std::unique_ptr<Verb> Make()
 {
-    std::string file;
-    std::string output;
-    std::size_t figures = 7;
-    std::string view = "front";
-    bool json = false;
-};
-void RunPicture(const PictureOptions& options, VerbContext& context);
+    return std::make_unique<Made>();
+}
+
+} // namespace tv2

@@ -1,0 +1,46 @@
+#pragma once
+
+#include <cstddef>
+#include <functional>
+#include <optional>
+#include <string>
+#include <utility>
+#include <variant>
+#include <vector>
+
+namespace tv2
+{
+
+/// Takes the text of an option; returns why the text is refused, or an empty text.
+using TakeText = std::function<std::string(const std::string& text)>;
+
+/// One option or argument of a verb: how it is written, and where its value goes.
+struct OptionRow
+{
+    /// "FILE" (an argument), "--flag", "--[no-]flag" (a flag that can be given either way)
+    std::string name;
+
+    std::variant<bool*, std::string*, std::vector<std::string>*, std::optional<int>*, std::size_t*, TakeText>
+        value;
+    std::string help;
+    bool required = false;
+    bool show_default = false;
+    const char* excludes = nullptr;                ///< an option above this one, or "--json"
+    TakeText check = nullptr;                      ///< called with the text before the value is set
+    std::vector<std::string> one_of = {};          ///< the texts that are allowed; empty: any
+    std::optional<std::pair<int, int>> range = {}; ///< the numbers that are allowed
+};
+
+/// A check: an option that is given needs a value.
+std::string NotEmpty(const std::string& text);
+
+/// "--plugin", the exporter's module.
+OptionRow ExporterOption(std::string& path);
+
+/// "SCENE", a file that the host imports.
+OptionRow SceneFileOption(std::string& path);
+
+/// "--scene-rate", for formats that state no rate.
+OptionRow SceneRateOption(double& rate);
+
+} // namespace tv2

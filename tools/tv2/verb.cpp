@@ -1,0 +1,50 @@
+#include "tools/tv2/verb.h"
+
+#include "tools/tv2/text.h"
+
+#include <algorithm>
+
+namespace tv2
+{
+
+namespace
+{
+
+/// In a function, so that it exists before the first registration.
+std::vector<VerbRow>& Registered()
+{
+    static std::vector<VerbRow> rows;
+    return rows;
+}
+
+} // namespace
+
+void VerbContext::Complain(std::string_view what, ExitCode code)
+{
+    err << "tv2 " << verb << ": " << Printable(what) << '\n';
+    Report(code);
+}
+
+void VerbContext::Report(ExitCode code)
+{
+    exit_code = std::max<int>(exit_code, code);
+}
+
+std::string Verb::Refusal(const std::set<std::string>&) const
+{
+    return {};
+}
+
+VerbRegistration::VerbRegistration(const VerbRow& row)
+{
+    Registered().push_back(row);
+}
+
+std::vector<VerbRow> Verbs()
+{
+    std::vector<VerbRow> rows = Registered();
+    std::sort(rows.begin(), rows.end(), [](const VerbRow& a, const VerbRow& b) { return a.place < b.place; });
+    return rows;
+}
+
+} // namespace tv2
