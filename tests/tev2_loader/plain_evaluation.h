@@ -10,7 +10,7 @@
 // evaluation must agree with to the last bit. Times ascend; between equal ones the fraction is 0. A cursor beyond the
 // keys is at the last one.
 
-namespace tev2_tests::plain
+namespace tv2_tests::plain
 {
 
 using namespace TEV2_LOADER;
@@ -164,4 +164,4 @@ inline TEV2_MATRIX_3X4 Product(const TEV2_MATRIX_3X4& left, const TEV2_MATRIX_3X
     return product;
 }
 
-} // namespace tev2_tests::plain
+} // namespace tv2_tests::plain

@@ -1,4 +1,4 @@
-#include "tests/tev2_loader/scene_samples.h"
+#include "tests/support/sample_scenes.h"
 
 #ifndef _WIN32
 #include <csignal>
@@ -6,7 +6,7 @@
 #endif
 
 using namespace TEV2_LOADER;
-using namespace tev2_tests;
+using namespace tv2_tests;
 
 namespace
 {
@@ -140,26 +140,28 @@ TEST(Save, AFileComesBackAndIsWrittenTheSame)
 
 TEST(Save, ReplacesAnEarlierFile)
 {
-    const std::string path = TemporaryPath("twice");
+    const ScratchFolder folder;
+    const std::string path = folder.Path("twice");
     for (int save = 0; save < 2; ++save)
     {
         TEV2_FILE_WRITER writer(TEV2_WIDE_STRING::FromBytes(path), false, true);
         TEV2 scene;
         EXPECT_TRUE(scene.Save(writer));
     }
-    EXPECT_EQ(FileBytes(path), SceneImage(TEV2()));
+    EXPECT_EQ(ReadBytes(path), SceneImage(TEV2()));
 }
 
 TEST(Save, IsFalseWhereTheFileCannotLoad)
 {
-    const std::string path = TemporaryPath("more");
+    const ScratchFolder folder;
+    const std::string path = folder.Path("more");
     const TEV2 scene;
     {
         TEV2_FILE_WRITER writer(TEV2_WIDE_STRING::FromBytes(path), false, true);
         EXPECT_TRUE(scene.Save(writer));
         EXPECT_FALSE(scene.Save(writer));
     }
-    EXPECT_FALSE(Loads(FileBytes(path)));
+    EXPECT_FALSE(Loads(ReadBytes(path)));
     for (const bool is_new : {false, true})
     {
         if (is_new)
@@ -167,22 +169,23 @@ TEST(Save, IsFalseWhereTheFileCannotLoad)
         TEV2_FILE_WRITER writer(TEV2_WIDE_STRING::FromBytes(path), true, true);
         EXPECT_FALSE(scene.Save(writer));
         EXPECT_TRUE(writer.stream->Close());
-        EXPECT_FALSE(Loads(FileBytes(path)));
+        EXPECT_FALSE(Loads(ReadBytes(path)));
     }
 }
 
 TEST(Save, WithoutAFileReportsFailure)
 {
+    const ScratchFolder folder;
     TEV2 scene;
-    TEV2_FILE_WRITER writer(TEV2_WIDE_STRING::FromBytes(TemporaryPath("no") + "/such/folder.tv2"), false,
-                            true);
+    TEV2_FILE_WRITER writer(TEV2_WIDE_STRING::FromBytes(folder.Path("no") + "/such/folder.tv2"), false, true);
     EXPECT_FALSE(scene.Save(writer));
     EXPECT_NE(writer.stream->lastError, 0);
 }
 
 TEST(Save, AFileThatMetAnErrorDoesNotLoad)
 {
-    const std::string path = TemporaryPath("latched");
+    const ScratchFolder folder;
+    const std::string path = folder.Path("latched");
     {
         TEV2 scene;
         TEV2_FILE_WRITER writer(TEV2_WIDE_STRING::FromBytes(path), false, true);
@@ -190,11 +193,11 @@ TEST(Save, AFileThatMetAnErrorDoesNotLoad)
         EXPECT_TRUE(scene.Save(writer));
         EXPECT_EQ(writer.stream->lastError, 5);
     }
-    std::vector<std::uint8_t> image = FileBytes(path);
+    std::vector<std::uint8_t> image = ReadBytes(path);
     EXPECT_EQ(image.size(), 204u);
     EXPECT_FALSE(Loads(image));
     std::fill_n(image.begin(), 4, std::uint8_t{0});
-    EXPECT_EQ(image, FileBytes(path));
+    EXPECT_EQ(image, ReadBytes(path));
 }
 
 #ifndef _WIN32
@@ -224,10 +227,11 @@ private:
 
 TEST(Save, ADiskThatRunsFullLeavesNoFileThatLoads)
 {
+    const ScratchFolder folder;
     TEV2 scene;
     FillWithEverything(scene);
     const std::size_t whole = SceneImage(scene).size();
-    const std::string path = TemporaryPath("full");
+    const std::string path = folder.Path("full");
     for (std::size_t room = 8; room < whole; room += 97)
     {
         {
@@ -237,7 +241,7 @@ TEST(Save, ADiskThatRunsFullLeavesNoFileThatLoads)
             EXPECT_NE(writer.stream->lastError, 0) << room;
             writer.stream->Close();
         }
-        EXPECT_FALSE(Loads(FileBytes(path))) << room;
+        EXPECT_FALSE(Loads(ReadBytes(path))) << room;
     }
 }
 

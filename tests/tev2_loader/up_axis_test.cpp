@@ -1,13 +1,13 @@
 #include "tev2_loader/up_axis.h"
 
-#include "tests/tev2_loader/scene_samples.h"
+#include "tests/support/sample_scenes.h"
 
 #include <functional>
 
 // Which way is up, of scenes as the exporter makes them and of others.
 
 using namespace TEV2_LOADER;
-using namespace tev2_tests;
+using namespace tv2_tests;
 
 namespace
 {

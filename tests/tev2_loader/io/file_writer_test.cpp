@@ -1,11 +1,11 @@
-#include "tests/tev2_loader/bytes.h"
+#include "tests/support/records.h"
 
 #include "tev2_loader/io/file_writer.h"
 
 #include <cerrno>
 
 using namespace TEV2_LOADER;
-using namespace tev2_tests;
+using namespace tv2_tests;
 
 namespace
 {
@@ -17,7 +17,8 @@ TEV2_WIDE_STRING Name(const std::string& path)
 
 TEST(FileWriter, FramesChunksAndGuardsWhatLiesOutside)
 {
-    const std::string path = TemporaryPath("chunks");
+    const ScratchFolder folder;
+    const std::string path = folder.Path("chunks");
     {
         TEV2_FILE_WRITER writer(Name(path), false, true);
         EXPECT_FALSE(writer.EndChunk());
@@ -40,35 +41,38 @@ TEST(FileWriter, FramesChunksAndGuardsWhatLiesOutside)
         EXPECT_EQ(writer.stream->lastError, 0);
     }
     EXPECT_EQ(
-        FileBytes(path),
+        ReadBytes(path),
         Bytes().U32({8, 99}).U32({19, 7}).U8({'a', 'b', 'c', 0, 0, 0x80, 0x3F, 0xFE, 0xFF, 0xFF, 0xFF}).data);
 }
 
 TEST(FileWriter, ReplacesOrAppends)
 {
-    const std::string path = TemporaryPath("append");
+    const ScratchFolder folder;
+    const std::string path = folder.Path("append");
     for (const bool append : {false, false, true})
     {
         TEV2_FILE_WRITER writer(Name(path), append, false);
         writer.Write("ab", 2);
     }
-    EXPECT_EQ(FileBytes(path), Bytes().U8({'a', 'b', 'a', 'b'}).data);
+    EXPECT_EQ(ReadBytes(path), Bytes().U8({'a', 'b', 'a', 'b'}).data);
 }
 
 TEST(FileWriter, LeavesTheSizeOfAnOpenChunkEmpty)
 {
-    const std::string path = TemporaryPath("open");
+    const ScratchFolder folder;
+    const std::string path = folder.Path("open");
     {
         TEV2_FILE_WRITER writer(Name(path), false, true);
         writer.BeginChunk();
         writer.WriteU32(7);
     }
-    EXPECT_EQ(FileBytes(path), Bytes().U32({0, 7}).data);
+    EXPECT_EQ(ReadBytes(path), Bytes().U32({0, 7}).data);
 }
 
 TEST(FileWriter, FallsShortWhenTheFileCannotBeOpened)
 {
-    TEV2_FILE_WRITER writer(Name(TemporaryPath("no") + "/such/folder.tv2"), false, true);
+    const ScratchFolder folder;
+    TEV2_FILE_WRITER writer(Name(folder.Path("no") + "/such/folder.tv2"), false, true);
     EXPECT_EQ(writer.stream->lastError, ENOENT);
     EXPECT_EQ(writer.stream->handle, nullptr);
     EXPECT_TRUE(writer.BeginChunk());
@@ -79,7 +83,8 @@ TEST(FileWriter, FallsShortWhenTheFileCannotBeOpened)
 
 TEST(FileStream, LatchesUntilItIsOpenedOrClosed)
 {
-    const std::string path = TemporaryPath("latch");
+    const ScratchFolder folder;
+    const std::string path = folder.Path("latch");
     TEV2_FILE_STREAM stream;
     EXPECT_EQ(stream.Write("a", 1), 0u);
     EXPECT_EQ(stream.lastError, EBADF);
@@ -98,7 +103,8 @@ TEST(FileStream, LatchesUntilItIsOpenedOrClosed)
 
 TEST(FileStream, SeeksFromTheEndForNegativePositions)
 {
-    const std::string path = TemporaryPath("seek");
+    const ScratchFolder folder;
+    const std::string path = folder.Path("seek");
     TEV2_FILE_STREAM stream;
     ASSERT_TRUE(stream.Open(path, "wb"));
     stream.Write("abcdef", 6);
@@ -110,13 +116,14 @@ TEST(FileStream, SeeksFromTheEndForNegativePositions)
     EXPECT_FALSE(stream.Seek(-100));
     EXPECT_EQ(stream.lastError, EINVAL);
     stream.Close();
-    EXPECT_EQ(FileBytes(path), Bytes().U8({'a', 'Y', 'c', 'd', 'X', 'f'}).data);
+    EXPECT_EQ(ReadBytes(path), Bytes().U8({'a', 'Y', 'c', 'd', 'X', 'f'}).data);
 }
 
 TEST(FileStream, ReportsPositionsBeyondTwoGigabytes)
 {
+    const ScratchFolder folder;
     TEV2_FILE_STREAM stream;
-    ASSERT_TRUE(stream.Open(TemporaryPath("large"), "wb"));
+    ASSERT_TRUE(stream.Open(folder.Path("large"), "wb"));
     ASSERT_EQ(std::fseek(stream.handle, 0x7FFFFFFF, SEEK_SET), 0);
     EXPECT_EQ(stream.Tell(), 0x7FFFFFFF);
     ASSERT_EQ(std::fseek(stream.handle, 1, SEEK_CUR), 0);
@@ -142,9 +149,10 @@ TEST(FileStream, LatchesAFullDisk)
 
 TEST(FileWriter, WritesNumbersOfEightBytes)
 {
+    const ScratchFolder folder;
     EXPECT_EQ(WrittenBy([](TEV2_FILE_WRITER& writer) { EXPECT_TRUE(writer.WriteU64(0x0102030405060708u)); }),
               Bytes().U8({8, 7, 6, 5, 4, 3, 2, 1}).data);
-    TEV2_FILE_WRITER guarded(Name(TemporaryPath("guarded")), false, true);
+    TEV2_FILE_WRITER guarded(Name(folder.Path("guarded")), false, true);
     EXPECT_FALSE(guarded.WriteU64(1));
 }
 

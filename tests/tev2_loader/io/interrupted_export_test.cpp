@@ -1,6 +1,6 @@
 // Processes that are killed while they save, and processes that save to one file at once.
 
-#include "tests/tev2_loader/io/scratch_folder.h"
+#include "tests/support/scratch_folder.h"
 
 #include "tev2_loader/io/scene_file.h"
 
@@ -10,7 +10,7 @@
 #include <unistd.h>
 
 using namespace TEV2_LOADER;
-using namespace tev2_tests;
+using namespace tv2_tests;
 
 namespace
 {
@@ -27,8 +27,8 @@ struct Scene : TEV2
 std::string FileOf(const TEV2& scene, const ScratchFolder& folder)
 {
     EXPECT_EQ(WriteSceneFile(scene, folder.Path("expected")), 0);
-    std::string content = folder.Content(folder.Path("expected"));
-    fs::remove(folder.Path("expected"));
+    std::string content = ReadText(folder.Path("expected"));
+    std::filesystem::remove(folder.Path("expected"));
     return content;
 }
 
@@ -80,7 +80,7 @@ TEST(InterruptedExport, LeavesTheOldFileOrTheNewAndAtMostItsPartFile)
         end = SaveAndKill(new_scene, path, stop);
         if (end == End::kNotTraced)
             GTEST_SKIP() << "processes cannot be traced here";
-        const std::string found = folder.Content(path);
+        const std::string found = ReadText(path);
         ASSERT_TRUE(found == new_file || (found == old_file && end == End::kKilled)) << stop;
         const std::size_t files = folder.Names().size();
         ASSERT_LE(files, 2u) << stop;
@@ -88,7 +88,7 @@ TEST(InterruptedExport, LeavesTheOldFileOrTheNewAndAtMostItsPartFile)
 
         ASSERT_EQ(WriteSceneFile(new_scene, path), 0) << stop;
         ASSERT_EQ(folder.Names(), std::vector<std::string>{"a.tv2"}) << stop;
-        ASSERT_EQ(folder.Content(path), new_file) << stop;
+        ASSERT_EQ(ReadText(path), new_file) << stop;
     }
     EXPECT_GT(abandoned, 20u) << "most moments are between creating and renaming";
 }
@@ -116,7 +116,7 @@ TEST(InterruptedExport, OfTwoAtOnceGivesOneOfTheTwo)
     int seen[2] = {};
     for (int running = 2; running > 0;)
     {
-        const std::string found = folder.Content(path);
+        const std::string found = ReadText(path);
         const int which = found == files[0] ? 0 : 1;
         ASSERT_EQ(found == files[which], true) << found.size() << " bytes";
         ++seen[which];

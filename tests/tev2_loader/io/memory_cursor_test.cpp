@@ -1,12 +1,13 @@
-#include "tests/tev2_loader/bytes.h"
+#include "tests/support/records.h"
 
 #include "tev2_loader/io/arrays.h"
+#include "tev2_loader/io/file_image.h"
 #include "tev2_loader/io/memory_cursor.h"
 
 #include <array>
 
 using namespace TEV2_LOADER;
-using namespace tev2_tests;
+using namespace tv2_tests;
 
 namespace
 {
@@ -140,13 +141,17 @@ TEST(LoadCode, NamesAreDistinct)
 
 TEST(FileImage, ReadsWholeFilesAndSaysWhyItCannot)
 {
-    const std::string path = TemporaryPath("image");
+    const ScratchFolder folder;
+    const std::string path = folder.Path("image");
     const std::vector<std::uint8_t> bytes(200001, 0x5A);
     {
         TEV2_FILE_WRITER writer(TEV2_WIDE_STRING::FromBytes(path), false, false);
         writer.WriteBlock(bytes.data(), bytes.size());
     }
-    EXPECT_EQ(FileBytes(path), bytes);
+    std::vector<std::uint8_t> whole;
+    std::string none;
+    EXPECT_TRUE(ReadFileImage(path, whole, none)) << none;
+    EXPECT_EQ(whole, bytes);
 
     std::vector<std::string> bad_paths = {path + ".missing", testing::TempDir()};
 #if !defined(_WIN32)

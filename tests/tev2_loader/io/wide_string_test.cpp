@@ -1,11 +1,11 @@
-#include "tests/tev2_loader/bytes.h"
+#include "tests/support/records.h"
 
 #include "tev2_loader/io/wide_string.h"
 
 #include <tuple>
 
 using namespace TEV2_LOADER;
-using namespace tev2_tests;
+using namespace tv2_tests;
 
 namespace
 {

@@ -1,10 +1,10 @@
-#include "tests/tev2_loader/scene_samples.h"
+#include "tests/support/sample_scenes.h"
 
 #include "tev2_loader/records/environment.h"
 #include "tev2_loader/records/inf.h"
 
 using namespace TEV2_LOADER;
-using namespace tev2_tests;
+using namespace tv2_tests;
 
 namespace
 {

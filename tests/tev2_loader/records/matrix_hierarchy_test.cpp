@@ -1,9 +1,9 @@
-#include "tests/tev2_loader/scene_samples.h"
+#include "tests/support/sample_scenes.h"
 
 #include "tev2_loader/records/matrix_hierarchy.h"
 
 using namespace TEV2_LOADER;
-using namespace tev2_tests;
+using namespace tv2_tests;
 
 namespace
 {
@@ -182,9 +182,10 @@ TEST(MatrixHierarchy, LinksNoParentOutsideItself)
 
 TEST(MatrixHierarchy, SaveWatchesNamesTracksAndParents)
 {
+    const ScratchFolder folder;
     TEV2_MATRIX_HIERARCHY hierarchy;
     hierarchy.nodes.resize(1);
-    TEV2_FILE_WRITER writer(TEV2_WIDE_STRING::FromBytes(TemporaryPath("guard")), false, true);
+    TEV2_FILE_WRITER writer(TEV2_WIDE_STRING::FromBytes(folder.Path("guard")), false, true);
     EXPECT_FALSE(hierarchy.Save(writer));
     EXPECT_FALSE(hierarchy.nodes[0].Save(writer));
 }

@@ -1,4 +1,4 @@
-#include "tests/tev2_loader/bytes.h"
+#include "tests/support/records.h"
 
 #include "tev2_loader/math/values.h"
 #include "tev2_loader/records/lit_object.h"
@@ -8,7 +8,7 @@
 #include <cmath>
 
 using namespace TEV2_LOADER;
-using namespace tev2_tests;
+using namespace tv2_tests;
 
 namespace
 {

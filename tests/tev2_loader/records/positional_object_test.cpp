@@ -1,9 +1,9 @@
-#include "tests/tev2_loader/scene_samples.h"
+#include "tests/support/sample_scenes.h"
 
 #include "tev2_loader/records/positional_object.h"
 
 using namespace TEV2_LOADER;
-using namespace tev2_tests;
+using namespace tv2_tests;
 
 namespace
 {

@@ -1,6 +1,6 @@
 #include "tests/support/allocation_watch.h"
 #include "tests/support/memory_file.h"
-#include "tests/tev2_loader/scene_samples.h"
+#include "tests/support/sample_scenes.h"
 
 #include <filesystem>
 #include <functional>
@@ -11,7 +11,7 @@
 // the objects may be used on.
 
 using namespace TEV2_LOADER;
-using namespace tev2_tests;
+using namespace tv2_tests;
 
 namespace
 {
@@ -145,7 +145,8 @@ TEST(AllocationFaults, NoneInAnEvaluation)
 /// A stream does without its large buffer; everything else that a writer needs is an exception when it is not there.
 TEST(AllocationFaults, OfAWriterLeaveAnExceptionOrAWriterThatWrites)
 {
-    const std::string path = TemporaryPath("written");
+    const ScratchFolder folder;
+    const std::string path = folder.Path("written");
     const TEV2_WIDE_STRING name = TEV2_WIDE_STRING::FromBytes(path);
     int without_buffer = 0;
     int thrown = 0;

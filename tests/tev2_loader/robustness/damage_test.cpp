@@ -1,6 +1,6 @@
 #include "tests/support/allocation_watch.h"
 #include "tests/support/memory_file.h"
-#include "tests/tev2_loader/scene_samples.h"
+#include "tests/support/sample_scenes.h"
 
 #include <cmath>
 #include <cstdlib>
@@ -12,7 +12,7 @@
 // the places, always the same; with TV2_SWEEP=all it tries every one.
 
 using namespace TEV2_LOADER;
-using namespace tev2_tests;
+using namespace tv2_tests;
 
 namespace
 {

@@ -1,12 +1,13 @@
 #include "tests/support/allocation_watch.h"
-#include "tests/tev2_loader/scene_samples.h"
+#include "tests/support/sample_scenes.h"
+#include "tev2_loader/io/file_image.h"
 
 #include <algorithm>
 
 // How much memory a file can ask for, and limits that the caller sets.
 
 using namespace TEV2_LOADER;
-using namespace tev2_tests;
+using namespace tv2_tests;
 
 namespace
 {
@@ -242,26 +243,29 @@ void FillWithMotion(TEV2& scene, std::size_t nodes, std::size_t keys)
 
 TEST(LoadMemory, OfAUsualFileAndItsSceneIsLittleMoreThanTwiceTheFile)
 {
+    const ScratchFolder folder;
     TEV2 scene;
     FillWithMotion(scene, 100, 300);
-    const std::string path = TemporaryPath("motion");
+    const std::string path = folder.Path("motion");
     TEV2_FILE_WRITER writer(TEV2_WIDE_STRING::FromBytes(path), false, false);
     ASSERT_TRUE(scene.Save(writer) && writer.stream->Close());
 
     const tv2_tests::AllocationPeak peak;
-    const std::vector<std::uint8_t> image = FileBytes(path);
+    std::vector<std::uint8_t> image;
+    std::string error;
+    ASSERT_TRUE(ReadFileImage(path, image, error)) << error;
     TEV2_LOAD_REPORT report;
     TEV2_MEMORY_CURSOR cursor(image.data(), image.size(), &report);
     TEV2 loaded;
     ASSERT_TRUE(loaded.Load(cursor, true));
     EXPECT_GT(image.size(), 1'000'000u);
     EXPECT_LE(static_cast<double>(peak.Bytes()), 2.2 * static_cast<double>(image.size()));
-    std::remove(path.c_str());
 }
 
 TEST(SaveMemory, DoesNotGrowWithTheScene)
 {
-    const std::string path = TemporaryPath("saved");
+    const ScratchFolder folder;
+    const std::string path = folder.Path("saved");
     constexpr std::size_t kBufferOfStream = std::size_t{1} << 18;
     for (const std::size_t nodes : {10u, 100u})
     {
@@ -273,7 +277,6 @@ TEST(SaveMemory, DoesNotGrowWithTheScene)
         EXPECT_GE(peak.Bytes(), kBufferOfStream);
         EXPECT_LE(peak.Bytes(), kBufferOfStream + 8192) << nodes; // the heap rounds to pages
     }
-    std::remove(path.c_str());
 }
 
 TEST(LoadLimits, OfBytesThatSufficeChangeNothing)

@@ -1,4 +1,4 @@
-#include "tests/tev2_loader/scene_samples.h"
+#include "tests/support/sample_scenes.h"
 
 #include <algorithm>
 #include <sys/mman.h>
@@ -6,7 +6,7 @@
 // Every code that a load can report is raised by a file that deserves it.
 
 using namespace TEV2_LOADER;
-using namespace tev2_tests;
+using namespace tv2_tests;
 
 namespace
 {

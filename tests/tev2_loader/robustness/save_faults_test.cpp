@@ -1,5 +1,5 @@
 #include "tests/support/memory_file.h"
-#include "tests/tev2_loader/scene_samples.h"
+#include "tests/support/sample_scenes.h"
 
 #include <cerrno>
 
@@ -7,7 +7,7 @@
 // passes for a complete file.
 
 using namespace TEV2_LOADER;
-using namespace tev2_tests;
+using namespace tv2_tests;
 
 namespace
 {

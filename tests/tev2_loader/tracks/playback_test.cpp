@@ -7,7 +7,7 @@
 #include <random>
 
 using namespace TEV2_LOADER;
-namespace plain = tev2_tests::plain;
+namespace plain = tv2_tests::plain;
 
 namespace
 {

@@ -1,4 +1,4 @@
-#include "tests/tev2_loader/scene_samples.h"
+#include "tests/support/sample_scenes.h"
 
 #include "tev2_loader/tev2.h"
 
@@ -6,7 +6,7 @@
 #include <limits>
 
 using namespace TEV2_LOADER;
-using namespace tev2_tests;
+using namespace tv2_tests;
 
 namespace
 {
@@ -116,9 +116,10 @@ TEST(TrackRecord, IsSixteenZerosWithoutKeys)
 
 TEST(TrackRecord, SaveReportsWhatCouldNotBeWritten)
 {
+    const ScratchFolder folder;
     for (const KindCase& item : EveryKind())
     {
-        TEV2_FILE_WRITER writer(TEV2_WIDE_STRING::FromBytes(TemporaryPath("guard")), false, true);
+        TEV2_FILE_WRITER writer(TEV2_WIDE_STRING::FromBytes(folder.Path("guard")), false, true);
         EXPECT_FALSE(item.track->Save(writer)) << "kind " << item.kind;
     }
 }

@@ -1,7 +1,7 @@
 // Exports by way of the exporter's dialog, played by a script: what is written, what is remembered, what is refused.
 
 #include "tests/tools/command.h"
-#include "tests/tools/export/export_scenes.h"
+#include "tests/support/scene_texts.h"
 
 #include <gtest/gtest.h>
 
@@ -35,8 +35,8 @@ protected:
     {
         setenv("XDG_CONFIG_HOME", Path("config").c_str(), 1);
         unsetenv("DISPLAY");
-        Write("walk.bvh", kTwoJoints);
-        Write("takes.gltf", kThreeTakes);
+        Write("walk.bvh", tv2_tests::kTwoJoints);
+        Write("takes.gltf", tv2_tests::kThreeTakes);
         fs::create_directory(Path("out"));
     }
 

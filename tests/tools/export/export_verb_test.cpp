@@ -1,7 +1,7 @@
 // Exports from the command line: what is written, what is refused, and what is noticed when it went wrong.
 
 #include "tests/tools/command.h"
-#include "tests/tools/export/export_scenes.h"
+#include "tests/support/scene_texts.h"
 
 #include "tev2_loader/io/file_image.h"
 #include "tev2_loader/io/memory_cursor.h"
@@ -29,8 +29,8 @@ class ExportVerbTest : public testing::Test
 protected:
     ExportVerbTest()
     {
-        Write("walk.bvh", kTwoJoints);
-        Write("takes.gltf", kThreeTakes);
+        Write("walk.bvh", tv2_tests::kTwoJoints);
+        Write("takes.gltf", tv2_tests::kThreeTakes);
     }
 
     std::string Path(const std::string& name) const { return folder_.Path(name); }
@@ -166,12 +166,12 @@ TEST_F(ExportVerbTest, WhatCannotWorkIsRefusedBeforeAnythingIsWritten)
     Write("old.fbx", "Kaydara FBX Binary  ");
     Write("nothing.gltf", R"({"asset":{"version":"2.0"},"scenes":[{"nodes":[]}]})");
     Write("keys.tv2", std::string(32, '\0'));
-    Write("buffer.gltf", kKeysInAFile);
+    Write("buffer.gltf", tv2_tests::kKeysInAFile);
     fs::create_directory(Path("folder.tv2"));
     ASSERT_EQ(mkfifo(Path("pipe.tv2").c_str(), 0600), 0);
     fs::create_symlink("/dev/full", Path("device.tv2"));
     const std::string bvh = Path("walk.bvh"), gltf = Path("takes.gltf"), out = Path("out.tv2");
-    Write("self.tv2", kTwoJoints);
+    Write("self.tv2", tv2_tests::kTwoJoints);
     const std::string self = Path("self.tv2");
     const std::string long_folder = "/" + std::string(125, 'a') + "/" + std::string(125, 'b') + "/";
 
@@ -230,7 +230,7 @@ TEST_F(ExportVerbTest, WhatCannotWorkIsRefusedBeforeAnythingIsWritten)
         EXPECT_EQ(run.out, "") << refusal.reason;
         EXPECT_EQ(Files(), before) << refusal.reason;
     }
-    EXPECT_EQ(Content("self.tv2"), kTwoJoints);
+    EXPECT_EQ(Content("self.tv2"), tv2_tests::kTwoJoints);
     const CommandResult json = Export({"--json", Path("gone.bvh"), out});
     EXPECT_NE(json.Json().at("error").get<std::string>().find("no such file"), std::string::npos);
     EXPECT_TRUE(json.Json().at("files").empty());

@@ -1,7 +1,7 @@
 // What the command tells about scene files.
 
 #include "tests/tools/command.h"
-#include "tests/tools/export/export_scenes.h"
+#include "tests/support/scene_texts.h"
 
 #include <gtest/gtest.h>
 
@@ -25,7 +25,7 @@ protected:
 
 TEST_F(SceneVerbTest, JsonHoldsTakesModelsLensesAndProperties)
 {
-    const CommandResult run = RunTv2({"scene", "--json", Write("takes.gltf", kThreeTakes)});
+    const CommandResult run = RunTv2({"scene", "--json", Write("takes.gltf", tv2_tests::kThreeTakes)});
     EXPECT_EQ(run.exit_code, 0) << run.err;
     const auto scene = run.Json();
     EXPECT_EQ(scene.at("transportRate"), 30.0);
@@ -49,7 +49,7 @@ TEST_F(SceneVerbTest, JsonHoldsTakesModelsLensesAndProperties)
 
 TEST_F(SceneVerbTest, ScreenShowsTheTree)
 {
-    const std::string path = Write("walk.bvh", kTwoJoints);
+    const std::string path = Write("walk.bvh", tv2_tests::kTwoJoints);
     const CommandResult run = RunTv2({"scene", path});
     EXPECT_EQ(run.exit_code, 0) << run.err;
     EXPECT_EQ(run.out,

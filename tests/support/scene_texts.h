@@ -1,6 +1,25 @@
 #pragma once
 
-// Small scenes as text.
+#include <string>
+
+// Small scene files as text.
+
+namespace tv2_tests
+{
+
+/// A BVH file: the text between the outer braces of its root "a", and its motion from "Frames:" on.
+inline std::string BvhText(const std::string& joints, const std::string& motion)
+{
+    return "HIERARCHY\nROOT a\n{\n" + joints + "}\nMOTION\n" + motion;
+}
+
+/// A BVH file of one joint with an end site.
+inline std::string OneJointBvh(const std::string& offset, const std::string& channels,
+                               const std::string& motion)
+{
+    return BvhText("OFFSET " + offset + "\nCHANNELS " + channels + "\nEnd Site\n{\nOFFSET 0 100 0\n}\n",
+                   motion);
+}
 
 inline constexpr const char* kTwoJoints = R"(HIERARCHY
 ROOT Hips
@@ -40,3 +59,5 @@ inline constexpr const char* kKeysInAFile = R"({"asset":{"version":"2.0"},"scene
 {"bufferView":1,"componentType":5126,"count":1,"type":"VEC3"}],
 "animations":[{"name":"A","samplers":[{"input":0,"output":1}],
 "channels":[{"sampler":0,"target":{"node":0,"path":"translation"}}]}]})";
+
+} // namespace tv2_tests

@@ -1,8 +1,8 @@
-#include "tests/tev2_loader/scene_samples.h"
+#include "tests/support/sample_scenes.h"
 
 using namespace TEV2_LOADER;
 
-namespace tev2_tests
+namespace tv2_tests
 {
 
 namespace
@@ -125,6 +125,53 @@ void FillWithEverything(TEV2& scene, bool with_unsaved_lists)
     AddUnparsed(scene.xrefObjects, {21});
 }
 
+void FillSoundScene(TEV2& scene)
+{
+    scene.environment.timeRange = {0.0f, 1.0f};
+    scene.information.creatorText = Wide(u"MotionBuilder v17.00  Tev2 Exporter v1.14");
+    scene.information.infoText = Wide(u"USERNAME:\tann\r\nFBX_FILE:\twalk.bvh\r\n");
+
+    const char* names[] = {"Scene", "Hips", "Camera"};
+    for (std::int32_t i = 0; i < 3; ++i)
+    {
+        TEV2_MATRIX_NODE& node = scene.matrixHierarchy.nodes.emplace_back();
+        node.name = TEV2_WIDE_STRING::FromBytes(names[i]);
+        node.parentIndex = i - 1;
+        node.translation = MakeTrack<TEV2_ANIMATABLE_VECTOR_3_LINEAR>(
+            {{0.0f, {0.0f, 1.0f, 0.0f}}, {0.5f, {1.0f, 1.0f, 0.0f}}, {1.0f, {0.0f, 1.0f, -2.0f}}});
+        node.rotation = MakeTrack<TEV2_ANIMATABLE_QUATERNION_SLERP>({{0.0f, {0.0f, 0.0f, 0.0f, 1.0f}},
+                                                                     {0.5f, {0.0f, 0.0f, 0.6f, 0.8f}},
+                                                                     {1.0f, {0.0f, 0.0f, 0.0f, 1.0f}}});
+    }
+
+    TEV2_EXTENDED_PROPERTIES& properties = scene.matrixHierarchy.nodes[1].properties;
+    TEV2_NAMED_STRING_ARRAY& texts = properties.stringArrays.emplace_back();
+    texts.name = Wide(u"Quality");
+    texts.strings = {Wide(u"Low"), Wide(u"High")};
+    properties.intValues.emplace_back().name = Wide(u"Visible");
+    properties.intValues[0].track = MakeTrack<TEV2_ANIMATABLE_INT32_RLE>({{0.0f, 1}, {0.5f, -7}});
+    properties.floatValues.emplace_back().name = Wide(u"Blend");
+    properties.floatValues[0].track = MakeTrack<TEV2_ANIMATABLE_FLOAT32_LINEAR>({{0.0f, 0.25f}});
+    properties.vector3Values.emplace_back().name = Wide(u"Offset");
+    properties.vector3Values[0].track =
+        MakeTrack<TEV2_ANIMATABLE_VECTOR_3_LINEAR>({{0.0f, {1.0f, 2.0f, 3.0f}}});
+    properties.vector4Values.emplace_back().name = Wide(u"Tint");
+    properties.vector4Values[0].track =
+        MakeTrack<TEV2_ANIMATABLE_VECTOR_4_LINEAR>({{0.0f, {1.0f, 0.5f, 0.0f, 1.0f}}});
+
+    auto camera = std::make_unique<TEV2_CAMERA>();
+    camera->name = Wide(u"Camera");
+    camera->value = 2;
+    camera->inverseAspect = 0.75f;
+    camera->distance = MakeTrack<TEV2_ANIMATABLE_FLOAT32_LINEAR>({{0.0f, 4.0f}, {0.5f, 4.0f}, {1.0f, 5.0f}});
+    camera->fieldOfView =
+        MakeTrack<TEV2_ANIMATABLE_FLOAT32_LINEAR>({{0.0f, 0.7f}, {0.5f, 0.7f}, {1.0f, 0.7f}});
+    camera->clipRange = MakeTrack<TEV2_ANIMATABLE_FLOAT32_RANGE_LINEAR>(
+        {{0.0f, {0.1f, 40.0f}}, {0.5f, {0.1f, 40.0f}}, {1.0f, {0.1f, 40.0f}}});
+    scene.cameras.push_back(std::move(camera));
+    scene.cameraMan.cameraIndex = MakeTrack<TEV2_ANIMATABLE_INT32_RLE>({{0.0f, 0}, {0.5f, -1}, {1.0f, 0}});
+}
+
 Bytes SceneOfVersion(float version)
 {
     const Bytes properties = version >= 1.04f ? Bytes()
@@ -190,4 +237,20 @@ std::vector<std::uint8_t> SceneImage(const TEV2& scene)
     return SavedBytes(scene);
 }
 
-} // namespace tev2_tests
+std::vector<std::uint8_t> SoundImage()
+{
+    TEV2 scene;
+    FillSoundScene(scene);
+    return SceneImage(scene);
+}
+
+std::unique_ptr<LoadOutcome> LoadImageOf(const std::vector<std::uint8_t>& image, bool apply_start_time,
+                                         const TEV2_LOAD_LIMITS& limits)
+{
+    auto outcome = std::make_unique<LoadOutcome>();
+    TEV2_MEMORY_CURSOR cursor(image.data(), image.size(), &outcome->report, limits);
+    outcome->loaded = outcome->scene.Load(cursor, apply_start_time);
+    return outcome;
+}
+
+} // namespace tv2_tests
