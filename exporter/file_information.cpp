@@ -23,8 +23,8 @@ std::string TwoDecimals(float value)
 std::string Title(ExportContext& context)
 {
     const double version = context.system.Version;
-    return "MotionBuilder v" + TwoDecimals(static_cast<float>(version * 0.001)) + "  Tev2 Exporter " +
-           kExporterVersion;
+    return std::string(TEV2_LOADER::kCreatorBegin) + TwoDecimals(static_cast<float>(version * 0.001)) +
+           std::string(TEV2_LOADER::kCreatorExporter) + kExporterVersion;
 }
 
 std::string UserLine()
@@ -52,8 +52,8 @@ std::string SceneLine(ExportContext& context)
 void FillFileInformation(ExportContext& context, const std::u16string& file_name,
                          TEV2_LOADER::TEV2_INF& information)
 {
-    const std::string lines =
-        UserLine() + TimeLine() + "TEV_NAME:\t" + Narrow(file_name) + "\r\n" + SceneLine(context);
+    const std::string lines = UserLine() + TimeLine() + std::string(TEV2_LOADER::kFileNameLine) +
+                              Narrow(file_name) + "\r\n" + SceneLine(context);
     information.creatorText = WideText(Title(context).c_str());
     information.infoText = WideText(lines.c_str());
 }

@@ -293,21 +293,21 @@ bool TEV2::LoadChunk(TEV2_MEMORY_CURSOR& cursor, std::uint32_t id, float version
 {
     switch (id)
     {
-    case 0:
+    case kInformationChunk:
         return LoadEmbedded(cursor, version, "information", information);
-    case 1:
+    case kArrayLengthsChunk:
     {
         TEV2_ARRAY_LENGTH_HELPER lengths;
         if (!LoadEmbedded(cursor, version, "arrayLengths", lengths) || cursor.Failed())
             return false;
         return lengths.Reserve(*this, cursor);
     }
-    case 2:
+    case kEnvironmentChunk:
         return LoadEmbedded(cursor, version, "environment", environment);
-    case 3:
+    case kGlobalLightTintChunk:
         globalLightTint = std::make_unique<TEV2_GLOBAL_LIGHT_TINT>();
         return LoadEmbedded(cursor, version, "globalLightTint", *globalLightTint);
-    case 4:
+    case kAmbientLightChunk:
     {
         auto light = std::make_unique<TEV2_AMBIENT_LIGHT>();
         if (!LoadEmbedded(cursor, version, "ambientLight", *light))
@@ -315,40 +315,40 @@ bool TEV2::LoadChunk(TEV2_MEMORY_CURSOR& cursor, std::uint32_t id, float version
         ambientLight = std::move(light);
         return true;
     }
-    case 5:
+    case kLightChunk:
         return LoadIntoWithType(cursor, version, "lights", lights);
-    case 6:
+    case kCameraChunk:
         return LoadInto(cursor, version, "cameras", cameras);
-    case 7:
+    case kRigidChunk:
         return LoadInto(cursor, version, "rigids", rigids);
-    case 8:
+    case kAnimMeshChunk:
         return LoadInto(cursor, version, "animMeshes", animMeshes);
-    case 9:
+    case kMorphMeshChunk:
         return LoadInto(cursor, version, "morphMeshes", morphMeshes);
-    case 10:
+    case kWeightedMeshChunk:
         return LoadInto(cursor, version, "weightedMeshes", weightedMeshes);
-    case 11:
+    case kBezierSplineChunk:
         return LoadInto(cursor, version, "bezierSplines", bezierSplines);
-    case 12:
+    case kMatrixHierarchyChunk:
         return LoadHierarchy(cursor, version);
-    case 13:
+    case kMaterialChunk:
         return LoadIntoWithType(cursor, version, "materials", materials);
-    case 14:
-    case 16:
-    case 18:
-    case 19:
+    case kInstanceChunk:
+    case kGeomInstanceChunk:
+    case kInstanceMaterialsChunk:
+    case kInstanceSubObjectsChunk:
         return LoadInstance(cursor, version, id, *this);
-    case 15:
+    case kXref15Chunk:
         return LoadInto(cursor, version, "xrefs15", xrefs15);
-    case 17:
+    case kHelperChunk:
         return LoadInto(cursor, version, "helpers", helpers);
-    case 20:
+    case kXref20Chunk:
         return LoadInto(cursor, version, "xrefs20", xrefs20);
-    case 21:
+    case kXrefObjectChunk:
         return LoadInto(cursor, version, "xrefObjects", xrefObjects);
-    case 22:
+    case kCameraManChunk:
         return LoadEmbedded(cursor, version, "cameraMan", cameraMan);
-    case 23:
+    case kXrefSpeedTreeChunk:
         return LoadInto(cursor, version, "speedTreeReferences", speedTreeReferences);
     default:
         cursor.Warn(TEV2_LOAD_CODE::UnknownChunk, "a chunk id from 0 to 23", std::to_string(id));

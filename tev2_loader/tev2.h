@@ -1,5 +1,6 @@
 #pragma once
 
+#include "tev2_loader/format.h"
 #include "tev2_loader/records/array_length_helper.h"
 #include "tev2_loader/records/camera.h"
 #include "tev2_loader/records/camera_man.h"
@@ -23,9 +24,6 @@
 namespace TEV2_LOADER
 {
 
-/// The first four bytes of a complete file, written last.
-inline constexpr std::uint32_t kMagic = 0x54563201u;
-
 /// A whole scene: it owns every record of a file.
 ///
 /// A file is the magic and then chunks, each u32 size (of all of it), u32 kind and a body. Lengths are
@@ -38,7 +36,7 @@ public:
     template <typename Object>
     using Array = std::vector<std::unique_ptr<Object>>;
 
-    static constexpr std::size_t kInstanceLists = 10;
+    static constexpr std::size_t kInstanceLists = kInstanceListCount;
 
     TEV2_INF information;
     TEV2_ENVIRONMENT environment;

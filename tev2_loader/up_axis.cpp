@@ -3,7 +3,7 @@
 #include "tev2_loader/tev2.h"
 
 #include <algorithm>
-#include <string_view>
+#include <string>
 
 namespace TEV2_LOADER
 {
@@ -11,14 +11,11 @@ namespace TEV2_LOADER
 namespace
 {
 
-constexpr std::u16string_view kCreatorBegin = u"MotionBuilder v";
-constexpr std::u16string_view kCreatorExporter = u"  Tev2 Exporter v";
-constexpr std::u16string_view kInsertedRoot = u"Exporter Inserted Root";
-
 bool IsByExporter(const TEV2_INF& information)
 {
-    const std::u16string& creator = information.creatorText.Text();
-    return creator.starts_with(kCreatorBegin) && creator.find(kCreatorExporter) != std::u16string::npos;
+    const std::string creator = ReadableText(information.creatorText.Text());
+    return creator.starts_with(kCreatorBegin) &&
+           creator.find(std::string(kCreatorExporter) + "v") != std::string::npos;
 }
 
 bool IsAtOrigin(const TEV2_ANIMATABLE_VECTOR_3* translation)
@@ -53,7 +50,7 @@ TEV2_UP_AXIS UpAxis(const TEV2& scene)
     const bool half_turn = IsAlways(root.rotation.get(), {0.0f, 1.0f, 0.0f, 0.0f});
     if (!as_it_is && !half_turn)
         return TEV2_UP_AXIS::Unknown;
-    if (root.name.Text() == kInsertedRoot)
+    if (root.name.Text() == kInsertedRootName)
         return TEV2_UP_AXIS::PlusY;
     return half_turn ? TEV2_UP_AXIS::MinusZ : TEV2_UP_AXIS::PlusZ;
 }

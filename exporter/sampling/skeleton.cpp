@@ -74,7 +74,7 @@ void InsertExporterRoot(TEV2_MATRIX_HIERARCHY& hierarchy, float start)
 {
     const SamplingRange one_instant{start, start, 0.0f};
     TEV2_MATRIX_NODE& root = hierarchy.nodes.emplace_back();
-    root.name = TEV2_WIDE_STRING(u"Exporter Inserted Root");
+    root.name = TEV2_WIDE_STRING(TEV2_LOADER::kInsertedRootName);
     root.parentIndex = kNoParent;
     MakeTrack(root.translation, one_instant);
     MakeTrack(root.rotation, one_instant);

@@ -56,9 +56,9 @@ bool TEV2_ARRAY_LENGTH_HELPER::Reserve(TEV2& scene, TEV2_MEMORY_CURSOR& cursor) 
 bool TEV2_ARRAY_LENGTH_HELPER::Load(TEV2_MEMORY_CURSOR& cursor, float version)
 {
     cursor.ReadU32();
-    const std::size_t present = version >= 1.12f  ? kCounts
-                                : version >= 1.1f ? kCountsSince1_1
-                                                  : kCountsAlways;
+    const std::size_t present = version >= kSinceSpeedTreeLengths   ? kCounts
+                                : version >= kSinceReferenceLengths ? kCountsSince1_1
+                                                                    : kCountsAlways;
     counts = {};
     for (std::size_t index = 0; index < present; ++index)
         counts[index] = cursor.ReadU32();

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "tev2_loader/format.h"
 #include "tev2_loader/records/object_bases.h"
 
 #include <array>
@@ -35,7 +36,7 @@ public:
     /// Always true. Save is true when all 96 bytes were written.
     bool Load(TEV2_MEMORY_CURSOR& cursor, float version) override;
     bool Save(TEV2_FILE_WRITER& writer) const override;
-    std::uint32_t GetChunkId() const override { return 1; }
+    std::uint32_t GetChunkId() const override { return kArrayLengthsChunk; }
 };
 
 } // namespace TEV2_LOADER

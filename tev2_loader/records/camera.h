@@ -1,5 +1,6 @@
 #pragma once
 
+#include "tev2_loader/format.h"
 #include "tev2_loader/records/camera_effects.h"
 #include "tev2_loader/records/positional_object.h"
 
@@ -28,7 +29,7 @@ public:
 
     bool Load(TEV2_MEMORY_CURSOR& cursor, float version) override;
     bool Save(TEV2_FILE_WRITER& writer) const override;
-    std::uint32_t GetChunkId() const override { return 6; }
+    std::uint32_t GetChunkId() const override { return kCameraChunk; }
 
     /// Reach the tracks and effects, not the bounds.
     void Update(float delta_time) override;

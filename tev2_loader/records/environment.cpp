@@ -38,7 +38,7 @@ bool TEV2_ENVIRONMENT::Load(TEV2_MEMORY_CURSOR& cursor, float version)
     timeRange.Load(cursor, version);
     bool loaded = LoadOptionalTrack(cursor, version, "environmentColour", environmentColour);
     loaded &= LoadMap(cursor, version, environmentMap);
-    if (version >= 1.16f)
+    if (version >= kSinceReservedBytes)
         cursor.ReadBlock(reserved.data(), reserved.size());
     return loaded;
 }

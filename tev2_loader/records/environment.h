@@ -1,5 +1,6 @@
 #pragma once
 
+#include "tev2_loader/format.h"
 #include "tev2_loader/math/values.h"
 #include "tev2_loader/records/material_map.h"
 #include "tev2_loader/records/object_bases.h"
@@ -32,7 +33,7 @@ public:
 
     bool Load(TEV2_MEMORY_CURSOR& cursor, float version) override;
     bool Save(TEV2_FILE_WRITER& writer) const override;
-    std::uint32_t GetChunkId() const override { return 2; }
+    std::uint32_t GetChunkId() const override { return kEnvironmentChunk; }
 
     void Update(float delta_time) override;
     void SetTime(float time) override;

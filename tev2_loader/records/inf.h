@@ -1,12 +1,10 @@
 #pragma once
 
+#include "tev2_loader/format.h"
 #include "tev2_loader/records/object_bases.h"
 
 namespace TEV2_LOADER
 {
-
-/// The version that is written, and the newest that is read.
-inline constexpr float kVersion = 1.16f;
 
 /// The first record of every file: its version and who made it.
 class TEV2_INF : public TEV2_CHUNK_OBJECT
@@ -14,7 +12,7 @@ class TEV2_INF : public TEV2_CHUNK_OBJECT
 public:
     /// The version of the file that was loaded. Save writes kVersion whatever stands here.
     float version = kVersion;
-    TEV2_WIDE_STRING creatorText{u"NATIVE WIN32"};
+    TEV2_WIDE_STRING creatorText{kDefaultCreator};
 
     /// Lines that each end in "\r\n".
     TEV2_WIDE_STRING infoText;
@@ -25,7 +23,7 @@ public:
     /// Always true.
     bool Save(TEV2_FILE_WRITER& writer) const;
 
-    std::uint32_t GetChunkId() const override { return 0; }
+    std::uint32_t GetChunkId() const override { return kInformationChunk; }
 };
 
 } // namespace TEV2_LOADER

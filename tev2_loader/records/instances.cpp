@@ -7,13 +7,13 @@ std::unique_ptr<TEV2_INSTANCE> TEV2_INSTANCE::Create(std::uint32_t chunk_id)
 {
     switch (chunk_id)
     {
-    case 14:
+    case kInstanceChunk:
         return std::make_unique<TEV2_INSTANCE>();
-    case 16:
+    case kGeomInstanceChunk:
         return std::make_unique<TEV2_GEOM_INSTANCE>();
-    case 18:
+    case kInstanceMaterialsChunk:
         return std::make_unique<TEV2_GEOM_INSTANCE_DIFFERING_MATERIALS>();
-    case 19:
+    case kInstanceSubObjectsChunk:
         return std::make_unique<TEV2_GEOM_INSTANCE_DIFFERING_SUB_OBJECTS>();
     default:
         return nullptr;

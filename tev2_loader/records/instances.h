@@ -12,8 +12,8 @@ namespace TEV2_LOADER
 
 /// Another appearance of an object. Body kept as bytes. The list that it stands in is written before its
 /// body.
-class TEV2_INSTANCE
-    : public UnparsedRecord<14, TEV2_POSITIONAL_OBJECT, UNUSED__TEV2_SCALED_OBJECT, TEV2_CHUNK_OBJECT>
+class TEV2_INSTANCE : public UnparsedRecord<kInstanceChunk, TEV2_POSITIONAL_OBJECT,
+                                            UNUSED__TEV2_SCALED_OBJECT, TEV2_CHUNK_OBJECT>
 {
 public:
     /// Makes the class of a chunk id (14, 16, 18, 19); null for any other id.
@@ -23,7 +23,7 @@ public:
 class TEV2_GEOM_INSTANCE : public TEV2_INSTANCE, public TEV2_LIT_OBJECT
 {
 public:
-    std::uint32_t GetChunkId() const override { return 16; }
+    std::uint32_t GetChunkId() const override { return kGeomInstanceChunk; }
     bool Load(TEV2_MEMORY_CURSOR& cursor, float version) override
     {
         return TEV2_INSTANCE::Load(cursor, version);
@@ -34,13 +34,13 @@ public:
 class TEV2_GEOM_INSTANCE_DIFFERING_MATERIALS final : public TEV2_GEOM_INSTANCE
 {
 public:
-    std::uint32_t GetChunkId() const override { return 18; }
+    std::uint32_t GetChunkId() const override { return kInstanceMaterialsChunk; }
 };
 
 class TEV2_GEOM_INSTANCE_DIFFERING_SUB_OBJECTS final : public TEV2_GEOM_INSTANCE
 {
 public:
-    std::uint32_t GetChunkId() const override { return 19; }
+    std::uint32_t GetChunkId() const override { return kInstanceSubObjectsChunk; }
 };
 
 } // namespace TEV2_LOADER

@@ -9,20 +9,20 @@ namespace TEV2_LOADER
 {
 
 /// Light that comes from everywhere. Body kept as bytes.
-class TEV2_AMBIENT_LIGHT final
-    : public UnparsedRecord<4, TEV2_SERIALISABLE_OBJECT, TEV2_INTERNAL_ANIM_OBJECT, TEV2_CHUNK_OBJECT>
+class TEV2_AMBIENT_LIGHT final : public UnparsedRecord<kAmbientLightChunk, TEV2_SERIALISABLE_OBJECT,
+                                                       TEV2_INTERNAL_ANIM_OBJECT, TEV2_CHUNK_OBJECT>
 {
 };
 
 /// The tint of all lights. Body kept as bytes.
-class TEV2_GLOBAL_LIGHT_TINT final
-    : public UnparsedRecord<3, TEV2_INTERNAL_ANIM_OBJECT, TEV2_SERIALISABLE_OBJECT, TEV2_CHUNK_OBJECT>
+class TEV2_GLOBAL_LIGHT_TINT final : public UnparsedRecord<kGlobalLightTintChunk, TEV2_INTERNAL_ANIM_OBJECT,
+                                                           TEV2_SERIALISABLE_OBJECT, TEV2_CHUNK_OBJECT>
 {
 };
 
 /// A placed light. Body kept as bytes. Its type stands before the body: 0 point, 1 directional, 2 spot; any
 /// other type is a plain TEV2_LIGHT that keeps its number.
-class TEV2_LIGHT : public UnparsedRecord<5, TEV2_POSITIONAL_OBJECT, TEV2_CHUNK_OBJECT>
+class TEV2_LIGHT : public UnparsedRecord<kLightChunk, TEV2_POSITIONAL_OBJECT, TEV2_CHUNK_OBJECT>
 {
 public:
     explicit TEV2_LIGHT(std::uint32_t type) : type_(type) {}

@@ -57,12 +57,12 @@ bool TEV2_MATRIX_NODE::Load(TEV2_MEMORY_CURSOR& cursor, float version)
     parentIndex = cursor.ReadI32();
     loaded &= LoadOptionalTrack(cursor, version, "translation", translation);
     loaded &= LoadOptionalTrack(cursor, version, "rotation", rotation);
-    if (version >= 1.15f)
+    if (version >= kSinceScale)
         loaded &= LoadOptionalTrack(cursor, version, "scale", scale);
-    if (version <= 1.05f)
+    if (version <= kUntilLegacyMatrix)
         LoadLegacyMatrix(cursor, worldMatrix);
     ReadWideString(cursor, userText);
-    if (version >= 1.04f)
+    if (version >= kSinceProperties)
         loaded &= properties.Load(cursor, version);
     return loaded;
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "tev2_loader/format.h"
 #include "tev2_loader/math/values.h"
 #include "tev2_loader/records/extended_properties.h"
 #include "tev2_loader/records/object_bases.h"
@@ -70,7 +71,7 @@ public:
     /// Always true; a node that could not be read fails the cursor.
     bool Load(TEV2_MEMORY_CURSOR& cursor, float version) override;
     bool Save(TEV2_FILE_WRITER& writer) const override;
-    std::uint32_t GetChunkId() const override { return 12; }
+    std::uint32_t GetChunkId() const override { return kMatrixHierarchyChunk; }
 
     /// Evaluate all nodes in order.
     void Update(float delta_time) override;

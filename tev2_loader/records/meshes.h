@@ -20,20 +20,20 @@ class TEV2_TRI_OBJECT : public TEV2_GEOM_OBJECT
 {
 };
 
-class TEV2_RIGID final : public UnparsedRecord<7, TEV2_TRI_OBJECT, TEV2_CHUNK_OBJECT>
+class TEV2_RIGID final : public UnparsedRecord<kRigidChunk, TEV2_TRI_OBJECT, TEV2_CHUNK_OBJECT>
 {
 };
 
-class TEV2_ANIM_MESH final : public UnparsedRecord<8, TEV2_TRI_OBJECT, TEV2_CHUNK_OBJECT>
+class TEV2_ANIM_MESH final : public UnparsedRecord<kAnimMeshChunk, TEV2_TRI_OBJECT, TEV2_CHUNK_OBJECT>
 {
 };
 
-class TEV2_MORPH_MESH final : public UnparsedRecord<9, TEV2_TRI_OBJECT, TEV2_CHUNK_OBJECT>
+class TEV2_MORPH_MESH final : public UnparsedRecord<kMorphMeshChunk, TEV2_TRI_OBJECT, TEV2_CHUNK_OBJECT>
 {
 };
 
 /// A mesh that follows the skeleton.
-class TEV2_WEIGHTED_MESH final : public UnparsedRecord<10, TEV2_TRI_OBJECT, TEV2_CHUNK_OBJECT>
+class TEV2_WEIGHTED_MESH final : public UnparsedRecord<kWeightedMeshChunk, TEV2_TRI_OBJECT, TEV2_CHUNK_OBJECT>
 {
 public:
     /// The skeleton that the mesh follows and the inverse world matrix of each of its nodes at the scene's
@@ -49,11 +49,12 @@ public:
     }
 };
 
-class TEV2_BEZIER_SPLINE_OBJECT final : public UnparsedRecord<11, TEV2_POSITIONAL_OBJECT, TEV2_CHUNK_OBJECT>
+class TEV2_BEZIER_SPLINE_OBJECT final
+    : public UnparsedRecord<kBezierSplineChunk, TEV2_POSITIONAL_OBJECT, TEV2_CHUNK_OBJECT>
 {
 };
 
-class TEV2_HELPER final : public UnparsedRecord<17, TEV2_POSITIONAL_OBJECT, TEV2_CHUNK_OBJECT>
+class TEV2_HELPER final : public UnparsedRecord<kHelperChunk, TEV2_POSITIONAL_OBJECT, TEV2_CHUNK_OBJECT>
 {
 };
 

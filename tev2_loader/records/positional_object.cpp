@@ -1,5 +1,7 @@
 #include "tev2_loader/records/positional_object.h"
 
+#include "tev2_loader/format.h"
+
 namespace TEV2_LOADER
 {
 
@@ -9,9 +11,9 @@ bool TEV2_POSITIONAL_OBJECT::Load(TEV2_MEMORY_CURSOR& cursor, float version)
     ReadWideString(cursor, secondText);
     ReadWideString(cursor, thirdText);
     value = cursor.ReadU32();
-    if (version >= 1.04f)
+    if (version >= kSinceProperties)
         properties.Load(cursor, version);
-    if (version >= 1.13f)
+    if (version >= kSinceBounds)
         LoadOptionalTrack(cursor, version, "bounds", bounds);
     return loaded;
 }

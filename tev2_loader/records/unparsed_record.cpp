@@ -1,6 +1,6 @@
 #include "tev2_loader/records/unparsed_record.h"
 
-#include "tev2_loader/records/inf.h"
+#include "tev2_loader/format.h"
 
 namespace TEV2_LOADER
 {

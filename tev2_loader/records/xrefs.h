@@ -16,14 +16,15 @@ class TEV2_XREF final : public UnparsedRecord<kChunkId, TEV2_CHUNK_OBJECT, TEV2_
 {
 };
 
-class TEV2_XREF_OBJECT final : public UnparsedRecord<21, TEV2_POSITIONAL_OBJECT, UNUSED__TEV2_SCALED_OBJECT,
-                                                     TEV2_LIT_OBJECT, TEV2_CHUNK_OBJECT>
+class TEV2_XREF_OBJECT final
+    : public UnparsedRecord<kXrefObjectChunk, TEV2_POSITIONAL_OBJECT, UNUSED__TEV2_SCALED_OBJECT,
+                            TEV2_LIT_OBJECT, TEV2_CHUNK_OBJECT>
 {
 };
 
 class TEV2_XREF_SPEEDTREE final
-    : public UnparsedRecord<23, TEV2_POSITIONAL_OBJECT, UNUSED__TEV2_SCALED_OBJECT, TEV2_LIT_OBJECT,
-                            TEV2_CHUNK_OBJECT>
+    : public UnparsedRecord<kXrefSpeedTreeChunk, TEV2_POSITIONAL_OBJECT, UNUSED__TEV2_SCALED_OBJECT,
+                            TEV2_LIT_OBJECT, TEV2_CHUNK_OBJECT>
 {
 };
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "tev2_loader/format.h"
 #include "tev2_loader/tracks/keyed_track.h"
 
 namespace TEV2_LOADER
@@ -53,47 +54,49 @@ public:
 };
 
 class TEV2_ANIMATABLE_FLOAT32_LINEAR final
-    : public ScalableLinearTrack<TEV2_ANIMATABLE_FLOAT32_LINEAR, TEV2_ANIMATABLE_FLOAT32, 0>
+    : public ScalableLinearTrack<TEV2_ANIMATABLE_FLOAT32_LINEAR, TEV2_ANIMATABLE_FLOAT32, kFloatTrack>
 {
 };
 
 class TEV2_ANIMATABLE_FLOAT32_RANGE_LINEAR final
-    : public OffsetLinearTrack<TEV2_ANIMATABLE_FLOAT32_RANGE_LINEAR, TEV2_ANIMATABLE_FLOAT32_RANGE, 1>
+    : public OffsetLinearTrack<TEV2_ANIMATABLE_FLOAT32_RANGE_LINEAR, TEV2_ANIMATABLE_FLOAT32_RANGE,
+                               kRangeTrack>
 {
 };
 
 class TEV2_ANIMATABLE_COLOUR_LINEAR final
-    : public ScalableLinearTrack<TEV2_ANIMATABLE_COLOUR_LINEAR, TEV2_ANIMATABLE_COLOUR, 2>
+    : public ScalableLinearTrack<TEV2_ANIMATABLE_COLOUR_LINEAR, TEV2_ANIMATABLE_COLOUR, kColourTrack>
 {
 };
 
 class TEV2_ANIMATABLE_VECTOR_3_LINEAR final
-    : public ScalableLinearTrack<TEV2_ANIMATABLE_VECTOR_3_LINEAR, TEV2_ANIMATABLE_VECTOR_3, 3>
+    : public ScalableLinearTrack<TEV2_ANIMATABLE_VECTOR_3_LINEAR, TEV2_ANIMATABLE_VECTOR_3, kVector3Track>
 {
 };
 
 class TEV2_ANIMATABLE_VECTOR_2_LINEAR final
-    : public ScalableLinearTrack<TEV2_ANIMATABLE_VECTOR_2_LINEAR, TEV2_ANIMATABLE_VECTOR_2, 4>
+    : public ScalableLinearTrack<TEV2_ANIMATABLE_VECTOR_2_LINEAR, TEV2_ANIMATABLE_VECTOR_2, kVector2Track>
 {
 };
 
 class TEV2_ANIMATABLE_RECTF_LINEAR final
-    : public ScalableLinearTrack<TEV2_ANIMATABLE_RECTF_LINEAR, TEV2_ANIMATABLE_RECTF, 7>
+    : public ScalableLinearTrack<TEV2_ANIMATABLE_RECTF_LINEAR, TEV2_ANIMATABLE_RECTF, kRectangleTrack>
 {
 };
 
 class TEV2_ANIMATABLE_VECTOR_4_LINEAR final
-    : public ScalableLinearTrack<TEV2_ANIMATABLE_VECTOR_4_LINEAR, TEV2_ANIMATABLE_VECTOR_4, 9>
+    : public ScalableLinearTrack<TEV2_ANIMATABLE_VECTOR_4_LINEAR, TEV2_ANIMATABLE_VECTOR_4, kVector4Track>
 {
 };
 
 class TEV2_ANIMATABLE_BINORMAL_TANGENT_LINEAR final
-    : public LinearTrack<TEV2_ANIMATABLE_BINORMAL_TANGENT_LINEAR, TEV2_ANIMATABLE_BINORMAL_TANGENT, 10>
+    : public LinearTrack<TEV2_ANIMATABLE_BINORMAL_TANGENT_LINEAR, TEV2_ANIMATABLE_BINORMAL_TANGENT,
+                         kBinormalTangentTrack>
 {
 };
 
 class TEV2_ANIMATABLE_BOUNDING_BOX_LINEAR final
-    : public ScalableLinearTrack<TEV2_ANIMATABLE_BOUNDING_BOX_LINEAR, TEV2_ANIMATABLE_BOUNDING_BOX, 11>
+    : public ScalableLinearTrack<TEV2_ANIMATABLE_BOUNDING_BOX_LINEAR, TEV2_ANIMATABLE_BOUNDING_BOX, kBoxTrack>
 {
 };
 

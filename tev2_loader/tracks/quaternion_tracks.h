@@ -1,5 +1,6 @@
 #pragma once
 
+#include "tev2_loader/format.h"
 #include "tev2_loader/tracks/keyed_track.h"
 
 namespace TEV2_LOADER
@@ -50,7 +51,8 @@ public:
 };
 
 /// Interpolates the four components on their own; the result is not normalised.
-class TEV2_ANIMATABLE_QUATERNION_LERP final : public QuaternionTrack<TEV2_ANIMATABLE_QUATERNION_LERP, 5>
+class TEV2_ANIMATABLE_QUATERNION_LERP final
+    : public QuaternionTrack<TEV2_ANIMATABLE_QUATERNION_LERP, kLerpTrack>
 {
 public:
     static TEV2_QUATERNION Interpolate(const TEV2_QUATERNION& opening, const TEV2_QUATERNION& closing,
@@ -62,7 +64,8 @@ public:
 
 /// Interpolates along the arc between two keys; linearly, without normalising, where their dot product is
 /// above 0.99. A negative dot product goes the long way round: MakeContinuous prevents that.
-class TEV2_ANIMATABLE_QUATERNION_SLERP final : public QuaternionTrack<TEV2_ANIMATABLE_QUATERNION_SLERP, 6>
+class TEV2_ANIMATABLE_QUATERNION_SLERP final
+    : public QuaternionTrack<TEV2_ANIMATABLE_QUATERNION_SLERP, kSlerpTrack>
 {
 public:
     static TEV2_QUATERNION Interpolate(const TEV2_QUATERNION& opening, const TEV2_QUATERNION& closing,

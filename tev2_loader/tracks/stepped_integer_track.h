@@ -1,5 +1,6 @@
 #pragma once
 
+#include "tev2_loader/format.h"
 #include "tev2_loader/tracks/keyed_track.h"
 
 namespace TEV2_LOADER
@@ -7,7 +8,8 @@ namespace TEV2_LOADER
 
 /// Whole numbers that hold from their key until the cursor stands exactly on the next one. Equal neighbours
 /// are kept as keys of their own.
-class TEV2_ANIMATABLE_INT32_RLE final : public KeyedTrack<TEV2_ANIMATABLE_INT32_RLE, TEV2_ANIMATABLE_INT32, 8>
+class TEV2_ANIMATABLE_INT32_RLE final
+    : public KeyedTrack<TEV2_ANIMATABLE_INT32_RLE, TEV2_ANIMATABLE_INT32, kIntegerTrack>
 {
 public:
     static std::int32_t Interpolate(std::int32_t opening, std::int32_t closing, float fraction)

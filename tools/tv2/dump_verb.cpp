@@ -166,7 +166,7 @@ private:
             writer_.Track("translation", node.translation.get());
             writer_.Track("rotation", node.rotation.get());
             writer_.Track("scale", node.scale.get());
-            if (file_.report.version <= 1.05F)
+            if (file_.report.version <= kUntilLegacyMatrix)
             {
                 WorldMatrix(node.worldMatrix);
             }

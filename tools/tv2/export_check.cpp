@@ -67,7 +67,7 @@ public:
     void Finish()
     {
         const auto& nodes = scene_.matrixHierarchy.nodes;
-        const bool own_root = !nodes.empty() && nodes[0].name.Text() == u"Exporter Inserted Root";
+        const bool own_root = !nodes.empty() && nodes[0].name.Text() == kInsertedRootName;
         const std::uint64_t single = own_root ? 2 : 0;
         result_.keys_sampled = (tracks_ - std::min(tracks_, single)) * planned_.instants.size() + single;
     }
@@ -90,7 +90,7 @@ private:
 std::string CompareWithPlan(const LoadedFile& file, const PlannedFile& planned, const ExportPlan& plan)
 {
     const TEV2& scene = *file.scene;
-    const std::u16string line = u"TEV_NAME:\t" + tev2_exporter::Widen(planned.named) + u"\r\n";
+    const std::u16string line = tev2_exporter::Widen(std::string(kFileNameLine) + planned.named + "\r\n");
     if (scene.information.infoText.Text().find(line) == std::u16string::npos)
     {
         return "its information does not name it";

@@ -35,7 +35,7 @@ struct Paper
 
 Paper PaperFor(const TEV2_MATRIX_HIERARCHY& hierarchy, const std::string& view)
 {
-    const bool selection = hierarchy.nodes[0].name.Text() == u"Exporter Inserted Root";
+    const bool selection = hierarchy.nodes[0].name.Text() == kInsertedRootName;
     const std::size_t up = selection ? 1 : 2;
     const std::size_t depth = selection ? 2 : 1;
     if (view == "top")

@@ -89,8 +89,8 @@ Summary Summarise(LoadedFile& file)
 {
     Summary summary;
     TEV2& scene = *file.scene;
-    summary.has_information = LastChunk(file, 0) != nullptr;
-    summary.has_environment = LastChunk(file, 2) != nullptr;
+    summary.has_information = LastChunk(file, kInformationChunk) != nullptr;
+    summary.has_environment = LastChunk(file, kEnvironmentChunk) != nullptr;
     summary.information_lines = Lines(ReadableText(scene.information.infoText.Text()));
     TrackCounter counter(summary.tracks);
     WalkScene(scene, file.report, counter);

@@ -116,7 +116,7 @@ public:
         CheckTimes(place, view);
         if (view.IsInteger())
         {
-            if (place.chunk_id == 22)
+            if (place.chunk_id == kCameraManChunk)
             {
                 CheckSwitcher(place, view);
             }
@@ -145,12 +145,14 @@ private:
     void CheckChunks()
     {
         const auto& chunks = file_.report.chunks;
-        if (!chunks.empty() && chunks[0].id != 0)
+        if (!chunks.empty() && chunks[0].id != kInformationChunk)
         {
             AddForChunk("information-not-first", chunks[0], chunks[0].offset, "",
                         "the first chunk is " + ChunkTitle(chunks[0].id));
         }
-        for (const std::uint32_t id : {0U, 1U, 2U, 3U, 4U, 12U, 22U})
+        for (const std::uint32_t id :
+             {kInformationChunk, kArrayLengthsChunk, kEnvironmentChunk, kGlobalLightTintChunk,
+              kAmbientLightChunk, kMatrixHierarchyChunk, kCameraManChunk})
         {
             bool seen = false;
             for (const TEV2_CHUNK_SPAN& chunk : chunks)
@@ -161,7 +163,7 @@ private:
                 }
                 seen = seen || chunk.id == id;
             }
-            if (!seen && id != 3 && id != 4)
+            if (!seen && id != kGlobalLightTintChunk && id != kAmbientLightChunk)
             {
                 findings_.push_back({"chunk-missing", FindCheckCode("chunk-missing").severity,
                                      file_.image.size(), std::nullopt, 0, "", "no chunk " + ChunkTitle(id)});
@@ -176,7 +178,7 @@ private:
         {
             return;
         }
-        const TEV2_CHUNK_SPAN& chunk = *LastChunk(file_, 1);
+        const TEV2_CHUNK_SPAN& chunk = *LastChunk(file_, kArrayLengthsChunk);
         const TEV2_ARRAY_LENGTH_HELPER present(scene_);
         for (std::size_t i = 0; i < TEV2_ARRAY_LENGTH_HELPER::kCounts; ++i)
         {
@@ -192,7 +194,7 @@ private:
 
     void CheckTimeRange()
     {
-        const TEV2_CHUNK_SPAN* chunk = LastChunk(file_, 2);
+        const TEV2_CHUNK_SPAN* chunk = LastChunk(file_, kEnvironmentChunk);
         const auto& range = scene_.environment.timeRange;
         if (chunk == nullptr)
         {
@@ -211,7 +213,7 @@ private:
 
     void CheckNodeNames()
     {
-        const TEV2_CHUNK_SPAN* chunk = LastChunk(file_, 12);
+        const TEV2_CHUNK_SPAN* chunk = LastChunk(file_, kMatrixHierarchyChunk);
         if (chunk == nullptr)
         {
             return;
@@ -273,7 +275,7 @@ private:
         const auto& range = scene_.environment.timeRange;
         bool finite = true;
         bool ascending = true;
-        bool inside = LastChunk(file_, 2) != nullptr && range.minimum <= range.maximum;
+        bool inside = LastChunk(file_, kEnvironmentChunk) != nullptr && range.minimum <= range.maximum;
         for (std::size_t i = 0; i < count; ++i)
         {
             const float time = view.Time(i);

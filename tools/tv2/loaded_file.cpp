@@ -45,12 +45,12 @@ const TEV2_CHUNK_SPAN* LastChunk(const LoadedFile& file, std::uint32_t id)
 
 std::optional<TEV2_ARRAY_LENGTH_HELPER> AnnouncedLengths(const LoadedFile& file)
 {
-    const TEV2_CHUNK_SPAN* lengths = LastChunk(file, 1);
+    const TEV2_CHUNK_SPAN* lengths = LastChunk(file, kArrayLengthsChunk);
     if (lengths == nullptr)
     {
         return std::nullopt;
     }
-    const TEV2_CHUNK_SPAN* information = LastChunk(file, 0);
+    const TEV2_CHUNK_SPAN* information = LastChunk(file, kInformationChunk);
     const bool has_version = information != nullptr && information->offset < lengths->offset;
     TEV2_MEMORY_CURSOR cursor(file.image.data(), file.image.size());
     cursor.current += lengths->offset + 8;

@@ -31,24 +31,24 @@ public:
             const Frame frame{&chunk, version};
             switch (chunk.id)
             {
-            case 0:
+            case kInformationChunk:
                 information = frame;
                 version = report_.version;
                 break;
-            case 2:
+            case kEnvironmentChunk:
                 environment = frame;
                 break;
-            case 6:
+            case kCameraChunk:
                 if (Enter(frame, "cameras[" + std::to_string(camera) + "]"))
                 {
                     WalkCamera(*scene.cameras[camera], camera);
                     ++camera;
                 }
                 break;
-            case 12:
+            case kMatrixHierarchyChunk:
                 hierarchy = frame;
                 break;
-            case 22:
+            case kCameraManChunk:
                 switcher = frame;
                 break;
             default:
@@ -133,11 +133,11 @@ private:
         place_.offset += 4; // parentIndex
         Track("translation", node.translation);
         Track("rotation", node.rotation);
-        if (version_ >= 1.15F)
+        if (version_ >= kSinceScale)
         {
             Track("scale", node.scale);
         }
-        if (version_ <= 1.05F)
+        if (version_ <= kUntilLegacyMatrix)
         {
             place_.offset += 64;
         }
@@ -153,7 +153,7 @@ private:
         Text("thirdText", camera.thirdText);
         place_.offset += 4; // value
         WalkProperties(camera.properties);
-        if (version_ >= 1.13F)
+        if (version_ >= kSinceBounds)
         {
             Track("bounds", camera.bounds);
         }
@@ -187,7 +187,7 @@ private:
 
     void WalkProperties(const TEV2_EXTENDED_PROPERTIES& properties)
     {
-        if (version_ < 1.04F)
+        if (version_ < kSinceProperties)
         {
             return;
         }
