@@ -2,14 +2,16 @@
 
 #include <string>
 
+#include <fbsdk/fbversion.h>
+
 // Shared modules of the operating system.
 
 namespace mobu_host
 {
 
 // Null on failure, with the system's words for the cause.
-void* OpenModule(const std::string& path, std::string& cause);
-void* ModuleSymbol(void* module, const char* name); // null when there is none
+FBSDK_DLL void* OpenModule(const std::string& path, std::string& cause);
+FBSDK_DLL void* ModuleSymbol(void* module, const char* name); // null when there is none
 void CloseModule(void* module);
 bool SameModule(const void* first, const void* second); // two addresses of code or data
 

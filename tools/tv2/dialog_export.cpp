@@ -2,7 +2,7 @@
 
 #include "host/export_run/export_run.h"
 #include "host/popup/popup_script.h"
-#include "host/popup/popup_window.h"
+#include "host/popup/window_module.h"
 #include "tools/tv2/dialog_choices.h"
 #include "tools/tv2/exporter_module.h"
 #include "tools/tv2/text.h"
@@ -233,17 +233,17 @@ private:
     /// Who will use the dialog: a script, or whoever sits at the display.
     std::string FindUser(const std::string& script_path)
     {
+        std::string error;
         if (!script_path.empty())
         {
-            std::string error;
             script_ = mobu_host::PopupScript::Read(script_path, error);
             return error;
         }
-        const std::string reason = mobu_host::WhyNoWindow();
-        return reason.empty() ? reason
-                              : "the dialog cannot be shown: " + reason +
-                                    "; give its steps with --dialog-script, or leave --dialog out and give "
-                                    "the options on the command line";
+        window_ = mobu_host::WindowModule::Load(ModulePath("tv2_popup_window"), error);
+        return window_ ? std::string()
+                       : "the dialog cannot be shown: " + error +
+                             "; give its steps with --dialog-script, or leave --dialog out and give "
+                             "the options on the command line";
     }
 
     std::string OpenScene()
@@ -284,9 +284,9 @@ private:
                 {
                     return;
                 }
-                if (!script_)
+                if (window_)
                 {
-                    mobu_host::ShowInWindow(popup);
+                    window_->Show(popup);
                 }
                 else if (step_error.empty())
                 {
@@ -354,7 +354,8 @@ private:
 
     ExportRequest request_;
     DialogExportResult& result_;
-    std::optional<mobu_host::PopupScript> script_;
+    std::optional<mobu_host::PopupScript> script_; ///< or the window
+    std::optional<mobu_host::WindowModule> window_;
     ExportPlan plan_;
     std::vector<PlannedFile> possible_;
 };

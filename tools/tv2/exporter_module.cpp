@@ -12,11 +12,12 @@ namespace
 
 constexpr const char* kModuleName = "tv2_motionbuilder_export_tool";
 
-/// Where the exporter's module is: beside this program in the tree it was built in, or as it was installed.
-std::string FindModule()
+} // namespace
+
+std::string ModulePath(const std::string& name)
 {
     std::error_code error;
-    const std::string module = ModuleFileName(kModuleName);
+    const std::string module = ModuleFileName(name);
     const std::filesystem::path prefix = std::filesystem::path(ProgramPath()).parent_path().parent_path();
     const std::filesystem::path built = prefix / "lib/tv2" / module;
     const std::filesystem::path installed =
@@ -24,11 +25,9 @@ std::string FindModule()
     return std::filesystem::exists(built, error) ? built.string() : installed.string();
 }
 
-} // namespace
-
 std::string ExporterPath(const std::string& path)
 {
-    return path.empty() ? FindModule() : path;
+    return path.empty() ? ModulePath(kModuleName) : path;
 }
 
 std::unique_ptr<mobu_host::Plugin> LoadExporter(const std::string& path, std::string& error)

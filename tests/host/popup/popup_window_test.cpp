@@ -1,6 +1,6 @@
 // The exporter's dialog as a user meets it: in a window, with mouse and keyboard.
 
-#include "host/popup/popup_window.h"
+#include "host/popup/window_module.h"
 
 #include "exporter/export_dialog.h"
 #include "exporter/platform/settings_store.h"
@@ -111,7 +111,9 @@ protected:
     {
         if (!Screen().Problem().empty())
             GTEST_SKIP() << "no display to show windows on: " << Screen().Problem();
-        ASSERT_EQ(mobu_host::WhyNoWindow(), "");
+        std::string error;
+        window_ = mobu_host::WindowModule::Load(TEST_WINDOW_MODULE, error);
+        ASSERT_TRUE(window_) << error;
         mobu_host::NewScene();
         platform::TestPlatform::Get() = {};
         platform::TestPlatform::Get().ClearSettings();
@@ -131,7 +133,7 @@ protected:
             {
                 Session session{popup, acts};
                 Fl::add_timeout(0.0, Act, &session);
-                mobu_host::ShowInWindow(popup);
+                window_->Show(popup);
                 acted = session.done;
             });
         TEV2_EXPORTER_DIALOG dialog;
@@ -166,11 +168,25 @@ protected:
             window->do_callback();
     }
 
+    std::optional<mobu_host::WindowModule> window_;
+
     static std::string Stored(const char* name)
     {
         return platform::SettingsReader().Read(name).value_or("nothing");
     }
 };
+
+TEST(WindowModule, SaysWhyAModuleCannotBeLoaded)
+{
+    std::string error;
+    EXPECT_FALSE(mobu_host::WindowModule::Load("/nowhere/window.so", error));
+    EXPECT_EQ(
+        error,
+        "the module of its window, /nowhere/window.so (made where FLTK is installed), cannot be loaded: "
+        "/nowhere/window.so: cannot open shared object file: No such file or directory");
+    EXPECT_FALSE(mobu_host::WindowModule::Load(TEST_OTHER_MODULE, error));
+    EXPECT_TRUE(error.ends_with("it has no tv2_window_functions")) << error;
+}
 
 TEST_F(PopupWindowTest, ShowsThePopupAsItIsLaidOut)
 {

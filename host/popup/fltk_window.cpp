@@ -1,4 +1,6 @@
-#include "host/popup/popup_window.h"
+// The module tv2_popup_window: popups in windows of FLTK.
+
+#include "host/popup/window_module.h"
 
 #include "host/popup/group_frame.h"
 #include "host/popup/mark_button.h"
@@ -262,9 +264,7 @@ void PopupWindow::Run()
     Fl::flush(); // gone before what comes next, which may take long
 }
 
-} // namespace
-
-std::string WhyNoWindow()
+std::string Connect()
 {
     if (fl_display)
         return {};
@@ -280,9 +280,13 @@ std::string WhyNoWindow()
     return {};
 }
 
-void ShowInWindow(FBPopup& popup)
+void Show(FBPopup& popup)
 {
     PopupWindow(popup).Run();
 }
 
+} // namespace
 } // namespace mobu_host
+
+extern "C" FBSDK_MODULE_EXPORT const mobu_host::WindowFunctions tv2_window_functions;
+const mobu_host::WindowFunctions tv2_window_functions{mobu_host::Connect, mobu_host::Show};
