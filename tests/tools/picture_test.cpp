@@ -178,7 +178,8 @@ TEST(Picture, OneInstantIsOneFigureHoweverFarAway)
         const CommandResult result = RunTv2({"picture", "--json", file, folder.Path("a.svg")});
         ASSERT_EQ(result.exit_code, 0) << result.err;
         EXPECT_EQ(result.Json(),
-                  (nlohmann::json{{"file", file}, {"output", folder.Path("a.svg")}, {"figures", 1}}));
+                  (nlohmann::json{
+                      {"schema", 1}, {"file", file}, {"output", folder.Path("a.svg")}, {"figures", 1}}));
         const std::string svg = Drawing(folder.Path("a.svg"));
         EXPECT_EQ(svg.find("<line") != std::string::npos, height == 1.0F) << height;
     }

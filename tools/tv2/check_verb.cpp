@@ -2,7 +2,7 @@
 
 #include "tev2_loader/up_axis.h"
 #include "tools/tv2/check_codes.h"
-#include "tools/tv2/json.h"
+#include "tools/tv2/json_answer.h"
 #include "tools/tv2/lint.h"
 #include "tools/tv2/loaded_file.h"
 #include "tools/tv2/names.h"
@@ -43,7 +43,7 @@ void PrintCodes(VerbContext& context)
                                      {"severity", SeverityName(code.severity)},
                                      {"sentence", code.sentence}});
         }
-        out << JsonText(json) << '\n';
+        out << JsonAnswer(json);
         return;
     }
     for (const CheckCode& code : CheckCodes())
@@ -205,7 +205,7 @@ void RunCheck(const CheckOptions& options, VerbContext& context)
     }
     if (context.json)
     {
-        context.out << JsonText(json) << '\n';
+        context.out << JsonAnswer(json);
     }
 }
 

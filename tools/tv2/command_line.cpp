@@ -1,7 +1,7 @@
 #include "tools/tv2/command_line.h"
 
 #include "text/closest_name.h"
-#include "tools/tv2/json.h"
+#include "tools/tv2/json_answer.h"
 #include "tools/tv2/system.h"
 #include "tools/tv2/text.h"
 #include "tools/tv2/verb.h"
@@ -260,7 +260,7 @@ int Refuse(const std::string& caller, const std::string& why, int argc, char** a
     std::cerr << caller << ": " << Printable(why) << "\nRun with --help for more information.\n";
     if (WantsJson(argc, argv))
     {
-        std::cout << JsonText(Json{{"error", why}}) << '\n' << std::flush;
+        std::cout << JsonAnswer(Json{{"error", why}}) << std::flush;
     }
     return kExitCouldNotRun;
 }

@@ -1,7 +1,7 @@
 // tv2 dump: everything in a file, value by value.
 
 #include "tools/tv2/dump_writer.h"
-#include "tools/tv2/json.h"
+#include "tools/tv2/json_answer.h"
 #include "tools/tv2/loaded_file.h"
 #include "tools/tv2/names.h"
 #include "tools/tv2/verb.h"
@@ -287,15 +287,6 @@ private:
     DumpWriter& writer_;
 };
 
-void Refuse(const DumpOptions& options, const std::string& why, ExitCode code, VerbContext& context)
-{
-    context.Complain(why, code);
-    if (context.json)
-    {
-        context.out << JsonText(JsonFailure(options.file, why)) << '\n';
-    }
-}
-
 } // namespace
 
 void RunDump(const DumpOptions& options, VerbContext& context)
@@ -304,11 +295,11 @@ void RunDump(const DumpOptions& options, VerbContext& context)
     std::string error;
     if (!ReadFile(options.file, file, error))
     {
-        return Refuse(options, error, kExitCouldNotRun, context);
+        return context.Fail(options.file, error, kExitCouldNotRun);
     }
     if (!file.loaded)
     {
-        return Refuse(options, WhyNotLoaded(file), kExitFindings, context);
+        return context.Fail(options.file, WhyNotLoaded(file), kExitFindings);
     }
     const std::unique_ptr<DumpWriter> writer =
         context.json ? MakeJsonDump(context.out) : MakeTreeDump(context.out, options.keys);

@@ -3,7 +3,7 @@
 #include "tools/tv2/export_plan.h"
 #include "tools/tv2/export_report.h"
 #include "tools/tv2/exporter_module.h"
-#include "tools/tv2/json.h"
+#include "tools/tv2/json_answer.h"
 #include "tools/tv2/progress_bar.h"
 #include "tools/tv2/system.h"
 #include "tools/tv2/text.h"
@@ -161,7 +161,7 @@ private:
     {
         if (context_.json)
         {
-            context_.out << JsonText(ReportJson(request_.scene, report_)) << '\n';
+            context_.out << JsonAnswer(ReportJson(request_.scene, report_));
         }
         else if (!options_.quiet && report_.error.empty())
         {

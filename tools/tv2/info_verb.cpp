@@ -2,7 +2,7 @@
 
 #include "tev2_loader/up_axis.h"
 #include "tools/tv2/extents.h"
-#include "tools/tv2/json.h"
+#include "tools/tv2/json_answer.h"
 #include "tools/tv2/loaded_file.h"
 #include "tools/tv2/names.h"
 #include "tools/tv2/scene_walk.h"
@@ -124,11 +124,15 @@ std::string NodeName(const TEV2& scene, const TEV2_CAMERA& camera)
     return camera.value < nodes.size() ? ReadableText(nodes[camera.value].name.Text()) : std::string();
 }
 
-Json ToJson(const LoadedFile& file, const Summary& summary)
+Json JsonPoint(const std::array<float, 3>& point)
+{
+    return {JsonFloat(point[0]), JsonFloat(point[1]), JsonFloat(point[2])};
+}
+
+Json ToJson(const std::string& path, const LoadedFile& file, const Summary& summary)
 {
     const TEV2& scene = *file.scene;
-    Json json;
-    json["file"] = file.path;
+    Json json = {{"file", path}};
     json["bytes"] = file.image.size();
     json["version"] = nullptr;
     json["creatorText"] = nullptr;
@@ -171,8 +175,8 @@ Json ToJson(const LoadedFile& file, const Summary& summary)
     json["extents"] = nullptr;
     if (summary.extents.found)
     {
-        json["extents"] = {{"minimum", summary.extents.minimum},
-                           {"maximum", summary.extents.maximum},
+        json["extents"] = {{"minimum", JsonPoint(summary.extents.minimum)},
+                           {"maximum", JsonPoint(summary.extents.maximum)},
                            {"keyTimes", summary.extents.key_times},
                            {"keyTimesEvaluated", summary.extents.evaluated}};
     }
@@ -337,7 +341,7 @@ void RunInfo(const InfoOptions& options, VerbContext& context)
         const Summary summary = Summarise(file);
         if (context.json)
         {
-            json["files"].push_back(ToJson(file, summary));
+            json["files"].push_back(ToJson(path, file, summary));
             continue;
         }
         context.out << (first ? "" : "\n");
@@ -346,7 +350,7 @@ void RunInfo(const InfoOptions& options, VerbContext& context)
     }
     if (context.json)
     {
-        context.out << JsonText(json) << '\n';
+        context.out << JsonAnswer(json);
     }
 }
 

@@ -1,11 +1,9 @@
 #include "tools/tv2/exporter_module.h"
-#include "tools/tv2/json.h"
+#include "tools/tv2/json_answer.h"
 #include "tools/tv2/text.h"
 #include "tools/tv2/verb.h"
 
 #include <mobu_host/ui.h>
-
-#include <nlohmann/json.hpp>
 
 #include <memory>
 #include <string>
@@ -42,7 +40,7 @@ const char* PlaceOf(FBMenuItem& item)
 
 void RunMenu(const MenuVerbOptions& options, VerbContext& context)
 {
-    nlohmann::ordered_json json;
+    Json json;
     std::string error;
     const std::unique_ptr<mobu_host::Plugin> plugin = LoadExporter(options.plugin, error);
     if (!plugin)
@@ -50,7 +48,7 @@ void RunMenu(const MenuVerbOptions& options, VerbContext& context)
         context.Complain(error, kExitCouldNotRun);
         json["error"] = error;
     }
-    json["entries"] = nlohmann::ordered_json::array();
+    json["entries"] = Json::array();
     for (FBMenuItem* item : mobu_host::MenuItems())
     {
         json["entries"].push_back({{"caption", TextOf(item->Label)},
@@ -60,7 +58,7 @@ void RunMenu(const MenuVerbOptions& options, VerbContext& context)
     }
     if (context.json)
     {
-        context.out << JsonText(json) << '\n';
+        context.out << JsonAnswer(json);
         return;
     }
     for (const auto& entry : json["entries"])

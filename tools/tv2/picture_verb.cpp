@@ -4,7 +4,7 @@
 #include "tev2_loader/io/whole_file.h"
 #include "tools/tv2/drawing.h"
 #include "tools/tv2/figures.h"
-#include "tools/tv2/json.h"
+#include "tools/tv2/json_answer.h"
 #include "tools/tv2/loaded_file.h"
 #include "tools/tv2/system.h"
 #include "tools/tv2/text.h"
@@ -28,13 +28,6 @@ struct PictureOptions
     std::string view = "front";
 };
 
-void Refuse(const PictureOptions& options, const std::string& why, ExitCode code, VerbContext& context)
-{
-    context.Complain(why, code);
-    if (context.json)
-        context.out << JsonText(JsonFailure(options.file, why)) << '\n';
-}
-
 bool IsSameFile(const std::string& a, const std::string& b)
 {
     std::error_code ignored; // a file that is not there is no other's
@@ -48,25 +41,27 @@ void RunPicture(const PictureOptions& options, VerbContext& context)
     SurviveClosedPipes();
     const bool to_output = options.output == "-";
     if (to_output && context.json)
-        return Refuse(options, "the drawing and JSON cannot both go to standard output", kExitCouldNotRun,
-                      context);
+        return context.Fail(options.file, "the drawing and JSON cannot both go to standard output",
+                            kExitCouldNotRun);
     if (!to_output && !options.output.ends_with(".svg"))
-        return Refuse(options, options.output + ": a drawing's name ends in .svg", kExitCouldNotRun, context);
+        return context.Fail(options.file, options.output + ": a drawing's name ends in .svg",
+                            kExitCouldNotRun);
     if (!to_output && IsSameFile(options.file, options.output))
-        return Refuse(options, options.output + ": the drawing would replace the file that it shows",
-                      kExitCouldNotRun, context);
+        return context.Fail(options.file,
+                            options.output + ": the drawing would replace the file that it shows",
+                            kExitCouldNotRun);
     LoadedFile file;
     std::string error;
     if (!ReadFile(options.file, file, error))
-        return Refuse(options, error, kExitCouldNotRun, context);
+        return context.Fail(options.file, error, kExitCouldNotRun);
     if (!file.loaded)
-        return Refuse(options, WhyNotLoaded(file), kExitFindings, context);
+        return context.Fail(options.file, WhyNotLoaded(file), kExitFindings);
     const std::vector<Figure> figures = PoseFigures(*file.scene, options.view, options.figures);
     const bool empty =
         std::all_of(figures.begin(), figures.end(), [](const Figure& figure) { return figure.Empty(); });
     if (empty)
-        return Refuse(options, file.path + ": nothing to draw: no nodes below the root", kExitFindings,
-                      context);
+        return context.Fail(options.file, file.path + ": nothing to draw: no nodes below the root",
+                            kExitFindings);
 
     const Drawing drawing = DrawFigures(figures);
     if (to_output)
@@ -75,12 +70,12 @@ void RunPicture(const PictureOptions& options, VerbContext& context)
         return;
     }
     if (const int failure = TEV2_LOADER::WriteWholeFile(options.output, drawing.svg); failure != 0)
-        return Refuse(options, options.output + ": cannot be written: " + std::strerror(failure),
-                      kExitCouldNotRun, context);
+        return context.Fail(options.file, options.output + ": cannot be written: " + std::strerror(failure),
+                            kExitCouldNotRun);
     if (context.json)
     {
         const Json json = {{"file", options.file}, {"output", options.output}, {"figures", figures.size()}};
-        context.out << JsonText(json) << '\n';
+        context.out << JsonAnswer(json);
         return;
     }
     context.out << Printable(options.output) << ": " << CountOf(figures.size(), "figure", "figures") << " of "

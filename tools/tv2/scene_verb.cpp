@@ -1,5 +1,5 @@
 #include "exporter/sampling/sampling_range.h"
-#include "tools/tv2/json.h"
+#include "tools/tv2/json_answer.h"
 #include "tools/tv2/notes.h"
 #include "tools/tv2/system.h"
 #include "tools/tv2/text.h"
@@ -8,8 +8,6 @@
 #include "host/import/scene_import.h"
 
 #include <mobu_host/scene.h>
-
-#include <nlohmann/json.hpp>
 
 #include <iomanip>
 #include <memory>
@@ -28,8 +26,6 @@ struct SceneVerbOptions
     double scene_rate = 0.0; ///< frames a second; 0: the scene's own
 };
 
-using SceneJson = nlohmann::ordered_json;
-
 std::string TypeOf(FBModel& model)
 {
     if (model.Is(FBCameraSwitcher::TypeInfo))
@@ -39,11 +35,11 @@ std::string TypeOf(FBModel& model)
     return model.Is(FBCamera::TypeInfo) ? "camera" : "model";
 }
 
-SceneJson Numbers(FBProperty& property, int count)
+Json Numbers(FBProperty& property, int count)
 {
     double values[4] = {};
     property.GetData(values, static_cast<int>(sizeof(double)) * count);
-    SceneJson list = SceneJson::array();
+    Json list = Json::array();
     for (int i = 0; i < count; ++i)
     {
         list.push_back(values[i]);
@@ -51,7 +47,7 @@ SceneJson Numbers(FBProperty& property, int count)
     return list;
 }
 
-SceneJson ValueOf(FBProperty& property)
+Json ValueOf(FBProperty& property)
 {
     switch (property.GetPropertyType())
     {
@@ -100,9 +96,9 @@ const char* KindOf(FBProperty& property)
     }
 }
 
-SceneJson PropertiesOf(FBComponent& owner)
+Json PropertiesOf(FBComponent& owner)
 {
-    SceneJson list = SceneJson::array();
+    Json list = Json::array();
     for (int i = 0; i < owner.PropertyList.GetCount(); ++i)
     {
         FBProperty* property = owner.PropertyList[i];
@@ -110,12 +106,12 @@ SceneJson PropertiesOf(FBComponent& owner)
         {
             continue;
         }
-        SceneJson entry = {{"name", TextOf(property->GetName())},
-                           {"kind", TextOf(KindOf(*property))},
-                           {"value", ValueOf(*property)}};
+        Json entry = {{"name", TextOf(property->GetName())},
+                      {"kind", TextOf(KindOf(*property))},
+                      {"value", ValueOf(*property)}};
         if (property->GetPropertyType() == kFBPT_enum)
         {
-            entry["items"] = SceneJson::array();
+            entry["items"] = Json::array();
             for (int item = 0; const char* text = property->EnumList(item); ++item)
             {
                 entry["items"].push_back(text);
@@ -126,7 +122,7 @@ SceneJson PropertiesOf(FBComponent& owner)
     return list;
 }
 
-SceneJson LensOf(FBCamera& camera)
+Json LensOf(FBCamera& camera)
 {
     static constexpr const char* kApertureModes[] = {"vertical", "horizontal", "vertical and horizontal",
                                                      "focal length"};
@@ -139,11 +135,11 @@ SceneJson LensOf(FBCamera& camera)
             {"far", static_cast<double>(camera.FarPlaneDistance)}};
 }
 
-SceneJson DescribeTakes()
+Json DescribeTakes()
 {
     const double rate = FBPlayerControl().GetTransportFpsValue();
     FBTake* const current = FBSystem().CurrentTake;
-    SceneJson list = SceneJson::array();
+    Json list = Json::array();
     FBPropertyListTake& takes = mobu_host::Scene().Takes;
     for (int i = 0; i < takes.GetCount(); ++i)
     {
@@ -154,22 +150,22 @@ SceneJson DescribeTakes()
         list.push_back({{"name", TextOf(take.Name)},
                         {"current", &take == current},
                         {"start", start},
-                        {"stop", stop},
+                        {"end", stop},
                         {"startFrame", tev2_exporter::FrameAt(start, rate)},
-                        {"stopFrame", tev2_exporter::FrameAt(stop, rate)}});
+                        {"endFrame", tev2_exporter::FrameAt(stop, rate)}});
     }
     return list;
 }
 
-SceneJson DescribeModel(FBModel& model)
+Json DescribeModel(FBModel& model)
 {
     FBVector3d place;
     model.GetVector(place, kModelTranslation, true);
     FBModel* const parent = model.Parent;
-    SceneJson entry = {{"name", TextOf(model.LongName)},
-                       {"type", TypeOf(model)},
-                       {"parent", parent != nullptr ? SceneJson(TextOf(parent->LongName)) : SceneJson()},
-                       {"position", {place[0], place[1], place[2]}}};
+    Json entry = {{"name", TextOf(model.LongName)},
+                  {"type", TypeOf(model)},
+                  {"parent", parent != nullptr ? Json(TextOf(parent->LongName)) : Json()},
+                  {"position", {place[0], place[1], place[2]}}};
     if (model.Is(FBCamera::TypeInfo))
     {
         entry["lens"] = LensOf(static_cast<FBCamera&>(model));
@@ -179,16 +175,16 @@ SceneJson DescribeModel(FBModel& model)
 }
 
 /// Everything that the host sees of the scene that is open, in the order of its lists.
-SceneJson DescribeScene(const std::string& path, const std::vector<std::string>& notes)
+Json DescribeScene(const std::string& path, const std::vector<std::string>& notes)
 {
-    SceneJson json = {{"scene", path},
-                      {"transportRate", FBPlayerControl().GetTransportFpsValue()},
-                      {"takes", DescribeTakes()},
-                      {"models", SceneJson::array()},
-                      {"systemCameras", SceneJson::array()},
-                      {"switcher", FBFindModelByLabelName("Camera Switcher") != nullptr},
-                      {"constraints", SceneJson::array()},
-                      {"notes", notes}};
+    Json json = {{"file", path},
+                 {"transportRate", FBPlayerControl().GetTransportFpsValue()},
+                 {"takes", DescribeTakes()},
+                 {"models", Json::array()},
+                 {"systemCameras", Json::array()},
+                 {"switcher", FBFindModelByLabelName("Camera Switcher") != nullptr},
+                 {"constraints", Json::array()},
+                 {"notes", notes}};
     for (FBModel* model : mobu_host::ModelsInPreOrder())
     {
         json["models"].push_back(DescribeModel(*model));
@@ -212,7 +208,7 @@ SceneJson DescribeScene(const std::string& path, const std::vector<std::string>&
     return json;
 }
 
-std::string Short(const SceneJson& value)
+std::string Short(const Json& value)
 {
     if (value.is_number_float())
     {
@@ -221,7 +217,7 @@ std::string Short(const SceneJson& value)
     if (value.is_array())
     {
         std::string list;
-        for (const SceneJson& element : value)
+        for (const Json& element : value)
         {
             list += (list.empty() ? "" : ", ") + Short(element);
         }
@@ -230,9 +226,9 @@ std::string Short(const SceneJson& value)
     return value.is_string() ? '"' + OneLine(value.get<std::string>()) + '"' : value.dump();
 }
 
-void PrintProperties(std::ostream& out, const SceneJson& properties, const std::string& indent)
+void PrintProperties(std::ostream& out, const Json& properties, const std::string& indent)
 {
-    for (const SceneJson& property : properties)
+    for (const Json& property : properties)
     {
         out << indent << ". " << OneLine(property["name"].get<std::string>()) << " = "
             << Short(property["value"]) << "  " << property["kind"].get<std::string>();
@@ -244,10 +240,10 @@ void PrintProperties(std::ostream& out, const SceneJson& properties, const std::
     }
 }
 
-void PrintModels(std::ostream& out, const SceneJson& models)
+void PrintModels(std::ostream& out, const Json& models)
 {
     std::vector<std::string> path; // long names from the root down to the model before
-    for (const SceneJson& model : models)
+    for (const Json& model : models)
     {
         while (!path.empty() && model["parent"] != path.back())
         {
@@ -263,7 +259,7 @@ void PrintModels(std::ostream& out, const SceneJson& models)
         out << '\n';
         if (model.contains("lens"))
         {
-            const SceneJson& lens = model["lens"];
+            const Json& lens = model["lens"];
             out << indent << "  " << (lens["orthogonal"].get<bool>() ? "orthogonal, " : "")
                 << "field of view " << Short(lens["fieldOfView"]) << " degrees ("
                 << lens["apertureMode"].get<std::string>() << "), aspect " << Short(lens["aspect"]) << ", "
@@ -274,23 +270,23 @@ void PrintModels(std::ostream& out, const SceneJson& models)
     }
 }
 
-void PrintScene(std::ostream& out, const SceneJson& scene)
+void PrintScene(std::ostream& out, const Json& scene)
 {
-    out << Printable(scene["scene"].get<std::string>()) << "\ntransport rate "
-        << Short(scene["transportRate"]) << " frames a second\n";
+    out << Printable(scene["file"].get<std::string>()) << "\ntransport rate " << Short(scene["transportRate"])
+        << " frames a second\n";
     out << CountOf(scene["takes"].size(), "take", "takes") << '\n';
-    for (const SceneJson& take : scene["takes"])
+    for (const Json& take : scene["takes"])
     {
         out << "  " << OneLine(take["name"].get<std::string>()) << "  " << Short(take["start"]) << " to "
-            << Short(take["stop"]) << " s, frames " << Short(take["startFrame"]) << " to "
-            << Short(take["stopFrame"]) << (take["current"].get<bool>() ? "  (current)" : "") << '\n';
+            << Short(take["end"]) << " s, frames " << Short(take["startFrame"]) << " to "
+            << Short(take["endFrame"]) << (take["current"].get<bool>() ? "  (current)" : "") << '\n';
     }
     out << CountOf(scene["models"].size() - 1, "model", "models") << " below the root\n";
     PrintModels(out, scene["models"]);
     out << CountOf(scene["systemCameras"].size(), "system camera", "system cameras") << ", "
         << (scene["switcher"].get<bool>() ? "a" : "no") << " camera switcher\n";
     out << CountOf(scene["constraints"].size(), "constraint", "constraints") << '\n';
-    for (const SceneJson& constraint : scene["constraints"])
+    for (const Json& constraint : scene["constraints"])
     {
         out << "  " << OneLine(constraint["name"].get<std::string>());
         if (const auto type = constraint["type"].get<std::string>(); !type.empty())
@@ -303,11 +299,6 @@ void PrintScene(std::ostream& out, const SceneJson& scene)
     PrintNotes(out, scene["notes"].get<std::vector<std::string>>(), OutputColumns());
 }
 
-void PrintJson(std::ostream& out, const SceneJson& json)
-{
-    out << JsonText(json) << '\n';
-}
-
 } // namespace
 
 void RunScene(const SceneVerbOptions& options, VerbContext& context)
@@ -317,17 +308,12 @@ void RunScene(const SceneVerbOptions& options, VerbContext& context)
     const mobu_host::SceneImportResult result = mobu_host::ImportScene(options.scene, import);
     if (!result.ok)
     {
-        context.Complain(result.error, kExitCouldNotRun);
-        if (context.json)
-        {
-            PrintJson(context.out, {{"file", options.scene}, {"error", result.error}});
-        }
-        return;
+        return context.Fail(options.scene, result.error, kExitCouldNotRun);
     }
-    const SceneJson scene = DescribeScene(options.scene, result.notes);
+    const Json scene = DescribeScene(options.scene, result.notes);
     if (context.json)
     {
-        PrintJson(context.out, scene);
+        context.out << JsonAnswer(scene);
         return;
     }
     PrintScene(context.out, scene);

@@ -1,5 +1,6 @@
 #include "tools/tv2/verb.h"
 
+#include "tools/tv2/json_answer.h"
 #include "tools/tv2/text.h"
 
 #include <algorithm>
@@ -23,6 +24,15 @@ void VerbContext::Complain(std::string_view what, ExitCode code)
 {
     err << "tv2 " << verb << ": " << Printable(what) << '\n';
     Report(code);
+}
+
+void VerbContext::Fail(const std::string& file, const std::string& why, ExitCode code)
+{
+    Complain(why, code);
+    if (json)
+    {
+        out << JsonAnswer(JsonFailure(file, why));
+    }
 }
 
 void VerbContext::Report(ExitCode code)

@@ -32,6 +32,9 @@ struct VerbContext
     /// Reports a problem, on a line of its own.
     void Complain(std::string_view what, ExitCode code);
 
+    /// The same, about a file of which there is nothing else to say; with --json as the answer, too.
+    void Fail(const std::string& file, const std::string& why, ExitCode code);
+
     /// The worst report of a run decides the exit code.
     void Report(ExitCode code);
 };
