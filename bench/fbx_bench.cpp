@@ -1,5 +1,5 @@
-#include "host/import/fbx/fbx_import.h"
-#include "host/import/fbx/scene_data.h"
+#include "host/import/fbx/fbx_reader.h"
+#include "host/import/host_scene.h"
 
 #include <benchmark/benchmark.h>
 #include <mobu_host/scene.h>
@@ -32,9 +32,7 @@ void OpenInHost(benchmark::State& state, const std::string& path)
     for ([[maybe_unused]] auto _ : state)
     {
         mobu_host::ImportNotes notes;
-        std::string cause;
-        if (!mobu_host::fbx::ImportFbx(file, notes, cause))
-            state.SkipWithError(cause.c_str());
+        mobu_host::BuildHostScene(mobu_host::fbx::ReadFbx(file, {}, notes), {}, notes);
     }
     Count(state, file);
 }
@@ -46,8 +44,7 @@ void Read(benchmark::State& state, const std::string& path)
     for ([[maybe_unused]] auto _ : state)
     {
         mobu_host::ImportNotes notes;
-        const mobu_host::fbx::RecordTree tree(file);
-        benchmark::DoNotOptimize(ReadScene(mobu_host::fbx::Document(tree), notes));
+        benchmark::DoNotOptimize(mobu_host::fbx::ReadFbx(file, {}, notes));
     }
     Count(state, file);
 }

@@ -1,6 +1,7 @@
 #include "fuzz/scene_target.h"
 
 #include "host/import/formats.h"
+#include "host/import/host_scene.h"
 #include "host/import/parse_error.h"
 
 #include <mobu_host/scene.h>
@@ -38,7 +39,7 @@ int ReadAsScene(const char* format, const std::uint8_t* data, std::size_t size)
         mobu_host::SceneFile file;
         file.path = "no such folder/fuzz"; // nothing is read beside it
         file.bytes.assign(reinterpret_cast<const char*>(data), size);
-        mobu_host::FormatNamed(format)->import(file, {}, notes);
+        mobu_host::BuildHostScene(mobu_host::FormatNamed(format)->read(file, {}, notes), {}, notes);
         EvaluateTakes();
     }
     catch (const mobu_host::ParseError& error)

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "host/import/affine.h"
+#include "host/math/affine.h"
 
 #include <algorithm>
 #include <cmath>

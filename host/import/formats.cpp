@@ -2,23 +2,19 @@
 
 #include "host/import/bvh/bvh_reader.h"
 #include "host/import/collada/collada_reader.h"
-#include "host/import/fbx/fbx_import.h"
+#include "host/import/fbx/fbx_reader.h"
 #include "host/import/gltf/gltf_reader.h"
-#include "host/import/host_scene.h"
-#include "host/import/parse_error.h"
 
 #include <algorithm>
 #include <cctype>
 #include <cstddef>
 #include <iterator>
-#include <utility>
+#include <vector>
 
 namespace mobu_host
 {
 namespace
 {
-
-using SourceFiles = std::vector<std::string>;
 
 constexpr std::size_t kLookedThrough = 1 << 16; // bytes
 
@@ -60,14 +56,6 @@ bool IsCollada(std::string_view bytes)
     return WithoutMarkAndBlanks(start).starts_with("<") && start.find("<COLLADA") != std::string::npos;
 }
 
-SourceFiles ImportFbxFile(const SceneFile& file, const ImportOptions& options, ImportNotes& notes)
-{
-    std::string cause;
-    if (!fbx::ImportFbx(file.bytes, notes, cause, options))
-        throw ParseError(cause);
-    return {};
-}
-
 // For formats that are whole in one file.
 template <SceneDescription (*Read)(std::string_view, const ImportOptions&, ImportNotes&)>
 SceneDescription ReadBytes(const SceneFile& file, const ImportOptions& options, ImportNotes& notes)
@@ -75,35 +63,14 @@ SceneDescription ReadBytes(const SceneFile& file, const ImportOptions& options, 
     return Read(file.bytes, options, notes);
 }
 
-template <SceneDescription (*Read)(const SceneFile&, const ImportOptions&, ImportNotes&)>
-SourceFiles ReadAndBuild(const SceneFile& file, const ImportOptions& options, ImportNotes& notes)
-{
-    SceneDescription scene = Read(file, options, notes);
-    SourceFiles files = std::move(scene.source_files);
-    BuildHostScene(std::move(scene), options, notes);
-    return files;
-}
-
-template <SceneDescription (*Read)(const SceneFile&, const ImportOptions&, ImportNotes&)>
-constexpr Format Described(const char* name, bool (*recognises)(std::string_view))
-{
-    return {name, recognises, Read, ReadAndBuild<Read>, ""};
-}
-
-[[maybe_unused]] constexpr Format Unreadable(const char* name, bool (*recognises)(std::string_view),
-                                             const char* library)
-{
-    return {name, recognises, nullptr, nullptr, library};
-}
-
 constexpr Format kFormats[] = {
-    {"FBX", IsFbx, nullptr, ImportFbxFile, ""},
-    Described<ReadBytes<bvh::ReadBvh>>("BVH", IsBvh),
-    Described<ReadGltf>("glTF", IsGltf),
+    {"FBX", IsFbx, ReadBytes<fbx::ReadFbx>},
+    {"BVH", IsBvh, ReadBytes<bvh::ReadBvh>},
+    {"glTF", IsGltf, ReadGltf},
 #ifdef TV2_HAS_PUGIXML
-    Described<ReadBytes<collada::ReadScene>>("Collada", IsCollada),
+    {"Collada", IsCollada, ReadBytes<collada::ReadScene>},
 #else
-    Unreadable("Collada", IsCollada, "pugixml"),
+    {"Collada", IsCollada, nullptr, "pugixml"},
 #endif
 };
 
@@ -123,7 +90,7 @@ std::span<const Format> Formats()
 
 const Format* FormatOf(std::string_view bytes)
 {
-    return FirstOf([bytes](const Format& format) { return format.recognises(bytes); });
+    return FirstOf([bytes](const Format& format) { return format.sniff(bytes); });
 }
 
 const Format* FormatNamed(std::string_view name)
@@ -131,15 +98,15 @@ const Format* FormatNamed(std::string_view name)
     return FirstOf([name](const Format& format) { return format.name == name; });
 }
 
-std::string ReadableFormats()
+std::string ReadableFormats(std::string_view before_last)
 {
     std::vector<std::string> names;
     for (const Format& format : kFormats)
-        if (format.import != nullptr)
+        if (format.read != nullptr)
             names.emplace_back(format.name);
     std::string line;
     for (std::size_t i = 0; i < names.size(); ++i)
-        line += (i == 0 ? "" : i + 1 == names.size() ? " and " : ", ") + names[i];
+        line.append(i == 0 ? "" : i + 1 == names.size() ? before_last : ", ").append(names[i]);
     return line;
 }
 

@@ -17,16 +17,14 @@ namespace mobu_host
 struct Format
 {
     const char* name;
-    bool (*recognises)(std::string_view bytes);
 
-    // What the file says. Throws ParseError. Null for one that goes into the host's scene without a description.
+    // Whether bytes are of this format, by how they begin.
+    bool (*sniff)(std::string_view bytes);
+
+    // What the file says. Throws ParseError. Null where this build lacks `library`.
     SceneDescription (*read)(const SceneFile& file, const ImportOptions& options, ImportNotes& notes);
 
-    // Empties the host's scene and puts the file's content in its place; returns what else was read. Throws ParseError,
-    // with the scene as it was. Null where this build cannot read the format for want of `library`.
-    std::vector<std::string> (*import)(const SceneFile& file, const ImportOptions& options,
-                                       ImportNotes& notes);
-    const char* library;
+    const char* library = nullptr;
 };
 
 std::span<const Format> Formats();
@@ -37,7 +35,7 @@ const Format* FormatOf(std::string_view bytes);
 // Null when there is none of this name.
 const Format* FormatNamed(std::string_view name);
 
-// "FBX, BVH, glTF and Collada": those that this build reads.
-std::string ReadableFormats();
+// Those that this build reads, for messages: "FBX, BVH, glTF and Collada".
+std::string ReadableFormats(std::string_view before_last = " and ");
 
 } // namespace mobu_host

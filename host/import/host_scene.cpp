@@ -1,7 +1,6 @@
 #include "host/import/host_scene.h"
 
 #include "host/import/exportable_number.h"
-#include "host/import/frame_time.h"
 #include "host/import/long_text.h"
 #include "host/import/parse_error.h"
 #include "host/import/transport_rate.h"
@@ -141,46 +140,83 @@ void NoteLongTexts(const SceneDescription& scene, ImportNotes& notes)
         NoteLongText(take.name, take.name, "", notes);
 }
 
-void AddProperty(FBModel& model, const std::string& name, FBPropertyType type, const void* value)
+struct AddPropertyOf
 {
-    if (FBProperty* property = AddUserProperty(model, name, type, true))
-        property->SetData(const_cast<void*>(value));
+    FBModel& model;
+    const PropertyDescription& property;
+
+    FBProperty* operator()(bool value) const { return Add(kFBPT_bool, &value); }
+    FBProperty* operator()(int value) const { return Add(kFBPT_int, &value); }
+    FBProperty* operator()(double value) const { return Add(kFBPT_double, &value); }
+    FBProperty* operator()(const std::array<double, 3>& value) const
+    {
+        return Add(kFBPT_Vector3D, value.data());
+    }
+    FBProperty* operator()(const std::array<double, 4>& value) const
+    {
+        return Add(kFBPT_ColorRGBA, value.data());
+    }
+    FBProperty* operator()(const Colour& value) const { return Add(kFBPT_ColorRGB, value.parts.data()); }
+    FBProperty* operator()(const std::string& value) const
+    {
+        const char* const text = value.c_str();
+        return Add(kFBPT_charptr, &text);
+    }
+    FBProperty* operator()(const Choice& choice) const
+    {
+        return AddUserEnum(model, property.name, choice.items, choice.item, property.animatable);
+    }
+
+private:
+    FBProperty* Add(FBPropertyType type, const void* value) const
+    {
+        FBProperty* const added = AddUserProperty(model, property.name, type, property.animatable);
+        added->SetData(const_cast<void*>(value));
+        return added;
+    }
+};
+
+void Assign(FBProperty& property, double number)
+{
+    if (property.GetPropertyType() == kFBPT_double)
+        property.SetData(&number);
+    else
+        property.SetInt(static_cast<int>(std::clamp(number, -2147483648.0, 2147483647.0)));
 }
 
-void AddProperties(FBModel& model, const std::vector<PropertyDescription>& properties)
+FBVector3d ToSdk(const Vector& vector)
 {
-    for (const PropertyDescription& property : properties)
-    {
-        if (const auto* truth = std::get_if<bool>(&property.value))
-            AddProperty(model, property.name, kFBPT_bool, truth);
-        else if (const auto* whole = std::get_if<int>(&property.value))
-            AddProperty(model, property.name, kFBPT_int, whole);
-        else if (const auto* number = std::get_if<double>(&property.value))
-            AddProperty(model, property.name, kFBPT_double, number);
-        else if (const auto* three = std::get_if<std::array<double, 3>>(&property.value))
-            AddProperty(model, property.name, kFBPT_Vector3D, three->data());
-        else if (const auto* four = std::get_if<std::array<double, 4>>(&property.value))
-            AddProperty(model, property.name, kFBPT_ColorRGBA, four->data());
-        else if (const auto* text = std::get_if<std::string>(&property.value))
-        {
-            const char* const characters = text->c_str();
-            AddProperty(model, property.name, kFBPT_charptr, &characters);
-        }
-    }
+    return FBVector3d(vector.data());
 }
 
-FBProperty& PropertyOf(FBCamera& camera, LensValue value)
+FBModel* SystemCamera(const std::string& name)
 {
-    switch (value)
-    {
-    case LensValue::NearPlane:
-        return camera.NearPlaneDistance;
-    case LensValue::FarPlane:
-        return camera.FarPlaneDistance;
-    case LensValue::HorizontalAngle:
-        break;
-    }
-    return camera.FieldOfView;
+    FBPropertyListCamera& cameras = Scene().Cameras; // the system's come first
+    for (int i = 0; i < cameras.GetCount() && cameras[i]->SystemCamera; ++i)
+        if (name == static_cast<const char*>(cameras[i]->LongName))
+            return cameras[i];
+    return nullptr;
+}
+
+// The host counts these itself; names in the file do not compete with others.
+bool IsHosts(ModelKind kind)
+{
+    return kind == ModelKind::SystemCamera || kind == ModelKind::Switcher;
+}
+
+// Moves a time onto the frame that it is meant to be on; others stay. An exporter truncates seconds x rate toward zero, so
+// a tick too few would lose the frame: the result is never closer to zero than its frame.
+FBTime OnFrame(double seconds, double rate)
+{
+    FBTime time;
+    time.SetSecondDouble(seconds);
+    if (!IsWholeFrame(time.GetSecondDouble(), rate))
+        return time;
+    const double frame = std::round(time.GetSecondDouble() * rate);
+    time.SetSecondDouble(frame / rate);
+    while (std::abs(time.GetSecondDouble() * rate) < std::abs(frame))
+        time.Set(time.Get() + (frame < 0.0 ? -1 : 1));
+    return time;
 }
 
 std::string PerSecond(double rate)
@@ -204,7 +240,10 @@ public:
         places_.resize(scene_.models.size());
         for (std::size_t i = 0; i < places_.size(); ++i)
             AddModelAt(i);
+        SetInterests();
+        ListCameras();
         AddTakes();
+        AddConstraints();
         Scene().Evaluate();
     }
 
@@ -220,8 +259,9 @@ private:
 
     struct Place
     {
-        FBModel* model = nullptr;
+        FBModel* model = nullptr; // null for a system camera that the host does not have
         std::shared_ptr<const Surroundings> surroundings; // null where they change nothing
+        std::size_t first_property = 0;                   // in `properties_`
     };
 
     double RateOf(double scene_rate)
@@ -247,30 +287,68 @@ private:
         names.Make(static_cast<const char*>(root->LongName), "", notes_);
         for (const bool geometry : {false, true})
             for (ModelDescription& model : scene_.models)
-                if (model.has_geometry == geometry)
+                if (model.has_geometry == geometry && !IsHosts(model.kind))
                     model.name = names.Make(std::move(model.name), "Node", notes_);
+    }
+
+    void AddProperties(FBModel& model, const std::vector<PropertyDescription>& properties)
+    {
+        for (const PropertyDescription& property : properties)
+            properties_.push_back(std::visit(AddPropertyOf{model, property}, property.value));
     }
 
     void AddModelAt(std::size_t index)
     {
         const ModelDescription& source = scene_.models[index];
-        const bool on_top = source.parent == kNoParent;
-        const Place* const parent = on_top ? nullptr : &places_[source.parent];
+        Place& place = places_[index];
+        FBModel* const parent = source.parent == kNoModel ? nullptr : places_[source.parent].model;
+        place.first_property = properties_.size();
+        if (source.kind == ModelKind::SystemCamera)
+            place.model = SystemCamera(source.name);
+        else if (source.kind == ModelKind::Switcher)
+            place.model = AddCameraSwitcher();
+        else if (source.kind == ModelKind::Camera)
+            place.model = AddCamera(source.name, parent);
+        else
+            place.model = source.lens ? AddCameraOf(source, parent) : AddModel(source.name, parent);
+        if (!place.model)
+            return;
+        if (source.parts)
+            SetParts(source, *place.model);
+        else
+            SetRest(source, place);
+        for (const BuiltInValue& value : source.values)
+            if (FBProperty* const property = place.model->PropertyList.Find(value.property))
+                Assign(*property, value.value);
+        AddProperties(*place.model, source.properties);
+    }
 
+    static void SetParts(const ModelDescription& source, FBModel& model)
+    {
+        const EulerTransform& parts = *source.parts;
+        model.RotationOrder = static_cast<FBModelRotationOrder>(std::clamp(parts.rotation_order, 0, 6));
+        model.RotationActive = parts.rotation_active;
+        model.PreRotation = ToSdk(parts.pre_rotation);
+        model.PostRotation = ToSdk(parts.post_rotation);
+        model.Translation = ToSdk(parts.translation);
+        model.Rotation = ToSdk(parts.rotation);
+        model.Scaling = ToSdk(parts.scaling);
+        if (!source.parts_are_whole)
+            SetLocalMatrix(model, ToSdk(source.rest));
+    }
+
+    void SetRest(const ModelDescription& source, Place& place)
+    {
         Surroundings around;
-        if (on_top)
+        if (source.parent == kNoModel)
             around.before = scene_.axes;
-        else if (parent->surroundings)
-            around.before.linear = Transposed(parent->surroundings->after); // turns and reversals alone
+        else if (const auto& above = places_[source.parent].surroundings)
+            around.before.linear = Transposed(above->after); // turns and reversals alone
         if (source.lens)
             around.after = kCameraTurn;
         Reverse(source, around);
-
-        Place& place = places_[index];
         if (!(around.before == Affine()) || !(around.after == Matrix3()))
             place.surroundings = std::make_shared<const Surroundings>(around);
-        FBModel* const above = on_top ? nullptr : parent->model;
-        place.model = source.lens ? AddCameraOf(source, above) : AddModel(source.name, above);
         const Affine rest = around.Place(source.rest);
         place.model->SetMatrix(ToSdk(rest), kModelTransformation, false);
         if (IsSheared(rest.linear, kVisibleShear))
@@ -279,7 +357,6 @@ private:
                        source.name);
         if (IsSheared(rest.linear, kRightAngle))
             SetLocalMatrix(*place.model, ToSdk(rest));
-        AddProperties(*place.model, source.properties);
     }
 
     // A camera keeps looking where it looks, and its up: the third axis is reversed.
@@ -316,42 +393,97 @@ private:
         return &camera;
     }
 
+    void SetInterests()
+    {
+        for (std::size_t i = 0; i < places_.size(); ++i)
+            if (const std::uint32_t interest = scene_.models[i].interest;
+                interest != kNoModel && places_[interest].model)
+                static_cast<FBCamera*>(places_[i].model)->Interest = places_[interest].model;
+    }
+
+    void ListCameras() const
+    {
+        std::vector<FBCamera*> cameras;
+        for (const std::uint32_t model : scene_.cameras)
+            cameras.push_back(static_cast<FBCamera*>(places_[model].model));
+        if (!cameras.empty())
+            OrderCameras(cameras);
+    }
+
     void AddTakes()
     {
         if (scene_.takes.empty())
             return; // the new scene's "Take 001" of 0 to 0 s
         ClearTakes();
         UniqueNames names;
-        for (std::size_t t = 0; t < scene_.takes.size(); ++t)
+        std::vector<FBTake*> takes;
+        for (TakeDescription& source : scene_.takes)
         {
-            TakeDescription& source = scene_.takes[t];
             char nameless[32];
-            std::snprintf(nameless, sizeof nameless, "Take %03zu", t + 1);
+            std::snprintf(nameless, sizeof nameless, "Take %03zu", takes.size() + 1);
             const std::string name = names.Make(TakeName(source.name, notes_), nameless, notes_);
-            FBTake& take = *AddTakeOf(name, source);
+            takes.push_back(AddTakeOf(name, source));
+            FBTake& take = *takes.back();
             for (ModelMotion& motion : source.models)
-                Animate(places_[motion.model], take, std::move(motion.transform));
-            for (LensMotion& motion : source.lenses)
-                AnimateProperty(
-                    PropertyOf(static_cast<FBCamera&>(*places_[motion.model].model), motion.value), take,
-                    [at = std::move(motion.at)](double seconds, int) { return at(seconds); });
+                if (const Place& place = places_[motion.model]; place.model)
+                    Animate(place, take, std::move(motion.transform));
+            for (PartsMotion& motion : source.parts)
+                if (FBModel* const model = places_[motion.model].model)
+                    AnimateParts(*model, take, std::move(motion.parts));
+            for (PropertyMotion& motion : source.properties)
+                if (FBProperty* const property = PropertyOf(motion))
+                    AnimateProperty(*property, take, std::move(motion.value));
             source = TakeDescription();
         }
+        FBSystem().CurrentTake = takes[std::min(scene_.current_take, takes.size() - 1)];
+    }
+
+    FBProperty* PropertyOf(const PropertyMotion& motion) const
+    {
+        const Place& place = places_[motion.model];
+        if (!place.model)
+            return nullptr;
+        return motion.built_in ? place.model->PropertyList.Find(motion.built_in)
+                               : properties_[place.first_property + motion.custom];
     }
 
     FBTake* AddTakeOf(const std::string& name, const TakeDescription& source)
     {
         const double rate = FBPlayerControl().GetTransportFpsValue();
+        if (scene_.takes_keep_ends)
+            return AddTake(name, OnFrame(source.start, rate), OnFrame(source.stop, rate));
         const bool starts_on_frame = IsWholeFrame(source.start, rate);
         const bool stops_on_frame = IsWholeFrame(source.stop, rate);
         if (!starts_on_frame || !stops_on_frame)
             notes_.Add({"take was widened to whole frames at " + PerSecond(rate),
                         "takes were widened to whole frames at " + PerSecond(rate)},
                        name);
-        FBTime start, stop;
-        start.SetSecondDouble(starts_on_frame ? source.start : std::floor(source.start * rate) / rate);
-        stop.SetSecondDouble(stops_on_frame ? source.stop : std::ceil(source.stop * rate) / rate);
-        return AddTake(name, OnFrame(start, rate), OnFrame(stop, rate));
+        return AddTake(name,
+                       OnFrame(starts_on_frame ? source.start : std::floor(source.start * rate) / rate, rate),
+                       OnFrame(stops_on_frame ? source.stop : std::ceil(source.stop * rate) / rate, rate));
+    }
+
+    void AddConstraints()
+    {
+        for (const ConstraintDescription& source : scene_.constraints)
+        {
+            AddConstraint(source.name, source.active)->Description = source.type.c_str();
+            if (source.active)
+                notes_.Add({"constraint is not solved; what it holds moves as it is keyed",
+                            "constraints are not solved; what they hold moves as it is keyed"},
+                           source.name + " (" + source.type + ")");
+        }
+    }
+
+    static void AnimateParts(FBModel& model, FBTake& take, std::function<TransformParts(double)> parts)
+    {
+        AnimateTransform(
+            model, take,
+            [parts = std::move(parts)](double seconds)
+            {
+                const TransformParts now = parts(seconds);
+                return LocalTransform{ToSdk(now.translation), ToSdk(now.rotation), ToSdk(now.scaling)};
+            });
     }
 
     static void Animate(const Place& place, FBTake& take, TransformOverTime transform)
@@ -368,7 +500,8 @@ private:
 
     SceneDescription& scene_;
     ImportNotes& notes_;
-    std::vector<Place> places_; // of each model
+    std::vector<Place> places_;           // of each model
+    std::vector<FBProperty*> properties_; // custom ones: the scene's, then each model's
 };
 
 } // namespace

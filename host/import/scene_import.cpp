@@ -1,6 +1,7 @@
 #include "host/import/scene_import.h"
 
 #include "host/import/formats.h"
+#include "host/import/host_scene.h"
 #include "host/import/parse_error.h"
 
 #include <mobu_host/scene.h>
@@ -24,10 +25,12 @@ void Import(const SceneFile& file, const ImportOptions& options, SceneImportResu
     ImportNotes notes;
     try
     {
-        if (format->import == nullptr)
+        if (format->read == nullptr)
             throw ParseError(std::string("this build does not read ") + format->name +
                              " scenes: it was made without " + format->library);
-        result.source_files = format->import(file, options, notes);
+        SceneDescription scene = format->read(file, options, notes);
+        result.source_files = std::move(scene.source_files);
+        BuildHostScene(std::move(scene), options, notes);
         result.ok = true;
         SetSceneFilePath(std::filesystem::absolute(file.path).string().c_str()); // as applications tell it
     }

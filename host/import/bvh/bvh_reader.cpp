@@ -204,7 +204,7 @@ private:
         CheckModelCount(scene_.models.size() + 1, options_);
         ModelDescription& model = scene_.models.emplace_back();
         model.name = std::move(name);
-        model.parent = open.empty() ? kNoParent : open.back();
+        model.parent = open.empty() ? kNoModel : open.back();
         open.push_back(static_cast<std::uint32_t>(joints_.size()));
         joints_.emplace_back();
     }
@@ -330,7 +330,7 @@ private:
         for (std::size_t i = 0; i < places.size(); ++i)
         {
             const ModelDescription& model = scene_.models[i];
-            places[i] = model.rest.place + (model.parent == kNoParent ? Vector{} : places[model.parent]);
+            places[i] = model.rest.place + (model.parent == kNoModel ? Vector{} : places[model.parent]);
             for (std::size_t axis = 0; axis < 3; ++axis)
             {
                 least[axis] = i == 0 ? places[i][axis] : std::min(least[axis], places[i][axis]);

@@ -13,11 +13,10 @@ namespace
 constexpr double kSmallestAngle = 0.01; // degrees; a lens that moves stays within
 constexpr double kLargestAngle = 179.99;
 
-LensValue ValueOf(LensNumber number)
+// The number of the host's lens that this one moves.
+LensNumber MovedBy(LensNumber number)
 {
-    return number == LensNumber::NearPlane  ? LensValue::NearPlane
-           : number == LensNumber::FarPlane ? LensValue::FarPlane
-                                            : LensValue::HorizontalAngle;
+    return number == LensNumber::VerticalAngle ? LensNumber::HorizontalAngle : number;
 }
 
 Affine InCentimetres(Affine affine, double centimetres)
@@ -92,26 +91,26 @@ CameraMotion::CameraMotion(const Camera& camera, std::span<const LensCurve> curv
       centimetres_(centimetres)
 {
     for (const LensCurve& curve : curves_)
-        if (std::find(moved_.begin(), moved_.end(), ValueOf(curve.number)) == moved_.end())
-            moved_.push_back(ValueOf(curve.number));
+        if (std::find(moved_.begin(), moved_.end(), MovedBy(curve.number)) == moved_.end())
+            moved_.push_back(MovedBy(curve.number));
 }
 
-double CameraMotion::At(LensValue value, double seconds)
+double CameraMotion::At(LensNumber value, double seconds)
 {
     for (std::size_t i = 0; i < curves_.size(); ++i)
     {
         const LensNumber number = curves_[i].number;
-        if (ValueOf(number) != value)
+        if (MovedBy(number) != value)
             continue;
         const KeyCurve& keys = *curves_[i].curve;
         const double moved = ValueAt(keys, FindPlace(keys, seconds, cursors_[i]), 0);
         camera_.numbers[static_cast<std::size_t>(number)] =
-            value == LensValue::HorizontalAngle ? std::clamp(moved, kSmallestAngle, kLargestAngle) : moved;
+            value == LensNumber::HorizontalAngle ? std::clamp(moved, kSmallestAngle, kLargestAngle) : moved;
     }
     const LensDescription lens = camera_.Lens(centimetres_);
-    return value == LensValue::NearPlane  ? lens.near_plane
-           : value == LensValue::FarPlane ? lens.far_plane
-                                          : lens.horizontal_angle;
+    return value == LensNumber::NearPlane  ? lens.near_plane
+           : value == LensNumber::FarPlane ? lens.far_plane
+                                           : lens.horizontal_angle;
 }
 
 } // namespace mobu_host::collada

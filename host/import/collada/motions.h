@@ -72,16 +72,16 @@ class CameraMotion
 public:
     CameraMotion(const Camera& camera, std::span<const LensCurve> curves, double centimetres);
 
-    // What its curves move.
-    const std::vector<LensValue>& Moved() const { return moved_; }
+    // What its curves move: horizontal angle, near plane, far plane.
+    const std::vector<LensNumber>& Moved() const { return moved_; }
 
-    double At(LensValue value, double seconds);
+    double At(LensNumber value, double seconds);
 
 private:
     Camera camera_;
     std::vector<LensCurve> curves_;
     std::vector<std::size_t> cursors_; // of each curve
-    std::vector<LensValue> moved_;
+    std::vector<LensNumber> moved_;
     double centimetres_;
 };
 

@@ -43,7 +43,7 @@ private:
     struct Open
     {
         std::uint32_t next = kNone; // record
-        std::uint32_t model = kNoParent;
+        std::uint32_t model = kNoModel;
         std::uint32_t instance_of = kNone; // closed again after this node
     };
 

@@ -23,6 +23,13 @@ namespace
 
 constexpr const char* kNamelessAnimation = "animation";
 
+const char* PropertyOf(LensNumber number)
+{
+    return number == LensNumber::NearPlane  ? "NearPlane"
+           : number == LensNumber::FarPlane ? "FarPlane"
+                                            : "FieldOfView";
+}
+
 // A channel whose target is in the scene.
 struct Channel
 {
@@ -198,7 +205,7 @@ private:
         {
             TakeDescription take = TakeOf({RangeOf(animation)});
             take.name = NameOfAnimation(animation);
-            if (!take.models.empty() || !take.lenses.empty())
+            if (!take.models.empty() || !take.properties.empty())
                 takes.push_back(std::move(take));
         }
         return takes;
@@ -376,10 +383,10 @@ private:
         const std::vector<std::uint32_t>& models = models_.ModelsOf(camera);
         Spend(models.size() * built.motion->Moved().size());
         for (const std::uint32_t model : models)
-            for (const LensValue value : built.motion->Moved())
-                take.lenses.push_back({model, value, [motion = built.motion, value](double seconds) {
-                                           return motion->At(value, seconds);
-                                       }});
+            for (const LensNumber value : built.motion->Moved())
+                take.properties.push_back({model, PropertyOf(value), 0,
+                                           [motion = built.motion, value](double seconds, int)
+                                           { return motion->At(value, seconds); }});
     }
 
     const XmlDocument& document_;

@@ -2,7 +2,7 @@
 
 // The transforms of a node, one after the other as the file lists them: each is applied within the one before it.
 
-#include "host/import/affine.h"
+#include "host/math/affine.h"
 #include "host/import/collada/xml_document.h"
 
 #include <array>

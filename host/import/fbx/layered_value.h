@@ -1,7 +1,7 @@
 #pragma once
 
-#include "host/import/affine.h"
 #include "host/import/fbx/curve.h"
+#include "host/math/affine.h"
 
 #include <array>
 #include <cstddef>

@@ -1,8 +1,6 @@
 #include "host/import/fbx/scene_models.h"
 
-#include "host/import/long_text.h"
 #include "host/import/parse_error.h"
-#include "host/import/scene_description.h"
 #include "host/import/unique_names.h"
 
 #include <algorithm>
@@ -21,7 +19,7 @@ constexpr BuiltIn kBuiltIns[] = {
     {"FilmHeight", false},       {"FilmAspectRatio", false}, {"FilmSqueezeRatio", false},
     {"PixelAspectRatio", false}, {"FocusAngle", false},      {"Roll", false},
     {"TurnTable", false},        {"NearPlane", true},        {"FarPlane", true},
-    {"FocusDistance", true},     {"Camera Index", false},
+    {"FocusDistance", true},     {kSwitcherIndex, false},
 };
 
 bool IsCamera(const Object& object)
@@ -32,8 +30,12 @@ bool IsCamera(const Object& object)
 class ModelReader
 {
 public:
-    ModelReader(const Document& document, SceneData& scene, ImportNotes& notes)
-        : document_(document), scene_(scene), notes_(notes)
+    ModelReader(const Document& document, SceneData& data, ImportNotes& notes)
+        : document_(document),
+          scene_(data.scene),
+          transforms_(*data.transforms),
+          centimetres_(data.centimetres),
+          notes_(notes)
     {
         const PropertyRows* const node = document.Template("FbxNode");
         model_defaults_ = node ? node : document.Template("KFbxNode");
@@ -46,11 +48,14 @@ public:
         FindParents();
         BreakCircles();
         Reserve();
-        labels_.Make("Scene", "", notes_);
+        names_.Make("Scene", "", notes_);
         for (const ObjectIndex top : tops_)
             AddTree(top);
         for (std::size_t i = 0; i < list_.sources.size(); ++i)
+        {
             Link(i);
+            scene_.models[i].interest = transforms_.nodes[i].interest;
+        }
         return std::move(list_);
     }
 
@@ -62,7 +67,7 @@ private:
             models += document_.At(i).kind == "Model" ? 1 : 0;
         list_.sources.reserve(models);
         scene_.models.reserve(models);
-        scene_.rig.nodes.reserve(models);
+        transforms_.nodes.reserve(models);
     }
 
     // By the first connection from a model to a model, or to the root.
@@ -136,7 +141,7 @@ private:
             std::uint32_t parent;
             std::size_t depth;
         };
-        std::vector<Open> open{{top, kNoNode, 1}};
+        std::vector<Open> open{{top, kNoModel, 1}};
         while (!open.empty())
         {
             const Open next = open.back();
@@ -184,20 +189,20 @@ private:
                 source.attribute == 0)
             {
                 source.attribute = connection.source;
-                source.attribute_rows = PropertyRows(document_.At(connection.source).record);
+                source.attribute_rows =
+                    std::make_unique<PropertyRows>(document_.At(connection.source).record);
                 list_.by_object.emplace(connection.source, model_index);
             }
         }
         if (IsCamera(object))
             source.attribute_defaults = camera_defaults_;
 
-        ModelData model;
-        model.object = index;
+        ModelDescription model;
+        model.parent = parent;
         model.kind = KindOf(index);
-        model.label = NameAt(index);
-        NoteLongText(model.label, model.label, "", notes_);
+        model.name = NameAt(index);
         if (model.kind == ModelKind::Plain || model.kind == ModelKind::Camera)
-            model.label = labels_.Make(model.label, "Model", notes_);
+            model.name = names_.Make(model.name, "Model", notes_);
         try
         {
             ReadUserProperties(source, model);
@@ -206,7 +211,7 @@ private:
         }
         catch (const ParseError& error)
         {
-            throw ParseError("model \"" + model.label + "\": " + error.what());
+            throw ParseError("model \"" + model.name + "\": " + error.what());
         }
 
         list_.by_object.emplace(index, model_index);
@@ -215,30 +220,35 @@ private:
         return model_index;
     }
 
-    void ReadUserProperties(const ModelSource& source, ModelData& model)
+    void ReadUserProperties(const ModelSource& source, ModelDescription& model)
     {
-        for (const PropertyRows* rows : {&source.own, &source.attribute_rows})
+        for (const PropertyRows* rows :
+             {&source.own, static_cast<const PropertyRows*>(source.attribute_rows.get())})
         {
+            if (!rows)
+                continue;
             for (const PropertyRow& row : rows->All())
             {
-                UserProperty property;
-                if (row.Has('U') && (rows == &source.own || !source.own.Find(row.name)) &&
-                    ReadUserProperty(row, document_.Tree(), model.label, property, notes_))
-                    model.user_properties.push_back(std::move(property));
+                if (!row.Has('U') || (rows != &source.own && source.own.Find(row.name)))
+                    continue;
+                if (auto property = ReadUserProperty(row, document_.Tree(), model.name, notes_))
+                    model.properties.push_back(*std::move(property));
             }
         }
     }
 
-    void ReadBuiltIns(const ModelSource& source, ModelData& model)
+    void ReadBuiltIns(const ModelSource& source, ModelDescription& model)
     {
         const PropertyView view = source.View();
         for (const BuiltIn& built_in : kBuiltIns)
         {
             const PropertyRow* const row = view.Find(built_in.name);
             const bool is_lens = std::string_view(built_in.name) != "Visibility";
-            if (row && !row->Has('U') && (model.kind != ModelKind::Plain || !is_lens))
-                model.values.push_back({built_in.name, FiniteNumber(*row, 0, 0.0) *
-                                                           (built_in.is_length ? scene_.centimetres : 1.0)});
+            if (!row || row->Has('U') || (model.kind == ModelKind::Plain && is_lens))
+                continue;
+            const double value = FiniteNumber(*row, 0, 0.0) * (built_in.is_length ? centimetres_ : 1.0);
+            if (built_in.name != std::string_view(kSwitcherIndex)) // not for assigning: takes animate it
+                model.values.push_back({built_in.name, value});
         }
         if (model.kind != ModelKind::Camera && model.kind != ModelKind::SystemCamera)
             return;
@@ -257,7 +267,7 @@ private:
 
     void AddNode(const PropertyView& view, std::uint32_t parent)
     {
-        RigNode node;
+        TransformNode node;
         node.parent = parent;
         const int inherit = view.Choice("InheritType", 0);
         node.inheritance = inherit == 1   ? ScaleInheritance::Plain
@@ -271,11 +281,11 @@ private:
         node.scaling = view.Vector("Lcl Scaling", kOnes);
         node.pre_rotation = view.Vector("PreRotation", {});
         node.post_rotation = view.Vector("PostRotation", {});
-        node.rotation_offset = view.Vector("RotationOffset", {});
-        node.rotation_pivot = view.Vector("RotationPivot", {});
-        node.scaling_offset = view.Vector("ScalingOffset", {});
-        node.scaling_pivot = view.Vector("ScalingPivot", {});
-        scene_.rig.nodes.push_back(node);
+        const Pivots pivots{view.Vector("RotationOffset", {}), view.Vector("RotationPivot", {}),
+                            view.Vector("ScalingOffset", {}), view.Vector("ScalingPivot", {})};
+        if (!(pivots == Pivots()))
+            node.pivots = std::make_unique<const Pivots>(pivots);
+        transforms_.nodes.push_back(std::move(node));
     }
 
     // What a camera looks at.
@@ -292,14 +302,16 @@ private:
             if (scene_.models[model].kind != ModelKind::Camera)
                 notes_.Add({"model that looks at another, and is no camera, keeps its own rotation",
                             "models that look at others, and are no cameras, keep their own rotation"},
-                           scene_.models[model].label);
+                           scene_.models[model].name);
             else
-                (interest ? scene_.rig.nodes[model].interest : scene_.rig.nodes[model].up) = other->second;
+                (interest ? transforms_.nodes[model].interest : transforms_.nodes[model].up) = other->second;
         }
     }
 
     const Document& document_;
-    SceneData& scene_;
+    SceneDescription& scene_;
+    TransformEvaluator& transforms_;
+    const double centimetres_;
     ImportNotes& notes_;
     const PropertyRows* model_defaults_;
     const PropertyRows* camera_defaults_;
@@ -307,7 +319,7 @@ private:
     std::vector<std::vector<ObjectIndex>> children_;
     std::vector<bool> hangs_;
     std::vector<ObjectIndex> tops_;
-    UniqueNames labels_;
+    UniqueNames names_; // made here, since notes and errors name models by them
     ModelList list_;
 };
 
@@ -320,9 +332,9 @@ const BuiltIn* FindBuiltIn(std::string_view name)
     return found == std::end(kBuiltIns) ? nullptr : found;
 }
 
-ModelList ReadModels(const Document& document, SceneData& scene, ImportNotes& notes)
+ModelList ReadModels(const Document& document, SceneData& data, ImportNotes& notes)
 {
-    return ModelReader(document, scene, notes).Read();
+    return ModelReader(document, data, notes).Read();
 }
 
 } // namespace mobu_host::fbx

@@ -2,7 +2,7 @@
 
 #include "host/import/fbx/scene_data.h"
 
-#include <array>
+#include <optional>
 #include <unordered_map>
 
 namespace mobu_host::fbx
@@ -14,11 +14,11 @@ struct ModelSource
     ObjectIndex object = 0;
     ObjectIndex attribute = 0; // 0: none
     PropertyRows own;
-    PropertyRows attribute_rows;
+    std::unique_ptr<PropertyRows> attribute_rows;
     const PropertyRows* model_defaults = nullptr;
     const PropertyRows* attribute_defaults = nullptr;
 
-    PropertyView View() const { return {&own, &attribute_rows, model_defaults, attribute_defaults}; }
+    PropertyView View() const { return {&own, attribute_rows.get(), model_defaults, attribute_defaults}; }
 };
 
 // One of the host's own properties that a file can set and move.
@@ -35,10 +35,12 @@ struct ModelList
     std::vector<ModelSource> sources;
     std::unordered_map<ObjectIndex, std::uint32_t> by_object; // also by attribute
 };
-ModelList ReadModels(const Document& document, SceneData& scene, ImportNotes& notes);
+ModelList ReadModels(const Document& document, SceneData& data, ImportNotes& notes);
 
-// A user property's components, kind and so on; false for kinds that the host does not hold.
-bool ReadUserProperty(const PropertyRow& row, const RecordTree& tree, const std::string& model,
-                      UserProperty& property, ImportNotes& notes);
+// Nothing for kinds that the host does not have.
+std::optional<PropertyDescription> ReadUserProperty(const PropertyRow& row, const RecordTree& tree,
+                                                    const std::string& model, ImportNotes& notes);
+
+inline constexpr const char* kSwitcherIndex = "Camera Index";
 
 } // namespace mobu_host::fbx

@@ -1,8 +1,8 @@
 #pragma once
 
-#include "host/import/affine.h"
 #include "host/import/fbx/document.h"
 #include "host/import/import_notes.h"
+#include "host/math/affine.h"
 
 namespace mobu_host::fbx
 {

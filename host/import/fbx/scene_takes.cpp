@@ -93,8 +93,12 @@ std::size_t ComponentOfChannel(std::string_view channel)
 class TakeReader
 {
 public:
-    TakeReader(const Document& document, const ModelList& models, SceneData& scene, ImportNotes& notes)
-        : document_(document), scene_(scene), notes_(notes), motion_(document, models, scene, notes)
+    TakeReader(const Document& document, const ModelList& models, SceneData& data, ImportNotes& notes)
+        : document_(document),
+          scene_(data.scene),
+          transforms_(*data.transforms),
+          notes_(notes),
+          motion_(document, models, data, notes)
     {
     }
 
@@ -110,12 +114,11 @@ public:
 private:
     void AddTake(std::string_view name, const Span& span)
     {
-        TakeData take;
+        TakeDescription& take = scene_.takes.emplace_back();
         take.name = TakeName(PlainText(name, document_.Tree()), notes_);
-        take.start = span.start;
-        take.stop = span.stop;
-        scene_.takes.push_back(std::move(take));
-        scene_.rig.takes.emplace_back();
+        take.start = static_cast<double>(span.start) / kTicksPerSecond;
+        take.stop = static_cast<double>(span.stop) / kTicksPerSecond;
+        transforms_.takes.emplace_back();
         raw_names_.push_back(name);
     }
 
@@ -406,7 +409,8 @@ private:
     }
 
     const Document& document_;
-    SceneData& scene_;
+    SceneDescription& scene_;
+    TransformEvaluator& transforms_;
     ImportNotes& notes_;
     TakeMotion motion_;
     CurveReader reader_;
@@ -418,9 +422,9 @@ private:
 
 } // namespace
 
-void ReadTakes(const Document& document, const ModelList& models, SceneData& scene, ImportNotes& notes)
+void ReadTakes(const Document& document, const ModelList& models, SceneData& data, ImportNotes& notes)
 {
-    TakeReader(document, models, scene, notes).Read();
+    TakeReader(document, models, data, notes).Read();
 }
 
 } // namespace mobu_host::fbx

@@ -1,18 +1,26 @@
 #include "host/import/fbx/take_motion.h"
 
+#include <algorithm>
+
 namespace mobu_host::fbx
 {
 
-TakeMotion::TakeMotion(const Document& document, const ModelList& models, SceneData& scene,
-                       ImportNotes& notes)
-    : document_(document), models_(models), scene_(scene), notes_(notes)
+TakeMotion::TakeMotion(const Document& document, const ModelList& models, SceneData& data, ImportNotes& notes)
+    : document_(document),
+      models_(models),
+      scene_(data.scene),
+      transforms_(*data.transforms),
+      centimetres_(data.centimetres),
+      notes_(notes)
 {
-    for (std::uint32_t model = 0; model < scene.models.size(); ++model)
+    for (std::uint32_t model = 0; model < scene_.models.size(); ++model)
     {
-        const std::vector<UserProperty>& properties = scene.models[model].user_properties;
-        for (std::uint32_t i = 0; i < properties.size(); ++i)
-            if (properties[i].kind != PropertyKind::Text)
-                user_properties_.emplace(Target{model, properties[i].name}, i);
+        if (scene_.models[model].kind == ModelKind::Switcher && switcher_ == kNoModel)
+            switcher_ = model;
+        const std::vector<PropertyDescription>& properties = scene_.models[model].properties;
+        for (std::size_t i = 0; i < properties.size(); ++i)
+            if (!std::holds_alternative<std::string>(properties[i].value))
+                custom_.emplace(Target{model, properties[i].name}, i);
     }
 }
 
@@ -28,7 +36,7 @@ std::string TakeMotion::FullName(ObjectIndex object, std::string_view property) 
 {
     const auto target = TargetOf(object, property);
     const std::string name =
-        target ? scene_.models[target->model].label : PlainText(document_.At(object).name, document_.Tree());
+        target ? scene_.models[target->model].name : PlainText(document_.At(object).name, document_.Tree());
     return name + "." + PlainText(property, document_.Tree());
 }
 
@@ -85,23 +93,24 @@ bool TakeMotion::MoveNode(std::size_t take, const Moved& moved)
         part = &NodeMotion::scaling;
     else
         return false;
-    scene_.rig.takes[take][moved.target.model].*part = moved.value;
+    transforms_.takes[take][moved.target.model].*part = moved.value;
     if (part == &NodeMotion::rotation && !moved.value->IsConstant() &&
         models_.sources[moved.target.model].View().Number("QuaternionInterpolate", 0.0) != 0.0)
         notes_.Add({"rotation goes by its angles; the file has it interpolated as quaternions",
                     "rotations go by their angles; the file has them interpolated as quaternions"},
-                   scene_.models[moved.target.model].label);
+                   scene_.models[moved.target.model].name);
     return true;
 }
 
-bool TakeMotion::MoveProperty(TakeData& take, const Moved& moved)
+bool TakeMotion::MoveProperty(TakeDescription& take, const Moved& moved)
 {
-    const ModelData& model = scene_.models[moved.target.model];
-    PropertyMotion motion{moved.target.model, kNoNode, nullptr, 1.0, moved.value};
+    const ModelDescription& model = scene_.models[moved.target.model];
+    PropertyMotion motion{moved.target.model, nullptr, 0, {}};
+    double unit = 1.0;
     const std::string name = PlainText(moved.target.property, document_.Tree());
-    if (const auto found = user_properties_.find({moved.target.model, name}); found != user_properties_.end())
+    if (const auto found = custom_.find({moved.target.model, name}); found != custom_.end())
     {
-        motion.user_property = found->second;
+        motion.custom = found->second;
     }
     else
     {
@@ -112,11 +121,26 @@ bool TakeMotion::MoveProperty(TakeData& take, const Moved& moved)
         if (moved.target.property == "FocalLength" && !moved.value->IsConstant())
             notes_.Add({"focal length moves, but not the field of view with it",
                         "focal lengths move, but not the fields of view with them"},
-                       model.label);
-        motion.unit = built_in->is_length ? scene_.centimetres : 1.0;
+                       model.name);
+        unit = built_in->is_length ? centimetres_ : 1.0;
     }
-    take.motions.push_back(std::move(motion));
+    motion.value = [value = moved.value, unit](double seconds, int component)
+    { return value->At(seconds)[static_cast<std::size_t>(component)] * unit; };
+    take.properties.push_back(std::move(motion));
     return true;
+}
+
+// Where the take does not switch, the switcher stays at the file's index.
+void TakeMotion::HoldSwitcher(TakeDescription& take) const
+{
+    if (switcher_ == kNoModel ||
+        std::any_of(take.properties.begin(), take.properties.end(),
+                    [this](const PropertyMotion& motion) { return motion.model == switcher_; }))
+        return;
+    const PropertyRow* const row = models_.sources[switcher_].View().Find(kSwitcherIndex);
+    if (row && !row->Has('U'))
+        take.properties.push_back({switcher_, kSwitcherIndex, 0,
+                                   [index = FiniteNumber(*row, 0, 0.0)](double, int) { return index; }});
 }
 
 void TakeMotion::Finish(std::size_t index)
@@ -125,8 +149,9 @@ void TakeMotion::Finish(std::size_t index)
         if (!MoveNode(index, moved) && !MoveProperty(scene_.takes[index], moved))
             notes_.Add({"animated property that the host does not have is passed over",
                         "animated properties that the host does not have are passed over"},
-                       scene_.models[moved.target.model].label + "." +
+                       scene_.models[moved.target.model].name + "." +
                            PlainText(moved.target.property, document_.Tree()));
+    HoldSwitcher(scene_.takes[index]);
     moved_.clear();
     by_target_.clear();
 }

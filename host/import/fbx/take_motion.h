@@ -8,11 +8,11 @@
 namespace mobu_host::fbx
 {
 
-// Gathers what the layers of one take say of each property, and hands it to rig and properties.
+// Gathers what the layers of one take say of each property, and moves transforms and properties by it.
 class TakeMotion
 {
 public:
-    TakeMotion(const Document& document, const ModelList& models, SceneData& scene, ImportNotes& notes);
+    TakeMotion(const Document& document, const ModelList& models, SceneData& data, ImportNotes& notes);
 
     // `object` is a model or an attribute; others are passed over, with a note. Layers come from the lowest up.
     void Add(ObjectIndex object, std::string_view property, LayerPart part);
@@ -49,15 +49,19 @@ private:
     std::optional<Target> TargetOf(ObjectIndex object, std::string_view property) const;
     static Blending BlendingOf(const Target& target, const PropertyRow* row);
     bool MoveNode(std::size_t take, const Moved& moved);
-    bool MoveProperty(TakeData& take, const Moved& moved);
+    bool MoveProperty(TakeDescription& take, const Moved& moved);
+    void HoldSwitcher(TakeDescription& take) const;
 
     const Document& document_;
     const ModelList& models_;
-    SceneData& scene_;
+    SceneDescription& scene_;
+    TransformEvaluator& transforms_;
+    const double centimetres_;
     ImportNotes& notes_;
-    std::vector<Moved> moved_; // in file order
+    std::uint32_t switcher_ = kNoModel; // the first: they are all one in the host
+    std::vector<Moved> moved_;          // in file order
     std::unordered_map<Target, std::size_t, HashTarget> by_target_;
-    std::unordered_map<Target, std::uint32_t, HashTarget> user_properties_; // those that numbers can move
+    std::unordered_map<Target, std::size_t, HashTarget> custom_; // properties that numbers can move
 };
 
 } // namespace mobu_host::fbx

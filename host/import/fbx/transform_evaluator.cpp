@@ -45,14 +45,7 @@ Affine FromMirrored(Affine affine)
 
 } // namespace
 
-bool RigNode::HasPivots() const
-{
-    constexpr Vector kNone{};
-    return rotation_offset != kNone || rotation_pivot != kNone || scaling_offset != kNone ||
-           scaling_pivot != kNone;
-}
-
-void Rig::Prepare()
+void TransformEvaluator::Prepare()
 {
     mirrored_ = Determinant(world) < 0.0;
 
@@ -62,7 +55,7 @@ void Rig::Prepare()
         own_scale[i] = nodes[i].scaling != kOnes;
         own_uniform[i] = IsUniform(nodes[i].scaling);
     }
-    for (const RigTake& take : takes)
+    for (const TakeTransforms& take : takes)
     {
         for (const auto& [node, motion] : take)
         {
@@ -81,27 +74,27 @@ void Rig::Prepare()
     const bool turned = !(world == Matrix3());
     for (std::size_t i = 0; i < nodes.size(); ++i)
     {
-        const RigNode& node = nodes[i];
-        const bool has_parent = node.parent != kNoNode;
+        const TransformNode& node = nodes[i];
+        const bool has_parent = node.parent != kNoModel;
         uniform[i] = own_uniform[i] && (!has_parent || uniform[node.parent]);
         bool scale_matters = false;
         if (has_parent && node.inheritance == ScaleInheritance::AfterTurn)
             scale_matters = !uniform[node.parent];
         else if (has_parent && node.inheritance == ScaleInheritance::NotParents)
             scale_matters = own_scale[node.parent] || !uniform[node.parent];
-        special_[i] = scale_matters || node.HasPivots() || composes[i] || node.interest != kNoNode ||
-                      mirrored_ || (turned && !has_parent);
+        special_[i] = scale_matters || node.pivots || composes[i] || node.interest != kNoModel || mirrored_ ||
+                      (turned && !has_parent);
     }
     PrepareDependents();
 }
 
-void Rig::PrepareDependents()
+void TransformEvaluator::PrepareDependents()
 {
     tree_ends_.resize(nodes.size());
     for (std::size_t i = nodes.size(); i-- > 0;)
     {
         tree_ends_[i] = std::max(tree_ends_[i], static_cast<std::uint32_t>(i + 1));
-        if (const std::uint32_t parent = nodes[i].parent; parent != kNoNode)
+        if (const std::uint32_t parent = nodes[i].parent; parent != kNoModel)
             tree_ends_[parent] = std::max(tree_ends_[parent], tree_ends_[i]);
     }
     scale_followers_.clear();
@@ -109,14 +102,14 @@ void Rig::PrepareDependents()
     self_dependents_.clear();
     for (std::uint32_t i = 0; i < nodes.size(); ++i)
     {
-        const RigNode& node = nodes[i];
-        if (node.parent != kNoNode && node.inheritance != ScaleInheritance::Plain && special_[i])
+        const TransformNode& node = nodes[i];
+        if (node.parent != kNoModel && node.inheritance != ScaleInheritance::Plain && special_[i])
             scale_followers_.push_back(i);
-        if (node.interest == kNoNode)
+        if (node.interest == kNoModel)
             continue;
         self_dependents_.push_back({i, i});
         for (const std::uint32_t on : {i, node.interest, node.up})
-            if (on != kNoNode)
+            if (on != kNoModel)
                 place_dependents_.push_back({on, i});
     }
     std::sort(place_dependents_.begin(), place_dependents_.end(),
@@ -124,8 +117,9 @@ void Rig::PrepareDependents()
 }
 
 // The cameras that depend on what is at or below the moved nodes, which ascend.
-void Rig::AddDependents(const std::vector<std::uint32_t>& moved, const std::vector<Dependent>& dependents,
-                        std::vector<std::uint32_t>& cameras) const
+void TransformEvaluator::AddDependents(const std::vector<std::uint32_t>& moved,
+                                       const std::vector<Dependent>& dependents,
+                                       std::vector<std::uint32_t>& cameras) const
 {
     std::uint32_t done = 0; // the trees before this node were looked at
     for (const std::uint32_t node : moved)
@@ -141,7 +135,7 @@ void Rig::AddDependents(const std::vector<std::uint32_t>& moved, const std::vect
     }
 }
 
-std::vector<std::uint32_t> Rig::MovingNodes(std::size_t take) const
+std::vector<std::uint32_t> TransformEvaluator::MovingNodes(std::size_t take) const
 {
     const auto tidy = [](std::vector<std::uint32_t>& indices)
     {
@@ -178,7 +172,7 @@ std::vector<std::uint32_t> Rig::MovingNodes(std::size_t take) const
     return moving;
 }
 
-void Rig::Begin(std::size_t take, double seconds)
+void TransformEvaluator::Begin(std::size_t take, double seconds)
 {
     if (stamp_ != 0 && take == take_ && seconds == seconds_)
         return;
@@ -194,7 +188,7 @@ void Rig::Begin(std::size_t take, double seconds)
     seconds_ = seconds;
 }
 
-const NodeMotion* Rig::MotionOf(std::uint32_t node, std::size_t take) const
+const NodeMotion* TransformEvaluator::MotionOf(std::uint32_t node, std::size_t take) const
 {
     if (take == kAtRest)
         return nullptr;
@@ -202,8 +196,8 @@ const NodeMotion* Rig::MotionOf(std::uint32_t node, std::size_t take) const
     return found == takes[take].end() ? nullptr : &found->second;
 }
 
-Rig::Pose Rig::MakePose(const RigNode& node, const NodeMotion* motion, double seconds,
-                        const Pose* parent) const
+TransformEvaluator::Pose TransformEvaluator::MakePose(const TransformNode& node, const NodeMotion* motion,
+                                                      double seconds, const Pose* parent) const
 {
     const auto value = [&](const auto& moving, const Vector& rest)
     { return moving ? First3(moving->At(seconds)) : rest; };
@@ -216,9 +210,11 @@ Rig::Pose Rig::MakePose(const RigNode& node, const NodeMotion* motion, double se
                                               : EulerTurn(node.rotation, node.Order());
     if (node.rotation_active)
         turn = EulerTurn(node.pre_rotation, 0) * turn * Transposed(EulerTurn(node.post_rotation, 0));
-    pose.local.place = translation + node.rotation_offset + node.rotation_pivot +
-                       turn * (node.scaling_offset + node.scaling_pivot -
-                               Product(pose.scaling, node.scaling_pivot) - node.rotation_pivot);
+    static const Pivots kNoPivots;
+    const Pivots& pivots = node.pivots ? *node.pivots : kNoPivots;
+    pose.local.place = translation + pivots.rotation_offset + pivots.rotation +
+                       turn * (pivots.scaling_offset + pivots.scaling -
+                               Product(pose.scaling, pivots.scaling) - pivots.rotation);
     pose.local.linear = turn * Scaling(pose.scaling);
     if (!parent)
     {
@@ -246,31 +242,31 @@ Rig::Pose Rig::MakePose(const RigNode& node, const NodeMotion* motion, double se
     return pose;
 }
 
-const Rig::Pose& Rig::PoseOf(std::uint32_t node)
+const TransformEvaluator::Pose& TransformEvaluator::PoseOf(std::uint32_t node)
 {
     path_.clear();
-    for (std::uint32_t at = node; at != kNoNode && pose_stamps_[at] != stamp_; at = nodes[at].parent)
+    for (std::uint32_t at = node; at != kNoModel && pose_stamps_[at] != stamp_; at = nodes[at].parent)
         path_.push_back(at);
     for (; !path_.empty(); path_.pop_back())
     {
         const std::uint32_t at = path_.back();
         const std::uint32_t parent = nodes[at].parent;
-        poses_[at] =
-            MakePose(nodes[at], MotionOf(at, take_), seconds_, parent == kNoNode ? nullptr : &poses_[parent]);
+        poses_[at] = MakePose(nodes[at], MotionOf(at, take_), seconds_,
+                              parent == kNoModel ? nullptr : &poses_[parent]);
         pose_stamps_[at] = stamp_;
     }
     return poses_[node];
 }
 
 // +X to the interest, +Y up; place and the lengths of the axes stay.
-Affine Rig::LookingAt(const RigNode& node, const Affine& global)
+Affine TransformEvaluator::LookingAt(const TransformNode& node, const Affine& global)
 {
     Vector direction = world * PoseOf(node.interest).global.place - global.place;
     const double distance = Length(direction);
     if (!(distance > kNoDirection))
         return global;
     direction = direction * (1.0 / distance);
-    const Vector up = node.up == kNoNode ? kWorldUp : world * PoseOf(node.up).global.place - global.place;
+    const Vector up = node.up == kNoModel ? kWorldUp : world * PoseOf(node.up).global.place - global.place;
     Vector right = Cross(direction, up);
     if (!(Length(right) > kNoDirection * Length(up)))
         right = Cross(direction, Column(global.linear, 1)); // straight up or down: as it stands
@@ -288,29 +284,29 @@ Affine Rig::LookingAt(const RigNode& node, const Affine& global)
     return turned;
 }
 
-Affine Rig::MakeHostLocal(std::uint32_t node)
+Affine TransformEvaluator::MakeHostLocal(std::uint32_t node)
 {
     const std::uint32_t parent = nodes[node].parent;
     Affine local = PoseOf(node).local;
-    if (parent == kNoNode)
+    if (parent == kNoModel)
         local = Affine{world, {}} * local;
     else if (mirrored_)
         local = FromMirrored(local);
     if (mirrored_)
         local = Mirrored(local);
-    if (nodes[node].interest == kNoNode)
+    if (nodes[node].interest == kNoModel)
         return local;
 
-    const Affine above = parent == kNoNode ? Affine() : HostGlobalOf(parent);
+    const Affine above = parent == kNoModel ? Affine() : HostGlobalOf(parent);
     const Affine turned = LookingAt(nodes[node], above * local);
     Matrix3 undone;
     return Invert(above.linear, undone) ? Affine{undone * turned.linear, local.place} : local;
 }
 
-Affine Rig::HostGlobalOf(std::uint32_t node)
+Affine TransformEvaluator::HostGlobalOf(std::uint32_t node)
 {
     std::vector<std::uint32_t> path;
-    for (std::uint32_t at = node; at != kNoNode && host_stamps_[at] != stamp_; at = nodes[at].parent)
+    for (std::uint32_t at = node; at != kNoModel && host_stamps_[at] != stamp_; at = nodes[at].parent)
         path.push_back(at);
     for (; !path.empty(); path.pop_back())
     {
@@ -318,24 +314,25 @@ Affine Rig::HostGlobalOf(std::uint32_t node)
         const std::uint32_t parent = nodes[at].parent;
         const Affine local =
             MakeHostLocal(at); // of a camera with an interest it asks for what is above, known by now
-        host_globals_[at] = parent == kNoNode ? local : host_globals_[parent] * local;
+        host_globals_[at] = parent == kNoModel ? local : host_globals_[parent] * local;
         host_stamps_[at] = stamp_;
     }
     return host_globals_[node];
 }
 
-void Rig::LocalMatrix(std::uint32_t node, std::size_t take, double seconds, double (&rows)[16])
+Affine TransformEvaluator::Local(std::uint32_t node, std::size_t take, double seconds)
 {
     Begin(take, seconds);
-    const Affine local = MakeHostLocal(node);
-    for (std::size_t row = 0; row < 3; ++row)
-    {
-        for (std::size_t column = 0; column < 3; ++column)
-            rows[4 * column + row] = local.linear.at[row][column];
-        rows[12 + row] = local.place[row];
-        rows[4 * row + 3] = 0.0;
-    }
-    rows[15] = 1.0;
+    return MakeHostLocal(node);
+}
+
+TransformParts TransformEvaluator::Parts(std::uint32_t node, const NodeMotion& motion, double seconds) const
+{
+    const auto value = [seconds](const std::shared_ptr<const LayeredValue>& moving, const Vector& rest)
+    { return moving ? First3(moving->At(seconds)) : rest; };
+    const TransformNode& rest = nodes[node];
+    return {value(motion.translation, rest.translation), value(motion.rotation, rest.rotation),
+            value(motion.scaling, rest.scaling)};
 }
 
 } // namespace mobu_host::fbx

@@ -2,8 +2,8 @@
 
 // Models in space over time: local transforms with their pivots, inheritance of scale, cameras that look at something.
 
-#include "host/import/affine.h"
 #include "host/import/fbx/layered_value.h"
+#include "host/import/scene_description.h"
 
 #include <cstdint>
 #include <unordered_map>
@@ -11,8 +11,6 @@
 
 namespace mobu_host::fbx
 {
-
-inline constexpr std::uint32_t kNoNode = 0xFFFFFFFF;
 
 // How the scale of the models above reaches a model.
 enum class ScaleInheritance
@@ -22,20 +20,24 @@ enum class ScaleInheritance
     NotParents // as AfterTurn, but without the parent's own scale (Rrs)
 };
 
-struct RigNode
+// In the node's local space, before scale is inherited.
+struct Pivots
 {
-    std::uint32_t parent = kNoNode; // comes before its children; all that is below a node follows it at once
+    Vector rotation_offset{}, rotation{}, scaling_offset{}, scaling{};
+
+    bool operator==(const Pivots&) const = default;
+};
+
+struct TransformNode : EulerTransform // at rest
+{
+    std::uint32_t parent = kNoModel; // comes before its children; all nodes below a node follow it directly
     ScaleInheritance inheritance = ScaleInheritance::AfterTurn;
-    int rotation_order = 0;
-    bool rotation_active = false; // else order, pre- and post-rotation do not count, or only limit
-    Vector translation{}, rotation{}, scaling = kOnes; // at rest
-    Vector pre_rotation{}, post_rotation{};
-    Vector rotation_offset{}, rotation_pivot{}, scaling_offset{}, scaling_pivot{};
-    std::uint32_t interest = kNoNode; // +X points there
-    std::uint32_t up = kNoNode;       // and +Y toward there, as far as it can; else up in the world
+    std::uint32_t interest = kNoModel; // +X points there
+    std::uint32_t up = kNoModel;       // and +Y toward there, as far as it can; else up in the world
+
+    std::unique_ptr<const Pivots> pivots; // null where they are all zero
 
     int Order() const { return rotation_active ? rotation_order : 0; }
-    bool HasPivots() const;
 };
 
 // What a take moves of a node; null is at rest.
@@ -45,15 +47,15 @@ struct NodeMotion
 };
 
 // The moving nodes of one take.
-using RigTake = std::unordered_map<std::uint32_t, NodeMotion>;
+using TakeTransforms = std::unordered_map<std::uint32_t, NodeMotion>;
 
 // Not safe from two threads: it remembers the pose of the last instant, so that all nodes of one instant together take
 // linear time.
-class Rig
+class TransformEvaluator
 {
 public:
-    std::vector<RigNode> nodes;
-    std::vector<RigTake> takes;
+    std::vector<TransformNode> nodes;
+    std::vector<TakeTransforms> takes;
     // From the file's axes and unit to the host's, applied on top of what has no parent. Where it mirrors, every node's
     // third axis is reversed, so that frames stay right-handed.
     Matrix3 world;
@@ -63,8 +65,11 @@ public:
     // To be called once when the nodes are complete.
     void Prepare();
 
-    // Local matrix for plain products down the hierarchy; row-vector layout, 16 numbers row by row.
-    void LocalMatrix(std::uint32_t node, std::size_t take, double seconds, double (&rows)[16]);
+    // The local transform in a hierarchy of plain products.
+    Affine Local(std::uint32_t node, std::size_t take, double seconds);
+
+    // Of a plain node that `motion` moves.
+    TransformParts Parts(std::uint32_t node, const NodeMotion& motion, double seconds) const;
 
     // Whether the node is no more than scaling, turn and translation times its parent, in every take.
     bool IsPlain(std::uint32_t node) const { return !special_[node]; }
@@ -84,11 +89,12 @@ private:
 
     void Begin(std::size_t take, double seconds);
     const NodeMotion* MotionOf(std::uint32_t node, std::size_t take) const;
-    Pose MakePose(const RigNode& node, const NodeMotion* motion, double seconds, const Pose* parent) const;
+    Pose MakePose(const TransformNode& node, const NodeMotion* motion, double seconds,
+                  const Pose* parent) const;
     const Pose& PoseOf(std::uint32_t node);
     Affine MakeHostLocal(std::uint32_t node);
     Affine HostGlobalOf(std::uint32_t node);
-    Affine LookingAt(const RigNode& node, const Affine& global);
+    Affine LookingAt(const TransformNode& node, const Affine& global);
 
     // A camera whose turn depends on where a node is: its own place, that of its interest or of its up-vector model.
     struct Dependent

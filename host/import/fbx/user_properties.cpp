@@ -1,5 +1,4 @@
 #include "host/import/fbx/scene_models.h"
-#include "host/import/long_text.h"
 #include "host/import/parse_error.h"
 
 #include <algorithm>
@@ -9,6 +8,18 @@ namespace mobu_host::fbx
 {
 namespace
 {
+
+enum class PropertyKind
+{
+    Truth,
+    Whole,
+    Number,
+    Text,
+    Choice, // of an enumeration
+    Vector3,
+    Colour,
+    ColourAlpha
+};
 
 struct Kind
 {
@@ -50,20 +61,6 @@ constexpr Kind kKinds[] = {
     {"ColorRGBA", PropertyKind::ColourAlpha},
 };
 
-std::size_t ComponentsOf(PropertyKind kind)
-{
-    switch (kind)
-    {
-    case PropertyKind::Vector3:
-    case PropertyKind::Colour:
-        return 3;
-    case PropertyKind::ColourAlpha:
-        return 4;
-    default:
-        return 1;
-    }
-}
-
 // "Idle~Walk~Run"
 std::vector<std::string> ItemsOf(const std::string& text)
 {
@@ -80,13 +77,60 @@ std::vector<std::string> ItemsOf(const std::string& text)
     return items;
 }
 
+template <std::size_t kCount>
+std::array<double, kCount> Numbers(const PropertyRow& row)
+{
+    std::array<double, kCount> numbers{};
+    for (std::size_t i = 0; i < kCount; ++i)
+        numbers[i] = FiniteNumber(row, i, 0.0);
+    return numbers;
+}
+
+int Whole(const PropertyRow& row, const std::string& full_name, ImportNotes& notes)
+{
+    const double number = FiniteNumber(row, 0, 0.0);
+    const double fitting = std::clamp(number, -2147483648.0, 2147483647.0);
+    if (fitting != number)
+        notes.Add({"user property that 32 bits cannot hold was clamped",
+                   "user properties that 32 bits cannot hold were clamped"},
+                  full_name);
+    return static_cast<int>(fitting);
+}
+
+PropertyDescription::Value ValueOf(PropertyKind kind, const PropertyRow& row, const RecordTree& tree,
+                                   const std::string& full_name, ImportNotes& notes)
+{
+    const auto text = [&](std::size_t value)
+    { return PlainText(row.ValueAt(value).Text().value_or(std::string_view()), tree); };
+    switch (kind)
+    {
+    case PropertyKind::Truth:
+        return FiniteNumber(row, 0, 0.0) != 0.0;
+    case PropertyKind::Whole:
+        return Whole(row, full_name, notes);
+    case PropertyKind::Number:
+        break;
+    case PropertyKind::Text:
+        return text(0);
+    case PropertyKind::Choice:
+        return Choice{Whole(row, full_name, notes), ItemsOf(text(1))};
+    case PropertyKind::Vector3:
+        return Numbers<3>(row);
+    case PropertyKind::Colour:
+        return Colour{Numbers<3>(row)};
+    case PropertyKind::ColourAlpha:
+        return Numbers<4>(row);
+    }
+    return FiniteNumber(row, 0, 0.0);
+}
+
 } // namespace
 
-bool ReadUserProperty(const PropertyRow& row, const RecordTree& tree, const std::string& model,
-                      UserProperty& property, ImportNotes& notes)
+std::optional<PropertyDescription> ReadUserProperty(const PropertyRow& row, const RecordTree& tree,
+                                                    const std::string& model, ImportNotes& notes)
 {
-    property.name = PlainText(row.name, tree);
-    const std::string full_name = model + "." + property.name;
+    std::string name = PlainText(row.name, tree);
+    const std::string full_name = model + "." + name;
     const auto* const known = std::find_if(std::begin(kKinds), std::end(kKinds),
                                            [&](const Kind& kind) { return kind.name == row.kind; });
     if (known == std::end(kKinds))
@@ -94,33 +138,10 @@ bool ReadUserProperty(const PropertyRow& row, const RecordTree& tree, const std:
         notes.Add({"user property of a kind that is not read is left out",
                    "user properties of kinds that are not read are left out"},
                   full_name + " (" + PlainText(row.kind, tree) + ")");
-        return false;
+        return std::nullopt;
     }
-    NoteLongText(property.name, model, property.name, notes);
-    property.kind = known->kind;
-    property.animatable = row.Has('A');
-    if (property.kind == PropertyKind::Text)
-    {
-        property.text = PlainText(row.ValueAt(0).Text().value_or(std::string_view()), tree);
-        NoteLongText(property.text, model, property.name, notes);
-        return true;
-    }
-    for (std::size_t i = 0; i < ComponentsOf(property.kind); ++i)
-        property.value[i] = FiniteNumber(row, i, 0.0);
-    if (property.kind == PropertyKind::Truth)
-        property.value[0] = property.value[0] != 0.0 ? 1.0 : 0.0;
-    if (property.kind == PropertyKind::Whole || property.kind == PropertyKind::Choice)
-    {
-        const double fitting = std::clamp(property.value[0], -2147483648.0, 2147483647.0);
-        if (fitting != property.value[0])
-            notes.Add({"user property that 32 bits cannot hold was clamped",
-                       "user properties that 32 bits cannot hold were clamped"},
-                      full_name);
-        property.value[0] = fitting;
-    }
-    if (property.kind == PropertyKind::Choice)
-        property.items = ItemsOf(PlainText(row.ValueAt(1).Text().value_or(std::string_view()), tree));
-    return true;
+    return PropertyDescription{std::move(name), ValueOf(known->kind, row, tree, full_name, notes),
+                               row.Has('A')};
 }
 
 } // namespace mobu_host::fbx

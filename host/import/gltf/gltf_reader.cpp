@@ -58,8 +58,8 @@ constexpr std::string_view kMotionNeedsNot[] = {"KHR_draco_mesh_compression",
                                                 "EXT_structural_metadata",
                                                 "MSFT_packing_"};
 
-// Properties take this much beside their texts.
-constexpr std::size_t kPropertySize = sizeof(PropertyDescription);
+// What a property counts for beside its texts, in bytes of memory.
+constexpr std::size_t kPropertySize = 72;
 constexpr std::size_t kMostPropertyBytesPerByte = 16;
 constexpr std::size_t kPropertyBytesAtLeast = std::size_t{1} << 20;
 
@@ -138,13 +138,13 @@ private:
     {
         const std::vector<gltf::ShownNode> shown = document_.ShownNodes(kDeepestModel);
         CheckModelCount(shown.size(), options_);
-        models_of_nodes_.assign(document_.Count("nodes"), kNoParent);
+        models_of_nodes_.assign(document_.Count("nodes"), kNoModel);
         scene_.models.reserve(shown.size());
         for (const gltf::ShownNode& node : shown)
         {
             models_of_nodes_[node.index] = static_cast<std::uint32_t>(scene_.models.size());
             scene_.models.push_back(ModelOf(document_.NodeAt(node.index)));
-            scene_.models.back().parent = node.parent.value_or(kNoParent);
+            scene_.models.back().parent = node.parent.value_or(kNoModel);
         }
     }
 
@@ -307,7 +307,7 @@ private:
                   std::map<std::uint32_t, NodeMotion>& motions)
     {
         const std::uint32_t model = models_of_nodes_[*channel.node];
-        if (model == kNoParent)
+        if (model == kNoModel)
         {
             notes_.Add({"channel of a node that is not in the scene is passed over",
                         "channels of nodes that are not in the scene are passed over"},
@@ -396,7 +396,7 @@ private:
     const ImportOptions& options_;
     ImportNotes& notes_;
     SceneDescription scene_;
-    std::vector<std::uint32_t> models_of_nodes_; // kNoParent where the scene does not show the node
+    std::vector<std::uint32_t> models_of_nodes_; // kNoModel where the scene does not show the node
     std::set<std::size_t> checked_times_;        // accessors
     std::set<std::size_t> checked_places_;       // accessors
     std::set<std::size_t> noted_blend_shapes_;   // nodes

@@ -1,4 +1,5 @@
 #include "host/import/formats.h"
+#include "host/import/host_scene.h"
 #include "host/import/parse_error.h"
 #include "tests/host/import/collada/collada_text.h"
 #include "tests/host/import/fbx/fbx_writer.h"
@@ -81,7 +82,7 @@ protected:
         {
             mobu_host::ImportNotes notes;
             const mobu_host::SceneFile file{(folder_ / "scene").string(), bytes};
-            mobu_host::FormatNamed(GetParam().format)->import(file, {}, notes);
+            mobu_host::BuildHostScene(mobu_host::FormatNamed(GetParam().format)->read(file, {}, notes), {}, notes);
         }
         catch (const mobu_host::ParseError& error)
         {

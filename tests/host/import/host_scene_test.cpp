@@ -57,7 +57,7 @@ protected:
 TEST_F(HostSceneTest, NamesAreUniqueAndAJointKeepsItsNameBeforeTheMeshOnIt)
 {
     SceneDescription scene;
-    scene.models = {At("Hand", kNoParent, {}), At("Hand", 0, {}), At("", 1, {}), At("Scene", kNoParent, {})};
+    scene.models = {At("Hand", kNoModel, {}), At("Hand", 0, {}), At("", 1, {}), At("Scene", kNoModel, {})};
     scene.models[0].has_geometry = true;
     scene.takes = {Named("a:b", 0, 0), Named("a/b", 0, 0), Named("", 0, 0)};
     EXPECT_EQ(
@@ -71,7 +71,7 @@ TEST_F(HostSceneTest, NamesAreUniqueAndAJointKeepsItsNameBeforeTheMeshOnIt)
 TEST_F(HostSceneTest, AMirroredModelIsReversedAndNamedWhatIsBelowItStays)
 {
     SceneDescription scene;
-    scene.models = {At("Left", kNoParent, {1, 2, 3}, {-1, 1, 1}), At("Tip", 0, {5, 0, 0}),
+    scene.models = {At("Left", kNoModel, {1, 2, 3}, {-1, 1, 1}), At("Tip", 0, {5, 0, 0}),
                     At("Twice", 1, {1, 0, 0}, {1, -1, 1})};
     TakeDescription take = Named("t", 0, 1);
     take.models = {{1, [](double seconds) { return Affine{{}, {5 + seconds, 0, 0}}; }}};
@@ -97,7 +97,7 @@ TEST_F(HostSceneTest, AMirroredModelIsReversedAndNamedWhatIsBelowItStays)
 TEST_F(HostSceneTest, ShearedModelsKeepTheirMatrixAndAreNamed)
 {
     SceneDescription scene;
-    scene.models = {At("Leaning", kNoParent, {}), At("Rounded", kNoParent, {}), At("Also", kNoParent, {})};
+    scene.models = {At("Leaning", kNoModel, {}), At("Rounded", kNoModel, {}), At("Also", kNoModel, {})};
     scene.models[0].rest.linear.at[0][1] = 0.5;
     scene.models[1].rest.linear.at[0][1] = 1e-5; // as in a matrix of five digits
     scene.models[2].rest.linear.at[2][0] = -0.01;
@@ -111,11 +111,11 @@ TEST_F(HostSceneTest, CamerasLookAlongXAndTheirLensMoves)
 {
     SceneDescription scene;
     scene.axes = {EulerTurn({-90, 0, 0}, 0), {}}; // Z up
-    scene.models = {At("Eye", kNoParent, {0, 0, 7}), At("Hat", 0, {0, 1, 0}), At("Flat", kNoParent, {})};
+    scene.models = {At("Eye", kNoModel, {0, 0, 7}), At("Hat", 0, {0, 1, 0}), At("Flat", kNoModel, {})};
     scene.models[0].lens = {false, 50.0, 1.5, 2.0, 3000.0};
     scene.models[2].lens = {true, 4.0, 0.0, 0.0, 0.0};
     TakeDescription take = Named("zoom", 0, 1);
-    take.lenses = {{0, LensValue::HorizontalAngle, [](double seconds) { return 50.0 + seconds; }}};
+    take.properties = {{0, "FieldOfView", 0, [](double seconds, int) { return 50.0 + seconds; }}};
     scene.takes = {take};
     const double default_angle = FBCamera("c").FieldOfView;
     EXPECT_EQ(Build(std::move(scene)),
@@ -157,7 +157,7 @@ TEST_F(HostSceneTest, TakesThatNoRateFitsAreWidenedToFramesOfThirtyAndNamed)
 TEST_F(HostSceneTest, PropertiesKeepTheirKinds)
 {
     SceneDescription scene;
-    scene.models = {At("a", kNoParent, {})};
+    scene.models = {At("a", kNoModel, {})};
     scene.models[0].properties = {{"yes", true},
                                   {"whole", -3},
                                   {"number", 0.25},
@@ -197,7 +197,7 @@ TEST_F(HostSceneTest, NumbersBeyondSinglePrecisionAreRefusedByName)
     for (const Case& item : cases)
     {
         SceneDescription scene;
-        scene.models = {At("m", kNoParent, {})};
+        scene.models = {At("m", kNoModel, {})};
         scene.models[0].lens = item.lens;
         scene.models[0].properties = {{"p", item.value}};
         EXPECT_EQ(CauseOf(scene),
@@ -212,7 +212,7 @@ TEST_F(HostSceneTest, TextsThatAnExportCutsAreNotedOfEveryFormat)
 {
     const std::string fits(65535, 'x'), cut(65536, 'x'), shown = std::string(60, 'x') + "...";
     SceneDescription scene;
-    scene.models = {At(cut, kNoParent, {}), At("m", kNoParent, {}), At(fits, kNoParent, {})};
+    scene.models = {At(cut, kNoModel, {}), At("m", kNoModel, {}), At(fits, kNoModel, {})};
     scene.models[1].properties = {{"story", cut}, {"short", fits}, {cut, 1}};
     scene.properties = {{"plot", cut}};
     scene.takes = {Named(cut, 0, 0), Named(fits, 0, 0)};
@@ -247,9 +247,9 @@ TEST(ImportNotesTest, NameEachOnceAndCountAll)
 TEST_F(HostSceneTest, WhatNoSceneCanHoldIsRefusedBeforeAnythingChanges)
 {
     SceneDescription many, nowhere, far, late;
-    far.models = {At("far", kNoParent, {0, 0, -1e39})};
-    many.models = {At("a", kNoParent, {}), At("b", 0, {}), At("c", 1, {})};
-    nowhere.models = {At("lost", kNoParent, {0, std::nan(""), 0})};
+    far.models = {At("far", kNoModel, {0, 0, -1e39})};
+    many.models = {At("a", kNoModel, {}), At("b", 0, {}), At("c", 1, {})};
+    nowhere.models = {At("lost", kNoModel, {0, std::nan(""), 0})};
     late.takes = {Named("eternity", 0, 1e7)};
     const std::pair<const SceneDescription*, const char*> cases[] = {
         {&many, "it has more than 2 models, which is the limit"},

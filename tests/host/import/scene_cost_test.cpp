@@ -258,7 +258,7 @@ TEST(SceneCost, ACallerCanLimitTheModels)
             EXPECT_STREQ(error.what(), "it has more than 999 models, which is the limit") << format;
         }
         options.most_models = 1000;
-        FormatNamed(format)->import(file, options, notes);
+        BuildHostScene(FormatNamed(format)->read(file, options, notes), options, notes);
     }
     NewScene();
 }

@@ -289,14 +289,14 @@ TEST(ColladaMotionTest, LensesMove)
                                           Animation("b", {"c/znear", "0 1", "1 3"})),
                       "<node><instance_camera url=\"#c\"/></node>", "<unit meter=\"1\"/>"),
              notes);
-    const auto& lenses = scene.takes.at(0).lenses;
+    const auto& lenses = scene.takes.at(0).properties;
     ASSERT_EQ(lenses.size(), 2u);
     for (const auto& lens : lenses)
     {
-        if (lens.value == mobu_host::LensValue::HorizontalAngle)
-            EXPECT_NEAR(lens.at(0.5), 2 * std::atan(1.5 * std::tan(25 * kRadians)) / kRadians, 1e-9);
+        if (lens.built_in == std::string("FieldOfView"))
+            EXPECT_NEAR(lens.value(0.5, 0), 2 * std::atan(1.5 * std::tan(25 * kRadians)) / kRadians, 1e-9);
         else
-            EXPECT_NEAR(lens.at(0.5), 200.0, 1e-9);
+            EXPECT_NEAR(lens.value(0.5, 0), 200.0, 1e-9);
     }
     EXPECT_TRUE(notes.empty());
 }

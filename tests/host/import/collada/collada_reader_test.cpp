@@ -45,7 +45,7 @@ std::vector<std::string> NamesOf(const SceneDescription& scene)
 {
     std::vector<std::string> names;
     for (const auto& model : scene.models)
-        names.push_back((model.parent == mobu_host::kNoParent ? "" : scene.models[model.parent].name + "/") +
+        names.push_back((model.parent == mobu_host::kNoModel ? "" : scene.models[model.parent].name + "/") +
                         model.name);
     return names;
 }

@@ -1,4 +1,5 @@
-#include "host/import/fbx/fbx_import.h"
+#include "host/import/fbx/fbx_reader.h"
+#include "host/import/host_scene.h"
 #include "host/import/parse_error.h"
 #include "tests/host/import/fbx/fbx_writer.h"
 #include "tests/host/import/import_fixture.h"
@@ -19,8 +20,7 @@ protected:
     static mobu_host::ImportNotes OpenFile(const std::string& file)
     {
         mobu_host::ImportNotes notes;
-        std::string cause;
-        EXPECT_TRUE(mobu_host::fbx::ImportFbx(file, notes, cause)) << cause;
+        mobu_host::BuildHostScene(mobu_host::fbx::ReadFbx(file, {}, notes), {}, notes);
         return notes;
     }
 
@@ -33,9 +33,16 @@ protected:
     static std::string CauseOf(const std::string& file)
     {
         mobu_host::ImportNotes notes;
-        std::string cause;
-        EXPECT_FALSE(mobu_host::fbx::ImportFbx(file, notes, cause));
-        return cause;
+        try
+        {
+            mobu_host::fbx::ReadFbx(file, {}, notes);
+        }
+        catch (const mobu_host::ParseError& error)
+        {
+            return error.what();
+        }
+        ADD_FAILURE() << "it was read";
+        return {};
     }
 
     static bool Tells(const mobu_host::ImportNotes& notes, const std::string& what)

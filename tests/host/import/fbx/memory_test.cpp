@@ -1,5 +1,6 @@
-#include "host/import/fbx/fbx_import.h"
-#include "host/import/fbx/scene_data.h"
+#include "host/import/fbx/fbx_reader.h"
+#include "host/import/host_scene.h"
+#include "host/import/parse_error.h"
 #include "tests/host/import/fbx/fbx_writer.h"
 #include "tests/host/import/import_fixture.h"
 #include "tests/support/allocation_watch.h"
@@ -174,9 +175,16 @@ TEST_F(FbxMemoryTest, StaysInProportionToTheFile)
         mobu_host::ImportNotes notes;
         std::string cause;
         const tv2_tests::AllocationPeak peak;
-        const bool opened = mobu_host::fbx::ImportFbx(item.file, notes, cause);
+        try
+        {
+            mobu_host::BuildHostScene(mobu_host::fbx::ReadFbx(item.file, {}, notes), {}, notes);
+        }
+        catch (const mobu_host::ParseError& error)
+        {
+            cause = error.what();
+        }
         const std::size_t bytes = peak.Bytes();
-        EXPECT_EQ(opened, *item.cause == '\0') << item.what << ": " << cause;
+        EXPECT_EQ(cause.empty(), *item.cause == '\0') << item.what << ": " << cause;
         EXPECT_NE(cause.find(item.cause), std::string::npos) << item.what << ": " << cause;
         EXPECT_LE(bytes, kMostPerByte * item.file.size() + kMostBesides) << item.what;
     }
@@ -215,8 +223,7 @@ TEST_F(FbxMemoryTest, TheReaderTakesInProportionToWhatIsUnpacked)
     {
         mobu_host::ImportNotes notes;
         const tv2_tests::AllocationPeak peak;
-        const mobu_host::fbx::RecordTree tree(item.file);
-        const auto scene = mobu_host::fbx::ReadScene(mobu_host::fbx::Document(tree), notes);
+        const auto scene = mobu_host::fbx::ReadFbx(item.file, {}, notes);
         EXPECT_LE(peak.Bytes(), kPerByte * std::max(item.unpacked, item.file.size()) + kBesides) << item.what;
     }
 }

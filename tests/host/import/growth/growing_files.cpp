@@ -6,6 +6,7 @@
 
 #include "host/import/formats.h"
 #include "host/import/host_scene.h"
+#include "host/import/host_scene.h"
 #include "tests/host/import/collada/collada_text.h"
 
 #include <mobu_host/scene.h>
@@ -220,7 +221,7 @@ void Import(const Format& format, const SceneFile& file)
     try
     {
         ImportNotes notes;
-        format.import(file, {}, notes);
+        mobu_host::BuildHostScene(format.read(file, {}, notes), {}, notes);
     }
     catch (const std::exception&) // refused: that has to be in proportion as well
     {

@@ -1,4 +1,4 @@
-#include "host/import/affine.h"
+#include "host/math/affine.h"
 
 #include "numerics/trigonometry.h"
 
