@@ -1,7 +1,7 @@
 #pragma once
 
+#include "tev2_loader/file.h"
 #include "tev2_loader/io/file_image.h"
-#include "tev2_loader/tev2.h"
 
 #include <cmath>
 #include <cstdint>
@@ -87,9 +87,8 @@ inline TEV2_LOADER::TEV2_WIDE_STRING Wide(const std::string& path)
 inline std::vector<std::uint8_t> ReadWhole(const std::string& path)
 {
     std::vector<std::uint8_t> image;
-    std::string error;
-    if (!TEV2_LOADER::ReadFileImage(path, image, error))
-        throw std::runtime_error(path + ": " + error);
+    if (const auto read = TEV2_LOADER::ReadFileImage(path, image); !read)
+        throw std::runtime_error(path + ": " + read.Reason());
     return image;
 }
 
@@ -97,11 +96,8 @@ inline std::vector<std::uint8_t> ReadWhole(const std::string& path)
 inline std::vector<std::uint8_t> Saved(const TEV2_LOADER::TEV2& scene)
 {
     const std::string path = ScratchFile("image.tv2");
-    {
-        TEV2_LOADER::TEV2_FILE_WRITER writer(Wide(path), false, true);
-        scene.Save(writer);
-        writer.stream->Close();
-    }
+    if (const auto saved = TEV2_LOADER::SaveFile(scene, path); !saved)
+        throw std::runtime_error(path + ": " + saved.Reason());
     std::vector<std::uint8_t> image = ReadWhole(path);
     std::remove(path.c_str());
     return image;

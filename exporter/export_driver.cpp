@@ -9,8 +9,8 @@
 #include "exporter/sampling/sampling_limits.h"
 #include "exporter/sampling/take_span.h"
 #include "exporter/text.h"
+#include "tev2_loader/file.h"
 #include "tev2_loader/io/file_writer.h"
-#include "tev2_loader/io/scene_file.h"
 
 #include <algorithm>
 #include <memory>
@@ -161,7 +161,8 @@ bool ExportTake(ExportContext& context, const ExportOptions& options, const Outp
     if (options.RemoveNamespaceFromNames == 1)
         RemoveNamespaces(scene.matrixHierarchy);
     ReduceKeys(scene.matrixHierarchy);
-    WriteSceneFile(scene, file.path); // a failure keeps the old file and is not reported
+    static_cast<void>(
+        SaveFile(scene, Utf8Path(file.path))); // a failure keeps the old file and is not reported
     return true;
 }
 

@@ -34,6 +34,9 @@ public:
         return status;
     }
 
+    /// Success for 0, otherwise failure with the system's words for an errno value.
+    static Status FromErrno(int error);
+
     bool Ok() const { return ok_; }
     explicit operator bool() const { return ok_; }
 

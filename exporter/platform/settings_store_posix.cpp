@@ -63,7 +63,8 @@ SettingsWriter::~SettingsWriter()
         return;
     std::error_code ignored;
     fs::create_directories(path.parent_path(), ignored);
-    TEV2_LOADER::WriteWholeFile(path.string(), lines_);
+    static_cast<void>(
+        TEV2_LOADER::WriteWholeFile(path.string(), lines_)); // settings are kept where they can be
 }
 
 void SettingsWriter::Write(const char* name, const std::string& text)

@@ -4,7 +4,7 @@
 #include "host/import/scene_import.h"
 #include "mobu_host/plugin.h"
 #include "mobu_host/scene.h"
-#include "tev2_loader/io/file_image.h"
+#include "tev2_loader/file.h"
 #include "tev2_loader/tev2.h"
 
 #include <gtest/gtest.h>
@@ -134,13 +134,10 @@ struct Deviation
 
 Deviation CompareTake(FBTake& take, const std::string& path, float rate)
 {
-    std::vector<std::uint8_t> image;
-    std::string error;
-    EXPECT_TRUE(ReadFileImage(path, image, error)) << error;
     TEV2_LOAD_REPORT report;
-    TEV2_MEMORY_CURSOR cursor(image.data(), image.size(), &report);
     TEV2 file;
-    EXPECT_TRUE(file.Load(cursor, true)) << path;
+    const Status loaded = LoadFile(path, file, {.report = &report});
+    EXPECT_TRUE(loaded) << path << ": " << loaded.Reason();
     EXPECT_TRUE(report.findings.empty()) << path;
 
     const std::vector<FBModel*> models = mobu_host::ModelsInPreOrder();

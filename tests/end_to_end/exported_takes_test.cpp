@@ -3,7 +3,7 @@
 #include "host/import/scene_import.h"
 #include "mobu_host/plugin.h"
 #include "mobu_host/scene.h"
-#include "tev2_loader/io/file_image.h"
+#include "tests/support/scratch_folder.h"
 
 #include <gtest/gtest.h>
 
@@ -18,9 +18,8 @@ namespace fs = std::filesystem;
 std::map<std::string, std::vector<std::uint8_t>> FilesIn(const fs::path& folder)
 {
     std::map<std::string, std::vector<std::uint8_t>> files;
-    std::string error;
     for (const auto& entry : fs::directory_iterator(folder))
-        EXPECT_TRUE(TEV2_LOADER::ReadFileImage(entry.path(), files[entry.path().filename()], error)) << error;
+        files[entry.path().filename()] = tv2_tests::ReadBytes(entry.path());
     return files;
 }
 

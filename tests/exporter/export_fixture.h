@@ -3,9 +3,9 @@
 #include "exporter/export_driver.h"
 #include "exporter/text.h"
 #include "mobu_host/scene.h"
+#include "tests/support/scratch_folder.h"
 #include "tests/support/test_platform.h"
-#include "tev2_loader/io/file_image.h"
-#include "tev2_loader/tev2.h"
+#include "tev2_loader/file.h"
 
 #include <gtest/gtest.h>
 
@@ -63,17 +63,14 @@ protected:
     std::unique_ptr<TEV2_LOADER::TEV2> Load(const std::string& file_name)
     {
         auto scene = std::make_unique<TEV2_LOADER::TEV2>();
-        const std::vector<std::uint8_t> image = Bytes(file_name);
-        TEV2_LOADER::TEV2_MEMORY_CURSOR cursor(image.data(), image.size());
-        return scene->Load(cursor, false) ? std::move(scene) : nullptr;
+        const bool loaded =
+            TEV2_LOADER::LoadFile((folder_ / file_name).string(), *scene, {.applyStartTime = false}).Ok();
+        return loaded ? std::move(scene) : nullptr;
     }
 
     std::vector<std::uint8_t> Bytes(const std::string& file_name)
     {
-        std::vector<std::uint8_t> image;
-        std::string error;
-        EXPECT_TRUE(TEV2_LOADER::ReadFileImage((folder_ / file_name).string(), image, error)) << error;
-        return image;
+        return tv2_tests::ReadBytes(folder_ / file_name);
     }
 
     static std::string Text(const TEV2_LOADER::TEV2_WIDE_STRING& text) { return Narrow(text.Text()); }

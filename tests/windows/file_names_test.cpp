@@ -36,8 +36,8 @@ TEST(Writer, WritesBytesAsTheyAre)
     EXPECT_TRUE(folder.Content(u"bytes") == bytes + "\n\x1A");
 
     std::vector<std::uint8_t> image;
-    std::string error;
-    ASSERT_TRUE(ReadFileImage(folder.BytePath(u"bytes"), image, error)) << error;
+    const Status read = ReadFileImage(Utf8Path(folder.BytePath(u"bytes")), image);
+    ASSERT_TRUE(read) << read.Reason();
     EXPECT_TRUE(std::string(image.begin(), image.end()) == bytes + "\n\x1A");
 }
 
@@ -67,8 +67,8 @@ TEST(Writer, TakesNamesOfTheCodePage)
         EXPECT_EQ(folder.Content(name), "new");
         EXPECT_NE(GetFileAttributesA(folder.BytePath(name).c_str()), INVALID_FILE_ATTRIBUTES);
         std::vector<std::uint8_t> image;
-        std::string error;
-        EXPECT_TRUE(ReadFileImage(folder.BytePath(name), image, error)) << error;
+        const Status read = ReadFileImage(Utf8Path(folder.BytePath(name)), image);
+        EXPECT_TRUE(read) << read.Reason();
         EXPECT_EQ(image.size(), 3u);
     }
 }

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "tev2_loader/io/wide_string.h"
+
 #include <gtest/gtest.h>
 
 #include <windows.h>
@@ -55,6 +57,8 @@ public:
         EXPECT_FALSE(replaced) << "not a path of the code page";
         return bytes;
     }
+
+    std::string Utf8Path(const std::u16string& name) const { return TEV2_LOADER::Utf8Text(Path(name)); }
 
     std::u16string Make(const std::u16string& name, const std::string& content = "old",
                         DWORD attributes = FILE_ATTRIBUTE_NORMAL) const

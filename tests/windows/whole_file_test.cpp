@@ -38,7 +38,7 @@ TEST(WholeFile, ReplacesOrCreatesUnderNamesOfTheCodePage)
             const ScratchFolder folder(u"d\u00E9p\u00F4t");
             if (*old)
                 folder.Make(name, old);
-            EXPECT_EQ(WriteWholeFile(folder.BytePath(name), "new\n"), 0);
+            EXPECT_TRUE(WriteWholeFile(folder.Utf8Path(name), "new\n"));
             EXPECT_EQ(folder.Content(name), "new\n");
             EXPECT_TRUE(PartFiles(folder).empty());
         }
@@ -53,7 +53,7 @@ TEST(WholeFile, KeepsTheOldFileWhenTheContentIsIncomplete)
         EXPECT_EQ(PartFiles(folder).size(), 1u);
         return stream->Write("half", 4) == 4 && false;
     };
-    EXPECT_NE(WriteWholeFile(folder.BytePath(u"a.tv2"), half), 0);
+    EXPECT_FALSE(WriteWholeFile(folder.Utf8Path(u"a.tv2"), half));
     EXPECT_EQ(folder.Content(u"a.tv2"), "old");
     EXPECT_TRUE(PartFiles(folder).empty());
 }
@@ -62,11 +62,11 @@ TEST(WholeFile, DoesNotReplaceReadOnlyFilesAndFolders)
 {
     const ScratchFolder folder;
     folder.Make(u"a.tv2", "old", FILE_ATTRIBUTE_READONLY);
-    EXPECT_EQ(WriteWholeFile(folder.BytePath(u"a.tv2"), "new"), EACCES);
+    EXPECT_EQ(WriteWholeFile(folder.Utf8Path(u"a.tv2"), "new").Reason(), Status::FromErrno(EACCES).Reason());
     EXPECT_EQ(folder.Content(u"a.tv2"), "old");
-    EXPECT_NE(WriteWholeFile(folder.BytePath(u"no\\folder.tv2"), "new"), 0);
+    EXPECT_FALSE(WriteWholeFile(folder.Utf8Path(u"no\\folder.tv2"), "new"));
     const std::string itself = folder.BytePath(u"");
-    EXPECT_NE(WriteWholeFile(itself.substr(0, itself.size() - 1), "new"), 0);
+    EXPECT_FALSE(WriteWholeFile(itself.substr(0, itself.size() - 1), "new"));
     EXPECT_TRUE(PartFiles(folder).empty());
 }
 
@@ -78,7 +78,7 @@ TEST(WholeFile, GoesStraightToTheNameWhenReplacingIsRefused)
     const HANDLE reader = CreateFileW(Wide(path), GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr,
                                       OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
     ASSERT_NE(reader, INVALID_HANDLE_VALUE);
-    EXPECT_EQ(WriteWholeFile(folder.BytePath(u"a.tv2"), "new"), 0);
+    EXPECT_TRUE(WriteWholeFile(folder.Utf8Path(u"a.tv2"), "new"));
     char content[8] = {};
     DWORD size = 0;
     EXPECT_TRUE(ReadFile(reader, content, sizeof content, &size, nullptr));
@@ -101,7 +101,7 @@ TEST(WholeFile, RemovesThePartFilesThatNobodyIsWriting)
     folder.Make(u".b.tv2.4294967280-1.part");
     const HANDLE writing = CreateFileW(Wide(folder.Path(u".a.tv2.4294967280-2.part")), GENERIC_WRITE,
                                        FILE_SHARE_READ, nullptr, CREATE_NEW, FILE_ATTRIBUTE_NORMAL, nullptr);
-    EXPECT_EQ(WriteWholeFile(folder.BytePath(u"a.tv2"), "new"), 0);
+    EXPECT_TRUE(WriteWholeFile(folder.Utf8Path(u"a.tv2"), "new"));
     EXPECT_FALSE(folder.Has(part(kNoProcess)));
     EXPECT_FALSE(folder.Has(part(GetCurrentProcessId())));
     EXPECT_TRUE(folder.Has(u".b.tv2.4294967280-1.part"));

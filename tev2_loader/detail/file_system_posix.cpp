@@ -137,6 +137,16 @@ Target Examine(const std::string& path)
     return target;
 }
 
+std::filesystem::path NativePath(const std::string& path)
+{
+    return path;
+}
+
+std::FILE* OpenForReading(const std::string& path)
+{
+    return std::fopen(path.c_str(), "rb");
+}
+
 std::size_t FolderLength(const std::string& path)
 {
     const std::size_t separator = path.find_last_of('/');

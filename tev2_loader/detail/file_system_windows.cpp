@@ -16,14 +16,17 @@ namespace
 
 constexpr DWORD kShareAll = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
 
-/// The other way; empty when the code page lacks a character.
+/// A path as the system takes it.
+std::wstring Utf16Path(const std::string& path)
+{
+    return WideText(path, CP_UTF8);
+}
+
+/// The other way; empty when the path is not UTF-16.
 std::string Narrow(const std::wstring& wide)
 {
-    const auto count = static_cast<int>(wide.size());
-    std::string path(wide.size() * 4, '\0');
-    path.resize(static_cast<std::size_t>(WideCharToMultiByte(
-        CP_ACP, 0, wide.data(), count, path.data(), static_cast<int>(path.size()), nullptr, nullptr)));
-    return WidePath(path) == wide ? path : std::string();
+    std::string path = NarrowText(wide, CP_UTF8);
+    return Utf16Path(path) == wide ? path : std::string();
 }
 
 class Handle
@@ -58,8 +61,6 @@ private:
     HANDLE handle_;
 };
 
-constexpr DWORD kDiskQuotaExceeded = 1295; // has no name in the headers of MinGW
-
 /// The path of an open file without the prefix of long paths; empty when it has none.
 std::string FinalPath(HANDLE file)
 {
@@ -85,15 +86,14 @@ Target Examine(const std::string& path)
 {
     Target target;
     target.path = path;
-    const std::wstring wide = WidePath(path);
+    const std::wstring wide = Utf16Path(path);
     const DWORD attributes = GetFileAttributesW(wide.c_str());
     if (attributes == INVALID_FILE_ATTRIBUTES)
         return target; // what else is against it shows when it is opened
     target.exists = true;
     if ((attributes & FILE_ATTRIBUTE_DIRECTORY) != 0)
         return target;
-    if ((attributes & FILE_ATTRIBUTE_READONLY) !=
-        0) // not left to the system: a superuser's opening may succeed
+    if ((attributes & FILE_ATTRIBUTE_READONLY) != 0) // a superuser could open it
     {
         target.error = EACCES;
         return target;
@@ -116,6 +116,16 @@ Target Examine(const std::string& path)
     return target;
 }
 
+std::filesystem::path NativePath(const std::string& path)
+{
+    return Utf16Path(path);
+}
+
+std::FILE* OpenForReading(const std::string& path)
+{
+    return _wfopen(Utf16Path(path).c_str(), L"rb");
+}
+
 std::size_t FolderLength(const std::string& path)
 {
     const std::size_t separator = path.find_last_of("/\\:");
@@ -124,7 +134,7 @@ std::size_t FolderLength(const std::string& path)
 
 std::FILE* CreateNew(const std::string& path, const Target&)
 {
-    Handle file(CreateFileW(WidePath(path).c_str(), GENERIC_WRITE, FILE_SHARE_READ, nullptr, CREATE_NEW,
+    Handle file(CreateFileW(Utf16Path(path).c_str(), GENERIC_WRITE, FILE_SHARE_READ, nullptr, CREATE_NEW,
                             FILE_ATTRIBUTE_NORMAL | FILE_FLAG_SEQUENTIAL_SCAN, nullptr));
     if (!file.IsOpen())
     {
@@ -136,7 +146,7 @@ std::FILE* CreateNew(const std::string& path, const Target&)
 
 std::FILE* OpenForWriting(const std::string& path)
 {
-    Handle file(CreateFileW(WidePath(path).c_str(), GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE,
+    Handle file(CreateFileW(Utf16Path(path).c_str(), GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE,
                             nullptr, CREATE_ALWAYS, FILE_ATTRIBUTE_NORMAL | FILE_FLAG_SEQUENTIAL_SCAN,
                             nullptr));
     if (!file.IsOpen())
@@ -154,8 +164,8 @@ std::FILE* OpenForWriting(const std::string& path)
 
 bool PutInPlace(const std::string& part, const Target& target)
 {
-    const std::wstring from = WidePath(part);
-    const std::wstring to = WidePath(target.path);
+    const std::wstring from = Utf16Path(part);
+    const std::wstring to = Utf16Path(target.path);
     // Attributes, times of creation and rights are those of the file that is replaced.
     constexpr DWORD kKeepGoing = REPLACEFILE_IGNORE_MERGE_ERRORS;
     if ((target.exists && ReplaceFileW(to.c_str(), from.c_str(), nullptr, kKeepGoing, nullptr, nullptr)) ||
@@ -167,7 +177,7 @@ bool PutInPlace(const std::string& part, const Target& target)
 
 void Remove(const std::string& path)
 {
-    DeleteFileW(WidePath(path).c_str());
+    DeleteFileW(Utf16Path(path).c_str());
 }
 
 unsigned long ProcessId()
@@ -179,7 +189,7 @@ void RemoveAbandoned(const std::string& folder, const std::string& prefix, const
 {
     std::vector<std::string> found;
     WIN32_FIND_DATAW entry;
-    const HANDLE search = FindFirstFileW(WidePath(folder + prefix + "*" + suffix).c_str(), &entry);
+    const HANDLE search = FindFirstFileW(Utf16Path(folder + prefix + "*" + suffix).c_str(), &entry);
     if (search == INVALID_HANDLE_VALUE)
         return;
     do

@@ -1,7 +1,7 @@
 #pragma once
 
-// On Windows alone: paths and errors of its calls. Everything that opens, examines or renames the same file converts its
-// path here.
+// Windows only: converts paths and errors. Everything that opens, examines or renames the same file converts its path
+// here.
 
 #include <windows.h>
 
@@ -11,13 +11,30 @@
 namespace TEV2_LOADER::file_system
 {
 
-/// A path in the bytes of the active code page, as UTF-16.
+/// Text of a code page as UTF-16.
+inline std::wstring WideText(const std::string& text, unsigned codePage)
+{
+    std::wstring wide(text.size(), L'\0');
+    wide.resize(
+        static_cast<std::size_t>(MultiByteToWideChar(codePage, 0, text.data(), static_cast<int>(text.size()),
+                                                     wide.data(), static_cast<int>(wide.size()))));
+    return wide;
+}
+
+/// UTF-16 as text of a code page.
+inline std::string NarrowText(const std::wstring& wide, unsigned codePage)
+{
+    std::string text(wide.size() * 4, '\0');
+    text.resize(static_cast<std::size_t>(
+        WideCharToMultiByte(codePage, 0, wide.data(), static_cast<int>(wide.size()), text.data(),
+                            static_cast<int>(text.size()), nullptr, nullptr)));
+    return text;
+}
+
+/// A path as the system's 8-bit calls take it, which is text of the active code page.
 inline std::wstring WidePath(const std::string& path)
 {
-    std::wstring wide(path.size(), L'\0');
-    wide.resize(static_cast<std::size_t>(MultiByteToWideChar(
-        CP_ACP, 0, path.data(), static_cast<int>(path.size()), wide.data(), static_cast<int>(wide.size()))));
-    return wide;
+    return WideText(path, CP_ACP);
 }
 
 /// The errno value of the last error of the Windows API.

@@ -1,9 +1,10 @@
 #include "tev2_loader/io/file_image.h"
 
+#include "tev2_loader/detail/file_system.h"
+
 #include <array>
 #include <cerrno>
 #include <cstdio>
-#include <cstring>
 #include <filesystem>
 #include <memory>
 
@@ -13,51 +14,59 @@ namespace TEV2_LOADER
 namespace
 {
 
-constexpr std::size_t kTooLarge = std::size_t{1} << 32;
+constexpr std::uint64_t kTooLarge = std::uint64_t{1} << 32;
 
-bool Refuse(std::vector<std::uint8_t>& image, std::string& error, const char* reason)
+using File = std::unique_ptr<std::FILE, int (*)(std::FILE*)>;
+
+/// Opens a regular file or a pipe, and makes room for what is in it.
+Status Open(const std::string& path, std::uint64_t most, File& file, std::vector<std::uint8_t>& image)
 {
-    image.clear();
-    error = reason;
-    return false;
-}
-
-} // namespace
-
-bool ReadFileImage(const std::string& path, std::vector<std::uint8_t>& image, std::string& error)
-{
-    image.clear();
-    error.clear();
-
-    std::error_code no_status;
-    const auto status = std::filesystem::status(path, no_status);
-    if (std::filesystem::exists(status) && !std::filesystem::is_regular_file(status) &&
-        !std::filesystem::is_fifo(status))
-        return Refuse(image, error,
-                      std::filesystem::is_directory(status) ? std::strerror(EISDIR) : "Not a file");
-
-    const auto close = [](std::FILE* file) { std::fclose(file); };
-    const std::unique_ptr<std::FILE, decltype(close)> file(std::fopen(path.c_str(), "rb"));
+    namespace fs = std::filesystem;
+    const fs::path native = file_system::NativePath(path);
+    std::error_code ignored;
+    const fs::file_status status = fs::status(native, ignored);
+    if (fs::is_directory(status))
+        return Status::FromErrno(EISDIR);
+    if (fs::exists(status) && !fs::is_regular_file(status) && !fs::is_fifo(status))
+        return Status::Failure("Not a file");
+    file.reset(file_system::OpenForReading(path));
     if (!file)
-        return Refuse(image, error, std::strerror(errno));
-
-    if (std::filesystem::is_regular_file(status))
+        return Status::FromErrno(errno);
+    if (fs::is_regular_file(status))
     {
-        const std::uintmax_t size = std::filesystem::file_size(path, no_status);
-        if (!no_status && size < kTooLarge)
+        const std::uintmax_t size = fs::file_size(native, ignored);
+        if (!ignored && size <= most)
             image.reserve(static_cast<std::size_t>(size));
     }
+    return {};
+}
+
+Status Read(const std::string& path, std::uint64_t most, std::vector<std::uint8_t>& image)
+{
+    File file(nullptr, std::fclose);
+    if (Status opened = Open(path, most, file, image); !opened)
+        return opened;
     std::setvbuf(file.get(), nullptr, _IONBF, 0); // the blocks are buffer enough
     std::array<std::uint8_t, 65536> block;
     while (const std::size_t taken = std::fread(block.data(), 1, block.size(), file.get()))
     {
+        if (image.size() + taken > most)
+            return Status::Failure(most == kTooLarge - 1 ? "4 GiB or more, larger than any scene file"
+                                                         : "larger than " + std::to_string(most) + " bytes");
         image.insert(image.end(), block.begin(), block.begin() + static_cast<std::ptrdiff_t>(taken));
-        if (image.size() >= kTooLarge)
-            return Refuse(image, error, "4 GiB or more, larger than any scene file");
     }
-    if (std::ferror(file.get()) != 0)
-        return Refuse(image, error, std::strerror(errno));
-    return true;
+    return std::ferror(file.get()) != 0 ? Status::FromErrno(errno) : Status();
+}
+
+} // namespace
+
+Status ReadFileImage(const std::string& path, std::vector<std::uint8_t>& image, std::size_t mostBytes)
+{
+    image.clear();
+    Status read = Read(path, mostBytes != 0 ? mostBytes : kTooLarge - 1, image);
+    if (!read)
+        image.clear();
+    return read;
 }
 
 } // namespace TEV2_LOADER

@@ -3,7 +3,7 @@
 #include <algorithm>
 
 #if defined(_WIN32)
-#include <windows.h>
+#include "tev2_loader/detail/windows_path.h"
 #endif
 
 namespace TEV2_LOADER
@@ -16,12 +16,7 @@ namespace
 std::string SystemText(const std::u16string& units)
 {
 #if defined(_WIN32)
-    const auto* const wide = reinterpret_cast<const wchar_t*>(units.data());
-    const auto count = static_cast<int>(units.size());
-    std::string text(units.size() * 4, '\0');
-    text.resize(static_cast<std::size_t>(WideCharToMultiByte(
-        CP_ACP, 0, wide, count, text.data(), static_cast<int>(text.size()), nullptr, nullptr)));
-    return text;
+    return file_system::NarrowText(std::wstring(units.begin(), units.end()), CP_ACP);
 #else
     return Utf8Text(units);
 #endif
@@ -35,6 +30,15 @@ std::string NarrowFileName(const TEV2_WIDE_STRING& fileName)
     std::string path = IsWidenedUtf8(units) ? NarrowUtf8(units) : SystemText(units);
     path.resize(std::min(path.size(), kMostPathBytes));
     return path;
+}
+
+std::string Utf8Path(const std::string& systemPath)
+{
+#if defined(_WIN32)
+    return file_system::NarrowText(file_system::WidePath(systemPath), CP_UTF8);
+#else
+    return systemPath;
+#endif
 }
 
 TEV2_FILE_WRITER::TEV2_FILE_WRITER(const TEV2_WIDE_STRING& name, bool append, bool requireChunkForWrites)

@@ -20,6 +20,10 @@ inline constexpr std::size_t kMostPathBytes = 260;
 /// most 260 bytes are kept.
 std::string NarrowFileName(const TEV2_WIDE_STRING& fileName);
 
+/// The UTF-8 form, as LoadFile, SaveFile and WriteWholeFile take it, of a path in the bytes of the system's 8-bit calls:
+/// converted from the active code page on Windows, the same bytes elsewhere.
+std::string Utf8Path(const std::string& systemPath);
+
 /// What every record's Save writes to: one file, framed into chunks that never nest. Writing never throws or
 /// stops: a failure is latched in stream->lastError and the rest goes on.
 class TEV2_FILE_WRITER

@@ -11,6 +11,14 @@ std::string NumberText(float number)
     return {text, std::to_chars(text, text + sizeof text, number).ptr};
 }
 
+std::string FindingText(const TEV2_LOAD_FINDING& finding)
+{
+    std::string text = CodeName(finding.code) + (" at byte " + std::to_string(finding.offset));
+    if (!finding.path.empty())
+        text += " in " + finding.path;
+    return text + ": expected " + finding.expected + ", found " + finding.found;
+}
+
 const char* CodeName(TEV2_LOAD_CODE code)
 {
     switch (code)

@@ -65,6 +65,9 @@ struct TEV2_LOAD_FINDING
     std::string found;    ///< what did, in words
 };
 
+/// A finding on one line: "bad-magic at byte 0: expected ..., found ...", with the record where there is one.
+std::string FindingText(const TEV2_LOAD_FINDING& finding);
+
 /// One chunk as it was walked.
 struct TEV2_CHUNK_SPAN
 {

@@ -5,7 +5,6 @@
 
 #include <atomic>
 #include <cerrno>
-#include <system_error>
 
 namespace TEV2_LOADER
 {
@@ -79,7 +78,7 @@ bool ConcernsTheDisk(int error)
 bool BeginsWith(const std::string& path, std::string_view begin)
 {
     const auto close = [](std::FILE* file) { std::fclose(file); };
-    const std::unique_ptr<std::FILE, decltype(close)> file(std::fopen(path.c_str(), "rb"));
+    const std::unique_ptr<std::FILE, decltype(close)> file(file_system::OpenForReading(path));
     std::string found(begin.size(), '\0');
     return file && std::fread(found.data(), 1, found.size(), file.get()) == found.size() && found == begin;
 }
@@ -102,9 +101,8 @@ int WriteStraight(const std::string& path, const FileContent& content, std::stri
     return file ? Fill(file, path, content, begin) : errno;
 }
 
-} // namespace
-
-int WriteWholeFile(const std::string& path, const FileContent& content, std::string_view begin)
+/// 0, or the errno value that says why the file was not written.
+int Replace(const std::string& path, const FileContent& content, std::string_view begin)
 {
     const Target target = file_system::Examine(path);
     if (target.error != 0)
@@ -130,7 +128,14 @@ int WriteWholeFile(const std::string& path, const FileContent& content, std::str
     return 0;
 }
 
-int WriteWholeFile(const std::string& path, std::string_view bytes)
+} // namespace
+
+Status WriteWholeFile(const std::string& path, const FileContent& content, std::string_view begin)
+{
+    return Status::FromErrno(Replace(path, content, begin));
+}
+
+Status WriteWholeFile(const std::string& path, std::string_view bytes)
 {
     return WriteWholeFile(path, [bytes](std::unique_ptr<TEV2_FILE_STREAM>& stream)
                           { return stream->Write(bytes.data(), bytes.size()) == bytes.size(); });

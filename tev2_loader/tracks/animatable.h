@@ -52,30 +52,31 @@ public:
     void SetTime(float time) final;
 };
 
-/// A family of tracks is the interface of all tracks of one type of value. Each has
-///     static std::unique_ptr<Family> Create(std::uint32_t kind);
-/// which makes an empty track, or null when the kind is not of the family.
-template <typename ValueType>
+/// The interface of all tracks of one type of value, whatever lies between their keys.
+template <typename Family, typename ValueType>
 class TrackOf : public TEV2_ANIMATABLE
 {
 public:
     using Value = ValueType;
+
+    /// An empty track of a kind; null when no track of this family has that kind.
+    static std::unique_ptr<Family> Create(std::uint32_t kind);
 
     /// The value at the cursor. A track of one value is a constant; a track without values gives Value{}:
     /// zeros, for rotations the identity.
     virtual Value GetValue() const = 0;
 };
 
-/// A family whose values can be moved by an offset, each component on its own.
+/// A family whose values can be moved by an offset, component by component.
 template <typename Family, typename ValueType>
-class OffsetTrackOf : public TrackOf<ValueType>
+class OffsetTrackOf : public TrackOf<Family, ValueType>
 {
 public:
     virtual Family& Add(const ValueType& offset) = 0;
     virtual Family& Subtract(const ValueType& offset) = 0;
 };
 
-/// A family whose values can be moved and scaled. Divide multiplies by 1 / divisor.
+/// A family whose values can also be scaled. Divide multiplies by 1 / divisor.
 template <typename Family, typename ValueType>
 class ScalableTrackOf : public OffsetTrackOf<Family, ValueType>
 {
@@ -93,45 +94,31 @@ std::unique_ptr<Family> CloneTrack(const std::unique_ptr<Family>& track)
 
 class TEV2_ANIMATABLE_FLOAT32 : public ScalableTrackOf<TEV2_ANIMATABLE_FLOAT32, float>
 {
-public:
-    static std::unique_ptr<TEV2_ANIMATABLE_FLOAT32> Create(std::uint32_t kind);
 };
 
 class TEV2_ANIMATABLE_FLOAT32_RANGE : public OffsetTrackOf<TEV2_ANIMATABLE_FLOAT32_RANGE, TEV2_FLOAT32_RANGE>
 {
-public:
-    static std::unique_ptr<TEV2_ANIMATABLE_FLOAT32_RANGE> Create(std::uint32_t kind);
 };
 
 class TEV2_ANIMATABLE_COLOUR : public ScalableTrackOf<TEV2_ANIMATABLE_COLOUR, TEV2_COLOUR>
 {
-public:
-    static std::unique_ptr<TEV2_ANIMATABLE_COLOUR> Create(std::uint32_t kind);
 };
 
 class TEV2_ANIMATABLE_VECTOR_2 : public ScalableTrackOf<TEV2_ANIMATABLE_VECTOR_2, TEV2_VECTOR_2>
 {
-public:
-    static std::unique_ptr<TEV2_ANIMATABLE_VECTOR_2> Create(std::uint32_t kind);
 };
 
 class TEV2_ANIMATABLE_VECTOR_3 : public ScalableTrackOf<TEV2_ANIMATABLE_VECTOR_3, TEV2_VECTOR_3>
 {
-public:
-    static std::unique_ptr<TEV2_ANIMATABLE_VECTOR_3> Create(std::uint32_t kind);
 };
 
 class TEV2_ANIMATABLE_VECTOR_4 : public ScalableTrackOf<TEV2_ANIMATABLE_VECTOR_4, TEV2_VECTOR_4>
 {
-public:
-    static std::unique_ptr<TEV2_ANIMATABLE_VECTOR_4> Create(std::uint32_t kind);
 };
 
-class TEV2_ANIMATABLE_QUATERNION : public TrackOf<TEV2_QUATERNION>
+class TEV2_ANIMATABLE_QUATERNION : public TrackOf<TEV2_ANIMATABLE_QUATERNION, TEV2_QUATERNION>
 {
 public:
-    static std::unique_ptr<TEV2_ANIMATABLE_QUATERNION> Create(std::uint32_t kind);
-
     /// Replaces every key k by the Hamilton product k * rotation.
     virtual TEV2_ANIMATABLE_QUATERNION& Multiply(const TEV2_QUATERNION& rotation) = 0;
 
@@ -141,27 +128,20 @@ public:
 
 class TEV2_ANIMATABLE_RECTF : public ScalableTrackOf<TEV2_ANIMATABLE_RECTF, TEV2_RECTF>
 {
-public:
-    static std::unique_ptr<TEV2_ANIMATABLE_RECTF> Create(std::uint32_t kind);
 };
 
 /// Whole numbers change in steps; Add, Subtract, Scale and Divide leave them as they are.
 class TEV2_ANIMATABLE_INT32 : public ScalableTrackOf<TEV2_ANIMATABLE_INT32, std::int32_t>
 {
-public:
-    static std::unique_ptr<TEV2_ANIMATABLE_INT32> Create(std::uint32_t kind);
 };
 
-class TEV2_ANIMATABLE_BINORMAL_TANGENT : public TrackOf<TEV2_BINORMAL_TANGENT>
+class TEV2_ANIMATABLE_BINORMAL_TANGENT
+    : public TrackOf<TEV2_ANIMATABLE_BINORMAL_TANGENT, TEV2_BINORMAL_TANGENT>
 {
-public:
-    static std::unique_ptr<TEV2_ANIMATABLE_BINORMAL_TANGENT> Create(std::uint32_t kind);
 };
 
 class TEV2_ANIMATABLE_BOUNDING_BOX : public ScalableTrackOf<TEV2_ANIMATABLE_BOUNDING_BOX, TEV2_BOUNDING_BOX>
 {
-public:
-    static std::unique_ptr<TEV2_ANIMATABLE_BOUNDING_BOX> Create(std::uint32_t kind);
 };
 
 } // namespace TEV2_LOADER

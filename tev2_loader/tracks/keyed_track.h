@@ -94,13 +94,4 @@ public:
     }
 };
 
-/// The track of a family for a kind when it is one of Tracks, else null.
-template <typename Family, typename... Tracks>
-std::unique_ptr<Family> CreateTrack(std::uint32_t kind)
-{
-    std::unique_ptr<Family> track;
-    ((kind == Tracks::kKindCode ? void(track = std::make_unique<Tracks>()) : void()), ...);
-    return track;
-}
-
 } // namespace TEV2_LOADER

@@ -1,66 +1,49 @@
-#include "tev2_loader/tracks/linear_tracks.h"
-#include "tev2_loader/tracks/quaternion_tracks.h"
-#include "tev2_loader/tracks/stepped_integer_track.h"
+#include "tev2_loader/tracks/visit_keys.h"
 
-// Which tracks belong to which family.
+#include <type_traits>
 
 namespace TEV2_LOADER
 {
 
-std::unique_ptr<TEV2_ANIMATABLE_FLOAT32> TEV2_ANIMATABLE_FLOAT32::Create(std::uint32_t kind)
+namespace
 {
-    return CreateTrack<TEV2_ANIMATABLE_FLOAT32, TEV2_ANIMATABLE_FLOAT32_LINEAR>(kind);
+
+template <typename Family, typename Track>
+void CreateWhenOfKind(std::uint32_t kind, std::unique_ptr<Family>& track)
+{
+    if constexpr (std::is_base_of_v<Family, Track>)
+    {
+        if (kind == Track::kKindCode)
+            track = std::make_unique<Track>();
+    }
 }
 
-std::unique_ptr<TEV2_ANIMATABLE_FLOAT32_RANGE> TEV2_ANIMATABLE_FLOAT32_RANGE::Create(std::uint32_t kind)
+template <typename Family, typename... Tracks>
+std::unique_ptr<Family> CreateOneOf(TrackList<Tracks...>, std::uint32_t kind)
 {
-    return CreateTrack<TEV2_ANIMATABLE_FLOAT32_RANGE, TEV2_ANIMATABLE_FLOAT32_RANGE_LINEAR>(kind);
+    std::unique_ptr<Family> track;
+    (CreateWhenOfKind<Family, Tracks>(kind, track), ...);
+    return track;
 }
 
-std::unique_ptr<TEV2_ANIMATABLE_COLOUR> TEV2_ANIMATABLE_COLOUR::Create(std::uint32_t kind)
+} // namespace
+
+template <typename Family, typename ValueType>
+std::unique_ptr<Family> TrackOf<Family, ValueType>::Create(std::uint32_t kind)
 {
-    return CreateTrack<TEV2_ANIMATABLE_COLOUR, TEV2_ANIMATABLE_COLOUR_LINEAR>(kind);
+    return CreateOneOf<Family>(AllTracks(), kind);
 }
 
-std::unique_ptr<TEV2_ANIMATABLE_VECTOR_2> TEV2_ANIMATABLE_VECTOR_2::Create(std::uint32_t kind)
-{
-    return CreateTrack<TEV2_ANIMATABLE_VECTOR_2, TEV2_ANIMATABLE_VECTOR_2_LINEAR>(kind);
-}
-
-std::unique_ptr<TEV2_ANIMATABLE_VECTOR_3> TEV2_ANIMATABLE_VECTOR_3::Create(std::uint32_t kind)
-{
-    return CreateTrack<TEV2_ANIMATABLE_VECTOR_3, TEV2_ANIMATABLE_VECTOR_3_LINEAR>(kind);
-}
-
-std::unique_ptr<TEV2_ANIMATABLE_VECTOR_4> TEV2_ANIMATABLE_VECTOR_4::Create(std::uint32_t kind)
-{
-    return CreateTrack<TEV2_ANIMATABLE_VECTOR_4, TEV2_ANIMATABLE_VECTOR_4_LINEAR>(kind);
-}
-
-std::unique_ptr<TEV2_ANIMATABLE_QUATERNION> TEV2_ANIMATABLE_QUATERNION::Create(std::uint32_t kind)
-{
-    return CreateTrack<TEV2_ANIMATABLE_QUATERNION, TEV2_ANIMATABLE_QUATERNION_LERP,
-                       TEV2_ANIMATABLE_QUATERNION_SLERP>(kind);
-}
-
-std::unique_ptr<TEV2_ANIMATABLE_RECTF> TEV2_ANIMATABLE_RECTF::Create(std::uint32_t kind)
-{
-    return CreateTrack<TEV2_ANIMATABLE_RECTF, TEV2_ANIMATABLE_RECTF_LINEAR>(kind);
-}
-
-std::unique_ptr<TEV2_ANIMATABLE_INT32> TEV2_ANIMATABLE_INT32::Create(std::uint32_t kind)
-{
-    return CreateTrack<TEV2_ANIMATABLE_INT32, TEV2_ANIMATABLE_INT32_RLE>(kind);
-}
-
-std::unique_ptr<TEV2_ANIMATABLE_BINORMAL_TANGENT> TEV2_ANIMATABLE_BINORMAL_TANGENT::Create(std::uint32_t kind)
-{
-    return CreateTrack<TEV2_ANIMATABLE_BINORMAL_TANGENT, TEV2_ANIMATABLE_BINORMAL_TANGENT_LINEAR>(kind);
-}
-
-std::unique_ptr<TEV2_ANIMATABLE_BOUNDING_BOX> TEV2_ANIMATABLE_BOUNDING_BOX::Create(std::uint32_t kind)
-{
-    return CreateTrack<TEV2_ANIMATABLE_BOUNDING_BOX, TEV2_ANIMATABLE_BOUNDING_BOX_LINEAR>(kind);
-}
+template class TrackOf<TEV2_ANIMATABLE_FLOAT32, float>;
+template class TrackOf<TEV2_ANIMATABLE_FLOAT32_RANGE, TEV2_FLOAT32_RANGE>;
+template class TrackOf<TEV2_ANIMATABLE_COLOUR, TEV2_COLOUR>;
+template class TrackOf<TEV2_ANIMATABLE_VECTOR_2, TEV2_VECTOR_2>;
+template class TrackOf<TEV2_ANIMATABLE_VECTOR_3, TEV2_VECTOR_3>;
+template class TrackOf<TEV2_ANIMATABLE_VECTOR_4, TEV2_VECTOR_4>;
+template class TrackOf<TEV2_ANIMATABLE_QUATERNION, TEV2_QUATERNION>;
+template class TrackOf<TEV2_ANIMATABLE_RECTF, TEV2_RECTF>;
+template class TrackOf<TEV2_ANIMATABLE_INT32, std::int32_t>;
+template class TrackOf<TEV2_ANIMATABLE_BINORMAL_TANGENT, TEV2_BINORMAL_TANGENT>;
+template class TrackOf<TEV2_ANIMATABLE_BOUNDING_BOX, TEV2_BOUNDING_BOX>;
 
 } // namespace TEV2_LOADER

@@ -21,9 +21,9 @@ bool ReadFile(const std::string& path, LoadedFile& file, std::string& error)
         file.path = "standard input";
         cause = ReadStandardInput(file.image);
     }
-    else if (!ReadFileImage(path, file.image, cause) && cause.empty())
+    else
     {
-        cause = "cannot be read";
+        cause = ReadFileImage(path, file.image).Reason();
     }
     if (!cause.empty())
     {

@@ -69,8 +69,8 @@ void RunPicture(const PictureOptions& options, VerbContext& context)
         context.out << drawing.svg;
         return;
     }
-    if (const int failure = TEV2_LOADER::WriteWholeFile(options.output, drawing.svg); failure != 0)
-        return context.Fail(options.file, options.output + ": cannot be written: " + std::strerror(failure),
+    if (const auto written = TEV2_LOADER::WriteWholeFile(options.output, drawing.svg); !written)
+        return context.Fail(options.file, options.output + ": cannot be written: " + written.Reason(),
                             kExitCouldNotRun);
     if (context.json)
     {

@@ -2,7 +2,7 @@
 
 #include "tests/support/scratch_folder.h"
 
-#include "tev2_loader/io/scene_file.h"
+#include "tev2_loader/file.h"
 
 #include <csignal>
 #include <sys/ptrace.h>
@@ -26,7 +26,7 @@ struct Scene : TEV2
 
 std::string FileOf(const TEV2& scene, const ScratchFolder& folder)
 {
-    EXPECT_EQ(WriteSceneFile(scene, folder.Path("expected")), 0);
+    EXPECT_TRUE(SaveFile(scene, folder.Path("expected")));
     std::string content = ReadText(folder.Path("expected"));
     std::filesystem::remove(folder.Path("expected"));
     return content;
@@ -48,7 +48,7 @@ End SaveAndKill(const TEV2& scene, const std::string& path, int stop)
         if (::ptrace(PTRACE_TRACEME, 0, nullptr, nullptr) != 0)
             ::_exit(2);
         ::raise(SIGSTOP);
-        ::_exit(WriteSceneFile(scene, path) == 0 ? 0 : 1);
+        ::_exit(SaveFile(scene, path).Ok() ? 0 : 1);
     }
     int status = 0;
     ::waitpid(child, &status, 0);
@@ -76,7 +76,7 @@ TEST(InterruptedExport, LeavesTheOldFileOrTheNewAndAtMostItsPartFile)
     End end = End::kKilled;
     for (int stop = 1; end == End::kKilled; ++stop)
     {
-        ASSERT_EQ(WriteSceneFile(old_scene, path), 0);
+        ASSERT_TRUE(SaveFile(old_scene, path));
         end = SaveAndKill(new_scene, path, stop);
         if (end == End::kNotTraced)
             GTEST_SKIP() << "processes cannot be traced here";
@@ -86,7 +86,7 @@ TEST(InterruptedExport, LeavesTheOldFileOrTheNewAndAtMostItsPartFile)
         ASSERT_LE(files, 2u) << stop;
         abandoned += files - 1;
 
-        ASSERT_EQ(WriteSceneFile(new_scene, path), 0) << stop;
+        ASSERT_TRUE(SaveFile(new_scene, path)) << stop;
         ASSERT_EQ(folder.Names(), std::vector<std::string>{"a.tv2"}) << stop;
         ASSERT_EQ(ReadText(path), new_file) << stop;
     }
@@ -100,7 +100,7 @@ TEST(InterruptedExport, OfTwoAtOnceGivesOneOfTheTwo)
     const std::string path = folder.Path("a.tv2");
     const Scene scenes[] = {{u'1', 30'000}, {u'2', 50'000}};
     const std::string files[] = {FileOf(scenes[0], folder), FileOf(scenes[1], folder)};
-    ASSERT_EQ(WriteSceneFile(scenes[0], path), 0);
+    ASSERT_TRUE(SaveFile(scenes[0], path));
     pid_t writers[2] = {};
     for (int i = 0; i < 2; ++i)
     {
@@ -109,7 +109,7 @@ TEST(InterruptedExport, OfTwoAtOnceGivesOneOfTheTwo)
         {
             int failures = 0;
             for (int round = 0; round < kRounds; ++round)
-                failures += WriteSceneFile(scenes[i], path) == 0 ? 0 : 1;
+                failures += SaveFile(scenes[i], path).Ok() ? 0 : 1;
             ::_exit(failures == 0 ? 0 : 1);
         }
     }

@@ -149,9 +149,10 @@ TEST(FileImage, ReadsWholeFilesAndSaysWhyItCannot)
         writer.WriteBlock(bytes.data(), bytes.size());
     }
     std::vector<std::uint8_t> whole;
-    std::string none;
-    EXPECT_TRUE(ReadFileImage(path, whole, none)) << none;
+    EXPECT_TRUE(ReadFileImage(path, whole));
     EXPECT_EQ(whole, bytes);
+    EXPECT_TRUE(ReadFileImage(path, whole, bytes.size()));
+    EXPECT_EQ(ReadFileImage(path, whole, bytes.size() - 1).Reason(), "larger than 200000 bytes");
 
     std::vector<std::string> bad_paths = {path + ".missing", testing::TempDir()};
 #if !defined(_WIN32)
@@ -163,10 +164,8 @@ TEST(FileImage, ReadsWholeFilesAndSaysWhyItCannot)
     for (const std::string& bad : bad_paths)
     {
         std::vector<std::uint8_t> image{1};
-        std::string error;
-        EXPECT_FALSE(ReadFileImage(bad, image, error)) << bad;
+        EXPECT_FALSE(ReadFileImage(bad, image).Reason().empty()) << bad;
         EXPECT_TRUE(image.empty());
-        EXPECT_FALSE(error.empty());
     }
 }
 

@@ -2,8 +2,8 @@
 
 #include "tests/support/scratch_folder.h"
 
+#include "tev2_loader/file.h"
 #include "tev2_loader/io/file_writer.h"
-#include "tev2_loader/io/scene_file.h"
 #include "tev2_loader/io/whole_file.h"
 
 #include <cerrno>
@@ -21,6 +21,12 @@ using namespace tv2_tests;
 
 namespace
 {
+
+/// The reason that a failure with this errno value has.
+std::string Words(int error)
+{
+    return Status::FromErrno(error).Reason();
+}
 
 using Names = std::vector<std::string>;
 
@@ -56,7 +62,7 @@ TEST(WholeFile, ReplacesAFileAndKeepsItsPermissions)
     {
         ASSERT_EQ(::chmod(path.c_str(), mode), 0);
         const ino_t before = StatusOf(path).st_ino;
-        EXPECT_EQ(WriteWholeFile(path, "new"), 0);
+        EXPECT_TRUE(WriteWholeFile(path, "new"));
         EXPECT_EQ(ModeOf(path), mode);
         EXPECT_NE(StatusOf(path).st_ino, before) << "written into the old file";
     }
@@ -69,7 +75,7 @@ TEST(WholeFile, GivesNewFilesTheUsualPermissions)
 {
     const ScratchFolder folder;
     const mode_t before = ::umask(027);
-    EXPECT_EQ(WriteWholeFile(folder.Path("a"), ""), 0);
+    EXPECT_TRUE(WriteWholeFile(folder.Path("a"), ""));
     ::umask(before);
     EXPECT_EQ(ModeOf(folder.Path("a")), 0640u);
 }
@@ -89,7 +95,7 @@ TEST(WholeFile, IsWrittenUnderAnotherNameThatIsAsPrivate)
         EXPECT_EQ(ReadText(path), "old");
         return stream->Write("new", 3) == 3;
     };
-    EXPECT_EQ(WriteWholeFile(path, content), 0);
+    EXPECT_TRUE(WriteWholeFile(path, content));
     EXPECT_EQ(ReadText(path), "new");
 }
 
@@ -110,12 +116,12 @@ TEST(WholeFile, FollowsLinks)
     for (const auto& item : cases)
     {
         std::filesystem::create_symlink(item.to, folder.Path(item.link));
-        EXPECT_EQ(WriteWholeFile(folder.Path(item.link), item.link), 0);
+        EXPECT_TRUE(WriteWholeFile(folder.Path(item.link), item.link));
         EXPECT_TRUE(std::filesystem::is_symlink(folder.Path(item.link))) << item.link;
         EXPECT_EQ(ReadText(folder.Path(item.file)), item.link);
     }
     std::filesystem::create_symlink("circle", folder.Path("circle"));
-    EXPECT_EQ(WriteWholeFile(folder.Path("circle"), "new"), ELOOP);
+    EXPECT_EQ(WriteWholeFile(folder.Path("circle"), "new").Reason(), Words(ELOOP));
     EXPECT_TRUE(std::filesystem::is_symlink(folder.Path("circle")));
 }
 
@@ -140,7 +146,7 @@ TEST(WholeFile, KeepsTheOldFileWhenTheContentIsIncomplete)
         {
             const ScratchFolder folder;
             const std::string path = *old ? folder.Make("a", old) : folder.Path("a");
-            EXPECT_EQ(WriteWholeFile(path, item.content, "half"), item.error) << item.what;
+            EXPECT_EQ(WriteWholeFile(path, item.content, "half").Reason(), Words(item.error)) << item.what;
             EXPECT_EQ(folder.Names(), *old ? Names{"a"} : Names{}) << item.what;
             if (*old != 0)
             {
@@ -183,18 +189,18 @@ TEST(WholeFile, KeepsTheOldSceneWhereverTheDiskEnds)
     const ScratchFolder folder;
     const std::string path = folder.Path("a.tv2");
     TEV2 scene;
-    ASSERT_EQ(WriteSceneFile(scene, path), 0);
+    ASSERT_TRUE(SaveFile(scene, path));
     const std::string old = ReadText(path);
     scene.information.infoText = TEV2_WIDE_STRING(std::u16string(300, u'x'));
     for (rlim_t bytes = 0; bytes < old.size() + 600; ++bytes)
     {
         const FileSizeLimit limit(bytes);
-        ASSERT_EQ(WriteSceneFile(scene, path), EFBIG) << bytes;
+        ASSERT_EQ(SaveFile(scene, path).Reason(), Words(EFBIG)) << bytes;
         ASSERT_EQ(folder.Names(), Names{"a.tv2"}) << bytes;
         ASSERT_EQ(ReadText(path), old) << bytes;
     }
     const FileSizeLimit limit(old.size() + 600);
-    EXPECT_EQ(WriteSceneFile(scene, path), 0);
+    EXPECT_TRUE(SaveFile(scene, path));
     EXPECT_EQ(ReadText(path).size(), old.size() + 600);
 }
 
@@ -204,7 +210,7 @@ TEST(WholeFile, GoesStraightToTheNameWhereThereIsNoOtherWay)
     const auto written_into = [&](const std::string& path)
     {
         const ino_t before = StatusOf(path).st_ino;
-        EXPECT_EQ(WriteWholeFile(path, "new"), 0);
+        EXPECT_TRUE(WriteWholeFile(path, "new"));
         EXPECT_EQ(ReadText(path), "new");
         return StatusOf(path).st_ino == before;
     };
@@ -223,7 +229,7 @@ TEST(WholeFile, GoesStraightToTheNameWhereThereIsNoOtherWay)
         ASSERT_EQ(path.size(), length);
         EXPECT_TRUE(written_into(path));
     }
-    EXPECT_EQ(WriteWholeFile("/dev/null", "new"), 0);
+    EXPECT_TRUE(WriteWholeFile("/dev/null", "new"));
     EXPECT_EQ(StatusOf("/dev/null").st_mode & S_IFMT, mode_t{S_IFCHR});
 }
 
@@ -255,7 +261,10 @@ TEST(WholeFile, GoesStraightToTheNameInAFolderThatMayNotBeChanged)
     ASSERT_EQ(::chmod(folder.Path("").c_str(), 0555), 0);
     AsOrdinaryUser(
         [&]
-        { return WriteWholeFile(path, "new") == 0 && WriteWholeFile(folder.Path("b"), "new") == EACCES; });
+        {
+            return WriteWholeFile(path, "new").Ok() &&
+                   WriteWholeFile(folder.Path("b"), "new").Reason() == Words(EACCES);
+        });
     EXPECT_EQ(ReadText(path), "new");
     EXPECT_EQ(folder.Names(), Names{"a"});
 }
@@ -267,7 +276,7 @@ TEST(WholeFile, DoesNotReplaceWhatMayNotBeWrittenTo)
     const std::string path = folder.Make("a", "old");
     ASSERT_EQ(::chmod(path.c_str(), 0444), 0);
     ASSERT_EQ(::chmod(folder.Path("").c_str(), 0777), 0);
-    AsOrdinaryUser([&] { return WriteWholeFile(path, "new") == EACCES; });
+    AsOrdinaryUser([&] { return WriteWholeFile(path, "new").Reason() == Words(EACCES); });
     EXPECT_EQ(ReadText(path), "old");
     EXPECT_EQ(folder.Names(), Names{"a"});
 }
@@ -282,7 +291,7 @@ TEST(WholeFile, GoesStraightToTheNameWhenReplacingIsRefused)
     ASSERT_EQ(::chmod(path.c_str(), 0666), 0);
     ASSERT_EQ(::chmod(folder.Path("").c_str(), 01777), 0);
     const ino_t before = StatusOf(path).st_ino;
-    AsOrdinaryUser([&] { return WriteWholeFile(path, "new") == 0; });
+    AsOrdinaryUser([&] { return WriteWholeFile(path, "new").Ok(); });
     EXPECT_EQ(ReadText(path), "new");
     EXPECT_EQ(StatusOf(path).st_ino, before);
     EXPECT_EQ(folder.Names(), Names{"a"});
@@ -293,14 +302,14 @@ TEST(WholeFile, NeverWaitsForAPipe)
     const ScratchFolder folder;
     const std::string path = folder.Path("pipe");
     ASSERT_EQ(::mkfifo(path.c_str(), 0600), 0);
-    EXPECT_NE(WriteWholeFile(path, "new"), 0);
+    EXPECT_FALSE(WriteWholeFile(path, "new"));
     const int reader = ::open(path.c_str(), O_RDONLY | O_NONBLOCK);
-    EXPECT_EQ(WriteWholeFile(path, "new"), ESPIPE);
+    EXPECT_EQ(WriteWholeFile(path, "new").Reason(), Words(ESPIPE));
     ::close(reader);
     EXPECT_EQ(StatusOf(path).st_mode & S_IFMT, mode_t{S_IFIFO});
-    EXPECT_EQ(WriteWholeFile(folder.Path(""), "new"), EISDIR);
-    EXPECT_EQ(WriteWholeFile(folder.Path("no/folder"), "new"), ENOENT);
-    EXPECT_EQ(WriteWholeFile("", "new"), ENOENT);
+    EXPECT_EQ(WriteWholeFile(folder.Path(""), "new").Reason(), Words(EISDIR));
+    EXPECT_EQ(WriteWholeFile(folder.Path("no/folder"), "new").Reason(), Words(ENOENT));
+    EXPECT_EQ(WriteWholeFile("", "new").Reason(), Words(ENOENT));
     EXPECT_EQ(folder.Names(), Names{"pipe"});
 }
 
@@ -323,7 +332,7 @@ TEST(WholeFile, RemovesThePartFilesThatNobodyIsWriting)
                   "a.tv2." + gone + "-1.part"};
     for (const std::string& name : kept)
         folder.Make(name, "kept");
-    EXPECT_EQ(WriteWholeFile(folder.Path("a.tv2"), "new"), 0);
+    EXPECT_TRUE(WriteWholeFile(folder.Path("a.tv2"), "new"));
     kept.emplace_back("a.tv2");
     std::ranges::sort(kept);
     EXPECT_EQ(folder.Names(), kept);
@@ -336,10 +345,10 @@ TEST(WholeFile, LeavesAPartFileThatIsLockedWhateverItsProcess)
     const std::string part = ".a." + std::to_string(EndedProcess()) + "-1.part";
     const int locked = ::open(folder.Make(part, "half").c_str(), O_RDWR | O_CLOEXEC);
     ASSERT_EQ(::flock(locked, LOCK_EX | LOCK_NB), 0);
-    EXPECT_EQ(WriteWholeFile(folder.Path("a"), "new"), 0);
+    EXPECT_TRUE(WriteWholeFile(folder.Path("a"), "new"));
     EXPECT_EQ(folder.Names(), (Names{part, "a"}));
     ::close(locked);
-    EXPECT_EQ(WriteWholeFile(folder.Path("a"), "new"), 0);
+    EXPECT_TRUE(WriteWholeFile(folder.Path("a"), "new"));
     EXPECT_EQ(folder.Names(), Names{"a"});
 }
 
@@ -349,11 +358,11 @@ TEST(WholeFile, LeavesThePartFileOfAWriteInProgress)
     const std::string path = folder.Path("a");
     const auto outer = [&](std::unique_ptr<TEV2_FILE_STREAM>& stream)
     {
-        EXPECT_EQ(WriteWholeFile(path, "inner"), 0);
+        EXPECT_TRUE(WriteWholeFile(path, "inner"));
         EXPECT_EQ(folder.Names().size(), 2u);
         return stream->Write("outer", 5) == 5;
     };
-    EXPECT_EQ(WriteWholeFile(path, outer), 0);
+    EXPECT_TRUE(WriteWholeFile(path, outer));
     EXPECT_EQ(ReadText(path), "outer");
     EXPECT_EQ(folder.Names(), Names{"a"});
 }

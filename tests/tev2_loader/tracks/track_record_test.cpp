@@ -1,6 +1,7 @@
 #include "tests/support/sample_scenes.h"
 
 #include "tev2_loader/tev2.h"
+#include "tev2_loader/tracks/visit_keys.h"
 
 #include <functional>
 #include <limits>
@@ -101,6 +102,27 @@ TEST(TrackRecord, LoadIsTrueAndFailsTheCursorWhereTheRecordIsCut)
         TEV2_MEMORY_CURSOR cursor(record.data.data(), record.data.size());
         EXPECT_TRUE(item.track->Load(cursor, kVersion)) << "kind " << item.kind;
         EXPECT_TRUE(cursor.Failed()) << "kind " << item.kind;
+    }
+}
+
+TEST(TrackRecord, IsVisitedWithoutItsClass)
+{
+    for (const KindCase& item : EveryKind())
+    {
+        Bytes visited;
+        VisitKeys(*item.track,
+                  [&visited](std::span<const float> times, auto values)
+                  {
+                      EXPECT_TRUE(std::ranges::equal(times, std::array{0.5f, 2.5f}));
+                      for (const auto& value : values)
+                      {
+                          if constexpr (requires { value.Components(); })
+                              std::apply([&](auto... part) { visited.F32({part...}); }, value.Components());
+                          else
+                              visited.U32(std::bit_cast<std::uint32_t>(value));
+                      }
+                  });
+        EXPECT_EQ(visited.data, item.values.data) << "kind " << item.kind;
     }
 }
 

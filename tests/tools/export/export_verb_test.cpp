@@ -1,9 +1,9 @@
 // Exports from the command line: what is written, what is refused, and what is noticed when it went wrong.
 
-#include "tests/tools/command.h"
 #include "tests/support/scene_texts.h"
+#include "tests/tools/command.h"
 
-#include "tev2_loader/io/file_image.h"
+#include "tev2_loader/file.h"
 #include "tev2_loader/io/memory_cursor.h"
 #include "tev2_loader/tev2.h"
 
@@ -72,12 +72,8 @@ protected:
 
     std::unique_ptr<TEV2_LOADER::TEV2> Load(const std::string& name) const
     {
-        std::vector<std::uint8_t> image;
-        std::string error;
-        EXPECT_TRUE(TEV2_LOADER::ReadFileImage(Path(name), image, error)) << error;
         auto scene = std::make_unique<TEV2_LOADER::TEV2>();
-        TEV2_LOADER::TEV2_MEMORY_CURSOR cursor(image.data(), image.size());
-        EXPECT_TRUE(scene->Load(cursor, false)) << name;
+        EXPECT_TRUE(TEV2_LOADER::LoadFile(Path(name), *scene, {.applyStartTime = false})) << name;
         return scene;
     }
 

@@ -2,7 +2,7 @@
 
 #include "tests/tools/command.h"
 
-#include "tev2_loader/io/file_image.h"
+#include "tev2_loader/file.h"
 #include "tev2_loader/io/memory_cursor.h"
 #include "tev2_loader/tev2.h"
 
@@ -102,12 +102,8 @@ TEST(UpAxisOfExports, IsWhereUpComesOut)
         EXPECT_NE(RunTv2({"check", output}).out.find(std::string("\n  up axis: ") + item.axis + "\n"),
                   std::string::npos);
 
-        std::vector<std::uint8_t> image;
-        std::string error;
-        ASSERT_TRUE(ReadFileImage(output, image, error)) << error;
         TEV2 scene;
-        TEV2_MEMORY_CURSOR cursor(image.data(), image.size());
-        ASSERT_TRUE(scene.Load(cursor, false));
+        ASSERT_TRUE(LoadFile(output, scene));
         for (const float time : {0.0F, 0.05F, 0.08F})
         {
             scene.SetTime(time);

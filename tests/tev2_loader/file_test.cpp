@@ -1,0 +1,104 @@
+#include "tev2_loader/file.h"
+
+#include "tests/support/sample_scenes.h"
+#include "tev2_loader/names.h"
+
+#include <cerrno>
+
+// Scenes by file name, and names as UTF-8.
+
+using namespace TEV2_LOADER;
+using namespace tv2_tests;
+
+namespace
+{
+
+TEST(File, IsSavedAndLoadedByAUtf8Path)
+{
+    const ScratchFolder folder;
+    const std::u8string utf8 = (folder.Folder() / u8"t\u00EAte \u9AA8.tv2").u8string();
+    TEV2 scene;
+    FillSoundScene(scene);
+    const Status saved = SaveFile(scene, std::string(utf8.begin(), utf8.end()));
+    ASSERT_TRUE(saved) << saved.Reason();
+    EXPECT_EQ(ReadBytes(folder.Folder() / u8"t\u00EAte \u9AA8.tv2"), SoundImage());
+
+    TEV2 loaded;
+    TEV2_LOAD_REPORT report;
+    const Status status = LoadFile(std::string(utf8.begin(), utf8.end()), loaded, {.report = &report});
+    ASSERT_TRUE(status) << status.Reason();
+    EXPECT_EQ(report.version, 1.16f);
+    EXPECT_EQ(SceneImage(loaded), SoundImage());
+    EXPECT_EQ(loaded.matrixHierarchy.nodes[2].worldMatrix.m[1][3], 3.0f) << "evaluated at its start";
+    ASSERT_TRUE(LoadMemory(SoundImage().data(), SoundImage().size(), loaded, {.applyStartTime = false}));
+    EXPECT_EQ(loaded.matrixHierarchy.nodes[2].worldMatrix.m[1][3], 0.0f);
+}
+
+TEST(File, SaysWhyItWasNotLoaded)
+{
+    const ScratchFolder folder;
+    const std::string text = folder.Make("text.tv2", "no scene");
+    const std::vector<std::uint8_t> image = SoundImage();
+    const std::string sound = folder.Make("sound.tv2", std::string(image.begin(), image.end()));
+    TEV2_LOAD_REPORT report;
+    const struct
+    {
+        std::string path;
+        LoadOptions options;
+        std::string reason;
+    } cases[] = {
+        {folder.Path("none"), {}, Status::FromErrno(ENOENT).Reason()},
+        {folder.Path(""), {}, Status::FromErrno(EISDIR).Reason()},
+        {text, {}, "bad-magic at byte 0: expected the magic 0x54563201, found 0x73206f6e"},
+        {sound, {.mostFileBytes = 100}, "larger than 100 bytes"},
+        {sound, {.limits = {.nodes = 2}, .report = &report}, "limit-exceeded"},
+    };
+    for (const auto& item : cases)
+    {
+        TEV2 scene;
+        scene.rigids.resize(1);
+        const Status loaded = LoadFile(item.path, scene, item.options);
+        EXPECT_FALSE(loaded);
+        EXPECT_TRUE(loaded.Reason().starts_with(item.reason)) << loaded.Reason();
+        EXPECT_TRUE(scene.rigids.empty()) << "cleared, also where there is no file";
+    }
+    ASSERT_FALSE(report.findings.empty());
+    EXPECT_EQ(report.findings.back().code, TEV2_LOAD_CODE::LimitExceeded);
+}
+
+TEST(File, SaysWhyItWasNotSaved)
+{
+    const ScratchFolder folder;
+    EXPECT_EQ(SaveFile(TEV2(), folder.Path("no/folder.tv2")).Reason(), Status::FromErrno(ENOENT).Reason());
+    EXPECT_FALSE(SaveFile(TEV2(), ""));
+}
+
+TEST(Status, IsSuccessUntilItIsGivenAReason)
+{
+    EXPECT_TRUE(Status().Ok());
+    EXPECT_TRUE(Status::FromErrno(0));
+    EXPECT_FALSE(Status::Failure(""));
+    EXPECT_EQ(Status::Failure("why").Reason(), "why");
+}
+
+TEST(Names, AreReadInBothFormsAndWrittenInOne)
+{
+    const std::string head = "t\xC3\xAAte";
+    TEV2 scene;
+    scene.matrixHierarchy.nodes.resize(3);
+    scene.matrixHierarchy.nodes[0].name = Wide(u"other");
+    scene.matrixHierarchy.nodes[1].name = Wide(u"t\u00EAte");
+    ASSERT_TRUE(SetName(scene.matrixHierarchy.nodes[2], head));
+    EXPECT_EQ(scene.matrixHierarchy.nodes[2].name, Wide(u"t\u00C3\u00AAte"));
+    EXPECT_EQ(Name(scene.matrixHierarchy.nodes[2]), head);
+
+    EXPECT_EQ(FindNode(scene, head), &scene.matrixHierarchy.nodes[1]);
+    EXPECT_EQ(FindNode(scene, "none"), nullptr);
+    for (const std::string& bad : {std::string("t\xEA"), std::string(70'000, 'x')})
+    {
+        EXPECT_FALSE(SetName(scene.matrixHierarchy.nodes[1], bad));
+        EXPECT_EQ(Name(scene.matrixHierarchy.nodes[1]), head);
+    }
+}
+
+} // namespace
