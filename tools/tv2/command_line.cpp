@@ -1,6 +1,7 @@
 #include "tools/tv2/command_line.h"
 
 #include "text/closest_name.h"
+#include "tools/tv2/host_verbs.h"
 #include "tools/tv2/json_answer.h"
 #include "tools/tv2/system.h"
 #include "tools/tv2/text.h"
@@ -189,6 +190,26 @@ std::vector<std::string> OptionsOf(const CLI::App& command)
     return names;
 }
 
+/// The verbs of the program; those of the host as well unless the first argument is a verb already.
+std::vector<VerbRow> VerbsFor(int argc, char** argv)
+{
+    std::vector<VerbRow> rows = Verbs();
+    if (argc > 1 &&
+        std::none_of(rows.begin(), rows.end(), [&](const VerbRow& row) { return row.name == argv[1]; }))
+    {
+        std::string error;
+        const std::vector<VerbRow> more = HostVerbs(error);
+        rows.insert(rows.end(), more.begin(), more.end());
+        std::sort(rows.begin(), rows.end(),
+                  [](const VerbRow& a, const VerbRow& b) { return a.place < b.place; });
+        if (!error.empty())
+        {
+            std::cerr << "tv2: " << Printable(error) << '\n';
+        }
+    }
+    return rows;
+}
+
 /// Why the first argument is no command; empty when it is one, or an option.
 std::string UnknownCommand(const std::vector<VerbRow>& rows, int argc, char** argv)
 {
@@ -336,7 +357,7 @@ int RunCommandLine(int argc, char** argv)
     KeepStandardStreams();
     std::ios::sync_with_stdio(false);
     VerbContext context{{}, std::cout, std::cerr};
-    const std::vector<VerbRow> rows = Verbs();
+    const std::vector<VerbRow> rows = VerbsFor(argc, argv);
     if (const std::string why = UnknownCommand(rows, argc, argv); !why.empty())
     {
         return Refuse("tv2", why, argc, argv);

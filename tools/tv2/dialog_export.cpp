@@ -5,6 +5,7 @@
 #include "host/popup/window_module.h"
 #include "tools/tv2/dialog_choices.h"
 #include "tools/tv2/exporter_module.h"
+#include "tools/tv2/module_path.h"
 #include "tools/tv2/text.h"
 
 #include <mobu_host/private_settings.h>

@@ -1,8 +1,6 @@
 #include "tools/tv2/exporter_module.h"
 
-#include "tools/tv2/system.h"
-
-#include <filesystem>
+#include "tools/tv2/module_path.h"
 
 namespace tv2
 {
@@ -13,17 +11,6 @@ namespace
 constexpr const char* kModuleName = "tv2_motionbuilder_export_tool";
 
 } // namespace
-
-std::string ModulePath(const std::string& name)
-{
-    std::error_code error;
-    const std::string module = ModuleFileName(name);
-    const std::filesystem::path prefix = std::filesystem::path(ProgramPath()).parent_path().parent_path();
-    const std::filesystem::path built = prefix / "lib/tv2" / module;
-    const std::filesystem::path installed =
-        prefix / TV2_MODULE_DIR / module; // replaced where that is absolute
-    return std::filesystem::exists(built, error) ? built.string() : installed.string();
-}
 
 std::string ExporterPath(const std::string& path)
 {

@@ -8,9 +8,6 @@
 namespace tv2
 {
 
-/// A module that belongs to this command, whether it exists or not: in the tree it was built in, or as installed.
-std::string ModulePath(const std::string& name);
-
 /// The exporter's module: `path`, or with an empty path the one that belongs to this command.
 std::string ExporterPath(const std::string& path);
 
