@@ -10,11 +10,11 @@
 #include <vector>
 
 // What an independent evaluation gives for a scene, read from tab-separated tables: NAME.takeN.transforms.tsv and
-// NAME.takeN.properties.tsv, at seven instants spread evenly over a take.
+// NAME.takeN.properties.tsv, at instants spread evenly over a take.
 struct ExpectedRow
 {
-    std::size_t instant;              // 0 to 6
-    std::vector<std::string> columns; // behind the time
+    double instant = 0.0;             // 0 at the start of the take, 1 at its end
+    std::vector<std::string> columns; // after the time
 };
 
 inline std::vector<ExpectedRow> ReadExpected(const std::string& path)
@@ -29,11 +29,13 @@ inline std::vector<ExpectedRow> ReadExpected(const std::string& path)
         std::getline(cells, time, '\t');
         if (times.empty() || times.back() != time)
             times.push_back(time);
-        ExpectedRow row{times.size() - 1, {}};
+        ExpectedRow row{static_cast<double>(times.size() - 1), {}};
         for (std::string cell; std::getline(cells, cell, '\t');)
             row.columns.push_back(cell);
         rows.push_back(row);
     }
+    for (ExpectedRow& row : rows)
+        row.instant /= static_cast<double>(times.size() - 1);
     return rows;
 }
 
@@ -44,13 +46,13 @@ protected:
     static constexpr double kDirection =
         1.745e-5; // a thousandth of a degree, as the distance of unit vectors
 
-    static void GotoInstant(int take, std::size_t instant)
+    static void GotoInstant(int take, double instant)
     {
         FBSystem().CurrentTake = &Take(take);
         const FBTimeSpan span = Take(take).LocalTimeSpan;
         const double start = span.GetStart().GetSecondDouble();
         const double stop = span.GetStop().GetSecondDouble();
-        Goto(start + (stop - start) * static_cast<double>(instant) / 6.0);
+        Goto(start + (stop - start) * instant);
     }
 
     // In the host's axes and unit, as the file's own relate to them.
@@ -58,7 +60,8 @@ protected:
 
     static std::size_t CompareTransforms(int take, const std::vector<ExpectedRow>& rows, Conversion convert)
     {
-        std::size_t compared = 0, instant = 99;
+        std::size_t compared = 0;
+        double instant = -1.0;
         for (const ExpectedRow& row : rows)
         {
             if (row.instant != instant)
@@ -84,7 +87,8 @@ protected:
     // Angles of view, aspect, planes and roll; user properties rounded as their kind asks; the switcher's index.
     static std::size_t CompareProperties(int take, const std::vector<ExpectedRow>& rows)
     {
-        std::size_t compared = 0, instant = 99;
+        std::size_t compared = 0;
+        double instant = -1.0;
         for (const ExpectedRow& row : rows)
         {
             if (row.instant != instant)

@@ -1,6 +1,7 @@
 #include "tests/host/import/import_fixture.h"
 
-#include <sstream>
+#include <algorithm>
+#include <iterator>
 
 // Small scenes that other programs wrote, each with one thing that is easily read wrongly. What is expected comes from
 // other evaluations of the same files.
@@ -54,40 +55,30 @@ TEST_F(OtherProgramsTest, TakesInNewTicksKeepTheirSpan)
     EXPECT_NEAR(StopOf(0), 230930790000.0 / 141120000.0, 1e-9);
 }
 
-// Each group of the OBJ is one mesh, at its model's place in the world. The first is at the origin.
+// Each line has four vertices of one mesh, at its model's place in the world. The first mesh is at the origin.
 TEST_F(OtherProgramsTest, RotationSpaceForLimitsIsNoRotation)
 {
     OpenFixture("rotation_space_for_limits.fbx");
-    std::vector<std::array<double, 3>> mesh;
-    std::ifstream obj(Fixture("rotation_space_for_limits.obj"));
-    std::string model;
-    std::size_t vertex = 0, compared = 0;
-    for (std::string line, kind; std::getline(obj, line);)
+    double mesh[12], want[12];
+    int models = 0;
+    std::ifstream table(Fixture("rotation_space_for_limits.tsv"));
+    for (std::string model; table >> model; ++models)
     {
-        std::istringstream words(line);
-        words >> kind;
-        if (kind == "g")
+        for (double& number : want)
+            table >> number;
+        if (models == 0)
+            std::copy(std::begin(want), std::end(want), mesh);
+        FBMatrix world = Global("Node_" + model);
+        for (int i = 0; i < 12; ++i)
         {
-            words >> model;
-            vertex = 0;
-        }
-        if (kind != "v")
-            continue;
-        std::array<double, 3> want{};
-        words >> want[0] >> want[1] >> want[2];
-        if (model == "Node_00_00")
-            mesh.push_back(want);
-        ASSERT_LT(vertex, mesh.size());
-        const std::array<double, 3> local = mesh[vertex++];
-        FBMatrix world = Global(model);
-        for (int i = 0; i < 3; ++i)
-            EXPECT_NEAR(local[0] * world(0, i) + local[1] * world(1, i) + local[2] * world(2, i) +
-                            world(3, i),
-                        want[static_cast<std::size_t>(i)], 2e-6)
+            const double* const local = &mesh[i - i % 3];
+            EXPECT_NEAR(local[0] * world(0, i % 3) + local[1] * world(1, i % 3) + local[2] * world(2, i % 3) +
+                            world(3, i % 3),
+                        want[i], 2e-6)
                 << model;
-        ++compared;
+        }
     }
-    EXPECT_EQ(compared, 120U * 8U);
+    EXPECT_EQ(models, 120);
 }
 
 // At 10/24 s the lower layer adds angles of (41.4506, 0, 20.7253) degrees, the upper one 0.697214 of the turn of
