@@ -30,13 +30,15 @@ run_target()
 {
     name="$1"
     log="$build/logs/$name.log"
+    seeds="$(cat "$build/fuzz/seeds/$name")"
     mkdir -p "$build/corpus/$name"
     # -reduce_inputs=0 and -use_counters=0: an input is kept when it reaches something new, not when it does so with
     # fewer bytes or more often. Otherwise the search slows down with thousands of long inputs that reach no more.
+    # shellcheck disable=SC2086 # several folders
     if "$build/bin/fuzz_$name" -max_total_time="$seconds" -max_len="$(largest_input "$name")" -timeout=1 \
         -rss_limit_mb=1024 -malloc_limit_mb=64 -entropic=0 -reload=0 -reduce_inputs=0 -use_counters=0 \
         -print_final_stats=1 \
-        -artifact_prefix="$build/findings/$name-" "$build/corpus/$name" "fuzz/corpus/$name" >"$log" 2>&1 &&
+        -artifact_prefix="$build/findings/$name-" "$build/corpus/$name" $seeds >"$log" 2>&1 &&
         grep -a '^stat::average_exec_per_sec:' "$log" >/dev/null; then
         sed -n "s/^stat::average_exec_per_sec: */$name: executions a second: /p" "$log"
         return
