@@ -24,11 +24,6 @@ namespace
 constexpr Matrix3 kCameraTurn{{{0.0, 0.0, 1.0}, {0.0, 1.0, 0.0}, {-1.0, 0.0, 0.0}}};
 constexpr Matrix3 kReverseRight{{{1.0, 0.0, 0.0}, {0.0, 1.0, 0.0}, {0.0, 0.0, -1.0}}};
 
-Vector Column(const Matrix3& matrix, std::size_t column)
-{
-    return {matrix.at[0][column], matrix.at[1][column], matrix.at[2][column]};
-}
-
 // Reverses the axis that points most against its own direction in `matrix`.
 Matrix3 ReverseOneAxis(const Matrix3& matrix)
 {

@@ -11,13 +11,7 @@ namespace mobu_host
 namespace
 {
 
-using AxisOrder = std::array<std::size_t, 3>;
-
-const AxisOrder& AxesOf(int order)
-{
-    static constexpr AxisOrder kAxes[6] = {{0, 1, 2}, {0, 2, 1}, {1, 2, 0}, {1, 0, 2}, {2, 0, 1}, {2, 1, 0}};
-    return kAxes[order >= 0 && order < 6 ? order : 0];
-}
+constexpr double kRadians = std::numbers::pi / 180.0;
 
 Matrix3 AxisTurn(int axis, double degrees)
 {
@@ -65,6 +59,16 @@ Vector Cross(const Vector& a, const Vector& b)
 double Length(const Vector& a)
 {
     return std::sqrt(a[0] * a[0] + a[1] * a[1] + a[2] * a[2]);
+}
+
+Vector Column(const Matrix3& matrix, std::size_t column)
+{
+    return {matrix.at[0][column], matrix.at[1][column], matrix.at[2][column]};
+}
+
+Matrix3 OfColumns(const Vector& x, const Vector& y, const Vector& z)
+{
+    return {{{x[0], y[0], z[0]}, {x[1], y[1], z[1]}, {x[2], y[2], z[2]}}};
 }
 
 Matrix3 operator*(const Matrix3& a, const Matrix3& b)
@@ -134,29 +138,34 @@ bool Invert(const Matrix3& a, Matrix3& inverse)
     return true;
 }
 
+EulerAxes EulerAxesOf(int order)
+{
+    static constexpr EulerAxes kAxes[6] = {{0, 1, 2, 1.0},  {0, 2, 1, -1.0}, {1, 2, 0, 1.0},
+                                           {1, 0, 2, -1.0}, {2, 0, 1, 1.0},  {2, 1, 0, -1.0}};
+    return kAxes[order >= 0 && order < 6 ? order : 0];
+}
+
 Matrix3 EulerTurn(const Vector& degrees, int order)
 {
-    const AxisOrder& axes = AxesOf(order);
-    const auto turn = [&](std::size_t i) { return AxisTurn(static_cast<int>(axes[i]), degrees[axes[i]]); };
-    return turn(2) * turn(1) * turn(0);
+    const EulerAxes axes = EulerAxesOf(order);
+    const auto turn = [&](std::size_t axis) { return AxisTurn(static_cast<int>(axis), degrees[axis]); };
+    return turn(axes.third) * turn(axes.second) * turn(axes.first);
 }
 
 Vector EulerAngles(const Matrix3& turn, int order)
 {
-    constexpr double kDegrees = 180.0 / std::numbers::pi;
-    const auto [a, b, c] = AxesOf(order);
-    const double sign = (a + 1) % 3 == b ? 1.0 : -1.0;
+    const auto [a, b, c, sign] = EulerAxesOf(order);
     const double sine = std::clamp(-sign * turn.at[c][a], -1.0, 1.0);
     Vector degrees{};
-    degrees[b] = std::asin(sine) * kDegrees;
+    degrees[b] = std::asin(sine) / kRadians;
     if (std::abs(sine) < 1.0 - 1e-12)
     {
-        degrees[a] = std::atan2(sign * turn.at[c][b], turn.at[c][c]) * kDegrees;
-        degrees[c] = std::atan2(sign * turn.at[b][a], turn.at[a][a]) * kDegrees;
+        degrees[a] = std::atan2(sign * turn.at[c][b], turn.at[c][c]) / kRadians;
+        degrees[c] = std::atan2(sign * turn.at[b][a], turn.at[a][a]) / kRadians;
     }
-    else // both outer axes turn about one line
+    else // both outer axes turn about one line: the first one takes it all
     {
-        degrees[a] = std::atan2(-sign * turn.at[b][c], turn.at[b][b]) * kDegrees;
+        degrees[a] = std::atan2(-sign * turn.at[b][c], turn.at[b][b]) / kRadians;
     }
     return degrees;
 }

@@ -68,18 +68,6 @@ Vector Normalized(const Vector& vector)
     return length > 0.0 && std::isfinite(length) ? vector * (1.0 / length) : Vector{};
 }
 
-Matrix3 OfColumns(const Vector& x, const Vector& y, const Vector& z)
-{
-    Matrix3 matrix;
-    for (std::size_t row = 0; row < 3; ++row)
-    {
-        matrix.at[row][0] = x[row];
-        matrix.at[row][1] = y[row];
-        matrix.at[row][2] = z[row];
-    }
-    return matrix;
-}
-
 Matrix3 AxisAngle(const Vector& axis, double degrees)
 {
     const Vector unit = Normalized(axis);
@@ -131,9 +119,7 @@ Affine OfMatrix(const double* values)
 Matrix3 RotationIn(const Matrix3& matrix)
 {
     const double sign = Determinant(matrix) < 0.0 ? -1.0 : 1.0;
-    const auto column = [&matrix, sign](int i) {
-        return Vector{sign * matrix.at[0][i], sign * matrix.at[1][i], sign * matrix.at[2][i]};
-    };
+    const auto column = [&matrix, sign](std::size_t i) { return Column(matrix, i) * sign; };
     Vector x = Normalized(column(0));
     Vector z = Normalized(Cross(x, column(1)));
     if (z == Vector{})

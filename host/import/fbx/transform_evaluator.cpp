@@ -16,11 +16,6 @@ bool IsUniform(const Vector& scaling)
     return scaling[0] == scaling[1] && scaling[1] == scaling[2] && scaling[0] != 0.0;
 }
 
-Vector Column(const Matrix3& matrix, std::size_t column)
-{
-    return {matrix.at[0][column], matrix.at[1][column], matrix.at[2][column]};
-}
-
 Vector Product(const Vector& a, const Vector& b)
 {
     return {a[0] * b[0], a[1] * b[1], a[2] * b[2]};

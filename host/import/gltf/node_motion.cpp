@@ -107,11 +107,6 @@ bool IsAtKey(const KeyTrack& track, const KeyPosition& at)
     return at.fraction == 0.0 || track.interpolation == gltf::Interpolation::Step;
 }
 
-Vector Column(const Matrix3& m, int column)
-{
-    return {m.at[0][column], m.at[1][column], m.at[2][column]};
-}
-
 } // namespace
 
 std::array<double, 3> KeyTrack::VectorAt(double seconds) const
@@ -174,10 +169,10 @@ gltf::Trs ToTrs(const gltf::ColumnMatrix& matrix)
     gltf::Trs trs;
     trs.translation = {matrix[12], matrix[13], matrix[14]};
     bool has_turn = true;
-    for (int column = 0; column < 3; ++column)
+    for (std::size_t column = 0; column < 3; ++column)
     {
         const double length = sign * Length(Column(turn, column));
-        trs.scale[static_cast<std::size_t>(column)] = length;
+        trs.scale[column] = length;
         has_turn = has_turn && length != 0.0;
         for (auto& row : turn.at)
             row[column] /= length;
