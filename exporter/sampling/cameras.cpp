@@ -1,7 +1,6 @@
 #include "exporter/sampling/cameras.h"
 
 #include "exporter/sampling/global_matrix.h"
-#include "exporter/sampling/sampled_track.h"
 #include "exporter/text.h"
 
 namespace tev2_exporter
@@ -39,20 +38,29 @@ float HorizontalFieldOfView(FBCamera& camera)
     return static_cast<float>(static_cast<double>(angle) * aspect);
 }
 
-void SampleCameraFrame(TEV2_CAMERA& entity, FBCamera& camera, float time)
+CameraBinding Bind(FBCamera& camera, const TEV2_CAMERA& entity)
 {
-    Sampled(entity.distance).Append(time, Metres(camera.FocusSpecificDistance));
-    Sampled(entity.fieldOfView).Append(time, HorizontalFieldOfView(camera));
+    return {&camera,
+            &SampledIn(entity.distance),
+            &SampledIn(entity.fieldOfView),
+            &SampledIn(entity.clipRange),
+            {}};
+}
+
+void SampleLens(const CameraBinding& binding, float time)
+{
+    FBCamera& camera = *binding.camera;
+    binding.distance->Append(time, Metres(camera.FocusSpecificDistance));
+    binding.field_of_view->Append(time, HorizontalFieldOfView(camera));
     TEV2_FLOAT32_RANGE clip_range;
     clip_range.minimum = Metres(camera.NearPlaneDistance);
     clip_range.maximum = Metres(camera.FarPlaneDistance);
-    Sampled(entity.clipRange).Append(time, clip_range);
+    binding.clip_range->Append(time, clip_range);
 }
 
-void CreateCameraEntity(const ExportNode& exported, TEV2& scene, std::uint32_t node_index,
-                        const SamplingRange& range, bool keep_positive_z)
+void CreateCameraEntity(FBCamera& camera, const UserPropertySet& user_properties, TEV2& scene,
+                        std::uint32_t node_index, const SamplingRange& range, bool keep_positive_z)
 {
-    FBCamera& camera = static_cast<FBCamera&>(*exported.model);
     const double aspect = camera.FilmAspectRatio;
 
     TEV2_CAMERA& entity = *scene.cameras.emplace_back(std::make_unique<TEV2_CAMERA>());
@@ -61,9 +69,9 @@ void CreateCameraEntity(const ExportNode& exported, TEV2& scene, std::uint32_t n
     MakeTrack(entity.clipRange, range);
     entity.name = WideText(camera.Name);
     entity.value = node_index;
-    BuildExtendedProperties(entity.properties, exported.user_properties, range, keep_positive_z);
+    BuildExtendedProperties(entity.properties, user_properties, range, keep_positive_z);
     entity.inverseAspect = static_cast<float>(1.0 / aspect);
-    SampleCameraFrame(entity, camera, range.start);
+    SampleLens(Bind(camera, entity), range.start);
 }
 
 } // namespace
@@ -75,26 +83,32 @@ void IndexExportCameras(const std::vector<FBModel*>& models, CameraIndexTable& t
         IndexCameras(*model, table, next_index);
 }
 
-void CreateCameraEntities(const ExportSubtree& subtree, TEV2& scene, std::uint32_t node_index,
-                          const SamplingRange& range, bool keep_positive_z)
+void CreateCameraEntities(ExportSubtree& subtree, TEV2& scene, std::uint32_t node_index,
+                          std::size_t& next_camera, const SamplingRange& range, bool keep_positive_z)
 {
-    for (const ExportNode& exported : subtree)
+    for (const ModelBinding& exported : subtree.models)
     {
         if (exported.model->Is(FBCamera::TypeInfo))
-            CreateCameraEntity(exported, scene, node_index, range, keep_positive_z);
+        {
+            FBCamera& camera = static_cast<FBCamera&>(*exported.model);
+            CreateCameraEntity(camera, exported.user_properties, scene, node_index, range, keep_positive_z);
+            if (exported.model->GetTypeId() == FBCamera::TypeInfo)
+            {
+                TEV2_CAMERA& entity = *scene.cameras[next_camera++];
+                CameraBinding& binding = subtree.cameras.emplace_back(Bind(camera, entity));
+                BindProperties(entity.properties, exported.user_properties, binding.properties);
+            }
+        }
         ++node_index;
     }
 }
 
-void SampleCamerasInSubtree(const ExportSubtree& subtree, TEV2& scene, std::size_t& next_camera, float time)
+void SampleCameras(const std::vector<CameraBinding>& cameras, float time)
 {
-    for (const ExportNode& exported : subtree)
+    for (const CameraBinding& binding : cameras)
     {
-        if (exported.model->GetTypeId() != FBCamera::TypeInfo)
-            continue;
-        TEV2_CAMERA& entity = *scene.cameras[next_camera++];
-        SampleCameraFrame(entity, static_cast<FBCamera&>(*exported.model), time);
-        SampleUserProperties(entity.properties, exported.user_properties, time);
+        SampleLens(binding, time);
+        SampleProperties(binding.properties, time);
     }
 }
 
@@ -108,16 +122,18 @@ int CountSystemCameras(FBScene& scene)
     return count;
 }
 
-void SampleSwitcherFrame(TEV2& scene, FBScene& source, FBCameraSwitcher& switcher,
-                         const CameraIndexTable& table, int system_cameras, float time)
+void SampleSwitcher(const SwitcherBinding& binding, float time)
 {
-    // 1-based among the cameras that are no system cameras; added up wide, since the index may be anything.
-    const int index = switcher.CurrentCameraIndex;
-    const std::int64_t position = std::int64_t{system_cameras} + index - 1;
+    // 1-based among the cameras that are not system cameras. Added in 64 bits, since the index may be anything.
+    const int index = binding.switcher->CurrentCameraIndex;
+    const std::int64_t position = std::int64_t{binding.system_cameras} + index - 1;
+    FBScene& source = *binding.source;
     FBCamera* selected = nullptr;
     if (position >= 0 && position < source.Cameras.GetCount())
+    {
         selected = source.Cameras[static_cast<int>(position)];
-    Sampled(scene.cameraMan.cameraIndex).Append(time, table.Find(selected));
+    }
+    binding.track->Append(time, binding.indices->Find(selected));
 }
 
 } // namespace tev2_exporter

@@ -84,7 +84,7 @@ template <typename Entries>
 void ReduceEntries(Entries& entries)
 {
     for (auto& entry : entries)
-        ReduceKeys(Sampled(entry.track));
+        ReduceKeys(SampledIn(entry.track));
 }
 
 } // namespace
@@ -93,8 +93,8 @@ void ReduceKeys(TEV2_MATRIX_HIERARCHY& hierarchy)
 {
     for (TEV2_MATRIX_NODE& node : hierarchy.nodes)
     {
-        ReduceKeys(Sampled(node.translation));
-        ReduceKeys(Sampled(node.rotation));
+        ReduceKeys(SampledIn(node.translation));
+        ReduceKeys(SampledIn(node.rotation));
         ReduceEntries(node.properties.intValues);
         ReduceEntries(node.properties.floatValues);
         ReduceEntries(node.properties.vector3Values);

@@ -1,7 +1,6 @@
 #include "exporter/sampling/sample_take.h"
 
 #include "exporter/sampling/cameras.h"
-#include "exporter/sampling/sampled_track.h"
 #include "exporter/sampling/skeleton.h"
 
 #include <cmath>
@@ -50,21 +49,20 @@ void SnapToTakeStop(ExportContext& context, float requested)
     SnapTo(context, requested, CurrentTakeSpan(context).GetStop());
 }
 
-// One take on its way into one scene. Holds what is found out once and read at every instant.
+/// Samples one take into one scene.
 class TakeSampler
 {
 public:
     TakeSampler(ExportContext& context, const SampledModels& models, TEV2_LOADER::TEV2& scene)
-        : source_(*static_cast<FBScene*>(context.system.Scene)),
-          models_(models),
-          scene_(scene),
-          system_cameras_(CountSystemCameras(source_))
+        : models_(models), scene_(scene)
     {
+        FBScene* const source = context.system.Scene;
+        switcher_ = {models.switcher, source, models.camera_indices, CountSystemCameras(*source), nullptr};
         FBModel* scene_root = context.system.SceneRootModel;
         first_is_scene_root_ = !models.export_models.empty() && models.export_models.front() == scene_root;
     }
 
-    // Makes nodes, cameras and the switcher's track, with their keys at the start of the range.
+    /// Makes nodes, cameras and the switcher's track, with their keys at the start of the range, and binds them.
     void Begin(const SamplingRange& range, const ExportOptions& options)
     {
         TEV2_LOADER::TEV2_MATRIX_HIERARCHY& hierarchy = scene_.matrixHierarchy;
@@ -72,51 +70,49 @@ public:
 
         subtrees_.reserve(models_.export_models.size());
         for (FBModel* model : models_.export_models)
+        {
             subtrees_.push_back(CollectSubtree(*model));
-
+        }
         hierarchy.nodes.reserve(CountExportNodes(subtrees_, first_is_scene_root_));
         if (!subtrees_.empty() && !first_is_scene_root_)
+        {
             InsertExporterRoot(hierarchy, range.start);
-
-        node_indices_.reserve(subtrees_.size());
+        }
+        std::size_t next_camera = 0;
         for (ExportSubtree& subtree : subtrees_)
         {
-            node_indices_.push_back(BuildNodesForModel(subtree, hierarchy, range, keep_positive_z));
-            CreateCameraEntities(subtree, scene_, node_indices_.back(), range, keep_positive_z);
+            const std::uint32_t node_index = BuildNodesForModel(subtree, hierarchy, range, keep_positive_z);
+            CreateCameraEntities(subtree, scene_, node_index, next_camera, range, keep_positive_z);
         }
-        if (models_.switcher)
-            MakeTrack(scene_.cameraMan.cameraIndex, range);
-        SampleSwitcher(range.start);
+        if (switcher_.switcher)
+        {
+            switcher_.track = &MakeTrack(scene_.cameraMan.cameraIndex, range);
+            SampleSwitcher(switcher_, range.start);
+        }
     }
 
     void Sample(float time)
     {
-        std::size_t next_camera = 0;
-        for (std::size_t i = 0; i < subtrees_.size(); ++i)
+        for (ExportSubtree& subtree : subtrees_)
         {
-            SampleModelFrame(subtrees_[i], scene_.matrixHierarchy, node_indices_[i], time);
-            SampleCamerasInSubtree(subtrees_[i], scene_, next_camera, time);
+            SampleTransforms(subtree.models, time);
+            SampleProperties(subtree.properties, time);
+            SampleCameras(subtree.cameras, time);
         }
-        SampleSwitcher(time);
+        if (switcher_.switcher)
+        {
+            SampleSwitcher(switcher_, time);
+        }
     }
 
     void Finish() { FinishHierarchy(scene_.matrixHierarchy, first_is_scene_root_); }
 
 private:
-    void SampleSwitcher(float time)
-    {
-        if (models_.switcher)
-            SampleSwitcherFrame(scene_, source_, *models_.switcher, *models_.camera_indices, system_cameras_,
-                                time);
-    }
-
-    FBScene& source_;
     const SampledModels& models_;
     TEV2_LOADER::TEV2& scene_;
-    int system_cameras_;
+    SwitcherBinding switcher_;
     bool first_is_scene_root_ = false;
     std::vector<ExportSubtree> subtrees_;
-    std::vector<std::uint32_t> node_indices_; // of the export models, in their order
 };
 
 } // namespace

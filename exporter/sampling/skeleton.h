@@ -10,51 +10,65 @@
 namespace tev2_exporter
 {
 
-// One model of an exported subtree. The structure of the scene does not change while a take is sampled, so it
-// is walked once.
-struct ExportNode
+/// An exported model bound to its node.
+struct ModelBinding
 {
     FBModel* model = nullptr;
-    std::uint32_t parent = 0; // position of its parent in the subtree; of no meaning for the first node
+    std::uint32_t parent = 0; ///< position of its parent in the subtree; unused for the first model
     bool has_children = false;
     UserPropertySet user_properties;
-    TEV2_MATRIX_3X4
-    inverse{}; // inverse of the converted transform at the present instant; only with children
+    TEV2_MATRIX_3X4 inverse{}; ///< of the converted transform at the current instant; only with children
+    SampledTrack<TEV2_LOADER::TEV2_ANIMATABLE_VECTOR_3>* translation = nullptr;
+    SampledTrack<TEV2_LOADER::TEV2_ANIMATABLE_QUATERNION>* rotation = nullptr;
 };
 
-// An export model with all its descendants, depth first, every model before its children, siblings in the
-// order of the scene.
-using ExportSubtree = std::vector<ExportNode>;
+/// A camera bound to its entity.
+struct CameraBinding
+{
+    FBCamera* camera = nullptr;
+    SampledTrack<TEV2_LOADER::TEV2_ANIMATABLE_FLOAT32>* distance = nullptr;
+    SampledTrack<TEV2_LOADER::TEV2_ANIMATABLE_FLOAT32>* field_of_view = nullptr;
+    SampledTrack<TEV2_LOADER::TEV2_ANIMATABLE_FLOAT32_RANGE>* clip_range = nullptr;
+    std::vector<PropertyBinding> properties;
+};
 
+/// An export model with its descendants and all that is sampled of them, in pre-order, siblings in the order of the
+/// scene. The structure of the scene does not change while a take is sampled: it is walked and bound once per take.
+struct ExportSubtree
+{
+    std::vector<ModelBinding> models;
+    std::vector<PropertyBinding> properties; ///< of the nodes
+    std::vector<CameraBinding> cameras;
+};
+
+/// Walks the subtree of `model`; nothing is bound yet.
 ExportSubtree CollectSubtree(FBModel& model);
 
-// Appends node 0 of an export that does not begin at the scene root: "Exporter Inserted Root", one identity
-// key at `start` (seconds) in each track.
+/// Appends node 0 of an export that does not begin at the scene root, with one identity key at `start` (seconds) in
+/// each track.
 void InsertExporterRoot(TEV2_LOADER::TEV2_MATRIX_HIERARCHY& hierarchy, float start);
 
-// How many nodes the subtrees need, with room for the inserted root when the export does not begin at the
-// scene root.
+/// Nodes of all subtrees, and one for the inserted root when the export does not begin at the scene root.
 std::uint32_t CountExportNodes(const std::vector<ExportSubtree>& subtrees, bool first_is_scene_root);
 
-// Appends the nodes of one subtree with their names, parents, user properties and tracks, and takes their
-// keys at the start of `range`. Returns the index of the export model's own node; its descendants follow in
-// subtree order.
+/// Appends the nodes of one subtree with names, parents, user properties and tracks, binds the models and properties to
+/// them and appends the keys at the start of `range`. Returns the index of the export model's own node; its descendants
+/// follow in subtree order.
 std::uint32_t BuildNodesForModel(ExportSubtree& subtree, TEV2_LOADER::TEV2_MATRIX_HIERARCHY& hierarchy,
                                  const SamplingRange& range, bool keep_positive_z);
 
-// Appends one key at `time` (seconds) to every track of the subtree's nodes, which begin at `node_index`: the
-// export model's in the frame of the file, its descendants' relative to their parents.
-void SampleModelFrame(ExportSubtree& subtree, TEV2_LOADER::TEV2_MATRIX_HIERARCHY& hierarchy,
-                      std::uint32_t node_index, float time);
+/// Appends one key at `time` (seconds) to the translation and rotation of every model: the export model's in the frame
+/// of the file, its descendants' relative to their parents.
+void SampleTransforms(std::vector<ModelBinding>& models, float time);
 
-// After the last frame: the scene root stands still at the origin, nodes without a parent hang below node 0,
-// and every rotation track stays on one hemisphere.
+/// After the last frame: keeps an exported scene root at the origin, makes node 0 the parent of nodes without one, and
+/// makes every rotation track continuous.
 void FinishHierarchy(TEV2_LOADER::TEV2_MATRIX_HIERARCHY& hierarchy, bool first_is_scene_root);
 
-// Turns the whole hierarchy half about Y by way of node 0, whose rotation is the identity.
+/// Turns the whole hierarchy by 180 degrees about Y: the keys of node 0, whose rotation is the identity.
 void KeepPositiveZ(TEV2_LOADER::TEV2_MATRIX_HIERARCHY& hierarchy);
 
-// Leaves of each node name what follows its last ":", where anything follows.
+/// Shortens each node name to the text after its last ":", if there is any.
 void RemoveNamespaces(TEV2_LOADER::TEV2_MATRIX_HIERARCHY& hierarchy);
 
 } // namespace tev2_exporter

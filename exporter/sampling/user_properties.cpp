@@ -1,9 +1,9 @@
 #include "exporter/sampling/user_properties.h"
 
-#include "exporter/sampling/sampled_track.h"
 #include "exporter/text.h"
 
-#include <string>
+#include <map>
+#include <type_traits>
 
 namespace tev2_exporter
 {
@@ -20,45 +20,58 @@ Value Read(FBProperty& property)
     return value;
 }
 
-float Single(double value)
+std::int32_t ReadInteger(FBProperty& property)
 {
-    return static_cast<float>(value);
+    return Read<int>(property);
 }
 
-TEV2_VECTOR_3 Vector3(FBVector3d value)
+std::int32_t ReadBoolean(FBProperty& property)
 {
-    return {Single(value[0]), Single(value[1]), Single(value[2])};
+    return Read<bool>(property) ? 1 : 0;
 }
 
-TEV2_VECTOR_4 Vector4(FBVector4d value)
+float ReadNumber(FBProperty& property)
 {
-    return {Single(value[0]), Single(value[1]), Single(value[2]), Single(value[3])};
+    return static_cast<float>(Read<double>(property));
 }
 
-// Hands the present value of an animatable kind of property to `take`, with the entry list that the kind
-// belongs to. False for a kind that has no track.
-template <typename Take>
-bool VisitValue(TEV2_EXTENDED_PROPERTIES& block, FBProperty& property, Take&& take)
+template <typename Source>
+TEV2_VECTOR_3 ReadVector3(FBProperty& property)
 {
-    switch (property.GetPropertyType())
+    FBVector3d value = Read<Source>(property);
+    return {static_cast<float>(value[0]), static_cast<float>(value[1]), static_cast<float>(value[2])};
+}
+
+TEV2_VECTOR_4 ReadVector4(FBProperty& property)
+{
+    FBVector4d value = Read<FBColorAndAlpha>(property);
+    return {static_cast<float>(value[0]), static_cast<float>(value[1]), static_cast<float>(value[2]),
+            static_cast<float>(value[3])};
+}
+
+/// Calls `visit` with the entry list and the reader of a property type. False for a type that has no track.
+template <typename Visit>
+bool VisitKind(TEV2_EXTENDED_PROPERTIES& block, FBPropertyType type, Visit&& visit)
+{
+    switch (type)
     {
     case kFBPT_int:
-        take(block.intValues, std::int32_t{Read<int>(property)});
+        visit(block.intValues, ReadInteger);
         return true;
     case kFBPT_bool:
-        take(block.intValues, std::int32_t{Read<bool>(property) ? 1 : 0});
+        visit(block.intValues, ReadBoolean);
         return true;
     case kFBPT_double:
-        take(block.floatValues, Single(Read<double>(property)));
+        visit(block.floatValues, ReadNumber);
         return true;
     case kFBPT_Vector3D:
-        take(block.vector3Values, Vector3(Read<FBVector3d>(property)));
+        visit(block.vector3Values, ReadVector3<FBVector3d>);
         return true;
     case kFBPT_ColorRGB:
-        take(block.vector3Values, Vector3(Read<FBColor>(property)));
+        visit(block.vector3Values, ReadVector3<FBColor>);
         return true;
     case kFBPT_ColorRGBA:
-        take(block.vector4Values, Vector4(Read<FBColorAndAlpha>(property)));
+        visit(block.vector4Values, ReadVector4);
         return true;
     default:
         return false;
@@ -98,39 +111,55 @@ void BuildExtendedProperties(TEV2_EXTENDED_PROPERTIES& block, const UserProperty
     block = {};
     for (FBProperty* property : properties)
     {
-        const bool flip = keep_positive_z && property->GetPropertyType() == kFBPT_Vector3D;
-        const auto add_track = [&](auto& entries, auto value)
+        const FBPropertyType type = property->GetPropertyType();
+        const bool flip = keep_positive_z && type == kFBPT_Vector3D;
+        const auto add_track = [&](auto& entries, auto read)
         {
+            auto value = read(*property);
             if constexpr (std::is_same_v<decltype(value), TEV2_VECTOR_3>)
+            {
                 if (flip)
+                {
                     value = {-value.x, value.y, -value.z};
+                }
+            }
             auto& entry = entries.emplace_back();
             entry.name = WideText(property->GetName());
             MakeTrack(entry.track, range).Append(range.start, value);
         };
-        if (!VisitValue(block, *property, add_track))
+        if (!VisitKind(block, type, add_track))
+        {
             AddTexts(block, *property);
+        }
     }
 }
 
-void SampleUserProperties(TEV2_EXTENDED_PROPERTIES& block, const UserPropertySet& properties, float time)
+void BindProperties(TEV2_EXTENDED_PROPERTIES& block, const UserPropertySet& properties,
+                    std::vector<PropertyBinding>& bindings)
 {
-    std::size_t next_int = 0;
-    std::size_t next_float = 0;
-    std::size_t next_vector3 = 0;
-    std::size_t next_vector4 = 0;
-    const auto append = [&](auto& entries, const auto& value)
-    {
-        using Value = std::decay_t<decltype(value)>;
-        std::size_t& next = std::is_same_v<Value, std::int32_t>    ? next_int
-                            : std::is_same_v<Value, float>         ? next_float
-                            : std::is_same_v<Value, TEV2_VECTOR_3> ? next_vector3
-                                                                   : next_vector4;
-        if (next < entries.size())
-            Sampled(entries[next++].track).Append(time, value);
-    };
+    std::map<const void*, std::size_t> bound; // entries of each list
     for (FBProperty* property : properties)
-        VisitValue(block, *property, append);
+    {
+        const auto bind = [&](auto& entries, auto read)
+        {
+            const std::size_t next = bound[&entries]++;
+            if (next < entries.size())
+            {
+                auto& owner = entries[next].track;
+                using Family = typename std::decay_t<decltype(owner)>::element_type;
+                bindings.push_back(TrackBinding<Family>{property, read, &SampledIn(owner)});
+            }
+        };
+        VisitKind(block, property->GetPropertyType(), bind);
+    }
+}
+
+void SampleProperties(const std::vector<PropertyBinding>& bindings, float time)
+{
+    for (const PropertyBinding& binding : bindings)
+    {
+        std::visit([time](const auto& typed) { typed.Sample(time); }, binding);
+    }
 }
 
 } // namespace tev2_exporter
