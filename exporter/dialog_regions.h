@@ -1,6 +1,6 @@
 #pragma once
 
-// The names of the dialog's controls in its layout, for those who use the dialog from outside.
+// Names of the dialog's controls in its layout. Those of the check boxes are in option_table.h.
 
 namespace tev2_exporter::regions
 {
@@ -17,11 +17,6 @@ inline constexpr const char* kEndLabel = "KEYFRAMES_END_KEY_EDITBOX_LABEL_REGION
 inline constexpr const char* kEndKey = "KEYFRAMES_END_KEY_EDITBOX_REGION_NAME";
 inline constexpr const char* kCurrentTake = "TAKES_CURRENT_TAKE_RADIO_BUTTON_REGION_NAME";
 inline constexpr const char* kAllTakes = "TAKES_ALL_TAKES_RADIO_BUTTON_REGION_NAME";
-inline constexpr const char* kSpacesToUnderscores = "FILENAME_SPACES_TO_UNDERSCORES_CHECKBOX_REGION_NAME";
-inline constexpr const char* kKeepPositiveZ = "KEEP_POSITIVE_Z_CHECKBOX_REGION_NAME";
-inline constexpr const char* kRemoveNamespace = "REMOVE_NAMESPACE_FORM_NAMES_CHECKBOX_REGION_NAME";
-inline constexpr const char* kAsteriskExtension = "ASTERIX_TV2_EXTENSION_CHECKBOX_REGION_NAME";
-inline constexpr const char* kDisableConstraints = "DISABLE_CONSTRAINTS_CHECKBOX_REGION_NAME";
 inline constexpr const char* kExport = "EXPORT_BUTTON_REGION_NAME";
 inline constexpr const char* kCancel = "CANCEL_BUTTON_REGION_NAME";
 

@@ -1,9 +1,9 @@
 #include "exporter/export_dialog.h"
 
 #include "exporter/clamped_cast.h"
-#include "exporter/dialog_regions.h"
 #include "exporter/version.h"
 
+#include <algorithm>
 #include <cmath>
 #include <cstdio>
 
@@ -13,7 +13,9 @@ namespace
 {
 
 constexpr int kWidth = 282; // pixels
-constexpr int kHeight = 612;
+constexpr int kCheckBoxPitch = 36;
+constexpr int kCheckBoxesHeight = 14 + kCheckBoxPitch * static_cast<int>(kCheckBoxCount);
+constexpr int kHeight = 418 + kCheckBoxesHeight;
 
 constexpr double kPalRate = 50.0; // samples a second
 constexpr double kNtscRate = 59.94;
@@ -109,7 +111,7 @@ bool TEV2_EXPORTER_DIALOG::Show(FBVisualComponent* parent)
     SetUpSampling();
     SetUpKeyFrames();
     SetUpTakes();
-    SetUpMiscellaneous();
+    SetUpCheckBoxes();
     SetUpButtons();
     return FBPopup::Show(parent);
 }
@@ -125,6 +127,20 @@ void TEV2_EXPORTER_DIALOG::AddRegions()
         Place y;
         int width;
         int height;
+    };
+    const auto add = [this](const Row& row)
+    {
+        AddRegion(row.name, row.title, row.x.offset, row.x.attach, row.x.relative, 1.0f, row.y.offset,
+                  row.y.attach, row.y.relative, 1.0f, row.width, kAbsolute, kLayout, 1.0f, row.height,
+                  kAbsolute, kLayout, 1.0f);
+        if (row.control)
+        {
+            SetControl(row.name, row.control);
+        }
+        else
+        {
+            SetBorder(row.name, kFBEmbossSmoothEdgeBorder, true, false, 2, 2, 90.0f, 10);
+        }
     };
     // clang-format off
     const Row rows[] = {
@@ -143,26 +159,24 @@ void TEV2_EXPORTER_DIALOG::AddRegions()
         {kTakes, "Takes", nullptr, {0, kInLeft, kKeyFrames}, {20, kBelow, kKeyFrames}, 260, 70},
         {regions::kCurrentTake, "", &current_take_, {14, kInLeft, kTakes}, {10, kInTop, kTakes}, 210, 26},
         {regions::kAllTakes, "", &all_takes_, {14, kInLeft, kTakes}, {36, kInTop, kTakes}, 210, 26},
-        {kMiscellaneous, "Miscellaneous", nullptr, {0, kInLeft, kTakes}, {20, kBelow, kTakes}, 260, 194},
-        {regions::kSpacesToUnderscores, "", &spaces_to_underscores_, {20, kInLeft, kMiscellaneous}, {10, kInTop, kMiscellaneous}, 220, 26},
-        {regions::kKeepPositiveZ, "", &keep_positive_z_, {20, kInLeft, kMiscellaneous}, {46, kInTop, kMiscellaneous}, 220, 26},
-        {regions::kRemoveNamespace, "", &remove_namespace_, {20, kInLeft, kMiscellaneous}, {82, kInTop, kMiscellaneous}, 220, 26},
-        {regions::kAsteriskExtension, "", &asterisk_extension_, {20, kInLeft, kMiscellaneous}, {118, kInTop, kMiscellaneous}, 220, 26},
-        {regions::kDisableConstraints, "", &disable_constraints_, {20, kInLeft, kMiscellaneous}, {154, kInTop, kMiscellaneous}, 220, 26},
-        {regions::kExport, "", &export_, {88, kAbsolute, kLayout}, {10, kBelow, kMiscellaneous}, 50, 24},
-        {regions::kCancel, "", &cancel_, {144, kAbsolute, kLayout}, {10, kBelow, kMiscellaneous}, 50, 24},
+        {kMiscellaneous, "Miscellaneous", nullptr, {0, kInLeft, kTakes}, {20, kBelow, kTakes}, 260, kCheckBoxesHeight},
     };
     // clang-format on
-    for (const Row& row : rows)
+    std::ranges::for_each(rows, add);
+    int top = 10;
+    for (std::size_t i = 0; i < kCheckBoxCount; ++i)
     {
-        AddRegion(row.name, row.title, row.x.offset, row.x.attach, row.x.relative, 1.0f, row.y.offset,
-                  row.y.attach, row.y.relative, 1.0f, row.width, kAbsolute, kLayout, 1.0f, row.height,
-                  kAbsolute, kLayout, 1.0f);
-        if (row.control)
-            SetControl(row.name, row.control);
-        else
-            SetBorder(row.name, kFBEmbossSmoothEdgeBorder, true, false, 2, 2, 90.0f, 10);
+        add({kCheckBoxes[i].region,
+             "",
+             &check_boxes_[i],
+             {20, kInLeft, kMiscellaneous},
+             {top, kInTop, kMiscellaneous},
+             220,
+             26});
+        top += kCheckBoxPitch;
     }
+    add({regions::kExport, "", &export_, {88, kAbsolute, kLayout}, {10, kBelow, kMiscellaneous}, 50, 24});
+    add({regions::kCancel, "", &cancel_, {144, kAbsolute, kLayout}, {10, kBelow, kMiscellaneous}, 50, 24});
 }
 
 void TEV2_EXPORTER_DIALOG::Connect(FBButton& button, ClickHandler handler)
@@ -210,23 +224,20 @@ void TEV2_EXPORTER_DIALOG::SetUpTakes()
         settings_.takes_choice = kCurrentTakeOnly;
     SetUpChoice(current_take_, kFBRadioButton, "Current Take Only",
                 settings_.takes_choice == kCurrentTakeOnly);
-    SetUpChoice(all_takes_, kFBRadioButton, "All Takes As Separate Files",
-                settings_.takes_choice == kAllTakes);
+    SetUpChoice(all_takes_, kFBRadioButton, Option("all_takes").caption, settings_.takes_choice == kAllTakes);
     current_take_.Enabled = several;
     all_takes_.Enabled = several;
     Connect(current_take_, &TEV2_EXPORTER_DIALOG::OnCurrentTake);
     Connect(all_takes_, &TEV2_EXPORTER_DIALOG::OnAllTakes);
 }
 
-void TEV2_EXPORTER_DIALOG::SetUpMiscellaneous()
+void TEV2_EXPORTER_DIALOG::SetUpCheckBoxes()
 {
-    SetUpChoice(spaces_to_underscores_, kFBCheckbox, "Change filename spaces to underscores?",
-                settings_.spaces_to_underscores);
-    SetUpChoice(keep_positive_z_, kFBCheckbox, "Keep positive Z?", settings_.keep_positive_z);
-    SetUpChoice(remove_namespace_, kFBCheckbox, "Remove namespace from names?", settings_.remove_namespace);
-    SetUpChoice(asterisk_extension_, kFBCheckbox, "Use *.tv2 in save filename dialog?",
-                settings_.asterisk_extension);
-    SetUpChoice(disable_constraints_, kFBCheckbox, "Disable constraints?", settings_.disable_constraints);
+    for (std::size_t i = 0; i < kCheckBoxCount; ++i)
+    {
+        SetUpChoice(check_boxes_[i], kFBCheckbox, kCheckBoxes[i].caption,
+                    settings_.flags.*kCheckBoxes[i].flag);
+    }
 }
 
 void TEV2_EXPORTER_DIALOG::SetUpButtons()
@@ -246,11 +257,10 @@ void TEV2_EXPORTER_DIALOG::ReadControls()
     settings_.start_key = ToInt32(std::round(start_key_.Value));
     settings_.end_key = ToInt32(std::round(end_key_.Value));
     settings_.frame_rate = static_cast<float>(static_cast<double>(rate_.Value));
-    settings_.spaces_to_underscores = IsSet(spaces_to_underscores_);
-    settings_.keep_positive_z = IsSet(keep_positive_z_);
-    settings_.remove_namespace = IsSet(remove_namespace_);
-    settings_.asterisk_extension = IsSet(asterisk_extension_);
-    settings_.disable_constraints = IsSet(disable_constraints_);
+    for (std::size_t i = 0; i < kCheckBoxCount; ++i)
+    {
+        settings_.flags.*kCheckBoxes[i].flag = IsSet(check_boxes_[i]);
+    }
 }
 
 void TEV2_EXPORTER_DIALOG::ReadPosition()

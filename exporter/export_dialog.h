@@ -1,11 +1,15 @@
 #pragma once
 
+#include "exporter/export_context.h"
 #include "exporter/export_settings.h"
+#include "exporter/option_table.h"
+
+#include <array>
 
 namespace tev2_exporter
 {
 
-// The options popup: shown once, modally; fills the caller's options when it is left with "Export".
+/// The options popup: shown once, modally; fills the caller's options when the user presses "Export".
 class TEV2_EXPORTER_DIALOG : public FBPopup
 {
     FBClassDeclare(TEV2_EXPORTER_DIALOG, FBPopup);
@@ -13,13 +17,12 @@ class TEV2_EXPORTER_DIALOG : public FBPopup
 public:
     TEV2_EXPORTER_DIALOG();
 
-    // Shows the popup with the stored settings and the open scene's frames, and returns when it has closed.
-    // `options` then holds what was chosen and the settings are stored, or its `Cancelled` is 1 and nothing
-    // was stored: after "Cancel", after values that make no export (a reversed range, a rate of 0), and when
-    // the window was closed by other means than its buttons.
+    /// Shows the popup with the stored settings and the open scene's frames; returns when it has closed. `options` then
+    /// holds what was chosen and the settings are stored, or `Cancelled` is 1 and nothing was stored: after "Cancel",
+    /// after values that cannot be exported (a reversed range, a rate of 0), and when the window was closed.
     void ShowFor(ExportOptions& options);
 
-    // Lays out the regions, sets up the controls and shows the popup.
+    /// Lays out the regions, sets up the controls and shows the popup.
     virtual bool Show(FBVisualComponent* parent = nullptr);
 
 private:
@@ -30,7 +33,7 @@ private:
     void SetUpSampling();
     void SetUpKeyFrames();
     void SetUpTakes();
-    void SetUpMiscellaneous();
+    void SetUpCheckBoxes();
     void SetUpButtons();
     void ReadControls();
     void ReadPosition();
@@ -58,11 +61,7 @@ private:
     FBLabel end_label_;
     FBButton current_take_;
     FBButton all_takes_;
-    FBButton spaces_to_underscores_;
-    FBButton keep_positive_z_;
-    FBButton remove_namespace_;
-    FBButton asterisk_extension_;
-    FBButton disable_constraints_;
+    std::array<FBButton, kCheckBoxCount> check_boxes_;
     FBButton export_;
     FBButton cancel_;
     ExporterSettings settings_;

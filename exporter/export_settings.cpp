@@ -1,6 +1,8 @@
 #include "exporter/export_settings.h"
 
 #include "exporter/clamped_cast.h"
+#include "exporter/export_context.h"
+#include "exporter/option_table.h"
 #include "exporter/platform/settings_store.h"
 #include "exporter/sampling/take_span.h"
 
@@ -16,34 +18,31 @@ namespace tev2_exporter
 namespace
 {
 
-constexpr const char* kAsteriskExtensionName = "ASTERIX_TV2_EXTENSION_KEY_NAME";
-
-// The stored values in the order in which they are read and written; `visit` is called with name and field.
+/// The stored values in the order in which they are read and written; `visit` is called with name and field.
 template <typename Settings, typename Visit>
 void VisitStoredValues(Settings& settings, Visit&& visit)
 {
     visit("SAMPLING_RADIO_CHOICE_KEY_NAME", settings.sampling_choice);
     visit("KEYFRAME_RADIO_CHOICE_KEY_NAME", settings.key_frame_choice);
-    visit("TAKES_RADIO_CHOICE_KEY_NAME", settings.takes_choice);
-    visit("START_KEY_KEY_NAME", settings.start_key);
-    visit("END_KEY_KEY_NAME", settings.end_key);
-    visit("FPS_KEY_NAME", settings.frame_rate);
-    visit("FILENAME_SPACES_KEY_NAME", settings.spaces_to_underscores);
-    visit("KEEP_POSITIVE_Z_KEY_NAME", settings.keep_positive_z);
-    visit("REMOVE_NAMESPACE_FROM_NAMES_KEY_NAME", settings.remove_namespace);
-    visit(kAsteriskExtensionName, settings.asterisk_extension);
-    visit("DISABLE_CONSTRAINTS_KEY_NAME", settings.disable_constraints);
+    visit(Option("all_takes").key, settings.takes_choice);
+    visit(Option("start_frame").key, settings.start_key);
+    visit(Option("end_frame").key, settings.end_key);
+    visit(Option("fps").key, settings.frame_rate);
+    for (const ExportOption& row : kCheckBoxes)
+    {
+        visit(row.key, settings.flags.*row.flag);
+    }
     visit("DIALOG_POS_X_KEY_NAME", settings.dialog_x);
     visit("DIALOG_POS_Y_KEY_NAME", settings.dialog_y);
 }
 
-// The number a text begins with, after white space; 0 when it begins with none.
+/// The number at the start of a text, after white space; 0 when there is none.
 std::int32_t ParseInteger(const std::string& text)
 {
     return ToInt32(static_cast<double>(std::strtoll(text.c_str(), nullptr, 10)));
 }
 
-// The same with decimals, whose point does not depend on the locale.
+/// The same with decimals; the decimal point does not depend on the locale.
 float ParseRate(const std::string& text)
 {
     const std::size_t start = text.find_first_not_of(" \t\r\n");
@@ -124,7 +123,7 @@ void SaveSettings(const ExporterSettings& settings)
 
 bool WantsAsteriskExtension()
 {
-    const std::optional<std::string> text = platform::SettingsReader().Read(kAsteriskExtensionName);
+    const std::optional<std::string> text = platform::SettingsReader().Read(Option("asterisk_extension").key);
     return !text || ParseInteger(*text) == 1;
 }
 
@@ -135,11 +134,8 @@ ExportOptions FillOptionsFromSettings(const ExporterSettings& settings)
     options.CustomEnd = SecondsOfKey(settings.end_key, settings.transport_rate);
     options.SamplingRate = settings.frame_rate;
     options.UseCustomRange = static_cast<std::uint32_t>(settings.key_frame_choice);
+    SetFlags(options, settings.flags);
     options.AllTakes = static_cast<std::uint32_t>(settings.takes_choice);
-    options.FilenameSpacesToUnderscores = settings.spaces_to_underscores;
-    options.KeepPositiveZ = settings.keep_positive_z;
-    options.RemoveNamespaceFromNames = settings.remove_namespace;
-    options.DisableConstraints = settings.disable_constraints;
     options.Cancelled = options.CustomStart > options.CustomEnd || !(options.SamplingRate > 0.0f);
     return options;
 }

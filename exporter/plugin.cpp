@@ -2,8 +2,11 @@
 
 #include "exporter/export_driver.h"
 #include "exporter/export_tool.h"
+#include "exporter/script_entry.h"
 
 #include <fbsdk/fbsdk.h>
+
+#include <type_traits>
 
 FBLibraryDeclare(tev2_motionbuilder_export_tool)
 {
@@ -49,9 +52,6 @@ bool FBLibrary::LibRelease()
 #define TEV2_EXPORTED __attribute__((visibility("default")))
 #endif
 
-// One export of the open scene without a dialog, for scripts. `path` is the target file; frames count at the
-// transport rate; with `exportAllKeys` the whole take is exported and the frames are ignored. Returns 1 when
-// the run completed, 0 when a conversion failed or memory ran out.
 extern "C" TEV2_EXPORTED unsigned python_export_tv2(const char* path, int startFrame, int endFrame, int fps,
                                                     bool spacesToUnderscores, bool keepPositiveZ,
                                                     bool removeNamespace, bool disableConstraints,
@@ -60,14 +60,23 @@ extern "C" TEV2_EXPORTED unsigned python_export_tv2(const char* path, int startF
     using namespace tev2_exporter;
     try
     {
+        ExportCall call;
+        call.rate = fps;
+        call.whole_take = exportAllKeys;
+        call.start_frame = startFrame;
+        call.end_frame = endFrame;
+        call.flags.spaces_to_underscores = spacesToUnderscores;
+        call.flags.keep_positive_z = keepPositiveZ;
+        call.flags.remove_namespace = removeNamespace;
+        call.flags.disable_constraints = disableConstraints;
+        call.flags.all_takes = allTakes;
         ExportContext context;
-        const ExportOptions options =
-            FillOptionsFromScript(context, {startFrame, endFrame, fps, spacesToUnderscores, keepPositiveZ,
-                                            removeNamespace, disableConstraints, exportAllKeys, allTakes});
-        return ExportScene(context, options, path);
+        return ExportScene(context, FillOptionsFromScript(context, call), path);
     }
     catch (...) // nothing may be thrown into the script's interpreter
     {
         return 0;
     }
 }
+
+static_assert(std::is_convertible_v<decltype(&python_export_tv2), tev2_exporter::ScriptEntry*>);

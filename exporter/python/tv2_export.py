@@ -13,14 +13,14 @@ Anywhere, with the headless host:
     print(files, files.rate, files.notes)
 
 export() returns the paths of the files it wrote and raises ExportError for anything else. plan() says beforehand what
-export() would do. Runs in Python 2.7, which MotionBuilder 2017 has, and in Python 3.
+export() would do. Works in Python 2.7, which MotionBuilder 2017 has, and in Python 3.
 
-Every rule about what can be exported is in the module tv2_export_rules beside this file, which the command goes by too.
+Options and rules come from the module tv2_export_rules beside this file, which the command uses too.
 
-Text may be given as bytes or as unicode; the exporter takes bytes as they are. On Windows unicode goes through the
-ANSI code page, and what has no place in it is refused. The name of a take always comes in the bytes of the scene, so
-on Windows a take whose name is not ASCII gives a file whose name is those bytes read in the ANSI code page. Elsewhere
-unicode is UTF-8 or what the locale says.
+Text may be bytes or unicode; the exporter takes bytes as they are. On Windows unicode is converted to the ANSI code
+page, and characters that it lacks are refused. Names of takes always come in the bytes of the scene, so on Windows a
+take whose name is not ASCII gives a file whose name is those bytes read in the ANSI code page. Elsewhere unicode is
+UTF-8 or what the locale says.
 """
 
 import collections
@@ -32,8 +32,8 @@ import struct
 import sys
 import time
 
-__all__ = ["ExportError", "Files", "Model", "Plan", "Take", "export", "models", "open_scene", "plan", "scene_rate",
-           "take_names", "takes"]
+__all__ = ["ExportError", "Files", "Model", "Option", "Plan", "Take", "export", "models", "open_scene", "options",
+           "plan", "scene_rate", "take_names", "takes"]
 
 _WINDOWS = os.name == "nt"
 _FOLDER = os.path.dirname(os.path.abspath(__file__))
@@ -41,7 +41,6 @@ _SUFFIX = u".dll" if _WINDOWS else u".so"
 _MODULE = u"tv2_motionbuilder_export_tool" + _SUFFIX
 _RULES = u"tv2_export_rules" + _SUFFIX
 _HOST = "mobu_host.dll" if _WINDOWS else "libmobu_host.so"
-_ENTRY = "python_export_tv2"
 
 _ENCODING = "mbcs" if _WINDOWS else sys.getfilesystemencoding() or "utf-8"
 _ERRORS = "strict" if _WINDOWS or str is bytes else "surrogateescape"
@@ -64,15 +63,21 @@ class Model(collections.namedtuple("Model", "name parent selected camera")):
     __slots__ = ()
 
 
+class Option(collections.namedtuple("Option", "name default help")):
+    """A keyword of export() that is True or False."""
+
+    __slots__ = ()
+
+
 class Plan(collections.namedtuple("Plan", "files rate notes")):
-    """What export() would do: the files, the samples a second, and a list of what is rounded, cut or left out."""
+    """What export() would do: the files, the samples per second, and notes on what is rounded, cut or left out."""
 
     __slots__ = ()
 
 
 class ExportError(Exception):
-    """Why an export was refused, or what went wrong. `written` lists the files that are whole all the same; `code` is
-    the code of the rule that objected, None for other causes."""
+    """Why an export was refused, or what went wrong. `written` lists the files that are complete nevertheless; `code`
+    names the rule that was violated, None for other causes."""
 
     def __init__(self, message, written=(), code=None):
         Exception.__init__(self, message)
@@ -81,7 +86,7 @@ class ExportError(Exception):
 
 
 class Files(list):
-    """The paths of the files written; `rate` is the samples a second, `notes` say what was rounded, cut or left out."""
+    """The paths of the files written. `rate` is in samples per second, `notes` say what was rounded or left out."""
 
     def __init__(self, files, rate, notes):
         list.__init__(self, files)
@@ -89,42 +94,36 @@ class Files(list):
         self.notes = notes
 
 
-def export(path, start_frame=None, end_frame=None, fps=None, spaces_to_underscores=True, keep_positive_z=True,
-           remove_namespace=True, disable_constraints=False, all_takes=False, plugin=None, progress=None):
+def export(path, start_frame=None, end_frame=None, fps=None, plugin=None, progress=None, **flags):
     """Exports the selected models, or the whole scene when nothing is selected. Returns the files written, as Files.
 
-    path                   ends in ".tv2". All takes go to "<path without .tv2>_<take>.tv2"; a bare ".tv2" as the name
-                           of the file stands for "<take>.tv2". No path may have more than 260 bytes.
-    start_frame, end_frame in frames of the scene's transport rate, clamped to the take. None is the take's own end.
-    fps                    samples a second: a number, a Fraction, or the text "30000/1001", "pal" (50), "ntsc" (59.94),
-                           "film" (24) or "scene". None is the scene's transport rate. In MotionBuilder whole numbers
-                           alone: a fractional rate needs "Custom FPS" in the dialog of the export menu.
-    spaces_to_underscores  in the names of the files, not of their folder.
-    keep_positive_z        half a turn about Y on the whole hierarchy.
-    remove_namespace       "ns:Hips" becomes "Hips".
-    disable_constraints    constraints are inactive while sampling.
-    all_takes              a file for every take instead of the current one alone.
-    plugin                 the module to export with instead of the one that is loaded or beside this file.
-    progress               with the headless host: called now and then as progress(file, part), part going from 0 to 1
-                           for each file. What it raises stops the export and comes out of export(), as ctrl-C does;
-                           files that were not written by then stay as they were.
+    path         ends in ".tv2". All takes go to "<path without .tv2>_<take>.tv2"; a bare ".tv2" as the name of the file
+                 stands for "<take>.tv2". No path may have more than 260 bytes.
+    start_frame, end_frame
+                 in frames of the scene's transport rate, clamped to the take. None is the take's own end.
+    fps          samples per second: a number, a Fraction, or the text "30000/1001", "pal" (50), "ntsc" (59.94), "film"
+                 (24) or "scene". None is the scene's transport rate. MotionBuilder takes only whole numbers: a
+                 fractional rate needs "Custom FPS" in the dialog of the export menu.
+    plugin       the module to export with, instead of the one that is loaded or beside this file.
+    progress     with the headless host: called now and then as progress(file, part), with part from 0 to 1 for each
+                 file. An exception in it stops the export and is passed on, as ctrl-C is; files that were not written
+                 by then stay unchanged.
+    flags        spaces_to_underscores, keep_positive_z, remove_namespace, disable_constraints and all_takes, each True
+                 or False; options() says what they do and what their defaults are.
 
     Raises ExportError before anything is written for arguments of the wrong type, for a plug-in that cannot be loaded,
-    and for whatever the rules object to, with the rule's `code`: a rate out of range, a range outside a take, takes
-    that would share a file, a missing folder, a target that is the scene or not a file, and so on. Afterwards it raises
+    and for whatever violates a rule, with the rule's `code`: a rate out of range, a range outside a take, takes that
+    would share a file, a missing folder, a target that is the scene or not a file, and so on. Afterwards it raises
     ExportError when the exporter gave up, or when a file is missing, was not touched or is incomplete. Where a file is
     read-only, the exporter asks; a file that is kept is an error too.
     """
-    flags = [_flag("spaces_to_underscores", spaces_to_underscores), _flag("keep_positive_z", keep_positive_z),
-             _flag("remove_namespace", remove_namespace), _flag("disable_constraints", disable_constraints),
-             _flag("all_takes", all_takes)]
-    rules = _check(path, start_frame, end_frame, fps, spaces_to_underscores, all_takes)
+    rules = _check(path, start_frame, end_frame, fps, flags)
     run = _exporter(plugin, rules, progress)
 
     files = [_native(name) for name in rules.files]
     before = dict((name, _stamp(name)) for name in files)
     _let_the_clock_move_on(before.values())
-    reason = run(*flags)
+    reason = run()
 
     complaints = [(name, _complaint(name, before[name])) for name in files]
     written = [name for name, complaint in complaints if not complaint]
@@ -136,19 +135,27 @@ def export(path, start_frame=None, end_frame=None, fps=None, spaces_to_underscor
     return Files(written, rules.rate, rules.notes)
 
 
-def plan(path, start_frame=None, end_frame=None, fps=None, spaces_to_underscores=True, all_takes=False):
+def plan(path, start_frame=None, end_frame=None, fps=None, **flags):
     """What export() would do with these arguments, as a Plan. Raises ExportError where export() would refuse."""
-    rules = _check(path, start_frame, end_frame, fps, spaces_to_underscores, all_takes)
+    rules = _check(path, start_frame, end_frame, fps, flags)
     return Plan([_native(name) for name in rules.files], rules.rate, rules.notes)
+
+
+def options():
+    """The keywords of export() that are True or False, as a list of Option."""
+    rules = _load_rules()
+    rows = [rules.tv2_rules_option_at(index) for index in range(rules.tv2_rules_option_count())]
+    return [Option(_native(row.name), bool(row.default_on), _native(row.help))
+            for row in rows if row.is_flag and row.help is not None]
 
 
 def open_scene(path, take=None, select=(), scene_rate=None):
     """Opens a scene file (FBX, BVH, glTF, Collada) in the headless host, in place of the scene that was open.
 
-    The take of that name is then current; without a name the one that was open when an FBX scene was saved, and the
-    first of other scenes. The models of these long names are selected. `scene_rate` is the transport rate in frames a
-    second; without it the one that the file states or that fits its keys.
-    Returns what the file holds and the scene does not, or holds differently, a line each. Raises ExportError.
+    The take of that name becomes current; without a name the one that was current when an FBX scene was saved, and the
+    first of other scenes. The models with these long names are selected. `scene_rate` is the transport rate in frames
+    per second; without it the one that the file states or that fits its keys.
+    Returns notes on what the file holds and the scene does not, or holds differently. Raises ExportError.
     """
     host = _load_host()
     if host is None:
@@ -156,7 +163,7 @@ def open_scene(path, take=None, select=(), scene_rate=None):
     text = ctypes.create_string_buffer(1 << 16)
     if scene_rate is not None and (isinstance(scene_rate, bool) or not isinstance(scene_rate, numbers.Real) or
                                    not 0 < scene_rate <= 1e6):
-        raise ExportError("scene_rate is no rate above 0 and up to 1,000,000: %r" % (scene_rate,))
+        raise ExportError("scene_rate is not a rate above 0 and up to 1,000,000: %r" % (scene_rate,))
     if not host.mobu_host_open_scene_at(_encoded(path, "the scene"), float(scene_rate or 0), text, len(text)):
         raise ExportError(_native(text.value))
     if take is not None:
@@ -211,7 +218,7 @@ def scene_rate():
 
 
 def _encoded(text, what):
-    """The bytes that stand for a text."""
+    """The bytes of a text."""
     if hasattr(text, "__fspath__"):
         text = text.__fspath__()
     if isinstance(text, type(u"")):
@@ -225,14 +232,14 @@ def _encoded(text, what):
     elif isinstance(text, bytes):
         encoded = text
     else:
-        raise ExportError("%s is no text but %r" % (what, text))
+        raise ExportError("%s is not text: %r" % (what, text))
     if b"\0" in encoded:
-        raise ExportError("%s %r holds a zero byte" % (what, text))
+        raise ExportError("%s %r has a zero byte" % (what, text))
     return encoded
 
 
 def _native(encoded):
-    """The text of Python's own kind, str, that stands for these bytes."""
+    """These bytes as str, the text of this version of Python."""
     return encoded if str is bytes else encoded.decode(_ENCODING, "replace" if _WINDOWS else _ERRORS)
 
 
@@ -246,14 +253,21 @@ def _int32(name, value):
     except TypeError:
         number = None
     if number is None or not _INT32_MIN <= number <= _INT32_MAX:
-        raise ExportError("%s is no whole number of 32 bits: %r" % (name, value))
+        raise ExportError("%s is not a 32-bit integer: %r" % (name, value))
     return number
 
 
-def _flag(name, value):
-    if not isinstance(value, bool):
-        raise ExportError("%s is neither True nor False: %r" % (name, value))
-    return value
+def _flags(given):
+    """The flags with their defaults, in the order of options()."""
+    known = options()
+    unknown = set(given) - set(option.name for option in known)
+    if unknown:
+        raise TypeError("export() got an unexpected keyword argument %r" % sorted(unknown)[0])
+    flags = collections.OrderedDict((option.name, given.get(option.name, option.default)) for option in known)
+    for name, value in flags.items():
+        if not isinstance(value, bool):
+            raise ExportError("%s is neither True nor False: %r" % (name, value))
+    return flags
 
 
 def _rate_text(fps):
@@ -266,7 +280,7 @@ def _rate_text(fps):
         if isinstance(fps, numbers.Rational):
             return ("%d/%d" % (fps.numerator, fps.denominator) if fps.denominator != 1 else "%d" % fps).encode("ascii")
         return repr(float(fps)).encode("ascii")
-    raise ExportError("fps is no rate: %r" % (fps,))
+    raise ExportError("fps is not a rate: %r" % (fps,))
 
 
 def _frame(name, value):
@@ -277,7 +291,7 @@ def _frame(name, value):
 
 
 class _HostScene(object):
-    """What is open in the headless host. Names are bytes, times seconds."""
+    """What is open in the headless host. Names are bytes, times are in seconds."""
 
     def __init__(self, host):
         self._host = host
@@ -364,7 +378,7 @@ def _scene():
 def _known_scene():
     scene = _scene()
     if scene is None:
-        raise ExportError("neither MotionBuilder (pyfbsdk) nor the headless host is there to ask about the scene")
+        raise ExportError("neither MotionBuilder (pyfbsdk) nor the headless host is available to ask about the scene")
     return scene
 
 
@@ -377,6 +391,9 @@ class _RulesTake(ctypes.Structure):
 
 class _RulesModel(ctypes.Structure):
     _fields_ = [("parent", ctypes.c_int32), ("selected", ctypes.c_int32), ("camera", ctypes.c_int32)]
+
+
+_HostModel = _RulesModel  # the same members
 
 
 class _RulesRequest(ctypes.Structure):
@@ -396,43 +413,63 @@ class _RulesFile(ctypes.Structure):
                 ("end", ctypes.c_double)]
 
 
+class _RulesOption(ctypes.Structure):
+    _fields_ = [("name", ctypes.c_char_p), ("help", ctypes.c_char_p), ("is_flag", ctypes.c_int32),
+                ("default_on", ctypes.c_int32)]
+
+
 _Checked = collections.namedtuple(
-    "_Checked", "path path_for_exporter start_frame end_frame whole_take rate files spans notes")
+    "_Checked", "path path_for_exporter start_frame end_frame whole_take flags rate files spans notes")
+
+# Result and arguments of the functions of a library. Those with results and arguments of type int need no row.
+_TEXT, _INT, _SIZE, _DOUBLE = ctypes.c_char_p, ctypes.c_int32, ctypes.c_size_t, ctypes.c_double
+_PLAN = ctypes.c_void_p
+_RULES_FUNCTIONS = {
+    "tv2_rules_check": (_PLAN, ctypes.POINTER(_RulesRequest)),
+    "tv2_rules_free": (None, _PLAN),
+    "tv2_rules_objection": (_TEXT, _PLAN),
+    "tv2_rules_objection_code": (_TEXT, _PLAN),
+    "tv2_rules_path_for_exporter": (_TEXT, _PLAN),
+    "tv2_rules_rate": (_DOUBLE, _PLAN),
+    "tv2_rules_start_frame": (_INT, _PLAN),
+    "tv2_rules_end_frame": (_INT, _PLAN),
+    "tv2_rules_whole_take": (_INT, _PLAN),
+    "tv2_rules_file_count": (_SIZE, _PLAN),
+    "tv2_rules_file_at": (_RulesFile, _PLAN, _SIZE),
+    "tv2_rules_note_count": (_SIZE, _PLAN),
+    "tv2_rules_note": (_TEXT, _PLAN, _SIZE),
+    "tv2_rules_frame_at": (_INT, _DOUBLE, _DOUBLE),
+    "tv2_rules_option_count": (_SIZE,),
+    "tv2_rules_option_at": (_RulesOption, _SIZE),
+    "tv2_rules_script_entry": (_TEXT,),
+}
+
+
+def _declare(library, functions):
+    for name, types in functions.items():
+        function = getattr(library, name)
+        function.restype, function.argtypes = types[0], types[1:]
+    return library
 
 
 def _load_rules():
     path = os.path.join(_FOLDER, _RULES)
     if not os.path.exists(path):
-        raise ExportError("the rules of exports are not installed: there is no %s" % path)
+        raise ExportError("the rules are not installed: there is no %s" % path)
     try:
         rules = ctypes.CDLL(path)
     except OSError as error:
-        raise ExportError("the rules of exports cannot be loaded: %s" % error)
-    plan_functions = {"objection": ctypes.c_char_p, "objection_code": ctypes.c_char_p,
-                      "path_for_exporter": ctypes.c_char_p, "rate": ctypes.c_double,
-                      "start_frame": ctypes.c_int32, "end_frame": ctypes.c_int32, "whole_take": ctypes.c_int32,
-                      "file_count": ctypes.c_size_t, "note_count": ctypes.c_size_t, "free": None}
-    for name, result in plan_functions.items():
-        function = getattr(rules, "tv2_rules_" + name)
-        function.argtypes, function.restype = [ctypes.c_void_p], result
-    rules.tv2_rules_check.argtypes = [ctypes.POINTER(_RulesRequest)]
-    rules.tv2_rules_check.restype = ctypes.c_void_p
-    rules.tv2_rules_file_at.argtypes = [ctypes.c_void_p, ctypes.c_size_t]
-    rules.tv2_rules_file_at.restype = _RulesFile
-    rules.tv2_rules_note.argtypes = [ctypes.c_void_p, ctypes.c_size_t]
-    rules.tv2_rules_note.restype = ctypes.c_char_p
-    rules.tv2_rules_frame_at.argtypes = [ctypes.c_double, ctypes.c_double]
-    rules.tv2_rules_frame_at.restype = ctypes.c_int32
-    return rules
+        raise ExportError("the rules cannot be loaded: %s" % error)
+    return _declare(rules, _RULES_FUNCTIONS)
 
 
-def _check(path, start_frame, end_frame, fps, spaces_to_underscores, all_takes):
-    """What the rules say about an export of the open scene; raises what they object to."""
+def _check(path, start_frame, end_frame, fps, given_flags):
+    """What the rules say about an export of the open scene; raises ExportError for what they refuse."""
     start, end = _frame("start_frame", start_frame), _frame("end_frame", end_frame)
     path = _encoded(path, "the path")
+    flags = _flags(given_flags)
     request = _RulesRequest(size=ctypes.sizeof(_RulesRequest), path=path, rate=_rate_text(fps), python_wording=1,
-                            spaces_to_underscores=_flag("spaces_to_underscores", spaces_to_underscores),
-                            all_takes=_flag("all_takes", all_takes),
+                            spaces_to_underscores=flags["spaces_to_underscores"], all_takes=flags["all_takes"],
                             start_frame=None if start is None else ctypes.pointer(start),
                             end_frame=None if end is None else ctypes.pointer(end))
     rules = _load_rules()
@@ -450,7 +487,7 @@ def _check(path, start_frame, end_frame, fps, spaces_to_underscores, all_takes):
     request.file_count = len(files)
     checked = rules.tv2_rules_check(request)
     if not checked:
-        raise ExportError("the rules of exports cannot be applied: %s belongs to another version, or memory ran out" %
+        raise ExportError("the rules cannot be applied: %s is of another version, or memory ran out" %
                           _RULES)
     try:
         objection = rules.tv2_rules_objection(checked)
@@ -459,7 +496,7 @@ def _check(path, start_frame, end_frame, fps, spaces_to_underscores, all_takes):
         planned = [rules.tv2_rules_file_at(checked, index) for index in range(rules.tv2_rules_file_count(checked))]
         return _Checked(path, rules.tv2_rules_path_for_exporter(checked), rules.tv2_rules_start_frame(checked),
                         rules.tv2_rules_end_frame(checked), bool(rules.tv2_rules_whole_take(checked)),
-                        rules.tv2_rules_rate(checked),
+                        list(flags.values()), rules.tv2_rules_rate(checked),
                         [file.path for file in planned],
                         dict((file.take, (_native(file.path), file.start, file.end)) for file in planned),
                         [_native(rules.tv2_rules_note(checked, index))
@@ -472,52 +509,65 @@ def _check(path, start_frame, end_frame, fps, spaces_to_underscores, all_takes):
 
 
 def _exporter(plugin, rules, progress):
-    """The function that exports; it takes the flags and returns what went wrong, or nothing."""
+    """The function that exports; it returns what went wrong, or an empty text."""
     if isinstance(_known_scene(), _HostScene):
-        return lambda *flags: _run_in_host(_plugin_path(plugin), rules, progress, *flags)
+        return lambda: _run_in_host(_plugin_path(plugin), rules, progress)
     if progress is not None:
-        raise ExportError("progress is there with the headless host alone")
+        raise ExportError("progress works with the headless host alone")
     entry = _load_entry(plugin)
 
-    def run(underscores, positive_z, remove_namespace, disable_constraints, all_takes):
-        done = entry(rules.path, rules.start_frame, rules.end_frame, int(rules.rate), underscores, positive_z,
-                     remove_namespace, disable_constraints, rules.whole_take, all_takes)
+    def run():
+        arguments = rules.flags[:-1] + [rules.whole_take] + rules.flags[-1:]  # all takes come last
+        done = entry(rules.path, rules.start_frame, rules.end_frame, int(rules.rate), *arguments)
         return "" if done == 1 else "the exporter gave up"
 
     return run
 
 
-class _HostCall(ctypes.Structure):
-    _fields_ = [("size", ctypes.c_size_t), ("plugin", ctypes.c_char_p), ("path", ctypes.c_char_p),
-                ("rate", ctypes.c_double)] + [(name, ctypes.c_int32) for name in (
-                    "whole_take", "start_frame", "end_frame", "spaces_to_underscores", "keep_positive_z",
-                    "remove_namespace", "disable_constraints", "all_takes")]
+def _host_call(plugin, rules):
+    """The call of mobu_host_export; its last members are the flags."""
+    class Call(ctypes.Structure):
+        _fields_ = [("size", _SIZE), ("plugin", _TEXT), ("path", _TEXT), ("rate", _DOUBLE), ("whole_take", _INT),
+                    ("start_frame", _INT), ("end_frame", _INT), ("flags", _INT * len(rules.flags))]
 
-
-class _HostModel(ctypes.Structure):
-    _fields_ = [("parent", ctypes.c_int32), ("selected", ctypes.c_int32), ("camera", ctypes.c_int32)]
+    return Call(ctypes.sizeof(Call), plugin, rules.path_for_exporter, rules.rate, rules.whole_take, rules.start_frame,
+                rules.end_frame, tuple(rules.flags))
 
 
 _HostProgress = ctypes.PYFUNCTYPE(ctypes.c_int, ctypes.c_int, ctypes.c_double, ctypes.c_void_p)
 
 
-def _run_in_host(plugin, rules, progress, underscores, positive_z, remove_namespace, disable_constraints, all_takes):
+_HOST_FUNCTIONS = {
+    "mobu_host_open_scene_at": (_INT, _TEXT, _DOUBLE, _TEXT, _SIZE),
+    "mobu_host_take_name": (_INT, _INT, _TEXT, _SIZE),
+    "mobu_host_take_span": (_INT, _INT, ctypes.POINTER(_DOUBLE), ctypes.POINTER(_DOUBLE)),
+    "mobu_host_transport_rate": (_DOUBLE,),
+    "mobu_host_scene_file": (_INT, _INT, _TEXT, _SIZE),
+    "mobu_host_model_at": (_INT, _INT, ctypes.POINTER(_HostModel)),
+    "mobu_host_model_name": (_INT, _INT, _TEXT, _SIZE),
+    "mobu_host_select_model": (_INT, _TEXT),
+    "mobu_host_suggest_take": (None, _TEXT, _TEXT, _SIZE),
+    "mobu_host_suggest_model": (None, _TEXT, _TEXT, _SIZE),
+    "mobu_host_export": (_INT, ctypes.c_void_p, _HostProgress, ctypes.c_void_p, _TEXT, _SIZE),
+}
+
+
+def _run_in_host(plugin, rules, progress):
     raised = []
 
     def report(take, seconds, _):
-        """Runs in the middle of the export; ctrl-C arrives here, since Python has its turn here alone."""
+        """Called during the export. Ctrl-C arrives here, where Python code runs."""
         try:
             if progress is not None and take in rules.spans:
                 name, start, end = rules.spans[take]
                 progress(name, min(max((seconds - start) / (end - start), 0.0), 1.0) if end > start else 1.0)
-        except BaseException:  # whatever it is, it stops the export and goes on to the caller
+        except BaseException:  # anything stops the export and is passed to the caller
             raised.append(sys.exc_info())
         return not raised
 
-    call = _HostCall(ctypes.sizeof(_HostCall), plugin, rules.path_for_exporter, rules.rate, rules.whole_take,
-                     rules.start_frame, rules.end_frame, underscores, positive_z, remove_namespace, disable_constraints, all_takes)
+    call = _host_call(plugin, rules)
     text = ctypes.create_string_buffer(1 << 12)
-    done = _load_host().mobu_host_export(call, _HostProgress(report), None, text, len(text))
+    done = _load_host().mobu_host_export(ctypes.byref(call), _HostProgress(report), None, text, len(text))
     if raised:
         raise raised[0][1]
     if done < 0:
@@ -536,22 +586,23 @@ def _plugin_path(plugin):
 
 def _load_entry(plugin):
     """The script entry of the plug-in that MotionBuilder has loaded, or of another one."""
+    name = _native(_load_rules().tv2_rules_script_entry())
     handle = _loaded_module(_MODULE) if plugin is None else None
     plugin = _MODULE if handle else _native(_plugin_path(plugin))
     try:
-        # Python stays locked during the call: the scene is nothing for two threads.
-        entry = getattr(ctypes.PyDLL(plugin, handle=handle), _ENTRY)
+        # PyDLL keeps the interpreter locked: two threads cannot work on the scene.
+        entry = getattr(ctypes.PyDLL(plugin, handle=handle), name)
     except OSError as error:
         raise ExportError("the plug-in %s cannot be loaded: %s" % (plugin, error))
     except AttributeError:
-        raise ExportError("%s is no exporter: it has no %s" % (plugin, _ENTRY))
+        raise ExportError("%s is no exporter: it has no %s" % (plugin, name))
     entry.argtypes = [ctypes.c_char_p] + [ctypes.c_int32] * 3 + [ctypes.c_bool] * 6
     entry.restype = ctypes.c_uint32
     return entry
 
 
 def _loaded_module(name):
-    """The handle of a module that the application has loaded; None on systems where a name does not tell."""
+    """The handle of a module that the application has loaded; None on systems that cannot find it by name."""
     if not _WINDOWS:
         return None
     find = ctypes.WinDLL("kernel32").GetModuleHandleW
@@ -567,24 +618,10 @@ def _load_host():
         path = os.path.join(folder, _HOST)
         if os.path.exists(path):
             try:
-                host = ctypes.PyDLL(path)  # Python stays locked: the scene is nothing for two threads
+                host = ctypes.PyDLL(path)
             except OSError as error:
                 raise ExportError("the headless host cannot be loaded: %s" % error)
-            text, number = ctypes.c_char_p, ctypes.c_int
-            host.mobu_host_open_scene_at.argtypes = [text, ctypes.c_double, text, ctypes.c_size_t]
-            host.mobu_host_take_name.argtypes = [number, text, ctypes.c_size_t]
-            host.mobu_host_take_span.argtypes = [number, ctypes.POINTER(ctypes.c_double),
-                                                 ctypes.POINTER(ctypes.c_double)]
-            host.mobu_host_transport_rate.restype = ctypes.c_double
-            host.mobu_host_scene_file.argtypes = [number, text, ctypes.c_size_t]
-            host.mobu_host_model_at.argtypes = [number, ctypes.POINTER(_HostModel)]
-            host.mobu_host_model_name.argtypes = [number, text, ctypes.c_size_t]
-            host.mobu_host_select_model.argtypes = [text]
-            host.mobu_host_suggest_take.argtypes = [text, text, ctypes.c_size_t]
-            host.mobu_host_suggest_model.argtypes = [text, text, ctypes.c_size_t]
-            host.mobu_host_export.argtypes = [ctypes.POINTER(_HostCall), _HostProgress, ctypes.c_void_p, text,
-                                              ctypes.c_size_t]
-            return host
+            return _declare(host, _HOST_FUNCTIONS)
     return None
 
 
@@ -601,7 +638,7 @@ def _stamp(path):
 
 
 def _let_the_clock_move_on(stamps):
-    """A file that was written just now could not be told from one that is written next."""
+    """Waits until the time stamp of a file written now differs from that of a file written before."""
     newest = max([stamp[0] for stamp in stamps if stamp] or [0])
     while abs(time.time() - newest) < _CLOCK_STEP:
         time.sleep(_CLOCK_STEP)
@@ -622,11 +659,11 @@ def _complaint(path, before):
             start, end = _time_range(stream)
     except (IOError, OSError, struct.error) as error:
         return "cannot be read back: %s" % error
-    return "" if start <= end else "is of no use: %g to %g s, the frames are outside the take" % (start, end)
+    return "" if start <= end else "has no range: %g to %g s, the frames are outside the take" % (start, end)
 
 
 def _time_range(stream):
-    """The seconds where the file starts and ends: the first that its environment holds. Stands behind the magic."""
+    """The start and end of the file in seconds, from its environment chunk. The stream is after the magic."""
     while True:
         size, chunk = struct.unpack("<II", stream.read(8))
         if chunk == _ENVIRONMENT:

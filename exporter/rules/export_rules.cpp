@@ -1,18 +1,20 @@
 #include "exporter/rules/export_rules.h"
 
+#include "exporter/option_table.h"
 #include "exporter/rules/rules.h"
+#include "exporter/script_entry.h"
 
-#include <algorithm>
+#include <iterator>
 
 struct tv2_rules_plan
 {
-    tev2_exporter::RulesPlan plan;
+    tev2_exporter::ExportPlan plan;
 };
+
+using namespace tev2_exporter;
 
 namespace
 {
-
-using namespace tev2_exporter;
 
 std::string Text(const char* text)
 {
@@ -31,8 +33,8 @@ ExportQuestion QuestionOf(const tv2_rules_request& request)
     question.rate = Text(request.rate);
     question.start_frame = Frame(request.start_frame);
     question.end_frame = Frame(request.end_frame);
-    question.all_takes = request.all_takes != 0;
-    question.spaces_to_underscores = request.spaces_to_underscores != 0;
+    question.flags.all_takes = request.all_takes != 0;
+    question.flags.spaces_to_underscores = request.spaces_to_underscores != 0;
     question.whole_rates_only = request.whole_rates_only != 0;
     question.wording = request.python_wording != 0 ? ExportQuestion::Wording::kPython
                                                    : ExportQuestion::Wording::kCommandLine;
@@ -105,27 +107,27 @@ const char* tv2_rules_objection_code(const tv2_rules_plan* plan)
 
 double tv2_rules_rate(const tv2_rules_plan* plan)
 {
-    return plan->plan.rate;
+    return plan->plan.call.rate;
 }
 
 const char* tv2_rules_path_for_exporter(const tv2_rules_plan* plan)
 {
-    return plan->plan.path_for_exporter.c_str();
+    return plan->plan.call.path.c_str();
 }
 
 int32_t tv2_rules_start_frame(const tv2_rules_plan* plan)
 {
-    return plan->plan.start_frame;
+    return plan->plan.call.start_frame;
 }
 
 int32_t tv2_rules_end_frame(const tv2_rules_plan* plan)
 {
-    return plan->plan.end_frame;
+    return plan->plan.call.end_frame;
 }
 
 int32_t tv2_rules_whole_take(const tv2_rules_plan* plan)
 {
-    return plan->plan.whole_take ? 1 : 0;
+    return plan->plan.call.whole_take ? 1 : 0;
 }
 
 size_t tv2_rules_file_count(const tv2_rules_plan* plan)
@@ -157,4 +159,24 @@ const char* tv2_rules_note(const tv2_rules_plan* plan, size_t index)
 int32_t tv2_rules_frame_at(double seconds, double transport_rate)
 {
     return FrameAt(seconds, transport_rate);
+}
+
+size_t tv2_rules_option_count(void)
+{
+    return std::size(kExportOptions);
+}
+
+tv2_rules_option tv2_rules_option_at(size_t index)
+{
+    if (index >= std::size(kExportOptions))
+    {
+        return {};
+    }
+    const ExportOption& row = kExportOptions[index];
+    return {row.name, row.help, row.flag != nullptr, row.flag != nullptr && ExportFlags{}.*row.flag};
+}
+
+const char* tv2_rules_script_entry(void)
+{
+    return kScriptEntryName;
 }

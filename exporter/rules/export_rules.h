@@ -86,8 +86,8 @@ typedef struct tv2_rules_plan tv2_rules_plan;
 TV2_RULES_API tv2_rules_plan* tv2_rules_check(const tv2_rules_request* request);
 TV2_RULES_API void tv2_rules_free(tv2_rules_plan* plan);
 
-// Why the export is refused: a text for people, and a code that never changes ("same-file"). Null: it can start, and the
-// rest of the plan counts.
+// Why the export is refused: a text for people, and a code that never changes ("same-file"). Null: it can start, and
+// the rest of the plan is complete.
 TV2_RULES_API const char* tv2_rules_objection(const tv2_rules_plan* plan);
 TV2_RULES_API const char* tv2_rules_objection_code(const tv2_rules_plan* plan);
 
@@ -111,3 +111,18 @@ TV2_RULES_API const char* tv2_rules_note(const tv2_rules_plan* plan, size_t inde
 
 // Whole transport frame of a time in seconds, as the exporter counts.
 TV2_RULES_API int32_t tv2_rules_frame_at(double seconds, double transport_rate);
+
+// The options of an export, each with the name of its argument in Python.
+typedef struct tv2_rules_option
+{
+    const char* name;
+    const char* help;   // null: only the dialog has it
+    int32_t is_flag;    // on or off; otherwise a value
+    int32_t default_on; // of a flag
+} tv2_rules_option;
+
+TV2_RULES_API size_t tv2_rules_option_count(void);
+TV2_RULES_API tv2_rules_option tv2_rules_option_at(size_t index);
+
+// The name of the exporter's script entry.
+TV2_RULES_API const char* tv2_rules_script_entry(void);

@@ -38,9 +38,9 @@ int ObstacleToWriting(const std::string& path);
 int ErrnoOfLastError();
 #endif
 
-/// Upper case of every letter of a path, for comparing names that a file system does not tell apart by case; for nothing
-/// else, since it may be in another encoding. Bytes that are no text of the system's encoding stay as they are, or become
-/// what the system opens in their place.
+/// The path in upper case, for comparing names on file systems that ignore case. Use it for nothing else, since it may
+/// be in another encoding. Bytes that are not text in the system's encoding are unchanged, or become what the system
+/// opens in their place.
 std::string FoldCase(const std::string& path);
 
 /// Files of one folder whose names differ in case alone are the same file on this system.

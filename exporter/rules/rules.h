@@ -1,8 +1,9 @@
 #pragma once
 
-// What an export would do, and the first reason not to start it. One table of rules for everything that starts exports
-// without the dialog; it looks at the files that are there and changes none.
+// What an export would do, and the first reason not to start it: one table of rules for all that starts exports without
+// the dialog. Reads files and folders, changes none.
 
+#include "exporter/export_options.h"
 #include "exporter/sampling/sampling_range.h"
 
 #include <cstddef>
@@ -34,9 +35,8 @@ struct ExportQuestion
     std::string rate;                        ///< as RateOfText reads it; empty: the scene's
     std::optional<std::int32_t> start_frame; ///< frames of the transport rate; none: the take's own ends
     std::optional<std::int32_t> end_frame;
-    bool all_takes = false;
-    bool spaces_to_underscores = true;
-    bool whole_rates_only = false; ///< there is no other way into the exporter than its script entry
+    ExportFlags flags;
+    bool whole_rates_only = false; ///< the exporter can only be reached through its script entry
     Wording wording = Wording::kCommandLine;
     FileNames file_names = FileNames::kOfThisSystem;
 };
@@ -78,44 +78,40 @@ struct Objection
 struct FilePlan
 {
     std::size_t take = 0; ///< index in the scene
+    std::string take_name;
     std::string path;
+    std::string named; ///< the same file as the exporter names it: from the path of the call
     SamplingRange range;
 };
 
-struct RulesPlan
+struct ExportPlan
 {
-    Objection objection;          ///< what follows is complete only when there is none
-    double rate = 0.0;            ///< samples a second as asked for; a file has it in single precision
-    std::int32_t start_frame = 0; ///< range as the script entry takes it; without effect for the whole take
-    std::int32_t end_frame = 0;
-    bool whole_take = true;
+    Objection objection;   ///< the rest is complete only when there is none
+    ExportCall call;       ///< what to start the exporter with
     std::size_t nodes = 0; ///< in each file
     std::size_t cameras = 0;
-    std::string path_for_exporter;  ///< as of PathForExporter
     std::vector<FilePlan> files;    ///< in the order of the takes
     std::vector<std::string> notes; ///< what was rounded, cut or left out, one line each
 };
 
 /// Applies the rules in order until one objects. Without a scene only those apply that need none.
-RulesPlan PlanExport(const ExportQuestion& question, const SceneFacts* scene);
+ExportPlan PlanExport(const ExportQuestion& question, const SceneFacts* scene);
+
+/// The plan of an export that the dialog has started, with the choices it was left with. Only the rules about sampling
+/// apply, which the exporter itself applies too.
+ExportPlan PlanOfDialog(const ExportCall& chosen, const SceneFacts& scene);
 
 /// Whether there is anything to export.
 Objection CheckScene(const SceneFacts& scene);
 
-/// Counts nodes and cameras of each file.
-void CountNodes(const std::vector<SceneModel>& models, RulesPlan& plan);
-
-/// Takes that the question is about, with the names of their files; ranges are left open.
+/// The takes that the question is about and the names of their files; ranges are left empty.
 std::vector<FilePlan> NameFiles(const ExportQuestion& question, const SceneFacts& scene);
 
-/// The path as an exporter is given it by the headless host: absolute, as an application's file dialog gives it, so that
-/// the file tells where it is from. As it is where the names of files would become too long for that.
+/// The path that the headless host gives to the exporter: absolute, as an application's file dialog gives it, so that
+/// the file records where it is; unchanged where the names of files would become too long for that.
 std::string PathForExporter(const std::string& path, const SceneFacts& scene);
 
-/// Whether takes can be sampled at that rate, which need not be one that the question could ask for.
-Objection CheckSampling(double rate, const ExportQuestion& question, const SceneFacts& scene);
-
-/// Looks at the places where files would be written.
+/// Whether the files can be written where they would be.
 Objection CheckTargets(const std::vector<FilePlan>& files, const SceneFacts& scene);
 
 } // namespace tev2_exporter

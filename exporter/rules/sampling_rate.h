@@ -8,9 +8,9 @@
 namespace tev2_exporter
 {
 
-/// Samples a second of "29.97", "30000/1001", "scene" (also the empty text), or a name: "pal" (50) and "ntsc" (59.94) as
-/// in the export dialog, "film" (24). None for other text. Nothing is checked here: the rate may be 0, negative or
-/// beyond single precision.
+/// Samples per second of "29.97", "30000/1001", "scene" (also the empty text), or a name: "pal" (50) and "ntsc" (59.94)
+/// as in the export dialog, "film" (24). None for other text. The rate is not checked: it may be 0, negative or beyond
+/// single precision.
 std::optional<double> RateOfText(const std::string& text, double scene_rate);
 
 /// A rate that the script entry of the exporter can take: a whole number of 32 bits.

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "exporter/export_context.h"
 #include "exporter/export_options.h"
 #include "exporter/sampling/camera_index_table.h"
 #include "exporter/sampling/sampling_range.h"

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "exporter/export_context.h"
 #include "exporter/export_options.h"
 
 #include <vector>

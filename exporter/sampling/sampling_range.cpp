@@ -36,6 +36,17 @@ SamplingRange CustomRange(const SamplingRange& whole, float custom_start, float 
             custom_end <= whole.end ? custom_end : whole.end, whole.rate};
 }
 
+std::vector<float> SampledInstants(const SamplingRange& range)
+{
+    std::vector<float> instants = {range.start};
+    for (RegularInstants regular(range); regular.Next();)
+    {
+        instants.push_back(regular.Time());
+    }
+    instants.push_back(range.end);
+    return instants;
+}
+
 bool TimeAdvances(const SamplingRange& range)
 {
     const float step = 1.0f / range.rate;

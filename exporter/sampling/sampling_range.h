@@ -5,6 +5,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <vector>
 
 namespace tev2_exporter
 {
@@ -72,6 +73,9 @@ private:
     float step_;
     float end_;
 };
+
+/// All instants at which `range` is sampled, its start and its end included.
+std::vector<float> SampledInstants(const SamplingRange& range);
 
 // True when every step of `range` moves the time on, from its start to its end. False for a rate of 0 or
 // less, for one that is not finite, and for one whose step is lost in the rounding of the largest time of the

@@ -156,11 +156,11 @@ mobu_host::ExportCall CallOf(const mobu_host_export_call& call)
     result.whole_take = call.whole_take != 0;
     result.start_frame = call.start_frame;
     result.end_frame = call.end_frame;
-    result.spaces_to_underscores = call.spaces_to_underscores != 0;
-    result.keep_positive_z = call.keep_positive_z != 0;
-    result.remove_namespace = call.remove_namespace != 0;
-    result.disable_constraints = call.disable_constraints != 0;
-    result.all_takes = call.all_takes != 0;
+    result.flags.spaces_to_underscores = call.spaces_to_underscores != 0;
+    result.flags.keep_positive_z = call.keep_positive_z != 0;
+    result.flags.remove_namespace = call.remove_namespace != 0;
+    result.flags.disable_constraints = call.disable_constraints != 0;
+    result.flags.all_takes = call.all_takes != 0;
     return result;
 }
 

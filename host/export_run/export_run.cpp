@@ -1,7 +1,9 @@
 #include "host/export_run/export_run.h"
 
 #include "exporter/dialog_regions.h"
+#include "exporter/option_table.h"
 #include "exporter/rules/sampling_rate.h"
+#include "exporter/script_entry.h"
 
 #include <mobu_host/private_settings.h>
 #include <mobu_host/ui.h>
@@ -13,33 +15,26 @@ namespace
 
 namespace regions = tev2_exporter::regions;
 
-using ScriptEntry = unsigned(const char* path, int start_frame, int end_frame, int fps,
-                             bool spaces_to_underscores, bool keep_positive_z, bool remove_namespace,
-                             bool disable_constraints, bool export_all_keys, bool all_takes);
-
-constexpr const char* kEntryName = "python_export_tv2";
+using tev2_exporter::ScriptEntry;
 
 // Buttons of the dialog and their states for a call. States are set rather than clicked: a click does nothing on a
 // button that the dialog disables, as it does those for several takes in a scene of one take.
-struct ButtonState
+std::vector<std::pair<const char*, bool>> ButtonsOf(const ExportCall& call)
 {
-    const char* region;
-    bool state;
-};
-
-std::vector<ButtonState> ButtonsOf(const ExportCall& call)
-{
-    return {{regions::kPal, false},
-            {regions::kNtsc, false},
-            {regions::kCustomRate, true},
-            {regions::kExportAll, call.whole_take},
-            {regions::kCustomKeys, !call.whole_take},
-            {regions::kCurrentTake, !call.all_takes},
-            {regions::kAllTakes, call.all_takes},
-            {regions::kSpacesToUnderscores, call.spaces_to_underscores},
-            {regions::kKeepPositiveZ, call.keep_positive_z},
-            {regions::kRemoveNamespace, call.remove_namespace},
-            {regions::kDisableConstraints, call.disable_constraints}};
+    std::vector<std::pair<const char*, bool>> buttons = {
+        {regions::kPal, false},
+        {regions::kNtsc, false},
+        {regions::kCustomRate, true},
+        {regions::kExportAll, call.whole_take},
+        {regions::kCustomKeys, !call.whole_take},
+        {regions::kCurrentTake, !call.flags.all_takes},
+        {regions::kAllTakes, call.flags.all_takes},
+    };
+    for (const tev2_exporter::ExportOption& box : tev2_exporter::kCheckBoxes)
+    {
+        buttons.emplace_back(box.region, call.flags.*box.flag);
+    }
+    return buttons;
 }
 
 template <typename Control>
@@ -52,12 +47,12 @@ Control* ControlAt(FBPopup& popup, const char* region)
 // Fills in a dialog and leaves it with "Export". False when it is not the exporter's dialog.
 bool FillIn(FBPopup& popup, const ExportCall& call)
 {
-    for (const ButtonState& button : ButtonsOf(call))
+    for (const auto& [region, state] : ButtonsOf(call))
     {
-        auto* const control = ControlAt<FBButton>(popup, button.region);
+        auto* const control = ControlAt<FBButton>(popup, region);
         if (control == nullptr)
             return false;
-        control->State = button.state ? 1 : 0;
+        control->State = state ? 1 : 0;
     }
     auto* const rate = ControlAt<FBEditNumber>(popup, regions::kRate);
     auto* const start = ControlAt<FBEditNumber>(popup, regions::kStartKey);
@@ -109,10 +104,10 @@ std::unique_ptr<Exporter> Exporter::Load(const std::string& plugin, std::string&
         error = "the exporter cannot be loaded: " + error;
         return nullptr;
     }
-    parts->entry = parts->plugin->Symbol<ScriptEntry>(kEntryName);
+    parts->entry = parts->plugin->Symbol<ScriptEntry>(tev2_exporter::kScriptEntryName);
     if (parts->entry == nullptr)
     {
-        error = plugin + " is no exporter: it has no " + kEntryName;
+        error = plugin + " is no exporter: it has no " + tev2_exporter::kScriptEntryName;
         return nullptr;
     }
     return std::unique_ptr<Exporter>(new Exporter(std::move(parts)));
@@ -126,8 +121,9 @@ bool Exporter::Run(const ExportCall& call, std::string& error) const
     if (!tev2_exporter::IsWholeRate(call.rate))
         return RunThroughMenu(call, error);
     return parts_->entry(call.path.c_str(), call.start_frame, call.end_frame, static_cast<int>(call.rate),
-                         call.spaces_to_underscores, call.keep_positive_z, call.remove_namespace,
-                         call.disable_constraints, call.whole_take, call.all_takes) == 1;
+                         call.flags.spaces_to_underscores, call.flags.keep_positive_z,
+                         call.flags.remove_namespace, call.flags.disable_constraints, call.whole_take,
+                         call.flags.all_takes) == 1;
 }
 
 FBMenuItem* ExportEntry()

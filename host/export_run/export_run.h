@@ -4,6 +4,8 @@
 #include <memory>
 #include <string>
 
+#include "exporter/export_options.h"
+
 #include <mobu_host/plugin.h>
 
 // One export of the open scene by a plug-in, without a user.
@@ -11,19 +13,7 @@
 namespace mobu_host
 {
 
-struct ExportCall
-{
-    std::string path;
-    double rate = 0.0; // samples a second, whole or fractional
-    bool whole_take = true;
-    int start_frame = 0; // of the transport rate; without effect when the whole take is exported
-    int end_frame = 0;
-    bool spaces_to_underscores = true;
-    bool keep_positive_z = true;
-    bool remove_namespace = true;
-    bool disable_constraints = false;
-    bool all_takes = false;
-};
+using tev2_exporter::ExportCall;
 
 class Exporter
 {

@@ -406,8 +406,8 @@ TEST_F(ExportDialog, ReadsStoredTextsAsTheyAre)
         const char* text;
         std::function<void(const ExporterSettings&)> check;
     } cases[] = {
-        {"KEEP_POSITIVE_Z_KEY_NAME", "2", [](const auto& s) { EXPECT_FALSE(s.keep_positive_z); }},
-        {"DISABLE_CONSTRAINTS_KEY_NAME", " 1 ", [](const auto& s) { EXPECT_TRUE(s.disable_constraints); }},
+        {"KEEP_POSITIVE_Z_KEY_NAME", "2", [](const auto& s) { EXPECT_FALSE(s.flags.keep_positive_z); }},
+        {"DISABLE_CONSTRAINTS_KEY_NAME", " 1 ", [](const auto& s) { EXPECT_TRUE(s.flags.disable_constraints); }},
         {"START_KEY_KEY_NAME", "no number", [](const auto& s) { EXPECT_EQ(s.start_key, 0); }},
         {"START_KEY_KEY_NAME", "12abc", [](const auto& s) { EXPECT_EQ(s.start_key, 12); }},
         {"START_KEY_KEY_NAME", "-99999999999", [](const auto& s) { EXPECT_EQ(s.start_key, INT32_MIN); }},

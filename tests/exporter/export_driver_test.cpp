@@ -289,7 +289,8 @@ TEST_F(ExportDriver, TakesOptionsFromTheScriptAsTheyAre)
     mobu_host::SetTransportRate(25.0);
     ExportContext context;
     const ExportOptions options =
-        FillOptionsFromScript(context, {50, -25, 0, false, true, false, true, false, true});
+        FillOptionsFromScript(
+            context, {"", 0.0, false, 50, -25, {false, true, false, true, true, true}});
     EXPECT_EQ(options.CustomStart, 2.0f);
     EXPECT_EQ(options.CustomEnd, -1.0f);
     EXPECT_EQ(options.SamplingRate, 0.0f);

@@ -1,15 +1,19 @@
 #include "tools/tv2/dialog_choices.h"
 
 #include "exporter/clamped_cast.h"
-#include "exporter/dialog_regions.h"
+#include "exporter/option_table.h"
 #include "tools/tv2/text.h"
 
 #include <cmath>
+#include <string>
+#include <vector>
 
 namespace tv2
 {
 
 namespace regions = tev2_exporter::regions;
+using tev2_exporter::ExportCall;
+using TEV2_LOADER::Status;
 
 namespace
 {
@@ -31,31 +35,35 @@ int Key(FBPopup& popup, const char* region)
 
 } // namespace
 
-std::string DialogChoices::Objection() const
+Status CheckChoices(const ExportCall& choices)
 {
-    if (start_key > end_key)
+    if (choices.start_frame > choices.end_frame)
     {
-        return "the start key " + std::to_string(start_key) + " is after the end key " +
-               std::to_string(end_key);
+        return Status::Failure("the start key " + std::to_string(choices.start_frame) +
+                               " is after the end key " + std::to_string(choices.end_frame));
     }
-    return rate > 0.0 ? std::string() : "the rate is 0";
+    return choices.rate > 0.0 ? Status() : Status::Failure("the rate is 0");
 }
 
-std::string DialogWatch::Watch(FBPopup& popup)
+Status DialogWatch::Watch(FBPopup& popup)
 {
-    for (const char* const button :
-         {regions::kExport, regions::kExportAll, regions::kCurrentTake, regions::kSpacesToUnderscores})
+    std::vector<const char*> buttons = {regions::kExport, regions::kExportAll, regions::kCurrentTake};
+    for (const tev2_exporter::ExportOption& box : tev2_exporter::kCheckBoxes)
+    {
+        buttons.push_back(box.region);
+    }
+    for (const char* const button : buttons)
     {
         if (!FBIS(popup.GetControl(button), FBButton))
         {
-            return std::string("the exporter's dialog has no button \"") + button + '"';
+            return Status::Failure(std::string("the exporter's dialog has no button \"") + button + '"');
         }
     }
     for (const char* const box : {regions::kRate, regions::kStartKey, regions::kEndKey})
     {
         if (!FBIS(popup.GetControl(box), FBEditNumber))
         {
-            return std::string("the exporter's dialog has no box \"") + box + '"';
+            return Status::Failure(std::string("the exporter's dialog has no box \"") + box + '"');
         }
     }
     popup_ = &popup;
@@ -66,14 +74,17 @@ std::string DialogWatch::Watch(FBPopup& popup)
 
 void DialogWatch::OnExport(HISender, HKEvent)
 {
-    DialogChoices choices;
+    ExportCall choices;
     choices.rate = Number(*popup_, regions::kRate);
     choices.whole_take = IsSet(*popup_, regions::kExportAll);
-    choices.start_key = Key(*popup_, regions::kStartKey);
-    choices.end_key = Key(*popup_, regions::kEndKey);
-    choices.all_takes = !IsSet(*popup_, regions::kCurrentTake);
-    choices.spaces_to_underscores = IsSet(*popup_, regions::kSpacesToUnderscores);
-    choices_ = choices;
+    choices.start_frame = Key(*popup_, regions::kStartKey);
+    choices.end_frame = Key(*popup_, regions::kEndKey);
+    for (const tev2_exporter::ExportOption& box : tev2_exporter::kCheckBoxes)
+    {
+        choices.flags.*box.flag = IsSet(*popup_, box.region);
+    }
+    choices.flags.all_takes = !IsSet(*popup_, regions::kCurrentTake);
+    on_chosen_(choices);
 }
 
 } // namespace tv2

@@ -1,42 +1,35 @@
 #pragma once
 
+#include "exporter/export_options.h"
+#include "tev2_loader/status.h"
+
 #include <fbsdk/fbsdk.h>
 
-#include <optional>
-#include <string>
+#include <functional>
 
 namespace tv2
 {
 
-/// What the exporter's dialog showed at the moment when its Export button was pressed.
-struct DialogChoices
-{
-    double rate = 0.0; ///< samples a second
-    bool whole_take = true;
-    int start_key = 0; ///< frames of the transport rate
-    int end_key = 0;
-    bool all_takes = false;
-    bool spaces_to_underscores = false;
+/// Why the exporter's dialog treats these choices as a cancellation; success when it exports.
+TEV2_LOADER::Status CheckChoices(const tev2_exporter::ExportCall& choices);
 
-    /// Why the dialog takes this for a cancellation; empty when it exports.
-    std::string Objection() const;
-};
-
-/// Reads a dialog when its Export button is pressed.
+/// Reads the exporter's dialog when its Export button is pressed.
 class DialogWatch : public ICallback
 {
 public:
-    /// Begins to watch a popup that is open and laid out. Empty, or why it is not the exporter's dialog.
-    std::string Watch(FBPopup& popup);
+    /// Receives what was chosen, without a path.
+    using OnChosen = std::function<void(const tev2_exporter::ExportCall& choices)>;
 
-    /// None while Export has not been pressed.
-    const std::optional<DialogChoices>& Choices() const { return choices_; }
+    explicit DialogWatch(OnChosen on_chosen) : on_chosen_(std::move(on_chosen)) {}
+
+    /// Begins to watch an open popup. Fails when it is not the exporter's dialog.
+    TEV2_LOADER::Status Watch(FBPopup& popup);
 
 private:
     void OnExport(HISender sender, HKEvent event);
 
     FBPopup* popup_ = nullptr;
-    std::optional<DialogChoices> choices_;
+    OnChosen on_chosen_;
 };
 
 } // namespace tv2

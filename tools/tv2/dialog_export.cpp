@@ -9,174 +9,21 @@
 #include "tools/tv2/text.h"
 
 #include <mobu_host/private_settings.h>
-#include <mobu_host/scene.h>
 #include <mobu_host/ui.h>
 
-#include <algorithm>
-#include <cmath>
-#include <filesystem>
-#include <map>
+#include <memory>
+#include <optional>
 
 namespace tv2
 {
 
+using tev2_exporter::ExportCall;
+using tev2_exporter::ExportPlan;
+using tev2_exporter::FilePlan;
+using TEV2_LOADER::Status;
+
 namespace
 {
-
-/// Watches which takes are sampled, and when. The player is first put where no take is, so that putting it back can be
-/// told from sampling.
-class SamplingWatch
-{
-public:
-    struct Sampled
-    {
-        FBTake* take = nullptr;
-        std::vector<float> instants;
-    };
-
-    SamplingWatch() : rest_(TimeBeforeAllTakes())
-    {
-        FBPlayerControl().Goto(rest_);
-        mobu_host::Scene().Evaluate();
-        mobu_host::ObserverCalls calls;
-        calls.on_goto = [this](FBTime time, FBTake* take) { OnGoto(time, take); };
-        observer_ = std::make_unique<mobu_host::SceneObserver>(std::move(calls));
-    }
-
-    bool PlayerMoved() const { return moved_; }
-    const std::vector<Sampled>& Takes() const { return takes_; } ///< in the order in which they were sampled
-
-    const Sampled* Find(const FBTake* take) const
-    {
-        const auto found = std::find_if(takes_.begin(), takes_.end(),
-                                        [take](const Sampled& sampled) { return sampled.take == take; });
-        return found == takes_.end() ? nullptr : &*found;
-    }
-
-private:
-    static FBTime TimeBeforeAllTakes()
-    {
-        constexpr double kHour = 3600.0;
-        double seconds = 0.0;
-        FBPropertyListTake& takes = mobu_host::Scene().Takes;
-        for (int i = 0; i < takes.GetCount(); ++i)
-        {
-            const FBTimeSpan span = takes[i]->LocalTimeSpan;
-            seconds = std::min(seconds, span.GetStart().GetSecondDouble());
-        }
-        FBTime time;
-        time.SetSecondDouble(std::floor(seconds) - kHour);
-        return time;
-    }
-
-    void OnGoto(FBTime time, FBTake* take)
-    {
-        moved_ = true;
-        if (time == rest_)
-        {
-            return;
-        }
-        if (takes_.empty() || takes_.back().take != take)
-        {
-            takes_.push_back({take, {}});
-        }
-        takes_.back().instants.push_back(static_cast<float>(time.GetSecondDouble()));
-    }
-
-    FBTime rest_;
-    bool moved_ = false;
-    std::vector<Sampled> takes_;
-    std::unique_ptr<mobu_host::SceneObserver> observer_;
-};
-
-/// Why the exporter gave up on what was chosen, as far as that can be told.
-std::string WhyGivenUp(ExportRequest request, const std::optional<DialogChoices>& choices)
-{
-    std::string gave_up = "the exporter gave up before its last file";
-    if (!choices)
-    {
-        return gave_up;
-    }
-    request.all_takes = choices->all_takes;
-    if (!choices->whole_take)
-    {
-        request.start_frame = choices->start_key;
-        request.end_frame = choices->end_key;
-    }
-    const std::string reason = WhyNotSampled(request, choices->rate);
-    return reason.empty() ? gave_up : "the exporter refused: " + reason;
-}
-
-/// The files that the dialog's choice of takes and spaces names.
-std::vector<PlannedFile> FilesOf(ExportRequest request, bool all_takes, bool spaces_to_underscores)
-{
-    request.all_takes = all_takes;
-    request.spaces_to_underscores = spaces_to_underscores;
-    return NameFiles(request);
-}
-
-/// Those of every choice that can be made in the dialog.
-std::vector<PlannedFile> FilesOfAnyChoice(const ExportRequest& request)
-{
-    std::vector<PlannedFile> files;
-    for (const bool all_takes : {false, true})
-    {
-        for (const bool underscores : {true, false})
-        {
-            const std::vector<PlannedFile> named = FilesOf(request, all_takes, underscores);
-            files.insert(files.end(), named.begin(), named.end());
-        }
-    }
-    return files;
-}
-
-/// What stood under each name that can be written to.
-using Stamps = std::map<std::string, FileStamp>;
-
-Stamps StampsOf(const std::vector<PlannedFile>& files)
-{
-    Stamps stamps;
-    for (const PlannedFile& file : files)
-    {
-        stamps.emplace(file.path, FileStamp::Of(file.path));
-    }
-    return stamps;
-}
-
-/// Read-only files made writable for a while: those that nobody wrote to are set back.
-class WritableForAWhile
-{
-public:
-    std::string Open(const Stamps& stamps)
-    {
-        ExportPlan plan;
-        for (const auto& [path, stamp] : stamps)
-        {
-            if (stamp.read_only)
-            {
-                std::error_code ignored;
-                before_[path] = std::filesystem::status(path, ignored).permissions();
-                plan.files.emplace_back().path = path;
-            }
-        }
-        return MakeTargetsWritable(plan);
-    }
-
-    void SetBack(const Stamps& stamps) const
-    {
-        for (const auto& [path, permissions] : before_)
-        {
-            if (FileStamp::Of(path) == stamps.at(path))
-            {
-                std::error_code ignored;
-                std::filesystem::permissions(path, permissions, ignored);
-            }
-        }
-    }
-
-private:
-    std::map<std::string, std::filesystem::perms> before_;
-};
 
 class DialogRun
 {
@@ -185,15 +32,16 @@ public:
     {
     }
 
-    std::string Run(const std::string& plugin_path, const DialogUser& user)
+    /// Fails when nothing was exported for another reason than a cancellation.
+    Status Run(const std::string& plugin_path, const DialogUser& user)
     {
-        if (std::string reason = FindUser(user.script); !reason.empty())
+        if (Status found = FindUser(user.script); !found)
         {
-            return reason;
+            return found;
         }
-        if (std::string reason = OpenScene(); !reason.empty())
+        if (Status opened = OpenScene(); !opened)
         {
-            return reason;
+            return opened;
         }
         std::string error;
         std::unique_ptr<mobu_host::PrivateSettings> private_settings;
@@ -202,154 +50,174 @@ public:
             private_settings = mobu_host::PrivateSettings::Make(error);
             if (!private_settings)
             {
-                return error;
+                return Status::Failure(error);
             }
         }
         const std::unique_ptr<mobu_host::Plugin> plugin = LoadExporter(plugin_path, error);
         if (!plugin)
         {
-            return error;
+            return Status::Failure(error);
         }
         FBMenuItem* const entry = mobu_host::ExportEntry();
         if (!entry)
         {
-            return plugin->Path() + " is no exporter: it has no entry in the export menu";
+            return Status::Failure(plugin->Path() + " is no exporter: it has no entry in the export menu");
         }
-        Stamps before = StampsOf(possible_);
-        WritableForAWhile writable;
-        if (request_.overwrite_read_only)
-        {
-            if (std::string reason = writable.Open(before); !reason.empty())
-            {
-                return reason;
-            }
-            before = StampsOf(possible_);
-        }
-        std::string reason = Export(*entry, before);
-        writable.SetBack(before);
-        return reason;
+        return Export(*entry);
     }
 
 private:
-    /// Who will use the dialog: a script, or whoever sits at the display.
-    std::string FindUser(const std::string& script_path)
+    /// Who will use the dialog: a script, or the person at the display.
+    Status FindUser(const std::string& script_path)
     {
         std::string error;
         if (!script_path.empty())
         {
             script_ = mobu_host::PopupScript::Read(script_path, error);
-            return error;
+            return script_ ? Status() : Status::Failure(error);
         }
         window_ = mobu_host::WindowModule::Load(ModulePath("tv2_popup_window"), error);
-        return window_ ? std::string()
-                       : "the dialog cannot be shown: " + error +
-                             "; give its steps with --dialog-script, or leave --dialog out and give "
-                             "the options on the command line";
+        return window_ ? Status()
+                       : Status::Failure("the dialog cannot be shown: " + error +
+                                         "; give its steps with --dialog-script, or leave --dialog out and "
+                                         "give the options on the command line");
     }
 
-    std::string OpenScene()
+    Status OpenScene()
     {
-        if (const std::string reason = CheckRequest(request_); !reason.empty())
+        if (Status checked = CheckRequest(request_); !checked)
         {
-            return OfScene(request_, reason);
+            return checked;
         }
-        if (std::string reason = tv2::OpenScene(request_, result_.report.notes); !reason.empty())
+        if (Status opened = tv2::OpenScene(request_, result_.report.notes); !opened)
         {
-            return reason;
+            return opened;
         }
-        if (const std::string reason = PrepareScene(request_, plan_); !reason.empty())
+        if (Status prepared = PrepareScene(request_); !prepared)
         {
-            return OfScene(request_, reason);
+            return prepared;
         }
-        possible_ = FilesOfAnyChoice(request_);
-        ExportPlan all = plan_;
-        all.files = possible_;
-        return OfScene(request_, CheckTargets(request_, all));
+        return StatusOf(request_, tev2_exporter::CheckTargets(FilesOfAnyChoice(), FactsOf(request_)));
     }
 
-    std::string Export(FBMenuItem& entry, const Stamps& before)
+    /// The files that the dialog can name: once it is shown, nothing can refuse a target.
+    std::vector<FilePlan> FilesOfAnyChoice() const
     {
-        bool shown = false;
-        std::string not_ours;
-        std::string step_error;
-        DialogWatch dialog;
+        std::vector<FilePlan> files;
+        tev2_exporter::ExportQuestion question = request_.question;
+        for (const bool all_takes : {false, true})
+        {
+            for (const bool underscores : {true, false})
+            {
+                question.flags.all_takes = all_takes;
+                question.flags.spaces_to_underscores = underscores;
+                const std::vector<FilePlan> named = tev2_exporter::NameFiles(question, FactsOf(request_));
+                files.insert(files.end(), named.begin(), named.end());
+            }
+        }
+        return files;
+    }
+
+    Status Export(FBMenuItem& entry)
+    {
+        DialogWatch dialog([this](const ExportCall& choices) { Begin(choices); });
+        std::optional<Status> watched;
+        Status played;
         mobu_host::SetPopupPlayer(
             [&](FBPopup& popup)
             {
-                if (!shown)
+                watched = watched ? watched : dialog.Watch(popup);
+                if (*watched)
                 {
-                    not_ours = dialog.Watch(popup);
-                }
-                shown = true;
-                if (!not_ours.empty())
-                {
-                    return;
-                }
-                if (window_)
-                {
-                    window_->Show(popup);
-                }
-                else if (step_error.empty())
-                {
-                    step_error = script_->Play(popup);
+                    Play(popup, played);
                 }
             });
-        const SamplingWatch sampling;
-        const bool completed = mobu_host::UseMenuItem(entry, OutputForExporter(request_));
+        const std::string path = tev2_exporter::PathForExporter(request_.question.path, FactsOf(request_));
+        const bool completed = mobu_host::UseMenuItem(entry, path);
         mobu_host::SetPopupPlayer({});
 
-        if (!shown || !not_ours.empty())
+        if (!watched || !*watched)
         {
-            return shown ? not_ours : "the exporter has shown no dialog";
+            return watched ? *watched : Status::Failure("the exporter has shown no dialog");
         }
-        const bool nothing_done = completed && !sampling.PlayerMoved();
-        if (!step_error.empty() && nothing_done)
+        const Status choices = choices_ ? CheckChoices(*choices_) : Status();
+        const bool cancelled = completed && (!choices_ || !choices);
+        if (!played && cancelled)
         {
-            return step_error;
+            return played;
         }
-        result_.report.cancelled = nothing_done;
-        if (!step_error.empty())
+        result_.report.cancelled = cancelled;
+        if (!played)
         {
-            result_.failures.push_back(step_error);
+            result_.failures.push_back(played.Reason());
         }
         if (!completed)
         {
-            result_.failures.push_back(WhyGivenUp(request_, dialog.Choices()));
+            result_.failures.push_back(plan_.objection ? "the exporter refused: " + plan_.objection.text
+                                                       : "the exporter gave up before its last file");
         }
-        if (nothing_done)
+        if (cancelled)
         {
-            result_.why_cancelled = dialog.Choices() ? dialog.Choices()->Objection() : std::string();
+            result_.report.why_cancelled = choices.Reason();
         }
-        else if (dialog.Choices())
+        else
         {
-            ReadBack(*dialog.Choices(), sampling, before);
+            ReadBack();
         }
         return {};
     }
 
-    void ReadBack(const DialogChoices& choices, const SamplingWatch& watch, const Stamps& before)
+    /// Shows an open popup to the user. Steps end with the first that fails.
+    void Play(FBPopup& popup, Status& played)
     {
-        for (PlannedFile& planned : FilesOf(request_, choices.all_takes, choices.spaces_to_underscores))
+        if (window_)
         {
-            if (const SamplingWatch::Sampled* const sampled = watch.Find(planned.take))
+            window_->Show(popup);
+        }
+        else if (played)
+        {
+            const std::string error = script_->Play(popup);
+            played = error.empty() ? Status() : Status::Failure(error);
+        }
+    }
+
+    /// Export has been pressed: from here the files are known, and none is written yet.
+    void Begin(const ExportCall& choices)
+    {
+        choices_ = choices;
+        choices_->path = request_.question.path;
+        if (!CheckChoices(choices))
+        {
+            return;
+        }
+        plan_ = tev2_exporter::PlanOfDialog(*choices_, FactsOf(request_));
+        if (request_.overwrite_read_only)
+        {
+            if (const Status writable = MakeTargetsWritable(plan_.files); !writable)
             {
-                planned.instants = sampled->instants;
-                planned.range.start = planned.instants.front();
-                planned.range.end = planned.instants.back();
-                std::sort(planned.instants.begin(), planned.instants.end());
+                result_.failures.push_back(writable.Reason());
             }
-            ExportReport::File file;
-            file.rate = choices.rate;
-            file.exported = CheckExportedFile(planned, plan_, before.at(planned.path));
-            file.planned = std::move(planned);
-            for (ExportReport::File& other : result_.report.files)
+        }
+        for (const FilePlan& file : plan_.files)
+        {
+            before_.push_back(FileStamp::Of(file.path));
+        }
+    }
+
+    void ReadBack()
+    {
+        std::vector<ExportReport::File>& files = result_.report.files;
+        for (std::size_t i = 0; i < plan_.files.size(); ++i)
+        {
+            const FilePlan& planned = plan_.files[i];
+            for (ExportReport::File& other : files)
             {
-                if (other.planned.path == file.planned.path)
+                if (other.planned.path == planned.path)
                 {
-                    other.exported.error = "was over-written by take \"" + file.planned.take_name + '"';
+                    other.exported.error = "was overwritten by take \"" + planned.take_name + '"';
                 }
             }
-            result_.report.files.push_back(std::move(file));
+            files.push_back({planned, CheckExportedFile(planned, plan_, before_[i]), plan_.call.rate, {}});
         }
     }
 
@@ -357,8 +225,9 @@ private:
     DialogExportResult& result_;
     std::optional<mobu_host::PopupScript> script_; ///< or the window
     std::optional<mobu_host::WindowModule> window_;
-    ExportPlan plan_;
-    std::vector<PlannedFile> possible_;
+    std::optional<ExportCall> choices_; ///< when Export was pressed
+    ExportPlan plan_;                   ///< of these choices
+    std::vector<FileStamp> before_;     ///< of its files
 };
 
 } // namespace
@@ -367,7 +236,7 @@ DialogExportResult ExportByDialog(const ExportRequest& request, const std::strin
                                   const DialogUser& user)
 {
     DialogExportResult result;
-    result.report.error = DialogRun(request, result).Run(plugin, user);
+    result.report.error = DialogRun(request, result).Run(plugin, user).Reason();
     return result;
 }
 

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "tools/tv2/export_plan.h"
 #include "tools/tv2/export_report.h"
+#include "tools/tv2/export_scene.h"
 
 #include <string>
 #include <vector>
@@ -20,13 +20,11 @@ struct DialogUser
 struct DialogExportResult
 {
     std::vector<std::string> failures; ///< what went wrong beyond single files
-    std::string why_cancelled;         ///< where Export was pressed and the dialog did not export
     ExportReport report;               ///< its error says why nothing was exported
 };
 
-/// `plugin` is the exporter's module, empty for the one that belongs to this command. Of the request only scene, output,
-/// take, models and read-only files count. What was written follows from the choices in the dialog when Export was
-/// pressed, the moves of the player and what is in the files.
+/// `plugin` is the exporter's module, empty for the one that belongs to this command. Of the request's question only
+/// the path counts: the dialog decides the rest.
 DialogExportResult ExportByDialog(const ExportRequest& request, const std::string& plugin,
                                   const DialogUser& user);
 

@@ -11,12 +11,14 @@ namespace tv2
 {
 
 using namespace TEV2_LOADER;
+using tev2_exporter::ExportPlan;
+using tev2_exporter::FilePlan;
 
 namespace
 {
 
 /// Adds why a file of the size that was planned cannot be written now, where that can be found out.
-std::string WithReason(const std::string& text, const PlannedFile& planned, const ExportPlan& plan)
+std::string WithReason(const std::string& text, const FilePlan& planned, const ExportPlan& plan)
 {
     constexpr double kHeadings = 4096.0; // information, environment and chunk headers
     constexpr double kNodeHeading = 256.0;
@@ -26,13 +28,14 @@ std::string WithReason(const std::string& text, const PlannedFile& planned, cons
     return reason.empty() ? text : text + ": " + reason;
 }
 
-/// Counts keys and holds their times against the instants of the plan.
+/// Counts keys and compares their times with the instants of the plan.
 class KeyCounter : public SceneVisitor
 {
 public:
-    KeyCounter(const TEV2& scene, const PlannedFile& planned, ExportedFile& result)
-        : scene_(scene), planned_(planned), result_(result)
+    KeyCounter(const TEV2& scene, const FilePlan& planned, ExportedFile& result)
+        : scene_(scene), instants_(tev2_exporter::SampledInstants(planned.range)), result_(result)
     {
+        std::ranges::sort(instants_); // a range may be reversed
     }
 
     void VisitTrack(const RecordPlace& place, const TEV2_ANIMATABLE& track) override
@@ -44,10 +47,10 @@ public:
         }
         ++tracks_;
         result_.keys_kept += track.m_times.size();
-        if (is_camera && track.m_times.size() != planned_.instants.size())
+        if (is_camera && track.m_times.size() != instants_.size())
         {
             Complain(place.path + " has " + CountOf(track.m_times.size(), "key", "keys") + " for " +
-                     CountOf(planned_.instants.size(), "sample", "samples"));
+                     CountOf(instants_.size(), "sample", "samples"));
         }
         if (track.m_times.empty())
         {
@@ -55,7 +58,7 @@ public:
         }
         for (const float time : track.m_times)
         {
-            if (!std::binary_search(planned_.instants.begin(), planned_.instants.end(), time))
+            if (!std::ranges::binary_search(instants_, time))
             {
                 Complain(place.path + " has a key at " + FloatText(time) + " s, which was not sampled");
                 break;
@@ -63,13 +66,15 @@ public:
         }
     }
 
-    /// Every track was given a key for every sample, but for the root that the exporter puts above selected models.
+    std::size_t Samples() const { return instants_.size(); }
+
+    /// Every track got a key for every sample, except those of the root inserted above selected models.
     void Finish()
     {
         const auto& nodes = scene_.matrixHierarchy.nodes;
         const bool own_root = !nodes.empty() && nodes[0].name.Text() == kInsertedRootName;
         const std::uint64_t single = own_root ? 2 : 0;
-        result_.keys_sampled = (tracks_ - std::min(tracks_, single)) * planned_.instants.size() + single;
+        result_.keys_sampled = (tracks_ - std::min(tracks_, single)) * instants_.size() + single;
     }
 
 private:
@@ -82,12 +87,12 @@ private:
     }
 
     const TEV2& scene_;
-    const PlannedFile& planned_;
+    std::vector<float> instants_;
     ExportedFile& result_;
     std::uint64_t tracks_ = 0;
 };
 
-std::string CompareWithPlan(const LoadedFile& file, const PlannedFile& planned, const ExportPlan& plan)
+std::string CompareWithPlan(const LoadedFile& file, const FilePlan& planned, const ExportPlan& plan)
 {
     const TEV2& scene = *file.scene;
     const std::u16string line = tev2_exporter::Widen(std::string(kFileNameLine) + planned.named + "\r\n");
@@ -114,68 +119,66 @@ std::string CompareWithPlan(const LoadedFile& file, const PlannedFile& planned, 
     return {};
 }
 
+/// Why a file that was written is not whole or not what was planned; empty when it is.
+std::string ReadBack(const FilePlan& planned, const ExportPlan& plan, ExportedFile& result)
+{
+    LoadedFile file;
+    std::string error;
+    if (!ReadFile(planned.path, file, error))
+    {
+        return "cannot be read back: " + error;
+    }
+    const auto at = [](const TEV2_LOAD_FINDING& finding)
+    { return std::string(CodeName(finding.code)) + " at byte " + std::to_string(finding.offset); };
+    const std::vector<TEV2_LOAD_FINDING>& findings = file.report.findings;
+    if (!file.loaded)
+    {
+        return WithReason("is incomplete" + (findings.empty() ? "" : " (" + at(findings.back()) + ")"),
+                          planned, plan);
+    }
+    if (!findings.empty())
+    {
+        return "is not sound: " + at(findings.front());
+    }
+    if (const std::string difference = CompareWithPlan(file, planned, plan); !difference.empty())
+    {
+        return "not what was exported: " + difference;
+    }
+    KeyCounter keys(*file.scene, planned, result);
+    WalkScene(*file.scene, file.report, keys);
+    keys.Finish();
+    result.nodes = file.scene->matrixHierarchy.nodes.size();
+    result.cameras = file.scene->cameras.size();
+    result.samples = keys.Samples();
+    return result.error;
+}
+
 } // namespace
 
-ExportedFile CheckExportedFile(const PlannedFile& planned, const ExportPlan& plan, const FileStamp& before)
+ExportedFile CheckExportedFile(const FilePlan& planned, const ExportPlan& plan, const FileStamp& before)
 {
     ExportedFile result;
     const FileStamp now = FileStamp::Of(planned.path);
     if (!now.exists)
     {
         result.error = WithReason("was not written", planned, plan);
-        return result;
     }
-    if (!now.regular)
+    else if (!now.regular)
     {
         result.error = WithReason("cannot be read back, it is not a file", planned, plan);
-        return result;
     }
-    if (now == before)
+    else if (now == before)
     {
         result.kept = true;
         result.skipped = now.read_only;
-        result.error = now.read_only ? "skipped: it is read-only, kept the old file (--yes over-writes it)"
+        result.error = now.read_only ? "skipped: it is read-only, kept the old file (--yes overwrites it)"
                                      : WithReason("was not written, kept the old file", planned, plan);
-        return result;
     }
-    result.bytes = static_cast<std::uint64_t>(now.size);
-
-    LoadedFile file;
-    std::string error;
-    if (!ReadFile(planned.path, file, error))
+    else
     {
-        result.error = "cannot be read back: " + error;
-        return result;
+        result.bytes = static_cast<std::uint64_t>(now.size);
+        result.error = ReadBack(planned, plan, result);
     }
-    if (!file.loaded)
-    {
-        const TEV2_LOAD_FINDING* const finding =
-            file.report.findings.empty() ? nullptr : &file.report.findings.back();
-        result.error = WithReason(std::string("is incomplete") +
-                                      (finding ? std::string(" (") + CodeName(finding->code) + " at byte " +
-                                                     std::to_string(finding->offset) + ")"
-                                               : std::string()),
-                                  planned, plan);
-        return result;
-    }
-    if (!file.report.findings.empty())
-    {
-        const TEV2_LOAD_FINDING& finding = file.report.findings.front();
-        result.error = std::string("is not sound: ") + CodeName(finding.code) + " at byte " +
-                       std::to_string(finding.offset);
-        return result;
-    }
-    if (const std::string difference = CompareWithPlan(file, planned, plan); !difference.empty())
-    {
-        result.error = "not what was exported: " + difference;
-        return result;
-    }
-    result.nodes = file.scene->matrixHierarchy.nodes.size();
-    result.cameras = file.scene->cameras.size();
-    result.samples = planned.instants.size();
-    KeyCounter keys(*file.scene, planned, result);
-    WalkScene(*file.scene, file.report, keys);
-    keys.Finish();
     return result;
 }
 

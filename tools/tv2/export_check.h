@@ -1,6 +1,6 @@
 #pragma once
 
-#include "tools/tv2/export_plan.h"
+#include "exporter/rules/rules.h"
 #include "tools/tv2/system.h"
 
 #include <cstdint>
@@ -23,7 +23,8 @@ struct ExportedFile
     std::uint64_t bytes = 0;
 };
 
-/// Reads back one file that an export was to write; `before` is what stood there then.
-ExportedFile CheckExportedFile(const PlannedFile& planned, const ExportPlan& plan, const FileStamp& before);
+/// Reads back one file of an export; `before` is what was there when the export began.
+ExportedFile CheckExportedFile(const tev2_exporter::FilePlan& planned, const tev2_exporter::ExportPlan& plan,
+                               const FileStamp& before);
 
 } // namespace tv2

@@ -14,7 +14,7 @@ void PrintReport(std::ostream& out, const ExportReport& report, std::size_t colu
     std::ostringstream text;
     for (const ExportReport::File& entry : report.files)
     {
-        const PlannedFile& planned = entry.planned;
+        const tev2_exporter::FilePlan& planned = entry.planned;
         const ExportedFile& file = entry.exported;
         if (!file.error.empty())
         {
@@ -38,20 +38,39 @@ void PrintReport(std::ostream& out, const ExportReport& report, std::size_t colu
 namespace
 {
 
-/// A whole rate as an integer, another with the digits of single precision.
-nlohmann::ordered_json RateJson(double rate)
+Json FileJson(const ExportReport::File& file)
 {
-    const auto whole = static_cast<std::int64_t>(rate);
-    return static_cast<double>(whole) == rate
-               ? nlohmann::ordered_json(whole)
-               : nlohmann::ordered_json::parse(FloatText(static_cast<float>(rate)));
+    const ExportedFile& exported = file.exported;
+    Json json = {
+        {"output", file.planned.path}, {"take", file.planned.take_name}, {"ok", exported.error.empty()}};
+    if (!exported.error.empty())
+    {
+        json["error"] = exported.error;
+        json["kept"] = exported.kept;
+        json["skipped"] = exported.skipped;
+        return json;
+    }
+    json["start"] = JsonFloat(file.planned.range.start);
+    json["end"] = JsonFloat(file.planned.range.end);
+    json["rate"] = JsonFloat(static_cast<float>(file.rate));
+    json["nodes"] = exported.nodes;
+    json["cameras"] = exported.cameras;
+    json["samples"] = exported.samples;
+    json["keysSampled"] = exported.keys_sampled;
+    json["keysKept"] = exported.keys_kept;
+    json["bytes"] = exported.bytes;
+    if (file.seconds)
+    {
+        json["seconds"] = *file.seconds;
+    }
+    return json;
 }
 
 } // namespace
 
-nlohmann::ordered_json ReportJson(const std::string& scene, const ExportReport& report)
+Json ReportJson(const std::string& scene, const ExportReport& report)
 {
-    nlohmann::ordered_json json = {{"scene", scene}, {"notes", report.notes}};
+    Json json = {{"file", scene}, {"notes", report.notes}};
     if (!report.error.empty())
     {
         json["error"] = report.error;
@@ -64,36 +83,10 @@ nlohmann::ordered_json ReportJson(const std::string& scene, const ExportReport& 
             json["reason"] = report.why_cancelled;
         }
     }
-    json["files"] = nlohmann::ordered_json::array();
+    json["files"] = Json::array();
     for (const ExportReport::File& file : report.files)
     {
-        const PlannedFile& planned = file.planned;
-        const ExportedFile& exported = file.exported;
-        nlohmann::ordered_json entry = {
-            {"path", planned.path}, {"take", planned.take_name}, {"ok", exported.error.empty()}};
-        if (!exported.error.empty())
-        {
-            entry["error"] = exported.error;
-            entry["kept"] = exported.kept;
-            entry["skipped"] = exported.skipped;
-        }
-        else
-        {
-            entry["start"] = planned.range.start;
-            entry["end"] = planned.range.end;
-            entry["rate"] = RateJson(file.rate);
-            entry["nodes"] = exported.nodes;
-            entry["cameras"] = exported.cameras;
-            entry["samples"] = exported.samples;
-            entry["keysSampled"] = exported.keys_sampled;
-            entry["keysKept"] = exported.keys_kept;
-            entry["bytes"] = exported.bytes;
-            if (file.seconds)
-            {
-                entry["seconds"] = *file.seconds;
-            }
-        }
-        json["files"].push_back(std::move(entry));
+        json["files"].push_back(FileJson(file));
     }
     return json;
 }

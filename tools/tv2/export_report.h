@@ -1,9 +1,7 @@
 #pragma once
 
 #include "tools/tv2/export_check.h"
-#include "tools/tv2/export_plan.h"
-
-#include <nlohmann/json.hpp>
+#include "tools/tv2/json_answer.h"
 
 #include <optional>
 #include <ostream>
@@ -13,21 +11,21 @@
 namespace tv2
 {
 
-/// What the export verb tells about a run, once it is over.
+/// What the export verb prints after a run.
 struct ExportReport
 {
     struct File
     {
-        PlannedFile planned;
+        tev2_exporter::FilePlan planned;
         ExportedFile exported;
         double rate = 0.0;             ///< samples a second
-        std::optional<double> seconds; ///< that it took, where that was measured
+        std::optional<double> seconds; ///< it took, where measured
     };
 
     std::vector<std::string> notes; ///< of the import
     std::string error;              ///< why nothing was started; empty otherwise
-    std::optional<bool> cancelled;  ///< by the user, where there was one
-    std::string why_cancelled;      ///< where that was not the user
+    std::optional<bool> cancelled;  ///< whether nothing was exported, with the dialog
+    std::string why_cancelled;      ///< where the dialog did it, not the user
     std::vector<File> files;
 };
 
@@ -35,6 +33,6 @@ struct ExportReport
 void PrintReport(std::ostream& out, const ExportReport& report, std::size_t columns);
 
 /// The same as one object, with what went wrong.
-nlohmann::ordered_json ReportJson(const std::string& scene, const ExportReport& report);
+Json ReportJson(const std::string& scene, const ExportReport& report);
 
 } // namespace tv2

@@ -1,7 +1,7 @@
 #include "tools/tv2/dialog_export.h"
 #include "tools/tv2/export_check.h"
-#include "tools/tv2/export_plan.h"
 #include "tools/tv2/export_report.h"
+#include "tools/tv2/export_scene.h"
 #include "tools/tv2/exporter_module.h"
 #include "tools/tv2/json_answer.h"
 #include "tools/tv2/progress_bar.h"
@@ -9,13 +9,18 @@
 #include "tools/tv2/text.h"
 #include "tools/tv2/verb.h"
 
+#include "exporter/option_table.h"
 #include "exporter/rules/sampling_rate.h"
 #include "host/export_run/export_run.h"
 
-#include <memory>
+#include <string_view>
 
 namespace tv2
 {
+
+using tev2_exporter::ExportPlan;
+using tev2_exporter::FilePlan;
+using TEV2_LOADER::Status;
 
 namespace
 {
@@ -30,22 +35,6 @@ struct ExportVerbOptions
     bool quiet = false;
 };
 
-mobu_host::ExportCall CallOf(const ExportRequest& request, const ExportPlan& plan)
-{
-    mobu_host::ExportCall call;
-    call.path = OutputForExporter(request);
-    call.rate = plan.rate;
-    call.whole_take = plan.whole_take;
-    call.start_frame = plan.start_frame;
-    call.end_frame = plan.end_frame;
-    call.spaces_to_underscores = request.spaces_to_underscores;
-    call.keep_positive_z = request.keep_positive_z;
-    call.remove_namespace = request.remove_namespace;
-    call.disable_constraints = request.disable_constraints;
-    call.all_takes = request.all_takes;
-    return call;
-}
-
 /// One run of the verb, from the scene file to the report.
 class ExportRun
 {
@@ -58,7 +47,7 @@ public:
     void Run()
     {
         const bool dialog = options_.dialog || !options_.dialog_script.empty();
-        report_.error = dialog ? UseDialog() : UseScriptEntry();
+        report_.error = (dialog ? UseDialog() : UseScriptEntry()).Reason();
         if (!report_.error.empty())
         {
             Complain(report_.error, kExitCouldNotRun);
@@ -74,34 +63,44 @@ public:
     }
 
 private:
-    /// Both export, or give a reason why nothing was started.
-    std::string UseScriptEntry()
+    // Both export, or fail when nothing was started.
+
+    Status UseScriptEntry()
     {
-        std::string reason = OfScene(request_, CheckRequest(request_));
-        if (reason.empty())
+        if (Status checked = CheckRequest(request_); !checked)
         {
-            reason = OpenScene(request_, report_.notes);
+            return checked;
         }
-        if (reason.empty())
+        if (Status opened = OpenScene(request_, report_.notes); !opened)
         {
-            reason = OfScene(request_, PlanExport(request_, plan_));
+            return opened;
         }
-        if (reason.empty())
+        if (Status prepared = PrepareScene(request_); !prepared)
         {
-            reason = LoadPlugin();
+            return prepared;
         }
-        if (reason.empty() && request_.overwrite_read_only)
+        const tev2_exporter::SceneFacts scene = FactsOf(request_);
+        plan_ = tev2_exporter::PlanExport(request_.question, &scene);
+        if (Status allowed = StatusOf(request_, plan_.objection); !allowed)
         {
-            reason = MakeTargetsWritable(plan_);
+            return allowed;
         }
-        if (reason.empty())
+        std::string error;
+        const auto exporter = mobu_host::Exporter::Load(ExporterPath(options_.plugin), error);
+        if (!exporter)
         {
-            Export();
+            return Status::Failure(error);
         }
-        return reason;
+        if (Status writable = request_.overwrite_read_only ? MakeTargetsWritable(plan_.files) : Status();
+            !writable)
+        {
+            return writable;
+        }
+        Export(*exporter);
+        return {};
     }
 
-    std::string UseDialog()
+    Status UseDialog()
     {
         const bool stored =
             options_.settings.empty() ? options_.dialog_script.empty() : options_.settings == "stored";
@@ -114,41 +113,33 @@ private:
         }
         if (report_.cancelled.value_or(false))
         {
-            report_.why_cancelled = result.why_cancelled;
-            Complain("cancelled" +
-                         (result.why_cancelled.empty() ? "" : " by the dialog: " + result.why_cancelled) +
-                         ": nothing exported",
+            const std::string& why = report_.why_cancelled;
+            Complain("cancelled" + (why.empty() ? "" : " by the dialog: " + why) + ": nothing exported",
                      kExitFindings);
         }
-        return report_.error;
+        return report_.error.empty() ? Status() : Status::Failure(report_.error);
     }
 
     void Complain(const std::string& what, ExitCode code) { context_.Complain(what, code); }
 
-    std::string LoadPlugin()
-    {
-        std::string error;
-        exporter_ = mobu_host::Exporter::Load(ExporterPath(options_.plugin), error);
-        return error;
-    }
-
-    void Export()
+    void Export(const mobu_host::Exporter& exporter)
     {
         std::vector<FileStamp> before;
-        for (const PlannedFile& file : plan_.files)
+        for (const FilePlan& file : plan_.files)
         {
             before.push_back(FileStamp::Of(file.path));
         }
         const bool show = !options_.quiet && ErrorsGoToTerminal();
-        ExportWatch watch(plan_, show ? &context_.err : nullptr, TerminalColumns(Stream::kErrors));
+        ExportWatch watch(plan_.files, show ? &context_.err : nullptr, TerminalColumns(Stream::kErrors));
         std::string error;
-        const bool completed = exporter_->Run(CallOf(request_, plan_), error);
+        const bool completed = exporter.Run(plan_.call, error);
         watch.Finish();
 
+        const auto rate = static_cast<double>(static_cast<float>(plan_.call.rate));
         for (std::size_t i = 0; i < plan_.files.size(); ++i)
         {
             report_.files.push_back({plan_.files[i], CheckExportedFile(plan_.files[i], plan_, before[i]),
-                                     static_cast<double>(static_cast<float>(plan_.rate)), watch.Seconds(i)});
+                                     rate, watch.Seconds(i)});
         }
         report_.notes.insert(report_.notes.end(), plan_.notes.begin(), plan_.notes.end());
         if (!completed)
@@ -174,13 +165,7 @@ private:
     VerbContext& context_;
     ExportReport report_;
     ExportPlan plan_;
-    std::unique_ptr<mobu_host::Exporter> exporter_;
 };
-
-} // namespace
-
-namespace
-{
 
 class ExportVerb : public Verb
 {
@@ -188,76 +173,44 @@ public:
     std::vector<OptionRow> Options() override
     {
         ExportRequest& request = options_.request;
-        return {
+        tev2_exporter::ExportQuestion& question = request.question;
+        std::vector<OptionRow> rows = {
             SceneFileOption(request.scene),
             {.name = "OUTPUT",
-             .value = &request.output,
+             .value = &question.path,
              .help = "The file to write, ending in .tv2; with --all-takes the pattern of the names: out.tv2 "
                      "gives "
                      "out_<take>.tv2, a bare .tv2 gives <take>.tv2",
              .required = true},
-            {.name = "--fps",
-             .value = &request.rate,
-             .help = std::string("Samples per second (default: scene, the scene's transport rate): ") +
-                     tev2_exporter::kRatesThatAreUnderstood,
-             .check = NotEmpty},
+            ValueOption("fps", &question.rate, std::string(": ") + tev2_exporter::kRatesThatAreUnderstood),
             SceneRateOption(request.scene_rate),
-            {.name = "--start-frame",
-             .value = &request.start_frame,
-             .help = "First frame, counted at the transport rate (default: of the take)",
-             .check = NotEmpty},
-            {.name = "--end-frame",
-             .value = &request.end_frame,
-             .help = "Last frame, counted at the transport rate (default: of the take)",
-             .check = NotEmpty},
+            ValueOption("start_frame", &question.start_frame),
+            ValueOption("end_frame", &question.end_frame),
             {.name = "--take",
              .value = &request.take,
              .help = "Export this take (default: the one that is current in the scene)",
              .check = NotEmpty},
-            {.name = "--all-takes",
-             .value = &request.all_takes,
-             .help = "Export every take, each to a file of its own",
+            {.name = CommandLineName(kAllTakes),
+             .value = &question.flags.all_takes,
+             .help = kAllTakes.help,
              .excludes = "--take"},
             {.name = "--select",
              .value = &request.select,
              .help = "Export this model and what is below it, by its long name; may be given more than once "
-                     "(default: "
-                     "the whole scene)"},
-            {.name = "--[no-]spaces-to-underscores",
-             .value = &request.spaces_to_underscores,
-             .help = "Replace spaces in file names (on)"},
-            {.name = "--[no-]keep-positive-z",
-             .value = &request.keep_positive_z,
-             .help = "Turn the scene so that its Z axis keeps its sign (on)"},
-            {.name = "--[no-]remove-namespace",
-             .value = &request.remove_namespace,
-             .help = "Write node names without their namespaces (on)"},
-            {.name = "--[no-]disable-constraints",
-             .value = &request.disable_constraints,
-             .help = "Export with constraints inactive (off)"},
-            {.name = "--yes",
-             .value = &request.overwrite_read_only,
-             .help = "Overwrite read-only files without asking"},
-            ExporterOption(options_.plugin),
-            {.name = "--dialog",
-             .value = &options_.dialog,
-             .help = "Ask for the options as MotionBuilder does: in the exporter's own dialog, which "
-                     "remembers them"},
-            {.name = "--dialog-script",
-             .value = &options_.dialog_script,
-             .help = "Play the steps of this file to the dialog instead of showing it: click \"REGION\", set "
-                     "\"REGION\" "
-                     "on|off, edit \"REGION\" NUMBER, move LEFT TOP, close",
-             .check = NotEmpty},
-            {.name = "--settings",
-             .value = &options_.settings,
-             .help = "Where the dialog's settings come from and go to: \"stored\" are those of the last "
-                     "time, \"none\" "
-                     "are the defaults, and nothing is stored (default: stored for --dialog, none for "
-                     "--dialog-script)",
-             .one_of = {"stored", "none"}},
-            {.name = "--quiet", .value = &options_.quiet, .help = "Print nothing but errors"},
+                     "(default: the whole scene)"},
         };
+        for (const tev2_exporter::ExportOption& box : tev2_exporter::kCheckBoxes)
+        {
+            if (box.help)
+            {
+                rows.push_back(CheckBoxOption(box, question.flags));
+            }
+        }
+        for (OptionRow& row : OptionsOfTheCommand())
+        {
+            rows.push_back(std::move(row));
+        }
+        return rows;
     }
 
     std::string Refusal(const std::set<std::string>& given) const override
@@ -269,13 +222,12 @@ public:
                        ? ""
                        : "--settings are the dialog's: give --dialog or --dialog-script as well";
         }
-        for (const char* const name :
-             {"--fps", "--start-frame", "--end-frame", "--all-takes", "--spaces-to-underscores",
-              "--keep-positive-z", "--remove-namespace", "--disable-constraints"})
+        for (const tev2_exporter::ExportOption& option : tev2_exporter::kExportOptions)
         {
+            const std::string name = CommandLineName(option);
             if (given.contains(name))
             {
-                return std::string(name) + " is decided in the dialog: leave it out, or leave the dialog out";
+                return name + " is decided in the dialog: leave it out, or leave the dialog out";
             }
         }
         return {};
@@ -288,6 +240,53 @@ public:
     }
 
 private:
+    static constexpr const tev2_exporter::ExportOption& kAllTakes = tev2_exporter::Option("all_takes");
+
+    template <typename Value>
+    static OptionRow ValueOption(std::string_view name, Value* value, const std::string& more_help = {})
+    {
+        const tev2_exporter::ExportOption& option = tev2_exporter::Option(name);
+        return {.name = CommandLineName(option),
+                .value = value,
+                .help = option.help + more_help,
+                .check = NotEmpty};
+    }
+
+    static OptionRow CheckBoxOption(const tev2_exporter::ExportOption& box, tev2_exporter::ExportFlags& flags)
+    {
+        bool& flag = flags.*box.flag;
+        return {.name = "--[no-]" + CommandLineName(box).substr(2),
+                .value = &flag,
+                .help = std::string(box.help) + (flag ? " (on)" : " (off)")};
+    }
+
+    std::vector<OptionRow> OptionsOfTheCommand()
+    {
+        return {
+            {.name = "--yes",
+             .value = &options_.request.overwrite_read_only,
+             .help = "Overwrite read-only files without asking"},
+            ExporterOption(options_.plugin),
+            {.name = "--dialog",
+             .value = &options_.dialog,
+             .help = "Ask for the options as MotionBuilder does: in the exporter's own dialog, which "
+                     "remembers them"},
+            {.name = "--dialog-script",
+             .value = &options_.dialog_script,
+             .help = "Play the steps of this file to the dialog instead of showing it: click \"REGION\", set "
+                     "\"REGION\" on|off, edit \"REGION\" NUMBER, move LEFT TOP, close",
+             .check = NotEmpty},
+            {.name = "--settings",
+             .value = &options_.settings,
+             .help =
+                 "Where the dialog's settings come from and go to: \"stored\" are those of the last time, "
+                 "\"none\" are the defaults, and nothing is stored (default: stored for --dialog, none for "
+                 "--dialog-script)",
+             .one_of = {"stored", "none"}},
+            {.name = "--quiet", .value = &options_.quiet, .help = "Print nothing but errors"},
+        };
+    }
+
     ExportVerbOptions options_;
 };
 

@@ -25,17 +25,15 @@ double SecondsBetween(ExportWatch::Clock::time_point from, ExportWatch::Clock::t
 
 } // namespace
 
-ExportWatch::ExportWatch(const ExportPlan& plan, std::ostream* terminal, std::size_t columns)
-    : plan_(plan),
-      terminal_(terminal),
-      columns_(columns),
-      seconds_(plan.files.size()),
-      begun_(plan.files.size())
+ExportWatch::ExportWatch(const std::vector<tev2_exporter::FilePlan>& files, std::ostream* terminal,
+                         std::size_t columns)
+    : files_(files), terminal_(terminal), columns_(columns), seconds_(files.size()), begun_(files.size())
 {
-    for (std::size_t i = 0; i < plan.files.size(); ++i)
+    for (std::size_t i = 0; i < files.size(); ++i)
     {
-        total_ += plan.files[i].instants.size();
-        file_of_.emplace(plan.files[i].take, i);
+        samples_of_.push_back(tev2_exporter::SampledInstants(files[i].range).size());
+        total_ += samples_of_.back();
+        file_of_.emplace(mobu_host::Scene().Takes[static_cast<int>(files[i].take)], i);
     }
     mobu_host::ObserverCalls calls;
     calls.on_goto = [this](FBTime time, FBTake* take) { OnGoto(time.GetSecondDouble(), take); };
@@ -56,25 +54,26 @@ void ExportWatch::Finish()
 
 void ExportWatch::OnGoto(double seconds, FBTake* take)
 {
-    if (file_ == kNoFile || plan_.files[file_].take != take)
-    {
-        // The player goes back to where it was after the last file: a take that has had its turn is left alone.
-        const auto found = file_of_.find(take);
-        if (found != file_of_.end() && !begun_[found->second])
-        {
-            EndFile();
-            file_ = found->second;
-            begun_[file_] = true;
-            samples_ = 0;
-            file_start_ = Clock::now();
-        }
-    }
-    if (file_ == kNoFile || plan_.files[file_].take != take)
+    const auto found = file_of_.find(take);
+    if (found == file_of_.end())
     {
         return;
     }
+    if (found->second != file_)
+    {
+        // After the last file the player goes back to where it was: a take that has had its turn is left alone.
+        if (begun_[found->second])
+        {
+            return;
+        }
+        EndFile();
+        file_ = found->second;
+        begun_[file_] = true;
+        samples_ = 0;
+        file_start_ = Clock::now();
+    }
     ++samples_;
-    if (samples_ >= plan_.files[file_].instants.size())
+    if (samples_ >= samples_of_[file_])
     {
         Erase(); // the exporter may have a question before the next file
     }
@@ -86,16 +85,16 @@ void ExportWatch::OnGoto(double seconds, FBTake* take)
 
 void ExportWatch::Draw(double seconds)
 {
-    const PlannedFile& file = plan_.files[file_];
-    const double part = static_cast<double>(samples_) / static_cast<double>(file.instants.size());
+    const tev2_exporter::FilePlan& file = files_[file_];
+    const double part = static_cast<double>(samples_) / static_cast<double>(samples_of_[file_]);
     const double whole = static_cast<double>(done_ + samples_) / static_cast<double>(total_);
     last_drawn_ = Clock::now();
     const double elapsed = SecondsBetween(start_, last_drawn_);
 
     ProgressText text;
     text.take = file.take_name;
-    text.file = plan_.files.size() > 1 ? file_ + 1 : 0;
-    text.files = plan_.files.size();
+    text.file = files_.size() > 1 ? file_ + 1 : 0;
+    text.files = files_.size();
     text.part = part;
     text.seconds = seconds;
     text.end = static_cast<double>(file.range.end);
@@ -124,7 +123,7 @@ void ExportWatch::EndFile()
         return;
     }
     seconds_[file_] = SecondsBetween(file_start_, Clock::now());
-    done_ += plan_.files[file_].instants.size();
+    done_ += samples_of_[file_];
     file_ = kNoFile;
 }
 

@@ -1,6 +1,8 @@
 #pragma once
 
-#include "tools/tv2/export_plan.h"
+#include "exporter/rules/rules.h"
+
+#include <fbsdk/fbsdk.h>
 
 #include <chrono>
 #include <cstddef>
@@ -25,8 +27,9 @@ class ExportWatch
 public:
     using Clock = std::chrono::steady_clock;
 
-    /// `terminal` is where the line is drawn, `columns` wide; null for none. The plan must outlive the watch.
-    ExportWatch(const ExportPlan& plan, std::ostream* terminal, std::size_t columns = 80);
+    /// `terminal` is where the line is drawn, `columns` wide; null for none. The files must outlive the watch.
+    ExportWatch(const std::vector<tev2_exporter::FilePlan>& files, std::ostream* terminal,
+                std::size_t columns = 80);
     ~ExportWatch();
 
     /// The export has returned: takes the line away and stops the clock.
@@ -43,12 +46,13 @@ private:
     void Erase();
     void EndFile();
 
-    const ExportPlan& plan_;
+    const std::vector<tev2_exporter::FilePlan>& files_;
+    std::vector<std::size_t> samples_of_; ///< each file
     std::ostream* terminal_;
     std::size_t columns_;
     std::vector<double> seconds_;
     std::vector<bool> begun_;
-    std::unordered_map<const FBTake*, std::size_t> file_of_; ///< index in the plan
+    std::unordered_map<const FBTake*, std::size_t> file_of_; ///< index in the files
     std::size_t file_ = kNoFile;                             ///< that is sampled now
     std::size_t samples_ = 0;                                ///< of that file
     std::size_t total_ = 0;                                  ///< of all files of the plan

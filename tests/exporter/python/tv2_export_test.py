@@ -219,8 +219,8 @@ class RefusedTest(ScratchTest):
         before = self.written()
         cases = [  # the code of a rule, or what the wrapper itself says
             ("no-tv2-name", self.path("out.fbx"), {}),
-            ("is no text", 7, {}),
-            ("is no text", None, {}),
+            ("is not text", 7, {}),
+            ("is not text", None, {}),
             ("zero byte", self.path("a\0.tv2"), {}),
             ("characters that", self.path("\ud800.tv2"), {}),
             ("no-folder", self.path("gone/out.tv2"), {}),
@@ -228,15 +228,15 @@ class RefusedTest(ScratchTest):
             ("path-too-long", self.path("a" * (261 - len(self.path(".tv2"))) + ".tv2"), {}),
             ("is-the-scene", self.path("self.tv2"), {}),
             ("not-a-file", self.path("pipe.tv2"), {}),
-            ("fps is no rate", out, {"fps": True}),
-            ("fps is no rate", out, {"fps": [50]}),
+            ("fps is not a rate", out, {"fps": True}),
+            ("fps is not a rate", out, {"fps": [50]}),
             ("rate-unreadable", out, {"fps": "fast"}),
             ("rate-out-of-range", out, {"fps": 0}),
             ("rate-out-of-range", out, {"fps": -30}),
             ("rate-out-of-range", out, {"fps": 100000000}),
             ("rate-out-of-range", out, {"fps": float("nan")}),
-            ("start_frame is no whole number", out, {"start_frame": 0.5}),
-            ("end_frame is no whole number", out, {"end_frame": -2**31 - 1}),
+            ("start_frame is not a 32-bit integer", out, {"start_frame": 0.5}),
+            ("end_frame is not a 32-bit integer", out, {"end_frame": -2**31 - 1}),
             ("range-reversed", out, {"start_frame": 2, "end_frame": 1}),
             ("range-outside", out, {"start_frame": 3}),
             ("range-outside", out, {"end_frame": -1}),
@@ -272,13 +272,13 @@ class RefusedTest(ScratchTest):
     def test_scenes(self):
         cases = [
             ("there is no such file", self.path("gone.bvh"), {}),
-            ("is no text", None, {}),
+            ("is not text", None, {}),
             ('there is no take "Dance"; the scene has "Motion"', self.walk, {"take": "Dance"}),
             ('there is no take "motion" (did you mean "Motion"?)', self.walk, {"take": "motion"}),
             ('there is no model "Leg"', self.walk, {"select": ["Hips", "Leg"]}),
             ('there is no model "hip" (did you mean "Hips"?)', self.walk, {"select": "hip"}),
-            ("scene_rate is no rate", self.walk, {"scene_rate": 0}),
-            ("scene_rate is no rate", self.walk, {"scene_rate": "24"}),
+            ("scene_rate is not a rate", self.walk, {"scene_rate": 0}),
+            ("scene_rate is not a rate", self.walk, {"scene_rate": "24"}),
         ]
         for reason, path, options in cases:
             with self.subTest(reason=reason):
@@ -401,6 +401,13 @@ class ReadableTest(ScratchTest):
         self.assertEqual(self.written(), [])
         files = export(self.path("x.tv2"), **arguments)
         self.assertEqual((files, files.rate, files.notes), plan)
+
+    def test_options_and_their_names(self):
+        self.assertEqual([(option.name, option.default) for option in tv2_export.options()],
+                         [("spaces_to_underscores", True), ("keep_positive_z", True), ("remove_namespace", True),
+                          ("disable_constraints", False), ("all_takes", False)])
+        with self.assertRaisesRegex(TypeError, "unexpected keyword argument 'all_take'"):
+            export(self.path("x.tv2"), all_take=True)
 
     def test_progress(self):
         open_scene(ROBOT)

@@ -42,7 +42,7 @@ Work WorkOf(std::size_t size)
     const std::string folder = testing::TempDir();
     ExportQuestion question;
     question.path = folder + "growth.tv2";
-    question.all_takes = true;
+    question.flags.all_takes = true;
     SceneFacts scene;
     scene.transport_rate = 25.0;
     scene.models.resize(size, {0, false, false});
@@ -55,7 +55,7 @@ Work WorkOf(std::size_t size)
         scene.files.push_back(folder + "missing " + std::to_string(i));
     }
     const Work before = {tv2_tests::AllocationCount(), files_examined};
-    const RulesPlan plan = PlanExport(question, &scene);
+    const ExportPlan plan = PlanExport(question, &scene);
     const Work work = {tv2_tests::AllocationCount() - before.allocations, files_examined - before.files};
     EXPECT_EQ(plan.objection.text, "");
     EXPECT_EQ(plan.files.size(), size);

@@ -55,7 +55,7 @@ protected:
     void Write(const std::string& name) const { std::ofstream(folder_ / name) << "content"; }
 
     /// A walk of 0 to 2 s at 25 frames a second: root, hips with a leg, a camera; and a second take of 1 s.
-    RulesPlan Plan(const Change& change = {}) const
+    ExportPlan Plan(const Change& change = {}) const
     {
         ExportQuestion question;
         question.path = Path("out.tv2");
@@ -97,7 +97,7 @@ TEST_F(RulesTest, EachObjectsOnce)
             [=, this](ExportQuestion& q, SceneFacts& s)
             {
                 q.path = Path(".tv2");
-                q.all_takes = true;
+                q.flags.all_takes = true;
                 s.takes[0].name = first;
                 s.takes[1].name = second;
                 q.file_names =
@@ -192,7 +192,7 @@ TEST_F(RulesTest, EachObjectsOnce)
     };
     for (const auto& c : cases)
     {
-        const RulesPlan plan = Plan(c.change);
+        const ExportPlan plan = Plan(c.change);
         SCOPED_TRACE(c.part_of_the_text);
         EXPECT_STREQ(plan.objection.code, c.code) << plan.objection.text;
         EXPECT_NE(plan.objection.text.find(c.part_of_the_text), std::string::npos) << plan.objection.text;
@@ -213,7 +213,7 @@ TEST_F(RulesTest, OnlyFilesOfTheirOwnAreTargets)
 
     Write("out_Walk.tv2");
     fs::create_hard_link(Path("out_Walk.tv2"), Path("out_Run.tv2"));
-    const auto all = [](ExportQuestion& q, SceneFacts&) { q.all_takes = true; };
+    const auto all = [](ExportQuestion& q, SceneFacts&) { q.flags.all_takes = true; };
     EXPECT_STREQ(Plan(all).objection.code, "same-file");
     fs::remove(Path("out_Run.tv2"));
     EXPECT_STREQ(Plan(all).objection.code, nullptr);
@@ -250,13 +250,13 @@ TEST_F(RulesTest, RatesAreNumbersFractionsAndNames)
     };
     for (const auto& c : cases)
     {
-        const RulesPlan plan = Plan(
+        const ExportPlan plan = Plan(
             [&c](ExportQuestion& q, SceneFacts& s)
             {
                 q.rate = c.text;
                 s.takes.resize(1);
             });
-        EXPECT_EQ(plan.rate, c.rate) << c.text;
+        EXPECT_EQ(plan.call.rate, c.rate) << c.text;
         EXPECT_EQ(plan.files.at(0).range.rate, static_cast<float>(c.rate)) << c.text;
         EXPECT_EQ(plan.notes.empty() ? "" : plan.notes[0].substr(0, std::string(c.note).size()), c.note);
         EXPECT_EQ(plan.notes.empty(), c.note[0] == '\0') << c.text;
@@ -281,7 +281,7 @@ TEST_F(RulesTest, ADefaultRateIsNotedWhereRoundingMovesTheInstants)
     };
     for (const auto& c : cases)
     {
-        const RulesPlan plan = Plan(
+        const ExportPlan plan = Plan(
             [&c](ExportQuestion& q, SceneFacts& s)
             {
                 q.rate = c.text;
@@ -297,7 +297,7 @@ TEST_F(RulesTest, ADefaultRateIsNotedWhereRoundingMovesTheInstants)
 
 TEST_F(RulesTest, NotesSayWhatIsCutOrLeftOut)
 {
-    const RulesPlan plan = Plan(
+    const ExportPlan plan = Plan(
         [](ExportQuestion& q, SceneFacts& s)
         {
             q.start_frame = -5;
@@ -318,7 +318,7 @@ TEST_F(RulesTest, CountsWhatIsSelected)
 {
     const auto count = [this](std::vector<std::size_t> selected)
     {
-        const RulesPlan plan = Plan(
+        const ExportPlan plan = Plan(
             [&](ExportQuestion&, SceneFacts& s)
             {
                 for (const std::size_t model : selected)

@@ -156,7 +156,7 @@ TEST_F(DialogExportTest, WritesAndRemembersWhatWasChosen)
         for (const auto& file : json.at("files"))
             EXPECT_EQ(file.at("rate"), c.rate);
         for (const auto& file : json.at("files"))
-            EXPECT_TRUE(c.files.contains(fs::path(file.at("path").get<std::string>()).filename()));
+            EXPECT_TRUE(c.files.contains(fs::path(file.at("output").get<std::string>()).filename()));
         EXPECT_EQ(json.at("files").at(0).at("samples"), c.samples);
         EXPECT_FLOAT_EQ(json.at("files").at(0).at("end").get<float>(), static_cast<float>(c.end));
         EXPECT_EQ(Remembered(c.scene == std::string("walk.bvh") ? 2 : 0), c.settings);
@@ -264,7 +264,7 @@ TEST_F(DialogExportTest, WhatWentWrongIsToldFileByFile)
     fs::remove_all(Path("config"));
     const CommandResult one_name = Play(kAllTakes + kExport, "takes.gltf", "x.tv2");
     EXPECT_EQ(one_name.exit_code, 1);
-    EXPECT_NE(one_name.err.find("x_A_b.tv2: was over-written by take \"A_b\""), std::string::npos)
+    EXPECT_NE(one_name.err.find("x_A_b.tv2: was overwritten by take \"A_b\""), std::string::npos)
         << one_name.err;
 
     fs::remove_all(Path("config"));

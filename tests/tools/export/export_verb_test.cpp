@@ -90,7 +90,7 @@ TEST_F(ExportVerbTest, WritesTheTakeAndTellsWhatItWrote)
     const CommandResult run = ExportWalk("out.tv2", {"--json"});
     EXPECT_EQ(run.exit_code, 0) << run.err;
     const auto file = run.Json().at("files").at(0);
-    EXPECT_EQ(file.at("path"), Path("out.tv2"));
+    EXPECT_EQ(file.at("output"), Path("out.tv2"));
     EXPECT_EQ(file.at("take"), "Motion");
     EXPECT_EQ(file.at("ok"), true);
     EXPECT_EQ(file.at("rate"), 25);
@@ -287,8 +287,8 @@ TEST_F(ExportVerbTest, FractionalRatesNeitherReadNorStoreSettings)
         ASSERT_EQ(run.exit_code, 0) << run.err;
         const auto file = run.Json().at("files").at(0);
         EXPECT_EQ(file.at("rate"), c.rate);
-        EXPECT_EQ(file.at("start"), c.start);
-        EXPECT_EQ(file.at("end"), c.end);
+        EXPECT_EQ(file.at("start").get<float>(), c.start);
+        EXPECT_EQ(file.at("end").get<float>(), c.end);
         EXPECT_EQ(file.at("samples"), c.samples);
         fs::rename(Path(c.file), Path("fractional"));
     }

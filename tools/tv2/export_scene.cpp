@@ -1,0 +1,185 @@
+#include "tools/tv2/export_scene.h"
+
+#include "host/import/scene_import.h"
+#include "text/closest_name.h"
+#include "tools/tv2/system.h"
+#include "tools/tv2/text.h"
+
+#include <mobu_host/scene.h>
+
+#include <algorithm>
+#include <cstring>
+#include <map>
+
+namespace tv2
+{
+
+using tev2_exporter::FilePlan;
+using tev2_exporter::Objection;
+using tev2_exporter::SceneFacts;
+using TEV2_LOADER::Status;
+
+namespace
+{
+
+std::vector<FBTake*> TakesOfScene()
+{
+    FBPropertyListTake& takes = mobu_host::Scene().Takes;
+    std::vector<FBTake*> list;
+    list.reserve(static_cast<std::size_t>(takes.GetCount()));
+    for (int i = 0; i < takes.GetCount(); ++i)
+    {
+        list.push_back(takes[i]);
+    }
+    return list;
+}
+
+std::string NameOf(FBTake& take)
+{
+    return static_cast<const char*>(take.Name);
+}
+
+std::string LongNameOf(FBModel& model)
+{
+    return static_cast<const char*>(model.LongName);
+}
+
+/// What to put after a name that nothing in the scene has.
+std::string MeantOrAll(const std::string& name, const std::vector<std::string>& names)
+{
+    return DidYouMeanOr(name, names, "; the scene has " + Listed(names));
+}
+
+Status ChooseTake(const std::string& name)
+{
+    std::vector<std::string> names;
+    for (FBTake* take : TakesOfScene())
+    {
+        names.push_back(NameOf(*take));
+        if (names.back() == name)
+        {
+            FBSystem().CurrentTake = take;
+            return {};
+        }
+    }
+    return Status::Failure("there is no take " + Quoted(name) + MeantOrAll(name, names));
+}
+
+Status SelectModel(const std::string& name)
+{
+    std::vector<std::string> names;
+    std::vector<std::string> meant;
+    for (FBModel* model : mobu_host::ModelsInPreOrder())
+    {
+        names.push_back(LongNameOf(*model));
+        if (names.back() == name)
+        {
+            model->Selected = true;
+            return {};
+        }
+        if (names.back().ends_with(":" + name))
+        {
+            meant.push_back(names.back());
+        }
+    }
+    return Status::Failure(
+        "there is no model " + Quoted(name) +
+        (meant.empty() ? MeantOrAll(name, names) : "; models of that short name: " + Listed(meant)));
+}
+
+Status OfScene(const ExportRequest& request, const Status& status)
+{
+    return status ? status : Status::Failure(OneLine(request.scene) + ": " + status.Reason());
+}
+
+std::vector<tev2_exporter::SceneModel> ModelsOfScene()
+{
+    std::vector<tev2_exporter::SceneModel> list;
+    std::map<FBModel*, std::int32_t> indices;
+    for (FBModel* model : mobu_host::ModelsInPreOrder())
+    {
+        const auto parent = indices.find(model->Parent);
+        indices.emplace(model, static_cast<std::int32_t>(list.size()));
+        list.push_back(
+            {parent == indices.end() ? -1 : parent->second, model->Selected, model->Is(FBCamera::TypeInfo)});
+    }
+    return list;
+}
+
+} // namespace
+
+Status CheckRequest(const ExportRequest& request)
+{
+    return StatusOf(request, tev2_exporter::PlanExport(request.question, nullptr).objection);
+}
+
+Status OpenScene(ExportRequest& request, std::vector<std::string>& notes)
+{
+    mobu_host::ImportOptions options;
+    options.scene_rate = request.scene_rate;
+    const mobu_host::SceneImportResult scene = mobu_host::ImportScene(request.scene, options);
+    notes = scene.notes;
+    request.source_files = scene.source_files;
+    return scene.ok ? Status() : Status::Failure(scene.error);
+}
+
+Status PrepareScene(const ExportRequest& request)
+{
+    if (const Objection nothing = tev2_exporter::CheckScene(FactsOf(request)))
+    {
+        return StatusOf(request, nothing);
+    }
+    if (const Status chosen = request.take.empty() ? Status() : ChooseTake(request.take); !chosen)
+    {
+        return OfScene(request, chosen);
+    }
+    for (const std::string& name : request.select)
+    {
+        if (const Status selected = SelectModel(name); !selected)
+        {
+            return OfScene(request, selected);
+        }
+    }
+    return {};
+}
+
+SceneFacts FactsOf(const ExportRequest& request)
+{
+    SceneFacts scene;
+    scene.transport_rate = FBPlayerControl().GetTransportFpsValue();
+    FBTake* const current = FBSystem().CurrentTake;
+    for (FBTake* take : TakesOfScene())
+    {
+        const FBTimeSpan span = take->LocalTimeSpan;
+        if (take == current)
+        {
+            scene.current_take = scene.takes.size();
+        }
+        scene.takes.push_back(
+            {NameOf(*take), span.GetStart().GetSecondDouble(), span.GetStop().GetSecondDouble()});
+    }
+    scene.models = ModelsOfScene();
+    scene.files = request.source_files;
+    scene.files.insert(scene.files.begin(), request.scene);
+    return scene;
+}
+
+Status MakeTargetsWritable(const std::vector<FilePlan>& files)
+{
+    for (const FilePlan& file : files)
+    {
+        const int error = FileStamp::Of(file.path).read_only ? MakeWritable(file.path) : 0;
+        if (error != 0)
+        {
+            return Status::Failure("cannot make " + Quoted(file.path) + " writable: " + std::strerror(error));
+        }
+    }
+    return {};
+}
+
+Status StatusOf(const ExportRequest& request, const Objection& objection)
+{
+    return objection ? OfScene(request, Status::Failure(objection.text)) : Status();
+}
+
+} // namespace tv2
