@@ -150,7 +150,7 @@ def options():
 
 
 def open_scene(path, take=None, select=(), scene_rate=None):
-    """Opens a scene file (FBX, BVH, glTF, Collada) in the headless host, in place of the scene that was open.
+    """Opens a scene file in the headless host, in place of the scene that was open.
 
     The take of that name becomes current; without a name the one that was current when an FBX scene was saved, and the
     first of other scenes. The models with these long names are selected. `scene_rate` is the transport rate in frames

@@ -30,10 +30,10 @@
 #define MOBU_HOST_API MOBU_HOST_EXPORTED
 #endif
 
-// Empties the scene and opens the file (FBX, BVH, glTF, Collada) into it. The take that was open when an FBX file was
-// saved is then current, the first of other files, and nothing is selected. On success `text` receives what the file
-// holds and the scene does not, or holds differently: lines that end in "\n", often none. On failure it receives one
-// line with the file and the cause, and the scene is as it was.
+// Empties the scene and opens a scene file into it. The take that was open when an FBX file was saved is then current, the
+// first of other files, and nothing is selected. On success `text` receives what the file holds and the scene does not, or
+// holds differently: lines that end in "\n", often none. On failure it receives one line with the file and the cause, and
+// the scene is as it was.
 MOBU_HOST_API int mobu_host_open_scene(const char* path, char* text, size_t size);
 
 // The same with a transport rate of the caller's choice, in frames a second; 0 leaves it to the file.

@@ -1,6 +1,7 @@
 #pragma once
 
-// The scene formats: the one list of what is read, and how it is recognised.
+// The scene formats: the one table of what is read. A new format is a reader, a row here and a section of
+// docs/scene_files.md.
 
 #include "host/import/import_notes.h"
 #include "host/import/import_options.h"

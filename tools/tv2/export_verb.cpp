@@ -12,6 +12,7 @@
 #include "exporter/option_table.h"
 #include "exporter/rules/sampling_rate.h"
 #include "host/export_run/export_run.h"
+#include "host/import/formats.h"
 
 #include <string_view>
 
@@ -290,10 +291,13 @@ private:
     ExportVerbOptions options_;
 };
 
+const std::string kExportHelp =
+    "Exports a scene file (" + mobu_host::ReadableFormats(", ") + ") to .tv2 files";
+
 const VerbRegistration kExportVerb({
     .name = "export",
     .place = 1,
-    .help = "Exports a scene file (FBX, BVH, glTF, Collada) to .tv2 files",
+    .help = kExportHelp,
     .examples = "tv2 export walk.bvh walk.tv2\n"
                 "tv2 export --all-takes --fps 60 robot.glb robot.tv2\n"
                 "tv2 export --select Hips --start-frame 10 --end-frame 60 walk.bvh hips.tv2\n"

@@ -5,6 +5,7 @@
 #include "tools/tv2/text.h"
 #include "tools/tv2/verb.h"
 
+#include "host/import/formats.h"
 #include "host/import/scene_import.h"
 
 #include <mobu_host/scene.h>
@@ -339,10 +340,12 @@ private:
     SceneVerbOptions options_;
 };
 
+const std::string kSceneHelp = "What is in a scene file (" + mobu_host::ReadableFormats(", ") + ")";
+
 const VerbRegistration kSceneVerb({
     .name = "scene",
     .place = 2,
-    .help = "What is in a scene file (FBX, BVH, glTF, Collada)",
+    .help = kSceneHelp,
     .examples = "tv2 scene walk.bvh\n"
                 "tv2 scene --json robot.glb | jq '.takes[].name'",
     .json_help = "Print JSON; positions are those of the first frame, in centimetres",
