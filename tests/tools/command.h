@@ -1,37 +1,46 @@
 #pragma once
 
+#include "tests/support/run_command.h"
+#include "tests/support/scratch_folder.h"
+
+#include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
 
-#include <filesystem>
 #include <string>
 #include <vector>
 
-/// What a run of the command left behind.
-struct CommandResult
-{
-    int exit_code = -1; ///< -1 when it did not end by itself
-    std::string out;
-    std::string err;
-    long peak_kilobytes = 0; ///< of memory that was resident at one time
+using tv2_tests::ScratchFolder;
 
+struct CommandResult : tv2_tests::CommandResult
+{
     /// The standard output as JSON; a failed test and null when it is none.
-    nlohmann::json Json() const;
+    nlohmann::json Json() const
+    {
+        nlohmann::json json = nlohmann::json::parse(out, nullptr, false);
+        EXPECT_FALSE(json.is_discarded()) << "not JSON: " << out << err;
+        return json.is_discarded() ? nlohmann::json() : json;
+    }
 };
 
 /// Runs the built command with these arguments and waits for it.
-CommandResult RunTv2(const std::vector<std::string>& arguments);
-
-/// A folder of its own that is gone with the object.
-class ScratchFolder
+inline CommandResult RunTv2(const std::vector<std::string>& arguments)
 {
-public:
-    ScratchFolder();
-    ~ScratchFolder();
-    ScratchFolder(const ScratchFolder&) = delete;
-    ScratchFolder& operator=(const ScratchFolder&) = delete;
+    std::vector<std::string> command = {TV2_COMMAND};
+    command.insert(command.end(), arguments.begin(), arguments.end());
+    return {tv2_tests::RunCommand(command)};
+}
 
-    std::string Path(const std::string& name) const { return (path_ / name).string(); }
+/// What "files" says of the only file.
+inline nlohmann::json FileOf(const CommandResult& result)
+{
+    return result.Json()["files"][0];
+}
 
-private:
-    std::filesystem::path path_;
-};
+/// The text has each of the parts.
+inline void ExpectParts(const std::string& text, const std::vector<std::string>& parts)
+{
+    for (const std::string& part : parts)
+    {
+        EXPECT_NE(text.find(part), std::string::npos) << part << "\nin\n" << text;
+    }
+}

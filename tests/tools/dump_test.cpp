@@ -1,15 +1,13 @@
 // tv2 dump: every value of a file, to the bit.
 
-#include "tests/tools/command.h"
-#include "tests/tools/scene_files.h"
-
-#include <gtest/gtest.h>
+#include "tests/tools/tool_test.h"
 
 #include <bit>
 #include <limits>
 #include <random>
 
 using namespace TEV2_LOADER;
+using namespace tv2_tests;
 
 namespace
 {
@@ -34,27 +32,27 @@ std::uint32_t BitsOf(const nlohmann::json& value)
     return text[0] == '-' ? 0xFF800000 : 0x7F800000;
 }
 
-nlohmann::json DumpJson(const TEV2& scene)
+class DumpTest : public ToolTest
 {
-    const ScratchFolder folder;
-    SaveScene(scene, folder.Path("scene.tv2"));
-    const CommandResult result = RunTv2({"dump", "--json", folder.Path("scene.tv2")});
-    EXPECT_EQ(result.exit_code, 0) << result.err;
-    return result.Json();
-}
+protected:
+    nlohmann::json DumpJson(const TEV2& scene) const
+    {
+        const auto result = RunTv2({"dump", "--json", Save(scene)});
+        EXPECT_EQ(result.exit_code, 0) << result.err;
+        return result.Json();
+    }
+};
 
-TEST(Dump, FloatsReadBackToTheSameBits)
+TEST_F(DumpTest, FloatsReadBackToTheSameBits)
 {
     std::vector<std::uint32_t> patterns = {
-        Bits(0.1F),   Bits(-0.0F), Bits(1.0F), Bits(1.0F / 3.0F), Bits(16777216.0F), Bits(1e20F),
-        Bits(1e-45F), 0x00000001,  0x007FFFFF, 0x00800000,        0x7F7FFFFF,        0xFF7FFFFF,
+        Bits(0.1f),   Bits(-0.0f), Bits(1.0f), Bits(1.0f / 3.0f), Bits(16777216.0f), Bits(1e20f),
+        Bits(1e-45f), 0x00000001,  0x007FFFFF, 0x00800000,        0x7F7FFFFF,        0xFF7FFFFF,
         0x7F800000,   0xFF800000,  0x7FC00000, 0xFFC00000,        0x7FC12345,        0x7F800001,
     };
     std::mt19937 random(20240305);
     for (int i = 0; i < 3000; ++i)
-    {
         patterns.push_back(static_cast<std::uint32_t>(random()));
-    }
     TEV2 scene;
     auto track = std::make_unique<TEV2_ANIMATABLE_FLOAT32_LINEAR>();
     for (const std::uint32_t pattern : patterns)
@@ -75,33 +73,29 @@ TEST(Dump, FloatsReadBackToTheSameBits)
     }
 }
 
-TEST(Dump, FloatsAreAsShortAsTheyCanBe)
+TEST_F(DumpTest, FloatsAreAsShortAsTheyCanBe)
 {
-    const ScratchFolder folder;
     TEV2 scene;
-    scene.environment.timeRange = {0.1F, 16777216.0F};
-    SaveScene(scene, folder.Path("scene.tv2"));
-    const std::string tree = RunTv2({"dump", folder.Path("scene.tv2")}).out;
-    EXPECT_NE(tree.find("minimum: 0.1\n"), std::string::npos) << tree;
-    EXPECT_NE(tree.find("maximum: 16777216.0\n"), std::string::npos) << tree;
-    EXPECT_NE(tree.find("version: 1.16\n"), std::string::npos) << tree;
+    scene.environment.timeRange = {0.1f, 16777216.0f};
+    ExpectParts(RunTv2({"dump", Save(scene)}).out,
+                {"minimum: 0.1\n", "maximum: 16777216.0\n", "version: 1.16\n"});
 }
 
-TEST(Dump, JsonHoldsEveryRecordOfAScene)
+TEST_F(DumpTest, JsonHoldsEveryRecordOfAScene)
 {
     TEV2 scene;
     FillSoundScene(scene);
     scene.environment.environmentColour =
-        MakeTrack<TEV2_ANIMATABLE_COLOUR_LINEAR>({{0.0F, {0.1F, 0.2F, 0.3F, 0.4F}}});
+        MakeTrack<TEV2_ANIMATABLE_COLOUR_LINEAR>({{0.0f, {0.1f, 0.2f, 0.3f, 0.4f}}});
     scene.environment.reserved = {1, 2, 3, 4, 5, 6, 7, 0xFF};
     scene.cameras[0]->bounds =
-        MakeTrack<TEV2_ANIMATABLE_BOUNDING_BOX_LINEAR>({{0.0F, {{-1.0F, -2.0F, -3.0F}, {1.0F, 2.0F, 3.0F}}}});
+        MakeTrack<TEV2_ANIMATABLE_BOUNDING_BOX_LINEAR>({{0.0f, {{-1.0f, -2.0f, -3.0f}, {1.0f, 2.0f, 3.0f}}}});
     auto blur = std::make_unique<TEV2_CAMERA_MOTION_BLUR_EFFECT>();
-    blur->shutterTime = MakeTrack<TEV2_ANIMATABLE_FLOAT32_LINEAR>({{0.0F, 0.02F}});
+    blur->shutterTime = MakeTrack<TEV2_ANIMATABLE_FLOAT32_LINEAR>({{0.0f, 0.02f}});
     scene.cameras[0]->effects.push_back(std::move(blur));
     scene.cameras[0]->effects.push_back(nullptr);
     scene.matrixHierarchy.nodes[2].scale =
-        MakeTrack<TEV2_ANIMATABLE_VECTOR_3_LINEAR>({{0.0F, {2.0F, 3.0F, 4.0F}}});
+        MakeTrack<TEV2_ANIMATABLE_VECTOR_3_LINEAR>({{0.0f, {2.0f, 3.0f, 4.0f}}});
     scene.matrixHierarchy.nodes[2].userText = TEV2_WIDE_STRING(u"kept");
     scene.ambientLight = std::make_unique<TEV2_AMBIENT_LIGHT>();
     scene.ambientLight->body.bytes = {0xDE, 0xAD};
@@ -167,7 +161,7 @@ TEST(Dump, JsonHoldsEveryRecordOfAScene)
     EXPECT_EQ(json["bytes"], offset);
 }
 
-TEST(Dump, NamesAreReadableAndTheirUnitsAreNotLost)
+TEST_F(DumpTest, NamesAreReadableAndTheirUnitsAreNotLost)
 {
     struct Case
     {
@@ -183,7 +177,7 @@ TEST(Dump, NamesAreReadableAndTheirUnitsAreNotLost)
          "fte",
          false}, // UTF-8, widened byte by byte
         {{0xE4, 0xB8, 0xAD}, "\xE4\xB8\xAD", false},
-        {{0xF0, 0x9F, 0xA6, 0xB4}, "\xF0\x9F\xA6\xB4", false},
+        {{0xF0, 0x9f, 0xA6, 0xB4}, "\xF0\x9f\xA6\xB4", false},
         {{u'H', 0xFC, u'f', u't', u'e'},
          "H\xC3\xBC"
          "fte",
@@ -191,7 +185,7 @@ TEST(Dump, NamesAreReadableAndTheirUnitsAreNotLost)
         {{0xC3}, "\xC3\x83", true},
         {{0xE0, 0x80, 0x80}, "\xC3\xA0\xC2\x80\xC2\x80", true}, // an overlong form is no UTF-8
         {{0x4E2D, 0x6587}, "\xE4\xB8\xAD\xE6\x96\x87", true},
-        {{0xD83E, 0xDDB4}, "\xF0\x9F\xA6\xB4", true},
+        {{0xD83E, 0xDDB4}, "\xF0\x9f\xA6\xB4", true},
         {{u'a', 0xD83E, u'b'},
          "a\xEF\xBF\xBD"
          "b",
@@ -223,33 +217,25 @@ TEST(Dump, NamesAreReadableAndTheirUnitsAreNotLost)
     }
 }
 
-TEST(Dump, TreeCanBeLimited)
+TEST_F(DumpTest, TreeCanBeLimited)
 {
-    const ScratchFolder folder;
-    const std::string path = folder.Path("scene.tv2");
-    TEV2 scene;
-    FillSoundScene(scene);
-    scene.matrixHierarchy.nodes[1].name = TEV2_WIDE_STRING::FromBytes("H\xC3\xBC"
-                                                                      "fte\t2");
-    scene.helpers.push_back(std::make_unique<TEV2_HELPER>());
-    scene.helpers[0]->body.bytes.assign(100, 0xAB);
-    SaveScene(scene, path);
-
+    const std::string name = "H\xC3\xBC"
+                             "fte";
+    const std::string path = SaveSound(
+        [&](TEV2& scene)
+        {
+            scene.matrixHierarchy.nodes[1].name = TEV2_WIDE_STRING::FromBytes(name + "\t2");
+            scene.helpers.push_back(std::make_unique<TEV2_HELPER>());
+            scene.helpers[0]->body.bytes.assign(100, 0xAB);
+        });
     const std::string whole = RunTv2({"dump", path}).out;
-    EXPECT_NE(whole.find("          0.5: 1.0 1.0 0.0\n          1.0: 0.0 1.0 -2.0\n        rotation: "),
-              std::string::npos)
-        << whole;
-    EXPECT_NE(whole.find("name: \"H\xC3\xBC"
-                         "fte\\t2\"\n"),
-              std::string::npos)
-        << whole;
+    ExpectParts(whole, {"          0.5: 1.0 1.0 0.0\n          1.0: 0.0 1.0 -2.0\n        rotation: ",
+                        "name: \"" + name + "\\t2\"\n"});
     EXPECT_EQ(whole.find(" more "), std::string::npos);
 
     const std::string limited = RunTv2({"dump", "--keys", "1", path}).out;
-    EXPECT_NE(limited.find("          0.0: 0.0 1.0 0.0\n          ... 2 more keys\n"), std::string::npos)
-        << limited;
-    EXPECT_NE(limited.find("body: 100 bytes\n"), std::string::npos) << limited;
-    EXPECT_NE(limited.find("... 3 more lines\n"), std::string::npos) << limited;
+    ExpectParts(limited, {"          0.0: 0.0 1.0 0.0\n          ... 2 more keys\n", "body: 100 bytes\n",
+                          "... 3 more lines\n"});
     EXPECT_EQ(limited.find("0.5: "), std::string::npos);
 }
 

@@ -1,14 +1,13 @@
 // How the command is called: help, version, bad usage, files that cannot be read.
 
-#include "tests/tools/command.h"
-#include "tests/tools/scene_files.h"
-
-#include <gtest/gtest.h>
+#include "tests/tools/tool_test.h"
 
 #include <algorithm>
 #include <cstdlib>
 #include <sstream>
 #include <sys/wait.h>
+
+using namespace tv2_tests;
 
 namespace
 {
@@ -30,109 +29,10 @@ Arguments AsJson(Arguments call)
     return call;
 }
 
-TEST(Usage, HelpOfEachVerbHasExamplesAndNamesJson)
+// What an answer says of the only file.
+nlohmann::json Entry(const nlohmann::json& json)
 {
-    for (const std::string& verb : kVerbs)
-    {
-        const CommandResult help = RunTv2({verb, "--help"});
-        EXPECT_EQ(help.exit_code, 0) << verb;
-        EXPECT_NE(help.out.find("Examples:\n  tv2 " + verb), std::string::npos) << help.out;
-        EXPECT_NE(help.out.find("--json"), std::string::npos) << help.out;
-    }
-}
-
-TEST(Usage, HelpListsTheVerbsAndVersionIsPrinted)
-{
-    const CommandResult help = RunTv2({"--help"});
-    EXPECT_EQ(help.exit_code, 0);
-    for (const std::string& verb : kVerbs)
-    {
-        EXPECT_NE(help.out.find("\n  " + verb + " "), std::string::npos) << help.out;
-    }
-    const CommandResult version = RunTv2({"--version"});
-    EXPECT_EQ(version.exit_code, 0);
-    EXPECT_EQ(version.out, "tv2 " TV2_EXPECTED_VERSION "\n");
-}
-
-TEST(Usage, BadUsageCannotRun)
-{
-    const std::vector<Arguments> calls = {
-        {},
-        {"explode", "a.tv2"},
-        {"export"},
-        {"export", "a.bvh"},
-        {"scene"},
-        {"scene", "a.bvh", "b.bvh"},
-        {"menu", "a.tv2"},
-        {"info"},
-        {"dump"},
-        {"check"},
-        {"picture", "a.tv2"},
-        {"info", "--wrong", "a.tv2"},
-        {"--wrong"},
-        {"dump", "a", "b"},
-        {"dump", "--keys", "many", "a.tv2"},
-        {"dump", "--keys", "-1", "a.tv2"},
-        {"dump", "--keys", "1", "--json", "a.tv2"},
-    };
-    for (const auto& call : calls)
-    {
-        const CommandResult result = RunTv2(call);
-        EXPECT_EQ(result.exit_code, 2) << (call.empty() ? "no arguments" : call.back());
-        EXPECT_NE(result.err, "");
-        const bool json = std::find(call.begin(), call.end(), "--json") != call.end();
-        EXPECT_EQ(result.out.empty(), !json) << result.out;
-    }
-}
-
-TEST(Usage, BadUsageIsToldWithWhatWasProbablyMeant)
-{
-    const struct
-    {
-        Arguments call;
-        std::string why; // after "tv2 ...: "
-    } cases[] = {
-        {{}, "tv2: which command? tv2 --help lists them"},
-        {{"explode", "a.tv2"}, "tv2: there is no command \"explode\""},
-        {{"exprot", "a.bvh"}, "tv2: there is no command \"exprot\" (did you mean \"export\"?)"},
-        {{"a\x1B[2J"}, "tv2: there is no command \"a\\x1b[2J\""},
-        {{"info", "--jsno", "a.tv2"}, "tv2 info: there is no option --jsno (did you mean \"--json\"?)"},
-        {{"export", "--fsp=25", "a.bvh", "b.tv2"},
-         "tv2 export: there is no option --fsp (did you mean \"--fps\"?)"},
-        {{"export", "--no-keep-positive-y", "a.bvh", "b.tv2"},
-         "there is no option --no-keep-positive-y (did you mean \"--no-keep-positive-z\"?)"},
-        {{"dump", "a.tv2", "b.tv2"}, "tv2 dump: one argument too many: \"b.tv2\""},
-        {{"export", "--select", "A", "B", "a.bvh", "b.tv2"},
-         "tv2 export: one argument too many"}, // --select takes one name at a time
-    };
-    for (const auto& c : cases)
-    {
-        const CommandResult text = RunTv2(c.call);
-        EXPECT_EQ(text.exit_code, 2) << c.why;
-        EXPECT_NE(text.err.find(c.why), std::string::npos) << text.err;
-        EXPECT_EQ(text.out, "");
-        if (c.call.size() > 1)
-        {
-            const CommandResult json = RunTv2(AsJson(c.call));
-            EXPECT_EQ(json.exit_code, 2);
-            const std::string error = json.Json()["error"];
-            EXPECT_NE(json.err.find(": " + error + '\n'), std::string::npos) << json.err << error;
-        }
-    }
-}
-
-TEST(Usage, HelpFitsEightyColumns)
-{
-    for (const std::string& command : kVerbs)
-    {
-        std::istringstream help(RunTv2({command, "--help"}).out);
-        for (std::string line; std::getline(help, line);)
-            EXPECT_LE(line.size(), 80U) << command << ": " << line;
-    }
-    const std::string help = RunTv2({"export", "--help"}).out;
-    for (const char* const option :
-         {"--[no-]disable-constraints", "--[no-]keep-positive-z", "--select TEXT  "})
-        EXPECT_NE(help.find(option), std::string::npos) << option << help;
+    return json.contains("files") ? json["files"][0] : json;
 }
 
 // Runs a command of the shell in which "tv2" is the command.
@@ -142,188 +42,232 @@ int Shell(const std::string& command)
     return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
 }
 
-TEST(Usage, ReadsStandardInputAndDrawsToStandardOutput)
+class UsageTest : public ToolTest
 {
-    const ScratchFolder folder;
-    const std::string file = folder.Path("a.tv2");
-    WriteBytes(file, SoundImage());
-    for (const std::string command : {"info", "dump", "check"})
+};
+
+TEST_F(UsageTest, HelpListsTheVerbsAndVersionIsPrinted)
+{
+    const auto help = RunTv2({"--help"});
+    EXPECT_EQ(help.exit_code, 0);
+    std::size_t place = 0;
+    for (const std::string& verb : kVerbs) // in this order
     {
-        const std::string out = folder.Path(command);
-        EXPECT_EQ(Shell("tv2 " + command + " --json - < " + file + " > " + out), 0) << command;
-        EXPECT_EQ(Shell("tv2 " + command + " --json " + file + " | sed 's#" + file +
-                        "#-#; s#\"standard input\"#\"-\"#' > " + out +
-                        ".file && sed 's#\"standard input\"#\"-\"#' " + out + " | cmp - " + out + ".file"),
-                  0)
-            << command;
-        EXPECT_EQ(Shell("tv2 " + command + " - < /dev/null > /dev/null 2>&1"), 1) << command;
-        EXPECT_EQ(Shell("tv2 " + command + " - < " + folder.Path("") + " > /dev/null 2>&1"), 2) << command;
+        ASSERT_NE(place = help.out.find("\n  " + verb + " ", place), std::string::npos) << verb << help.out;
     }
-    EXPECT_EQ(Shell("tv2 picture - - < " + file + " > " + folder.Path("piped")), 0);
-    EXPECT_EQ(RunTv2({"picture", file, folder.Path("a.svg")}).exit_code, 0);
-    EXPECT_EQ(ReadBytes(folder.Path("piped")), ReadBytes(folder.Path("a.svg")));
-    EXPECT_EQ(RunTv2({"picture", "--json", file, "-"}).exit_code, 2);
+    EXPECT_EQ(RunTv2({"--version"}).out, "tv2 " TV2_EXPECTED_VERSION "\n");
 }
 
-TEST(Usage, TerminalsAreNotShownControlCharacters)
+TEST_F(UsageTest, HelpOfEachVerbHasExamplesAndFitsEightyColumns)
 {
-    const ScratchFolder folder;
-    const std::string file = folder.Path("a\x1B[2J.tv2");
-    WriteBytes(file, SoundImage());
-    WriteBytes(folder.Path("b\x1B[2J.tv2"), {1, 2, 3, 4});
-    for (const Arguments& call :
-         {Arguments{"info", file}, Arguments{"check", file},
-          Arguments{"picture", file, folder.Path("c\x1B.svg")},
-          Arguments{"info", folder.Path("b\x1B[2J.tv2")}, Arguments{"dump", folder.Path("none\x1B")},
-          Arguments{"check", folder.Path("none\x1B")}, Arguments{"scene", folder.Path("none\x1B.bvh")},
-          Arguments{"picture", file, "none\x1B"}, Arguments{"menu", "--plugin", "none\x1B"}})
+    for (const std::string& verb : kVerbs)
     {
-        const CommandResult run = RunTv2(call);
-        EXPECT_EQ((run.out + run.err).find('\x1B'), std::string::npos) << call[0];
-        EXPECT_NE((run.out + run.err).find("\\x1b"), std::string::npos) << call[0];
+        const auto help = RunTv2({verb, "--help"});
+        EXPECT_EQ(help.exit_code, 0) << verb;
+        ExpectParts(help.out, {"Examples:\n  tv2 " + verb, "--json"});
+        std::istringstream lines(help.out);
+        for (std::string line; std::getline(lines, line);)
+            EXPECT_LE(line.size(), 80U) << verb << ": " << line;
     }
+    ExpectParts(RunTv2({"export", "--help"}).out,
+                {"--[no-]disable-constraints", "--[no-]keep-positive-z", "--select TEXT  "});
 }
 
-TEST(Usage, JsonOfAFailureHoldsTheFileAndTheError)
+TEST_F(UsageTest, BadUsageCannotRunAndSaysWhatWasProbablyMeant)
 {
-    const ScratchFolder folder;
-    const std::string damaged = folder.Path("damaged\xFF.tv2"); // no UTF-8
-    WriteBytes(damaged, {1, 2, 3, 4});
-    const std::string shown = folder.Path("damaged\xEF\xBF\xBD.tv2");
-    for (const std::string& verb : kFileVerbs)
+    const struct
     {
-        const CommandResult result = RunTv2(AsJson(Call(verb, damaged)));
-        EXPECT_EQ(result.exit_code, 1) << verb;
-        const auto json = result.Json();
-        const auto entry = json.contains("files") ? json["files"][0] : json;
-        EXPECT_EQ(entry["file"], shown) << verb;
-        EXPECT_NE(entry["error"].get<std::string>().find("bad-magic at byte 0"), std::string::npos) << verb;
-    }
-    WriteBytes(damaged, SoundImage());
-    for (const std::string& verb : kFileVerbs) // the name can be had from the bytes beside it
-    {
-        const auto json = RunTv2(AsJson(Call(verb, damaged))).Json();
-        const auto entry = json.contains("files") ? json["files"][0] : json;
-        EXPECT_EQ(entry["file"], shown) << verb;
-        EXPECT_EQ(entry["fileBytes"], folder.Path("damaged%FF.tv2")) << verb;
-        EXPECT_EQ(entry.contains("outputBytes"), verb == "picture");
-    }
-    WriteBytes(folder.Path("sound.tv2"), SoundImage());
-    EXPECT_FALSE(RunTv2({"dump", "--json", folder.Path("sound.tv2")}).Json().contains("fileBytes"));
-}
-
-TEST(Usage, JsonOfWhatCouldNotRunHoldsTheError)
-{
-    const ScratchFolder folder;
-    const std::string none = folder.Path("none\xFF.tv2");
-    const std::vector<Arguments> calls = {
-        {"export", folder.Path("none\xFF.bvh"), folder.Path("a.tv2")},
-        {"scene", folder.Path("none\xFF.bvh")},
-        {"menu", "--plugin", folder.Path("none\xFF.so")},
-        {"info", none},
-        {"dump", none},
-        {"check", none},
-        {"picture", none, folder.Path("a.svg")},
+        Arguments call;
+        std::string why;
+    } cases[] = {
+        {{}, "tv2: which command? tv2 --help lists them"},
+        {{"explode", "a.tv2"}, "tv2: there is no command \"explode\""},
+        {{"exprot", "a.bvh"}, "tv2: there is no command \"exprot\" (did you mean \"export\"?)"},
+        {{"a\x1B[2J"}, "tv2: there is no command \"a\\x1b[2J\""},
+        {{"--wrong"}, "tv2: "},
+        {{"export"}, "tv2 export: SCENE is required"},
+        {{"export", "a.bvh"}, "tv2 export: OUTPUT is required"},
+        {{"scene"}, "tv2 scene: SCENE is required"},
+        {{"scene", "a.bvh", "b.bvh"}, "tv2 scene: one argument too many: \"b.bvh\""},
+        {{"menu", "a.tv2"}, "tv2 menu: one argument too many: \"a.tv2\""},
+        {{"info"}, "tv2 info: FILE is required"},
+        {{"dump"}, "tv2 dump: FILE is required"},
+        {{"check"}, "tv2 check: FILE is required"},
+        {{"picture", "a.tv2"}, "tv2 picture: OUTPUT.svg is required"},
+        {{"info", "--wrong", "a.tv2"}, "tv2 info: there is no option --wrong"},
+        {{"info", "--jsno", "a.tv2"}, "tv2 info: there is no option --jsno (did you mean \"--json\"?)"},
+        {{"export", "--fsp=25", "a.bvh", "b.tv2"},
+         "tv2 export: there is no option --fsp (did you mean \"--fps\"?)"},
+        {{"export", "--fps=", "a.bvh", "b.tv2"}, "tv2 export: --fps needs a value"},
+        {{"export", "--no-keep-positive-y", "a.bvh", "b.tv2"},
+         "there is no option --no-keep-positive-y (did you mean \"--no-keep-positive-z\"?)"},
+        {{"export", "--select", "A", "B", "a.bvh", "b.tv2"},
+         "tv2 export: one argument too many"}, // one name at a time
+        {{"dump", "a.tv2", "b.tv2"}, "tv2 dump: one argument too many: \"b.tv2\""},
+        {{"dump", "--keys", "many", "a.tv2"}, "--keys = many"},
+        {{"dump", "--keys", "-1", "a.tv2"}, "--keys: is below 0"},
+        {{"dump", "--keys", "1", "--json", "a.tv2"}, "--json excludes --keys"},
+        {{"picture", "--figures", "51", "a.tv2", "b.svg"}, "51 not in range 1 to 50"},
+        {{"picture", "--view", "back", "a.tv2", "b.svg"}, "back not in {front,side,top}"},
     };
-    ASSERT_EQ(calls.size(), kVerbs.size());
-    for (const Arguments& call : calls)
+    for (const auto& c : cases)
     {
-        const CommandResult result = RunTv2(AsJson(call));
-        EXPECT_EQ(result.exit_code, 2) << call[0];
-        const auto json = result.Json();
-        const auto entry = json.contains("error") ? json : json["files"][0];
-        ASSERT_TRUE(entry.contains("error")) << call[0] << ' ' << json;
-        EXPECT_NE(entry["error"].get<std::string>().find("none\xEF\xBF\xBD."), std::string::npos)
-            << call[0] << ' ' << json;
-    }
-}
-
-TEST(Usage, FileThatCannotBeReadIsNamedWithTheCause)
-{
-    const ScratchFolder folder;
-    for (const std::string& verb : kFileVerbs)
-    {
-        const CommandResult missing = RunTv2(Call(verb, folder.Path("none.tv2")));
-        EXPECT_EQ(missing.exit_code, 2) << verb;
-        EXPECT_NE(missing.err.find(folder.Path("none.tv2") + ": No such file"), std::string::npos)
-            << missing.err;
-
-        const CommandResult directory = RunTv2(Call(verb, folder.Path("")));
-        EXPECT_EQ(directory.exit_code, 2) << verb;
-        EXPECT_NE(directory.err.find(folder.Path("") + ": Is a directory"), std::string::npos)
-            << directory.err;
-    }
-}
-
-TEST(Usage, FileThatIsNoSceneIsNamedWithTheCause)
-{
-    struct Case
-    {
-        const char* name;
-        Bytes bytes;
-        const char* code;
-    };
-    Bytes interrupted = SoundImage();
-    std::fill(interrupted.begin(), interrupted.begin() + 4, std::uint8_t{0});
-    Bytes truncated = SoundImage();
-    truncated.pop_back();
-    const Case cases[] = {
-        {"garbage.tv2", {'h', 'e', 'l', 'l', 'o', '!'}, "bad-magic"},
-        {"interrupted.tv2", interrupted, "bad-magic"},
-        {"empty.tv2", {}, "empty-image"},
-        {"truncated.tv2", truncated, "bad-chunk-size"},
-    };
-    const ScratchFolder folder;
-    for (const Case& item : cases)
-    {
-        const std::string path = folder.Path(item.name);
-        WriteBytes(path, item.bytes);
-        for (const std::string& verb : kFileVerbs)
+        const auto text = RunTv2(c.call);
+        EXPECT_EQ(text.exit_code, 2) << c.why;
+        ExpectParts(text.err, {c.why, "\nRun with --help for more information.\n"});
+        EXPECT_EQ(text.out.empty(), std::ranges::find(c.call, "--json") == c.call.end()) << text.out;
+        if (c.call.size() > 1)
         {
-            const CommandResult result = RunTv2(Call(verb, path));
-            EXPECT_EQ(result.exit_code, 1) << verb << ' ' << item.name;
-            const std::string& text = verb == "check" ? result.out : result.err;
-            EXPECT_NE(text.find(path), std::string::npos) << text;
-            EXPECT_NE(text.find(item.code), std::string::npos) << text;
+            const auto json = RunTv2(AsJson(c.call));
+            EXPECT_EQ(json.exit_code, 2);
+            ExpectParts(json.err, {": " + json.Json()["error"].get<std::string>() + '\n'});
         }
     }
 }
 
-TEST(Usage, OneBadFileDoesNotHideTheOthers)
+TEST_F(UsageTest, ReadsStandardInputAndDrawsToStandardOutput)
 {
-    const ScratchFolder folder;
-    WriteBytes(folder.Path("good.tv2"), SoundImage());
-    for (const std::string verb : {"info", "check"})
+    const std::string file = Write(SoundImage());
+    for (const std::string verb : {"info", "dump", "check"})
     {
-        const CommandResult result =
-            RunTv2({verb, folder.Path("none.tv2"), folder.Path("good.tv2"), "--json"});
-        EXPECT_EQ(result.exit_code, 2) << verb;
-        const auto json = result.Json();
-        ASSERT_EQ(json["files"].size(), 2U) << verb;
-        EXPECT_EQ(json["files"][0]["file"], folder.Path("none.tv2"));
-        EXPECT_TRUE(json["files"][0].contains("error"));
-        EXPECT_EQ(json["files"][1]["file"], folder.Path("good.tv2"));
-        EXPECT_FALSE(json["files"][1].contains("error"));
+        const std::string call = "tv2 " + verb + " ";
+        const std::string json = call + "--json ";
+        EXPECT_EQ(Shell(json + "- < " + file + " > " + Path("piped")), 0) << verb;
+        EXPECT_EQ(Shell(json + file + " | sed 's#\"" + file + "\"#\"-\"#' | cmp - " + Path("piped")), 0)
+            << verb;
+        EXPECT_EQ(Shell(call + "- < /dev/null > /dev/null 2>&1"), 1) << verb;
+        EXPECT_EQ(Shell(call + "- < " + Path("") + " > /dev/null 2>&1"), 2) << verb;
+    }
+    EXPECT_EQ(Shell("tv2 picture - - < " + file + " > " + Path("piped")), 0);
+    EXPECT_EQ(RunTv2({"picture", file, Path("a.svg")}).exit_code, 0);
+    EXPECT_EQ(ReadText(Path("piped")), ReadText(Path("a.svg")));
+}
+
+TEST_F(UsageTest, TerminalsAreNotShownControlCharacters)
+{
+    const std::string file = Write(SoundImage(), "a\x1B[2J.tv2");
+    const std::string damaged = Write({1, 2, 3, 4}, "b\x1B[2J.tv2");
+    const std::string none = Path("none\x1B");
+    const Arguments calls[] = {
+        {"info", file},
+        {"check", file},
+        {"picture", file, Path("c\x1B.svg")},
+        {"info", damaged},
+        {"dump", none},
+        {"check", none},
+        {"scene", none + ".bvh"},
+        {"picture", file, "none\x1B"},
+        {"menu", "--plugin", none},
+    };
+    for (const Arguments& call : calls)
+    {
+        const auto run = RunTv2(call);
+        EXPECT_EQ((run.out + run.err).find('\x1B'), std::string::npos) << call[0];
+        ExpectParts(run.out + run.err, {"\\x1b"});
     }
 }
 
-TEST(Usage, OutputThatCannotBeWrittenIsAnError)
+TEST_F(UsageTest, JsonNamesFilesThatAreNotUtf8)
 {
-    const ScratchFolder folder;
-    WriteBytes(folder.Path("good.tv2"), SoundImage());
-    const std::string call =
-        std::string(TV2_COMMAND) + " dump '" + folder.Path("good.tv2") + "' >/dev/full 2>/dev/null";
-    const int status = std::system(call.c_str());
-    ASSERT_TRUE(WIFEXITED(status));
-    EXPECT_EQ(WEXITSTATUS(status), 2);
+    const std::string name = Path("a\xFF.tv2");
+    for (const auto& bytes : {SoundImage(), std::vector<std::uint8_t>{1, 2, 3, 4}})
+    {
+        const bool sound = bytes.size() > 4;
+        Write(bytes, "a\xFF.tv2");
+        for (const std::string& verb : kFileVerbs)
+        {
+            const auto result = RunTv2(AsJson(Call(verb, name)));
+            EXPECT_EQ(result.exit_code, sound ? 0 : 1) << verb;
+            const auto entry = Entry(result.Json());
+            EXPECT_EQ(entry["file"], Path("a\xEF\xBF\xBD.tv2")) << verb;
+            EXPECT_EQ(entry["fileBytes"], Path("a%FF.tv2")) << verb;
+            EXPECT_EQ(entry.contains("outputBytes"), sound && verb == "picture");
+            EXPECT_EQ(entry.contains("error"), !sound) << verb;
+            if (!sound)
+                ExpectParts(entry["error"], {"bad-magic at byte 0"});
+        }
+    }
+    EXPECT_FALSE(RunTv2({"dump", "--json", Write(SoundImage())}).Json().contains("fileBytes"));
+}
+
+TEST_F(UsageTest, JsonOfWhatCouldNotRunHasTheError)
+{
+    const std::string none = Path("none\xFF.tv2");
+    const Arguments calls[] = {
+        {"export", Path("none\xFF.bvh"), Path("a.tv2")},
+        {"scene", Path("none\xFF.bvh")},
+        {"menu", "--plugin", Path("none\xFF.so")},
+        {"info", none},
+        {"dump", none},
+        {"check", none},
+        {"picture", none, Path("a.svg")},
+    };
+    ASSERT_EQ(std::size(calls), kVerbs.size());
+    for (const Arguments& call : calls)
+    {
+        const auto result = RunTv2(AsJson(call));
+        EXPECT_EQ(result.exit_code, 2) << call[0];
+        const auto json = result.Json();
+        const auto entry = json.contains("error") ? json : Entry(json);
+        ASSERT_TRUE(entry.contains("error")) << call[0] << ' ' << json;
+        ExpectParts(entry["error"], {"none\xEF\xBF\xBD."});
+    }
+}
+
+TEST_F(UsageTest, FileThatCannotBeLoadedIsNamedWithTheCause)
+{
+    const std::vector<std::uint8_t> sound = SoundImage();
+    std::vector<std::uint8_t> interrupted = sound;
+    std::fill_n(interrupted.begin(), 4, std::uint8_t{0});
+    const struct
+    {
+        std::string file;
+        int exit_code;
+        std::string cause;
+    } cases[] = {
+        {Path("none.tv2"), 2, "No such file"},
+        {Path(""), 2, "Is a directory"},
+        {Write({'h', 'e', 'l', 'l', 'o', '!'}, "garbage.tv2"), 1, "bad-magic"},
+        {Write(interrupted, "interrupted.tv2"), 1, "bad-magic"},
+        {Write({}, "empty.tv2"), 1, "empty-image"},
+        {Write({sound.begin(), sound.end() - 1}, "truncated.tv2"), 1, "bad-chunk-size"},
+    };
+    for (const auto& c : cases)
+    {
+        for (const std::string& verb : kFileVerbs)
+        {
+            const auto run = RunTv2(Call(verb, c.file));
+            EXPECT_EQ(run.exit_code, c.exit_code) << verb << ' ' << c.file;
+            ExpectParts(verb == "check" && c.exit_code == 1 ? run.out : run.err, {c.file + ": ", c.cause});
+        }
+    }
+}
+
+TEST_F(UsageTest, OneBadFileDoesNotHideTheOthers)
+{
+    const std::string good = Write(SoundImage());
+    for (const std::string verb : {"info", "check"})
+    {
+        const auto result = RunTv2({verb, Path("none.tv2"), good, "--json"});
+        EXPECT_EQ(result.exit_code, 2) << verb;
+        const auto files = result.Json()["files"];
+        ASSERT_EQ(files.size(), 2U) << verb;
+        EXPECT_EQ(files[0]["file"], Path("none.tv2"));
+        EXPECT_TRUE(files[0].contains("error"));
+        EXPECT_EQ(files[1]["file"], good);
+        EXPECT_FALSE(files[1].contains("error"));
+    }
+}
+
+TEST_F(UsageTest, OutputThatCannotBeWrittenIsAnError)
+{
+    const std::string good = Write(SoundImage());
+    EXPECT_EQ(Shell("tv2 dump " + good + " >/dev/full 2>/dev/null"), 2);
     // A drawing is whole whatever becomes of the line about it.
-    const std::string picture =
-        "tv2 picture " + folder.Path("good.tv2") + " " + folder.Path("a.svg") + " 2>/dev/null ";
     for (const std::string output : {">/dev/full", ">&-"})
     {
-        EXPECT_EQ(Shell(picture + output), 1) << output;
-        const Bytes drawing = ReadBytes(folder.Path("a.svg"));
-        EXPECT_TRUE(std::string(drawing.begin(), drawing.end()).ends_with("</svg>\n")) << output;
+        EXPECT_EQ(Shell("tv2 picture " + good + " " + Path("a.svg") + " 2>/dev/null " + output), 1) << output;
+        EXPECT_TRUE(ReadText(Path("a.svg")).ends_with("</svg>\n")) << output;
     }
 }
 

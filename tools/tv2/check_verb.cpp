@@ -120,7 +120,7 @@ struct Rest
 void PrintFile(const LoadedFile& file, const std::vector<Finding>& findings, const std::string& counts,
                const CheckOptions& options, std::ostream& out)
 {
-    out << Printable(file.path) << ": " << counts << '\n';
+    out << Printable(file.title) << ": " << counts << '\n';
     std::map<std::string, Rest> rests;
     for (const Finding& finding : findings)
     {
@@ -161,11 +161,10 @@ void RunCheck(const CheckOptions& options, VerbContext& context)
     for (const std::string& path : options.files)
     {
         LoadedFile file;
-        std::string error;
-        if (!ReadFile(path, file, error))
+        if (const TEV2_LOADER::Status read = ReadFile(path, file); !read)
         {
-            context.Complain(error, kExitCouldNotRun);
-            json["files"].push_back(JsonFailure(path, error));
+            context.Complain(read.Reason(), kExitCouldNotRun);
+            json["files"].push_back(JsonFailure(path, read.Reason()));
             continue;
         }
         const std::vector<Finding> findings = Examine(file);

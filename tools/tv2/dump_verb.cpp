@@ -31,11 +31,11 @@ public:
 
     void Write()
     {
-        writer_.BeginObject(file_.path);
-        writer_.Text("file", file_.path);
-        if (!IsUtf8(file_.path))
+        writer_.BeginObject(file_.title);
+        writer_.Text("file", file_.argument);
+        if (!IsUtf8(file_.argument))
         {
-            writer_.Text("fileBytes", PercentEncoded(file_.path));
+            writer_.Text("fileBytes", PercentEncoded(file_.argument));
         }
         writer_.Integer("bytes", static_cast<std::int64_t>(file_.image.size()));
         Chunks();
@@ -292,10 +292,9 @@ private:
 void RunDump(const DumpOptions& options, VerbContext& context)
 {
     LoadedFile file;
-    std::string error;
-    if (!ReadFile(options.file, file, error))
+    if (const TEV2_LOADER::Status read = ReadFile(options.file, file); !read)
     {
-        return context.Fail(options.file, error, kExitCouldNotRun);
+        return context.Fail(options.file, read.Reason(), kExitCouldNotRun);
     }
     if (!file.loaded)
     {

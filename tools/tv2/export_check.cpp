@@ -123,10 +123,9 @@ std::string CompareWithPlan(const LoadedFile& file, const FilePlan& planned, con
 std::string ReadBack(const FilePlan& planned, const ExportPlan& plan, ExportedFile& result)
 {
     LoadedFile file;
-    std::string error;
-    if (!ReadFile(planned.path, file, error))
+    if (const Status read = ReadFile(planned.path, file); !read)
     {
-        return "cannot be read back: " + error;
+        return "cannot be read back: " + read.Reason();
     }
     const auto at = [](const TEV2_LOAD_FINDING& finding)
     { return std::string(CodeName(finding.code)) + " at byte " + std::to_string(finding.offset); };

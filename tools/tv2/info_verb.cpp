@@ -48,7 +48,7 @@ struct Summary
     std::vector<std::string> information_lines;
     std::map<std::uint32_t, TrackTotal> tracks; // by kind
     std::map<std::uint32_t, ChunkTotal> chunks; // by id
-    std::set<std::int32_t> cameras_on_air;
+    std::set<std::int32_t> active_cameras;
     std::size_t switcher_keys = 0;
     std::size_t top_nodes = 0;
     Extents extents;
@@ -106,7 +106,7 @@ Summary Summarise(LoadedFile& file)
         summary.switcher_keys = view.ValueCount();
         for (std::size_t i = 0; i < view.ValueCount(); ++i)
         {
-            summary.cameras_on_air.insert(view.Integer(i));
+            summary.active_cameras.insert(view.Integer(i));
         }
     }
     for (const TEV2_MATRIX_NODE& node : scene.matrixHierarchy.nodes)
@@ -162,7 +162,7 @@ Json ToJson(const std::string& path, const LoadedFile& file, const Summary& summ
     json["switcher"] = nullptr;
     if (scene.cameraMan.cameraIndex != nullptr)
     {
-        json["switcher"] = {{"keys", summary.switcher_keys}, {"cameras", summary.cameras_on_air}};
+        json["switcher"] = {{"keys", summary.switcher_keys}, {"cameras", summary.active_cameras}};
     }
     json["tracks"] = Json::array();
     for (const auto& [kind, total] : summary.tracks)
@@ -199,7 +199,7 @@ public:
 
     void Print()
     {
-        out_ << Printable(file_.path) << '\n';
+        out_ << Printable(file_.title) << '\n';
         const bool known = summary_.has_information;
         Line("version") << (known ? FloatText(scene_.information.version) : kMissing) << ", "
                         << CountOf(file_.image.size(), "byte", "bytes") << '\n';
@@ -286,10 +286,12 @@ private:
             out_ << "none\n";
             return;
         }
-        out_ << CountOf(summary_.switcher_keys, "key", "keys") << ", on air:";
-        for (const std::int32_t camera : summary_.cameras_on_air)
+        out_ << CountOf(summary_.switcher_keys, "key", "keys") << ", active cameras:";
+        const char* separator = " ";
+        for (const std::int32_t camera : summary_.active_cameras)
         {
-            out_ << ' ' << camera;
+            out_ << separator << (camera == -1 ? "none (not exported)" : std::to_string(camera));
+            separator = ", ";
         }
         out_ << '\n';
     }
@@ -325,11 +327,10 @@ void RunInfo(const InfoOptions& options, VerbContext& context)
     for (const std::string& path : options.files)
     {
         LoadedFile file;
-        std::string error;
-        if (!ReadFile(path, file, error))
+        if (const TEV2_LOADER::Status read = ReadFile(path, file); !read)
         {
-            context.Complain(error, kExitCouldNotRun);
-            json["files"].push_back(JsonFailure(path, error));
+            context.Complain(read.Reason(), kExitCouldNotRun);
+            json["files"].push_back(JsonFailure(path, read.Reason()));
             continue;
         }
         if (!file.loaded)

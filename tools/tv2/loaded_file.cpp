@@ -1,5 +1,6 @@
 #include "tools/tv2/loaded_file.h"
 
+#include "tev2_loader/file.h"
 #include "tev2_loader/io/file_image.h"
 #include "tev2_loader/io/memory_cursor.h"
 #include "tools/tv2/system.h"
@@ -11,28 +12,20 @@ namespace tv2
 
 using namespace TEV2_LOADER;
 
-bool ReadFile(const std::string& path, LoadedFile& file, std::string& error)
+Status ReadFile(const std::string& argument, LoadedFile& file)
 {
-    file.path = path;
+    const bool piped = argument == kStandardInput;
+    file.argument = argument;
+    file.title = piped ? "standard input" : argument;
     file.scene = std::make_unique<TEV2>();
-    std::string cause;
-    if (path == kStandardInput)
+    const Status read = piped ? ReadStandardInput(file.image) : ReadFileImage(argument, file.image);
+    if (!read)
     {
-        file.path = "standard input";
-        cause = ReadStandardInput(file.image);
+        return Status::Failure(file.title + ": " + read.Reason());
     }
-    else
-    {
-        cause = ReadFileImage(path, file.image).Reason();
-    }
-    if (!cause.empty())
-    {
-        error = file.path + ": " + cause;
-        return false;
-    }
-    TEV2_MEMORY_CURSOR cursor(file.image.data(), file.image.size(), &file.report);
-    file.loaded = file.scene->Load(cursor, false);
-    return true;
+    const LoadOptions options = {.applyStartTime = false, .report = &file.report};
+    file.loaded = LoadMemory(file.image.data(), file.image.size(), *file.scene, options).Ok();
+    return {};
 }
 
 const TEV2_CHUNK_SPAN* LastChunk(const LoadedFile& file, std::uint32_t id)
@@ -64,7 +57,7 @@ std::string WhyNotLoaded(const LoadedFile& file)
     const auto error = std::find_if(file.report.findings.begin(), file.report.findings.end(),
                                     [](const TEV2_LOAD_FINDING& finding)
                                     { return finding.severity == TEV2_LOAD_SEVERITY::Error; });
-    std::string text = file.path + ": not a sound .tv2 file";
+    std::string text = file.title + ": not a sound .tv2 file";
     if (error != file.report.findings.end())
     {
         text += std::string(": ") + CodeName(error->code) + " at byte " + std::to_string(error->offset);

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "tev2_loader/status.h"
 #include "tev2_loader/tev2.h"
 
 #include <cstdint>
@@ -14,7 +15,8 @@ namespace tv2
 /// A file as read and, where it could be, loaded.
 struct LoadedFile
 {
-    std::string path;                ///< "standard input" for that
+    std::string argument;            ///< as on the command line: a path or "-"
+    std::string title;               ///< for people: the path or "standard input"
     std::vector<std::uint8_t> image; ///< all its bytes
     TEV2_LOADER::TEV2_LOAD_REPORT report;
     std::unique_ptr<TEV2_LOADER::TEV2> scene; ///< never null after ReadFile; what was loaded before a failure
@@ -24,9 +26,8 @@ struct LoadedFile
 /// The path that stands for standard input.
 inline constexpr const char* kStandardInput = "-";
 
-/// Reads and loads a file. False only when it cannot be read at all; `error` then says why and names the
-/// file.
-bool ReadFile(const std::string& path, LoadedFile& file, std::string& error);
+/// Reads and loads a file. Fails only when it cannot be read at all; the reason names the file.
+TEV2_LOADER::Status ReadFile(const std::string& argument, LoadedFile& file);
 
 /// The last chunk of an id, which is the one that counts where a file should have one; null when there is none.
 const TEV2_LOADER::TEV2_CHUNK_SPAN* LastChunk(const LoadedFile& file, std::uint32_t id);

@@ -51,16 +51,15 @@ void RunPicture(const PictureOptions& options, VerbContext& context)
                             options.output + ": the drawing would replace the file that it shows",
                             kExitCouldNotRun);
     LoadedFile file;
-    std::string error;
-    if (!ReadFile(options.file, file, error))
-        return context.Fail(options.file, error, kExitCouldNotRun);
+    if (const TEV2_LOADER::Status read = ReadFile(options.file, file); !read)
+        return context.Fail(options.file, read.Reason(), kExitCouldNotRun);
     if (!file.loaded)
         return context.Fail(options.file, WhyNotLoaded(file), kExitFindings);
     const std::vector<Figure> figures = PoseFigures(*file.scene, options.view, options.figures);
     const bool empty =
         std::all_of(figures.begin(), figures.end(), [](const Figure& figure) { return figure.Empty(); });
     if (empty)
-        return context.Fail(options.file, file.path + ": nothing to draw: no nodes below the root",
+        return context.Fail(options.file, file.title + ": nothing to draw: no nodes below the root",
                             kExitFindings);
 
     const Drawing drawing = DrawFigures(figures);
@@ -79,7 +78,7 @@ void RunPicture(const PictureOptions& options, VerbContext& context)
         return;
     }
     context.out << Printable(options.output) << ": " << CountOf(figures.size(), "figure", "figures") << " of "
-                << Printable(file.path) << '\n';
+                << Printable(file.title) << '\n';
     if (drawing.left_out > 0)
     {
         context.out << "note: " << CountOf(drawing.left_out, "camera or prop is", "cameras and props are")

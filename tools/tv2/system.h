@@ -1,6 +1,7 @@
 #pragma once
 
 #include "exporter/rules/file_facts.h"
+#include "tev2_loader/status.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -41,8 +42,8 @@ void KeepStandardStreams();
 /// Writing to a pipe that nobody reads any more fails from now on, where it would end the program.
 void SurviveClosedPipes();
 
-/// All that comes from standard input, as it is. Empty, or why it cannot be read.
-std::string ReadStandardInput(std::vector<std::uint8_t>& bytes);
+/// Appends all bytes of standard input.
+TEV2_LOADER::Status ReadStandardInput(std::vector<std::uint8_t>& bytes);
 
 using tev2_exporter::FileStamp;
 using tev2_exporter::ObstacleToWriting;

@@ -14,6 +14,8 @@
 namespace tv2
 {
 
+using TEV2_LOADER::Status;
+
 namespace
 {
 
@@ -66,7 +68,7 @@ void SurviveClosedPipes()
     std::signal(SIGPIPE, SIG_IGN);
 }
 
-std::string ReadStandardInput(std::vector<std::uint8_t>& bytes)
+Status ReadStandardInput(std::vector<std::uint8_t>& bytes)
 {
     constexpr std::size_t kPiece = 1 << 16;
     while (true)
@@ -81,11 +83,11 @@ std::string ReadStandardInput(std::vector<std::uint8_t>& bytes)
         }
         if (got < 0 && errno != EINTR)
         {
-            return std::strerror(errno);
+            return Status::Failure(std::strerror(errno));
         }
         if (bytes.size() > kMostInput)
         {
-            return std::strerror(EFBIG);
+            return Status::Failure(std::strerror(EFBIG));
         }
     }
 }

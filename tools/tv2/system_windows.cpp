@@ -14,6 +14,7 @@
 namespace tv2
 {
 
+using TEV2_LOADER::Status;
 using tev2_exporter::ErrnoOfLastError;
 
 std::string ModuleFileName(const std::string& name)
@@ -53,7 +54,7 @@ void KeepStandardStreams() {}
 // There is no signal for it here.
 void SurviveClosedPipes() {}
 
-std::string ReadStandardInput(std::vector<std::uint8_t>& bytes)
+Status ReadStandardInput(std::vector<std::uint8_t>& bytes)
 {
     constexpr std::size_t kMostInput = 0xFFFFFFFF; // no scene is larger
     constexpr std::size_t kPiece = 1 << 16;
@@ -66,11 +67,11 @@ std::string ReadStandardInput(std::vector<std::uint8_t>& bytes)
         bytes.resize(before + got);
         if (got == 0)
         {
-            return std::ferror(stdin) != 0 ? std::strerror(EIO) : "";
+            return std::ferror(stdin) != 0 ? Status::Failure(std::strerror(EIO)) : Status();
         }
         if (bytes.size() > kMostInput)
         {
-            return std::strerror(EFBIG);
+            return Status::Failure(std::strerror(EFBIG));
         }
     }
 }
