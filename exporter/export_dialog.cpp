@@ -1,7 +1,7 @@
 #include "exporter/export_dialog.h"
 
-#include "exporter/clamped_cast.h"
-#include "exporter/version.h"
+#include "exporter/base/clamped_cast.h"
+#include "exporter/base/version.h"
 
 #include <algorithm>
 #include <cmath>

@@ -1,8 +1,8 @@
 #pragma once
 
-#include "exporter/export_context.h"
+#include "exporter/base/export_context.h"
+#include "exporter/base/option_table.h"
 #include "exporter/export_settings.h"
-#include "exporter/option_table.h"
 
 #include <array>
 

@@ -1,14 +1,15 @@
 #include "exporter/export_driver.h"
 
+#include "exporter/base/option_table.h"
+#include "exporter/base/text.h"
 #include "exporter/file_information.h"
-#include "exporter/file_naming.h"
 #include "exporter/platform/platform.h"
+#include "exporter/rules/file_naming.h"
 #include "exporter/sampling/cameras.h"
 #include "exporter/sampling/key_reduction.h"
 #include "exporter/sampling/sample_take.h"
 #include "exporter/sampling/sampling_limits.h"
 #include "exporter/sampling/take_span.h"
-#include "exporter/text.h"
 #include "tev2_loader/file.h"
 #include "tev2_loader/io/file_writer.h"
 
@@ -193,6 +194,19 @@ bool ExportFiles(ExportContext& context, const ExportOptions& options, const std
 }
 
 } // namespace
+
+ExportOptions FillOptionsFromScript(ExportContext& context, const ExportCall& call)
+{
+    const double transport_rate = GetTakeSecondSpan(context).transport_rate;
+
+    ExportOptions options;
+    options.CustomStart = SecondsOfKey(call.start_frame, transport_rate);
+    options.CustomEnd = SecondsOfKey(call.end_frame, transport_rate);
+    options.SamplingRate = static_cast<float>(call.rate);
+    options.UseCustomRange = !call.whole_take;
+    SetFlags(options, call.flags);
+    return options;
+}
 
 unsigned ExportScene(ExportContext& context, const ExportOptions& options, const char* path)
 {

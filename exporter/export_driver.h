@@ -1,10 +1,13 @@
 #pragma once
 
-#include "exporter/export_context.h"
-#include "exporter/export_options.h"
+#include "exporter/base/export_context.h"
+#include "exporter/base/export_options.h"
 
 namespace tev2_exporter
 {
+
+/// The options for a scripted export. Nothing is validated: a start after the end or a rate of 0 is passed on.
+ExportOptions FillOptionsFromScript(ExportContext& context, const ExportCall& call);
 
 /// One whole export of the open scene: one file for the current take or for each take, named from `path` (8-bit, zero
 /// terminated). Selected models are exported with their subtrees; with nothing selected, the whole scene.

@@ -1,8 +1,7 @@
 #include "exporter/export_settings.h"
 
-#include "exporter/clamped_cast.h"
-#include "exporter/export_context.h"
-#include "exporter/option_table.h"
+#include "exporter/base/clamped_cast.h"
+#include "exporter/base/option_table.h"
 #include "exporter/platform/settings_store.h"
 #include "exporter/sampling/take_span.h"
 

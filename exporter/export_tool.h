@@ -1,6 +1,6 @@
 #pragma once
 
-#include "exporter/export_context.h"
+#include "exporter/base/export_context.h"
 
 // The entry in MotionBuilder's export menu. Stands at global scope, where the SDK's registration looks for
 // it.

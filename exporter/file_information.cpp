@@ -1,8 +1,8 @@
 #include "exporter/file_information.h"
 
+#include "exporter/base/text.h"
+#include "exporter/base/version.h"
 #include "exporter/platform/platform.h"
-#include "exporter/text.h"
-#include "exporter/version.h"
 
 #include <charconv>
 #include <cstdio>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "exporter/export_context.h"
+#include "exporter/base/export_context.h"
 #include "tev2_loader/records/inf.h"
 
 #include <string>

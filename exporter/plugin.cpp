@@ -1,8 +1,8 @@
 // The plug-in as MotionBuilder loads it: the library object's phases and the entry points.
 
+#include "exporter/base/script_entry.h"
 #include "exporter/export_driver.h"
 #include "exporter/export_tool.h"
-#include "exporter/script_entry.h"
 
 #include <fbsdk/fbsdk.h>
 

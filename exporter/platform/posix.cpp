@@ -1,6 +1,6 @@
 #include "exporter/platform/platform.h"
 
-#include "exporter/text.h"
+#include "exporter/base/text.h"
 
 #include <algorithm>
 #include <cctype>

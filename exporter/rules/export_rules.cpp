@@ -1,8 +1,8 @@
 #include "exporter/rules/export_rules.h"
 
-#include "exporter/option_table.h"
+#include "exporter/base/option_table.h"
+#include "exporter/base/script_entry.h"
 #include "exporter/rules/rules.h"
-#include "exporter/script_entry.h"
 
 #include <iterator>
 

@@ -1,8 +1,8 @@
-#include "exporter/file_naming.h"
+#include "exporter/base/text.h"
 #include "exporter/rules/file_name_rules.h"
+#include "exporter/rules/file_naming.h"
 #include "exporter/rules/message_text.h"
 #include "exporter/rules/rule.h"
-#include "exporter/text.h"
 #include "tev2_loader/detail/file_system.h"
 #include "tev2_loader/io/file_writer.h"
 

@@ -2,7 +2,7 @@
 
 // What the rules have in common. Only the files of the rules include this.
 
-#include "exporter/option_table.h"
+#include "exporter/base/option_table.h"
 #include "exporter/rules/file_facts.h"
 #include "exporter/rules/rules.h"
 

@@ -3,7 +3,7 @@
 // What an export would do, and the first reason not to start it: one table of rules for all that starts exports without
 // the dialog. Reads files and folders, changes none.
 
-#include "exporter/export_options.h"
+#include "exporter/base/export_options.h"
 #include "exporter/sampling/sampling_range.h"
 
 #include <cstddef>

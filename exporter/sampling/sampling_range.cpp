@@ -1,6 +1,6 @@
 #include "exporter/sampling/sampling_range.h"
 
-#include "exporter/clamped_cast.h"
+#include "exporter/base/clamped_cast.h"
 
 #include <algorithm>
 #include <cmath>

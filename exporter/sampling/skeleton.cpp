@@ -1,7 +1,7 @@
 #include "exporter/sampling/skeleton.h"
 
+#include "exporter/base/text.h"
 #include "exporter/sampling/global_matrix.h"
-#include "exporter/text.h"
 
 #include <algorithm>
 

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "exporter/export_context.h"
-#include "exporter/export_options.h"
+#include "exporter/base/export_context.h"
+#include "exporter/base/export_options.h"
 #include "exporter/sampling/sampling_range.h"
 
 #include <cstdint>

@@ -1,6 +1,6 @@
 #include "exporter/sampling/user_properties.h"
 
-#include "exporter/text.h"
+#include "exporter/base/text.h"
 
 #include <map>
 #include <type_traits>

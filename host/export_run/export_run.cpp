@@ -1,9 +1,9 @@
 #include "host/export_run/export_run.h"
 
-#include "exporter/dialog_regions.h"
-#include "exporter/option_table.h"
+#include "exporter/base/dialog_regions.h"
+#include "exporter/base/option_table.h"
+#include "exporter/base/script_entry.h"
 #include "exporter/rules/sampling_rate.h"
-#include "exporter/script_entry.h"
 
 #include <mobu_host/private_settings.h>
 #include <mobu_host/ui.h>

@@ -4,7 +4,7 @@
 #include <memory>
 #include <string>
 
-#include "exporter/export_options.h"
+#include "exporter/base/export_options.h"
 
 #include <mobu_host/plugin.h>
 

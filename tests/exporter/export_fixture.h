@@ -1,7 +1,7 @@
 #pragma once
 
+#include "exporter/base/text.h"
 #include "exporter/export_driver.h"
-#include "exporter/text.h"
 #include "mobu_host/scene.h"
 #include "tests/support/scratch_folder.h"
 #include "tests/support/test_platform.h"

@@ -1,4 +1,4 @@
-#include "exporter/file_naming.h"
+#include "exporter/rules/file_naming.h"
 
 #include <gtest/gtest.h>
 

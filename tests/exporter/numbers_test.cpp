@@ -1,4 +1,4 @@
-#include "exporter/clamped_cast.h"
+#include "exporter/base/clamped_cast.h"
 
 #include <gtest/gtest.h>
 

@@ -1,7 +1,7 @@
 #include "tools/tv2/dialog_choices.h"
 
-#include "exporter/clamped_cast.h"
-#include "exporter/option_table.h"
+#include "exporter/base/clamped_cast.h"
+#include "exporter/base/option_table.h"
 #include "tools/tv2/text.h"
 
 #include <cmath>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "exporter/export_options.h"
+#include "exporter/base/export_options.h"
 #include "tev2_loader/status.h"
 
 #include <fbsdk/fbsdk.h>

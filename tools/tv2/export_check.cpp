@@ -1,6 +1,6 @@
 #include "tools/tv2/export_check.h"
 
-#include "exporter/text.h"
+#include "exporter/base/text.h"
 #include "tools/tv2/loaded_file.h"
 #include "tools/tv2/scene_walk.h"
 #include "tools/tv2/text.h"

@@ -9,7 +9,7 @@
 #include "tools/tv2/text.h"
 #include "tools/tv2/verb.h"
 
-#include "exporter/option_table.h"
+#include "exporter/base/option_table.h"
 #include "exporter/rules/sampling_rate.h"
 #include "host/export_run/export_run.h"
 #include "host/import/formats.h"

@@ -1,5 +1,5 @@
+#include "exporter/base/text.h"
 #include "exporter/platform/platform.h"
-#include "exporter/text.h"
 
 #include <gtest/gtest.h>
 

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "exporter/dialog_regions.h"
-#include "exporter/export_options.h"
+#include "exporter/base/dialog_regions.h"
+#include "exporter/base/export_options.h"
 
 #include <algorithm>
 #include <span>
@@ -75,6 +75,16 @@ inline std::string CommandLineName(const ExportOption& row)
 }
 
 /// Takes the flags over into the options of a run.
-void SetFlags(ExportOptions& options, const ExportFlags& flags);
+inline void SetFlags(ExportOptions& options, const ExportFlags& flags)
+{
+    for (const ExportOption& row : kExportOptions)
+    {
+        if (row.applied != nullptr)
+        {
+            options.*row.applied = flags.*row.flag;
+        }
+    }
+    options.AllTakes = flags.all_takes;
+}
 
 } // namespace tev2_exporter

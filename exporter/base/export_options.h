@@ -6,8 +6,6 @@
 namespace tev2_exporter
 {
 
-struct ExportContext;
-
 /// Options that are on or off, with their defaults.
 struct ExportFlags
 {
@@ -44,8 +42,5 @@ struct ExportOptions
     std::uint32_t UseCustomRange = 0;             ///< 0: the whole take, 1: the custom range clamped to it
     std::uint32_t AllTakes = 0; ///< 0: the current take, 1: every take, each in its own file
 };
-
-/// The options for a scripted export. Nothing is validated: a start after the end or a rate of 0 is passed on.
-ExportOptions FillOptionsFromScript(ExportContext& context, const ExportCall& call);
 
 } // namespace tev2_exporter
