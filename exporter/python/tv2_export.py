@@ -47,32 +47,25 @@ _ERRORS = "strict" if _WINDOWS or str is bytes else "surrogateescape"
 
 _MAGIC = b"\x01\x32\x56\x54"  # written last: a file that was cut short begins with zeros
 _ENVIRONMENT = 2
-_INT32_MIN, _INT32_MAX = -2**31, 2**31 - 1
 _CLOCK_STEP = 0.02  # seconds; time stamps of files are no finer
 
 
-class Take(collections.namedtuple("Take", "name start stop start_frame stop_frame current")):
-    """A take: its span in seconds and in whole frames of the transport rate, and whether it is current."""
-
-    __slots__ = ()
+_TEXT, _INT, _SIZE, _DOUBLE, _POINTER = (ctypes.c_char_p, ctypes.c_int32, ctypes.c_size_t, ctypes.c_double,
+                                         ctypes.POINTER)
 
 
-class Model(collections.namedtuple("Model", "name parent selected camera")):
-    """A model: its long name, the index of its parent (-1 for the root), and whether it is selected and a camera."""
-
-    __slots__ = ()
-
-
-class Option(collections.namedtuple("Option", "name default help")):
-    """A keyword of export() that is True or False."""
-
-    __slots__ = ()
+def _record(name, members, doc):
+    """A named tuple with a text of help, which named tuples of Python 2 lack."""
+    return type(name, (collections.namedtuple(name, members),), {"__slots__": (), "__doc__": doc})
 
 
-class Plan(collections.namedtuple("Plan", "files rate notes")):
-    """What export() would do: the files, the samples per second, and notes on what is rounded, cut or left out."""
-
-    __slots__ = ()
+Take = _record("Take", "name start stop start_frame stop_frame current",
+               "A take: its span in seconds and in whole transport frames, and whether it is current.")
+Model = _record("Model", "name parent selected camera",
+                "A model: its long name, the index of its parent (-1: none), whether it is selected and a camera.")
+Option = _record("Option", "name default help", "A keyword of export() that is True or False.")
+Plan = _record("Plan", "files rate notes",
+               "What export() would do: files, samples per second, notes on what is rounded, cut or left out.")
 
 
 class ExportError(Exception):
@@ -120,7 +113,7 @@ def export(path, start_frame=None, end_frame=None, fps=None, plugin=None, progre
     rules = _check(path, start_frame, end_frame, fps, flags)
     run = _exporter(plugin, rules, progress)
 
-    files = [_native(name) for name in rules.files]
+    files = [name for name, _, _, _ in rules.files]
     before = dict((name, _stamp(name)) for name in files)
     _let_the_clock_move_on(before.values())
     reason = run()
@@ -138,7 +131,7 @@ def export(path, start_frame=None, end_frame=None, fps=None, plugin=None, progre
 def plan(path, start_frame=None, end_frame=None, fps=None, **flags):
     """What export() would do with these arguments, as a Plan. Raises ExportError where export() would refuse."""
     rules = _check(path, start_frame, end_frame, fps, flags)
-    return Plan([_native(name) for name in rules.files], rules.rate, rules.notes)
+    return Plan([name for name, _, _, _ in rules.files], rules.rate, rules.notes)
 
 
 def options():
@@ -247,14 +240,15 @@ def _shown(encoded):
     return '"%s"' % _native(encoded)
 
 
-def _int32(name, value):
+def _frame(name, value):
+    """A frame as the rules take it, None for none."""
     try:
         number = None if isinstance(value, bool) else operator.index(value)
     except TypeError:
         number = None
-    if number is None or not _INT32_MIN <= number <= _INT32_MAX:
+    if value is not None and (number is None or not -2**31 <= number < 2**31):
         raise ExportError("%s is not a 32-bit integer: %r" % (name, value))
-    return number
+    return None if value is None else ctypes.pointer(_INT(number))
 
 
 def _flags(given):
@@ -281,10 +275,6 @@ def _rate_text(fps):
             return ("%d/%d" % (fps.numerator, fps.denominator) if fps.denominator != 1 else "%d" % fps).encode("ascii")
         return repr(float(fps)).encode("ascii")
     raise ExportError("fps is not a rate: %r" % (fps,))
-
-
-def _frame(name, value):
-    return None if value is None else ctypes.c_int32(_int32(name, value))
 
 
 # ---- the scene
@@ -314,7 +304,7 @@ class _HostScene(object):
 
     def models(self):
         found = []
-        model = _HostModel()
+        model = _Model()
         for index in range(self._host.mobu_host_model_count()):
             self._host.mobu_host_model_at(index, model)
             self._host.mobu_host_model_name(index, self._text, len(self._text))
@@ -385,64 +375,40 @@ def _known_scene():
 # ---- the rules
 
 
-class _RulesTake(ctypes.Structure):
-    _fields_ = [("name", ctypes.c_char_p), ("start", ctypes.c_double), ("stop", ctypes.c_double)]
+def _structure(name, members):
+    return type(name, (ctypes.Structure,), {"_fields_": members})
 
 
-class _RulesModel(ctypes.Structure):
-    _fields_ = [("parent", ctypes.c_int32), ("selected", ctypes.c_int32), ("camera", ctypes.c_int32)]
+_RulesTake = _structure("_RulesTake", [("name", _TEXT), ("start", _DOUBLE), ("stop", _DOUBLE)])
+_Model = _structure("_Model", [("parent", _INT), ("selected", _INT), ("camera", _INT)])  # of rules and host
+_RulesRequest = _structure("_RulesRequest", [
+    ("size", _SIZE), ("path", _TEXT), ("rate", _TEXT), ("start_frame", _POINTER(_INT)), ("end_frame", _POINTER(_INT)),
+    ("all_takes", _INT), ("spaces_to_underscores", _INT), ("whole_rates_only", _INT), ("python_wording", _INT),
+    ("file_names", _INT), ("has_scene", _INT), ("transport_rate", _DOUBLE), ("takes", _POINTER(_RulesTake)),
+    ("take_count", _SIZE), ("current_take", _INT), ("models", _POINTER(_Model)), ("model_count", _SIZE),
+    ("files", _POINTER(_TEXT)), ("file_count", _SIZE)])
+_RulesResult = _structure("_RulesResult", [
+    ("objection", _TEXT), ("code", _TEXT), ("rate", _DOUBLE), ("path", _TEXT), ("start_frame", _INT),
+    ("end_frame", _INT), ("whole_take", _INT), ("file_count", _SIZE), ("note_count", _SIZE)])
+_RulesFile = _structure("_RulesFile", [("path", _TEXT), ("take", _SIZE), ("start", _DOUBLE), ("end", _DOUBLE)])
+_RulesOption = _structure("_RulesOption", [("name", _TEXT), ("help", _TEXT), ("is_flag", _INT), ("default_on", _INT)])
 
-
-_HostModel = _RulesModel  # the same members
-
-
-class _RulesRequest(ctypes.Structure):
-    _fields_ = [("size", ctypes.c_size_t), ("path", ctypes.c_char_p), ("rate", ctypes.c_char_p),
-                ("start_frame", ctypes.POINTER(ctypes.c_int32)), ("end_frame", ctypes.POINTER(ctypes.c_int32)),
-                ("all_takes", ctypes.c_int32), ("spaces_to_underscores", ctypes.c_int32),
-                ("whole_rates_only", ctypes.c_int32), ("python_wording", ctypes.c_int32),
-                ("file_names", ctypes.c_int32), ("has_scene", ctypes.c_int32), ("transport_rate", ctypes.c_double),
-                ("takes", ctypes.POINTER(_RulesTake)), ("take_count", ctypes.c_size_t),
-                ("current_take", ctypes.c_int32), ("models", ctypes.POINTER(_RulesModel)),
-                ("model_count", ctypes.c_size_t), ("files", ctypes.POINTER(ctypes.c_char_p)),
-                ("file_count", ctypes.c_size_t)]
-
-
-class _RulesFile(ctypes.Structure):
-    _fields_ = [("path", ctypes.c_char_p), ("take", ctypes.c_size_t), ("start", ctypes.c_double),
-                ("end", ctypes.c_double)]
-
-
-class _RulesOption(ctypes.Structure):
-    _fields_ = [("name", ctypes.c_char_p), ("help", ctypes.c_char_p), ("is_flag", ctypes.c_int32),
-                ("default_on", ctypes.c_int32)]
-
-
-_Checked = collections.namedtuple(
-    "_Checked", "path path_for_exporter start_frame end_frame whole_take flags rate files spans notes")
-
-# Result and arguments of the functions of a library. Those with results and arguments of type int need no row.
-_TEXT, _INT, _SIZE, _DOUBLE = ctypes.c_char_p, ctypes.c_int32, ctypes.c_size_t, ctypes.c_double
-_PLAN = ctypes.c_void_p
+# The result and the arguments of each function.
 _RULES_FUNCTIONS = {
-    "tv2_rules_check": (_PLAN, ctypes.POINTER(_RulesRequest)),
-    "tv2_rules_free": (None, _PLAN),
-    "tv2_rules_objection": (_TEXT, _PLAN),
-    "tv2_rules_objection_code": (_TEXT, _PLAN),
-    "tv2_rules_path_for_exporter": (_TEXT, _PLAN),
-    "tv2_rules_rate": (_DOUBLE, _PLAN),
-    "tv2_rules_start_frame": (_INT, _PLAN),
-    "tv2_rules_end_frame": (_INT, _PLAN),
-    "tv2_rules_whole_take": (_INT, _PLAN),
-    "tv2_rules_file_count": (_SIZE, _PLAN),
-    "tv2_rules_file_at": (_RulesFile, _PLAN, _SIZE),
-    "tv2_rules_note_count": (_SIZE, _PLAN),
-    "tv2_rules_note": (_TEXT, _PLAN, _SIZE),
+    "tv2_rules_check": (ctypes.c_void_p, _POINTER(_RulesRequest)),
+    "tv2_rules_free": (None, ctypes.c_void_p),
+    "tv2_rules_result_of": (_RulesResult, ctypes.c_void_p),
+    "tv2_rules_file_at": (_RulesFile, ctypes.c_void_p, _SIZE),
+    "tv2_rules_note": (_TEXT, ctypes.c_void_p, _SIZE),
     "tv2_rules_frame_at": (_INT, _DOUBLE, _DOUBLE),
     "tv2_rules_option_count": (_SIZE,),
     "tv2_rules_option_at": (_RulesOption, _SIZE),
     "tv2_rules_script_entry": (_TEXT,),
 }
+
+# What the rules say: arguments of the exporter, and (name, take, start, end) of each file.
+_Checked = collections.namedtuple(
+    "_Checked", "path path_for_host start_frame end_frame whole_take flags rate files notes")
 
 
 def _declare(library, functions):
@@ -465,44 +431,33 @@ def _load_rules():
 
 def _check(path, start_frame, end_frame, fps, given_flags):
     """What the rules say about an export of the open scene; raises ExportError for what they refuse."""
-    start, end = _frame("start_frame", start_frame), _frame("end_frame", end_frame)
-    path = _encoded(path, "the path")
-    flags = _flags(given_flags)
-    request = _RulesRequest(size=ctypes.sizeof(_RulesRequest), path=path, rate=_rate_text(fps), python_wording=1,
-                            spaces_to_underscores=flags["spaces_to_underscores"], all_takes=flags["all_takes"],
-                            start_frame=None if start is None else ctypes.pointer(start),
-                            end_frame=None if end is None else ctypes.pointer(end))
+    path, flags = _encoded(path, "the path"), _flags(given_flags)
+    start, end, rate = _frame("start_frame", start_frame), _frame("end_frame", end_frame), _rate_text(fps)
     rules = _load_rules()
     scene = _known_scene()
     found_takes, found_models, files = scene.takes(), scene.models(), scene.files()
-    request.has_scene = 1
-    request.whole_rates_only = isinstance(scene, _MotionBuilderScene)
-    request.transport_rate = scene.rate()
-    request.current_take = scene.current_take()
-    request.takes = (_RulesTake * len(found_takes))(*found_takes)
-    request.take_count = len(found_takes)
-    request.models = (_RulesModel * len(found_models))(*[model[1:] for model in found_models])
-    request.model_count = len(found_models)
-    request.files = (ctypes.c_char_p * len(files))(*files)
-    request.file_count = len(files)
-    checked = rules.tv2_rules_check(request)
-    if not checked:
-        raise ExportError("the rules cannot be applied: %s is of another version, or memory ran out" %
-                          _RULES)
+    request = _RulesRequest(
+        size=ctypes.sizeof(_RulesRequest), path=path, rate=rate, start_frame=start, end_frame=end,
+        all_takes=flags["all_takes"], spaces_to_underscores=flags["spaces_to_underscores"], python_wording=1,
+        whole_rates_only=isinstance(scene, _MotionBuilderScene), has_scene=1, transport_rate=scene.rate(),
+        takes=(_RulesTake * len(found_takes))(*found_takes), take_count=len(found_takes),
+        current_take=scene.current_take(),
+        models=(_Model * len(found_models))(*[model[1:] for model in found_models]), model_count=len(found_models),
+        files=(_TEXT * len(files))(*files), file_count=len(files))
+    plan = rules.tv2_rules_check(request)
+    if not plan:
+        raise ExportError("the rules cannot be applied: %s is of another version, or memory ran out" % _RULES)
     try:
-        objection = rules.tv2_rules_objection(checked)
-        if objection is not None:
-            raise ExportError(_native(objection), code=_native(rules.tv2_rules_objection_code(checked)))
-        planned = [rules.tv2_rules_file_at(checked, index) for index in range(rules.tv2_rules_file_count(checked))]
-        return _Checked(path, rules.tv2_rules_path_for_exporter(checked), rules.tv2_rules_start_frame(checked),
-                        rules.tv2_rules_end_frame(checked), bool(rules.tv2_rules_whole_take(checked)),
-                        list(flags.values()), rules.tv2_rules_rate(checked),
-                        [file.path for file in planned],
-                        dict((file.take, (_native(file.path), file.start, file.end)) for file in planned),
-                        [_native(rules.tv2_rules_note(checked, index))
-                         for index in range(rules.tv2_rules_note_count(checked))])
+        result = rules.tv2_rules_result_of(plan)
+        if result.objection is not None:
+            raise ExportError(_native(result.objection), code=_native(result.code))
+        planned = [rules.tv2_rules_file_at(plan, index) for index in range(result.file_count)]
+        return _Checked(path, result.path, result.start_frame, result.end_frame, bool(result.whole_take),
+                        list(flags.values()), result.rate,
+                        [(_native(file.path), file.take, file.start, file.end) for file in planned],
+                        [_native(rules.tv2_rules_note(plan, index)) for index in range(result.note_count)])
     finally:
-        rules.tv2_rules_free(checked)
+        rules.tv2_rules_free(plan)
 
 
 # ---- the plug-in
@@ -526,24 +481,21 @@ def _exporter(plugin, rules, progress):
 
 def _host_call(plugin, rules):
     """The call of mobu_host_export; its last members are the flags."""
-    class Call(ctypes.Structure):
-        _fields_ = [("size", _SIZE), ("plugin", _TEXT), ("path", _TEXT), ("rate", _DOUBLE), ("whole_take", _INT),
-                    ("start_frame", _INT), ("end_frame", _INT), ("flags", _INT * len(rules.flags))]
-
-    return Call(ctypes.sizeof(Call), plugin, rules.path_for_exporter, rules.rate, rules.whole_take, rules.start_frame,
+    call = _structure("_HostCall", [
+        ("size", _SIZE), ("plugin", _TEXT), ("path", _TEXT), ("rate", _DOUBLE), ("whole_take", _INT),
+        ("start_frame", _INT), ("end_frame", _INT), ("flags", _INT * len(rules.flags))])
+    return call(ctypes.sizeof(call), plugin, rules.path_for_host, rules.rate, rules.whole_take, rules.start_frame,
                 rules.end_frame, tuple(rules.flags))
 
 
 _HostProgress = ctypes.PYFUNCTYPE(ctypes.c_int, ctypes.c_int, ctypes.c_double, ctypes.c_void_p)
-
-
 _HOST_FUNCTIONS = {
     "mobu_host_open_scene_at": (_INT, _TEXT, _DOUBLE, _TEXT, _SIZE),
     "mobu_host_take_name": (_INT, _INT, _TEXT, _SIZE),
-    "mobu_host_take_span": (_INT, _INT, ctypes.POINTER(_DOUBLE), ctypes.POINTER(_DOUBLE)),
+    "mobu_host_take_span": (_INT, _INT, _POINTER(_DOUBLE), _POINTER(_DOUBLE)),
     "mobu_host_transport_rate": (_DOUBLE,),
     "mobu_host_scene_file": (_INT, _INT, _TEXT, _SIZE),
-    "mobu_host_model_at": (_INT, _INT, ctypes.POINTER(_HostModel)),
+    "mobu_host_model_at": (_INT, _INT, _POINTER(_Model)),
     "mobu_host_model_name": (_INT, _INT, _TEXT, _SIZE),
     "mobu_host_select_model": (_INT, _TEXT),
     "mobu_host_suggest_take": (None, _TEXT, _TEXT, _SIZE),
@@ -554,12 +506,13 @@ _HOST_FUNCTIONS = {
 
 def _run_in_host(plugin, rules, progress):
     raised = []
+    spans = dict((take, (name, start, end)) for name, take, start, end in rules.files)
 
     def report(take, seconds, _):
         """Called during the export. Ctrl-C arrives here, where Python code runs."""
         try:
-            if progress is not None and take in rules.spans:
-                name, start, end = rules.spans[take]
+            if progress is not None and take in spans:
+                name, start, end = spans[take]
                 progress(name, min(max((seconds - start) / (end - start), 0.0), 1.0) if end > start else 1.0)
         except BaseException:  # anything stops the export and is passed to the caller
             raised.append(sys.exc_info())
@@ -572,9 +525,7 @@ def _run_in_host(plugin, rules, progress):
         raise raised[0][1]
     if done < 0:
         raise KeyboardInterrupt()  # it came before report could catch it
-    if done == 1:
-        return ""
-    return _native(text.value) or "the exporter gave up"
+    return "" if done == 1 else _native(text.value) or "the exporter gave up"
 
 
 def _plugin_path(plugin):
@@ -596,7 +547,7 @@ def _load_entry(plugin):
         raise ExportError("the plug-in %s cannot be loaded: %s" % (plugin, error))
     except AttributeError:
         raise ExportError("%s is no exporter: it has no %s" % (plugin, name))
-    entry.argtypes = [ctypes.c_char_p] + [ctypes.c_int32] * 3 + [ctypes.c_bool] * 6
+    entry.argtypes = [_TEXT] + [_INT] * 3 + [ctypes.c_bool] * 6
     entry.restype = ctypes.c_uint32
     return entry
 
@@ -606,8 +557,7 @@ def _loaded_module(name):
     if not _WINDOWS:
         return None
     find = ctypes.WinDLL("kernel32").GetModuleHandleW
-    find.argtypes = [ctypes.c_wchar_p]
-    find.restype = ctypes.c_void_p
+    find.restype, find.argtypes = ctypes.c_void_p, [ctypes.c_wchar_p]
     return find(name)
 
 

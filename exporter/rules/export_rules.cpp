@@ -95,44 +95,20 @@ void tv2_rules_free(tv2_rules_plan* plan)
     delete plan;
 }
 
-const char* tv2_rules_objection(const tv2_rules_plan* plan)
+tv2_rules_result tv2_rules_result_of(const tv2_rules_plan* plan)
 {
-    return plan->plan.objection ? plan->plan.objection.text.c_str() : nullptr;
-}
-
-const char* tv2_rules_objection_code(const tv2_rules_plan* plan)
-{
-    return plan->plan.objection.code;
-}
-
-double tv2_rules_rate(const tv2_rules_plan* plan)
-{
-    return plan->plan.call.rate;
-}
-
-const char* tv2_rules_path_for_exporter(const tv2_rules_plan* plan)
-{
-    return plan->plan.call.path.c_str();
-}
-
-int32_t tv2_rules_start_frame(const tv2_rules_plan* plan)
-{
-    return plan->plan.call.start_frame;
-}
-
-int32_t tv2_rules_end_frame(const tv2_rules_plan* plan)
-{
-    return plan->plan.call.end_frame;
-}
-
-int32_t tv2_rules_whole_take(const tv2_rules_plan* plan)
-{
-    return plan->plan.call.whole_take ? 1 : 0;
-}
-
-size_t tv2_rules_file_count(const tv2_rules_plan* plan)
-{
-    return plan->plan.files.size();
+    const ExportPlan& made = plan->plan;
+    tv2_rules_result result{};
+    result.objection = made.objection ? made.objection.text.c_str() : nullptr;
+    result.code = made.objection.code;
+    result.rate = made.call.rate;
+    result.path = made.call.path.c_str();
+    result.start_frame = made.call.start_frame;
+    result.end_frame = made.call.end_frame;
+    result.whole_take = made.call.whole_take ? 1 : 0;
+    result.file_count = made.files.size();
+    result.note_count = made.notes.size();
+    return result;
 }
 
 tv2_rules_file tv2_rules_file_at(const tv2_rules_plan* plan, size_t index)
@@ -144,11 +120,6 @@ tv2_rules_file tv2_rules_file_at(const tv2_rules_plan* plan, size_t index)
     const FilePlan& file = plan->plan.files[index];
     return {file.path.c_str(), file.take, static_cast<double>(file.range.start),
             static_cast<double>(file.range.end)};
-}
-
-size_t tv2_rules_note_count(const tv2_rules_plan* plan)
-{
-    return plan->plan.notes.size();
 }
 
 const char* tv2_rules_note(const tv2_rules_plan* plan, size_t index)

@@ -1,18 +1,18 @@
 #pragma once
 
-// The rules that every export goes by, with C linkage, for programs in other languages: what an export would write, and
-// the first reason not to start it. Nothing is written and no file is opened for writing.
+// The rules of exports with C linkage, for programs in other languages: what an export would write, and the first
+// reason not to start it. Writes nothing and opens no file for writing.
 //
 //     tv2_rules_request request = {sizeof request};
 //     request.path = "out/walk.tv2";
 //     ...
 //     tv2_rules_plan* plan = tv2_rules_check(&request);
-//     if (tv2_rules_objection(plan))
-//         puts(tv2_rules_objection(plan));
+//     if (tv2_rules_result_of(plan).objection)
+//         puts(tv2_rules_result_of(plan).objection);
 //     tv2_rules_free(plan);
 //
-// Text is 8-bit and zero terminated; paths and names of takes are the bytes that the exporter is given. A plan owns the
-// text that it hands out. Nothing is thrown into the caller.
+// Text is 8-bit and zero terminated; paths and names of takes are the bytes that the exporter is given. Nothing is
+// thrown into the caller.
 
 #include <stddef.h>
 #include <stdint.h>
@@ -58,17 +58,17 @@ typedef struct tv2_rules_request
     const int32_t* end_frame;
     int32_t all_takes;
     int32_t spaces_to_underscores;
-    int32_t whole_rates_only; // only the exporter's script entry can be used
+    int32_t whole_rates_only; // the exporter can only be reached through its script entry
     int32_t python_wording; // messages name options as Python's arguments, otherwise as the command's options
     int32_t file_names;     // 0: of this system, 1: POSIX, 2: Windows
-    int32_t has_scene;      // 0: what follows is not known yet; only the rules that need no scene apply
+    int32_t has_scene;      // 0: the rest is not known yet; only the rules that need no scene apply
     double transport_rate;  // frames a second
     const tv2_rules_take* takes;
     size_t take_count;
     int32_t current_take; // index, -1: none
     const tv2_rules_model* models;
     size_t model_count;
-    const char* const* files; // that the scene was read from, the scene file first
+    const char* const* files; // the scene was read from, the scene file first
     size_t file_count;
 } tv2_rules_request;
 
@@ -86,30 +86,29 @@ typedef struct tv2_rules_plan tv2_rules_plan;
 TV2_RULES_API tv2_rules_plan* tv2_rules_check(const tv2_rules_request* request);
 TV2_RULES_API void tv2_rules_free(tv2_rules_plan* plan);
 
-// Why the export is refused: a text for people, and a code that never changes ("same-file"). Null: it can start, and
-// the rest of the plan is complete.
-TV2_RULES_API const char* tv2_rules_objection(const tv2_rules_plan* plan);
-TV2_RULES_API const char* tv2_rules_objection_code(const tv2_rules_plan* plan);
+// What a plan says. The plan owns the texts.
+typedef struct tv2_rules_result
+{
+    const char*
+        objection;    // why the export is refused, for people; null: it can start, and the rest is complete
+    const char* code; // of the rule that refuses it; never changes ("same-file")
+    double rate;      // samples per second, as asked for
+    const char*
+        path; // as the headless host passes it to the exporter: absolute, so that the file records where it
+              // is, unless names would become too long
+    int32_t start_frame; // arguments of the exporter's script entry
+    int32_t end_frame;
+    int32_t whole_take;
+    size_t file_count;
+    size_t note_count;
+} tv2_rules_result;
+TV2_RULES_API tv2_rules_result tv2_rules_result_of(const tv2_rules_plan* plan);
 
-TV2_RULES_API double tv2_rules_rate(const tv2_rules_plan* plan); // samples a second, as asked for
-
-// The path as the headless host gives it to the exporter: absolute, so that the file tells where it is from, unless the
-// names of files would become too long for that.
-TV2_RULES_API const char* tv2_rules_path_for_exporter(const tv2_rules_plan* plan);
-
-// The arguments of the exporter's script entry.
-TV2_RULES_API int32_t tv2_rules_start_frame(const tv2_rules_plan* plan);
-TV2_RULES_API int32_t tv2_rules_end_frame(const tv2_rules_plan* plan);
-TV2_RULES_API int32_t tv2_rules_whole_take(const tv2_rules_plan* plan);
-
-TV2_RULES_API size_t tv2_rules_file_count(const tv2_rules_plan* plan);
+// File and note number `index`; a file without a path and null when there is none.
 TV2_RULES_API tv2_rules_file tv2_rules_file_at(const tv2_rules_plan* plan, size_t index);
-
-// What would be rounded, cut or left out.
-TV2_RULES_API size_t tv2_rules_note_count(const tv2_rules_plan* plan);
 TV2_RULES_API const char* tv2_rules_note(const tv2_rules_plan* plan, size_t index);
 
-// Whole transport frame of a time in seconds, as the exporter counts.
+// The whole transport frame of a time in seconds, as the exporter counts.
 TV2_RULES_API int32_t tv2_rules_frame_at(double seconds, double transport_rate);
 
 // The options of an export, each with the name of its argument in Python.

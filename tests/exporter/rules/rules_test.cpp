@@ -359,26 +359,28 @@ TEST_F(RulesTest, SpeaksC)
     request.file_count = 1;
     tv2_rules_plan* plan = tv2_rules_check(&request);
     ASSERT_NE(plan, nullptr);
-    EXPECT_EQ(tv2_rules_objection(plan), nullptr);
-    EXPECT_EQ(tv2_rules_objection_code(plan), nullptr);
-    EXPECT_EQ(tv2_rules_rate(plan), 48.0);
-    EXPECT_EQ(tv2_rules_start_frame(plan), 30);
-    EXPECT_EQ(tv2_rules_whole_take(plan), 0);
-    ASSERT_EQ(tv2_rules_file_count(plan), 2u);
+    tv2_rules_result result = tv2_rules_result_of(plan);
+    EXPECT_EQ(result.objection, nullptr);
+    EXPECT_EQ(result.code, nullptr);
+    EXPECT_EQ(result.rate, 48.0);
+    EXPECT_EQ(result.start_frame, 30);
+    EXPECT_EQ(result.whole_take, 0);
+    ASSERT_EQ(result.file_count, 2u);
     const tv2_rules_file file = tv2_rules_file_at(plan, 1);
     EXPECT_EQ(file.path, Path("Run.tv2"));
     EXPECT_EQ(file.take, 1u);
     EXPECT_EQ(file.start, static_cast<double>(1.2f));
     EXPECT_EQ(file.end, 2.0);
     EXPECT_EQ(tv2_rules_file_at(plan, 2).path, nullptr);
-    EXPECT_EQ(tv2_rules_note_count(plan), 0u);
+    EXPECT_EQ(result.note_count, 0u);
     EXPECT_EQ(tv2_rules_note(plan, 0), nullptr);
     tv2_rules_free(plan);
 
     request.rate = "0";
     plan = tv2_rules_check(&request);
-    EXPECT_STREQ(tv2_rules_objection_code(plan), "rate-out-of-range");
-    EXPECT_NE(std::string(tv2_rules_objection(plan)).find("; fps takes"), std::string::npos);
+    result = tv2_rules_result_of(plan);
+    EXPECT_STREQ(result.code, "rate-out-of-range");
+    EXPECT_NE(std::string(result.objection).find("; fps takes"), std::string::npos);
     tv2_rules_free(plan);
 
     request.size = 8;
