@@ -1,3 +1,4 @@
+#include "host/sdk/property_state.h"
 #include "host/sdk/scene_state.h"
 
 namespace mobu_host
@@ -13,33 +14,33 @@ const char* const kFocusSources[] = {"Camera Interest", "Specific Distance", "Mo
 // The animated value belongs to the scene's own switcher, whichever view on it is asked.
 void ReadCurrentIndex(FBComponent&, void* value)
 {
-    SceneState& scene = TheScene();
+    const SceneGraph& graph = TheScene().graph;
     int index = 0;
-    if (scene.switcher_override)
-        index = scene.UserCameraIndex(scene.switcher_override);
-    else if (scene.switcher)
-        index = SdkAccess::Current<int>(scene.switcher->CurrentCameraIndex);
+    if (graph.switcher_override)
+        index = graph.UserCameraIndex(graph.switcher_override);
+    else if (graph.switcher)
+        index = SdkAccess::Current<int>(graph.switcher->CurrentCameraIndex);
     *static_cast<int*>(value) = index;
 }
 
 void WriteCurrentIndex(FBComponent&, const void* value)
 {
     const int index = *static_cast<const int*>(value);
-    TheScene().switcher_override = index < 0 ? nullptr : TheScene().UserCamera(index);
+    TheScene().graph.switcher_override = index < 0 ? nullptr : TheScene().graph.UserCamera(index);
 }
 
 void ReadCurrentCamera(FBComponent& owner, void* value)
 {
     int index = 0;
     ReadCurrentIndex(owner, &index);
-    SceneState& scene = TheScene();
+    const SceneGraph& graph = TheScene().graph;
     *static_cast<FBComponent**>(value) =
-        scene.switcher_override ? scene.switcher_override : scene.UserCamera(index);
+        graph.switcher_override ? graph.switcher_override : graph.UserCamera(index);
 }
 
 void WriteCurrentCamera(FBComponent&, const void* value)
 {
-    TheScene().switcher_override = static_cast<FBCamera*>(*static_cast<FBComponent* const*>(value));
+    TheScene().graph.switcher_override = static_cast<FBCamera*>(*static_cast<FBComponent* const*>(value));
 }
 
 } // namespace
@@ -96,7 +97,7 @@ FBCamera::FBCamera(const char* pName, HIObject pObject) : FBModel(pName, pObject
     FocusAngle = 10.0;
     FocusSpecificDistance = 100.0;
     if (!pObject)
-        TheScene().Adopt(*this);
+        TheScene().graph.Add(*this);
 }
 
 FBCamera::~FBCamera()

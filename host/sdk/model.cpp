@@ -1,6 +1,7 @@
 #include <algorithm>
 
-#include "host/sdk/matrix.h"
+#include "host/sdk/model_space.h"
+#include "host/sdk/property_state.h"
 #include "host/sdk/scene_state.h"
 
 namespace mobu_host
@@ -18,18 +19,18 @@ void ReadParent(FBComponent& owner, void* value)
 
 void WriteParent(FBComponent& owner, const void* value)
 {
-    TheScene().SetParent(static_cast<FBModel&>(owner),
-                         static_cast<FBModel*>(*static_cast<FBComponent* const*>(value)));
+    TheScene().graph.SetParent(static_cast<FBModel&>(owner),
+                               static_cast<FBModel*>(*static_cast<FBComponent* const*>(value)));
 }
 
 void AddChild(FBComponent& owner, FBComponent& child)
 {
-    TheScene().SetParent(static_cast<FBModel&>(child), static_cast<FBModel*>(&owner));
+    TheScene().graph.SetParent(static_cast<FBModel&>(child), static_cast<FBModel*>(&owner));
 }
 
 void RemoveChild(FBComponent&, FBComponent& child)
 {
-    TheScene().SetParent(static_cast<FBModel&>(child), nullptr);
+    TheScene().graph.SetParent(static_cast<FBModel&>(child), nullptr);
 }
 
 } // namespace
@@ -68,7 +69,7 @@ FBModel::FBModel(const char* pName, HIObject pObject)
     Visibility = true;
     Show = true;
     if (!pObject)
-        TheScene().Adopt(*this, TheScene().root);
+        TheScene().graph.Add(*this, TheScene().graph.root);
 }
 
 FBModel::~FBModel()
@@ -204,7 +205,7 @@ void FBMatrix::Identity()
 
 FBModel* FBFindModelByLabelName(const char* pModelLabelName)
 {
-    return TheScene().FindModel(pModelLabelName);
+    return TheScene().graph.FindModel(pModelLabelName);
 }
 
 } // namespace FBSDKNamespace

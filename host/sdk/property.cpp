@@ -217,7 +217,7 @@ FBProperty::FBProperty(FBPropertyType pType) : state_(std::make_unique<State>())
 FBProperty::~FBProperty()
 {
     if (state_->animating_takes)
-        TheScene().ForgetAnimation(*this);
+        TheScene().animation.Forget(*this);
 }
 
 const char* FBProperty::GetName()
@@ -454,13 +454,13 @@ bool FBPropertyAnimatable::IsAnimatable()
 }
 bool FBPropertyAnimatable::IsAnimated()
 {
-    return TheScene().IsAnimated(*this);
+    return TheScene().animation.Animates(TheScene().player.take, *this);
 }
 
 void FBPropertyAnimatable::SetAnimated(bool pState)
 {
-    if (!pState && TheScene().current_take)
-        AnimateProperty(*this, *TheScene().current_take, {});
+    if (!pState && TheScene().player.take)
+        AnimateProperty(*this, *TheScene().player.take, {});
 }
 
 bool FBPropertyString::operator==(const char* pText) const

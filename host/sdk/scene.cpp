@@ -1,5 +1,6 @@
 #include <algorithm>
 
+#include "host/sdk/property_state.h"
 #include "host/sdk/scene_state.h"
 
 namespace mobu_host
@@ -9,7 +10,7 @@ namespace
 
 void ReadRoot(FBComponent&, void* value)
 {
-    *static_cast<FBComponent**>(value) = TheScene().root;
+    *static_cast<FBComponent**>(value) = TheScene().graph.root;
 }
 
 void ReadFilePath(FBComponent&, void* value)
@@ -49,7 +50,7 @@ FBConstraint::FBConstraint(const char* pName, HIObject pObject) : FBBox(pName, p
     Publish(*this, Snap, "Snap");
     Weight = 100.0;
     if (!pObject)
-        TheScene().Adopt(*this);
+        TheScene().graph.Add(*this);
 }
 
 FBConstraint::~FBConstraint()
@@ -76,14 +77,8 @@ FBTake* FBTake::CopyTake(const char* pNewName)
     copy->Comments = Comments;
     copy->LocalTimeSpan = LocalTimeSpan;
     copy->ReferenceTimeSpan = ReferenceTimeSpan;
-    SceneState& scene = TheScene();
-    scene.Adopt(*copy); // from here on a copy that fails leaves the scene as it is destroyed
-    if (const auto tables = scene.animation.find(this); tables != scene.animation.end())
-    {
-        scene.animation.emplace(copy.get(), tables->second);
-        for (const auto& entry : tables->second.properties.Entries())
-            ++SdkAccess::Of(*entry.target).animating_takes;
-    }
+    TheScene().Adopt(*copy); // from here on a copy that fails leaves the scene as it is destroyed
+    TheScene().animation.Copy(*this, *copy);
     return copy.release();
 }
 

@@ -1,6 +1,7 @@
 #include <chrono>
 
 #include "host/sdk/frame_rates.h"
+#include "host/sdk/property_state.h"
 #include "host/sdk/scene_state.h"
 
 namespace mobu_host
@@ -26,23 +27,23 @@ void ReadVersion(FBComponent&, void* value)
 }
 void ReadTake(FBComponent&, void* value)
 {
-    As<FBComponent*>(value) = TheScene().current_take;
+    As<FBComponent*>(value) = TheScene().player.take;
 }
 void ReadLocalTime(FBComponent&, void* value)
 {
-    As<FBTime>(value) = TheScene().local_time;
+    As<FBTime>(value) = TheScene().player.time;
 }
 void ReadScene(FBComponent&, void* value)
 {
-    As<FBComponent*>(value) = TheScene().scene.get();
+    As<FBComponent*>(value) = TheScene().graph.scene.get();
 }
 void ReadSceneRoot(FBComponent&, void* value)
 {
-    As<FBComponent*>(value) = TheScene().root;
+    As<FBComponent*>(value) = TheScene().graph.root;
 }
 void ReadSystemRoot(FBComponent&, void* value)
 {
-    As<FBComponent*>(value) = TheScene().system_root.get();
+    As<FBComponent*>(value) = TheScene().graph.system_root.get();
 }
 void ReadFileName(FBComponent&, void* value)
 {
@@ -50,19 +51,19 @@ void ReadFileName(FBComponent&, void* value)
 }
 void ReadSnapMode(FBComponent&, void* value)
 {
-    As<int>(value) = TheScene().snap_mode;
+    As<int>(value) = TheScene().player.snap_mode;
 }
 void WriteSnapMode(FBComponent&, const void* value)
 {
-    TheScene().snap_mode = *static_cast<const int*>(value);
+    TheScene().player.snap_mode = *static_cast<const int*>(value);
 }
 
 // Only a take of the scene can be current.
 void WriteTake(FBComponent&, const void* value)
 {
     auto* take = static_cast<FBTake*>(*static_cast<FBComponent* const*>(value));
-    if (TheScene().scene->Takes.Find(take) >= 0)
-        TheScene().current_take = take;
+    if (TheScene().graph.scene->Takes.Find(take) >= 0)
+        TheScene().player.take = take;
 }
 
 void ReadSystemTime(FBComponent&, void* value)
@@ -72,14 +73,14 @@ void ReadSystemTime(FBComponent&, void* value)
 
 FBTimeSpan CurrentSpan()
 {
-    return TheScene().current_take ? static_cast<FBTimeSpan>(TheScene().current_take->LocalTimeSpan)
-                                   : FBTimeSpan();
+    return TheScene().player.take ? static_cast<FBTimeSpan>(TheScene().player.take->LocalTimeSpan)
+                                  : FBTimeSpan();
 }
 
 void SetCurrentSpan(const FBTimeSpan& span)
 {
-    if (TheScene().current_take)
-        TheScene().current_take->LocalTimeSpan = span;
+    if (TheScene().player.take)
+        TheScene().player.take->LocalTimeSpan = span;
 }
 
 void ReadLoopStart(FBComponent&, void* value)
@@ -160,7 +161,7 @@ FBPlayerControl& FBPlayerControl::TheOne()
 
 bool FBPlayerControl::Goto(FBTime pTime)
 {
-    TheScene().Goto(pTime);
+    TheScene().player.Goto(pTime, TheScene().behaviour.clamp_goto_to_take);
     return true;
 }
 
@@ -182,18 +183,18 @@ bool FBPlayerControl::Stop()
 }
 FBTimeMode FBPlayerControl::GetTransportFps()
 {
-    return TheScene().transport_mode;
+    return TheScene().player.transport_mode;
 }
 
 void FBPlayerControl::SetTransportFps(FBTimeMode pTimeMode, double pCustomFps)
 {
-    TheScene().transport_mode = pTimeMode == kFBTimeModeDefault ? kFBTimeMode30Frames : pTimeMode;
-    TheScene().custom_rate = pCustomFps;
+    TheScene().player.transport_mode = pTimeMode == kFBTimeModeDefault ? kFBTimeMode30Frames : pTimeMode;
+    TheScene().player.custom_rate = pCustomFps;
 }
 
 double FBPlayerControl::GetTransportFpsValue(FBTimeMode pTimeMode)
 {
-    return TheScene().TransportRate(pTimeMode);
+    return TheScene().player.RateOf(pTimeMode);
 }
 
 } // namespace FBSDKNamespace
