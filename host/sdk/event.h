@@ -5,7 +5,7 @@
 namespace FBSDKNamespace
 {
 
-// What stands behind the event handle of a handler, for the time of the call.
+/// What the event handle of a handler points to, during the call.
 class KEventBase
 {
 public:

@@ -5,25 +5,14 @@
 #include <string>
 #include <vector>
 
+#include "host/sdk/property_value.h"
+
 #include <fbsdk/fbsdk.h>
 
-// What stands behind a property: its value as the bytes that GetData and SetData carry.
+// The state of properties, and access to the private state of SDK objects.
 
 namespace mobu_host
 {
-
-struct ValueBytes
-{
-    alignas(8) unsigned char bytes[32] = {};
-};
-
-// Bytes of a value of this type; 0 for types that hold none. Text counts as its pointer.
-std::size_t ValueSize(FBPropertyType type);
-
-// How many numbers a value of this type has (0: none), and each of them as a double.
-int NumberCount(FBPropertyType type);
-double NumberAt(FBPropertyType type, const ValueBytes& value, int component);
-void SetNumberAt(FBPropertyType type, ValueBytes& value, int component, double number);
 
 // Values that live elsewhere: value points to a buffer as GetData and SetData describe it.
 using PropertyReader = void (*)(FBComponent& owner, void* value);
