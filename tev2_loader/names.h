@@ -4,7 +4,7 @@
 //
 //     #include "tev2_loader/names.h"
 //
-//     if (const TEV2_LOADER::TEV2_MATRIX_NODE* node = TEV2_LOADER::FindNode(scene, "t\u00EAte"))
+//     if (const TEV2_LOADER::TEV2_MATRIX_NODE* node = TEV2_LOADER::FindNode(scene, "Hips"))
 //         std::printf("%s is node %td\n", TEV2_LOADER::Name(*node).c_str(), node - scene.matrixHierarchy.nodes.data());
 //
 // A file keeps names in UTF-16 units. Exporters that know 8-bit names store one unit per byte of UTF-8; others store

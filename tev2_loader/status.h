@@ -1,5 +1,7 @@
 #pragma once
 
+#include "tev2_loader/requirements.h"
+
 #include <string>
 #include <utility>
 
@@ -8,15 +10,11 @@ namespace TEV2_LOADER
 
 /// Whether an operation succeeded and, when it did not, why: a sentence part in UTF-8 that a person can act on.
 ///
-///     Status Rename(const std::string& name)
-///     {
-///         if (name.empty())
-///             return Status::Failure("the name is empty");
-///         return {};
-///     }
+///     const auto check = [](const std::string& name)
+///     { return name.empty() ? Status::Failure("the name is empty") : Status(); };
 ///
-///     if (const Status renamed = Rename(name); !renamed)
-///         std::fprintf(stderr, "cannot rename: %s\n", renamed.Reason().c_str());
+///     if (const Status checked = check("walk"); !checked)
+///         std::fprintf(stderr, "cannot rename: %s\n", checked.Reason().c_str());
 ///
 /// The compiler warns when a Status is ignored.
 class [[nodiscard]] Status

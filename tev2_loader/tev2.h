@@ -21,6 +21,28 @@
 #include <memory>
 #include <vector>
 
+// A scene made, saved, and played.
+//
+//     #include "tev2_loader/file.h"
+//     #include "tev2_loader/names.h"
+//
+//     TEV2_LOADER::TEV2 made;
+//     TEV2_LOADER::TEV2_MATRIX_NODE& hips = made.matrixHierarchy.nodes.emplace_back();
+//     if (!TEV2_LOADER::SetName(hips, "Hips"))
+//         return 1;
+//     auto walk = std::make_unique<TEV2_LOADER::TEV2_ANIMATABLE_VECTOR_3_LINEAR>();
+//     walk->Append(0.0f, {0.0f, 1.0f, 0.0f}); // seconds, metres
+//     walk->Append(1.0f, {0.0f, 1.0f, 2.0f});
+//     hips.translation = std::move(walk);
+//     made.environment.timeRange = {0.0f, 1.0f};
+//     if (!TEV2_LOADER::SaveFile(made, "hips.tv2"))
+//         return 1;
+//     for (float time = 0.0f; time <= 1.0f; time += 0.25f)
+//     {
+//         made.SetTime(time);
+//         std::printf("%g\n", hips.worldMatrix.m[2][3]); // 0, 0.5, 1, 1.5, 2
+//     }
+
 namespace TEV2_LOADER
 {
 

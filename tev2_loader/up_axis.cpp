@@ -18,22 +18,27 @@ bool IsByExporter(const TEV2_INF& information)
            creator.find(std::string(kCreatorExporter) + "v") != std::string::npos;
 }
 
-bool IsAtOrigin(const TEV2_ANIMATABLE_VECTOR_3* translation)
+/// Whether every value of a track of this kind is one that `fits` takes. Works without run-time type information.
+template <typename Track, typename Family, typename Fits>
+bool IsAlways(const std::unique_ptr<Family>& optional, Fits fits)
 {
-    const auto* track = dynamic_cast<const TEV2_ANIMATABLE_VECTOR_3_LINEAR*>(translation);
-    return track != nullptr && !track->m_values.empty() &&
-           std::all_of(track->m_values.begin(), track->m_values.end(),
-                       [](const TEV2_VECTOR_3& value) { return value == TEV2_VECTOR_3{}; });
+    if (!optional || optional->GetType() != Track::kKindCode)
+        return false;
+    const auto& values = static_cast<const Track&>(*optional).m_values;
+    return !values.empty() && std::all_of(values.begin(), values.end(), fits);
+}
+
+bool IsAtOrigin(const TEV2_MATRIX_NODE& node)
+{
+    return IsAlways<TEV2_ANIMATABLE_VECTOR_3_LINEAR>(node.translation, [](const TEV2_VECTOR_3& value)
+                                                     { return value == TEV2_VECTOR_3{}; });
 }
 
 /// Whether every key is this rotation, by either of its two quaternions.
-bool IsAlways(const TEV2_ANIMATABLE_QUATERNION* rotation, const TEV2_QUATERNION& expected)
+bool HasRotation(const TEV2_MATRIX_NODE& node, const TEV2_QUATERNION& expected)
 {
-    const auto* track = dynamic_cast<const TEV2_ANIMATABLE_QUATERNION_SLERP*>(rotation);
-    return track != nullptr && !track->m_values.empty() &&
-           std::all_of(track->m_values.begin(), track->m_values.end(),
-                       [&expected](const TEV2_QUATERNION& value)
-                       { return value == expected || value == -expected; });
+    return IsAlways<TEV2_ANIMATABLE_QUATERNION_SLERP>(node.rotation, [&expected](const TEV2_QUATERNION& value)
+                                                      { return value == expected || value == -expected; });
 }
 
 } // namespace
@@ -43,11 +48,11 @@ TEV2_UP_AXIS UpAxis(const TEV2& scene)
     if (scene.matrixHierarchy.nodes.empty() || !IsByExporter(scene.information))
         return TEV2_UP_AXIS::Unknown;
     const TEV2_MATRIX_NODE& root = scene.matrixHierarchy.nodes[0];
-    if (root.parentIndex >= 0 || root.scale || !IsAtOrigin(root.translation.get()))
+    if (root.parentIndex >= 0 || root.scale || !IsAtOrigin(root))
         return TEV2_UP_AXIS::Unknown;
 
-    const bool as_it_is = IsAlways(root.rotation.get(), {0.0f, 0.0f, 0.0f, 1.0f});
-    const bool half_turn = IsAlways(root.rotation.get(), {0.0f, 1.0f, 0.0f, 0.0f});
+    const bool as_it_is = HasRotation(root, {0.0f, 0.0f, 0.0f, 1.0f});
+    const bool half_turn = HasRotation(root, {0.0f, 1.0f, 0.0f, 0.0f});
     if (!as_it_is && !half_turn)
         return TEV2_UP_AXIS::Unknown;
     if (root.name.Text() == kInsertedRootName)

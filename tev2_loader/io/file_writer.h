@@ -1,8 +1,8 @@
 #pragma once
 
 #include "tev2_loader/io/file_stream.h"
-#include "tev2_loader/io/little_endian.h"
 #include "tev2_loader/io/wide_string.h"
+#include "tev2_loader/requirements.h"
 
 #include <cstdint>
 #include <memory>

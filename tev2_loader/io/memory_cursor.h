@@ -1,7 +1,7 @@
 #pragma once
 
-#include "tev2_loader/io/little_endian.h"
 #include "tev2_loader/io/load_report.h"
+#include "tev2_loader/requirements.h"
 
 #include <cstddef>
 #include <cstdint>

@@ -1,5 +1,6 @@
 #include "tev2_loader/records/matrix_hierarchy.h"
 
+#include "tev2_loader/detail/fast_math.h"
 #include "tev2_loader/detail/track_mover.h"
 #include "tev2_loader/io/arrays.h"
 #include "tev2_loader/tracks/linear_tracks.h"
@@ -29,13 +30,23 @@ const Concrete* Exactly([[maybe_unused]] const Family* track)
     return nullptr;
 }
 
+TEV2_VECTOR_3 FastValue(const TEV2_ANIMATABLE_VECTOR_3_LINEAR& track)
+{
+    return track.GetValue();
+}
+
+TEV2_QUATERNION FastValue(const TEV2_ANIMATABLE_QUATERNION_SLERP& track)
+{
+    return track.ValueBy(FastSlerp());
+}
+
 template <typename Usual, typename Family>
 typename Family::Value PresentValue(const std::unique_ptr<Family>& track)
 {
     if (!track)
         return {};
     const Usual* usual = Exactly<Usual>(track.get());
-    return usual != nullptr ? usual->GetValue() : track->GetValue();
+    return usual != nullptr ? FastValue(*usual) : track->GetValue();
 }
 
 /// A 4x4 matrix column by column, the last row of no use.
@@ -94,14 +105,14 @@ void TEV2_MATRIX_NODE::FormWorldMatrix()
 {
     const auto place = PresentValue<TEV2_ANIMATABLE_VECTOR_3_LINEAR>(translation);
     const auto turn = PresentValue<TEV2_ANIMATABLE_QUATERNION_SLERP>(rotation);
-    TEV2_MATRIX_3X4 local = RigidMatrix(turn, place);
+    TEV2_MATRIX_3X4 local = FastRigidMatrix(turn, place);
     if (scale)
     {
         const TEV2_VECTOR_3 factors = scale->GetValue();
         for (auto& row : local.m)
             (Float4::Load(row) * Float4::Of(factors.x, factors.y, factors.z, 1.0f)).Store(row);
     }
-    worldMatrix = parentMatrix != nullptr ? Product(*parentMatrix, local) : local;
+    worldMatrix = parentMatrix != nullptr ? FastProduct(*parentMatrix, local) : local;
 }
 
 void TEV2_MATRIX_NODE::Update(float delta_time)

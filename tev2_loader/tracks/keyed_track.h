@@ -9,6 +9,17 @@
 namespace TEV2_LOADER
 {
 
+// Tracks with their keys.
+//
+//     #include "tev2_loader/tracks/linear_tracks.h"
+//
+//     auto track = std::make_unique<TEV2_LOADER::TEV2_ANIMATABLE_FLOAT32_LINEAR>();
+//     track->Append(0.0f, 2.0f); // at 0 s the value is 2
+//     track->Append(1.0f, 4.0f);
+//     track->SetTime(0.5f);
+//     if (track->GetValue() != 3.0f)
+//         return 1;
+
 /// What all concrete tracks share: the values, their record, comparison and copy. Concrete is the final
 /// class, Family its interface, kKind its code.
 template <typename Concrete, typename Family, std::uint32_t kKind>
@@ -80,17 +91,21 @@ public:
         return std::make_unique<Concrete>(static_cast<const Concrete&>(*this));
     }
 
-    /// Interpolates between the two values around the cursor. A cursor beyond the values is at the last one, as
-    /// SetTime puts it there.
-    Value GetValue() const final
+    /// Interpolates between the two keys around the cursor. A cursor beyond the values is at the last one, where
+    /// SetTime puts it too.
+    Value GetValue() const final { return ValueBy(Concrete::Interpolate); }
+
+    /// The same with another way of interpolating: interpolation(opening, closing, fraction).
+    template <typename Interpolation>
+    Value ValueBy(Interpolation interpolation) const
     {
         const std::size_t count = m_values.size();
         if (count < 2)
             return count == 0 ? Value{} : m_values[0];
         const std::size_t key = this->m_current_key;
         if (key + 1 >= count)
-            return Concrete::Interpolate(m_values[count - 2], m_values[count - 1], 1.0f);
-        return Concrete::Interpolate(m_values[key], m_values[key + 1], this->m_fraction);
+            return interpolation(m_values[count - 2], m_values[count - 1], 1.0f);
+        return interpolation(m_values[key], m_values[key + 1], this->m_fraction);
     }
 };
 

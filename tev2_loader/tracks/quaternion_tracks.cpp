@@ -1,26 +1,23 @@
 #include "tev2_loader/tracks/quaternion_tracks.h"
 
-#include <cmath>
+#include "tev2_loader/detail/fast_math.h"
 
 namespace TEV2_LOADER
 {
 
-TEV2_QUATERNION Product(const TEV2_QUATERNION& left, const TEV2_QUATERNION& right)
+TEV2_QUATERNION TEV2_ANIMATABLE_QUATERNION_LERP::Interpolate(const TEV2_QUATERNION& opening,
+                                                             const TEV2_QUATERNION& closing, float fraction)
 {
-    return {left.x * right.w + right.x * left.w + left.y * right.z - left.z * right.y,
-            left.y * right.w + right.y * left.w + left.z * right.x - right.z * left.x,
-            left.z * right.w + right.z * left.w + right.y * left.x - left.y * right.x,
-            right.w * left.w - left.x * right.x - left.y * right.y - left.z * right.z};
+    return FastLerp(opening, closing, fraction);
 }
 
-TEV2_QUATERNION TEV2_ANIMATABLE_QUATERNION_SLERP::AlongArc(const TEV2_QUATERNION& opening,
-                                                           const TEV2_QUATERNION& closing, float dot,
-                                                           float fraction)
+TEV2_QUATERNION TEV2_ANIMATABLE_QUATERNION_SLERP::Interpolate(const TEV2_QUATERNION& opening,
+                                                              const TEV2_QUATERNION& closing, float fraction)
 {
-    const float angle = std::acos(dot);
-    const float scale = 1.0f / std::sin(angle);
-    return opening * (std::sin((1.0f - fraction) * angle) * scale) +
-           closing * (std::sin(fraction * angle) * scale);
+    return FastSlerp()(opening, closing, fraction);
 }
+
+template class KeyedTrack<TEV2_ANIMATABLE_QUATERNION_LERP, TEV2_ANIMATABLE_QUATERNION, kLerpTrack>;
+template class KeyedTrack<TEV2_ANIMATABLE_QUATERNION_SLERP, TEV2_ANIMATABLE_QUATERNION, kSlerpTrack>;
 
 } // namespace TEV2_LOADER

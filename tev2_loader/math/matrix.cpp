@@ -1,7 +1,19 @@
-#include "tev2_loader/math/values.h"
+#include "tev2_loader/math/matrix.h"
+
+#include "tev2_loader/detail/fast_math.h"
 
 namespace TEV2_LOADER
 {
+
+TEV2_MATRIX_3X4 Product(const TEV2_MATRIX_3X4& left, const TEV2_MATRIX_3X4& right)
+{
+    return FastProduct(left, right);
+}
+
+TEV2_MATRIX_3X4 RigidMatrix(const TEV2_QUATERNION& rotation, const TEV2_VECTOR_3& translation)
+{
+    return FastRigidMatrix(rotation, translation);
+}
 
 TEV2_MATRIX_3X4 Inverse(const TEV2_MATRIX_3X4& matrix)
 {
