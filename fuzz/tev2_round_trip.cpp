@@ -4,7 +4,7 @@
 #include <cstddef>
 #include <cstdint>
 
-// What was loaded is saved, what was saved loads without a word and is saved again as it is, byte by byte.
+// What was loaded is saved, what was saved loads without a finding and is saved again as it is, byte by byte.
 
 using namespace TEV2_LOADER;
 

@@ -1,6 +1,6 @@
 #pragma once
 
-// The numbers of an accessor: plain, strided, sparse, normalised.
+/// The numbers of an accessor: plain, strided, sparse, normalised.
 
 #include "gltf/document.h"
 
@@ -30,14 +30,14 @@ AccessorShape ShapeOf(const Document& document, std::size_t accessor);
 
 using Numbers = std::shared_ptr<const std::vector<double>>;
 
-// Reads accessors, each once. Accessors can share the bytes they come from, so what all of them take together is
-// limited: to 16 times the bytes of the document and of the files beside it that were read, and 4 MiB.
+/// Reads accessors, each once. Accessors can share the bytes they come from, so what all of them take together is
+/// limited: to 16 times the bytes of the document and of the files beside it that were read, and 4 MiB.
 class AccessorReader
 {
 public:
     explicit AccessorReader(Document& document) : document_(document) {}
 
-    // count x width finite numbers, element by element.
+    /// count x width finite numbers, element by element.
     Numbers Read(std::size_t accessor);
 
 private:

@@ -53,7 +53,7 @@ Container OpenContainer(std::string_view bytes)
     std::string_view rest = bytes.substr(kFileHeader);
     Container container;
     container.json = TakeChunk(rest, kJsonChunk, "its JSON chunk");
-    // Other chunks may follow, which nobody has to know.
+    // Other chunks may follow, which may be ignored.
     if (rest.size() >= kChunkHeader && rest.substr(4, 4) == kBinaryChunk)
         container.binary = TakeChunk(rest, kBinaryChunk, "its binary chunk");
     return container;

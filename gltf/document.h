@@ -1,16 +1,16 @@
 #pragma once
 
-// A glTF 2.0 document: .gltf or .glb bytes, read and checked, without a host and without a meaning for any program.
-//
-//     gltf::FolderFiles files(folder);
-//     const gltf::Document document(bytes, files);
-//     for (const gltf::ShownNode& shown : document.ShownNodes(kDeepest))
-//         Use(document.NodeAt(shown.index));
-//
-// What is small beside the JSON it comes from is made when it is asked for, so that a document takes little more memory
-// than its bytes. Everything throws Error, with the place, for what the document may not hold: indices out of range,
-// members of another type, numbers that are not finite. What no function returns (meshes, materials, ...) is in the JSON,
-// unchecked.
+/// A glTF 2.0 document: .gltf or .glb bytes, read and checked, without a host and without a meaning for any program.
+///
+///     gltf::FolderFiles files(folder);
+///     const gltf::Document document(bytes, files);
+///     for (const gltf::ShownNode& shown : document.ShownNodes(kDeepest))
+///         Use(document.NodeAt(shown.index));
+///
+/// What is small compared with its JSON is made on demand, so that a document takes little more memory
+/// than its bytes. Everything throws Error, with the place, for what the document may not hold: indices out of range,
+/// members of another type, numbers that are not finite. What no function returns (meshes, materials, ...) is in the
+/// JSON, unchecked.
 
 #include "gltf/container.h"
 #include "gltf/folder_files.h"
@@ -48,14 +48,14 @@ struct Node
     JsonValue json;
 };
 
-// A node that the document's scene shows.
+/// A node that the document's scene shows.
 struct ShownNode
 {
     std::uint32_t index;                 // of the node
-    std::optional<std::uint32_t> parent; // in the list of shown nodes, where it stands earlier
+    std::optional<std::uint32_t> parent; // in the list of shown nodes, where it comes earlier
 };
 
-// Angles in radians, lengths in metres; 0 where the document states none.
+/// Angles in radians, lengths in metres; 0 where the document states none.
 struct Camera
 {
     std::string_view name;
@@ -74,7 +74,7 @@ enum class Interpolation
     CubicSpline
 };
 
-// What a channel moves.
+/// What a channel moves.
 enum class Target
 {
     Translation,
@@ -109,7 +109,7 @@ struct Animation
 class Document
 {
 public:
-    // `bytes` and `files` must outlive it.
+    /// `bytes` and `files` must outlive it.
     Document(std::string_view bytes, SideFiles& files);
 
     JsonValue Root() const { return tree_.Root(); }
@@ -119,11 +119,11 @@ public:
     bool Requires(std::string_view extension) const;
     std::vector<std::string_view> RequiredExtensions() const;
 
-    // The scene that the document shows: the one it names, else the first. Nothing when it holds no scenes.
+    /// The scene that the document shows: the one it names, else the first. Nothing when it holds no scenes.
     JsonValue Scene() const;
 
-    // Depth first, children in the document's order; without scenes, from all nodes without a parent on. Refused are nodes that are met twice or nested deeper than
-    // `deepest`.
+    /// Depth first, children in the document's order; without scenes, from all nodes without a parent on. Throws for
+    /// nodes that are reached twice or nested deeper than `deepest`.
     std::vector<ShownNode> ShownNodes(std::size_t deepest) const;
 
     Node NodeAt(std::size_t index) const;
@@ -137,13 +137,13 @@ public:
         return {"animations", animation.index, animation.name};
     }
 
-    // The bytes of a buffer view; they stay as long as the document. Files beside it are read when they are needed.
+    /// The bytes of a buffer view; they stay as long as the document. Files beside it are read when they are needed.
     std::string_view ViewBytes(std::size_t index);
 
-    // Of the document and of the files beside it that were read.
+    /// Of the document and of the files beside it that were read.
     std::size_t BytesRead() const { return size_ + side_bytes_; }
 
-    // Of all files beside the document that it names, relative to its folder; whether there are such files or not.
+    /// Of all files beside the document that it names, relative to its folder; whether there are such files or not.
     std::vector<std::string> SideFilePaths() const;
 
 private:
@@ -162,12 +162,12 @@ private:
     std::size_t side_bytes_ = 0;
 };
 
-// Members of `object`, which is at `place`.
+/// Members of `object`, which is at `place`.
 std::size_t IndexIn(JsonValue object, const char* member, std::size_t count, const Place& place);
 std::optional<std::size_t> OptionalIndexIn(JsonValue object, const char* member, std::size_t count,
                                            const Place& place);
 
-// A whole number of at least `least`, `otherwise` where it is absent.
+/// A whole number of at least `least`, `otherwise` where it is absent.
 std::size_t SizeIn(JsonValue object, const char* member, std::size_t least,
                    std::optional<std::size_t> otherwise, const Place& place);
 

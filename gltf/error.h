@@ -6,7 +6,7 @@
 namespace gltf
 {
 
-// Why a document cannot be read. what() is one line with the place in the document and the cause.
+/// Why a document cannot be read. what() is one line with the place in the document and the cause.
 class Error : public std::runtime_error
 {
 public:

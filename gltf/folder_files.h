@@ -7,7 +7,7 @@
 namespace gltf
 {
 
-// Where the files beside a document come from.
+/// Where the files beside a document come from.
 class SideFiles
 {
 public:
@@ -16,12 +16,12 @@ public:
     SideFiles& operator=(const SideFiles&) = delete;
     virtual ~SideFiles() = default;
 
-    // The first `most_bytes` of the file at `path`, which RelativePathOf gave; fewer where it is shorter. Throws Error,
-    // without a place, when it may not or cannot be read.
+    /// The first `most_bytes` of the file at `path`, which RelativePathOf gave; fewer where it is shorter. Throws
+    /// Error, without a place, when it may not or cannot be read.
     virtual std::string Read(const std::string& path, std::size_t most_bytes) = 0;
 };
 
-// Regular files at or below a folder, links resolved.
+/// Regular files at or below a folder, links resolved.
 class FolderFiles : public SideFiles
 {
 public:

@@ -1,7 +1,7 @@
 #pragma once
 
-// JSON as a tree that takes little more memory than its text, whatever the text is: 16 bytes a value, and its texts end
-// to end. Members keep the order of the file, and finding one among many is fast.
+/// JSON as a tree that takes little more memory than its text, whatever the text is: 16 bytes a value, and its texts
+/// end to end. Members keep the order of the file, and finding one among many is fast.
 
 #include <cstddef>
 #include <cstdint>
@@ -26,7 +26,7 @@ enum class JsonKind : std::uint8_t
 
 class JsonTree;
 
-// One value of a tree, which must outlive it. Asking it for what it is not gives nothing, or an empty one.
+/// One value of a tree, which must outlive it. Asking it for what it is not gives nothing, or an empty one.
 class JsonValue
 {
 public:
@@ -40,12 +40,12 @@ public:
     std::optional<double> Number() const; // of Whole too
     std::string_view Text() const;
 
-    // Elements of an array, members of an object in the order of the file.
+    /// Elements of an array, members of an object in the order of the file.
     std::size_t Size() const;
     JsonValue operator[](std::size_t index) const;
     std::string_view Name(std::size_t index) const;
 
-    // The last of several members with one name.
+    /// The last of several members with one name.
     JsonValue operator[](const char* name) const { return Find(name); }
     JsonValue Find(std::string_view name) const;
 
@@ -62,7 +62,7 @@ class JsonTree
 public:
     static constexpr std::size_t kDeepest = 100;
 
-    // Throws Error, with the byte where it applies: no JSON, nested deeper than kDeepest, a number out of range.
+    /// Throws Error, with the byte where it applies: no JSON, nested deeper than kDeepest, a number out of range.
     explicit JsonTree(std::string_view text);
 
     JsonTree(const JsonTree&) = delete;

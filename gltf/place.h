@@ -9,8 +9,8 @@
 namespace gltf
 {
 
-// The path of a value in the JSON, for errors: `animations[3] "Dance": samplers[2].output`. It refers to
-// what it is made of.
+/// The path of a value in the JSON, for errors: `animations[3] "Dance": samplers[2].output`. It refers to
+/// what it is made of.
 struct Place
 {
     std::string_view list;         // name of the array
@@ -18,7 +18,7 @@ struct Place
     std::string_view name = {};    // what its author called it
     const Place* inside = nullptr; // of what the array is a member
 
-    // With the name on one line and not too long.
+    /// With the name on one line and not too long.
     std::string Text() const;
 
     [[noreturn]] void Fail(const std::string& cause) const { throw Error(Text() + ": " + cause); }

@@ -60,7 +60,7 @@ int HexValue(char c)
     return c >= 'A' && c <= 'F' ? c - 'A' + 10 : -1;
 }
 
-// A '%' without two digits behind it is one: not all programs escape names.
+// A '%' without two digits after it is itself: not all programs escape names.
 std::string WithoutEscapes(std::string_view uri)
 {
     std::string text;

@@ -30,10 +30,10 @@
 #define MOBU_HOST_API MOBU_HOST_EXPORTED
 #endif
 
-// Empties the scene and opens a scene file into it. The take that was open when an FBX file was saved is then current, the
-// first of other files, and nothing is selected. On success `text` receives what the file holds and the scene does not, or
-// holds differently: lines that end in "\n", often none. On failure it receives one line with the file and the cause, and
-// the scene is as it was.
+// Empties the scene and opens a scene file into it. The take that was open when an FBX file was saved is then current,
+// the first of other files, and nothing is selected. On success `text` receives what the file holds and the scene does
+// not, or holds differently: lines that end in "\n", often none. On failure it receives one line with the file and the
+// cause, and the scene is as it was.
 MOBU_HOST_API int mobu_host_open_scene(const char* path, char* text, size_t size);
 
 // The same with a transport rate of the caller's choice, in frames a second; 0 leaves it to the file.
@@ -72,8 +72,8 @@ MOBU_HOST_API int mobu_host_select_model(const char* long_name);
 // Selects nothing, which stands for the whole scene.
 MOBU_HOST_API void mobu_host_clear_selection(void);
 
-// Models are numbered from 0 in pre-order, the root of the scene first; the numbers hold until the next call that opens,
-// empties or counts.
+// Models are numbered from 0 in pre-order, the root of the scene first; the numbers hold until the next call that
+// opens, empties or counts.
 typedef struct mobu_host_model
 {
     int32_t parent; // number of the parent, -1 for the root
@@ -86,8 +86,8 @@ MOBU_HOST_API int mobu_host_model_count(void);
 MOBU_HOST_API int mobu_host_model_at(int model, mobu_host_model* properties);
 MOBU_HOST_API int mobu_host_model_name(int model, char* long_name, size_t size);
 
-// For a name that no take or model has: ` (did you mean "Dance"?)`, to put after it in a message; an empty text where no
-// name is close.
+// For a name that no take or model has: ` (did you mean "Dance"?)`, to put after it in a message; an empty text where
+// no name is close.
 MOBU_HOST_API void mobu_host_suggest_take(const char* unknown, char* text, size_t size);
 MOBU_HOST_API void mobu_host_suggest_model(const char* unknown, char* text, size_t size);
 

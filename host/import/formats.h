@@ -1,7 +1,7 @@
 #pragma once
 
-// The scene formats: the one table of what is read. A new format is a reader, a row here and a section of
-// docs/scene_files.md.
+/// The scene formats: the one table of what is read. A new format is a reader, a row here and a section of
+/// docs/scene_files.md.
 
 #include "host/import/import_notes.h"
 #include "host/import/import_options.h"
@@ -19,10 +19,10 @@ struct Format
 {
     const char* name;
 
-    // Whether bytes are of this format, by how they begin.
+    /// Whether bytes are of this format, by how they begin.
     bool (*sniff)(std::string_view bytes);
 
-    // What the file says. Throws ParseError. Null where this build lacks `library`.
+    /// What the file says. Throws ParseError. Null where this build lacks `library`.
     SceneDescription (*read)(const SceneFile& file, const ImportOptions& options, ImportNotes& notes);
 
     const char* library = nullptr;
@@ -30,13 +30,13 @@ struct Format
 
 std::span<const Format> Formats();
 
-// The one of these bytes. Null when none recognises them.
+/// The one of these bytes. Null when none recognises them.
 const Format* FormatOf(std::string_view bytes);
 
-// Null when there is none of this name.
+/// Null when there is none of this name.
 const Format* FormatNamed(std::string_view name);
 
-// Those that this build reads, for messages: "FBX, BVH, glTF and Collada".
+/// Those that this build reads, for messages: "FBX, BVH, glTF and Collada".
 std::string ReadableFormats(std::string_view before_last = " and ");
 
 } // namespace mobu_host

@@ -199,8 +199,8 @@ bool IsHosts(ModelKind kind)
     return kind == ModelKind::SystemCamera || kind == ModelKind::Switcher;
 }
 
-// Moves a time onto the frame that it is meant to be on; others stay. An exporter truncates seconds x rate toward zero, so
-// a tick too few would lose the frame: the result is never closer to zero than its frame.
+// Moves a time onto the frame that it is meant to be on; others stay. An exporter truncates seconds x rate toward
+// zero, so a tick too few would lose the frame: the result is never closer to zero than its frame.
 FBTime OnFrame(double seconds, double rate)
 {
     FBTime time;
@@ -243,7 +243,8 @@ public:
     }
 
 private:
-    // Around the local transform of a model: `before` undoes what was done to the frame above, `after` is done to its own.
+    // Around the local transform of a model: `before` undoes what was done to the frame above, `after` is done to its
+    // own.
     struct Surroundings
     {
         Affine before;
@@ -338,7 +339,7 @@ private:
         if (source.parent == kNoModel)
             around.before = scene_.axes;
         else if (const auto& above = places_[source.parent].surroundings)
-            around.before.linear = Transposed(above->after); // turns and reversals alone
+            around.before.linear = Transposed(above->after); // rotations and reversals only
         if (source.lens)
             around.after = kCameraTurn;
         Reverse(source, around);

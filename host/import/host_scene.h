@@ -1,6 +1,6 @@
 #pragma once
 
-// From what a file says to models, cameras and takes of the host.
+/// From a scene description to models, cameras and takes of the host: the only part of import/ that uses the SDK.
 
 #include "host/import/import_notes.h"
 #include "host/import/import_options.h"
@@ -9,14 +9,14 @@
 namespace mobu_host
 {
 
-// Empties the host's scene and builds this one. Throws ParseError, with the host's scene as it was, for more models than
-// the options allow, and for what no scene can hold: a transform, a lens or a property
-// that is not finite in single precision, a time out of range. Texts that an export cuts are noted.
-//
-// Names become unique, unnamed models "Node", unnamed takes "Take 001" and so on. Where a joint and the mesh on it share
-// a name, the joint keeps it. A camera is turned so that its +X looks. A mirrored model gets one axis reversed, so that
-// its frame is a rotation. What is below either stays where it is. Takes are widened to whole frames of the scene's rate;
-// the first one is current.
+/// Empties the host's scene and builds this one. Throws ParseError, with the host's scene as it was, for more models
+/// than the options allow, and for what no scene can hold: a transform, a lens or a property that is not finite in
+/// single precision, a time out of range. Texts that an export cuts are noted.
+///
+/// Names become unique: unnamed models are "Node", unnamed takes "Take 001" and so on. Where a joint and the mesh on it
+/// share a name, the joint keeps it. A camera with a lens is turned so that its +X looks; a mirrored model without parts
+/// gets one axis reversed, so that its frame is a rotation. What is below either stays where it is. Ends of takes are set
+/// onto frames of the scene's rate, and takes widened to whole frames unless they keep their ends.
 void BuildHostScene(SceneDescription&& scene, const ImportOptions& options, ImportNotes& notes);
 
 } // namespace mobu_host

@@ -10,7 +10,7 @@
 namespace mobu_host
 {
 
-// What is said after the number of things that a note is about: "1 model is mirrored", "6 models are mirrored".
+/// What is said after the number of things that a note is about: "1 model is mirrored", "6 models are mirrored".
 struct NoteKind
 {
     std::string one;
@@ -19,12 +19,13 @@ struct NoteKind
     bool operator==(const NoteKind& other) const = default;
 };
 
-// What a scene file holds and the scene does not, or holds differently. One line for each kind of note, with the names
-// of what it concerns: "6 models are mirrored (negative scale): LeftHandThumb3, LeftHandThumb4, ...".
+/// What a scene file holds and the scene does not, or holds differently. One line for each kind of note, with the names
+/// of what it concerns: "6 models are mirrored (negative scale): LeftHandThumb3, LeftHandThumb4, ...".
 class ImportNotes
 {
 public:
-    // `name` of a model, take or property; one that comes again is counted and not repeated. An empty name only counts.
+    /// `name` of a model, take or property; one that comes again is counted and not repeated. An empty name only
+    /// counts.
     void Add(const NoteKind& kind, const std::string& name)
     {
         const auto [found, is_new] = by_text_.emplace(kind.one, notes_.size());
@@ -37,7 +38,7 @@ public:
             note.names.push_back(name);
     }
 
-    // Said once and as it is.
+    /// Said once and as it is.
     void Tell(std::string line) { notes_.push_back({{std::move(line), {}}, 0, {}}); }
 
     std::vector<std::string> Lines() const

@@ -14,14 +14,14 @@ inline constexpr double kHighestRate = 1.0e6; // frames per second
 
 struct ImportOptions
 {
-    // Frames per second of the scene, at most kHighestRate. 0: the rate that the file states, else the lowest common one at which
-    // all keys and ends of takes are whole frames.
+    /// Frames per second of the scene, at most kHighestRate. 0: the rate that the file states, else the lowest common
+    /// one at which all keys and ends of takes are whole frames.
     double scene_rate = 0.0;
 
     std::size_t most_models = kMostModels; // a file with more is refused
 };
 
-// `models` as far as they are read.
+/// `models` as far as they are read.
 inline void CheckModelCount(std::size_t models, const ImportOptions& options)
 {
     if (models > options.most_models)

@@ -8,10 +8,10 @@
 namespace mobu_host
 {
 
-// Of a text of an exported file, which has one unit for each byte of the SDK's texts.
+/// Of a text of an exported file, which has one unit for each byte of the SDK's texts.
 inline constexpr std::size_t kLongestText = 65535;
 
-// Notes a text or a name that an export cuts: that of `owner`, or, with `property`, of a property of it.
+/// Notes a text or a name that an export cuts: that of `owner`, or, with `property`, of a property of it.
 inline void NoteLongText(const std::string& text, const std::string& owner, const std::string& property,
                          ImportNotes& notes)
 {

@@ -7,8 +7,8 @@
 namespace mobu_host
 {
 
-// Why a scene file cannot be read. what() is one line with the cause and, where the file itself is at fault, the place:
-// a byte offset, a line, or the name of the node or take.
+/// Why a scene file cannot be read. what() is one line with the cause and, where the file itself is at fault, the
+/// place: a byte offset, a line, or the name of the node or take.
 class ParseError : public std::runtime_error
 {
 public:

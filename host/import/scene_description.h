@@ -39,8 +39,8 @@ struct Choice
     std::vector<std::string> items;
 };
 
-/// A custom property. Three numbers are a vector; four numbers are a colour with alpha, the only kind of four numbers that
-/// an export carries.
+/// A custom property. Three numbers are a vector; four numbers are a colour with alpha, the only kind of four numbers
+/// that an export carries.
 struct PropertyDescription
 {
     using Value = std::variant<bool, int, double, std::string, std::array<double, 3>, std::array<double, 4>,
@@ -104,16 +104,16 @@ struct ModelDescription
     Affine rest;
     std::optional<LensDescription> lens; // of a camera whose kind is Plain
 
-    /// For formats whose models are the host's: the model gets these parts, and keeps mirroring. Null elsewhere: the host
-    /// makes its parts of `rest`.
+    /// For formats whose models are the host's: the model gets these parts, and keeps mirroring. Null elsewhere: the
+    /// host makes its parts of `rest`.
     std::shared_ptr<const EulerTransform> parts;
 
     std::vector<BuiltInValue> values;
     std::vector<PropertyDescription> properties;
 };
 
-/// Local transform at a time in seconds, as `ModelDescription::rest`. Any finite time may be asked for, in any order; it
-/// holds its own data, and is called from one thread.
+/// Local transform at a time in seconds, as `ModelDescription::rest`. Any finite time may be asked for, in any order;
+/// it holds its own data, and is called from one thread.
 using TransformOverTime = std::function<Affine(double seconds)>;
 
 struct ModelMotion
@@ -165,7 +165,8 @@ struct SceneDescription
     /// Frames per second, where the file states it. Else the builder chooses the rate from the takes' keys and ends.
     std::optional<double> rate;
 
-    /// From the file's axes to the host's, where +Y is up: applied in front of every model that has no parent and no parts.
+    /// From the file's axes to the host's, where +Y is up: applied in front of every model that has no parent and no
+    /// parts.
     Affine axes;
 
     std::vector<ModelDescription> models; // parents before children, children in the file's order

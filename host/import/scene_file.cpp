@@ -25,7 +25,7 @@ bool ReadBytes(const std::string& path, std::string& bytes, std::string& cause)
         cause = "there is no such file";
         return false;
     }
-    // A device could deliver for ever; a pipe ends.
+    // A device might never end; a pipe does.
     if (!std::filesystem::is_regular_file(status) && !std::filesystem::is_fifo(status))
     {
         cause = status_error                            ? status_error.message()

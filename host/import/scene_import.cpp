@@ -32,7 +32,8 @@ void Import(const SceneFile& file, const ImportOptions& options, SceneImportResu
         result.source_files = std::move(scene.source_files);
         BuildHostScene(std::move(scene), options, notes);
         result.ok = true;
-        SetSceneFilePath(std::filesystem::absolute(file.path).string().c_str()); // as applications tell it
+        SetSceneFilePath(
+            std::filesystem::absolute(file.path).string().c_str()); // absolute, as applications report it
     }
     catch (const ParseError& damage)
     {

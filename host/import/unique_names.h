@@ -9,11 +9,11 @@
 namespace mobu_host
 {
 
-// Makes names unique: a duplicate gets a number, "Hips 1".
+/// Makes names unique: a duplicate gets a number, "Hips 1".
 class UniqueNames
 {
 public:
-    // `fallback` is for an empty name. Duplicates are noted.
+    /// `fallback` is for an empty name. Duplicates are noted.
     std::string Make(std::string name, const char* fallback, ImportNotes& notes)
     {
         name.resize(std::char_traits<char>::length(name.c_str())); // the SDK's texts end at a zero
@@ -36,7 +36,8 @@ private:
     std::unordered_map<std::string, unsigned> last_numbers_; // given to a name
 };
 
-// The SDK reads what precedes a colon as a namespace, and files are named after takes: they get "_" for ':', '/' and '\\'.
+/// The SDK reads what precedes a colon as a namespace, and files are named after takes: they get "_" for ':', '/' and
+/// '\\'.
 inline std::string TakeName(const std::string& name, ImportNotes& notes)
 {
     constexpr const char* kSeparators = ":/\\";

@@ -3,8 +3,8 @@
 #include <array>
 #include <cstddef>
 
-/// Double-precision vectors, rotations and affine maps, in column form: a point is multiplied from the right. Results are
-/// the same on every platform, but for EulerAngles.
+/// Double-precision vectors, rotations and affine maps, in column form: a point is multiplied from the right. Results
+/// are the same on every platform, but for EulerAngles.
 
 namespace mobu_host
 {
@@ -59,8 +59,8 @@ EulerAxes EulerAxesOf(int order);
 /// The rotation by three angles in degrees.
 Matrix3 EulerTurn(const Vector& degrees, int order);
 
-/// The angles in degrees from which EulerTurn makes a rotation. Where the first and the last axis coincide, the last angle
-/// is 0.
+/// The angles in degrees from which EulerTurn makes a rotation. Where the first and the last axis coincide, the last
+/// angle is 0.
 Vector EulerAngles(const Matrix3& turn, int order);
 
 /// A rotation as w, x, y, z, of length 1.

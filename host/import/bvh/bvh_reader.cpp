@@ -73,7 +73,7 @@ private:
         Quaternion turn{}; // of `local`
     };
 
-    // Times are mostly asked for in order, several to a frame: sines and cosines are then needed for one new frame only.
+    // Times mostly come in order, several in a frame: each frame then needs its sines and cosines once.
     void MoveTo(std::size_t frame) const
     {
         if (frame == frame_)
@@ -185,7 +185,7 @@ private:
         const std::string_view word = text_.Word();
         if (word.empty())
             text_.Fail("the file ends inside its hierarchy");
-        text_.Fail(Quoted(word) + " stands where OFFSET, CHANNELS, JOINT, End Site or } is expected");
+        text_.Fail(Quoted(word) + " where OFFSET, CHANNELS, JOINT, End Site or } is expected");
     }
 
     std::string Name()
@@ -266,7 +266,7 @@ private:
         AddTake();
     }
 
-    // Single precision, in which exported times are held, has to tell the frames apart.
+    // Exported times are single precision, which must be able to distinguish the frames.
     void ReadFrameTime()
     {
         text_.ExpectLabel("Time");

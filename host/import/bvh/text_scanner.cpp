@@ -89,8 +89,7 @@ void TextScanner::Expect(std::string_view word)
     if (Take(word))
         return;
     const std::string_view found = Word();
-    Fail((found.empty() ? "the file ends" : Quoted(found) + " stands") + " where " + std::string(word) +
-         " is expected");
+    Fail((found.empty() ? "the file ends" : Quoted(found)) + " where " + std::string(word) + " is expected");
 }
 
 void TextScanner::ExpectLabel(std::string_view word)

@@ -1,6 +1,6 @@
 #pragma once
 
-// <camera> elements: lenses, and which of their numbers channels may move.
+/// <camera> elements: lenses, and which of their numbers channels may move.
 
 #include "host/import/collada/xml_document.h"
 #include "host/import/scene_description.h"
@@ -30,10 +30,10 @@ struct Camera
     std::array<std::optional<double>, kLensNumbers> numbers;
     std::array<std::string_view, kLensNumbers> sids;
 
-    // The number with this sid or, where none has it, with this element name.
+    /// The number with this sid or, where none has it, with this element name.
     std::optional<LensNumber> Find(std::string_view sid) const;
 
-    // False where an angle is stated that no lens has.
+    /// False where an angle is stated that no lens has.
     bool HasPossibleAngles() const;
 
     LensDescription Lens(double centimetres) const;

@@ -1,6 +1,6 @@
 #pragma once
 
-// What a <channel> moves: "id/sid", "id/sid.X", "id/sid(1)(2)", or with nodes in between "id/sid/sid.ANGLE".
+/// What a <channel> moves: "id/sid", "id/sid.X", "id/sid(1)(2)", or with nodes in between "id/sid/sid.ANGLE".
 
 #include "host/import/collada/cameras.h"
 #include "host/import/collada/document_index.h"

@@ -1,7 +1,7 @@
 #pragma once
 
-// Collada 1.4 and 1.5: the visual scene that the file shows, its cameras and what is animated of both. Opens no other
-// file.
+/// Collada 1.4 and 1.5: the visual scene that the file shows, its cameras and what is animated of both. Opens no other
+/// file.
 
 #include "host/import/import_notes.h"
 #include "host/import/import_options.h"
@@ -12,7 +12,7 @@
 namespace mobu_host::collada
 {
 
-// Throws ParseError.
+/// Throws ParseError.
 SceneDescription ReadScene(std::string_view bytes, const ImportOptions& options, ImportNotes& notes);
 
 } // namespace mobu_host::collada

@@ -1,6 +1,6 @@
 #pragma once
 
-// What is in a document and where: filled in one walk over the tree, so that nothing is searched for twice.
+/// What is in a document and where: filled in one walk over the tree, so that nothing is searched for twice.
 
 #include "host/import/collada/id_table.h"
 #include "host/import/collada/xml_document.h"
@@ -15,7 +15,7 @@ namespace mobu_host::collada
 
 inline constexpr std::uint32_t kNone = 0xFFFFFFFF;
 
-// A <node>, an <instance_node> or a <visual_scene>.
+/// A <node>, an <instance_node> or a <visual_scene>.
 struct NodeRecord
 {
     Element element;
@@ -32,7 +32,7 @@ struct AnimationRecord
     std::uint32_t end_channel = 0; // with those of the animations in it
 };
 
-// A transform of a node, counted among its transforms.
+/// A transform of a node, counted among its transforms.
 struct TransformPlace
 {
     std::uint32_t node = kNone;

@@ -8,7 +8,7 @@
 namespace mobu_host::collada
 {
 
-// What ids lead to. Where an id is given twice, the first counts.
+/// What ids lead to. Where an id is given twice, the first counts.
 template <typename Value>
 class IdTable
 {
@@ -19,7 +19,7 @@ public:
             entries_.emplace_back(id, value);
     }
 
-    // After the last Add, before the first Find.
+    /// After the last Add, before the first Find.
     void Sort()
     {
         std::stable_sort(entries_.begin(), entries_.end(),

@@ -1,6 +1,6 @@
 #pragma once
 
-// Values over time, as a <sampler> gives them.
+/// Values over time, as a <sampler> gives them.
 
 #include "host/import/scene_description.h"
 
@@ -12,7 +12,7 @@
 namespace mobu_host::collada
 {
 
-// How values go from a key to the next.
+/// How values go from a key to the next.
 enum class Interpolation : std::uint8_t
 {
     Linear,
@@ -21,7 +21,7 @@ enum class Interpolation : std::uint8_t
     Hermite // tangents are derivatives, three times as long as a Bezier curve's
 };
 
-// One row for each key, in an array that others may use as well.
+/// One row for each key, in an array that others may use as well.
 template <typename Value>
 struct Rows
 {
@@ -32,7 +32,7 @@ struct Rows
     const Value* At(std::size_t row) const { return array->data() + offset + row * stride; }
 };
 
-// What a row of tangents holds.
+/// What a row of tangents holds.
 enum class TangentLayout : std::uint8_t
 {
     None,          // no tangents: the curve is a straight line
@@ -57,7 +57,7 @@ struct KeyCurve
     std::size_t Width() const { return values.stride; }
 };
 
-// A place between two keys. The first and last key hold outside.
+/// A place between two keys. The first and last key hold outside.
 struct CurvePlace
 {
     std::size_t key = 0;
@@ -65,10 +65,10 @@ struct CurvePlace
     Interpolation way = Interpolation::Linear;
 };
 
-// `cursor` is where the last search ended: asking for times in order takes constant time.
+/// `cursor` is where the last search ended: asking for times in order takes constant time.
 CurvePlace FindPlace(const KeyCurve& curve, double seconds, std::size_t& cursor);
 
-// One of the values at a place.
+/// One of the values at a place.
 double ValueAt(const KeyCurve& curve, const CurvePlace& place, std::size_t value);
 
 } // namespace mobu_host::collada

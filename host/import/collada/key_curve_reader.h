@@ -1,6 +1,6 @@
 #pragma once
 
-// From a <sampler> to its curve. Each array, source and sampler is read once, however many channels use it.
+/// From a <sampler> to its curve. Each array, source and sampler is read once, however many channels use it.
 
 #include "host/import/collada/document_index.h"
 #include "host/import/collada/key_curve.h"
@@ -27,7 +27,7 @@ class KeyCurveReader
 public:
     KeyCurveReader(const XmlDocument& document, const DocumentIndex& index, std::size_t file_size);
 
-    // Of a <channel>. Throws ParseError for a curve that cannot be right.
+    /// Of a <channel>. Throws ParseError for a curve that cannot be right.
     const SamplerCurve& Read(Element channel);
 
 private:

@@ -1,6 +1,6 @@
 #pragma once
 
-// A node's transform and a camera's lens over time.
+/// A node's transform and a camera's lens over time.
 
 #include "host/import/collada/cameras.h"
 #include "host/import/collada/key_curve.h"
@@ -18,7 +18,7 @@ namespace mobu_host::collada
 
 inline constexpr std::uint32_t kAllValues = 0xFFFFFFFF;
 
-// A curve that moves one value of a transform, or all of them.
+/// A curve that moves one value of a transform, or all of them.
 struct TransformCurve
 {
     std::uint32_t transform = 0; // of the node's
@@ -29,11 +29,11 @@ struct TransformCurve
 class NodeMotion
 {
 public:
-    // `curves` ascend by transform. Of two that move the same value the later counts.
+    /// `curves` ascend by transform. Of two that move the same value the later counts.
     NodeMotion(const std::vector<Transform>& transforms, std::span<const TransformCurve> curves,
                double centimetres);
 
-    // Local, place in centimetres.
+    /// Local, place in centimetres.
     Affine At(double seconds);
 
 private:
@@ -60,7 +60,7 @@ private:
     double centimetres_;
 };
 
-// A curve that moves one number of a camera.
+/// A curve that moves one number of a camera.
 struct LensCurve
 {
     LensNumber number = LensNumber::HorizontalAngle;
@@ -72,7 +72,7 @@ class CameraMotion
 public:
     CameraMotion(const Camera& camera, std::span<const LensCurve> curves, double centimetres);
 
-    // What its curves move: horizontal angle, near plane, far plane.
+    /// What its curves move: horizontal angle, near plane, far plane.
     const std::vector<LensNumber>& Moved() const { return moved_; }
 
     double At(LensNumber value, double seconds);

@@ -31,7 +31,7 @@ double NumberOf(const XmlDocument& document, Element element, std::string_view w
     if (error == std::errc::result_out_of_range)
         number = IsTiny(digits) ? 0.0 : std::numeric_limits<double>::infinity();
     if (!IsExportable(number))
-        document.Fail(element, "holds " + Quoted(word) + ", which is no finite single-precision number");
+        document.Fail(element, "holds " + Quoted(word) + ", which is not finite in single precision");
     return number;
 }
 

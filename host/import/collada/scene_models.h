@@ -1,6 +1,6 @@
 #pragma once
 
-// From the nodes of the shown visual scene to models.
+/// From the nodes of the shown visual scene to models.
 
 #include "host/import/collada/cameras.h"
 #include "host/import/collada/document_index.h"
@@ -25,21 +25,21 @@ public:
     {
     }
 
-    // The models below a <visual_scene>. Throws ParseError for what no scene can hold.
+    /// The models below a <visual_scene>. Throws ParseError for what no scene can hold.
     std::vector<ModelDescription> Read(std::uint32_t visual_scene);
 
     bool IsInScene(std::uint32_t node) const { return first_models_[node] != kNone; }
 
-    // Those that a node became: more than one where it is instantiated more than once.
+    /// Those that a node became: more than one where it is instantiated more than once.
     std::vector<std::uint32_t> ModelsOf(std::uint32_t node) const;
 
-    // Those that look through a camera.
+    /// Those that look through a camera.
     const std::vector<std::uint32_t>& ModelsOf(Element camera) const;
 
     const Camera& CameraOf(Element camera);
 
 private:
-    // What is left to do below a node that became a model.
+    /// What is left to do below a node that became a model.
     struct Open
     {
         std::uint32_t next = kNone; // record

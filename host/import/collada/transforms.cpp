@@ -115,7 +115,7 @@ Affine OfMatrix(const double* values)
     return affine;
 }
 
-// The rotation in `matrix`, without scale, shear and mirroring. Axes without length are made up from the others.
+// The rotation in `matrix`, without scale, shear and mirroring. Axes without length are derived from the others.
 Matrix3 RotationIn(const Matrix3& matrix)
 {
     const double sign = Determinant(matrix) < 0.0 ? -1.0 : 1.0;

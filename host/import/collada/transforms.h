@@ -1,9 +1,9 @@
 #pragma once
 
-// The transforms of a node, one after the other as the file lists them: each is applied within the one before it.
+/// The transforms of a node, one after the other as the file lists them: each is applied within the one before it.
 
-#include "host/math/affine.h"
 #include "host/import/collada/xml_document.h"
+#include "host/math/affine.h"
 
 #include <array>
 #include <cstddef>
@@ -36,16 +36,16 @@ bool IsTransform(Element element);
 
 std::size_t CountOfValues(TransformKind kind);
 
-// Index of a value by the name that channels give it: "ANGLE", "X", "(3)", or "(column)(row)" of a matrix.
+/// Index of a value by the name that channels give it: "ANGLE", "X", "(3)", or "(column)(row)" of a matrix.
 std::optional<std::size_t> IndexOfValue(TransformKind kind, std::string_view member);
 
 std::vector<Transform> ReadTransforms(const XmlDocument& document, Element node);
 
-// In the file's unit of length.
+/// In the file's unit of length.
 Affine AffineOf(const Transform& transform);
 Affine AffineOf(const std::vector<Transform>& transforms);
 
-// A matrix on the way from one key to the next: the rotation turns along the shorter arc, all else goes straight.
+/// A matrix on the way from one key to the next: the rotation turns along the shorter arc, all else goes straight.
 std::array<double, kMatrixSize> MatrixBetween(const double* from, const double* to, double fraction);
 
 } // namespace mobu_host::collada

@@ -1,7 +1,7 @@
 #pragma once
 
-// The text of <user_properties> in the <extra> of a node, as tools of the FCOLLADA profile write it: one "name = value"
-// a line.
+/// The text of <user_properties> in the <extra> of a node, as tools of the FCOLLADA profile write it: one "name =
+/// value" a line.
 
 #include "host/import/collada/xml_document.h"
 #include "host/import/scene_description.h"
@@ -11,8 +11,8 @@
 namespace mobu_host::collada
 {
 
-// true and false are booleans, whole numbers integers, other numbers floating point, all else text. Lines that say
-// something else are left out; `left_out` is set then.
+/// true and false are booleans, whole numbers integers, other numbers floating point, all else text. Lines that say
+/// something else are left out; `left_out` is set then.
 std::vector<PropertyDescription> ReadUserProperties(Element node, bool& left_out);
 
 } // namespace mobu_host::collada

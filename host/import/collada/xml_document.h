@@ -1,6 +1,6 @@
 #pragma once
 
-// A Collada file as a tree of XML elements, and where in the file each of them is.
+/// A Collada file as a tree of XML elements, and where in the file each of them is.
 
 #include <pugixml.hpp>
 
@@ -13,27 +13,27 @@ namespace mobu_host::collada
 
 using Element = pugi::xml_node;
 
-// The text of an attribute; empty where there is none. Lives as long as the document.
+/// The text of an attribute; empty where there is none. Lives as long as the document.
 std::string_view Attribute(Element element, const char* name);
 
-// The name that the author gave, else the id, else the sid.
+/// The name that the author gave, else the id, else the sid.
 std::string_view NameOf(Element element);
 
-// The id in "#id". Empty for anything else, such as a part of another file.
+/// The id in "#id". Empty for anything else, such as a part of another file.
 std::string_view IdOf(std::string_view url);
 
-// A name or text of the file in quotes: on one line, cut where it is long.
+/// A name or text of the file in quotes: on one line, cut where it is long.
 std::string Quoted(std::string_view text);
 
 class XmlDocument
 {
 public:
-    // `bytes` have to live as long as the document. Throws ParseError for what is not XML, or not Collada.
+    /// `bytes` have to live as long as the document. Throws ParseError for what is not XML, or not Collada.
     explicit XmlDocument(std::string_view bytes);
 
     Element Root() const { return tree_.document_element(); }
 
-    // Throws ParseError: "<float_array> "times" CAUSE (line 12)".
+    /// Throws ParseError: "<float_array> "times" CAUSE (line 12)".
     [[noreturn]] void Fail(Element element, const std::string& cause) const;
 
 private:
@@ -44,13 +44,13 @@ private:
     pugi::xml_document tree_;
 };
 
-// The words of an element's text, which blanks separate.
+/// The words of an element's text, which blanks separate.
 class Words
 {
 public:
     explicit Words(Element element) : text_(element.first_child()) { Open(); }
 
-    // False after the last one.
+    /// False after the last one.
     bool Next(std::string_view& word);
 
 private:

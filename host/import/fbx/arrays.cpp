@@ -166,8 +166,8 @@ void ArrayReader::ReadBinary(const Value& value, const ArrayHeader& header, std:
         throw ParseError(offset, "an array has the unknown encoding " + std::to_string(header.encoding));
     const bool packed = header.encoding == 1;
     if (packed ? size > header.size * kDeflateLimit : size != header.size)
-        throw ParseError(offset, "an array of " + std::to_string(header.count) + " elements cannot lie in " +
-                                     std::to_string(header.size) + " bytes");
+        throw ParseError(offset, "an array of " + std::to_string(header.count) +
+                                     " elements does not fit in " + std::to_string(header.size) + " bytes");
     if (packed && header.count > most)
         throw ParseError(offset, "a deflated array of " + std::to_string(header.count) +
                                      " elements, where no more than " + std::to_string(most) + " can be");

@@ -11,14 +11,14 @@
 namespace mobu_host::fbx
 {
 
-// How text files write floats. A number with a point or an exponent is a decimal in either.
+/// How text files write floats. A number with a point or an exponent is a decimal in either.
 enum class TextFloats
 {
     Decimal,
     WholeNumbersAreBits
 };
 
-// Unpacks the arrays of records. One serves many arrays; it keeps its working memory.
+/// Unpacks the arrays of records. One serves many arrays; it keeps its working memory.
 class ArrayReader
 {
 public:
@@ -29,10 +29,10 @@ public:
 
     static constexpr std::uint64_t kAny = std::numeric_limits<std::uint64_t>::max();
 
-    // The numbers of a record, in whichever of the three forms it holds them: a binary array, deflated or not; a
-    // text array with its child "a"; a plain list. Replaces what `numbers` held. Throws ParseError when the array and
-    // its stated length or size do not agree, for what is not a number, and for a deflated array of more numbers
-    // than `most`, before it takes memory.
+    /// The numbers of a record, in whichever of the three forms it holds them: a binary array, deflated or not; a
+    /// text array with its child "a"; a plain list. Replaces what `numbers` held. Throws ParseError when the array and
+    /// its stated length or size do not agree, for what is not a number, and for a deflated array of more numbers
+    /// than `most`, before it takes memory.
     void Read(const Record& record, std::vector<double>& numbers, std::uint64_t most = kAny);
     void Read(const Record& record, std::vector<float>& numbers, std::uint64_t most = kAny,
               TextFloats form = TextFloats::Decimal);

@@ -91,7 +91,7 @@ private:
     {
         const std::size_t values = header.name + header.name_size;
         if (header.end > level.end)
-            throw ParseError(at, "a record ends behind the list that holds it");
+            throw ParseError(at, "a record ends after the list that holds it");
         if (header.end < values || header.values_size > header.end - values)
             throw ParseError(at, "the values of a record leave it");
         if (header.value_count > header.values_size)

@@ -8,8 +8,8 @@ namespace mobu_host::fbx
 namespace
 {
 
-// An automatic tangent's bias counts as a share of the way to a neighbour's slope; what is beyond this adds to the slope
-// itself, a second, by its square.
+// An automatic tangent's bias counts as a share of the way to a neighbour's slope; what is beyond this adds to the
+// slope itself, a second, by its square.
 constexpr double kLargestPlainBias = 5.0;
 constexpr double kSlopeOfExcess = 40.0;
 

@@ -8,7 +8,7 @@
 namespace mobu_host::fbx
 {
 
-// How the value goes from one key to the next.
+/// How the value goes from one key to the next.
 enum class Interpolation : std::uint8_t
 {
     Hold,     // this key's value
@@ -17,7 +17,7 @@ enum class Interpolation : std::uint8_t
     Cubic
 };
 
-// The derivative at a key, where the file leaves it to the reader.
+/// The derivative at a key, where the file leaves it to the reader.
 enum class TangentRule : std::uint8_t
 {
     Given,     // `right_slope` and `left_slope`
@@ -47,7 +47,7 @@ struct Key
     Tangent tangent;
 };
 
-// How a curve goes on before its first or after its last key.
+/// How a curve goes on before its first or after its last key.
 struct Extrapolation
 {
     enum class Kind : std::uint8_t
@@ -62,15 +62,15 @@ struct Extrapolation
     double repetitions = std::numeric_limits<double>::infinity(); // after which the value holds
 };
 
-// A value over time. The first and last key hold outside, unless it says otherwise. Asking for times in order takes constant time: the curve
-// remembers where it was.
+/// A value over time. The first and last key hold outside, unless it says otherwise. Asking for times in order takes
+/// constant time: the curve remembers where it was.
 class Curve
 {
 public:
     void Reserve(std::size_t keys);
-    // A key at or before the time of the last one replaces it.
+    /// A key at or before the time of the last one replaces it.
     void Append(const Key& key);
-    // After the last key: settles the slopes that depend on neighbours.
+    /// After the last key: settles the slopes that depend on neighbours.
     void Close();
 
     bool Empty() const { return seconds_.empty(); }

@@ -29,8 +29,8 @@ constexpr std::uint32_t kNextLeftWeighted = 0x02000000;
 constexpr double kBiasUnit = 100.0;
 constexpr int kWeightUnit = 10000;
 
-// From 7.2 on text files write the floats of key data, of which some are packed numbers, as their bits. Before they wrote
-// the packed ones as decimals, too.
+// From 7.2 on text files write the floats of key data, of which some are packed numbers, as their bits. Before they
+// wrote the packed ones as decimals, too.
 constexpr unsigned kFirstVersionOfBits = 7200;
 
 // Times of keys rise, and rising numbers deflate badly: even the plainest steps take more than a byte each. A
@@ -201,7 +201,7 @@ namespace
 {
 
 // A key list of 6.x: time, value, then a capital that says how the curve goes on, then what that needs. The two numbers
-// before a capital are the next key's, so that nothing has to be known of what lies between.
+// before a capital are the next key's, so that what lies between need not be understood.
 class KeyListCursor
 {
 public:
@@ -274,7 +274,7 @@ private:
     bool at_end_ = false;
 };
 
-// A letter and the numbers behind it.
+// A letter and the numbers after it.
 struct LetterGroup
 {
     char letter = 0;

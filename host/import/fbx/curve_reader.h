@@ -9,15 +9,15 @@
 namespace mobu_host::fbx
 {
 
-// Takes the keys of curves out of their records, in both forms that the format has had. One serves many curves.
+/// Takes the keys of curves out of their records, in both forms that the format has had. One serves many curves.
 class CurveReader
 {
 public:
-    // An AnimationCurve object of 7.x. Throws ParseError when its arrays do not fit together.
+    /// An AnimationCurve object of 7.x. Throws ParseError when its arrays do not fit together.
     Curve ReadArrays(const Record& record);
 
-    // A Channel of 6.x with its list of keys; an empty curve where there is none. Throws ParseError for a list that cannot
-    // be taken apart.
+    /// A Channel of 6.x with its list of keys; an empty curve where there is none. Throws ParseError for a list that
+    /// cannot be taken apart.
     Curve ReadKeyList(const Record& channel);
 
 private:

@@ -132,10 +132,7 @@ void Document::ReadConnections()
             Connection connection{};
             if (!Find(record.ValueAt(1), connection.source) || !Find(record.ValueAt(2), connection.target) ||
                 connection.source == connection.target)
-            {
-                ++loose_connections_;
                 continue;
-            }
             if (form == "OP")
                 connection.property = record.TextAt(3);
             connection.rank = static_cast<std::uint32_t>(by_target_.size());

@@ -1,6 +1,6 @@
 #pragma once
 
-// The second layer: objects, what connects them, and the classes' defaults.
+/// The second layer: objects, what connects them, and the classes' defaults.
 
 #include "host/import/fbx/property_rows.h"
 #include "host/import/fbx/record_tree.h"
@@ -24,8 +24,8 @@ struct Object
 
 using ObjectIndex = std::uint32_t; // in file order, from 1; 0 is the scene's root
 
-// `source` belongs to `target`: a child to its parent, a curve to its curve node. With a property's name, it belongs to
-// that property.
+/// `source` belongs to `target`: a child to its parent, a curve to its curve node. With a property's name, it belongs
+/// to that property.
 struct Connection
 {
     ObjectIndex source;
@@ -37,7 +37,8 @@ struct Connection
 class Document
 {
 public:
-    // `tree` has to outlive the document. Objects of 7.x without an id, or with another's, are passed over; connections to or from what is not in the file are passed over.
+    /// `tree` must outlive the document. Objects of 7.x without an id or with a duplicate one are ignored, and so are
+    /// connections to or from what is not in the file.
     explicit Document(const RecordTree& tree);
 
     const RecordTree& Tree() const { return tree_; }
@@ -47,19 +48,16 @@ public:
     std::size_t Count() const { return objects_.size(); } // the root counted
     const Object& At(ObjectIndex index) const { return objects_[index]; }
 
-    // In file order.
+    /// In file order.
     std::span<const Connection> Into(ObjectIndex target) const;
     std::span<const Connection> From(ObjectIndex source) const;
 
-    // The object of 6.x that goes by `full_name` ("ns:Hips\0\1Model", "Model::ns:Hips"); 0 for none and the root.
+    /// The object of 6.x that goes by `full_name` ("ns:Hips\0\1Model", "Model::ns:Hips"); 0 for none and the root.
     ObjectIndex Named(std::string_view full_name) const;
 
     const PropertyRows& GlobalSettings() const { return global_settings_; }
-    // Rows of a class, which count where an object has none of its own: "FbxNode", "FbxCamera".
+    /// Rows of a class, which count where an object has none of its own: "FbxNode", "FbxCamera".
     const PropertyRows* Template(std::string_view class_name) const;
-
-    // Connections whose ends are not in the file.
-    std::size_t LooseConnections() const { return loose_connections_; }
 
 private:
     void ReadObjects();
@@ -77,10 +75,9 @@ private:
     std::vector<std::uint32_t> source_begins_;
     std::unordered_map<std::string_view, PropertyRows> templates_;
     PropertyRows global_settings_;
-    std::size_t loose_connections_ = 0;
 };
 
-// "Hips" of "Hips\0\1Model" and of "Model::Hips".
+/// "Hips" of "Hips\0\1Model" and of "Model::Hips".
 std::string_view NameOf(std::string_view full_name);
 
 } // namespace mobu_host::fbx

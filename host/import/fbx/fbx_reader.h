@@ -1,6 +1,6 @@
 #pragma once
 
-// FBX scenes, 6.0 to 7.x, binary and text.
+/// FBX scenes, 6.0 to 7.x, binary and text.
 
 #include "host/import/import_notes.h"
 #include "host/import/import_options.h"
@@ -11,8 +11,8 @@
 namespace mobu_host::fbx
 {
 
-/// Throws ParseError for damaged files, and for what no scene can hold: numbers that are not finite, times out of range,
-/// models nested too deep.
+/// Throws ParseError for damaged files, and for what no scene can hold: numbers that are not finite, times out of
+/// range, models nested too deep.
 SceneDescription ReadFbx(std::string_view file, const ImportOptions& options, ImportNotes& notes);
 
 } // namespace mobu_host::fbx

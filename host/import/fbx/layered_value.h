@@ -19,7 +19,7 @@ inline Vector First3(const Components& components)
 }
 using CurvePointer = std::shared_ptr<const Curve>;
 
-// An animation layer over others; the muted ones of a file are left out.
+/// An animation layer over others; the muted ones of a file are left out.
 struct Layer
 {
     enum class Mode
@@ -29,22 +29,22 @@ struct Layer
         Mixes   // covers by its weight
     };
     Mode mode = Mode::Adds;
-    bool base = false;          // the lowest: stands as it is
+    bool base = false;          // the lowest: not blended
     bool turns_by_axis = false; // adds angles instead of turns
     bool scales_add = false;    // instead of multiplying
     double weight = 1.0;        // 0 to 1
     CurvePointer weight_curve;  // in percent, in place of `weight`; may be null
 
     double WeightAt(double seconds) const;
-    // Whether a rotation goes onto the ones below as a turn.
+    /// Whether a rotation goes onto the ones below as a turn.
     bool ComposesTurns() const { return !base && !turns_by_axis && mode != Mode::Covers; }
 };
 
-// What a layer says of one property.
+/// What a layer says of one property.
 struct LayerPart
 {
     std::shared_ptr<const Layer> layer;
-    std::array<CurvePointer, 4> curves; // null: the component stands at its value in `constants`
+    std::array<CurvePointer, 4> curves; // null: the component has its value in `constants`
     Components constants{};
 };
 
@@ -56,7 +56,7 @@ enum class Blending
     Scale
 };
 
-// A property over one take: what it is without animation, and the layers on it from the lowest up.
+/// A property over one take: what it is without animation, and the layers on it from the lowest up.
 class LayeredValue
 {
 public:
@@ -65,10 +65,10 @@ public:
     void Add(LayerPart part) { parts_.push_back(std::move(part)); }
 
     Components At(double seconds) const;
-    // Of angles, in the given rotation order.
+    /// Of angles, in the given rotation order.
     Matrix3 TurnAt(double seconds, int order) const;
     bool IsConstant() const;
-    // Whether TurnAt is more than the turn of At.
+    /// Whether TurnAt is more than the turn of At.
     bool ComposesTurns() const;
 
 private:

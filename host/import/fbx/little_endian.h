@@ -10,7 +10,7 @@ namespace mobu_host::fbx
 
 static_assert(std::endian::native == std::endian::little, "FBX numbers are read as they lie in the file");
 
-// The caller has made sure that the bytes are there.
+/// The caller has made sure that the bytes are there.
 template <class Number>
 Number LittleEndian(std::string_view bytes, std::size_t offset = 0)
 {

@@ -8,7 +8,7 @@
 namespace mobu_host::fbx
 {
 
-// One row of Properties60 or Properties70: name, kind, flags, values.
+/// One row of Properties60 or Properties70: name, kind, flags, values.
 struct PropertyRow
 {
     std::string_view name;
@@ -25,7 +25,7 @@ struct PropertyRow
     }
 };
 
-// The rows below a record, in file order.
+/// The rows below a record, in file order.
 class PropertyRows
 {
 public:
@@ -40,14 +40,14 @@ private:
     std::vector<std::uint32_t> by_name_; // their indices by name, then in file order
 };
 
-// Looks a property up in several places, the first that has it wins: an object's own rows, then its class's.
+/// Looks a property up in several places, the first that has it wins: an object's own rows, then its class's.
 class PropertyView
 {
 public:
     PropertyView(std::initializer_list<const PropertyRows*> places) : places_(places) {}
 
     const PropertyRow* Find(std::string_view name) const;
-    // Throws ParseError where the file states what is not finite.
+    /// Throws ParseError where the file states what is not finite.
     double Number(std::string_view name, double otherwise) const;
     std::array<double, 3> Vector(std::string_view name, const std::array<double, 3>& otherwise) const;
     bool Truth(std::string_view name, bool otherwise) const
@@ -60,7 +60,7 @@ private:
     std::vector<const PropertyRows*> places_;
 };
 
-// The number of a value that has to be finite.
+/// Throws ParseError where the value is not finite.
 double FiniteNumber(const PropertyRow& row, std::size_t component, double otherwise);
 
 } // namespace mobu_host::fbx

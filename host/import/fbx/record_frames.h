@@ -11,14 +11,14 @@ namespace mobu_host::fbx
 inline constexpr std::string_view kBinaryMagic = "Kaydara FBX Binary";
 inline constexpr std::size_t kDeepestRecord = 100; // real files stay below 20
 
-// Takes the frames of a binary file apart, the root first; gives the version that the header states.
+/// Takes the frames of a binary file apart, the root first; gives the version that the header states.
 unsigned ReadBinaryFrames(std::string_view file, std::vector<RecordFrame>& frames);
 
-// The same of a text file; 0 where it states no version.
+/// The same of a text file; 0 where it states no version.
 unsigned ReadTextFrames(std::string_view file, std::vector<RecordFrame>& frames);
 
-// Puts a frame behind its elder sibling, or below its parent where it is the first. `last_child` of the parent is kept
-// by the caller.
+/// Appends a frame to its siblings, or below its parent where it is the first. `last_child` of the parent is kept
+/// by the caller.
 inline std::uint32_t AppendFrame(std::vector<RecordFrame>& frames, const RecordFrame& frame,
                                  std::uint32_t parent, std::uint32_t& last_child)
 {
@@ -29,11 +29,11 @@ inline std::uint32_t AppendFrame(std::vector<RecordFrame>& frames, const RecordF
     return index;
 }
 
-// What both kinds of text share: the next value of a comma list at `at`, which moves behind it. False where none
-// begins.
+/// What both kinds of text share: the next value of a comma list at `at`, which moves after it. False where none
+/// begins.
 bool ScanTextValue(std::string_view file, std::size_t& at, std::size_t end, Value& value);
 
-// Over blanks, line ends and comments.
+/// Over blanks, line ends and comments.
 std::size_t SkipSpace(std::string_view file, std::size_t at, std::size_t end);
 
 } // namespace mobu_host::fbx

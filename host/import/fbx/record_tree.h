@@ -1,14 +1,14 @@
 #pragma once
 
-// The lowest layer: an FBX file, binary or text, as a tree of named records with values.
-//
-//     const RecordTree tree(bytes);
-//     for (const Record& object : tree.Root().Child("Objects").Children())
-//         if (object.Name() == "Model")
-//             std::cout << object.ValueAt(1).Text() << '\n';
-//
-// Records and values are views into the file's bytes, which have to outlive them. The frame of every record is checked
-// when the tree is made; values are taken apart when they are asked for.
+/// The lowest layer: an FBX file, binary or text, as a tree of named records with values.
+///
+///     const RecordTree tree(bytes);
+///     for (const Record& object : tree.Root().Child("Objects").Children())
+///         if (object.Name() == "Model")
+///             std::cout << object.ValueAt(1).Text() << '\n';
+///
+/// Records and values are views into the file's bytes, which have to outlive them. The frame of every record is checked
+/// when the tree is made; values are parsed on demand.
 
 #include <array>
 #include <cstddef>
@@ -23,7 +23,7 @@ namespace mobu_host::fbx
 
 inline constexpr double kTicksPerSecond = 46186158000.0; // of most files, and of the host
 
-// One value of a record. A value of another sort than asked for is none: a damaged property counts as missing.
+/// One value of a record. A value of another sort than asked for is none: a damaged property counts as missing.
 class Value
 {
 public:
@@ -32,10 +32,10 @@ public:
 
     explicit operator bool() const { return code_ != 0; }
 
-    // As binary files mark it: C Y I L F D scalars, S text, R bytes, f d l i b c arrays. Of text files: N a number,
-    // S a text without its quotes, W a bare word, * the length of an array that the record's child "a" holds.
+    /// As binary files mark it: C Y I L F D scalars, S text, R bytes, f d l i b c arrays. Of text files: N a number,
+    /// S a text without its quotes, W a bare word, * the length of an array that the record's child "a" holds.
     char Code() const { return code_; }
-    // Of a scalar its little-endian bytes, of a text its characters; of an array all behind its header.
+    /// Of a scalar its little-endian bytes, of a text its characters; of an array all after its header.
     std::string_view Bytes() const { return bytes_; }
 
     bool IsArray() const;
@@ -51,7 +51,7 @@ private:
     std::string_view bytes_;
 };
 
-// The header of an array in a binary file.
+/// The header of an array in a binary file.
 struct ArrayHeader
 {
     std::uint32_t count = 0;
@@ -62,15 +62,15 @@ struct ArrayHeader
 class Record;
 class RecordTree;
 
-// Goes through the values of one record.
+/// Goes through the values of one record.
 class ValueCursor
 {
 public:
     explicit ValueCursor(const Record& record);
-    bool Next(Value& value); // false behind the last; throws ParseError where a value leaves the record
+    bool Next(Value& value); // false after the last; throws ParseError where a value leaves the record
 
     const ArrayHeader& Array() const { return array_; } // of the value last given, when it is a binary array
-    std::size_t Offset() const { return at_; }          // in the file, behind the value last given
+    std::size_t Offset() const { return at_; }          // in the file, after the value last given
 
 private:
     bool NextBinary(Value& value);
@@ -146,7 +146,7 @@ inline Record::ChildRange Record::Children() const
     return {FirstChild()};
 }
 
-// How one record lies in the file.
+/// Where one record is in the file.
 struct RecordFrame
 {
     std::uint32_t name = 0; // offsets
@@ -161,8 +161,8 @@ struct RecordFrame
 class RecordTree
 {
 public:
-    // Throws ParseError for what is no FBX file, for versions below 6.0 and from 8.0 on, and where the frame of a record
-    // is wrong.
+    /// Throws ParseError for what is no FBX file, for versions below 6.0 and from 8.0 on, and where the frame of a
+    /// record is wrong.
     explicit RecordTree(std::string_view file);
 
     bool IsText() const { return is_text_; }
@@ -184,7 +184,7 @@ private:
     std::vector<RecordFrame> frames_;
 };
 
-// A text of the file as people see it: text files write some characters in other words.
+/// A text of the file as people see it: text files write some characters in other words.
 std::string PlainText(std::string_view text, const RecordTree& tree);
 
 } // namespace mobu_host::fbx

@@ -1,6 +1,6 @@
 #pragma once
 
-// The third layer, while it is made: the scene's description, and what transforms are evaluated from.
+/// The third layer, while it is made: the scene's description, and what transforms are evaluated from.
 
 #include "host/import/fbx/document.h"
 #include "host/import/fbx/layered_value.h"

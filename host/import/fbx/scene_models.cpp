@@ -105,7 +105,7 @@ private:
                 tops_.push_back(i);
     }
 
-    // Models that hang on each other in a circle are not below any top: the first of them in the file becomes one.
+    // Models in a circle of parents are not below any top: the first of them in the file becomes one.
     void BreakCircles()
     {
         std::vector<std::uint8_t> seen(document_.Count()); // 1 on the way up, 2 known to end at a top
@@ -300,8 +300,8 @@ private:
             if (other == list_.by_object.end() || other->second == model)
                 continue;
             if (scene_.models[model].kind != ModelKind::Camera)
-                notes_.Add({"model that looks at another, and is no camera, keeps its own rotation",
-                            "models that look at others, and are no cameras, keep their own rotation"},
+                notes_.Add({"model that looks at another and is not a camera keeps its own rotation",
+                            "models that look at others and are not cameras keep their own rotation"},
                            scene_.models[model].name);
             else
                 (interest ? transforms_.nodes[model].interest : transforms_.nodes[model].up) = other->second;

@@ -8,7 +8,7 @@
 namespace mobu_host::fbx
 {
 
-// The rows that describe one model: its own, those of its attribute (a camera's lens in 7.x), and its classes'.
+/// The rows that describe one model: its own, those of its attribute (a camera's lens in 7.x), and its classes'.
 struct ModelSource
 {
     ObjectIndex object = 0;
@@ -21,7 +21,7 @@ struct ModelSource
     PropertyView View() const { return {&own, attribute_rows.get(), model_defaults, attribute_defaults}; }
 };
 
-// One of the host's own properties that a file can set and move.
+/// One of the host's own properties that a file can set and move.
 struct BuiltIn
 {
     const char* name; // the same in file and host
@@ -29,7 +29,7 @@ struct BuiltIn
 };
 const BuiltIn* FindBuiltIn(std::string_view name);
 
-// The models of a document in the order of the tree, with everything but their motion. sources[i] is of model i.
+/// The models of a document in the order of the tree, with everything but their motion. sources[i] is of model i.
 struct ModelList
 {
     std::vector<ModelSource> sources;
@@ -37,7 +37,7 @@ struct ModelList
 };
 ModelList ReadModels(const Document& document, SceneData& data, ImportNotes& notes);
 
-// Nothing for kinds that the host does not have.
+/// Nothing for kinds that the host does not have.
 std::optional<PropertyDescription> ReadUserProperty(const PropertyRow& row, const RecordTree& tree,
                                                     const std::string& model, ImportNotes& notes);
 

@@ -28,7 +28,8 @@ std::int64_t HostTicks(std::int64_t ticks, const Record& take)
 {
     const double seconds = static_cast<double>(ticks) / take.Tree().TicksPerSecond();
     if (!(std::abs(seconds) <= kLongestTime))
-        throw ParseError(take.Offset(), "a take lies out of all time");
+        throw ParseError(take.Offset(),
+                         "a take is outside the supported time range (a million seconds around 0)");
     return take.Tree().TicksPerSecond() == kTicksPerSecond ? ticks : std::llround(seconds * kTicksPerSecond);
 }
 
@@ -354,7 +355,7 @@ private:
         }
     }
 
-    // Has no keys, and stands where the property stands without animation, to single precision.
+    // Has no keys, and the value that the property has without animation, to single precision.
     static bool IsAtRest(const LayerPart& part, const Components& rest)
     {
         for (std::size_t i = 0; i < rest.size(); ++i)

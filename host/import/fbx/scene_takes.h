@@ -5,7 +5,7 @@
 namespace mobu_host::fbx
 {
 
-// The takes of a document and what moves in each, into `scene`.
+/// The takes of a document and what moves in each, into `scene`.
 void ReadTakes(const Document& document, const ModelList& models, SceneData& data, ImportNotes& notes);
 
 } // namespace mobu_host::fbx

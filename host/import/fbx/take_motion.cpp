@@ -67,8 +67,8 @@ void TakeMotion::Add(ObjectIndex object, std::string_view property, LayerPart pa
     const auto target = TargetOf(object, property);
     if (!target)
     {
-        notes_.Add({"animated property of an object that is no model is passed over",
-                    "animated properties of objects that are no models are passed over"},
+        notes_.Add({"animated property of an object that is not a model is ignored",
+                    "animated properties of objects that are not models are ignored"},
                    FullName(object, property));
         return;
     }
@@ -147,8 +147,8 @@ void TakeMotion::Finish(std::size_t index)
 {
     for (const Moved& moved : moved_)
         if (!MoveNode(index, moved) && !MoveProperty(scene_.takes[index], moved))
-            notes_.Add({"animated property that the host does not have is passed over",
-                        "animated properties that the host does not have are passed over"},
+            notes_.Add({"animated property that the host does not have is ignored",
+                        "animated properties that the host does not have are ignored"},
                        scene_.models[moved.target.model].name + "." +
                            PlainText(moved.target.property, document_.Tree()));
     HoldSwitcher(scene_.takes[index]);

@@ -8,22 +8,22 @@
 namespace mobu_host::fbx
 {
 
-// Gathers what the layers of one take say of each property, and moves transforms and properties by it.
+/// Gathers what the layers of one take say of each property, and moves transforms and properties by it.
 class TakeMotion
 {
 public:
     TakeMotion(const Document& document, const ModelList& models, SceneData& data, ImportNotes& notes);
 
-    // `object` is a model or an attribute; others are passed over, with a note. Layers come from the lowest up.
+    /// `object` is a model or an attribute; others are ignored, with a note. Layers come from the lowest up.
     void Add(ObjectIndex object, std::string_view property, LayerPart part);
 
-    // For notes and errors: "Hips.Lcl Rotation".
+    /// For notes and errors: "Hips.Lcl Rotation".
     std::string FullName(ObjectIndex object, std::string_view property) const;
 
-    // What the property is without animation; the neutral value where the file does not say.
+    /// What the property is without animation; the neutral value where the file does not say.
     Components RestOf(ObjectIndex object, std::string_view property) const;
 
-    // Ends the take `index` of the scene.
+    /// Ends the take `index` of the scene.
     void Finish(std::size_t index);
 
 private:

@@ -116,7 +116,7 @@ void TransformEvaluator::AddDependents(const std::vector<std::uint32_t>& moved,
                                        const std::vector<Dependent>& dependents,
                                        std::vector<std::uint32_t>& cameras) const
 {
-    std::uint32_t done = 0; // the trees before this node were looked at
+    std::uint32_t done = 0; // the trees before this node are done
     for (const std::uint32_t node : moved)
     {
         if (node < done)
@@ -264,7 +264,7 @@ Affine TransformEvaluator::LookingAt(const TransformNode& node, const Affine& gl
     const Vector up = node.up == kNoModel ? kWorldUp : world * PoseOf(node.up).global.place - global.place;
     Vector right = Cross(direction, up);
     if (!(Length(right) > kNoDirection * Length(up)))
-        right = Cross(direction, Column(global.linear, 1)); // straight up or down: as it stands
+        right = Cross(direction, Column(global.linear, 1)); // straight up or down: its own up axis decides
     if (!(Length(right) > 0.0))
         return global;
     right = right * (1.0 / Length(right));

@@ -191,9 +191,8 @@ private:
     {
         const gltf::JsonValue extras = owner["extras"];
         if (extras && extras.Kind() != gltf::JsonKind::Object)
-            notes_.Add(
-                {"extras value without a name is passed over", "extras values without names are passed over"},
-                name);
+            notes_.Add({"extras value without a name is ignored", "extras values without names are ignored"},
+                       name);
         std::size_t count = properties.size();
         for (std::size_t i = 0; i < extras.Size(); ++i)
             count += PropertyValue(extras[i]) ? 1 : 0;
@@ -211,8 +210,8 @@ private:
             else
             {
                 notes_.Add(
-                    {"extra is passed over, being neither a truth value, a text, a number nor 3 or 4 numbers",
-                     "extras are passed over, being neither truth values, texts, numbers nor 3 or 4 numbers"},
+                    {"extra is ignored: it is neither a boolean, a text, a number nor 3 or 4 numbers",
+                     "extras are ignored: they are neither booleans, texts, numbers nor 3 or 4 numbers"},
                     std::string(key));
             }
         }
@@ -250,7 +249,7 @@ private:
             const KeyTrack track = TrackOf(animation, channel);
             if (track.times->empty())
             {
-                notes_.Add({"channel without keys is passed over", "channels without keys are passed over"},
+                notes_.Add({"channel without keys is ignored", "channels without keys are ignored"},
                            NodeName(channel));
                 continue;
             }
@@ -283,12 +282,11 @@ private:
         if (channel.target == gltf::Target::Weights && channel.node)
             NoteBlendShapes(channel);
         else if (channel.target == gltf::Target::Other)
-            notes_.Add({"channel of something else than a node's transform is passed over",
-                        "channels of something else than a node's transform are passed over"},
+            notes_.Add({"channel of something else than a node's transform is ignored",
+                        "channels of something else than a node's transform are ignored"},
                        channel.node ? NodeName(channel) : take);
         else if (!channel.node)
-            notes_.Add({"channel without a node is passed over", "channels without a node are passed over"},
-                       take);
+            notes_.Add({"channel without a node is ignored", "channels without a node are ignored"}, take);
         else
             return true;
         return false;
@@ -298,8 +296,8 @@ private:
     void NoteBlendShapes(const gltf::Channel& channel)
     {
         if (noted_blend_shapes_.insert(*channel.node).second)
-            notes_.Add({"model has animated blend shapes, which are passed over",
-                        "models have animated blend shapes, which are passed over"},
+            notes_.Add({"model has animated blend shapes, which are ignored",
+                        "models have animated blend shapes, which are ignored"},
                        NodeName(channel));
     }
 
@@ -309,8 +307,8 @@ private:
         const std::uint32_t model = models_of_nodes_[*channel.node];
         if (model == kNoModel)
         {
-            notes_.Add({"channel of a node that is not in the scene is passed over",
-                        "channels of nodes that are not in the scene are passed over"},
+            notes_.Add({"channel of a node that is not in the scene is ignored",
+                        "channels of nodes that are not in the scene are ignored"},
                        NodeName(channel));
             return;
         }

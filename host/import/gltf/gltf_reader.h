@@ -1,6 +1,6 @@
 #pragma once
 
-// glTF 2.0 and GLB: the nodes that the scene shows, cameras, extras and animations.
+/// glTF 2.0 and GLB: the nodes that the scene shows, cameras, extras and animations.
 
 #include "host/import/import_notes.h"
 #include "host/import/import_options.h"
@@ -10,7 +10,7 @@
 namespace mobu_host
 {
 
-// Buffers beside the file are read from its folder and from below it. Throws ParseError.
+/// Buffers beside the file are read from its folder and from below it. Throws ParseError.
 SceneDescription ReadGltf(const SceneFile& file, const ImportOptions& options, ImportNotes& notes);
 
 } // namespace mobu_host

@@ -56,7 +56,7 @@ KeyPosition Find(const KeyTrack& track, double seconds)
         return {0, 0.0, 0.0};
     if (seconds >= times.back())
         return {times.size() - 1, 0.0, 0.0};
-    // Times are mostly asked for in order.
+    // Times mostly come in order.
     std::size_t key = track.cursor;
     const auto holds = [&](std::size_t k)
     { return k + 1 < times.size() && times[k] <= seconds && seconds < times[k + 1]; };

@@ -1,6 +1,6 @@
 #pragma once
 
-// The local transform of a node over one animation: three tracks of keys, each where the file has one.
+/// The local transform of a node over one animation: three tracks of keys, each where the file has one.
 
 #include "gltf/document.h"
 #include "host/import/scene_description.h"
@@ -14,8 +14,8 @@
 namespace mobu_host::gltf_import
 {
 
-// Keys of one component, which many tracks may share. The first and the last key hold outside of them. Values are as in
-// the file: one element a key, or three (tangent in, value, tangent out) of a cubic spline.
+/// Keys of one component, which many tracks may share. The first and the last key hold outside of them. Values are as
+/// in the file: one element a key, or three (tangent in, value, tangent out) of a cubic spline.
 struct KeyTrack
 {
     KeyTimes times; // one at least
@@ -23,7 +23,7 @@ struct KeyTrack
     gltf::Interpolation interpolation = gltf::Interpolation::Linear;
     mutable std::size_t cursor = 0; // the key before the time that was asked for last
 
-    // The element at a time.
+    /// The element at a time.
     std::array<double, 3> VectorAt(double seconds) const;
     std::array<double, 4> RotationAt(double seconds) const; // x, y, z, w, of length 1
 };
@@ -36,11 +36,11 @@ struct NodeMotion
     Affine At(double seconds) const;
 };
 
-// Centimetres from metres. A rotation need not have length 1; without length it is none.
+/// Centimetres from metres. A rotation need not have length 1; without length it is none.
 Affine ToAffine(const gltf::Trs& trs);
 Affine ToAffine(const gltf::ColumnMatrix& matrix);
 
-// Shear is lost; of a mirrored matrix all three scales are negative.
+/// Shear is lost; of a mirrored matrix all three scales are negative.
 gltf::Trs ToTrs(const gltf::ColumnMatrix& matrix);
 
 } // namespace mobu_host::gltf_import

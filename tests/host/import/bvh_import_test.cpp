@@ -105,7 +105,7 @@ TEST_F(BvhImportTest, JointsOfOneNameKeepTheirOwnChannels)
     ExpectRow(Global("EndSite_Hips"), 3, 1, 3, 1);
 }
 
-TEST_F(BvhImportTest, OnlyAnImplausibleSizeIsTold)
+TEST_F(BvhImportTest, OnlyAnImplausibleSizeIsNoted)
 {
     const std::pair<const char*, const char*> cases[] = {
         {"-29", "the figure is 0.29 m tall"}, {"-30", ""}, {"999", ""}, {"1001", "the figure is 10 m tall"}};
@@ -182,7 +182,7 @@ TEST_F(BvhImportTest, FilesOfOtherProgramsOpen)
     }
 }
 
-TEST_F(BvhImportTest, NamesAreTheRestOfTheirLineAndSeveralRootsStandBesideEachOther)
+TEST_F(BvhImportTest, NamesAreTheRestOfTheirLineAndThereMayBeSeveralRoots)
 {
     std::string text = "HIERARCHY\nROOT T\xC3\xAAte de lit {\nOFFSET 0 50 0\nCHANNELS 1 Yposition\n}\n"
                        "ROOT\n{\nOFFSET 5 0 0\nEnd Site Toe\n{\nOFFSET 0 1 0\n}\n}\n"
@@ -203,7 +203,7 @@ TEST_F(BvhImportTest, ChannelsComeInAnyOrderAndTurnFromTheLastToTheFirst)
     ExpectRow(Global("a"), 1, 1, 0, 0); // Y turns to Z about X, and on to X about Y
 }
 
-TEST_F(BvhImportTest, LinesBeyondTheFramesAreLeftOutAndTold)
+TEST_F(BvhImportTest, LinesBeyondTheFramesAreLeftOutAndNoted)
 {
     const auto result = Open("more.bvh", Joint("1 Xrotation", "Frames: 1\nFrame Time: 0.04\n1\n2\n"));
     EXPECT_EQ(result.notes,
@@ -215,12 +215,11 @@ TEST_F(BvhImportTest, WhatIsNotBvhIsRefusedWithItsLine)
 {
     const std::string sound = "Frames: 2\nFrame Time: 0.04\n";
     const std::pair<std::string, const char*> cases[] = {
-        {"HIERARCHY\nMOTION", "\"MOTION\" stands where ROOT is expected (line 2)"},
+        {"HIERARCHY\nMOTION", "\"MOTION\" where ROOT is expected (line 2)"},
         {"HIERARCHY\nROOT a\n{\nOFFSET 0 0", "the file ends where OFFSET is expected (line 4)"},
         {"HIERARCHY\nROOT a\n{\nOFFSET 0 0 0", "the file ends inside its hierarchy (line 4)"},
-        {"HIERARCHY\nROOT a\n{\nSCALE 1\n",
-         "\"SCALE\" stands where OFFSET, CHANNELS, JOINT, End Site or } is "
-         "expected (line 4)"},
+        {"HIERARCHY\nROOT a\n{\nSCALE 1\n", "\"SCALE\" where OFFSET, CHANNELS, JOINT, End Site or } is "
+                                            "expected (line 4)"},
         {"HIERARCHY\nROOT " + std::string(257, 'x') + "\n{", "a name has more than 256 bytes (line 2)"},
         {Joint("1 Wrotation", sound), "\"Wrotation\" is not a channel (Xposition to Zposition, Xrotation to "
                                       "Zrotation are) (line 5)"},

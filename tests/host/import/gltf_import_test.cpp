@@ -193,7 +193,7 @@ TEST_F(GltfImportTest, ExtrasBecomeUserPropertiesOfTheirKind)
     const auto result = Open("a.gltf", document.Text());
     ASSERT_EQ(result.notes.size(), 1u);
     EXPECT_EQ(result.notes[0],
-              "3 extras are passed over, being neither truth values, texts, numbers nor 3 or 4 numbers: "
+              "3 extras are ignored: they are neither booleans, texts, numbers nor 3 or 4 numbers: "
               "pair, nested, nothing");
 
     std::vector<FBProperty*> properties;
@@ -259,7 +259,7 @@ TEST_F(GltfImportTest, WhatIsNoHierarchyAndNoMotionIsPassedOver)
     document.Channel(0, "weights", {0, 0, 0}).Channel(0, "weights", {0, 0, 0});
     document.Animation({{"name", "Smile"}}).Channel(0, "weights", {0, 0, 0});
     const auto result = Open("a.gltf", document.Text());
-    EXPECT_EQ(result.notes, Names{"1 model has animated blend shapes, which are passed over: A"});
+    EXPECT_EQ(result.notes, Names{"1 model has animated blend shapes, which are ignored: A"});
     Goto(1.0);
     ExpectRow(Global("A"), 3, 100, 0, 0);
 }

@@ -16,7 +16,7 @@ struct RealScene
     friend std::ostream& operator<<(std::ostream& out, const RealScene& scene) { return out << scene.file; }
 };
 
-// Scenes of other people's making; they lie beside the project where somebody put them there.
+// Scenes of others, in TV2_SCENES_DIR.
 class RealScenesTest : public SceneImportTest, public testing::WithParamInterface<RealScene>
 {
 };

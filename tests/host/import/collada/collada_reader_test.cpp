@@ -164,7 +164,8 @@ TEST(ColladaReaderTest, ShowsTheSceneThatIsInstantiated)
 TEST(ColladaReaderTest, ReadsEveryEncoding)
 {
     const std::string text = R"(<?xml version="1.0"?><COLLADA version="1.4.1"><library_visual_scenes>
-<visual_scene id="a"><node id="A"><translate>1 2 3</translate></node></visual_scene></library_visual_scenes></COLLADA>)";
+<visual_scene id="a"><node id="A"><translate>1 2 3</translate></node></visual_scene></library_visual_scenes>
+</COLLADA>)";
     for (const std::string& document : {text, "\xEF\xBB\xBF" + text, Utf16(text, false), Utf16(text, true),
                                         Utf16(text, false, false), Utf16(text, true, false)})
         EXPECT_EQ(Read(document).models.at(0).rest.place[2], 300.0);
@@ -217,7 +218,7 @@ TEST(ColladaReaderTest, SaysWhatIsWrongAndWhere)
         {Document("", "<node id=\"n\"><translate>1 2</translate></node>"),
          "<translate> of <node> \"n\" holds 2 numbers where there have to be 3 (line 2)"},
         {Document("", "\n\n<node><translate sid=\"t\">1 nan 2</translate></node>"),
-         "\"nan\", which is no finite"},
+         "\"nan\", which is not finite"},
         {Document("", "\n\n<node><translate>1 1e400 2</translate></node>"), "(line 4)"},
         {Document("", "<node><scale>1 1 1e39</scale></node>"), "\"1e39\""},
         {Document("", "<node><scale>1 1 0x1</scale></node>"), "\"0x1\" where a number"},

@@ -104,7 +104,8 @@ inline std::string RichDocument()
             R"(<library_nodes><node id="l"><scale>1 -2 1</scale><instance_geometry url="#g"/></node></library_nodes>)",
         R"(<node id="hip" name="Hip &amp; &#228;" type="JOINT"><translate sid="t">1 2 3</translate>
 <rotate sid="rz">0 0 1 20</rotate><skew>30 0 1 0 1 0 0</skew><extra><technique profile="FCOLLADA"><user_properties>a=1
-b = .5</user_properties></technique></extra><node id="m" sid="k"><matrix sid="m">1 0 0 0 0 1 0 0 0 0 1 0 0 0 0 1</matrix>
+b = .5</user_properties></technique></extra><node id="m" sid="k">
+<matrix sid="m">1 0 0 0 0 1 0 0 0 0 1 0 0 0 0 1</matrix>
 <instance_node url="#l"/></node></node><node><lookat>0 0 9 0 0 0 0 1 0</lookat><instance_camera url="#c"/></node>
 <node><instance_camera url="#o"/><instance_node url="#l"/></node>)",
         R"(<unit meter="0.0254"/><up_axis>Z_UP</up_axis>)");

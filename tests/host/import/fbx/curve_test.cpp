@@ -124,7 +124,8 @@ TEST(CurveTest, TensionContinuityBias)
     EXPECT_NEAR(middle(1, 0, 0, 1.5), 11.0 + (0.0 - left) / 8.0, 1e-6);
     EXPECT_NEAR(middle(0, 0, 1, 1.5), 11.0 + (10.0 - left) / 8.0, 1e-6);
     EXPECT_NEAR(middle(0, 1, 0, 1.5), 11.0 + (10.0 - left) / 8.0, 1e-6);
-    // At the ends the only slope counts whole: (1 - T)(1 - B)(1 - C) of 10 at the first, (1 - T)(1 + B)(1 - C) at the last.
+    // At the ends the only slope counts whole: (1 - T)(1 - B)(1 - C) of 10 at the first, (1 - T)(1 + B)(1 - C) at the
+    // last.
     const Curve ends =
         Read({{0.0, 0.0F, kTcb}, {1.0, 10.0F, kTcb}}, {0.5F, 0.2F, 0.4F, 0.0F, -0.5F, 0.5F, 0.2F, 0.0F});
     EXPECT_NEAR(ends.At(0.5), 5.0 + 10.0 * (0.5 * 0.6 * 0.8 - 1.5 * 1.2 * 0.5) / 8.0, 1e-5);
@@ -147,8 +148,8 @@ TEST(CurveTest, WeightedTangents)
     }
 }
 
-// Slopes of 0.5 and 2 and the same weights, in the forms of text files: from 7.2 on the floats' bits, before that decimals
-// in which the packed weights are whatever float their bits make. Decimals from 7.2 on are other programs'.
+// Slopes of 0.5 and 2 and the same weights, in the forms of text files: from 7.2 on the floats' bits, before that
+// decimals in which the packed weights are whatever float their bits make. Decimals from 7.2 on are other programs'.
 TEST(CurveTest, TangentsInTextFiles)
 {
     char decimal[32];
@@ -318,8 +319,8 @@ TEST(LayeredValueTest, TurnsComposeOrAnglesAdd)
     EXPECT_TRUE(value.TurnAt(0.0, 0) == EulerTurn({90, 0, 90}, 0));
 }
 
-// A layer that adds angles above one that adds turns: the angles of the turn and its own. The turn by half the weight is
-// half the turn.
+// A layer that adds angles above one that adds turns: the angles of the turn and its own. The turn by half the weight
+// is half the turn.
 TEST(LayeredValueTest, AnglesAddAboveATurn)
 {
     const auto turning = MakeLayer(false, Layer::Mode::Adds, 0.5);

@@ -27,7 +27,7 @@ struct ExpectedScene
     }
 };
 
-// Other people's scenes, which lie beside the project where somebody put them there.
+// Scenes of others, in TV2_SCENES_DIR.
 class ExpectedScenesTest : public ExpectedValues, public testing::WithParamInterface<ExpectedScene>
 {
 };

@@ -370,7 +370,7 @@ TEST_F(FbxSceneTest, WhatIsReadOtherwiseIsTold)
          Object("AnimationCurveNode", 40, "R", "", {}), Object("AnimationCurveNode", 41, "D", "", {}), curve},
         {Child(1, 0), Child(30, 20), Child(40, 30), Child(41, 30), ToProperty(40, 1, "Lcl Rotation"),
          ToProperty(41, 2, "Diffuse"), ToProperty(50, 40, "d|Z"), ToProperty(50, 41, "d|X")});
-    for (const char* const what : {"interpolated as quaternions: m", "no model is passed over: red.Diffuse"})
+    for (const char* const what : {"interpolated as quaternions: m", "not a model is ignored: red.Diffuse"})
         EXPECT_TRUE(Tells(notes, what)) << what;
     EXPECT_EQ(notes.Lines().size(), 2U);
     EXPECT_EQ(StopOf(0), 1.0) << "without a stated span, to the last key";

@@ -82,8 +82,8 @@ TEST_F(OtherProgramsTest, RotationSpaceForLimitsIsNoRotation)
 }
 
 // At 10/24 s the lower layer adds angles of (41.4506, 0, 20.7253) degrees, the upper one 0.697214 of the turn of
-// (-45, 41.4506, 0) on the right: multiplied and slerped as quaternions, that turns the axes to these. Scales multiply by
-// the power of the weight, where the layer does not add them.
+// (-45, 41.4506, 0) on the right: multiplied and slerped as quaternions, that turns the axes to these. Scales multiply
+// by the power of the weight, where the layer does not add them.
 TEST_F(OtherProgramsTest, EachLayerAddsRotationAndScaleAsItSays)
 {
     constexpr double kAxes[3][3] = {

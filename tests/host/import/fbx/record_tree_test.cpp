@@ -125,7 +125,7 @@ TEST(RecordTreeTest, DamageIsNamedWithItsPlace)
         {bent(file, 24, 0x10), "FBX version 4328"},
         {bent(file, 24, 0x30), "is not read (6000 to 7999"},
         {file.substr(0, 30), "ends inside a record's header (byte 27)"},
-        {bent(file, 28, 0x7F), "ends behind the list that holds it (byte 27)"},
+        {bent(file, 28, 0x7F), "ends after the list that holds it (byte 27)"},
         {bent(file, 27, 0x30), "the values of a record leave it (byte 27)"},
         {bent(file, 31, 0x60), "more values than bytes"},
         {bent(file, 44, 'X'), "there is no kind of value 'X' (byte 44)"},

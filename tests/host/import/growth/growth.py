@@ -47,7 +47,8 @@ def main():
         good = len(counts) == 4 and all(factor <= MOST for factor in factors)
         failed = failed or not good
         print("%-24s %12s instructions, times %s%s" % (
-            name, counts[0] if counts else "no", " ".join("%.2f" % factor for factor in factors), "" if good else "  FAILED"))
+            name, counts[0] if counts else "no", " ".join("%.2f" % factor for factor in factors),
+            "" if good else "  FAILED"))
     return 1 if failed else 0
 
 
