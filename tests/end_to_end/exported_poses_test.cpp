@@ -1,16 +1,11 @@
-// Exports real scenes through the plug-in module as the command does, and holds the pose that the file gives
-// at every sample against the scene itself. The file is known only through the format library.
+// Exports real scenes through the plug-in and compares the pose in the file with that of the scene, at every sample. The
+// file is read through the format library alone.
 
-#include "host/import/scene_import.h"
-#include "mobu_host/plugin.h"
-#include "mobu_host/scene.h"
+#include "tests/end_to_end/opened_scene.h"
+
 #include "tev2_loader/file.h"
-#include "tev2_loader/tev2.h"
-
-#include <gtest/gtest.h>
 
 #include <cmath>
-#include <filesystem>
 #include <map>
 
 namespace
@@ -173,24 +168,10 @@ Deviation CompareTake(FBTake& take, const std::string& path, float rate)
 TEST_P(ExportedPoses, AreThoseOfTheScene)
 {
     const fs::path scene = GetParam();
-    if (!fs::exists(scene))
-        GTEST_SKIP() << scene << " is not in TV2_SCENES_DIR";
-    const mobu_host::SceneImportResult imported = mobu_host::ImportScene(scene);
-    ASSERT_TRUE(imported.ok) << imported.error;
-
-    std::string error;
-    const auto plugin = mobu_host::Plugin::Load(TV2_PLUGIN, error);
-    ASSERT_TRUE(plugin) << error;
-    const auto export_tv2 =
-        plugin->Symbol<unsigned(const char*, int, int, int, bool, bool, bool, bool, bool, bool)>(
-            "python_export_tv2");
-    ASSERT_TRUE(export_tv2);
-
-    const fs::path folder = fs::path(testing::TempDir()) / ("tv2_poses_" + scene.filename().string());
-    fs::remove_all(folder);
-    fs::create_directories(folder);
+    OPEN_SCENE(scene);
+    const tv2_tests::ScratchFolder folder;
     const int rate = static_cast<int>(std::lround(FBPlayerControl().GetTransportFpsValue()));
-    ASSERT_EQ(export_tv2((folder / ".tv2").c_str(), 0, 0, rate, true, false, true, false, true, true), 1u);
+    ASSERT_TRUE(ScriptedExport().ExportTakes(folder.Folder(), rate, true, false));
 
     FBScene& open = mobu_host::Scene();
     for (int i = 0; i < open.Takes.GetCount(); ++i)
@@ -198,35 +179,36 @@ TEST_P(ExportedPoses, AreThoseOfTheScene)
         FBTake& take = *open.Takes[i];
         std::string name = static_cast<const char*>(take.Name);
         std::replace(name.begin(), name.end(), ' ', '_');
-        const Deviation deviation = CompareTake(take, folder / (name + ".tv2"), static_cast<float>(rate));
+        const Deviation deviation = CompareTake(take, folder.Path(name + ".tv2"), static_cast<float>(rate));
         EXPECT_LE(deviation.relative, 1.0) << name;
         EXPECT_GT(deviation.poses, 0u);
         std::cout << scene.filename().string() << " " << name << ": " << deviation.poses
                   << " poses, axes off by " << deviation.axis << ", places by " << deviation.place * 1000.0
                   << " mm: " << deviation.relative << " of what is allowed\n";
     }
-    fs::remove_all(folder);
 }
 
-const std::string kSamples = TV2_SAMPLES_DIR "/";
-const std::string kScenes = TV2_SCENES_DIR "/";
+std::vector<std::string> Scenes()
+{
+    std::vector<std::string> paths;
+    for (const std::string name : {"mocap_walk_cameras.dae", "mocap_walk_cameras.fbx",
+                                   "spring_camera_interest.fbx", "robot_14_takes.glb", "extras_property.glb"})
+        paths.push_back(TV2_SAMPLES_DIR "/" + name);
+    for (const std::string name :
+         {"mocap_01_03.bvh", "tpose_173_joints.bvh", "animated_pivots.fbx", "hand_two_takes_rig.fbx",
+          "mocap_55_01.fbx", "mocap_atlas.fbx", "non_ascii_name_inches_zup.fbx",
+          "optical_18_cameras_v6000.fbx", "robot_user_channels.fbx", "three_takes_later_starts.fbx",
+          "user_property_kinds.fbx", "view360_seven_cameras.fbx"})
+        paths.push_back(TV2_SCENES_DIR "/" + name);
+    return paths;
+}
 
-INSTANTIATE_TEST_SUITE_P(
-    Scenes, ExportedPoses,
-    testing::Values(kSamples + "mocap_walk_cameras.dae", kSamples + "mocap_walk_cameras.fbx",
-                    kSamples + "spring_camera_interest.fbx", kSamples + "robot_14_takes.glb",
-                    kSamples + "extras_property.glb", kScenes + "mocap_01_03.bvh",
-                    kScenes + "tpose_173_joints.bvh", kScenes + "animated_pivots.fbx",
-                    kScenes + "hand_two_takes_rig.fbx", kScenes + "mocap_55_01.fbx",
-                    kScenes + "mocap_atlas.fbx", kScenes + "non_ascii_name_inches_zup.fbx",
-                    kScenes + "optical_18_cameras_v6000.fbx", kScenes + "robot_user_channels.fbx",
-                    kScenes + "three_takes_later_starts.fbx", kScenes + "user_property_kinds.fbx",
-                    kScenes + "view360_seven_cameras.fbx"),
-    [](const auto& scene)
-    {
-        std::string name = fs::path(scene.param).filename();
-        std::replace(name.begin(), name.end(), '.', '_');
-        return name;
-    });
+INSTANTIATE_TEST_SUITE_P(Scenes, ExportedPoses, testing::ValuesIn(Scenes()),
+                         [](const auto& scene)
+                         {
+                             std::string name = fs::path(scene.param).filename();
+                             std::replace(name.begin(), name.end(), '.', '_');
+                             return name;
+                         });
 
 } // namespace
