@@ -1,6 +1,6 @@
 #pragma once
 
-#include "exporter/script_entry.h"
+#include "exporter/base/script_entry.h"
 #include "host/import/scene_import.h"
 #include "tests/support/scratch_folder.h"
 
