@@ -1,6 +1,11 @@
 #include "tests/support/sample_scenes.h"
 
-#include <functional>
+#include <limits>
+#include <set>
+
+#if defined(__linux__)
+#include <sys/mman.h>
+#endif
 
 using namespace TEV2_LOADER;
 using namespace tv2_tests;
@@ -8,19 +13,9 @@ using namespace tv2_tests;
 namespace
 {
 
-struct Outcome
+std::unique_ptr<LoadOutcome> Load(const Bytes& image, bool applyStartTime = false)
 {
-    bool loaded = false;
-    TEV2_LOAD_REPORT report;
-    TEV2 scene;
-};
-
-std::unique_ptr<Outcome> Load(const Bytes& image, bool applyStartTime = false)
-{
-    auto outcome = std::make_unique<Outcome>();
-    TEV2_MEMORY_CURSOR cursor(image.data.data(), image.data.size(), &outcome->report);
-    outcome->loaded = outcome->scene.Load(cursor, applyStartTime);
-    return outcome;
+    return LoadImageOf(image.data, applyStartTime);
 }
 
 Bytes Current()
@@ -40,18 +35,21 @@ TEST(Load, TakesAFileOfNothingButTheMagic)
     EXPECT_TRUE(outcome->report.chunks.empty());
 }
 
-TEST(Load, EachWayToFailHasItsCode)
+/// A file, the first code that its load reports, and where.
+struct CodeCase
 {
-    struct Case
-    {
-        const char* what;
-        Bytes image;
-        TEV2_LOAD_CODE code;
-        std::size_t offset;
-        std::string path;
-    };
+    const char* what;
+    Bytes image;
+    TEV2_LOAD_CODE code;
+    std::size_t offset;
+    std::string path;
+    TEV2_LOAD_LIMITS limits = {};
+};
+
+std::vector<CodeCase> Errors()
+{
     const std::size_t body = kInformationEnd + 8;
-    const Case cases[] = {
+    return {
         {"no byte", Bytes(), TEV2_LOAD_CODE::EmptyImage, 0, ""},
         {"three bytes", Bytes().U8({0x01, 0x32, 0x56}), TEV2_LOAD_CODE::RecordOverrun, 0, ""},
         {"another magic", Bytes().U32(kMagic + 1), TEV2_LOAD_CODE::BadMagic, 0, ""},
@@ -94,11 +92,45 @@ TEST(Load, EachWayToFailHasItsCode)
          body + 16, "environment"},
         {"lengths past the end", Current().Chunk(1, Bytes().U32(23).Zeros(40)), TEV2_LOAD_CODE::RecordOverrun,
          body + 44, "arrayLengths"},
+        {"more than the limits",
+         Current().Chunk(7, Bytes().Zeros(100)),
+         TEV2_LOAD_CODE::LimitExceeded,
+         body,
+         "rigids[0]",
+         {.bytes = 99}},
     };
-    for (const Case& item : cases)
+}
+
+std::vector<CodeCase> Warnings()
+{
+    const std::size_t body = kInformationEnd + 8;
+    return {
+        {"unknown chunk", Current().Chunk(99, Bytes().Zeros(4)), TEV2_LOAD_CODE::UnknownChunk, body, ""},
+        // The four zero bytes behind the record are taken for the size of the next chunk, so more must
+        // follow.
+        {"record ends before its chunk", Current().Chunk(22, Bytes().U32(0).U32({8, 99})),
+         TEV2_LOAD_CODE::RecordEndsBeforeChunk, body + 4, ""},
+        {"record ends after its chunk", Current().U32({8, 22}).U32(0), TEV2_LOAD_CODE::RecordEndsAfterChunk,
+         body + 4, ""},
+        {"parent outside", Current().Chunk(12, Bytes().U32(1).Text(u"").U32(1).Zeros(34)),
+         TEV2_LOAD_CODE::ParentOutside, body + 4 + 2, "matrixHierarchy.nodes[0]"},
+        {"body of an older version", FileOfVersion(1.15f).Chunk(7, Bytes().Zeros(3)),
+         TEV2_LOAD_CODE::UnparsedOtherVersion, body, "rigids[0]"},
+        {"instance list 7", Current().Chunk(18, Bytes().U32(7)), TEV2_LOAD_CODE::InstanceListNeverSaved,
+         body + 4, "instanceLists[7][0]"},
+        {"instance list 9", Current().Chunk(19, Bytes().U32(9)), TEV2_LOAD_CODE::InstanceListNeverSaved,
+         body + 4, "instanceLists[9][0]"},
+        {"clamped text", Bytes().U32(kMagic).Chunk(0, Bytes().F32({1.0f}).Text(u"").U16(3).U16(u'x')),
+         TEV2_LOAD_CODE::StringClamped, 4 + 8 + 4 + 2 + 4, "information"},
+    };
+}
+
+TEST(Load, EachWayToFailHasItsCode)
+{
+    for (const CodeCase& item : Errors())
     {
         SCOPED_TRACE(item.what);
-        const auto outcome = Load(item.image);
+        const auto outcome = LoadImageOf(item.image.data, false, item.limits);
         EXPECT_FALSE(outcome->loaded);
         ASSERT_EQ(outcome->report.findings.size(), 1u);
         const TEV2_LOAD_FINDING& finding = outcome->report.findings[0];
@@ -108,43 +140,14 @@ TEST(Load, EachWayToFailHasItsCode)
         EXPECT_EQ(finding.path, item.path);
 
         // The report only watches: without one the answer is the same.
-        TEV2_MEMORY_CURSOR cursor(item.image.data.data(), item.image.data.size());
+        TEV2_MEMORY_CURSOR cursor(item.image.data.data(), item.image.data.size(), nullptr, item.limits);
         EXPECT_FALSE(TEV2().Load(cursor, true));
     }
 }
 
 TEST(Load, WarnsAndGoesOn)
 {
-    struct Case
-    {
-        const char* what;
-        Bytes image;
-        TEV2_LOAD_CODE code;
-        std::size_t offset;
-        std::uint32_t chunkId;
-        std::string path;
-    };
-    const std::size_t body = kInformationEnd + 8;
-    const Case cases[] = {
-        {"unknown chunk", Current().Chunk(99, Bytes().Zeros(4)), TEV2_LOAD_CODE::UnknownChunk, body, 99, ""},
-        // The four zero bytes behind the record are taken for the size of the next chunk, so more must
-        // follow.
-        {"record ends before its chunk", Current().Chunk(22, Bytes().U32(0).U32({8, 99})),
-         TEV2_LOAD_CODE::RecordEndsBeforeChunk, body + 4, 22, ""},
-        {"record ends after its chunk", Current().U32({8, 22}).U32(0), TEV2_LOAD_CODE::RecordEndsAfterChunk,
-         body + 4, 22, ""},
-        {"parent outside", Current().Chunk(12, Bytes().U32(1).Text(u"").U32(1).Zeros(34)),
-         TEV2_LOAD_CODE::ParentOutside, body + 4 + 2, 12, "matrixHierarchy.nodes[0]"},
-        {"body of an older version", FileOfVersion(1.15f).Chunk(7, Bytes().Zeros(3)),
-         TEV2_LOAD_CODE::UnparsedOtherVersion, body, 7, "rigids[0]"},
-        {"instance list 7", Current().Chunk(18, Bytes().U32(7)), TEV2_LOAD_CODE::InstanceListNeverSaved,
-         body + 4, 18, "instanceLists[7][0]"},
-        {"instance list 9", Current().Chunk(19, Bytes().U32(9)), TEV2_LOAD_CODE::InstanceListNeverSaved,
-         body + 4, 19, "instanceLists[9][0]"},
-        {"clamped text", Bytes().U32(kMagic).Chunk(0, Bytes().F32({1.0f}).Text(u"").U16(3).U16(u'x')),
-         TEV2_LOAD_CODE::StringClamped, 4 + 8 + 4 + 2 + 4, 0, "information"},
-    };
-    for (const Case& item : cases)
+    for (const CodeCase& item : Warnings())
     {
         SCOPED_TRACE(item.what);
         const auto outcome = Load(item.image);
@@ -154,10 +157,51 @@ TEST(Load, WarnsAndGoesOn)
         EXPECT_STREQ(CodeName(finding.code), CodeName(item.code));
         EXPECT_EQ(finding.severity, TEV2_LOAD_SEVERITY::Warning);
         EXPECT_EQ(finding.offset, item.offset);
-        EXPECT_EQ(finding.chunkId, item.chunkId);
+        EXPECT_EQ(finding.chunkId, WordAt(item.image.data, finding.chunkOffset + 4));
         EXPECT_EQ(finding.path, item.path);
     }
 }
+
+TEST(Load, KeepsAThousandWarnings)
+{
+    Bytes many = Current();
+    for (std::size_t warning = 0; warning <= TEV2_LOAD_REPORT::kMostWarnings; ++warning)
+        many.Chunk(99);
+    const auto outcome = Load(many);
+    EXPECT_TRUE(outcome->loaded);
+    EXPECT_EQ(outcome->report.findings.size(), TEV2_LOAD_REPORT::kMostWarnings + 1);
+    EXPECT_EQ(outcome->report.findings.back().code, TEV2_LOAD_CODE::MoreWarnings);
+}
+
+TEST(Load, RaisesEveryCodeThatHasAName)
+{
+    std::set<std::string> raised = {"image-too-large", "more-warnings"}; // in tests of their own
+    for (const std::vector<CodeCase>& cases : {Errors(), Warnings()})
+        for (const CodeCase& item : cases)
+            raised.insert(CodeName(item.code));
+    std::set<std::string> named;
+    for (int number = 0; std::string_view(CodeName(TEV2_LOAD_CODE{number})) != "unknown"; ++number)
+        EXPECT_TRUE(named.insert(CodeName(TEV2_LOAD_CODE{number})).second) << number;
+    EXPECT_EQ(raised, named);
+}
+
+#if defined(__linux__)
+
+/// 4 GiB of inaccessible memory: a load that reads any of it crashes.
+TEST(Load, RefusesAnImageOfFourGigabytes)
+{
+    constexpr std::size_t kSize = std::size_t{1} << 32;
+    void* const image = mmap(nullptr, kSize, PROT_NONE, MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE, -1, 0);
+    ASSERT_NE(image, MAP_FAILED);
+    TEV2_LOAD_REPORT report;
+    TEV2_MEMORY_CURSOR cursor(image, kSize, &report);
+    EXPECT_FALSE(TEV2().Load(cursor, true));
+    ASSERT_EQ(report.findings.size(), 1u);
+    EXPECT_EQ(report.findings[0].code, TEV2_LOAD_CODE::ImageTooLarge);
+    munmap(image, kSize);
+}
+
+#endif
 
 TEST(Load, GoesOnWhereTheRecordEnded)
 {
@@ -194,6 +238,13 @@ TEST(Load, PutsEachKindIntoItsPlace)
         expected[place] = 2;
         EXPECT_EQ(count(outcome->scene), expected) << ids[place];
     }
+    for (const std::uint32_t id : {14u, 16u, 18u, 19u})
+    {
+        const auto outcome = Load(Current().Chunk(id, Bytes().U32(4).U8({1, 2})));
+        ASSERT_EQ(outcome->scene.instanceLists[4].size(), 1u);
+        EXPECT_EQ(outcome->scene.instanceLists[4][0]->GetChunkId(), id);
+        EXPECT_EQ(outcome->scene.instanceLists[4][0]->body.bytes, (std::vector<std::uint8_t>{1, 2}));
+    }
 }
 
 TEST(Load, KeepsBodiesWithoutLayoutAndReplacesSingleRecords)
@@ -212,24 +263,6 @@ TEST(Load, KeepsBodiesWithoutLayoutAndReplacesSingleRecords)
     EXPECT_NE(dynamic_cast<const TEV2_DIRECTIONAL_LIGHT*>(scene.lights[0].get()), nullptr);
     EXPECT_EQ(scene.lights[0]->body.bytes, (std::vector<std::uint8_t>{9, 8}));
     EXPECT_EQ(scene.materials[0]->GetType(), 0xFFFFFFFFu);
-}
-
-TEST(Load, MakesTheClassOfATypeOrId)
-{
-    EXPECT_NE(dynamic_cast<TEV2_POINT_LIGHT*>(TEV2_LIGHT::Create(0).get()), nullptr);
-    EXPECT_NE(dynamic_cast<TEV2_DIRECTIONAL_LIGHT*>(TEV2_LIGHT::Create(1).get()), nullptr);
-    EXPECT_NE(dynamic_cast<TEV2_SPOT_LIGHT*>(TEV2_LIGHT::Create(2).get()), nullptr);
-    EXPECT_NE(dynamic_cast<TEV2_STANDARD_MATERIAL*>(TEV2_MATERIAL::Create(0).get()), nullptr);
-    EXPECT_NE(dynamic_cast<TEV2_SHADER_MATERIAL*>(TEV2_MATERIAL::Create(1).get()), nullptr);
-    EXPECT_EQ(TEV2_INSTANCE::Create(15), nullptr);
-    for (const std::uint32_t id : {14u, 16u, 18u, 19u})
-    {
-        const auto outcome = Load(Current().Chunk(id, Bytes().U32(4).U8({1, 2})));
-        ASSERT_TRUE(outcome->loaded);
-        ASSERT_EQ(outcome->scene.instanceLists[4].size(), 1u);
-        EXPECT_EQ(outcome->scene.instanceLists[4][0]->GetChunkId(), id);
-        EXPECT_EQ(outcome->scene.instanceLists[4][0]->body.bytes, (std::vector<std::uint8_t>{1, 2}));
-    }
 }
 
 TEST(Load, ReadsTheLengthsThatItsVersionHas)

@@ -1,10 +1,5 @@
 #include "tests/support/sample_scenes.h"
 
-#ifndef _WIN32
-#include <csignal>
-#include <sys/resource.h>
-#endif
-
 using namespace TEV2_LOADER;
 using namespace tv2_tests;
 
@@ -138,19 +133,6 @@ TEST(Save, AFileComesBackAndIsWrittenTheSame)
     EXPECT_EQ(SceneImage(loaded), image);
 }
 
-TEST(Save, ReplacesAnEarlierFile)
-{
-    const ScratchFolder folder;
-    const std::string path = folder.Path("twice");
-    for (int save = 0; save < 2; ++save)
-    {
-        TEV2_FILE_WRITER writer(TEV2_WIDE_STRING::FromBytes(path), false, true);
-        TEV2 scene;
-        EXPECT_TRUE(scene.Save(writer));
-    }
-    EXPECT_EQ(ReadBytes(path), SceneImage(TEV2()));
-}
-
 TEST(Save, IsFalseWhereTheFileCannotLoad)
 {
     const ScratchFolder folder;
@@ -199,62 +181,5 @@ TEST(Save, AFileThatMetAnErrorDoesNotLoad)
     std::fill_n(image.begin(), 4, std::uint8_t{0});
     EXPECT_EQ(image, ReadBytes(path));
 }
-
-#ifndef _WIN32
-
-/// Room in files for so many bytes while it lives, and no signal for more.
-class FileSizeLimit
-{
-public:
-    explicit FileSizeLimit(rlim_t size) : handler_(std::signal(SIGXFSZ, SIG_IGN))
-    {
-        getrlimit(RLIMIT_FSIZE, &before_);
-        const rlimit limit{size, before_.rlim_max};
-        setrlimit(RLIMIT_FSIZE, &limit);
-    }
-    ~FileSizeLimit()
-    {
-        setrlimit(RLIMIT_FSIZE, &before_);
-        std::signal(SIGXFSZ, handler_);
-    }
-    FileSizeLimit(const FileSizeLimit&) = delete;
-    FileSizeLimit& operator=(const FileSizeLimit&) = delete;
-
-private:
-    rlimit before_{};
-    void (*handler_)(int);
-};
-
-TEST(Save, ADiskThatRunsFullLeavesNoFileThatLoads)
-{
-    const ScratchFolder folder;
-    TEV2 scene;
-    FillWithEverything(scene);
-    const std::size_t whole = SceneImage(scene).size();
-    const std::string path = folder.Path("full");
-    for (std::size_t room = 8; room < whole; room += 97)
-    {
-        {
-            TEV2_FILE_WRITER writer(TEV2_WIDE_STRING::FromBytes(path), false, true);
-            const FileSizeLimit limit(room);
-            scene.Save(writer);
-            EXPECT_NE(writer.stream->lastError, 0) << room;
-            writer.stream->Close();
-        }
-        EXPECT_FALSE(Loads(ReadBytes(path))) << room;
-    }
-}
-
-TEST(Save, SaysThatTheDiskIsFull)
-{
-    TEV2_FILE_WRITER writer(Wide(u"/dev/full"), false, true);
-    if (writer.stream->handle == nullptr)
-        GTEST_SKIP() << "no /dev/full here";
-    TEV2 scene;
-    scene.Save(writer);
-    EXPECT_EQ(writer.stream->lastError, ENOSPC);
-}
-
-#endif
 
 } // namespace

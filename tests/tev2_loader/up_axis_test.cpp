@@ -78,12 +78,4 @@ TEST(UpAxis, FollowsFromTheFirstNodeOfAnExport)
     }
 }
 
-TEST(UpAxis, HasNames)
-{
-    EXPECT_STREQ(UpAxisName(TEV2_UP_AXIS::PlusY), "+Y");
-    EXPECT_STREQ(UpAxisName(TEV2_UP_AXIS::PlusZ), "+Z");
-    EXPECT_STREQ(UpAxisName(TEV2_UP_AXIS::MinusZ), "-Z");
-    EXPECT_STREQ(UpAxisName(TEV2_UP_AXIS::Unknown), "unknown");
-}
-
 } // namespace

@@ -129,16 +129,6 @@ TEST(MemoryCursor, NamesTheRecordOfAFinding)
     EXPECT_EQ(report.findings[1].expected, "3");
 }
 
-TEST(LoadCode, NamesAreDistinct)
-{
-    std::vector<std::string> names;
-    for (int code = 0; code <= static_cast<int>(TEV2_LOAD_CODE::InstanceListNeverSaved); ++code)
-        names.emplace_back(CodeName(static_cast<TEV2_LOAD_CODE>(code)));
-    std::sort(names.begin(), names.end());
-    EXPECT_EQ(std::adjacent_find(names.begin(), names.end()), names.end());
-    EXPECT_FALSE(std::binary_search(names.begin(), names.end(), "unknown"));
-}
-
 TEST(FileImage, ReadsWholeFilesAndSaysWhyItCannot)
 {
     const ScratchFolder folder;

@@ -1,6 +1,7 @@
 #include "tests/support/allocation_watch.h"
 #include "tests/support/memory_file.h"
 #include "tests/support/sample_scenes.h"
+#include "tev2_loader/tracks/visit_keys.h"
 
 #include <filesystem>
 #include <functional>
@@ -122,24 +123,17 @@ TEST(AllocationFaults, NoneInAnEvaluation)
     ASSERT_TRUE(scene.Load(cursor, false));
     EXPECT_EQ(AllocationsOfPlaying(scene), 0);
 
-    const auto play = [](auto track)
+    const auto play = []<typename... Tracks>(TrackList<Tracks...>)
     {
-        track.Append(0.5f, {});
-        track.Append(2.5f, {});
-        EXPECT_EQ(AllocationsOfPlaying(track), 0) << "kind " << track.GetType();
+        const auto play_one = [](auto track)
+        {
+            track.Append(0.5f, {});
+            track.Append(2.5f, {});
+            EXPECT_EQ(AllocationsOfPlaying(track), 0) << "kind " << track.GetType();
+        };
+        (play_one(Tracks()), ...);
     };
-    play(TEV2_ANIMATABLE_FLOAT32_LINEAR());
-    play(TEV2_ANIMATABLE_FLOAT32_RANGE_LINEAR());
-    play(TEV2_ANIMATABLE_COLOUR_LINEAR());
-    play(TEV2_ANIMATABLE_VECTOR_2_LINEAR());
-    play(TEV2_ANIMATABLE_VECTOR_3_LINEAR());
-    play(TEV2_ANIMATABLE_VECTOR_4_LINEAR());
-    play(TEV2_ANIMATABLE_QUATERNION_LERP());
-    play(TEV2_ANIMATABLE_QUATERNION_SLERP());
-    play(TEV2_ANIMATABLE_RECTF_LINEAR());
-    play(TEV2_ANIMATABLE_INT32_RLE());
-    play(TEV2_ANIMATABLE_BINORMAL_TANGENT_LINEAR());
-    play(TEV2_ANIMATABLE_BOUNDING_BOX_LINEAR());
+    play(AllTracks());
 }
 
 /// A stream does without its large buffer; everything else that a writer needs is an exception when it is not there.
