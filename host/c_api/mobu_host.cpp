@@ -33,35 +33,39 @@ FBTake* TakeAt(int take)
     return take >= 0 && take < takes.GetCount() ? takes[take] : nullptr;
 }
 
-// Files that the open scene was read from, and its models as they were counted last.
-std::vector<std::string> scene_files;
 struct CountedModel
 {
     FBModel* model = nullptr;
     int parent = -1;
 };
-std::vector<CountedModel> models;
 
-FBModel* ModelAt(int model)
+std::vector<std::string> scene_files; // that the open scene was read from
+std::vector<CountedModel> models;     // as of the last count
+
+template <typename Item>
+const Item* At(const std::vector<Item>& items, int index)
 {
-    const auto index = static_cast<std::size_t>(model);
-    return model >= 0 && index < models.size() ? models[index].model : nullptr;
+    const auto place = static_cast<std::size_t>(index);
+    return index >= 0 && place < items.size() ? &items[place] : nullptr;
 }
 
-void OpenScene(const std::string& path, double frames_per_second, mobu_host::SceneImportResult& result)
+int OpenScene(const std::string& path, double frames_per_second, std::string& text)
 {
     mobu_host::ImportOptions options;
     options.scene_rate = frames_per_second;
     models.clear();
-    result = mobu_host::ImportScene(path, options);
-    if (result.ok)
-    {
-        scene_files = result.source_files;
-        scene_files.insert(scene_files.begin(), path);
-    }
+    mobu_host::SceneImportResult result = mobu_host::ImportScene(path, options);
+    text = result.error;
+    if (!result.ok)
+        return 0;
+    for (const std::string& note : result.notes)
+        text += note + '\n';
+    scene_files = std::move(result.source_files);
+    scene_files.insert(scene_files.begin(), path);
+    return 1;
 }
 
-// What an export changes in the scene and puts back when it completes.
+/// What an export changes in the scene and restores when it completes.
 class SceneAsItWas
 {
 public:
@@ -88,8 +92,8 @@ private:
     std::vector<bool> active_;
 };
 
-// Calls the caller's function now and then while the player moves. Stops the export by an exception, which passes through
-// the plug-in up to its entry point.
+/// Calls the caller's function now and then while the player moves. Stops the export by an exception, which passes
+/// through the plug-in up to its entry point.
 class ProgressWatch
 {
 public:
@@ -178,9 +182,9 @@ int Export(const mobu_host_export_call& call, mobu_host_progress progress, void*
     return watch.Stopped() ? -1 : completed ? 1 : 0;
 }
 
-// What the function returns, or `failed` when it threw.
-template <class Function>
-int Guarded(int failed, Function function) noexcept
+/// The result of a function, or `failed` when it throws.
+template <int failed = 0, typename Function>
+int Guarded(Function function) noexcept
 {
     try
     {
@@ -192,6 +196,65 @@ int Guarded(int failed, Function function) noexcept
     }
 }
 
+/// The same for a function that fills a text, which goes to the caller; an exception becomes the text.
+template <typename Function>
+int GuardedWithText(char* text, std::size_t size, Function function) noexcept
+{
+    return Guarded(
+        [&]
+        {
+            std::string filled;
+            int result = 0;
+            try
+            {
+                result = function(filled);
+            }
+            catch (const std::exception& error)
+            {
+                filled = error.what();
+            }
+            catch (...)
+            {
+                filled = "unknown failure";
+            }
+            CopyText(filled, text, size);
+            return result;
+        });
+}
+
+int CopyName(const char* from, char* to, std::size_t size) // null: there is no such object
+{
+    if (from)
+        CopyText(from, to, size);
+    return from != nullptr;
+}
+
+std::vector<std::string> TakeNames()
+{
+    std::vector<std::string> names;
+    for (int take = 0; FBTake* const found = TakeAt(take); ++take)
+        names.emplace_back(static_cast<const char*>(found->Name));
+    return names;
+}
+
+std::vector<std::string> ModelNames()
+{
+    std::vector<std::string> names;
+    for (FBModel* model : mobu_host::ModelsInPreOrder())
+        names.emplace_back(static_cast<const char*>(model->LongName));
+    return names;
+}
+
+int Suggest(std::vector<std::string> (*names)(), const char* unknown, char* text, std::size_t size)
+{
+    return Guarded(
+        [=]
+        {
+            CopyText(DidYouMean(unknown ? unknown : "", names()), text, size);
+            return 1;
+        });
+}
+
 } // namespace
 
 int mobu_host_open_scene(const char* path, char* text, std::size_t size)
@@ -201,70 +264,8 @@ int mobu_host_open_scene(const char* path, char* text, std::size_t size)
 
 int mobu_host_open_scene_at(const char* path, double frames_per_second, char* text, std::size_t size)
 {
-    try
-    {
-        mobu_host::SceneImportResult result;
-        OpenScene(path ? path : "", frames_per_second, result);
-        std::string told = result.error;
-        for (const std::string& note : result.notes)
-            told += result.ok ? note + '\n' : "";
-        CopyText(told, text, size);
-        return result.ok;
-    }
-    catch (const std::exception& error)
-    {
-        CopyText(error.what(), text, size);
-        return 0;
-    }
-    catch (...)
-    {
-        CopyText("the scene cannot be opened", text, size);
-        return 0;
-    }
-}
-
-int mobu_host_new_scene()
-{
-    return Guarded(0,
-                   []
-                   {
-                       scene_files.clear();
-                       models.clear();
-                       mobu_host::NewScene();
-                       return 1;
-                   });
-}
-
-int mobu_host_take_count()
-{
-    return Guarded(0, [] { return mobu_host::Scene().Takes.GetCount(); });
-}
-
-int mobu_host_take_name(int take, char* name, std::size_t size)
-{
-    return Guarded(0,
-                   [=]
-                   {
-                       FBTake* const found = TakeAt(take);
-                       if (found)
-                           CopyText(static_cast<const char*>(found->Name), name, size);
-                       return found != nullptr;
-                   });
-}
-
-int mobu_host_take_span(int take, double* start, double* stop)
-{
-    return Guarded(0,
-                   [=]
-                   {
-                       FBTake* const found = TakeAt(take);
-                       if (!found || !start || !stop)
-                           return 0;
-                       const FBTimeSpan span = found->LocalTimeSpan;
-                       *start = span.GetStart().GetSecondDouble();
-                       *stop = span.GetStop().GetSecondDouble();
-                       return 1;
-                   });
+    return GuardedWithText(
+        text, size, [=](std::string& told) { return OpenScene(path ? path : "", frames_per_second, told); });
 }
 
 int mobu_host_scene_file_count()
@@ -274,11 +275,10 @@ int mobu_host_scene_file_count()
 
 int mobu_host_scene_file(int file, char* path, std::size_t size)
 {
-    const auto index = static_cast<std::size_t>(file);
-    if (file < 0 || index >= scene_files.size())
-        return 0;
-    CopyText(scene_files[index], path, size);
-    return 1;
+    const std::string* const found = At(scene_files, file);
+    if (found)
+        CopyText(*found, path, size);
+    return found != nullptr;
 }
 
 double mobu_host_transport_rate()
@@ -286,146 +286,149 @@ double mobu_host_transport_rate()
     return FBPlayerControl().GetTransportFpsValue();
 }
 
+int mobu_host_new_scene()
+{
+    return Guarded(
+        []
+        {
+            scene_files.clear();
+            models.clear();
+            mobu_host::NewScene();
+            return 1;
+        });
+}
+
+int mobu_host_take_count()
+{
+    return Guarded([] { return mobu_host::Scene().Takes.GetCount(); });
+}
+
+int mobu_host_take_name(int take, char* name, std::size_t size)
+{
+    return Guarded(
+        [=]
+        {
+            FBTake* const found = TakeAt(take);
+            return CopyName(found ? static_cast<const char*>(found->Name) : nullptr, name, size);
+        });
+}
+
+int mobu_host_take_span(int take, double* start, double* stop)
+{
+    return Guarded(
+        [=]
+        {
+            FBTake* const found = TakeAt(take);
+            if (!found || !start || !stop)
+                return 0;
+            const FBTimeSpan span = found->LocalTimeSpan;
+            *start = span.GetStart().GetSecondDouble();
+            *stop = span.GetStop().GetSecondDouble();
+            return 1;
+        });
+}
+
 int mobu_host_current_take()
 {
-    return Guarded(-1,
-                   []
-                   {
-                       FBTake* const current = FBSystem().CurrentTake;
-                       int take = mobu_host::Scene().Takes.GetCount() - 1;
-                       while (take >= 0 && TakeAt(take) != current)
-                           --take;
-                       return take;
-                   });
+    return Guarded<-1>([] { return mobu_host::Scene().Takes.Find(FBSystem().CurrentTake); });
 }
 
 int mobu_host_choose_take(int take)
 {
-    return Guarded(0,
-                   [=]
-                   {
-                       FBTake* const found = TakeAt(take);
-                       if (found)
-                           FBSystem().CurrentTake = found;
-                       return found != nullptr;
-                   });
+    return Guarded(
+        [=]
+        {
+            FBTake* const found = TakeAt(take);
+            if (found)
+                FBSystem().CurrentTake = found;
+            return found != nullptr;
+        });
 }
 
 int mobu_host_select_model(const char* long_name)
 {
-    return Guarded(0,
-                   [=]
-                   {
-                       for (FBModel* model : mobu_host::ModelsInPreOrder())
-                           if (long_name &&
-                               std::string_view(static_cast<const char*>(model->LongName)) == long_name)
-                           {
-                               model->Selected = true;
-                               return 1;
-                           }
-                       return 0;
-                   });
+    return Guarded(
+        [=]
+        {
+            FBModel* const model = long_name ? mobu_host::FindModel(long_name) : nullptr;
+            if (model)
+                model->Selected = true;
+            return model != nullptr;
+        });
 }
 
 void mobu_host_clear_selection()
 {
-    Guarded(0,
-            []
-            {
-                for (FBModel* model : mobu_host::ModelsInPreOrder())
-                    model->Selected = false;
-                return 1;
-            });
+    Guarded(
+        []
+        {
+            for (FBModel* model : mobu_host::ModelsInPreOrder())
+                model->Selected = false;
+            return 1;
+        });
 }
 
 int mobu_host_model_count()
 {
-    return Guarded(0,
-                   []
-                   {
-                       std::map<FBModel*, int> numbers;
-                       models.clear();
-                       for (FBModel* model : mobu_host::ModelsInPreOrder())
-                       {
-                           const auto parent = numbers.find(model->Parent);
-                           numbers.emplace(model, static_cast<int>(models.size()));
-                           models.push_back({model, parent == numbers.end() ? -1 : parent->second});
-                       }
-                       return static_cast<int>(models.size());
-                   });
+    return Guarded(
+        []
+        {
+            std::map<FBModel*, int> numbers;
+            models.clear();
+            for (FBModel* model : mobu_host::ModelsInPreOrder())
+            {
+                const auto parent = numbers.find(model->Parent);
+                numbers.emplace(model, static_cast<int>(models.size()));
+                models.push_back({model, parent == numbers.end() ? -1 : parent->second});
+            }
+            return static_cast<int>(models.size());
+        });
 }
 
 int mobu_host_model_at(int model, mobu_host_model* properties)
 {
-    return Guarded(0,
-                   [=]
-                   {
-                       FBModel* const found = ModelAt(model);
-                       if (!found || !properties)
-                           return 0;
-                       *properties = {models[static_cast<std::size_t>(model)].parent, found->Selected ? 1 : 0,
-                                      found->Is(FBCamera::TypeInfo) ? 1 : 0};
-                       return 1;
-                   });
+    return Guarded(
+        [=]
+        {
+            const CountedModel* const found = At(models, model);
+            if (!found || !properties)
+                return 0;
+            *properties = {found->parent, found->model->Selected ? 1 : 0,
+                           found->model->Is(FBCamera::TypeInfo) ? 1 : 0};
+            return 1;
+        });
 }
 
 int mobu_host_model_name(int model, char* long_name, std::size_t size)
 {
-    return Guarded(0,
-                   [=]
-                   {
-                       FBModel* const found = ModelAt(model);
-                       if (found)
-                           CopyText(static_cast<const char*>(found->LongName), long_name, size);
-                       return found != nullptr;
-                   });
+    return Guarded(
+        [=]
+        {
+            const CountedModel* const found = At(models, model);
+            return CopyName(found ? static_cast<const char*>(found->model->LongName) : nullptr, long_name,
+                            size);
+        });
 }
 
 void mobu_host_suggest_take(const char* unknown, char* text, std::size_t size)
 {
-    Guarded(0,
-            [=]
-            {
-                std::vector<std::string> names;
-                for (int take = 0; FBTake* const found = TakeAt(take); ++take)
-                    names.emplace_back(static_cast<const char*>(found->Name));
-                CopyText(DidYouMean(unknown ? unknown : "", names), text, size);
-                return 1;
-            });
+    Suggest(TakeNames, unknown, text, size);
 }
 
 void mobu_host_suggest_model(const char* unknown, char* text, std::size_t size)
 {
-    Guarded(0,
-            [=]
-            {
-                std::vector<std::string> names;
-                for (FBModel* model : mobu_host::ModelsInPreOrder())
-                    names.emplace_back(static_cast<const char*>(model->LongName));
-                CopyText(DidYouMean(unknown ? unknown : "", names), text, size);
-                return 1;
-            });
+    Suggest(ModelNames, unknown, text, size);
 }
 
 int mobu_host_export(const mobu_host_export_call* call, mobu_host_progress progress, void* user, char* text,
                      std::size_t size)
 {
-    CopyText("", text, size);
-    if (!call || call->size != sizeof(mobu_host_export_call))
-    {
-        CopyText("the call has another size than this library knows", text, size);
-        return 0;
-    }
-    try
-    {
-        std::string error;
-        const int result = Export(*call, progress, user, error);
-        CopyText(error, text, size);
-        return result;
-    }
-    catch (const std::exception& error)
-    {
-        CopyText(error.what(), text, size);
-        return 0;
-    }
+    return GuardedWithText(text, size,
+                           [=](std::string& error)
+                           {
+                               if (call && call->size == sizeof(mobu_host_export_call))
+                                   return Export(*call, progress, user, error);
+                               error = "the call has another size than this library knows";
+                               return 0;
+                           });
 }

@@ -83,8 +83,9 @@ void ReadName(FBComponent& owner, void* value)
 void WriteName(FBComponent& owner, const void* value)
 {
     const char* text = *static_cast<const char* const*>(value);
-    std::string& long_name = SdkAccess::Of(owner.LongName).MakeRare().text;
-    long_name = long_name.substr(0, NameStart(long_name)) + (text ? text : "");
+    auto& long_name = SdkAccess::Of(owner.LongName);
+    const std::string before = long_name.Text();
+    long_name.SetText(before.substr(0, NameStart(before)) + (text ? text : ""));
 }
 
 } // namespace

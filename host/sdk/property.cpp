@@ -7,6 +7,17 @@
 
 namespace mobu_host
 {
+namespace
+{
+
+unsigned long long text_version = 1;
+
+} // namespace
+
+unsigned long long TextVersion()
+{
+    return text_version;
+}
 
 void Bind(FBComponent& owner, FBProperty& property, const char* name, PropertyReader read,
           PropertyWriter write)
@@ -53,6 +64,12 @@ using namespace mobu_host;
 
 FBSDKClassImplementation(FBProperty);
 FBSDKClassImplementation(FBPropertyAnimatable);
+
+void FBProperty::State::SetText(std::string text)
+{
+    MakeRare().text = std::move(text);
+    ++text_version;
+}
 
 FBProperty::FBProperty(FBPropertyType pType) : state_(std::make_unique<State>())
 {
@@ -186,7 +203,7 @@ void FBProperty::SetData(void* pData)
     {
         const char* text = nullptr;
         std::memcpy(&text, value.bytes, sizeof text);
-        state_->MakeRare().text = std::string(text ? text : "");
+        state_->SetText(text ? text : "");
     }
     else
     {

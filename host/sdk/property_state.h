@@ -61,6 +61,7 @@ struct FBProperty::State
         return *rare;
     }
     const char* Text() const { return rare ? rare->text.c_str() : ""; }
+    void SetText(std::string text);
 };
 
 struct FBPropertyListComponent::Items
@@ -106,6 +107,9 @@ struct FBModel::Space
 
 namespace mobu_host
 {
+
+/// Goes up, from 1, whenever the text of any property changes.
+unsigned long long TextVersion();
 
 struct SdkAccess
 {

@@ -185,6 +185,11 @@ std::vector<FBModel*> ModelsInPreOrder(FBModel* from)
     return models;
 }
 
+FBModel* FindModel(std::string_view long_name)
+{
+    return TheScene().graph.FindInTree(long_name);
+}
+
 FBTime EvaluatedTime()
 {
     return TheScene().player.evaluated_time;

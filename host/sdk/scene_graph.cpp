@@ -211,21 +211,36 @@ const std::vector<FBModel*>& SceneGraph::TreeInPreOrder()
     if (order_is_stale_)
     {
         pre_order_ = ModelsInPreOrder(root);
+        names_version_ = 0;
         order_is_stale_ = false;
     }
     return pre_order_;
+}
+
+FBModel* SceneGraph::FindInTree(std::string_view long_name)
+{
+    const std::vector<FBModel*>& tree = TreeInPreOrder();
+    if (names_version_ != TextVersion())
+    {
+        names_.clear();
+        for (FBModel* model : tree)
+            names_.emplace(SdkAccess::Of(model->LongName).Text(), model);
+        names_version_ = TextVersion();
+    }
+    const auto found = names_.find(long_name);
+    return found == names_.end() ? nullptr : found->second;
 }
 
 FBModel* SceneGraph::FindModel(const char* long_name)
 {
     if (!long_name)
         return nullptr;
-    const std::vector<FBModel*>* const groups[] = {&TreeInPreOrder(), &system_models_};
-    for (const auto* models : groups)
-        for (FBModel* model : *models)
-            if (std::strcmp(SdkAccess::Of(model->LongName).Text(), long_name) == 0)
-                return model;
-    return nullptr;
+    if (FBModel* model = FindInTree(long_name))
+        return model;
+    const auto found = std::find_if(
+        system_models_.begin(), system_models_.end(),
+        [=](FBModel* model) { return std::strcmp(SdkAccess::Of(model->LongName).Text(), long_name) == 0; });
+    return found == system_models_.end() ? nullptr : *found;
 }
 
 FBCamera* SceneGraph::UserCamera(int one_based) const

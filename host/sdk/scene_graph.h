@@ -3,6 +3,8 @@
 #include "mobu_host/scene.h"
 
 #include <memory>
+#include <string_view>
+#include <unordered_map>
 #include <unordered_set>
 #include <vector>
 
@@ -40,7 +42,9 @@ public:
 
     const std::vector<FBModel*>& TreeInPreOrder();
     const std::vector<FBModel*>& SystemModels() const { return system_models_; }
+    /// The first model of the tree with this name, or one of the system's; null when there is none.
     FBModel* FindModel(const char* long_name);
+    FBModel* FindInTree(std::string_view long_name);
     FBCamera* UserCamera(int one_based) const;
     int UserCameraIndex(const FBCamera* camera) const; ///< 0 when it is none
 
@@ -59,6 +63,9 @@ private:
     std::vector<FBModel*> system_models_;
     std::unordered_set<const FBTake*> takes_;
     bool order_is_stale_ = true;
+    std::unordered_map<std::string_view, FBModel*>
+        names_; // of the tree, as of names_version_; the texts are the models'
+    unsigned long long names_version_ = 0;
 };
 
 } // namespace mobu_host

@@ -67,16 +67,16 @@ Status ChooseTake(const std::string& name)
 
 Status SelectModel(const std::string& name)
 {
+    if (FBModel* const model = mobu_host::FindModel(name))
+    {
+        model->Selected = true;
+        return {};
+    }
     std::vector<std::string> names;
     std::vector<std::string> meant;
     for (FBModel* model : mobu_host::ModelsInPreOrder())
     {
         names.push_back(LongNameOf(*model));
-        if (names.back() == name)
-        {
-            model->Selected = true;
-            return {};
-        }
         if (names.back().ends_with(":" + name))
         {
             meant.push_back(names.back());

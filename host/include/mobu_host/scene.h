@@ -120,6 +120,9 @@ FBSDK_DLL void AnimateProperty(FBProperty& property, FBTake& take, PropertyFunct
 // The model and all below it, parents before children, children in order. From the scene root when null.
 FBSDK_DLL std::vector<FBModel*> ModelsInPreOrder(FBModel* from = nullptr);
 
+// The first model of this long name below the scene root, or the root; null when there is none.
+FBSDK_DLL FBModel* FindModel(std::string_view long_name);
+
 FBSDK_DLL FBTime EvaluatedTime();               // the time of the last evaluation, 0 before the first
 FBSDK_DLL unsigned long long EvaluationCount(); // since NewScene
 
