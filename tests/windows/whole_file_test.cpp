@@ -14,20 +14,6 @@ namespace
 using tev2_tests::ScratchFolder;
 using tev2_tests::Wide;
 
-std::vector<std::u16string> PartFiles(const ScratchFolder& folder)
-{
-    std::vector<std::u16string> names;
-    WIN32_FIND_DATAW found;
-    const HANDLE search = FindFirstFileW(Wide(folder.Path(u"*.part")), &found);
-    if (search == INVALID_HANDLE_VALUE)
-        return names;
-    do
-        names.emplace_back(reinterpret_cast<const char16_t*>(found.cFileName));
-    while (FindNextFileW(search, &found));
-    FindClose(search);
-    return names;
-}
-
 TEST(WholeFile, ReplacesOrCreatesUnderNamesOfTheCodePage)
 {
     if (GetACP() != 1252)
@@ -40,7 +26,7 @@ TEST(WholeFile, ReplacesOrCreatesUnderNamesOfTheCodePage)
                 folder.Make(name, old);
             EXPECT_TRUE(WriteWholeFile(folder.Utf8Path(name), "new\n"));
             EXPECT_EQ(folder.Content(name), "new\n");
-            EXPECT_TRUE(PartFiles(folder).empty());
+            EXPECT_EQ(folder.Count(u".part"), 0u);
         }
 }
 
@@ -50,12 +36,12 @@ TEST(WholeFile, KeepsTheOldFileWhenTheContentIsIncomplete)
     folder.Make(u"a.tv2", "old");
     const auto half = [&](std::unique_ptr<TEV2_FILE_STREAM>& stream)
     {
-        EXPECT_EQ(PartFiles(folder).size(), 1u);
+        EXPECT_EQ(folder.Count(u".part"), 1u);
         return stream->Write("half", 4) == 4 && false;
     };
     EXPECT_FALSE(WriteWholeFile(folder.Utf8Path(u"a.tv2"), half));
     EXPECT_EQ(folder.Content(u"a.tv2"), "old");
-    EXPECT_TRUE(PartFiles(folder).empty());
+    EXPECT_EQ(folder.Count(u".part"), 0u);
 }
 
 TEST(WholeFile, DoesNotReplaceReadOnlyFilesAndFolders)
@@ -67,7 +53,7 @@ TEST(WholeFile, DoesNotReplaceReadOnlyFilesAndFolders)
     EXPECT_FALSE(WriteWholeFile(folder.Utf8Path(u"no\\folder.tv2"), "new"));
     const std::string itself = folder.BytePath(u"");
     EXPECT_FALSE(WriteWholeFile(itself.substr(0, itself.size() - 1), "new"));
-    EXPECT_TRUE(PartFiles(folder).empty());
+    EXPECT_EQ(folder.Count(u".part"), 0u);
 }
 
 /// Who reads a file without leave to delete it keeps it from being replaced, though not from being written to.
@@ -84,7 +70,7 @@ TEST(WholeFile, GoesStraightToTheNameWhenReplacingIsRefused)
     EXPECT_TRUE(ReadFile(reader, content, sizeof content, &size, nullptr));
     CloseHandle(reader);
     EXPECT_EQ(std::string(content, size), "new");
-    EXPECT_TRUE(PartFiles(folder).empty());
+    EXPECT_EQ(folder.Count(u".part"), 0u);
 }
 
 TEST(WholeFile, RemovesThePartFilesThatNobodyIsWriting)
