@@ -1,8 +1,10 @@
+#include "exporter/base/script_entry.h"
 #include "exporter/export_tool.h"
 #include "mobu_host/plugin.h"
 #include "mobu_host/ui.h"
 #include "tests/exporter/export_fixture.h"
 #include "tests/support/allocation_watch.h"
+#include "tests/support/dialog_regions.h"
 
 #include <new>
 
@@ -48,40 +50,53 @@ protected:
         EXPECT_TRUE(constraint_->Active);
     }
 
+    /// Calls `run` again and again, with memory running out one allocation later each time, until it does not run out
+    /// any more. `run` returns whether the export completed.
+    template <typename Run>
+    void FailEachAllocation(long fewest, int sound_every, Run&& run)
+    {
+        bool struck = true;
+        long before = 0;
+        int survived = 0;
+        for (; struck && !HasFailure(); ++before)
+        {
+            bool completed = false;
+            {
+                const tv2_tests::AllocationFailure failure(before);
+                completed = run();
+                struck = failure.Struck();
+            }
+            EXPECT_TRUE(struck || completed) << "allocation " << before;
+            survived += struck && completed ? 1 : 0;
+            if (before % sound_every == 0)
+                ExpectSound();
+        }
+        EXPECT_GT(before, fewest);
+        EXPECT_EQ(survived, 1); // the large buffer of the file, which the stream does without
+    }
+
     FBTake* take_ = nullptr;
     FBConstraint* constraint_ = nullptr;
     std::vector<std::uint8_t> complete_;
 };
 
-TEST_F(AllocationFaults, ComeOutOfTheDriverAsTheException)
+TEST_F(AllocationFaults, AreThrownByTheDriver)
 {
-    const std::string path = folder_ / "run.tv2";
-    bool struck = true;
-    long before = 0;
-    int survived = 0;
-    for (; struck && !HasFailure(); ++before)
-    {
-        bool thrown = false;
-        unsigned completed = 0;
-        {
-            ExportContext context;
-            const tv2_tests::AllocationFailure failure(before);
-            try
-            {
-                completed = ExportScene(context, options_, path.c_str());
-            }
-            catch (const std::bad_alloc&)
-            {
-                thrown = true;
-            }
-            struck = failure.Struck();
-        }
-        EXPECT_EQ(completed, thrown ? 0u : 1u) << "allocation " << before;
-        survived += struck && !thrown ? 1 : 0;
-        ExpectSound();
-    }
-    EXPECT_GT(before, 50);
-    EXPECT_EQ(survived, 1); // the large buffer of the file, which the stream does without
+    const std::string path = (folder_ / "run.tv2").string();
+    FailEachAllocation(50, 1,
+                       [&]
+                       {
+                           try
+                           {
+                               ExportContext context;
+                               EXPECT_EQ(ExportScene(context, options_, path.c_str()), 1u);
+                               return true;
+                           }
+                           catch (const std::bad_alloc&)
+                           {
+                               return false;
+                           }
+                       });
 }
 
 TEST_F(AllocationFaults, GiveTheScriptNoSuccess)
@@ -89,29 +104,12 @@ TEST_F(AllocationFaults, GiveTheScriptNoSuccess)
     std::string error;
     const auto plugin = mobu_host::Plugin::Load(TV2_PLUGIN, error);
     ASSERT_TRUE(plugin) << error;
-    const auto export_tv2 =
-        plugin->Symbol<unsigned(const char*, int, int, int, bool, bool, bool, bool, bool, bool)>(
-            "python_export_tv2");
+    const auto export_tv2 = plugin->Symbol<ScriptEntry>(kScriptEntryName);
     ASSERT_NE(export_tv2, nullptr);
-    const std::string path = folder_ / "script.tv2";
-    bool struck = true;
-    long before = 0;
-    int survived = 0;
-    for (; struck && !HasFailure(); ++before)
-    {
-        unsigned completed = 0;
-        {
-            const tv2_tests::AllocationFailure failure(before);
-            completed = export_tv2(path.c_str(), 0, 30, 4, true, false, true, true, true, false);
-            struck = failure.Struck();
-        }
-        survived += struck && completed == 1 ? 1 : 0;
-        EXPECT_TRUE(struck || completed == 1);
-        if (before % 16 == 0)
-            ExpectSound();
-    }
-    EXPECT_GT(before, 50);
-    EXPECT_EQ(survived, 1); // the large buffer of the file
+    const std::string path = (folder_ / "script.tv2").string();
+    FailEachAllocation(
+        50, 16,
+        [&] { return export_tv2(path.c_str(), 0, 30, 4, true, false, true, true, true, false) == 1; });
 }
 
 TEST_F(AllocationFaults, LetThePlugInSayThatItIsNotReady)
@@ -145,27 +143,10 @@ TEST_F(AllocationFaults, LetThePlugInSayThatItIsNotReady)
 TEST_F(AllocationFaults, GiveTheMenuFalse)
 {
     Tev2MotionBuilderExportTool tool;
-    const std::string path = folder_ / "menu.tv2";
-    mobu_host::SetPopupPlayer([](FBPopup& popup) { mobu_host::Click(popup, "EXPORT_BUTTON_REGION_NAME"); });
-    bool struck = true;
-    long before = 0;
-    int survived = 0;
-    for (; struck && !HasFailure(); ++before)
-    {
-        bool completed = false;
-        {
-            const tv2_tests::AllocationFailure failure(before);
-            completed = tool.Execute(path.c_str());
-            struck = failure.Struck();
-        }
-        survived += struck && completed ? 1 : 0;
-        EXPECT_TRUE(struck || completed);
-        if (before % 16 == 0)
-            ExpectSound();
-    }
+    const std::string path = (folder_ / "menu.tv2").string();
+    mobu_host::SetPopupPlayer([](FBPopup& popup) { mobu_host::Click(popup, tv2_tests::regions::kExport); });
+    FailEachAllocation(100, 16, [&] { return tool.Execute(path.c_str()); });
     mobu_host::SetPopupPlayer({});
-    EXPECT_GT(before, 100);
-    EXPECT_EQ(survived, 1); // the large buffer of the file
 }
 
 } // namespace

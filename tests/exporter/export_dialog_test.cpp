@@ -3,6 +3,7 @@
 #include "exporter/platform/settings_store.h"
 #include "mobu_host/ui.h"
 #include "tests/exporter/export_fixture.h"
+#include "tests/support/dialog_regions.h"
 
 #include <array>
 #include <map>
@@ -13,50 +14,9 @@ namespace tev2_exporter
 namespace
 {
 
-constexpr const char* kPal = "SAMPLING_PAL_RADIO_BUTTON_REGION_NAME";
-constexpr const char* kNtsc = "SAMPLING_NTSC_RADIO_BUTTON_REGION_NAME";
-constexpr const char* kCustomRate = "SAMPLING_CUSTOM_FPS_RADIO_BUTTON_REGION_NAME";
-constexpr const char* kRate = "SAMPLING_CUSTOM_FPS_EDITBOX_REGION_NAME";
-constexpr const char* kStartKey = "KEYFRAMES_START_KEY_EDITBOX_REGION_NAME";
-constexpr const char* kEndKey = "KEYFRAMES_END_KEY_EDITBOX_REGION_NAME";
-constexpr const char* kCurrentTake = "TAKES_CURRENT_TAKE_RADIO_BUTTON_REGION_NAME";
-constexpr const char* kAllTakesButton = "TAKES_ALL_TAKES_RADIO_BUTTON_REGION_NAME";
-constexpr const char* kUnderscores = "FILENAME_SPACES_TO_UNDERSCORES_CHECKBOX_REGION_NAME";
-constexpr const char* kPositiveZ = "KEEP_POSITIVE_Z_CHECKBOX_REGION_NAME";
-constexpr const char* kNamespaces = "REMOVE_NAMESPACE_FORM_NAMES_CHECKBOX_REGION_NAME";
-constexpr const char* kAsterisk = "ASTERIX_TV2_EXTENSION_CHECKBOX_REGION_NAME";
-constexpr const char* kConstraints = "DISABLE_CONSTRAINTS_CHECKBOX_REGION_NAME";
-constexpr const char* kExport = "EXPORT_BUTTON_REGION_NAME";
-constexpr const char* kCancel = "CANCEL_BUTTON_REGION_NAME";
+using namespace tv2_tests::regions;
 
 using Stored = std::map<std::string, std::string>;
-
-const char* const kStoredNames[] = {
-    "SAMPLING_RADIO_CHOICE_KEY_NAME",
-    "KEYFRAME_RADIO_CHOICE_KEY_NAME",
-    "TAKES_RADIO_CHOICE_KEY_NAME",
-    "START_KEY_KEY_NAME",
-    "END_KEY_KEY_NAME",
-    "FPS_KEY_NAME",
-    "FILENAME_SPACES_KEY_NAME",
-    "KEEP_POSITIVE_Z_KEY_NAME",
-    "REMOVE_NAMESPACE_FROM_NAMES_KEY_NAME",
-    "ASTERIX_TV2_EXTENSION_KEY_NAME",
-    "DISABLE_CONSTRAINTS_KEY_NAME",
-    "DIALOG_POS_X_KEY_NAME",
-    "DIALOG_POS_Y_KEY_NAME",
-};
-
-// What is stored now, of the values the exporter knows.
-Stored StoredValues()
-{
-    Stored stored;
-    const platform::SettingsReader reader;
-    for (const char* name : kStoredNames)
-        if (const auto text = reader.Read(name))
-            stored[name] = *text;
-    return stored;
-}
 
 // A scene of two takes at 25 frames a second, empty settings, and a user who presses what a test tells him.
 class ExportDialog : public ExportTest
@@ -116,7 +76,7 @@ TEST_F(ExportDialog, ShowsItsFirstRun)
             EXPECT_TRUE(IsSet(popup, kPal));
             EXPECT_EQ(Number(popup, kRate), 50.0);
             EXPECT_FALSE(IsEnabled(popup, kRate));
-            EXPECT_TRUE(IsSet(popup, "Export All"));
+            EXPECT_TRUE(IsSet(popup, kExportAll));
             EXPECT_EQ(Number(popup, kStartKey), 10.0);
             EXPECT_EQ(Number(popup, kEndKey), 100.0);
             EXPECT_FALSE(IsEnabled(popup, kStartKey));
@@ -126,7 +86,8 @@ TEST_F(ExportDialog, ShowsItsFirstRun)
             EXPECT_FALSE(IsSet(popup, kConstraints));
             EXPECT_EQ(mobu_host::Regions(popup).size(), 23u);
         });
-    EXPECT_TRUE(StoredValues().empty()) << "closed by the window's own button: a cancellation";
+    EXPECT_TRUE(platform::TestPlatform::Get().settings.empty())
+        << "closed by the window's own button: a cancellation";
 }
 
 // All that a user sees of a region before the first click, less its place; enumerators as their numbers.
@@ -163,49 +124,46 @@ TEST_F(ExportDialog, PlacesAndDressesItsRegions)
         std::array<int, 4> place; // left, top, right, bottom
         const char* looks;
     } expected[] = {
+        // clang-format off
         {"SAMPLING_GROUP_BOX_REGION_NAME", {10, 20, 270, 120}, R"("Sampling" border 5 titled 2 2 90 10)"},
         {kPal, {60, 30, 130, 56}, R"("" enabled "PAL" button 2)"},
         {kNtsc, {160, 30, 220, 56}, R"("" enabled "NTSC" button 2)"},
         {kCustomRate, {50, 76, 130, 102}, R"("" enabled "Custom FPS" button 2)"},
         {kRate, {150, 74, 210, 104}, R"("" disabled "" number 0..240 precision 3.2 steps 5 1)"},
         {"KEYFRAMES_GROUP_BOX_REGION_NAME", {10, 140, 270, 274}, R"("Key-frames" border 5 titled 2 2 90 10)"},
-        {"Export All", {60, 150, 130, 176}, R"("" enabled "Export All" button 2)"},
-        {"Custom", {160, 150, 220, 176}, R"("" enabled "Custom" button 2)"},
-        {"KEYFRAMES_START_KEY_EDITBOX_LABEL_REGION_NAME",
-         {40, 186, 100, 216},
+        {kExportAll, {60, 150, 130, 176}, R"("" enabled "Export All" button 2)"},
+        {kCustomRange, {160, 150, 220, 176}, R"("" enabled "Custom" button 2)"},
+        {"KEYFRAMES_START_KEY_EDITBOX_LABEL_REGION_NAME", {40, 186, 100, 216},
          R"("" enabled "Start Key" label 1 wrapped)"},
         {kStartKey, {110, 186, 180, 216}, R"("" disabled "" number 10..100 precision 1 steps 5 1)"},
-        {"KEYFRAMES_END_KEY_EDITBOX_LABEL_REGION_NAME",
-         {40, 226, 100, 256},
-         R"("" enabled "End Key" label 1 wrapped)"},
+        {"KEYFRAMES_END_KEY_EDITBOX_LABEL_REGION_NAME", {40, 226, 100, 256}, R"("" enabled "End Key" label 1 wrapped)"},
         {kEndKey, {110, 226, 180, 256}, R"("" disabled "" number 10..100 precision 1 steps 5 1)"},
         {"TAKES_GROUP_BOX_REGION_NAME", {10, 294, 270, 364}, R"("Takes" border 5 titled 2 2 90 10)"},
         {kCurrentTake, {24, 304, 234, 330}, R"("" enabled "Current Take Only" button 2)"},
-        {kAllTakesButton, {24, 330, 234, 356}, R"("" enabled "All Takes As Separate Files" button 2)"},
+        {kAllTakesRadio, {24, 330, 234, 356}, R"("" enabled "All Takes As Separate Files" button 2)"},
         {"MISC_GROUP_BOX_REGION_NAME", {10, 384, 270, 578}, R"("Miscellaneous" border 5 titled 2 2 90 10)"},
-        {kUnderscores,
-         {30, 394, 250, 420},
-         R"("" enabled "Change filename spaces to underscores?" button 3)"},
+        {kUnderscores, {30, 394, 250, 420}, R"("" enabled "Change filename spaces to underscores?" button 3)"},
         {kPositiveZ, {30, 430, 250, 456}, R"("" enabled "Keep positive Z?" button 3)"},
         {kNamespaces, {30, 466, 250, 492}, R"("" enabled "Remove namespace from names?" button 3)"},
         {kAsterisk, {30, 502, 250, 528}, R"("" enabled "Use *.tv2 in save filename dialog?" button 3)"},
         {kConstraints, {30, 538, 250, 564}, R"("" enabled "Disable constraints?" button 3)"},
         {kExport, {88, 588, 138, 612}, R"("" enabled "Export" button 0)"},
         {kCancel, {144, 588, 194, 612}, R"("" enabled "Cancel" button 0)"},
+        // clang-format on
     };
     Show(
         [&](FBPopup& popup)
         {
-            const std::vector<mobu_host::Region>& regions = mobu_host::Regions(popup);
-            ASSERT_EQ(regions.size(), std::size(expected));
-            for (std::size_t i = 0; i < regions.size(); ++i)
+            const std::vector<mobu_host::Region>& shown = mobu_host::Regions(popup);
+            ASSERT_EQ(shown.size(), std::size(expected));
+            for (std::size_t i = 0; i < shown.size(); ++i)
             {
                 std::array<int, 4> place = {};
                 auto& [left, top, right, bottom] = place;
-                EXPECT_EQ(regions[i].name, expected[i].region);
+                EXPECT_EQ(shown[i].name, expected[i].region);
                 EXPECT_TRUE(popup.GetRegionPositions(expected[i].region, true, &left, &top, &right, &bottom));
                 EXPECT_EQ(place, expected[i].place) << expected[i].region;
-                EXPECT_EQ(Looks(regions[i]), expected[i].looks) << expected[i].region;
+                EXPECT_EQ(Looks(shown[i]), expected[i].looks) << expected[i].region;
             }
         });
 }
@@ -222,11 +180,11 @@ TEST_F(ExportDialog, FillsOptionsAndStoresSettings)
             EXPECT_TRUE(mobu_host::Click(popup, kCustomRate));
             EXPECT_FALSE(IsSet(popup, kNtsc));
             EXPECT_TRUE(mobu_host::Edit(popup, kRate, 12.5));
-            EXPECT_TRUE(mobu_host::Click(popup, "Custom"));
-            EXPECT_FALSE(IsSet(popup, "Export All"));
+            EXPECT_TRUE(mobu_host::Click(popup, kCustomRange));
+            EXPECT_FALSE(IsSet(popup, kExportAll));
             EXPECT_TRUE(mobu_host::Edit(popup, kStartKey, 20.4));
-            EXPECT_TRUE(mobu_host::Edit(popup, kEndKey, 500.0)); // held at the take's last frame
-            EXPECT_TRUE(mobu_host::Click(popup, kAllTakesButton));
+            EXPECT_TRUE(mobu_host::Edit(popup, kEndKey, 500.0)); // clamped to the take's last frame
+            EXPECT_TRUE(mobu_host::Click(popup, kAllTakesRadio));
             EXPECT_FALSE(IsSet(popup, kCurrentTake));
             EXPECT_TRUE(mobu_host::Click(popup, kUnderscores));
             EXPECT_TRUE(mobu_host::Click(popup, kAsterisk));
@@ -244,22 +202,18 @@ TEST_F(ExportDialog, FillsOptionsAndStoresSettings)
     EXPECT_EQ(options.KeepPositiveZ, 1);
     EXPECT_EQ(options.RemoveNamespaceFromNames, 1);
     EXPECT_EQ(options.DisableConstraints, 1);
+    // clang-format off
     const Stored expected = {
-        {"SAMPLING_RADIO_CHOICE_KEY_NAME", "2"},
-        {"KEYFRAME_RADIO_CHOICE_KEY_NAME", "1"},
+        {"SAMPLING_RADIO_CHOICE_KEY_NAME", "2"}, {"KEYFRAME_RADIO_CHOICE_KEY_NAME", "1"},
         {"TAKES_RADIO_CHOICE_KEY_NAME", "1"},
-        {"START_KEY_KEY_NAME", "20"},
-        {"END_KEY_KEY_NAME", "100"},
-        {"FPS_KEY_NAME", "12.500000"},
-        {"FILENAME_SPACES_KEY_NAME", "0"},
-        {"KEEP_POSITIVE_Z_KEY_NAME", "1"},
+        {"START_KEY_KEY_NAME", "20"}, {"END_KEY_KEY_NAME", "100"}, {"FPS_KEY_NAME", "12.500000"},
+        {"FILENAME_SPACES_KEY_NAME", "0"}, {"KEEP_POSITIVE_Z_KEY_NAME", "1"},
         {"REMOVE_NAMESPACE_FROM_NAMES_KEY_NAME", "1"},
-        {"ASTERIX_TV2_EXTENSION_KEY_NAME", "0"},
-        {"DISABLE_CONSTRAINTS_KEY_NAME", "1"},
-        {"DIALOG_POS_X_KEY_NAME", "7"},
-        {"DIALOG_POS_Y_KEY_NAME", "-3"},
+        {"ASTERIX_TV2_EXTENSION_KEY_NAME", "0"}, {"DISABLE_CONSTRAINTS_KEY_NAME", "1"},
+        {"DIALOG_POS_X_KEY_NAME", "7"}, {"DIALOG_POS_Y_KEY_NAME", "-3"},
     };
-    EXPECT_EQ(StoredValues(), expected);
+    // clang-format on
+    EXPECT_EQ(platform::TestPlatform::Get().settings, expected);
 
     // The next run shows what was stored, and a take that the start key does not lie in its own first frame.
     FBSystem().CurrentTake = mobu_host::Scene().Takes[1];
@@ -271,7 +225,7 @@ TEST_F(ExportDialog, FillsOptionsAndStoresSettings)
             EXPECT_EQ(Number(popup, kStartKey), 20.0);
             EXPECT_EQ(Number(popup, kEndKey), 25.0);
             EXPECT_EQ(popup.Left, 7);
-            EXPECT_TRUE(IsSet(popup, kAllTakesButton));
+            EXPECT_TRUE(IsSet(popup, kAllTakesRadio));
             EXPECT_TRUE(IsSet(popup, kConstraints));
         });
 }
@@ -281,14 +235,14 @@ TEST_F(ExportDialog, GoesBackToWhatItOfferedFirst)
     const ExportOptions options = Show(
         [](FBPopup& popup)
         {
-            for (const char* const button : {kCustomRate, "Custom", kAllTakesButton})
+            for (const char* const button : {kCustomRate, kCustomRange, kAllTakesRadio})
                 EXPECT_TRUE(mobu_host::Click(popup, button));
             EXPECT_TRUE(mobu_host::Edit(popup, kRate, 12.5));
             EXPECT_TRUE(mobu_host::Edit(popup, kStartKey, 20.0));
             EXPECT_TRUE(mobu_host::Edit(popup, kEndKey, 30.0));
-            for (const char* const button : {kPal, "Export All", kCurrentTake})
+            for (const char* const button : {kPal, kExportAll, kCurrentTake})
                 EXPECT_TRUE(mobu_host::Click(popup, button));
-            for (const char* const button : {kNtsc, kCustomRate, "Custom", kAllTakesButton})
+            for (const char* const button : {kNtsc, kCustomRate, kCustomRange, kAllTakesRadio})
                 EXPECT_FALSE(IsSet(popup, button)) << button;
             EXPECT_EQ(Number(popup, kRate), 50.0);
             EXPECT_EQ(Number(popup, kStartKey), 10.0);
@@ -314,7 +268,7 @@ TEST_F(ExportDialog, EndsSilentlyWhereThereIsNothingToExport)
         {"start after end",
          [](FBPopup& popup)
          {
-             mobu_host::Click(popup, "Custom");
+             mobu_host::Click(popup, kCustomRange);
              mobu_host::Edit(popup, kStartKey, 50.0);
              mobu_host::Edit(popup, kEndKey, 49.0);
              mobu_host::Click(popup, kExport);
@@ -330,7 +284,7 @@ TEST_F(ExportDialog, EndsSilentlyWhereThereIsNothingToExport)
     for (const auto& c : cases)
     {
         EXPECT_EQ(Show(c.user).Cancelled, 1) << c.what;
-        EXPECT_TRUE(StoredValues().empty()) << c.what;
+        EXPECT_TRUE(platform::TestPlatform::Get().settings.empty()) << c.what;
     }
 }
 
@@ -348,7 +302,7 @@ TEST_F(ExportDialog, LeavesTheSceneAloneWhenCancelled)
         [](FBPopup& popup)
         {
             mobu_host::Click(popup, kConstraints);
-            mobu_host::Click(popup, kAllTakesButton);
+            mobu_host::Click(popup, kAllTakesRadio);
             mobu_host::Click(popup, kCancel);
         });
     Tev2MotionBuilderExportTool tool;
@@ -374,11 +328,11 @@ TEST_F(ExportDialog, ChecksTheStoredRangeWhateverTheChoice)
         const ExportOptions options = Show(
             [](FBPopup& popup)
             {
-                EXPECT_TRUE(IsSet(popup, "Export All"));
+                EXPECT_TRUE(IsSet(popup, kExportAll));
                 EXPECT_TRUE(mobu_host::Click(popup, kExport));
             });
         EXPECT_EQ(options.Cancelled, cancelled);
-        EXPECT_EQ(StoredValues() == stored, cancelled == 1);
+        EXPECT_EQ(platform::TestPlatform::Get().settings == stored, cancelled == 1);
     }
 }
 
@@ -390,9 +344,9 @@ TEST_F(ExportDialog, OffersAllTakesOnlyWhereThereAreSeveral)
         [](FBPopup& popup)
         {
             EXPECT_TRUE(IsSet(popup, kCurrentTake));
-            EXPECT_FALSE(IsSet(popup, kAllTakesButton));
+            EXPECT_FALSE(IsSet(popup, kAllTakesRadio));
             EXPECT_FALSE(IsEnabled(popup, kCurrentTake));
-            EXPECT_FALSE(mobu_host::Click(popup, kAllTakesButton));
+            EXPECT_FALSE(mobu_host::Click(popup, kAllTakesRadio));
             mobu_host::Click(popup, kExport);
         });
     EXPECT_EQ(options.AllTakes, 0u);
@@ -407,11 +361,12 @@ TEST_F(ExportDialog, ReadsStoredTextsAsTheyAre)
         std::function<void(const ExporterSettings&)> check;
     } cases[] = {
         {"KEEP_POSITIVE_Z_KEY_NAME", "2", [](const auto& s) { EXPECT_FALSE(s.flags.keep_positive_z); }},
-        {"DISABLE_CONSTRAINTS_KEY_NAME", " 1 ", [](const auto& s) { EXPECT_TRUE(s.flags.disable_constraints); }},
-        {"START_KEY_KEY_NAME", "no number", [](const auto& s) { EXPECT_EQ(s.start_key, 0); }},
+        {"DISABLE_CONSTRAINTS_KEY_NAME", " 1 ",
+         [](const auto& s) { EXPECT_TRUE(s.flags.disable_constraints); }},
+        {"START_KEY_KEY_NAME", "not a number", [](const auto& s) { EXPECT_EQ(s.start_key, 0); }},
         {"START_KEY_KEY_NAME", "12abc", [](const auto& s) { EXPECT_EQ(s.start_key, 12); }},
         {"START_KEY_KEY_NAME", "-99999999999", [](const auto& s) { EXPECT_EQ(s.start_key, INT32_MIN); }},
-        {"FPS_KEY_NAME", "no number", [](const auto& s) { EXPECT_EQ(s.frame_rate, 0.0f); }},
+        {"FPS_KEY_NAME", "not a number", [](const auto& s) { EXPECT_EQ(s.frame_rate, 0.0f); }},
         {"FPS_KEY_NAME", "29.97", [](const auto& s) { EXPECT_EQ(s.frame_rate, 29.97f); }},
         {"SAMPLING_RADIO_CHOICE_KEY_NAME", "7", [](const auto& s) { EXPECT_EQ(s.sampling_choice, 7); }},
     };

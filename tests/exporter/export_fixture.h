@@ -25,20 +25,11 @@ protected:
     {
         mobu_host::NewScene();
         platform::TestPlatform::Get() = {};
-        const testing::TestInfo* test = testing::UnitTest::GetInstance()->current_test_info();
-        folder_ = std::filesystem::path(testing::TempDir()) /
-                  ("tv2_" + std::string(test->test_suite_name()) + "_" + test->name());
-        std::filesystem::remove_all(folder_);
-        std::filesystem::create_directories(folder_);
         options_.SamplingRate = 4.0f;
         options_.KeepPositiveZ = 0;
     }
 
-    void TearDown() override
-    {
-        std::filesystem::remove_all(folder_);
-        mobu_host::NewScene();
-    }
+    void TearDown() override { mobu_host::NewScene(); }
 
     // The only take of the scene, from 0 to `seconds`.
     FBTake& OneTake(double seconds)
@@ -63,9 +54,8 @@ protected:
     std::unique_ptr<TEV2_LOADER::TEV2> Load(const std::string& file_name)
     {
         auto scene = std::make_unique<TEV2_LOADER::TEV2>();
-        const bool loaded =
-            TEV2_LOADER::LoadFile((folder_ / file_name).string(), *scene, {.applyStartTime = false}).Ok();
-        return loaded ? std::move(scene) : nullptr;
+        const std::string path = (folder_ / file_name).string();
+        return LoadFile(path, *scene, {.applyStartTime = false}) ? std::move(scene) : nullptr;
     }
 
     std::vector<std::uint8_t> Bytes(const std::string& file_name)
@@ -75,7 +65,8 @@ protected:
 
     static std::string Text(const TEV2_LOADER::TEV2_WIDE_STRING& text) { return Narrow(text.Text()); }
 
-    std::filesystem::path folder_;
+    const tv2_tests::ScratchFolder scratch_;
+    const std::filesystem::path folder_ = scratch_.Folder();
     ExportOptions options_;
 };
 

@@ -4,14 +4,13 @@
 
 #include "exporter/rules/export_rules.h"
 #include "exporter/rules/file_facts.h"
-#include "tev2_loader/detail/file_system.h"
+#include "tests/support/scratch_folder.h"
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
 #include <cmath>
 #include <filesystem>
-#include <fstream>
 #include <functional>
 
 #if !defined(_WIN32)
@@ -35,24 +34,26 @@ constexpr const char* kSmallUmlaut = "\xC3\xA4";
 constexpr const char* kLargeUmlaut = "\xC3\x84";
 #endif
 
+/// A change of the plan's question and scene, and what then objects.
+struct RuleCase
+{
+    const char* code; // null: nothing objects
+    Change change;
+    const char* part_of_the_text;
+};
+
 class RulesTest : public testing::Test
 {
 protected:
     RulesTest()
     {
-        const unsigned long process = TEV2_LOADER::file_system::ProcessId(); // tests run at the same time
-        folder_ = fs::temp_directory_path() / ("tv2_rules_" + std::to_string(process));
-        fs::remove_all(folder_);
-        fs::create_directory(folder_);
-        Write("scene.bvh");
-        Write("scene.bin");
-        Write("file");
-        fs::create_directory(folder_ / "folder.tv2");
+        for (const char* const name : {"scene.bvh", "scene.bin", "file"})
+            Write(name);
+        fs::create_directory(Path("folder.tv2"));
     }
-    ~RulesTest() override { fs::remove_all(folder_); }
 
-    std::string Path(const std::string& name) const { return (folder_ / name).string(); }
-    void Write(const std::string& name) const { std::ofstream(folder_ / name) << "content"; }
+    std::string Path(const std::string& name) const { return folder_.Path(name); }
+    void Write(const std::string& name) const { folder_.Make(name, "content"); }
 
     /// A walk of 0 to 2 s at 25 frames a second: root, hips with a leg, a camera; and a second take of 1 s.
     ExportPlan Plan(const Change& change = {}) const
@@ -72,25 +73,93 @@ protected:
         return PlanExport(question, &scene);
     }
 
-    fs::path folder_;
+    void Expect(const RuleCase& c) const
+    {
+        const ExportPlan plan = Plan(c.change);
+        SCOPED_TRACE(c.part_of_the_text);
+        EXPECT_STREQ(plan.objection.code, c.code) << plan.objection.text;
+        EXPECT_NE(plan.objection.text.find(c.part_of_the_text), std::string::npos) << plan.objection.text;
+    }
+
+    tv2_tests::ScratchFolder folder_;
 };
 
-TEST_F(RulesTest, EachObjectsOnce)
+Change RateOf(const std::string& text)
+{
+    return [text](ExportQuestion& q, SceneFacts&) { q.rate = text; };
+}
+
+Change RangeOf(std::optional<int> start, std::optional<int> end)
+{
+    return [=](ExportQuestion& q, SceneFacts&)
+    {
+        q.start_frame = start;
+        q.end_frame = end;
+    };
+}
+
+const RuleCase kRateAndRangeCases[] = {
+    {nullptr, {}, ""},
+    {"rate-unreadable", RateOf("fast"), "--fps \"fast\" is no rate: give a number"},
+    {"rate-unreadable", RateOf("1/0"), "\"1/0\""},
+    {"rate-out-of-range", RateOf("0"), "a rate of 0 samples a second"},
+    {"rate-out-of-range", RateOf("-25"), "above 0"},
+    {"rate-out-of-range", RateOf("nan"), ""},
+    {"rate-out-of-range", RateOf("100000000"), "up to 1,000,000"},
+    {"rate-out-of-range", [](auto&, SceneFacts& s) { s.transport_rate = 0.0; }, "a rate of 0"},
+    {"rate-fractional",
+     [](ExportQuestion& q, SceneFacts&)
+     {
+         q.rate = "29.97";
+         q.whole_rates_only = true;
+         q.wording = ExportQuestion::Wording::kPython;
+     },
+     "\"Custom FPS\" in the dialog of the export menu, or give fps a whole number"},
+    {"range-reversed", RangeOf(3, 2), "start frame 3 is after the end frame 2"},
+    {"no-scene",
+     [](auto&, SceneFacts& s)
+     {
+         s.models.resize(1);
+         s.files.clear();
+     },
+     "no scene is open"},
+    {"no-models", [](auto&, SceneFacts& s) { s.models.resize(1); }, "the scene has no models"},
+    {"no-take", [](auto&, SceneFacts& s) { s.current_take.reset(); }, "no take is current"},
+    {"take-reversed", [](auto&, SceneFacts& s) { s.takes[0].start = 3.0; }, "ends before it starts"},
+    {"range-outside", RangeOf(51, {}),
+     "the start frame 51 is after the end of take \"Walk\", which has frames 0 to 50 (0 to 2 s)"},
+    {"range-outside", RangeOf({}, -1), "the end frame -1 is before the start of take \"Walk\""},
+    {nullptr, RangeOf(50, {}), ""},
+    {nullptr, RangeOf(-9, 0), ""},
+    // A step of 1e-6 s is less than half of what a single-precision number near 64 s can differ by (2^-18 s).
+    {"time-stands-still",
+     [](ExportQuestion& q, SceneFacts& s)
+     {
+         q.rate = "1000000";
+         s.takes[0] = {"Walk", 64.0, 65.0};
+     },
+     "a step of 1e-06 s is lost in the single precision of 65 s; take \"Walk\""},
+    // 2,000,001 x (64 x 36 + 20) bytes.
+    {"too-many-samples",
+     [](ExportQuestion& q, SceneFacts& s)
+     {
+         q.rate = "1000000";
+         s.models.resize(64, {0, false, false});
+     },
+     "2,000,001 samples of 64 nodes and 1 camera are about 4,648,002,324 bytes"},
+};
+
+TEST_F(RulesTest, ObjectOnceToRatesRangesAndScenes)
+{
+    for (const RuleCase& c : kRateAndRangeCases)
+        Expect(c);
+}
+
+TEST_F(RulesTest, ObjectOnceToFiles)
 {
     const std::string long_name = std::string(261 - Path(".tv2").size(), 'a') + ".tv2";
     const auto path = [this](const std::string& name)
     { return Change([this, name](ExportQuestion& q, SceneFacts&) { q.path = Path(name); }); };
-    const auto rate = [](const std::string& text)
-    { return Change([text](ExportQuestion& q, SceneFacts&) { q.rate = text; }); };
-    const auto range = [](std::optional<int> start, std::optional<int> end)
-    {
-        return Change(
-            [=](ExportQuestion& q, SceneFacts&)
-            {
-                q.start_frame = start;
-                q.end_frame = end;
-            });
-    };
     const auto names = [this](const std::string& first, const std::string& second, bool windows)
     {
         return Change(
@@ -104,99 +173,41 @@ TEST_F(RulesTest, EachObjectsOnce)
                     windows ? ExportQuestion::FileNames::kWindows : ExportQuestion::FileNames::kPosix;
             });
     };
-    const struct
-    {
-        const char* code; // null: nothing objects
-        Change change;
-        const char* part_of_the_text;
-    } cases[] =
-    { {nullptr, {}, ""},
-      {"no-tv2-name", path("out.fbx"), "does not end in .tv2"},
-      {"path-too-long", path(long_name), "has 261 bytes; at most 260"},
-      {"path-too-long", names(std::string(250, 'a'), "b", false), "at most 260"},
-      {"rate-unreadable", rate("fast"), "--fps \"fast\" is no rate: give a number"},
-      {"rate-unreadable", rate("1/0"), "\"1/0\""},
-      {"rate-out-of-range", rate("0"), "a rate of 0 samples a second"},
-      {"rate-out-of-range", rate("-25"), "above 0"},
-      {"rate-out-of-range", rate("nan"), ""},
-      {"rate-out-of-range", rate("100000000"), "up to 1,000,000"},
-      {"rate-out-of-range", [](auto&, SceneFacts& s) { s.transport_rate = 0.0; }, "a rate of 0"},
-      {"rate-fractional",
-       [](ExportQuestion& q, SceneFacts&)
-       {
-           q.rate = "29.97";
-           q.whole_rates_only = true;
-           q.wording = ExportQuestion::Wording::kPython;
-       },
-       "\"Custom FPS\" in the dialog of the export menu, or give fps a whole number"},
-      {"range-reversed", range(3, 2), "start frame 3 is after the end frame 2"},
-      {"no-scene",
-       [](auto&, SceneFacts& s)
-       {
-           s.models.resize(1);
-           s.files.clear();
-       },
-       "no scene is open"},
-      {"no-models", [](auto&, SceneFacts& s) { s.models.resize(1); }, "the scene has no models"},
-      {"no-take", [](auto&, SceneFacts& s) { s.current_take.reset(); }, "no take is current"},
-      {"take-reversed", [](auto&, SceneFacts& s) { s.takes[0].start = 3.0; }, "ends before it starts"},
-      {"range-outside", range(51, {}),
-       "the start frame 51 is after the end of take \"Walk\", which has frames 0 to 50 (0 to 2 s)"},
-      {"range-outside", range({}, -1), "the end frame -1 is before the start of take \"Walk\""},
-      {nullptr, range(50, {}), ""},
-      {nullptr, range(-9, 0), ""},
-      // A step of 1e-6 s is less than half of what a single-precision number near 64 s can differ by (2^-18 s).
-      {"time-stands-still",
-       [](ExportQuestion& q, SceneFacts& s)
-       {
-           q.rate = "1000000";
-           s.takes[0] = {"Walk", 64.0, 65.0};
-       },
-       "a step of 1e-06 s is lost in the single precision of 65 s; take \"Walk\""},
-      // 2,000,001 x (64 x 36 + 20) bytes.
-      {"too-many-samples",
-       [](ExportQuestion& q, SceneFacts& s)
-       {
-           q.rate = "1000000";
-           s.models.resize(64, {0, false, false});
-       },
-       "2,000,001 samples of 64 nodes and 1 camera are about 4,648,002,324 bytes"},
-      {"take-names-no-file", names("", "b", false), "no file can be named after take \"\""},
-      {"take-names-no-file", names("a/b", "b", false), "take \"a/b\""},
-      {"same-file", names("A b", "A_b", false), "takes \"A b\" and \"A_b\" would both be written to"},
-      {"same-file", names("Walk", "WALK", true), "takes \"Walk\" and \"WALK\" would both be written to"},
-      {"same-file", names(kSmallUmlaut, kLargeUmlaut, true), "which is the same file as"},
-      {nullptr, names("Walk", "WALK", false), ""},
-      {"device-name", names("COM1", "b", true), "\"COM1\" is the name of a device"},
-      {"device-name", names("b", "nul.x", true), "\"NUL\" is the name of a device"},
+    const RuleCase cases[] = {
+        {"no-tv2-name", path("out.fbx"), "does not end in .tv2"},
+        {"path-too-long", path(long_name), "has 261 bytes; at most 260"},
+        {"path-too-long", names(std::string(250, 'a'), "b", false), "at most 260"},
+        {"take-names-no-file", names("", "b", false), "no file can be named after take \"\""},
+        {"take-names-no-file", names("a/b", "b", false), "take \"a/b\""},
+        {"same-file", names("A b", "A_b", false), "takes \"A b\" and \"A_b\" would both be written to"},
+        {"same-file", names("Walk", "WALK", true), "takes \"Walk\" and \"WALK\" would both be written to"},
+        {"same-file", names(kSmallUmlaut, kLargeUmlaut, true), "which is the same file as"},
+        {nullptr, names("Walk", "WALK", false), ""},
+        {"device-name", names("COM1", "b", true), "\"COM1\" is the name of a device"},
+        {"device-name", names("b", "nul.x", true), "\"NUL\" is the name of a device"},
 #if !defined(_WIN32)
-      {nullptr, names("COM1", "nul.x", false), ""},
+        {nullptr, names("COM1", "nul.x", false), ""},
 #endif
-      {nullptr, names("COM", "NULL", true), ""},
-      {"bad-character", names("a*", "b", true), "no name of a file can have the character \"*\""},
-      {"no-folder", path("gone/out.tv2"), "No such file or directory"},
-      {"no-folder", path("file/out.tv2"), "Not a directory"},
-      {"not-a-file", path("folder.tv2"), "Is a directory"},
-      {"is-the-scene",
-       [this](ExportQuestion&, SceneFacts& s)
-       {
-           Write("out.tv2");
-           s.files = {Path("out.tv2")};
-       },
-       "it is the scene file itself"},
-      {"is-the-scene",
-       [this](ExportQuestion&, SceneFacts& s) {
-           s.files = {Path("scene.bvh"), Path("out.tv2")};
-       },
-       "the scene was read from it"},
+        {nullptr, names("COM", "NULL", true), ""},
+        {"bad-character", names("a*", "b", true), "no name of a file can have the character \"*\""},
+        {"no-folder", path("gone/out.tv2"), "No such file or directory"},
+        {"no-folder", path("file/out.tv2"), "Not a directory"},
+        {"not-a-file", path("folder.tv2"), "Is a directory"},
+        {"is-the-scene",
+         [this](ExportQuestion&, SceneFacts& s)
+         {
+             Write("out.tv2");
+             s.files = {Path("out.tv2")};
+         },
+         "it is the scene file itself"},
+        {"is-the-scene",
+         [this](ExportQuestion&, SceneFacts& s) {
+             s.files = {Path("scene.bvh"), Path("out.tv2")};
+         },
+         "the scene was read from it"},
     };
-    for (const auto& c : cases)
-    {
-        const ExportPlan plan = Plan(c.change);
-        SCOPED_TRACE(c.part_of_the_text);
-        EXPECT_STREQ(plan.objection.code, c.code) << plan.objection.text;
-        EXPECT_NE(plan.objection.text.find(c.part_of_the_text), std::string::npos) << plan.objection.text;
-    }
+    for (const RuleCase& c : cases)
+        Expect(c);
 }
 
 #if !defined(_WIN32)

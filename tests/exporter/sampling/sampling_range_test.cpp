@@ -1,3 +1,4 @@
+#include "exporter/base/clamped_cast.h"
 #include "exporter/sampling/sampling_range.h"
 
 #include <gtest/gtest.h>
@@ -62,6 +63,15 @@ TEST(SamplingRange, EndsItsInstantsWhereTimeStandsStill)
         EXPECT_EQ(Regular(c.range).size(), c.instants) << c.what;
         EXPECT_EQ(TimeAdvances(c.range), c.advances) << c.what;
     }
+}
+
+TEST(ToInt32, TruncatesAndClamps)
+{
+    const std::pair<double, std::int32_t> cases[] = {
+        {2.9, 2},           {-2.9, -2},          {-0.0, 0},         {2147483647.9, INT32_MAX},
+        {1e300, INT32_MAX}, {-1e300, INT32_MIN}, {std::nan(""), 0}, {-HUGE_VAL, INT32_MIN}};
+    for (const auto& [value, whole] : cases)
+        EXPECT_EQ(ToInt32(value), whole) << value;
 }
 
 TEST(SamplingRange, ReservesWithinReason)

@@ -1,50 +1,44 @@
 // Exports by way of the exporter's dialog, played by a script: what is written, what is remembered, what is refused.
 
-#include "tests/tools/command.h"
-#include "tests/support/scene_texts.h"
-
-#include <gtest/gtest.h>
+#include "tests/support/dialog_regions.h"
+#include "tests/tools/export/export_fixture.h"
 
 #include <cstdlib>
 #include <fstream>
 #include <map>
-#include <set>
-#include <sstream>
 #include <sys/stat.h>
 
 namespace
 {
 
-using Arguments = std::vector<std::string>;
 using Settings = std::map<std::string, std::string>;
-namespace fs = std::filesystem;
+namespace regions = tv2_tests::regions;
 
-const std::string kNtsc = "click \"SAMPLING_NTSC_RADIO_BUTTON_REGION_NAME\"\n";
-const std::string kCustomKeys = "click \"Custom\"\n";
-const std::string kStartKey = "edit \"KEYFRAMES_START_KEY_EDITBOX_REGION_NAME\" ";
-const std::string kEndKey = "edit \"KEYFRAMES_END_KEY_EDITBOX_REGION_NAME\" ";
-const std::string kAllTakes = "click \"TAKES_ALL_TAKES_RADIO_BUTTON_REGION_NAME\"\n";
-const std::string kSpaces = "click \"FILENAME_SPACES_TO_UNDERSCORES_CHECKBOX_REGION_NAME\"\n";
-const std::string kExport = "click \"EXPORT_BUTTON_REGION_NAME\"\n";
-const std::string kCancel = "click \"CANCEL_BUTTON_REGION_NAME\"\n";
+std::string Step(const std::string& what, const std::string& region, const std::string& value = "")
+{
+    return what + " \"" + region + "\" " + value + "\n";
+}
 
-class DialogExportTest : public testing::Test
+const std::string kNtsc = Step("click", regions::kNtsc);
+const std::string kCustomKeys = Step("click", regions::kCustomRange);
+const std::string kAllTakes = Step("click", regions::kAllTakesRadio);
+const std::string kSpaces = Step("click", regions::kUnderscores);
+const std::string kExport = Step("click", regions::kExport);
+const std::string kCancel = Step("click", regions::kCancel);
+
+std::string Keys(const std::string& start, const std::string& end)
+{
+    return kCustomKeys + Step("edit", regions::kStartKey, start) + Step("edit", regions::kEndKey, end);
+}
+
+class DialogExportTest : public ExportCommandTest
 {
 protected:
     DialogExportTest()
     {
         setenv("XDG_CONFIG_HOME", Path("config").c_str(), 1);
         unsetenv("DISPLAY");
-        Write("walk.bvh", tv2_tests::kTwoJoints);
-        Write("takes.gltf", tv2_tests::kThreeTakes);
         fs::create_directory(Path("out"));
-    }
-
-    std::string Path(const std::string& name) const { return folder_.Path(name); }
-
-    void Write(const std::string& name, const std::string& content) const
-    {
-        std::ofstream(Path(name), std::ios::binary) << content;
     }
 
     // Plays the steps to the dialog for a scene, with the stored settings unless told otherwise.
@@ -57,30 +51,20 @@ protected:
         return RunTv2(options);
     }
 
-    std::set<std::string> Written() const
-    {
-        std::set<std::string> names;
-        for (const auto& entry : fs::directory_iterator(Path("out")))
-            names.insert(entry.path().filename().string());
-        return names;
-    }
+    std::set<std::string> Written() const { return NamesIn("out"); }
 
     // What the exporter remembers, less the defaults of a first export of a scene.
     Settings Remembered(int last_frame) const
     {
-        const Settings defaults = {{"SAMPLING_RADIO_CHOICE_KEY_NAME", "0"},
-                                   {"KEYFRAME_RADIO_CHOICE_KEY_NAME", "0"},
-                                   {"TAKES_RADIO_CHOICE_KEY_NAME", "0"},
-                                   {"START_KEY_KEY_NAME", "0"},
-                                   {"END_KEY_KEY_NAME", std::to_string(last_frame)},
-                                   {"FPS_KEY_NAME", "50.000000"},
-                                   {"FILENAME_SPACES_KEY_NAME", "1"},
-                                   {"KEEP_POSITIVE_Z_KEY_NAME", "1"},
-                                   {"REMOVE_NAMESPACE_FROM_NAMES_KEY_NAME", "1"},
-                                   {"ASTERIX_TV2_EXTENSION_KEY_NAME", "1"},
-                                   {"DISABLE_CONSTRAINTS_KEY_NAME", "0"},
-                                   {"DIALOG_POS_X_KEY_NAME", "100"},
-                                   {"DIALOG_POS_Y_KEY_NAME", "100"}};
+        // clang-format off
+        const Settings defaults = {
+            {"SAMPLING_RADIO_CHOICE_KEY_NAME", "0"}, {"KEYFRAME_RADIO_CHOICE_KEY_NAME", "0"},
+            {"TAKES_RADIO_CHOICE_KEY_NAME", "0"}, {"START_KEY_KEY_NAME", "0"},
+            {"END_KEY_KEY_NAME", std::to_string(last_frame)}, {"FPS_KEY_NAME", "50.000000"},
+            {"FILENAME_SPACES_KEY_NAME", "1"}, {"KEEP_POSITIVE_Z_KEY_NAME", "1"},
+            {"REMOVE_NAMESPACE_FROM_NAMES_KEY_NAME", "1"}, {"ASTERIX_TV2_EXTENSION_KEY_NAME", "1"},
+            {"DISABLE_CONSTRAINTS_KEY_NAME", "0"}, {"DIALOG_POS_X_KEY_NAME", "100"}, {"DIALOG_POS_Y_KEY_NAME", "100"}};
+        // clang-format on
         std::ifstream file(Path("config/Tev2_Exporter_MB/settings"));
         Settings all, others;
         for (std::string line; std::getline(file, line);)
@@ -91,8 +75,6 @@ protected:
                 others[name] = text;
         return all.empty() ? Settings{{"nothing", ""}} : others;
     }
-
-    ScratchFolder folder_;
 };
 
 TEST_F(DialogExportTest, WritesAndRemembersWhatWasChosen)
@@ -109,37 +91,17 @@ TEST_F(DialogExportTest, WritesAndRemembersWhatWasChosen)
         double end;  // of the first file, seconds
         Settings settings;
     } cases[] = {
+        // clang-format off
         {"first run", kExport, "walk.bvh", "a.tv2", {"a.tv2"}, 50, 5, 0.08, {}},
-        {"custom range",
-         kCustomKeys + kStartKey + "-5\n" + kEndKey + "1\n" + kExport,
-         "walk.bvh",
-         "a.tv2",
-         {"a.tv2"},
-         50,
-         3,
-         0.04,
+        {"custom range", Keys("-5", "1") + kExport, "walk.bvh", "a.tv2", {"a.tv2"}, 50, 3, 0.04,
          {{"KEYFRAME_RADIO_CHOICE_KEY_NAME", "1"}, {"END_KEY_KEY_NAME", "1"}}},
-        {"NTSC, moved",
-         kNtsc + "move -7 40\n" + kExport,
-         "walk.bvh",
-         "b c.tv2",
-         {"b_c.tv2"},
-         59.94,
-         6,
-         0.08,
-         {{"SAMPLING_RADIO_CHOICE_KEY_NAME", "1"},
-          {"FPS_KEY_NAME", "59.939999"},
-          {"DIALOG_POS_X_KEY_NAME", "-7"},
-          {"DIALOG_POS_Y_KEY_NAME", "40"}}},
-        {"all takes, spaces kept",
-         kAllTakes + kSpaces + kExport,
-         "takes.gltf",
-         "r.tv2",
-         {"r_A b.tv2", "r_A_b.tv2", "r_C.tv2"},
-         50,
-         2,
-         0.0,
+        {"NTSC, moved", kNtsc + "move -7 40\n" + kExport, "walk.bvh", "b c.tv2", {"b_c.tv2"}, 59.94, 6, 0.08,
+         {{"SAMPLING_RADIO_CHOICE_KEY_NAME", "1"}, {"FPS_KEY_NAME", "59.939999"},
+          {"DIALOG_POS_X_KEY_NAME", "-7"}, {"DIALOG_POS_Y_KEY_NAME", "40"}}},
+        {"all takes, spaces kept", kAllTakes + kSpaces + kExport, "takes.gltf", "r.tv2",
+         {"r_A b.tv2", "r_A_b.tv2", "r_C.tv2"}, 50, 2, 0.0,
          {{"TAKES_RADIO_CHOICE_KEY_NAME", "1"}, {"FILENAME_SPACES_KEY_NAME", "0"}}},
+        // clang-format on
     };
     for (const auto& c : cases)
     {
@@ -154,9 +116,10 @@ TEST_F(DialogExportTest, WritesAndRemembersWhatWasChosen)
         EXPECT_EQ(json.at("cancelled"), false);
         ASSERT_EQ(json.at("files").size(), c.files.size());
         for (const auto& file : json.at("files"))
+        {
             EXPECT_EQ(file.at("rate"), c.rate);
-        for (const auto& file : json.at("files"))
             EXPECT_TRUE(c.files.contains(fs::path(file.at("output").get<std::string>()).filename()));
+        }
         EXPECT_EQ(json.at("files").at(0).at("samples"), c.samples);
         EXPECT_FLOAT_EQ(json.at("files").at(0).at("end").get<float>(), static_cast<float>(c.end));
         EXPECT_EQ(Remembered(c.scene == std::string("walk.bvh") ? 2 : 0), c.settings);
@@ -183,9 +146,8 @@ TEST_F(DialogExportTest, AScriptStartsFromTheDefaultsAndStoresNothing)
 TEST_F(DialogExportTest, CancellationsWriteAndRememberNothing)
 {
     const std::string by_user = "tv2 export: cancelled: nothing exported\n";
-    const std::string no_rate = "click \"SAMPLING_CUSTOM_FPS_RADIO_BUTTON_REGION_NAME\"\n"
-                                "edit \"SAMPLING_CUSTOM_FPS_EDITBOX_REGION_NAME\" 0\n";
-    const std::string reversed = kCustomKeys + kStartKey + "2\n" + kEndKey + "1\n";
+    const std::string no_rate = Step("click", regions::kCustomRate) + Step("edit", regions::kRate, "0");
+    const std::string reversed = Keys("2", "1");
     const struct
     {
         std::string steps;
@@ -250,8 +212,7 @@ TEST_F(DialogExportTest, WhatWentWrongIsToldFileByFile)
     chmod(Path("out/r.tv2").c_str(), 0444);
     const std::string steps = kAllTakes + kSpaces + kExport;
     const CommandResult skipped = Play(steps, "takes.gltf", "r.tv2");
-    EXPECT_EQ(skipped.exit_code, 1);
-    EXPECT_NE(skipped.err.find("out/r_C.tv2: skipped: it is read-only"), std::string::npos) << skipped.err;
+    ExpectComplaint(skipped, 1, "out/r_C.tv2: skipped: it is read-only");
     ASSERT_EQ(skipped.Json().at("files").size(), 3u);
     EXPECT_EQ(skipped.Json().at("files").at(2).at("skipped"), true);
 
@@ -263,14 +224,11 @@ TEST_F(DialogExportTest, WhatWentWrongIsToldFileByFile)
 
     fs::remove_all(Path("config"));
     const CommandResult one_name = Play(kAllTakes + kExport, "takes.gltf", "x.tv2");
-    EXPECT_EQ(one_name.exit_code, 1);
-    EXPECT_NE(one_name.err.find("x_A_b.tv2: was overwritten by take \"A_b\""), std::string::npos)
-        << one_name.err;
+    ExpectComplaint(one_name, 1, "x_A_b.tv2: was overwritten by take \"A_b\"");
 
     fs::remove_all(Path("config"));
     const CommandResult late = Play(kExport + kNtsc, "walk.bvh", "late.tv2");
-    EXPECT_EQ(late.exit_code, 1);
-    EXPECT_NE(late.err.find("steps.txt:2: the popup has closed already"), std::string::npos) << late.err;
+    ExpectComplaint(late, 1, "steps.txt:2: the popup has closed already");
     EXPECT_EQ(late.Json().at("files").at(0).at("ok"), true);
 }
 
@@ -280,13 +238,9 @@ TEST_F(DialogExportTest, SaysWhyTheExporterRefusedARate)
     fs::create_directories(Path("config/Tev2_Exporter_MB"));
     Write("config/Tev2_Exporter_MB/settings",
           "SAMPLING_RADIO_CHOICE_KEY_NAME=2\nFPS_KEY_NAME=1000000000.0\n");
-    const CommandResult run = Play(kExport, "walk.bvh", "a.tv2");
-    EXPECT_EQ(run.exit_code, 1);
-    EXPECT_NE(
-        run.err.find(
-            "tv2 export: the exporter refused: at 1000000000 samples a second the time does not advance"),
-        std::string::npos)
-        << run.err;
+    ExpectComplaint(
+        Play(kExport, "walk.bvh", "a.tv2"), 1,
+        "tv2 export: the exporter refused: at 1000000000 samples a second the time does not advance");
     EXPECT_EQ(Written(), std::set<std::string>{});
 }
 
@@ -326,29 +280,24 @@ TEST_F(DialogExportTest, RefusesBeforeAnythingIsWritten)
         Arguments arguments = c.arguments;
         arguments.insert(arguments.begin(), "export");
         const CommandResult run = RunTv2(arguments);
-        EXPECT_EQ(run.exit_code, 2) << c.reason;
-        EXPECT_NE(run.err.find(c.reason), std::string::npos) << c.reason << "\n" << run.err;
+        ExpectComplaint(run, 2, c.reason);
         EXPECT_EQ(run.out, "") << c.reason;
         EXPECT_EQ(Written(), std::set<std::string>{}) << c.reason;
         EXPECT_EQ(Remembered(2), (Settings{{"nothing", ""}})) << c.reason;
     }
     setenv("DISPLAY", ":nowhere", 1);
-    const CommandResult run = RunTv2({"export", "--dialog", bvh, out});
-    EXPECT_EQ(run.exit_code, 2);
-    EXPECT_NE(run.err.find("the display :nowhere cannot be reached"), std::string::npos) << run.err;
+    ExpectComplaint(RunTv2({"export", "--dialog", bvh, out}), 2, "the display :nowhere cannot be reached");
 }
 
 TEST_F(DialogExportTest, TheMenuFollowsTheExtensionBox)
 {
     EXPECT_EQ(RunTv2({"menu"}).out,
               "motion export: \"QN - TV2 Exporter\" (QN - TV2 Exporter Description), files: *.tv2\n");
-    Play("click \"ASTERIX_TV2_EXTENSION_CHECKBOX_REGION_NAME\"\n" + kExport, "walk.bvh", "a.tv2");
+    Play(Step("click", regions::kAsterisk) + kExport, "walk.bvh", "a.tv2");
     const auto entry = RunTv2({"menu", "--json"}).Json().at("entries").at(0);
     EXPECT_EQ(entry.at("extension"), ".tv2");
     EXPECT_EQ(entry.at("menu"), "motion export");
-    const CommandResult gone = RunTv2({"menu", "--plugin", Path("gone.so")});
-    EXPECT_EQ(gone.exit_code, 2);
-    EXPECT_NE(gone.err.find("gone.so"), std::string::npos);
+    ExpectComplaint(RunTv2({"menu", "--plugin", Path("gone.so")}), 2, "gone.so");
 }
 
 } // namespace
