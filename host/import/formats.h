@@ -3,10 +3,10 @@
 /// The scene formats: the one table of what is read. A new format is a reader, a row here and a section of
 /// docs/scene_files.md.
 
-#include "host/import/import_notes.h"
-#include "host/import/import_options.h"
-#include "host/import/scene_description.h"
-#include "host/import/scene_file.h"
+#include "host/import/base/import_notes.h"
+#include "host/import/base/import_options.h"
+#include "host/import/base/scene_description.h"
+#include "host/import/base/scene_file.h"
 
 #include <span>
 #include <string>

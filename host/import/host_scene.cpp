@@ -1,10 +1,9 @@
 #include "host/import/host_scene.h"
 
-#include "host/import/exportable_number.h"
-#include "host/import/long_text.h"
-#include "host/import/parse_error.h"
+#include "host/import/base/exportable_number.h"
+#include "host/import/base/parse_error.h"
+#include "host/import/base/unique_names.h"
 #include "host/import/transport_rate.h"
-#include "host/import/unique_names.h"
 
 #include <mobu_host/scene.h>
 
@@ -109,6 +108,25 @@ void Check(const SceneDescription& scene, const ImportOptions& options)
         CheckTime(take.start, take);
         CheckTime(take.stop, take);
     }
+}
+
+// Of a text of an exported file, which has one unit for each byte of the SDK's texts.
+constexpr std::size_t kLongestText = 65535;
+
+// Notes a text or a name that an export cuts: that of `owner`, or, with `property`, of a property of it.
+void NoteLongText(const std::string& text, const std::string& owner, const std::string& property,
+                  ImportNotes& notes)
+{
+    if (text.size() <= kLongestText)
+        return;
+    const auto shown = [](const std::string& name)
+    {
+        constexpr std::size_t kShown = 60;
+        return name.size() > kShown ? name.substr(0, kShown) + "..." : name;
+    };
+    notes.Add({"text of more than 65535 characters is cut by an export",
+               "texts of more than 65535 characters are cut by an export"},
+              shown(owner) + (owner.empty() || property.empty() ? "" : ".") + shown(property));
 }
 
 void NoteLongTexts(const std::vector<PropertyDescription>& properties, const std::string& owner,

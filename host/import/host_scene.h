@@ -2,9 +2,9 @@
 
 /// From a scene description to models, cameras and takes of the host: the only part of import/ that uses the SDK.
 
-#include "host/import/import_notes.h"
-#include "host/import/import_options.h"
-#include "host/import/scene_description.h"
+#include "host/import/base/import_notes.h"
+#include "host/import/base/import_options.h"
+#include "host/import/base/scene_description.h"
 
 namespace mobu_host
 {

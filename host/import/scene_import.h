@@ -1,6 +1,6 @@
 #pragma once
 
-#include "host/import/import_options.h"
+#include "host/import/base/import_options.h"
 
 #include <string>
 #include <vector>

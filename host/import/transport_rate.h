@@ -2,7 +2,7 @@
 
 /// The frame rate of a scene whose file states none.
 
-#include "host/import/scene_description.h"
+#include "host/import/base/scene_description.h"
 
 #include <optional>
 #include <unordered_map>

@@ -1,7 +1,7 @@
 #include "tools/tv2/option_row.h"
 
 #include "exporter/rules/sampling_rate.h"
-#include "host/import/import_options.h"
+#include "host/import/base/import_options.h"
 #include "tools/tv2/loaded_file.h"
 #include "tools/tv2/text.h"
 

@@ -1,7 +1,7 @@
 #include "host/import/bvh/bvh_reader.h"
 
 #include "host/import/bvh/text_scanner.h"
-#include "host/import/import_options.h"
+#include "host/import/base/import_options.h"
 
 #include <algorithm>
 #include <cmath>

@@ -5,7 +5,7 @@
 #include "host/import/collada/scene_models.h"
 #include "host/import/collada/scene_takes.h"
 #include "host/import/collada/xml_document.h"
-#include "host/import/parse_error.h"
+#include "host/import/base/parse_error.h"
 
 #include <limits>
 #include <string>

@@ -3,9 +3,9 @@
 /// Collada 1.4 and 1.5: the visual scene that the file shows, its cameras and what is animated of both. Opens no other
 /// file.
 
-#include "host/import/import_notes.h"
-#include "host/import/import_options.h"
-#include "host/import/scene_description.h"
+#include "host/import/base/import_notes.h"
+#include "host/import/base/import_options.h"
+#include "host/import/base/scene_description.h"
 
 #include <string_view>
 

@@ -2,7 +2,7 @@
 
 /// Values over time, as a <sampler> gives them.
 
-#include "host/import/scene_description.h"
+#include "host/import/base/scene_description.h"
 
 #include <cstddef>
 #include <cstdint>

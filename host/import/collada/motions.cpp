@@ -1,6 +1,6 @@
 #include "host/import/collada/motions.h"
 
-#include "host/import/exportable_number.h"
+#include "host/import/base/exportable_number.h"
 
 #include <algorithm>
 #include <cmath>

@@ -5,7 +5,7 @@
 #include "host/import/collada/cameras.h"
 #include "host/import/collada/key_curve.h"
 #include "host/import/collada/transforms.h"
-#include "host/import/scene_description.h"
+#include "host/import/base/scene_description.h"
 
 #include <cstddef>
 #include <cstdint>

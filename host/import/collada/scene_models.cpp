@@ -2,7 +2,7 @@
 
 #include "host/import/collada/transforms.h"
 #include "host/import/collada/user_properties.h"
-#include "host/import/exportable_number.h"
+#include "host/import/base/exportable_number.h"
 
 #include <algorithm>
 #include <string>

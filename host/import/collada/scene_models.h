@@ -4,9 +4,9 @@
 
 #include "host/import/collada/cameras.h"
 #include "host/import/collada/document_index.h"
-#include "host/import/import_notes.h"
-#include "host/import/import_options.h"
-#include "host/import/scene_description.h"
+#include "host/import/base/import_notes.h"
+#include "host/import/base/import_options.h"
+#include "host/import/base/scene_description.h"
 
 #include <cstddef>
 #include <cstdint>

@@ -4,7 +4,7 @@
 #include "host/import/collada/key_curve_reader.h"
 #include "host/import/collada/motions.h"
 #include "host/import/collada/numbers.h"
-#include "host/import/parse_error.h"
+#include "host/import/base/parse_error.h"
 
 #include <algorithm>
 #include <cmath>

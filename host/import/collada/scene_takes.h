@@ -4,8 +4,8 @@
 
 #include "host/import/collada/document_index.h"
 #include "host/import/collada/scene_models.h"
-#include "host/import/import_notes.h"
-#include "host/import/scene_description.h"
+#include "host/import/base/import_notes.h"
+#include "host/import/base/scene_description.h"
 
 #include <cstddef>
 #include <vector>

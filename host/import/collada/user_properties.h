@@ -4,7 +4,7 @@
 /// value" a line.
 
 #include "host/import/collada/xml_document.h"
-#include "host/import/scene_description.h"
+#include "host/import/base/scene_description.h"
 
 #include <vector>
 

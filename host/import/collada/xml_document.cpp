@@ -1,6 +1,6 @@
 #include "host/import/collada/xml_document.h"
 
-#include "host/import/parse_error.h"
+#include "host/import/base/parse_error.h"
 
 #include <algorithm>
 #include <new>

@@ -1,8 +1,8 @@
 #include "host/import/fbx/curve_reader.h"
 
-#include "host/import/exportable_number.h"
-#include "host/import/parse_error.h"
-#include "host/import/scene_description.h"
+#include "host/import/base/exportable_number.h"
+#include "host/import/base/parse_error.h"
+#include "host/import/base/scene_description.h"
 
 #include <algorithm>
 #include <bit>

@@ -3,7 +3,7 @@
 #include "host/import/fbx/scene_models.h"
 #include "host/import/fbx/scene_settings.h"
 #include "host/import/fbx/scene_takes.h"
-#include "host/import/parse_error.h"
+#include "host/import/base/parse_error.h"
 
 #include <algorithm>
 

@@ -2,9 +2,9 @@
 
 /// FBX scenes, 6.0 to 7.x, binary and text.
 
-#include "host/import/import_notes.h"
-#include "host/import/import_options.h"
-#include "host/import/scene_description.h"
+#include "host/import/base/import_notes.h"
+#include "host/import/base/import_options.h"
+#include "host/import/base/scene_description.h"
 
 #include <string_view>
 

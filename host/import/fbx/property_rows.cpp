@@ -1,7 +1,7 @@
 #include "host/import/fbx/property_rows.h"
 
-#include "host/import/exportable_number.h"
-#include "host/import/parse_error.h"
+#include "host/import/base/exportable_number.h"
+#include "host/import/base/parse_error.h"
 
 #include <algorithm>
 #include <cmath>

@@ -5,7 +5,7 @@
 #include "host/import/fbx/document.h"
 #include "host/import/fbx/layered_value.h"
 #include "host/import/fbx/transform_evaluator.h"
-#include "host/import/import_notes.h"
+#include "host/import/base/import_notes.h"
 
 #include <memory>
 

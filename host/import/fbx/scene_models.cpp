@@ -1,7 +1,7 @@
 #include "host/import/fbx/scene_models.h"
 
-#include "host/import/parse_error.h"
-#include "host/import/unique_names.h"
+#include "host/import/base/parse_error.h"
+#include "host/import/base/unique_names.h"
 
 #include <algorithm>
 #include <map>

@@ -2,9 +2,9 @@
 
 #include "gltf/accessor.h"
 #include "gltf/document.h"
-#include "host/import/exportable_number.h"
+#include "host/import/base/exportable_number.h"
 #include "host/import/gltf/node_motion.h"
-#include "host/import/parse_error.h"
+#include "host/import/base/parse_error.h"
 
 #include <algorithm>
 #include <cmath>

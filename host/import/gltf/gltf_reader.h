@@ -2,10 +2,10 @@
 
 /// glTF 2.0 and GLB: the nodes that the scene shows, cameras, extras and animations.
 
-#include "host/import/import_notes.h"
-#include "host/import/import_options.h"
-#include "host/import/scene_description.h"
-#include "host/import/scene_file.h"
+#include "host/import/base/import_notes.h"
+#include "host/import/base/import_options.h"
+#include "host/import/base/scene_description.h"
+#include "host/import/base/scene_file.h"
 
 namespace mobu_host
 {

@@ -3,7 +3,7 @@
 /// The local transform of a node over one animation: three tracks of keys, each where the file has one.
 
 #include "gltf/document.h"
-#include "host/import/scene_description.h"
+#include "host/import/base/scene_description.h"
 
 #include <array>
 #include <cstddef>

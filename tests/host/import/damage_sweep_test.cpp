@@ -1,9 +1,9 @@
 #include "host/import/formats.h"
 #include "host/import/host_scene.h"
-#include "host/import/parse_error.h"
-#include "tests/host/import/collada/collada_text.h"
-#include "tests/host/import/fbx/fbx_writer.h"
-#include "tests/host/import/gltf_writer.h"
+#include "host/import/base/parse_error.h"
+#include "tests/host/import/builders/collada_text.h"
+#include "tests/host/import/builders/fbx_writer.h"
+#include "tests/host/import/builders/gltf_writer.h"
 #include "tests/host/import/import_fixture.h"
 
 #include <cstdlib>

@@ -1,4 +1,4 @@
-#include "tests/host/import/collada/collada_text.h"
+#include "tests/host/import/builders/collada_text.h"
 #include "tests/host/import/import_fixture.h"
 
 namespace

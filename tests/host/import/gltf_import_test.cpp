@@ -1,4 +1,4 @@
-#include "tests/host/import/gltf_writer.h"
+#include "tests/host/import/builders/gltf_writer.h"
 #include "tests/host/import/import_fixture.h"
 
 #include <cmath>

@@ -1,7 +1,7 @@
 #include "host/import/formats.h"
 #include "host/import/host_scene.h"
-#include "host/import/parse_error.h"
-#include "tests/host/import/collada/collada_text.h"
+#include "host/import/base/parse_error.h"
+#include "tests/host/import/builders/collada_text.h"
 #include "tests/host/import/import_fixture.h"
 #include "tests/support/allocation_watch.h"
 

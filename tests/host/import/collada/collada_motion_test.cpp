@@ -1,5 +1,5 @@
 #include "host/import/collada/collada_reader.h"
-#include "tests/host/import/collada/collada_text.h"
+#include "tests/host/import/builders/collada_text.h"
 
 #include <gtest/gtest.h>
 

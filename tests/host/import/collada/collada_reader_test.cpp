@@ -1,7 +1,7 @@
 #include "host/import/collada/collada_reader.h"
 
-#include "host/import/parse_error.h"
-#include "tests/host/import/collada/collada_text.h"
+#include "host/import/base/parse_error.h"
+#include "tests/host/import/builders/collada_text.h"
 
 #include <gtest/gtest.h>
 

@@ -1,7 +1,7 @@
 #include "host/import/fbx/arrays.h"
 #include "host/import/fbx/document.h"
-#include "host/import/parse_error.h"
-#include "tests/host/import/fbx/fbx_writer.h"
+#include "host/import/base/parse_error.h"
+#include "tests/host/import/builders/fbx_writer.h"
 
 #include <gtest/gtest.h>
 

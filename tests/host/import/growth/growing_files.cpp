@@ -7,7 +7,7 @@
 #include "host/import/formats.h"
 #include "host/import/host_scene.h"
 #include "host/import/host_scene.h"
-#include "tests/host/import/collada/collada_text.h"
+#include "tests/host/import/builders/collada_text.h"
 
 #include <mobu_host/scene.h>
 

@@ -1,4 +1,4 @@
-#include "host/import/scene_file.h"
+#include "host/import/base/scene_file.h"
 
 #include <cerrno>
 #include <cstdio>

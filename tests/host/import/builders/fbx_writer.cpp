@@ -1,4 +1,4 @@
-#include "tests/host/import/fbx/fbx_writer.h"
+#include "tests/host/import/builders/fbx_writer.h"
 
 #include <zlib.h>
 

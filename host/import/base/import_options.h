@@ -1,6 +1,6 @@
 #pragma once
 
-#include "host/import/parse_error.h"
+#include "host/import/base/parse_error.h"
 
 #include <cstddef>
 #include <string>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "host/import/import_notes.h"
+#include "host/import/base/import_notes.h"
 
 #include <set>
 #include <string>
