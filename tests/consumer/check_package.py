@@ -32,7 +32,7 @@ def headers(prefix):
 
 
 def examples(prefix):
-    """The code in the headers' comments, indented by four spaces more than text: a function for each example."""
+    """The code in the headers' comments, indented by four spaces more than text: a function for each example. And the README's."""
     found = []
     for header in headers(prefix):
         with open(os.path.join(prefix, "include", header), encoding="utf-8") as file:
@@ -41,6 +41,8 @@ def examples(prefix):
             lines = [re.sub(r"^///?(     )?", "", line) for line in block.splitlines()]
             if any(lines):
                 found.append((header, "\n".join(lines).strip("\n") + "\n"))
+    with open(os.path.join(HERE, "..", "..", "README.md"), encoding="utf-8") as file:
+        found += [("tev2_loader/file.h", code) for code in re.findall(r"```cpp\n(.*?)```", file.read(), re.DOTALL)]
     return found
 
 

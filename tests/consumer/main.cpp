@@ -9,6 +9,8 @@
 #include <cmath>
 #include <cstdio>
 
+static void Draw(const TEV2_LOADER::TEV2_MATRIX_3X4&) {} // of the README
+
 #include "examples.inc"
 
 namespace
