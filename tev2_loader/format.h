@@ -37,6 +37,9 @@ struct TEV2_KIND
     constexpr operator std::uint32_t() const { return number; } // NOLINT(google-explicit-constructor)
 };
 
+/// Bytes of the frame of a chunk: u32 size, u32 number.
+inline constexpr std::uint32_t kChunkHeader = 8;
+
 // Chunks: u32 size, this number, a u32 prefix in some, and the record.
 inline constexpr TEV2_KIND kInformationChunk{0, "TEV2_INF", "information"};
 inline constexpr TEV2_KIND kArrayLengthsChunk{1, "TEV2_ARRAY_LENGTH_HELPER", "array lengths"};
@@ -79,6 +82,11 @@ inline constexpr TEV2_KIND kVector4Track{9, "TEV2_ANIMATABLE_VECTOR_4_LINEAR", "
 inline constexpr TEV2_KIND kBinormalTangentTrack{10, "TEV2_ANIMATABLE_BINORMAL_TANGENT_LINEAR",
                                                  "binormal and tangent"};
 inline constexpr TEV2_KIND kBoxTrack{11, "TEV2_ANIMATABLE_BOUNDING_BOX_LINEAR", "bounding box"};
+
+/// All of them; each is at the place of its number.
+inline constexpr TEV2_KIND kTrackKinds[] = {
+    kFloatTrack, kRangeTrack,     kColourTrack,  kVector3Track, kVector2Track,         kLerpTrack,
+    kSlerpTrack, kRectangleTrack, kIntegerTrack, kVector4Track, kBinormalTangentTrack, kBoxTrack};
 
 /// Instances stand in lists 0 to 9.
 inline constexpr std::uint32_t kInstanceListCount = 10;

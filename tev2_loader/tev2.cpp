@@ -5,6 +5,7 @@
 #include <limits>
 #include <string>
 #include <type_traits>
+#include <utility>
 
 namespace TEV2_LOADER
 {
@@ -12,25 +13,11 @@ namespace TEV2_LOADER
 namespace
 {
 
-constexpr std::uint32_t kChunkHeader = 8; ///< u32 size, u32 id
-
-/// The instance lists in file order. Lists 7 and 9 are in no file that is saved, list 8 comes last of all.
-constexpr std::array<std::uint32_t, 7> kSavedInstanceLists = {3, 2, 5, 0, 4, 6, 1};
-constexpr std::uint32_t kLastInstanceList = 8;
-
-/// The instance lists that move with time, in their order.
-constexpr std::array<std::size_t, 9> kMovingInstanceLists = {9, 3, 5, 0, 4, 6, 1, 7, 8};
-
 std::string Hex(std::uint32_t value)
 {
     char text[16];
     std::snprintf(text, sizeof text, "0x%08x", value);
     return text;
-}
-
-bool IsSaved(std::uint32_t list)
-{
-    return list != 7 && list != 9;
 }
 
 /// Writes the chunk of a record. Where numbers stand between id and body, these and the id count in the
@@ -46,42 +33,38 @@ bool SaveChunk(TEV2_FILE_WRITER& writer, const Record& record, Prefix... prefix)
     return saved;
 }
 
-template <typename Object>
-bool SaveEach(TEV2_FILE_WRITER& writer, const TEV2::Array<Object>& array)
+template <typename List, typename Record>
+bool SaveListed(TEV2_FILE_WRITER& writer, const List& list, const Record& record)
 {
-    bool saved = true;
-    for (const auto& object : array)
-    {
-        if (object)
-            saved &= SaveChunk(writer, *object);
-    }
-    return saved;
+    if constexpr (requires { list.index; })
+        return SaveChunk(writer, record, list.index);
+    else if constexpr (requires { record.GetType(); })
+        return SaveChunk(writer, record, record.GetType());
+    else
+        return SaveChunk(writer, record);
 }
 
-template <typename Object>
-bool SaveEachWithType(TEV2_FILE_WRITER& writer, const TEV2::Array<Object>& array)
+/// Calls use(object) for a record, for an object that may be null, or for each such object of an array.
+template <typename Member, typename Use>
+void ForEach(Member& member, const Use& use)
 {
-    bool saved = true;
-    for (const auto& object : array)
+    if constexpr (requires { member.begin(); })
     {
-        if (object)
-            saved &= SaveChunk(writer, *object, object->GetType());
+        for (auto& object : member)
+            ForEach(object, use);
     }
-    return saved;
+    else if constexpr (requires { *member; })
+    {
+        if (member)
+            use(*member);
+    }
+    else
+    {
+        use(member);
+    }
 }
 
-bool SaveInstances(TEV2_FILE_WRITER& writer, const TEV2& scene, std::uint32_t list)
-{
-    bool saved = true;
-    for (const auto& instance : scene.instanceLists[list])
-    {
-        if (instance)
-            saved &= SaveChunk(writer, *instance, list);
-    }
-    return saved;
-}
-
-/// The number that stands between a chunk's id and its body.
+/// The number between id and body.
 bool ReadPrefix(TEV2_MEMORY_CURSOR& cursor, std::uint32_t& prefix)
 {
     const auto present = cursor.chunkEnd - cursor.current;
@@ -92,36 +75,61 @@ bool ReadPrefix(TEV2_MEMORY_CURSOR& cursor, std::uint32_t& prefix)
 }
 
 template <typename Record>
-bool LoadEmbedded(TEV2_MEMORY_CURSOR& cursor, float version, const char* label, Record& record)
+bool LoadMember(TEV2_MEMORY_CURSOR& cursor, float version, const TEV2_LIST& list, Record& record)
 {
-    const RecordScope scope(cursor, label);
+    const RecordScope scope(cursor, list.label);
     return record.Load(cursor, version);
 }
 
-/// The object is in its array before it is read.
 template <typename Object>
-bool LoadInto(TEV2_MEMORY_CURSOR& cursor, float version, const char* label, TEV2::Array<Object>& array)
+bool LoadMember(TEV2_MEMORY_CURSOR& cursor, float version, const TEV2_LIST& list,
+                std::unique_ptr<Object>& object)
 {
-    const RecordScope scope(cursor, label, array.size());
-    if (!cursor.TakeMemory(sizeof(Object) + sizeof array[0]))
-        return false;
-    return array.emplace_back(std::make_unique<Object>())->Load(cursor, version);
+    auto read = std::make_unique<Object>();
+    if (list.reading == TEV2_READING::WhenLoaded)
+    {
+        const bool loaded = LoadMember(cursor, version, list, *read);
+        if (loaded)
+            object = std::move(read);
+        return loaded;
+    }
+    object = std::move(read);
+    return LoadMember(cursor, version, list, *object);
 }
 
-/// The object is in its array only when it was read.
 template <typename Object>
-bool LoadIntoWithType(TEV2_MEMORY_CURSOR& cursor, float version, const char* label,
-                      TEV2::Array<Object>& array)
+bool LoadMember(TEV2_MEMORY_CURSOR& cursor, float version, const TEV2_LIST& list, TEV2::Array<Object>& array)
 {
-    const RecordScope scope(cursor, label, array.size());
-    std::uint32_t type = 0;
-    if (!ReadPrefix(cursor, type) || !cursor.TakeMemory(sizeof(Object) + sizeof array[0]))
+    const RecordScope scope(cursor, list.label, array.size());
+    [[maybe_unused]] std::uint32_t type = 0;
+    if (list.reading == TEV2_READING::WithType && !ReadPrefix(cursor, type))
         return false;
-    auto object = Object::Create(type);
-    if (!object->Load(cursor, version))
+    if (!cursor.TakeMemory(sizeof(Object) + sizeof array[0]))
         return false;
-    array.push_back(std::move(object));
-    return true;
+    if constexpr (requires(const Object& object) { object.GetType(); })
+    {
+        auto object = Object::Create(type);
+        if (!object->Load(cursor, version))
+            return false;
+        array.push_back(std::move(object));
+        return true;
+    }
+    else
+    {
+        return array.emplace_back(std::make_unique<Object>())->Load(cursor, version);
+    }
+}
+
+bool IsSaved(const TEV2& scene, std::uint32_t instance_list)
+{
+    bool saved = false;
+    VisitListsBy<&TEV2_LIST::save>(scene,
+                                   [&](const auto& list, const auto&)
+                                   {
+                                       if constexpr (requires { list.index; })
+                                           saved = saved || list.index == instance_list;
+                                   });
+    return saved;
 }
 
 bool LoadInstance(TEV2_MEMORY_CURSOR& cursor, float version, std::uint32_t chunkId, TEV2& scene)
@@ -129,13 +137,15 @@ bool LoadInstance(TEV2_MEMORY_CURSOR& cursor, float version, std::uint32_t chunk
     std::uint32_t list = 0;
     if (!ReadPrefix(cursor, list))
         return false;
-    if (list >= TEV2::kInstanceLists)
-        return cursor.Fail(TEV2_LOAD_CODE::BadInstanceList, "at most 9", std::to_string(list), sizeof list);
+    if (list >= kInstanceListCount)
+        return cursor.Fail(TEV2_LOAD_CODE::BadInstanceList,
+                           "at most " + std::to_string(kInstanceListCount - 1), std::to_string(list),
+                           sizeof list);
 
     auto& instances = scene.instanceLists[list];
     const RecordScope scope(cursor, "instanceLists", list);
     const RecordScope place(cursor, "", instances.size());
-    if (!IsSaved(list))
+    if (!IsSaved(scene, list))
         cursor.Warn(TEV2_LOAD_CODE::InstanceListNeverSaved, "a list other than 7 and 9",
                     std::to_string(list));
     if (!cursor.TakeMemory(sizeof(TEV2_GEOM_INSTANCE) + sizeof instances[0]))
@@ -143,33 +153,14 @@ bool LoadInstance(TEV2_MEMORY_CURSOR& cursor, float version, std::uint32_t chunk
     return instances.emplace_back(TEV2_INSTANCE::Create(chunkId))->Load(cursor, version);
 }
 
-/// Whether no node has more than most nodes from itself up to the top level. Parents in a circle have.
-bool NestsWithin(const std::vector<TEV2_MATRIX_NODE>& nodes, std::size_t most)
+bool SkipUnknown(TEV2_MEMORY_CURSOR& cursor, std::uint32_t id)
 {
-    const auto parent_of = [&nodes](std::size_t node)
-    {
-        const auto parent = static_cast<std::size_t>(nodes[node].parentIndex); // a negative one is beyond all
-        return parent < nodes.size() ? parent : nodes.size();
-    };
-    std::vector<std::uint32_t> depths(nodes.size() + 1, 0); // 0: not known yet, and that of no node
-    std::vector<std::size_t> way;
-    for (std::size_t node = 0; node < nodes.size(); ++node)
-    {
-        way.clear();
-        for (std::size_t at = node; at != nodes.size() && depths[at] == 0; at = parent_of(at))
-        {
-            way.push_back(at);
-            if (way.size() > nodes.size())
-                return false;
-        }
-        for (; !way.empty(); way.pop_back())
-        {
-            const std::uint32_t depth = depths[parent_of(way.back())] + 1;
-            if (depth > most)
-                return false;
-            depths[way.back()] = depth;
-        }
-    }
+    std::uint32_t last = 0;
+    while (FindChunkKind(last + 1) != nullptr)
+        ++last;
+    cursor.Warn(TEV2_LOAD_CODE::UnknownChunk, "a chunk id from 0 to " + std::to_string(last),
+                std::to_string(id));
+    cursor.current = cursor.chunkEnd;
     return true;
 }
 
@@ -192,31 +183,15 @@ bool TEV2::Save(TEV2_FILE_WRITER& writer) const
     const std::uint32_t unfinished = 0;
     stream.Write(&unfinished, sizeof unfinished);
 
-    bool saved = SaveChunk(writer, information);
-    saved &= SaveChunk(writer, TEV2_ARRAY_LENGTH_HELPER(*this));
-    saved &= SaveChunk(writer, environment);
-    if (globalLightTint)
-        saved &= SaveChunk(writer, *globalLightTint);
-    if (ambientLight)
-        saved &= SaveChunk(writer, *ambientLight);
-    saved &= SaveChunk(writer, cameraMan);
-    saved &= SaveEachWithType(writer, lights);
-    saved &= SaveEach(writer, cameras);
-    saved &= SaveEach(writer, rigids);
-    saved &= SaveEach(writer, animMeshes);
-    saved &= SaveEach(writer, morphMeshes);
-    saved &= SaveEach(writer, weightedMeshes);
-    saved &= SaveEach(writer, bezierSplines);
-    saved &= SaveEach(writer, helpers);
-    saved &= SaveEach(writer, speedTreeReferences);
-    saved &= SaveChunk(writer, matrixHierarchy);
-    saved &= SaveEachWithType(writer, materials);
-    for (const std::uint32_t list : kSavedInstanceLists)
-        saved &= SaveInstances(writer, *this, list);
-    saved &= SaveEach(writer, xrefs15);
-    saved &= SaveEach(writer, xrefs20);
-    saved &= SaveEach(writer, xrefObjects);
-    saved &= SaveInstances(writer, *this, kLastInstanceList);
+    bool saved = true;
+    VisitListsBy<&TEV2_LIST::save>(*this,
+                                   [&](const auto& list, const auto& member)
+                                   {
+                                       ForEach(member, [&](const auto& record)
+                                               { saved &= SaveListed(writer, list, record); });
+                                       if (list.kind == kInformationChunk)
+                                           saved &= SaveChunk(writer, TEV2_ARRAY_LENGTH_HELPER(*this));
+                                   });
 
     // Errors of buffered writes show only now. A file that lost anything stays without its magic.
     stream.Flush();
@@ -291,90 +266,26 @@ bool TEV2::Load(TEV2_MEMORY_CURSOR& cursor, bool applyStartTime)
 
 bool TEV2::LoadChunk(TEV2_MEMORY_CURSOR& cursor, std::uint32_t id, float version)
 {
-    switch (id)
+    if (id == kArrayLengthsChunk)
     {
-    case kInformationChunk:
-        return LoadEmbedded(cursor, version, "information", information);
-    case kArrayLengthsChunk:
-    {
+        const RecordScope scope(cursor, "arrayLengths");
         TEV2_ARRAY_LENGTH_HELPER lengths;
-        if (!LoadEmbedded(cursor, version, "arrayLengths", lengths) || cursor.Failed())
-            return false;
-        return lengths.Reserve(*this, cursor);
+        return lengths.Load(cursor, version) && !cursor.Failed() && lengths.Reserve(*this, cursor);
     }
-    case kEnvironmentChunk:
-        return LoadEmbedded(cursor, version, "environment", environment);
-    case kGlobalLightTintChunk:
-        globalLightTint = std::make_unique<TEV2_GLOBAL_LIGHT_TINT>();
-        return LoadEmbedded(cursor, version, "globalLightTint", *globalLightTint);
-    case kAmbientLightChunk:
-    {
-        auto light = std::make_unique<TEV2_AMBIENT_LIGHT>();
-        if (!LoadEmbedded(cursor, version, "ambientLight", *light))
-            return false;
-        ambientLight = std::move(light);
-        return true;
-    }
-    case kLightChunk:
-        return LoadIntoWithType(cursor, version, "lights", lights);
-    case kCameraChunk:
-        return LoadInto(cursor, version, "cameras", cameras);
-    case kRigidChunk:
-        return LoadInto(cursor, version, "rigids", rigids);
-    case kAnimMeshChunk:
-        return LoadInto(cursor, version, "animMeshes", animMeshes);
-    case kMorphMeshChunk:
-        return LoadInto(cursor, version, "morphMeshes", morphMeshes);
-    case kWeightedMeshChunk:
-        return LoadInto(cursor, version, "weightedMeshes", weightedMeshes);
-    case kBezierSplineChunk:
-        return LoadInto(cursor, version, "bezierSplines", bezierSplines);
-    case kMatrixHierarchyChunk:
-        return LoadHierarchy(cursor, version);
-    case kMaterialChunk:
-        return LoadIntoWithType(cursor, version, "materials", materials);
-    case kInstanceChunk:
-    case kGeomInstanceChunk:
-    case kInstanceMaterialsChunk:
-    case kInstanceSubObjectsChunk:
+    if (TEV2_INSTANCE::FindKind(id) != nullptr)
         return LoadInstance(cursor, version, id, *this);
-    case kXref15Chunk:
-        return LoadInto(cursor, version, "xrefs15", xrefs15);
-    case kHelperChunk:
-        return LoadInto(cursor, version, "helpers", helpers);
-    case kXref20Chunk:
-        return LoadInto(cursor, version, "xrefs20", xrefs20);
-    case kXrefObjectChunk:
-        return LoadInto(cursor, version, "xrefObjects", xrefObjects);
-    case kCameraManChunk:
-        return LoadEmbedded(cursor, version, "cameraMan", cameraMan);
-    case kXrefSpeedTreeChunk:
-        return LoadInto(cursor, version, "speedTreeReferences", speedTreeReferences);
-    default:
-        cursor.Warn(TEV2_LOAD_CODE::UnknownChunk, "a chunk id from 0 to 23", std::to_string(id));
-        cursor.current = cursor.chunkEnd;
-        return true;
-    }
-}
 
-bool TEV2::LoadHierarchy(TEV2_MEMORY_CURSOR& cursor, float version)
-{
-    const RecordScope scope(cursor, "matrixHierarchy");
-    const TEV2_LOAD_LIMITS& limits = cursor.Limits();
-    if (limits.nodes != 0)
-    {
-        TEV2_MEMORY_CURSOR ahead(cursor.current, cursor.Remaining());
-        const std::uint32_t count = ahead.ReadU32();
-        if (count > limits.nodes)
-            return cursor.Fail(TEV2_LOAD_CODE::LimitExceeded,
-                               "at most " + std::to_string(limits.nodes) + " nodes", std::to_string(count));
-    }
-    if (!matrixHierarchy.Load(cursor, version) || cursor.Failed())
-        return false;
-    if (limits.nesting != 0 && !NestsWithin(matrixHierarchy.nodes, limits.nesting))
-        return cursor.Fail(TEV2_LOAD_CODE::LimitExceeded,
-                           "nodes nested at most " + std::to_string(limits.nesting) + " deep", "deeper");
-    return true;
+    bool known = false;
+    bool loaded = false;
+    VisitLists(*this,
+               [&](const auto& list, auto& member)
+               {
+                   if (list.kind != id)
+                       return;
+                   known = true;
+                   loaded = LoadMember(cursor, version, list, member);
+               });
+    return known ? loaded : SkipUnknown(cursor, id);
 }
 
 bool TEV2::AfterLoad(TEV2_MEMORY_CURSOR& cursor)
@@ -392,70 +303,55 @@ bool TEV2::AfterLoad(TEV2_MEMORY_CURSOR& cursor)
 
 void TEV2::Clear()
 {
-    information = {};
-    environment = {};
-    ambientLight.reset();
-    globalLightTint.reset();
-    matrixHierarchy = {};
-    cameraMan = {};
     // Arrays give their memory back, too: the next load counts what it takes.
-    const auto release = [](auto&... arrays) { ((arrays = std::decay_t<decltype(arrays)>()), ...); };
-    release(lights, cameras, rigids, animMeshes, morphMeshes, weightedMeshes, bezierSplines, helpers,
-            speedTreeReferences, materials, instanceLists, xrefs15, xrefs20, xrefObjects,
-            inverseBindMatrices);
+    VisitLists(*this, [](const TEV2_LIST&, auto& member) { member = std::decay_t<decltype(member)>(); });
+    inverseBindMatrices = {};
 }
 
-/// Reaches everything that moves; Update takes the cameras before the rigids, SetTime after them.
-template <typename Call>
-void TEV2::Broadcast(Call call, bool camerasFirst)
+void TEV2::BindMeshes()
 {
-    const auto each = [&call](auto& array)
-    {
-        for (const auto& object : array)
-        {
-            if (object)
-                call(*object);
-        }
-    };
-
-    call(matrixHierarchy);
-    call(environment);
-    if (ambientLight)
-        call(*ambientLight);
-    if (globalLightTint)
-        call(*globalLightTint);
-    each(lights);
-    if (camerasFirst)
-        each(cameras);
-    each(rigids);
-    if (!camerasFirst)
-        each(cameras);
-    each(animMeshes);
-    each(morphMeshes);
-    each(weightedMeshes);
-    each(bezierSplines);
-    for (const auto& mesh : weightedMeshes)
-    {
-        if (mesh)
-            mesh->Bind(matrixHierarchy, inverseBindMatrices);
-    }
-    each(materials);
-    each(speedTreeReferences);
-    for (const std::size_t list : kMovingInstanceLists)
-        each(instanceLists[list]);
-    each(xrefs15);
-    each(xrefs20);
-    call(cameraMan);
+    ForEach(weightedMeshes,
+            [this](TEV2_WEIGHTED_MESH& mesh) { mesh.Bind(matrixHierarchy, inverseBindMatrices); });
 }
 
 void TEV2::Update(float delta_time)
 {
-    Broadcast([delta_time](TEV2_INTERNAL_ANIM_OBJECT& object) { object.Update(delta_time); }, true);
+    VisitListsBy<&TEV2_LIST::update>(*this,
+                                     [&](const TEV2_LIST& list, auto& member)
+                                     {
+                                         ForEach(member, [delta_time](TEV2_INTERNAL_ANIM_OBJECT& object)
+                                                 { object.Update(delta_time); });
+                                         if (list.kind == kBezierSplineChunk)
+                                             BindMeshes();
+                                     });
 }
 
 void TEV2::SetTime(float time)
 {
-    Broadcast([time](TEV2_INTERNAL_ANIM_OBJECT& object) { object.SetTime(time); }, false);
+    VisitListsBy<&TEV2_LIST::setTime>(*this,
+                                      [&](const TEV2_LIST& list, auto& member)
+                                      {
+                                          ForEach(member, [time](TEV2_INTERNAL_ANIM_OBJECT& object)
+                                                  { object.SetTime(time); });
+                                          if (list.kind == kBezierSplineChunk)
+                                              BindMeshes();
+                                      });
+}
+
+const TEV2_KIND* FindChunkKind(std::uint32_t id)
+{
+    if (id == kArrayLengthsChunk)
+        return &kArrayLengthsChunk;
+    const TEV2_KIND* found = TEV2_INSTANCE::FindKind(id);
+    const auto compare = [&](const TEV2_LIST& list) { found = list.kind == id ? &list.kind : found; };
+    std::apply([&](const auto&... list) { (compare(list), ...); }, kSceneLists);
+    return found;
+}
+
+std::string ChunkTitle(std::uint32_t id)
+{
+    const TEV2_KIND* const kind = FindChunkKind(id);
+    return kind != nullptr ? kind->title : "unknown chunk " + std::to_string(id);
 }
 
 } // namespace TEV2_LOADER

@@ -12,13 +12,14 @@
 #include "tev2_loader/records/matrix_hierarchy.h"
 #include "tev2_loader/records/meshes.h"
 #include "tev2_loader/records/xrefs.h"
-#include "tev2_loader/tracks/linear_tracks.h"
-#include "tev2_loader/tracks/quaternion_tracks.h"
-#include "tev2_loader/tracks/stepped_integer_track.h"
+#include "tev2_loader/tracks/visit_keys.h"
 
 #include <array>
 #include <cstdint>
 #include <memory>
+#include <string>
+#include <tuple>
+#include <utility>
 #include <vector>
 
 // A scene made, saved, and played.
@@ -49,8 +50,8 @@ namespace TEV2_LOADER
 /// A whole scene: it owns every record of a file.
 ///
 /// A file is the magic and then chunks, each u32 size (of all of it), u32 kind and a body. Lengths are
-/// metres, angles radians, times seconds. UpAxis (up_axis.h) says which way is up. One scene may be loaded, changed and saved any number of times; one
-/// thread at a time.
+/// metres, angles radians, times seconds. UpAxis (up_axis.h) says which way is up. One scene may be loaded, changed
+/// and saved any number of times; one thread at a time.
 class TEV2 : public TEV2_INTERNAL_ANIM_OBJECT
 {
 public:
@@ -119,11 +120,151 @@ public:
 
 private:
     bool LoadChunk(TEV2_MEMORY_CURSOR& cursor, std::uint32_t id, float version);
-    bool LoadHierarchy(TEV2_MEMORY_CURSOR& cursor, float version);
     bool AfterLoad(TEV2_MEMORY_CURSOR& cursor);
-
-    template <typename Call>
-    void Broadcast(Call call, bool camerasFirst);
+    void BindMeshes();
 };
+
+/// How the objects of a list are read.
+enum class TEV2_READING : std::uint8_t
+{
+    InPlace,    ///< in its list (or member) before it is read
+    WhenLoaded, ///< replaces the earlier one once it was read
+    WithType,   ///< a u32 type in front; in its list once it was read
+    WithList,   ///< a u32 list index in front: an instance
+};
+
+/// A member of a scene that chunks are read into: one record, or an array of them. A place is a position in one of four
+/// orders, 0 where the member is left out.
+struct TEV2_LIST
+{
+    TEV2_KIND kind;    ///< its chunk; of instances the first of four
+    const char* label; ///< in paths
+    TEV2_READING reading;
+    int save;    ///< place in the file
+    int count;   ///< place in the array lengths
+    int update;  ///< place in Update
+    int setTime; ///< place in SetTime
+};
+
+template <typename Member>
+struct TEV2_LIST_OF : TEV2_LIST
+{
+    Member TEV2::*member;
+
+    template <typename Scene>
+    auto& In(Scene& scene) const
+    {
+        return scene.*member;
+    }
+};
+
+struct TEV2_INSTANCE_LIST : TEV2_LIST
+{
+    std::uint32_t index;
+
+    template <typename Scene>
+    auto& In(Scene& scene) const
+    {
+        return scene.instanceLists[index];
+    }
+};
+
+template <typename Member>
+constexpr TEV2_LIST_OF<Member> Row(Member TEV2::*member, const TEV2_LIST& list)
+{
+    return {list, member};
+}
+
+/// All lists of a scene, in the order in which tools show them. A new kind of record takes a member of TEV2 and a row.
+// clang-format off
+constexpr auto MakeSceneLists()
+{
+    using enum TEV2_READING;
+    return std::make_tuple(
+        //                              chunk                  label                  reading     save, count, update, setTime
+        Row(&TEV2::information,         {kInformationChunk,     "information",         InPlace,     1,  0,  0,  0}),
+        Row(&TEV2::environment,         {kEnvironmentChunk,     "environment",         InPlace,     2,  0,  2,  2}),
+        Row(&TEV2::globalLightTint,     {kGlobalLightTintChunk, "globalLightTint",     InPlace,     3,  0,  4,  4}),
+        Row(&TEV2::ambientLight,        {kAmbientLightChunk,    "ambientLight",        WhenLoaded,  4,  0,  3,  3}),
+        Row(&TEV2::cameraMan,           {kCameraManChunk,       "cameraMan",           InPlace,     5,  0, 26, 26}),
+        Row(&TEV2::lights,              {kLightChunk,           "lights",              WithType,    6,  1,  5,  5}),
+        Row(&TEV2::cameras,             {kCameraChunk,          "cameras",             InPlace,     7,  2,  6,  7}),
+        Row(&TEV2::rigids,              {kRigidChunk,           "rigids",              InPlace,     8,  3,  7,  6}),
+        Row(&TEV2::animMeshes,          {kAnimMeshChunk,        "animMeshes",          InPlace,     9,  4,  8,  8}),
+        Row(&TEV2::morphMeshes,         {kMorphMeshChunk,       "morphMeshes",         InPlace,    10,  5,  9,  9}),
+        Row(&TEV2::weightedMeshes,      {kWeightedMeshChunk,    "weightedMeshes",      InPlace,    11,  6, 10, 10}),
+        Row(&TEV2::bezierSplines,       {kBezierSplineChunk,    "bezierSplines",       InPlace,    12,  7, 11, 11}),
+        Row(&TEV2::helpers,             {kHelperChunk,          "helpers",             InPlace,    13,  8,  0,  0}),
+        Row(&TEV2::speedTreeReferences, {kXrefSpeedTreeChunk,   "speedTreeReferences", InPlace,    14, 22, 13, 13}),
+        Row(&TEV2::matrixHierarchy,     {kMatrixHierarchyChunk, "matrixHierarchy",     InPlace,    15,  0,  1,  1}),
+        Row(&TEV2::materials,           {kMaterialChunk,        "materials",           WithType,   16,  9, 12, 12}),
+        TEV2_INSTANCE_LIST{             {kInstanceChunk,        "instanceLists",       WithList,   20, 13, 18, 18}, 0},
+        TEV2_INSTANCE_LIST{             {kInstanceChunk,        "instanceLists",       WithList,   23, 16, 21, 21}, 1},
+        TEV2_INSTANCE_LIST{             {kInstanceChunk,        "instanceLists",       WithList,   18, 11,  0,  0}, 2},
+        TEV2_INSTANCE_LIST{             {kInstanceChunk,        "instanceLists",       WithList,   17, 10, 16, 16}, 3},
+        TEV2_INSTANCE_LIST{             {kInstanceChunk,        "instanceLists",       WithList,   21, 14, 19, 19}, 4},
+        TEV2_INSTANCE_LIST{             {kInstanceChunk,        "instanceLists",       WithList,   19, 12, 17, 17}, 5},
+        TEV2_INSTANCE_LIST{             {kInstanceChunk,        "instanceLists",       WithList,   22, 15, 20, 20}, 6},
+        TEV2_INSTANCE_LIST{             {kInstanceChunk,        "instanceLists",       WithList,    0, 17, 22, 22}, 7},
+        TEV2_INSTANCE_LIST{             {kInstanceChunk,        "instanceLists",       WithList,   27, 21, 23, 23}, 8},
+        TEV2_INSTANCE_LIST{             {kInstanceChunk,        "instanceLists",       WithList,    0, 23, 15, 15}, 9},
+        Row(&TEV2::xrefs15,             {kXref15Chunk,          "xrefs15",             InPlace,    24, 18, 24, 24}),
+        Row(&TEV2::xrefs20,             {kXref20Chunk,          "xrefs20",             InPlace,    25, 19, 25, 25}),
+        Row(&TEV2::xrefObjects,         {kXrefObjectChunk,      "xrefObjects",         InPlace,    26, 20,  0,  0}));
+}
+
+inline constexpr auto kSceneLists = MakeSceneLists();
+// clang-format on
+
+/// Calls visit(list, member) for each list of a scene, in the order of kSceneLists. `list` is the row, `member` the
+/// record, the pointer or the array.
+template <typename Scene, typename Visit>
+void VisitLists(Scene& scene, const Visit& visit)
+{
+    std::apply([&](const auto&... list) { (visit(list, list.In(scene)), ...); }, kSceneLists);
+}
+
+/// The rows of kSceneLists that have a place in an order, by that place.
+template <int TEV2_LIST::*kPlace>
+struct TEV2_LIST_ORDER
+{
+    std::array<std::size_t, std::tuple_size_v<decltype(kSceneLists)>> rows{};
+    std::size_t count = 0;
+
+    constexpr TEV2_LIST_ORDER()
+    {
+        const auto places =
+            std::apply([](const auto&... list) { return std::array{(list.*kPlace)...}; }, kSceneLists);
+        for (std::size_t row = 0; row < places.size(); ++row)
+        {
+            if (places[row] == 0)
+                continue;
+            std::size_t at = count++;
+            for (; at > 0 && places[rows[at - 1]] > places[row]; --at)
+                rows[at] = rows[at - 1];
+            rows[at] = row;
+        }
+    }
+};
+
+/// Calls visit(list, member) for each list that has a place in an order, by that place:
+///     VisitListsBy<&TEV2_LIST::save>(scene, [](const TEV2_LIST& list, const auto& member) { ... });
+template <int TEV2_LIST::*kPlace, typename Scene, typename Visit>
+void VisitListsBy(Scene& scene, const Visit& visit)
+{
+    static constexpr TEV2_LIST_ORDER<kPlace> kOrder;
+    const auto visit_all = [&]<std::size_t... kRow>(std::index_sequence<kRow...>)
+    {
+        (visit(std::get<kOrder.rows[kRow]>(kSceneLists), std::get<kOrder.rows[kRow]>(kSceneLists).In(scene)),
+         ...);
+    };
+    visit_all(std::make_index_sequence<kOrder.count>());
+}
+
+/// The kind of a chunk id; null for an id that the format does not know.
+const TEV2_KIND* FindChunkKind(std::uint32_t id);
+
+/// What a chunk holds in a word or two, "cameras"; "unknown chunk 99" for an id that the format does not know.
+std::string ChunkTitle(std::uint32_t id);
 
 } // namespace TEV2_LOADER

@@ -22,7 +22,7 @@ bool IsByExporter(const TEV2_INF& information)
 template <typename Track, typename Family, typename Fits>
 bool IsAlways(const std::unique_ptr<Family>& optional, Fits fits)
 {
-    if (!optional || optional->GetType() != Track::kKindCode)
+    if (!optional || optional->GetType() != Track::kType)
         return false;
     const auto& values = static_cast<const Track&>(*optional).m_values;
     return !values.empty() && std::all_of(values.begin(), values.end(), fits);

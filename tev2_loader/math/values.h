@@ -1,11 +1,10 @@
 #pragma once
 
+#include "tev2_loader/io/interfaces.h"
 #include "tev2_loader/math/matrix.h"
 #include "tev2_loader/math/quaternion.h"
 #include "tev2_loader/math/vectors.h"
-#include "tev2_loader/records/object_bases.h"
 
-#include <cstddef>
 #include <tuple>
 #include <utility>
 
@@ -111,10 +110,5 @@ public:
     auto Components() { return std::tuple_cat(minimum.Components(), maximum.Components()); }
     auto Components() const { return std::tuple_cat(minimum.Components(), maximum.Components()); }
 };
-
-/// Bytes of a value of this type on disk.
-template <typename Value>
-inline constexpr std::size_t
-    kDiskSize = sizeof(float) * std::tuple_size_v<decltype(std::declval<const Value&>().Components())>;
 
 } // namespace TEV2_LOADER

@@ -18,25 +18,40 @@ class TEV2_ARRAY_LENGTH_HELPER final : public TEV2_CHUNK_OBJECT, public TEV2_SER
 public:
     static constexpr std::size_t kCounts = 23;
 
-    /// In file order: lights, cameras, rigids, anim meshes, morph meshes, weighted meshes, bezier splines,
-    /// helpers, materials, instance lists 3, 2, 5, 0, 4, 6, 1, 7, xrefs15, xrefs20, xrefObjects (these and
-    /// the next from version 1.1 but for xrefs15), instance list 8, SpeedTree references, instance list 9
-    /// (both from 1.12).
+    /// In the order of kSceneLists (tev2.h): numbers 19 to 21 from version 1.1, 22 and 23 from 1.12.
     std::array<std::uint32_t, kCounts> counts{};
 
     TEV2_ARRAY_LENGTH_HELPER() = default;
 
-    /// The present lengths of a scene's arrays, null entries included.
+    /// The current lengths of a scene's arrays, null entries included.
     explicit TEV2_ARRAY_LENGTH_HELPER(const TEV2& scene);
 
     /// Reserves the scene's arrays, as long as none of them has any memory, for no more objects in all than the rest
     /// of the file has room for: counts are only claims. False, and the cursor failed, when its limits are exceeded.
     bool Reserve(TEV2& scene, TEV2_MEMORY_CURSOR& cursor) const;
 
+    template <typename Self, typename Archive>
+    static void Fields(Self& lengths, Archive& archive)
+    {
+        std::uint32_t count = kCounts; // not looked at when it is read
+        archive.Constant("count", count, count, Counts::kSave);
+        for (std::size_t index = 0; index < kCounts; ++index)
+        {
+            if (index < kCountsAlways ||
+                archive.Since(index < kCountsWithReferences ? kSinceReferenceLengths
+                                                            : kSinceSpeedTreeLengths))
+                archive.Value("counts", lengths.counts[index], Counts::kSave);
+        }
+    }
+
     /// Always true. Save is true when all 96 bytes were written.
     bool Load(TEV2_MEMORY_CURSOR& cursor, float version) override;
     bool Save(TEV2_FILE_WRITER& writer) const override;
     std::uint32_t GetChunkId() const override { return kArrayLengthsChunk; }
+
+private:
+    static constexpr std::size_t kCountsAlways = 18;
+    static constexpr std::size_t kCountsWithReferences = 21;
 };
 
 } // namespace TEV2_LOADER

@@ -27,6 +27,18 @@ public:
     /// Entries may be null.
     std::vector<std::unique_ptr<TEV2_CAMERA_EFFECT>> effects;
 
+    template <typename Self, typename Archive>
+    static void Fields(Self& camera, Archive& archive)
+    {
+        TEV2_POSITIONAL_OBJECT::Fields(camera, archive);
+        archive.Value("inverseAspect", camera.inverseAspect, Counts::kSave);
+        archive.Track("distance", camera.distance, Counts::kBoth);
+        archive.Track("fieldOfView", camera.fieldOfView, Counts::kBoth);
+        archive.Track("secondaryRange", camera.secondaryRange, Counts::kBoth);
+        archive.Track("clipRange", camera.clipRange, Counts::kBoth);
+        archive.Objects("effects", camera.effects, Counts::kBoth);
+    }
+
     bool Load(TEV2_MEMORY_CURSOR& cursor, float version) override;
     bool Save(TEV2_FILE_WRITER& writer) const override;
     std::uint32_t GetChunkId() const override { return kCameraChunk; }

@@ -1,31 +1,23 @@
 #include "tev2_loader/records/camera_effects.h"
 
-#include "tev2_loader/io/optional_track.h"
+#include "tev2_loader/records/archives.h"
 
 namespace TEV2_LOADER
 {
 
 std::unique_ptr<TEV2_CAMERA_EFFECT> TEV2_CAMERA_EFFECT::Create(std::uint32_t type)
 {
-    switch (type)
-    {
-    case 0:
-        return std::make_unique<TEV2_CAMERA_MOTION_BLUR_EFFECT>();
-    case 1:
-        return std::make_unique<TEV2_CAMERA_DEPTH_OF_FIELD_EFFECT>();
-    default:
-        return nullptr;
-    }
+    return decltype(ClassesOf(std::declval<TEV2_CAMERA_EFFECT&>()))::Create(type);
 }
 
 bool TEV2_CAMERA_MOTION_BLUR_EFFECT::Load(TEV2_MEMORY_CURSOR& cursor, float version)
 {
-    return LoadOptionalTrack(cursor, version, "shutterTime", shutterTime);
+    return LoadFields(*this, cursor, version);
 }
 
 bool TEV2_CAMERA_MOTION_BLUR_EFFECT::Save(TEV2_FILE_WRITER& writer) const
 {
-    return SaveOptionalTrack(writer, shutterTime);
+    return SaveFields(*this, writer);
 }
 
 std::unique_ptr<TEV2_CAMERA_EFFECT> TEV2_CAMERA_MOTION_BLUR_EFFECT::Clone() const
@@ -47,16 +39,12 @@ void TEV2_CAMERA_MOTION_BLUR_EFFECT::SetTime(float time)
 
 bool TEV2_CAMERA_DEPTH_OF_FIELD_EFFECT::Load(TEV2_MEMORY_CURSOR& cursor, float version)
 {
-    bool loaded = LoadOptionalTrack(cursor, version, "focusDistance", focusDistance);
-    loaded &= LoadOptionalTrack(cursor, version, "fNumber", fNumber);
-    return loaded;
+    return LoadFields(*this, cursor, version);
 }
 
 bool TEV2_CAMERA_DEPTH_OF_FIELD_EFFECT::Save(TEV2_FILE_WRITER& writer) const
 {
-    bool saved = SaveOptionalTrack(writer, focusDistance);
-    saved &= SaveOptionalTrack(writer, fNumber);
-    return saved;
+    return SaveFields(*this, writer);
 }
 
 std::unique_ptr<TEV2_CAMERA_EFFECT> TEV2_CAMERA_DEPTH_OF_FIELD_EFFECT::Clone() const

@@ -19,6 +19,12 @@ public:
     /// hold any number here: check it before use.
     std::unique_ptr<TEV2_ANIMATABLE_INT32> cameraIndex;
 
+    template <typename Self, typename Archive>
+    static void Fields(Self& switcher, Archive& archive)
+    {
+        archive.Track("cameraIndex", switcher.cameraIndex, Counts::kBoth);
+    }
+
     bool Load(TEV2_MEMORY_CURSOR& cursor, float version) override;
     bool Save(TEV2_FILE_WRITER& writer) const override;
     std::uint32_t GetChunkId() const override { return kCameraManChunk; }

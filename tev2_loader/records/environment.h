@@ -31,6 +31,16 @@ public:
     /// Kept and written as they stand; from version 1.16.
     std::array<std::uint8_t, 8> reserved{};
 
+    template <typename Self, typename Archive>
+    static void Fields(Self& environment, Archive& archive)
+    {
+        archive.Value("timeRange", environment.timeRange, Counts::kSave);
+        archive.Track("environmentColour", environment.environmentColour, Counts::kBoth);
+        archive.Map("environmentMap", environment.environmentMap, Counts::kBoth);
+        if (archive.Since(kSinceReservedBytes))
+            archive.Bytes("reserved", environment.reserved, Counts::kNever);
+    }
+
     bool Load(TEV2_MEMORY_CURSOR& cursor, float version) override;
     bool Save(TEV2_FILE_WRITER& writer) const override;
     std::uint32_t GetChunkId() const override { return kEnvironmentChunk; }

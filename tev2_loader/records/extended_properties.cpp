@@ -1,61 +1,45 @@
 #include "tev2_loader/records/extended_properties.h"
 
-#include "tev2_loader/io/arrays.h"
+#include "tev2_loader/records/archives.h"
 
 namespace TEV2_LOADER
 {
 
-namespace
-{
-
-constexpr std::size_t kLeastString = 2;
-constexpr std::size_t kLeastEntry = kLeastString + 4; ///< an empty name and a count or flag of zero
-
-} // namespace
-
 bool TEV2_NAMED_STRING_ARRAY::Load(TEV2_MEMORY_CURSOR& cursor, float version)
 {
-    TEV2_ENTITY::Load(cursor, version);
-    strings.clear();
-    const std::uint32_t count = cursor.ReadCount(kLeastString);
-    for (std::uint32_t index = 0; index < count && !cursor.Failed(); ++index)
-    {
-        const RecordScope scope(cursor, "strings", index);
-        if (!cursor.TakeMemory(sizeof(TEV2_WIDE_STRING)))
-            return false;
-        ReadWideString(cursor, strings.emplace_back());
-    }
-    return !cursor.Failed();
+    return LoadFields(*this, cursor, version);
 }
 
 bool TEV2_NAMED_STRING_ARRAY::Save(TEV2_FILE_WRITER& writer) const
 {
-    TEV2_ENTITY::Save(writer);
-    const bool saved = SaveCount(writer, strings);
-    for (const TEV2_WIDE_STRING& string : strings)
-        WriteWideString(*writer.stream, string);
-    return saved;
+    return SaveFields(*this, writer);
 }
+
+template <typename Family>
+bool TEV2_NAMED_ANIMATABLE<Family>::Load(TEV2_MEMORY_CURSOR& cursor, float version)
+{
+    return LoadFields(*this, cursor, version);
+}
+
+template <typename Family>
+bool TEV2_NAMED_ANIMATABLE<Family>::Save(TEV2_FILE_WRITER& writer) const
+{
+    return SaveFields(*this, writer);
+}
+
+template class TEV2_NAMED_ANIMATABLE<TEV2_ANIMATABLE_INT32>;
+template class TEV2_NAMED_ANIMATABLE<TEV2_ANIMATABLE_FLOAT32>;
+template class TEV2_NAMED_ANIMATABLE<TEV2_ANIMATABLE_VECTOR_3>;
+template class TEV2_NAMED_ANIMATABLE<TEV2_ANIMATABLE_VECTOR_4>;
 
 bool TEV2_EXTENDED_PROPERTIES::Load(TEV2_MEMORY_CURSOR& cursor, float version)
 {
-    const RecordScope scope(cursor, "properties");
-    bool loaded = LoadRecords(cursor, version, "stringArrays", stringArrays, kLeastEntry);
-    loaded &= LoadRecords(cursor, version, "intValues", intValues, kLeastEntry);
-    loaded &= LoadRecords(cursor, version, "floatValues", floatValues, kLeastEntry);
-    loaded &= LoadRecords(cursor, version, "vector3Values", vector3Values, kLeastEntry);
-    loaded &= LoadRecords(cursor, version, "vector4Values", vector4Values, kLeastEntry);
-    return loaded;
+    return LoadFields(*this, cursor, version);
 }
 
 bool TEV2_EXTENDED_PROPERTIES::Save(TEV2_FILE_WRITER& writer) const
 {
-    bool saved = SaveRecords(writer, stringArrays);
-    saved &= SaveRecords(writer, intValues);
-    saved &= SaveRecords(writer, floatValues);
-    saved &= SaveRecords(writer, vector3Values);
-    saved &= SaveRecords(writer, vector4Values);
-    return saved;
+    return SaveFields(*this, writer);
 }
 
 void TEV2_EXTENDED_PROPERTIES::SetTime(float time)

@@ -1,6 +1,5 @@
 #pragma once
 
-#include "tev2_loader/io/optional_track.h"
 #include "tev2_loader/records/object_bases.h"
 #include "tev2_loader/tracks/animatable.h"
 
@@ -16,12 +15,19 @@ class TEV2_NAMED_STRING_ARRAY : public TEV2_ENTITY
 public:
     std::vector<TEV2_WIDE_STRING> strings;
 
+    template <typename Self, typename Archive>
+    static void Fields(Self& array, Archive& archive)
+    {
+        TEV2_ENTITY::Fields(array, archive);
+        archive.Texts("strings", array.strings, Counts::kBoth);
+    }
+
     /// True when all strings were there; Save is true when their count was written.
     bool Load(TEV2_MEMORY_CURSOR& cursor, float version) override;
     bool Save(TEV2_FILE_WRITER& writer) const override;
 };
 
-/// A named value, constant or animated. Family is the family of its track.
+/// A named value, constant or animated. Family is the family of its track: INT32, FLOAT32, VECTOR_3 or VECTOR_4.
 template <typename Family>
 class TEV2_NAMED_ANIMATABLE : public TEV2_ENTITY, public TEV2_INTERNAL_ANIM_OBJECT
 {
@@ -29,19 +35,15 @@ public:
     /// May be null.
     std::unique_ptr<Family> track;
 
-    bool Load(TEV2_MEMORY_CURSOR& cursor, float version) override
+    template <typename Self, typename Archive>
+    static void Fields(Self& value, Archive& archive)
     {
-        bool loaded = TEV2_ENTITY::Load(cursor, version);
-        loaded &= LoadOptionalTrack(cursor, version, "track", track);
-        return loaded;
+        TEV2_ENTITY::Fields(value, archive);
+        archive.Track("track", value.track, Counts::kBoth);
     }
 
-    bool Save(TEV2_FILE_WRITER& writer) const override
-    {
-        bool saved = TEV2_ENTITY::Save(writer);
-        saved &= SaveOptionalTrack(writer, track);
-        return saved;
-    }
+    bool Load(TEV2_MEMORY_CURSOR& cursor, float version) override;
+    bool Save(TEV2_FILE_WRITER& writer) const override;
 
     void Update(float delta_time) override { UpdateEach(delta_time, track); }
     void SetTime(float time) override { SetTimeEach(time, track); }
@@ -57,6 +59,16 @@ public:
     std::vector<TEV2_NAMED_ANIMATABLE<TEV2_ANIMATABLE_FLOAT32>> floatValues;
     std::vector<TEV2_NAMED_ANIMATABLE<TEV2_ANIMATABLE_VECTOR_3>> vector3Values;
     std::vector<TEV2_NAMED_ANIMATABLE<TEV2_ANIMATABLE_VECTOR_4>> vector4Values;
+
+    template <typename Self, typename Archive>
+    static void Fields(Self& properties, Archive& archive)
+    {
+        archive.Records("stringArrays", properties.stringArrays, Counts::kBoth);
+        archive.Records("intValues", properties.intValues, Counts::kBoth);
+        archive.Records("floatValues", properties.floatValues, Counts::kBoth);
+        archive.Records("vector3Values", properties.vector3Values, Counts::kBoth);
+        archive.Records("vector4Values", properties.vector4Values, Counts::kBoth);
+    }
 
     bool Load(TEV2_MEMORY_CURSOR& cursor, float version) override;
     bool Save(TEV2_FILE_WRITER& writer) const override;

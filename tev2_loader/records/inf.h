@@ -17,6 +17,14 @@ public:
     /// Lines that each end in "\r\n".
     TEV2_WIDE_STRING infoText;
 
+    template <typename Self, typename Archive>
+    static void Fields(Self& information, Archive& archive)
+    {
+        archive.Constant("version", information.version, kVersion, Counts::kNever);
+        archive.Text("creatorText", information.creatorText);
+        archive.Text("infoText", information.infoText);
+    }
+
     /// False, and the cursor failed, for a version above kVersion. The version passed in is not looked at.
     bool Load(TEV2_MEMORY_CURSOR& cursor, float version_before);
 

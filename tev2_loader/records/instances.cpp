@@ -20,4 +20,15 @@ std::unique_ptr<TEV2_INSTANCE> TEV2_INSTANCE::Create(std::uint32_t chunk_id)
     }
 }
 
+const TEV2_KIND* TEV2_INSTANCE::FindKind(std::uint32_t chunk_id)
+{
+    for (const TEV2_KIND* kind :
+         {&kInstanceChunk, &kGeomInstanceChunk, &kInstanceMaterialsChunk, &kInstanceSubObjectsChunk})
+    {
+        if (*kind == chunk_id)
+            return kind;
+    }
+    return nullptr;
+}
+
 } // namespace TEV2_LOADER

@@ -18,6 +18,9 @@ class TEV2_INSTANCE : public UnparsedRecord<kInstanceChunk, TEV2_POSITIONAL_OBJE
 public:
     /// Makes the class of a chunk id (14, 16, 18, 19); null for any other id.
     static std::unique_ptr<TEV2_INSTANCE> Create(std::uint32_t chunk_id);
+
+    /// The kind of an instance's chunk id; null for any other id.
+    static const TEV2_KIND* FindKind(std::uint32_t chunk_id);
 };
 
 class TEV2_GEOM_INSTANCE : public TEV2_INSTANCE, public TEV2_LIT_OBJECT

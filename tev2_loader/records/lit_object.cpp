@@ -1,19 +1,18 @@
 #include "tev2_loader/records/lit_object.h"
 
-#include "tev2_loader/io/arrays.h"
+#include "tev2_loader/records/archives.h"
 
 namespace TEV2_LOADER
 {
 
-bool TEV2_LIT_OBJECT::Load(TEV2_MEMORY_CURSOR& cursor, float /*version*/)
+bool TEV2_LIT_OBJECT::Load(TEV2_MEMORY_CURSOR& cursor, float version)
 {
-    LoadBlock(cursor, lights);
-    return true;
+    return LoadFields(*this, cursor, version);
 }
 
 bool TEV2_LIT_OBJECT::Save(TEV2_FILE_WRITER& writer) const
 {
-    return SaveNumbers(writer, lights);
+    return SaveFields(*this, writer);
 }
 
 } // namespace TEV2_LOADER

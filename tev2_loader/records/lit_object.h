@@ -14,6 +14,12 @@ class TEV2_LIT_OBJECT : public TEV2_SERIALISABLE_OBJECT
 public:
     std::vector<std::uint32_t> lights;
 
+    template <typename Self, typename Archive>
+    static void Fields(Self& object, Archive& archive)
+    {
+        archive.Values("lights", object.lights, Counts::kSave);
+    }
+
     /// Always true. Save is true when the count was written.
     bool Load(TEV2_MEMORY_CURSOR& cursor, float version) override;
     bool Save(TEV2_FILE_WRITER& writer) const override;

@@ -2,7 +2,7 @@
 
 #include "tev2_loader/detail/fast_math.h"
 #include "tev2_loader/detail/track_mover.h"
-#include "tev2_loader/io/arrays.h"
+#include "tev2_loader/records/archives.h"
 #include "tev2_loader/tracks/linear_tracks.h"
 #include "tev2_loader/tracks/quaternion_tracks.h"
 
@@ -13,10 +13,6 @@ namespace TEV2_LOADER
 
 namespace
 {
-
-/// An empty name, a parent, two absent tracks, an empty text and five empty property arrays; older layouts
-/// have more.
-constexpr std::size_t kLeastNode = 2 + 4 + 2 * 4 + 2 + 5 * 4;
 
 /// The track as one of this class when it is nothing else, so that what it does can be compiled into the place. Null
 /// where finding that out takes longer than a virtual call.
@@ -49,45 +45,46 @@ typename Family::Value PresentValue(const std::unique_ptr<Family>& track)
     return usual != nullptr ? FastValue(*usual) : track->GetValue();
 }
 
-/// A 4x4 matrix column by column, the last row of no use.
-void LoadLegacyMatrix(TEV2_MEMORY_CURSOR& cursor, TEV2_MATRIX_3X4& matrix)
+/// Whether no node has more than most nodes from itself up to the top level. Parents in a circle have.
+bool NestsWithin(const std::vector<TEV2_MATRIX_NODE>& nodes, std::size_t most)
 {
-    for (int column = 0; column < 4; ++column)
+    const auto parent_of = [&nodes](std::size_t node)
     {
-        for (auto& row : matrix.m)
-            row[column] = cursor.ReadF32();
-        cursor.ReadF32();
+        const auto parent = static_cast<std::size_t>(nodes[node].parentIndex); // a negative one is beyond all
+        return parent < nodes.size() ? parent : nodes.size();
+    };
+    std::vector<std::uint32_t> depths(nodes.size() + 1, 0); // 0: not known yet, and that of no node
+    std::vector<std::size_t> way;
+    for (std::size_t node = 0; node < nodes.size(); ++node)
+    {
+        way.clear();
+        for (std::size_t at = node; at != nodes.size() && depths[at] == 0; at = parent_of(at))
+        {
+            way.push_back(at);
+            if (way.size() > nodes.size())
+                return false;
+        }
+        for (; !way.empty(); way.pop_back())
+        {
+            const std::uint32_t depth = depths[parent_of(way.back())] + 1;
+            if (depth > most)
+                return false;
+            depths[way.back()] = depth;
+        }
     }
+    return true;
 }
 
 } // namespace
 
 bool TEV2_MATRIX_NODE::Load(TEV2_MEMORY_CURSOR& cursor, float version)
 {
-    bool loaded = TEV2_ENTITY::Load(cursor, version);
-    parentIndex = cursor.ReadI32();
-    loaded &= LoadOptionalTrack(cursor, version, "translation", translation);
-    loaded &= LoadOptionalTrack(cursor, version, "rotation", rotation);
-    if (version >= kSinceScale)
-        loaded &= LoadOptionalTrack(cursor, version, "scale", scale);
-    if (version <= kUntilLegacyMatrix)
-        LoadLegacyMatrix(cursor, worldMatrix);
-    ReadWideString(cursor, userText);
-    if (version >= kSinceProperties)
-        loaded &= properties.Load(cursor, version);
-    return loaded;
+    return LoadFields(*this, cursor, version);
 }
 
 bool TEV2_MATRIX_NODE::Save(TEV2_FILE_WRITER& writer) const
 {
-    bool saved = TEV2_ENTITY::Save(writer);
-    saved &= writer.WriteI32(parentIndex);
-    saved &= SaveOptionalTrack(writer, translation);
-    saved &= SaveOptionalTrack(writer, rotation);
-    saved &= SaveOptionalTrack(writer, scale);
-    WriteWideString(*writer.stream, userText);
-    properties.Save(writer);
-    return saved;
+    return SaveFields(*this, writer);
 }
 
 template <typename Move>
@@ -137,24 +134,38 @@ void TEV2_MATRIX_HIERARCHY::LinkParents()
     }
 }
 
+void TEV2_MATRIX_HIERARCHY::ExamineParent(TEV2_MEMORY_CURSOR& cursor, const TEV2_MATRIX_NODE& node,
+                                          std::size_t begin, std::uint32_t count)
+{
+    if (node.parentIndex < 0 || static_cast<std::uint32_t>(node.parentIndex) < count)
+        return;
+    const std::size_t parent = begin + DiskSize(node.name);
+    cursor.Warn(TEV2_LOAD_CODE::ParentOutside, "below " + std::to_string(count),
+                std::to_string(node.parentIndex), cursor.Offset() - parent);
+}
+
 bool TEV2_MATRIX_HIERARCHY::Load(TEV2_MEMORY_CURSOR& cursor, float version)
 {
-    LoadRecords(cursor, version, "nodes", nodes, kLeastNode,
-                [&cursor](const TEV2_MATRIX_NODE& node, std::size_t begin, std::uint32_t count)
-                {
-                    if (node.parentIndex < 0 || static_cast<std::uint32_t>(node.parentIndex) < count)
-                        return;
-                    const std::size_t parent = begin + DiskSize(node.name);
-                    cursor.Warn(TEV2_LOAD_CODE::ParentOutside, "below " + std::to_string(count),
-                                std::to_string(node.parentIndex), cursor.Offset() - parent);
-                });
+    const TEV2_LOAD_LIMITS limits = cursor.Limits();
+    if (limits.nodes != 0)
+    {
+        TEV2_MEMORY_CURSOR ahead(cursor.current, cursor.Remaining());
+        const std::uint32_t count = ahead.ReadU32();
+        if (count > limits.nodes)
+            return cursor.Fail(TEV2_LOAD_CODE::LimitExceeded,
+                               "at most " + std::to_string(limits.nodes) + " nodes", std::to_string(count));
+    }
+    LoadFields(*this, cursor, version);
     LinkParents();
+    if (!cursor.Failed() && limits.nesting != 0 && !NestsWithin(nodes, limits.nesting))
+        return cursor.Fail(TEV2_LOAD_CODE::LimitExceeded,
+                           "nodes nested at most " + std::to_string(limits.nesting) + " deep", "deeper");
     return true;
 }
 
 bool TEV2_MATRIX_HIERARCHY::Save(TEV2_FILE_WRITER& writer) const
 {
-    return SaveRecords(writer, nodes);
+    return SaveFields(*this, writer);
 }
 
 template <typename Move>

@@ -39,6 +39,22 @@ public:
     TEV2_WIDE_STRING userText;
     TEV2_EXTENDED_PROPERTIES properties; ///< from version 1.04
 
+    template <typename Self, typename Archive>
+    static void Fields(Self& node, Archive& archive)
+    {
+        TEV2_ENTITY::Fields(node, archive);
+        archive.Value("parentIndex", node.parentIndex, Counts::kSave);
+        archive.Track("translation", node.translation, Counts::kBoth);
+        archive.Track("rotation", node.rotation, Counts::kBoth);
+        if (archive.Since(kSinceScale))
+            archive.Track("scale", node.scale, Counts::kBoth);
+        if (archive.UpTo(kUntilLegacyMatrix))
+            archive.LegacyMatrix("worldMatrix", node.worldMatrix);
+        archive.Text("userText", node.userText);
+        if (archive.Since(kSinceProperties))
+            archive.Record("properties", node.properties, Counts::kLoad);
+    }
+
     bool Load(TEV2_MEMORY_CURSOR& cursor, float version) override;
     bool Save(TEV2_FILE_WRITER& writer) const override;
 
@@ -68,7 +84,14 @@ public:
     /// Load does this itself.
     void LinkParents();
 
-    /// Always true; a node that could not be read fails the cursor.
+    template <typename Self, typename Archive>
+    static void Fields(Self& hierarchy, Archive& archive)
+    {
+        archive.Records("nodes", hierarchy.nodes, Counts::kSave, ExamineParent);
+    }
+
+    /// False, and the cursor failed, where there are more nodes, or deeper ones, than its limits allow; otherwise true:
+    /// a node that could not be read fails the cursor alone.
     bool Load(TEV2_MEMORY_CURSOR& cursor, float version) override;
     bool Save(TEV2_FILE_WRITER& writer) const override;
     std::uint32_t GetChunkId() const override { return kMatrixHierarchyChunk; }
@@ -78,6 +101,9 @@ public:
     void SetTime(float time) override;
 
 private:
+    static void ExamineParent(TEV2_MEMORY_CURSOR& cursor, const TEV2_MATRIX_NODE& node, std::size_t begin,
+                              std::uint32_t count);
+
     template <typename Move>
     void Evaluate(Move move);
 };

@@ -1,18 +1,18 @@
 #include "tev2_loader/records/object_bases.h"
 
+#include "tev2_loader/records/archives.h"
+
 namespace TEV2_LOADER
 {
 
-bool TEV2_ENTITY::Load(TEV2_MEMORY_CURSOR& cursor, float /*version*/)
+bool TEV2_ENTITY::Load(TEV2_MEMORY_CURSOR& cursor, float version)
 {
-    ReadWideString(cursor, name);
-    return true;
+    return LoadFields(*this, cursor, version);
 }
 
 bool TEV2_ENTITY::Save(TEV2_FILE_WRITER& writer) const
 {
-    WriteWideString(*writer.stream, name);
-    return true;
+    return SaveFields(*this, writer);
 }
 
 } // namespace TEV2_LOADER

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "tev2_loader/format.h"
 #include "tev2_loader/records/extended_properties.h"
 #include "tev2_loader/records/object_bases.h"
 #include "tev2_loader/tracks/animatable.h"
@@ -25,7 +26,20 @@ public:
     /// May be null; metres.
     std::unique_ptr<TEV2_ANIMATABLE_BOUNDING_BOX> bounds; ///< from version 1.13
 
-    /// True whenever the name was read. Save is true when the bounds were written.
+    template <typename Self, typename Archive>
+    static void Fields(Self& object, Archive& archive)
+    {
+        TEV2_ENTITY::Fields(object, archive);
+        archive.Text("secondText", object.secondText);
+        archive.Text("thirdText", object.thirdText);
+        archive.Value("value", object.value, Counts::kNever);
+        if (archive.Since(kSinceProperties))
+            archive.Record("properties", object.properties, Counts::kNever);
+        if (archive.Since(kSinceBounds))
+            archive.Track("bounds", object.bounds, Counts::kSave);
+    }
+
+    /// Always true. Save is true when the bounds were written.
     bool Load(TEV2_MEMORY_CURSOR& cursor, float version) override;
     bool Save(TEV2_FILE_WRITER& writer) const override;
 

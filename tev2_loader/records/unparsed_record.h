@@ -9,7 +9,7 @@
 namespace TEV2_LOADER
 {
 
-/// The bytes of a record whose layout this library does not read.
+/// The bytes of a record whose layout this library does not read: from the cursor to the end of the chunk.
 class UnparsedBody
 {
 public:
@@ -31,6 +31,12 @@ class UnparsedRecord : public Bases...
 {
 public:
     UnparsedBody body;
+
+    template <typename Self, typename Archive>
+    static void Fields(Self& record, Archive& archive)
+    {
+        archive.Body("body", record.body);
+    }
 
     // Not every set of bases declares all of these.
     // NOLINTBEGIN(modernize-use-override)

@@ -1,7 +1,8 @@
 #pragma once
 
+#include "tev2_loader/archive/fields.h"
+#include "tev2_loader/io/interfaces.h"
 #include "tev2_loader/math/values.h"
-#include "tev2_loader/records/object_bases.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -27,9 +28,17 @@ public:
     /// Key times, ascending. Playback takes at least two.
     std::vector<float> m_times;
 
-    /// Reads and writes cursor and times; the concrete tracks add their values behind.
-    bool Load(TEV2_MEMORY_CURSOR& cursor, float version) override;
-    bool Save(TEV2_FILE_WRITER& writer) const override;
+    /// What a load finds where a kind is not of the family that its place takes.
+    static constexpr TEV2_LOAD_CODE kUnknownType = TEV2_LOAD_CODE::UnknownTrackKind;
+
+    /// The concrete tracks add their values.
+    template <typename Self, typename Archive>
+    static void Fields(Self& track, Archive& archive)
+    {
+        archive.Value("m_current_key", track.m_current_key, Counts::kSave);
+        archive.Value("m_fraction", track.m_fraction, Counts::kSave);
+        archive.Values("m_times", track.m_times, Counts::kSave);
+    }
 
     /// The kind code that stands before the track in the file and that the family's Create takes.
     virtual std::uint32_t GetType() const = 0;

@@ -1,10 +1,10 @@
 #pragma once
 
-#include "tev2_loader/io/arrays.h"
+#include "tev2_loader/archive/load.h"
+#include "tev2_loader/archive/save.h"
 #include "tev2_loader/tracks/animatable.h"
 
 #include <algorithm>
-#include <type_traits>
 
 namespace TEV2_LOADER
 {
@@ -28,7 +28,7 @@ class KeyedTrack : public Family
 public:
     using Value = typename Family::Value;
 
-    static constexpr std::uint32_t kKindCode = kKind;
+    static constexpr std::uint32_t kType = kKind;
 
     /// Value i belongs to time i; exactly one value is a constant.
     std::vector<Value> m_values;
@@ -47,35 +47,22 @@ public:
         m_values.push_back(value);
     }
 
-    /// Base record, u32 count, values. Always true; what is missing fails the cursor.
-    bool Load(TEV2_MEMORY_CURSOR& cursor, float version) override
+    template <typename Self, typename Archive>
+    static void Fields(Self& track, Archive& archive)
     {
-        const bool loaded = TEV2_ANIMATABLE::Load(cursor, version);
-        if constexpr (BlockElement<Value>)
-            LoadBlock(cursor, m_values);
-        else
-            LoadRecords(cursor, version, "values", m_values, kDiskSize<Value>);
-        return loaded;
+        TEV2_ANIMATABLE::Fields(track, archive);
+        archive.Values("m_values", track.m_values, Counts::kSave);
     }
 
-    /// Values of one number count as written with their count, all others by each of their bytes.
+    /// Always true; what is missing fails the cursor.
+    bool Load(TEV2_MEMORY_CURSOR& cursor, float version) override
+    {
+        return LoadFields(static_cast<Concrete&>(*this), cursor, version);
+    }
+
     bool Save(TEV2_FILE_WRITER& writer) const override
     {
-        bool saved = TEV2_ANIMATABLE::Save(writer);
-        if constexpr (std::is_arithmetic_v<Value>)
-        {
-            saved &= SaveNumbers(writer, m_values);
-        }
-        else if constexpr (BlockElement<Value>)
-        {
-            saved &= SaveCount(writer, m_values);
-            saved &= SaveBlock(writer, m_values);
-        }
-        else
-        {
-            saved &= SaveRecords(writer, m_values);
-        }
-        return saved;
+        return SaveFields(static_cast<const Concrete&>(*this), writer);
     }
 
     std::uint32_t GetType() const override { return kKind; }

@@ -13,13 +13,13 @@ void CreateWhenOfKind(std::uint32_t kind, std::unique_ptr<Family>& track)
 {
     if constexpr (std::is_base_of_v<Family, Track>)
     {
-        if (kind == Track::kKindCode)
+        if (kind == Track::kType)
             track = std::make_unique<Track>();
     }
 }
 
 template <typename Family, typename... Tracks>
-std::unique_ptr<Family> CreateOneOf(TrackList<Tracks...>, std::uint32_t kind)
+std::unique_ptr<Family> CreateOneOf(TEV2_CLASSES<TEV2_ANIMATABLE, Tracks...>, std::uint32_t kind)
 {
     std::unique_ptr<Family> track;
     (CreateWhenOfKind<Family, Tracks>(kind, track), ...);

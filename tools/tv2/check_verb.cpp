@@ -5,7 +5,6 @@
 #include "tools/tv2/json_answer.h"
 #include "tools/tv2/lint.h"
 #include "tools/tv2/loaded_file.h"
-#include "tools/tv2/names.h"
 #include "tools/tv2/text.h"
 #include "tools/tv2/verb.h"
 
@@ -86,7 +85,7 @@ void PrintFinding(const Finding& finding, std::ostream& out)
     }
     else if (finding.chunk_id)
     {
-        out << ", chunk " << *finding.chunk_id << " (" << ChunkTitle(*finding.chunk_id) << ")";
+        out << ", chunk " << *finding.chunk_id << " (" << TEV2_LOADER::ChunkTitle(*finding.chunk_id) << ")";
     }
     out << ": " << finding.message << '\n';
 }

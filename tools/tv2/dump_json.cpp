@@ -1,9 +1,9 @@
 #include "tools/tv2/dump_writer.h"
-#include "tools/tv2/names.h"
+
+#include "tev2_loader/format.h"
+#include "tools/tv2/json_answer.h"
 #include "tools/tv2/text.h"
 #include "tools/tv2/track_view.h"
-
-#include <nlohmann/json.hpp>
 
 #include <cmath>
 #include <vector>
@@ -21,7 +21,14 @@ class JsonDump : public DumpWriter
 public:
     explicit JsonDump(std::ostream& out) : out_(out) {}
 
-    void BeginObject(std::string_view key) override { Begin(key, '{'); }
+    void BeginObject(std::string_view key) override
+    {
+        Begin(key, '{');
+        if (levels_.size() == 1)
+        {
+            Integer("schema", kJsonSchema);
+        }
+    }
     void EndObject() override { End('}'); }
     void BeginArray(std::string_view key, std::size_t) override { Begin(key, '['); }
     void EndArray() override { End(']'); }
@@ -110,7 +117,7 @@ public:
         const TrackView view(*track);
         BeginObject(key);
         Integer("kind", view.Kind());
-        Text("class", TrackClassName(view.Kind()));
+        Text("class", kTrackKinds[view.Kind()].className);
         Integer("m_current_key", track->m_current_key);
         Float("m_fraction", track->m_fraction);
         Member("m_times");
@@ -221,7 +228,7 @@ private:
 
     void Quoted(std::string_view text)
     {
-        out_ << nlohmann::json(text).dump(-1, ' ', false, nlohmann::json::error_handler_t::replace);
+        out_ << Json(text).dump(-1, ' ', false, Json::error_handler_t::replace);
     }
 
     std::ostream& out_;

@@ -1,5 +1,6 @@
 #include "tools/tv2/dump_writer.h"
-#include "tools/tv2/names.h"
+
+#include "tev2_loader/format.h"
 #include "tools/tv2/text.h"
 #include "tools/tv2/track_view.h"
 
@@ -86,7 +87,7 @@ public:
         }
         const TrackView view(*track);
         Label(key);
-        out_ << ' ' << TrackClassName(view.Kind()) << " (kind " << view.Kind() << "), "
+        out_ << ' ' << kTrackKinds[view.Kind()].className << " (kind " << view.Kind() << "), "
              << CountOf(view.TimeCount(), "time", "times") << ", "
              << CountOf(view.ValueCount(), "value", "values") << ", cursor " << track->m_current_key << " + "
              << FloatText(track->m_fraction) << '\n';

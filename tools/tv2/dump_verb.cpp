@@ -3,10 +3,11 @@
 #include "tools/tv2/dump_writer.h"
 #include "tools/tv2/json_answer.h"
 #include "tools/tv2/loaded_file.h"
-#include "tools/tv2/names.h"
+#include "tools/tv2/text.h"
 #include "tools/tv2/verb.h"
 
 #include <limits>
+#include <utility>
 
 namespace tv2
 {
@@ -22,10 +23,115 @@ struct DumpOptions
     std::size_t keys = std::numeric_limits<std::size_t>::max();
 };
 
+/// Writes the fields of records. What a version did not have is shown as absent.
+class DumpArchive
+{
+public:
+    DumpArchive(DumpWriter& writer, float version) : writer_(writer), version_(version) {}
+
+    static constexpr bool Since(float /*version*/) { return true; }
+    bool UpTo(float version) const { return version_ <= version; }
+
+    void Text(const char* label, const TEV2_WIDE_STRING& text) { writer_.String(label, text); }
+    void Texts(const char* label, const std::vector<TEV2_WIDE_STRING>& texts, Counts)
+    {
+        writer_.Strings(label, texts);
+    }
+
+    void Value(std::string_view label, float value, Counts) { writer_.Float(label, value); }
+    void Value(std::string_view label, std::int32_t value, Counts) { writer_.Integer(label, value); }
+    void Value(std::string_view label, std::uint32_t value, Counts) { writer_.Integer(label, value); }
+    void Value(std::string_view label, const TEV2_FLOAT32_RANGE& range, Counts)
+    {
+        writer_.BeginObject(label);
+        writer_.Float("minimum", range.minimum);
+        writer_.Float("maximum", range.maximum);
+        writer_.EndObject();
+    }
+
+    void Constant(const char* label, float value, float /*always*/, Counts) { writer_.Float(label, value); }
+
+    void Bytes(const char* label, std::span<const std::uint8_t> bytes, Counts)
+    {
+        writer_.Bytes(label, bytes);
+    }
+    void Body(const char* label, const UnparsedBody& body) { writer_.Bytes(label, body.bytes); }
+
+    template <class Object>
+    void Record(std::string_view label, const Object& record, Counts)
+    {
+        writer_.BeginObject(label);
+        Object::Fields(record, *this);
+        writer_.EndObject();
+    }
+
+    template <class Object, class... Examine>
+    void Records(const char* label, const std::vector<Object>& records, Counts counts, const Examine&...)
+    {
+        writer_.BeginArray(label, records.size());
+        for (const Object& record : records)
+        {
+            Record({}, record, counts);
+        }
+        writer_.EndArray();
+    }
+
+    template <class Family>
+    void Track(const char* label, const std::unique_ptr<Family>& track, Counts)
+    {
+        writer_.Track(label, track.get());
+    }
+
+    template <class Family>
+    void Objects(const char* label, const std::vector<std::unique_ptr<Family>>& objects, Counts)
+    {
+        writer_.BeginArray(label, objects.size());
+        for (const auto& object : objects)
+        {
+            if (object == nullptr)
+            {
+                writer_.Absent({});
+                continue;
+            }
+            writer_.BeginObject({});
+            writer_.Integer("type", object->GetType());
+            decltype(ClassesOf(*object))::VisitAs(*object, [this](const auto& concrete)
+                                                  { concrete.Fields(concrete, *this); });
+            writer_.EndObject();
+        }
+        writer_.EndArray();
+    }
+
+    /// No file that loads has a map.
+    template <class Family>
+    void Map(const char*, const std::unique_ptr<Family>&, Counts)
+    {
+    }
+
+    /// Row after row.
+    void LegacyMatrix(const char* label, const TEV2_MATRIX_3X4& matrix)
+    {
+        writer_.BeginArray(label, 12);
+        for (const auto& row : matrix.m)
+        {
+            for (const float element : row)
+            {
+                writer_.Float({}, element);
+            }
+        }
+        writer_.EndArray();
+    }
+
+private:
+    DumpWriter& writer_;
+    float version_;
+};
+
 class SceneDump
 {
 public:
-    SceneDump(const LoadedFile& file, DumpWriter& writer) : file_(file), scene_(*file.scene), writer_(writer)
+    SceneDump(const LoadedFile& file, DumpWriter& writer)
+        : file_(file), writer_(writer), archive_(writer, file.report.version)
     {
     }
 
@@ -39,34 +145,8 @@ public:
         }
         writer_.Integer("bytes", static_cast<std::int64_t>(file_.image.size()));
         Chunks();
-        Information();
-        ArrayLengths();
-        Environment();
-        Body("globalLightTint", scene_.globalLightTint.get());
-        Body("ambientLight", scene_.ambientLight.get());
-        writer_.BeginObject("cameraMan");
-        writer_.Track("cameraIndex", scene_.cameraMan.cameraIndex.get());
-        writer_.EndObject();
-        TypedBodies("lights", scene_.lights);
-        Array("cameras", scene_.cameras, [this](const TEV2_CAMERA& camera) { Camera(camera); });
-        Bodies("rigids", scene_.rigids);
-        Bodies("animMeshes", scene_.animMeshes);
-        Bodies("morphMeshes", scene_.morphMeshes);
-        Bodies("weightedMeshes", scene_.weightedMeshes);
-        Bodies("bezierSplines", scene_.bezierSplines);
-        Bodies("helpers", scene_.helpers);
-        Bodies("speedTreeReferences", scene_.speedTreeReferences);
-        MatrixHierarchy();
-        TypedBodies("materials", scene_.materials);
-        writer_.BeginArray("instanceLists", scene_.instanceLists.size());
-        for (const auto& list : scene_.instanceLists)
-        {
-            Bodies({}, list);
-        }
-        writer_.EndArray();
-        Bodies("xrefs15", scene_.xrefs15);
-        Bodies("xrefs20", scene_.xrefs20);
-        Bodies("xrefObjects", scene_.xrefObjects);
+        VisitLists(std::as_const(*file_.scene),
+                   [this](const auto& list, const auto& member) { Member(list, member); });
         writer_.EndObject();
     }
 
@@ -86,13 +166,71 @@ private:
         writer_.EndArray();
     }
 
-    void Information()
+    template <class Record>
+    void Member(const TEV2_LIST& list, const Record& record)
     {
-        writer_.BeginObject("information");
-        writer_.Float("version", scene_.information.version);
-        writer_.String("creatorText", scene_.information.creatorText);
-        writer_.String("infoText", scene_.information.infoText);
-        writer_.EndObject();
+        archive_.Record(list.label, record, Counts::kNever);
+        if (list.kind == kInformationChunk)
+        {
+            ArrayLengths();
+        }
+    }
+
+    template <class Object>
+    void Member(const TEV2_LIST& list, const std::unique_ptr<Object>& object)
+    {
+        if (object == nullptr)
+        {
+            writer_.Absent(list.label);
+            return;
+        }
+        archive_.Record(list.label, *object, Counts::kNever);
+    }
+
+    template <class Object>
+    void Member(const TEV2_LIST& list, const TEV2::Array<Object>& objects)
+    {
+        Array(list.label, objects);
+    }
+
+    /// The instance lists are an array of arrays.
+    void Member(const TEV2_INSTANCE_LIST& list, const TEV2::Array<TEV2_INSTANCE>& instances)
+    {
+        if (list.index == 0)
+        {
+            writer_.BeginArray(list.label, kInstanceListCount);
+        }
+        Array({}, instances);
+        if (list.index + 1 == kInstanceListCount)
+        {
+            writer_.EndArray();
+        }
+    }
+
+    template <class Object>
+    void Array(std::string_view key, const TEV2::Array<Object>& objects)
+    {
+        writer_.BeginArray(key, objects.size());
+        for (const auto& object : objects)
+        {
+            if (object == nullptr)
+            {
+                writer_.Absent({});
+                continue;
+            }
+            writer_.BeginObject({});
+            if constexpr (requires { object->GetType(); })
+            {
+                writer_.Integer("type", object->GetType());
+            }
+            else if constexpr (requires { object->body; })
+            {
+                writer_.Integer("chunkId", object->GetChunkId());
+            }
+            Object::Fields(*object, archive_);
+            writer_.EndObject();
+        }
+        writer_.EndArray();
     }
 
     void ArrayLengths()
@@ -111,180 +249,9 @@ private:
         writer_.EndArray();
     }
 
-    void Environment()
-    {
-        writer_.BeginObject("environment");
-        writer_.BeginObject("timeRange");
-        writer_.Float("minimum", scene_.environment.timeRange.minimum);
-        writer_.Float("maximum", scene_.environment.timeRange.maximum);
-        writer_.EndObject();
-        writer_.Track("environmentColour", scene_.environment.environmentColour.get());
-        writer_.Bytes("reserved", scene_.environment.reserved);
-        writer_.EndObject();
-    }
-
-    void Camera(const TEV2_CAMERA& camera)
-    {
-        writer_.String("name", camera.name);
-        writer_.String("secondText", camera.secondText);
-        writer_.String("thirdText", camera.thirdText);
-        writer_.Integer("value", camera.value);
-        Properties(camera.properties);
-        writer_.Track("bounds", camera.bounds.get());
-        writer_.Float("inverseAspect", camera.inverseAspect);
-        writer_.Track("distance", camera.distance.get());
-        writer_.Track("fieldOfView", camera.fieldOfView.get());
-        writer_.Track("secondaryRange", camera.secondaryRange.get());
-        writer_.Track("clipRange", camera.clipRange.get());
-        Array("effects", camera.effects, [this](const TEV2_CAMERA_EFFECT& effect) { Effect(effect); });
-    }
-
-    void Effect(const TEV2_CAMERA_EFFECT& effect)
-    {
-        writer_.Integer("type", effect.GetEffectType());
-        if (const auto* blur = dynamic_cast<const TEV2_CAMERA_MOTION_BLUR_EFFECT*>(&effect))
-        {
-            writer_.Track("shutterTime", blur->shutterTime.get());
-        }
-        else if (const auto* depth = dynamic_cast<const TEV2_CAMERA_DEPTH_OF_FIELD_EFFECT*>(&effect))
-        {
-            writer_.Track("focusDistance", depth->focusDistance.get());
-            writer_.Track("fNumber", depth->fNumber.get());
-        }
-    }
-
-    void MatrixHierarchy()
-    {
-        const auto& nodes = scene_.matrixHierarchy.nodes;
-        writer_.BeginObject("matrixHierarchy");
-        writer_.BeginArray("nodes", nodes.size());
-        for (const TEV2_MATRIX_NODE& node : nodes)
-        {
-            writer_.BeginObject({});
-            writer_.String("name", node.name);
-            writer_.Integer("parentIndex", node.parentIndex);
-            writer_.Track("translation", node.translation.get());
-            writer_.Track("rotation", node.rotation.get());
-            writer_.Track("scale", node.scale.get());
-            if (file_.report.version <= kUntilLegacyMatrix)
-            {
-                WorldMatrix(node.worldMatrix);
-            }
-            writer_.String("userText", node.userText);
-            Properties(node.properties);
-            writer_.EndObject();
-        }
-        writer_.EndArray();
-        writer_.EndObject();
-    }
-
-    /// The matrix that old files bring along, row after row.
-    void WorldMatrix(const TEV2_MATRIX_3X4& matrix)
-    {
-        writer_.BeginArray("worldMatrix", 12);
-        for (const auto& row : matrix.m)
-        {
-            for (const float element : row)
-            {
-                writer_.Float({}, element);
-            }
-        }
-        writer_.EndArray();
-    }
-
-    void Properties(const TEV2_EXTENDED_PROPERTIES& properties)
-    {
-        writer_.BeginObject("properties");
-        writer_.BeginArray("stringArrays", properties.stringArrays.size());
-        for (const TEV2_NAMED_STRING_ARRAY& array : properties.stringArrays)
-        {
-            writer_.BeginObject({});
-            writer_.String("name", array.name);
-            writer_.Strings("strings", array.strings);
-            writer_.EndObject();
-        }
-        writer_.EndArray();
-        NamedValues("intValues", properties.intValues);
-        NamedValues("floatValues", properties.floatValues);
-        NamedValues("vector3Values", properties.vector3Values);
-        NamedValues("vector4Values", properties.vector4Values);
-        writer_.EndObject();
-    }
-
-    template <class Family>
-    void NamedValues(std::string_view key, const std::vector<TEV2_NAMED_ANIMATABLE<Family>>& values)
-    {
-        writer_.BeginArray(key, values.size());
-        for (const TEV2_NAMED_ANIMATABLE<Family>& value : values)
-        {
-            writer_.BeginObject({});
-            writer_.String("name", value.name);
-            writer_.Track("track", value.track.get());
-            writer_.EndObject();
-        }
-        writer_.EndArray();
-    }
-
-    /// An array of owned objects; `members` writes what is inside one of them.
-    template <class Object, class Members>
-    void Array(std::string_view key, const std::vector<std::unique_ptr<Object>>& objects,
-               const Members& members)
-    {
-        writer_.BeginArray(key, objects.size());
-        for (const auto& object : objects)
-        {
-            if (object == nullptr)
-            {
-                writer_.Absent({});
-                continue;
-            }
-            writer_.BeginObject({});
-            members(*object);
-            writer_.EndObject();
-        }
-        writer_.EndArray();
-    }
-
-    /// Records whose body is kept as bytes.
-    template <class Object>
-    void Bodies(std::string_view key, const std::vector<std::unique_ptr<Object>>& objects)
-    {
-        Array(key, objects,
-              [this](const Object& object)
-              {
-                  writer_.Integer("chunkId", object.GetChunkId());
-                  writer_.Bytes("body", object.body.bytes);
-              });
-    }
-
-    /// The same, of a kind whose type stands before the body.
-    template <class Object>
-    void TypedBodies(std::string_view key, const std::vector<std::unique_ptr<Object>>& objects)
-    {
-        Array(key, objects,
-              [this](const Object& object)
-              {
-                  writer_.Integer("type", object.GetType());
-                  writer_.Bytes("body", object.body.bytes);
-              });
-    }
-
-    template <class Object>
-    void Body(std::string_view key, const Object* object)
-    {
-        if (object == nullptr)
-        {
-            writer_.Absent(key);
-            return;
-        }
-        writer_.BeginObject(key);
-        writer_.Bytes("body", object->body.bytes);
-        writer_.EndObject();
-    }
-
     const LoadedFile& file_;
-    const TEV2& scene_;
     DumpWriter& writer_;
+    DumpArchive archive_;
 };
 
 } // namespace

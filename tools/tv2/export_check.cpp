@@ -1,8 +1,8 @@
 #include "tools/tv2/export_check.h"
 
 #include "exporter/base/text.h"
+#include "tev2_loader/walk.h"
 #include "tools/tv2/loaded_file.h"
-#include "tools/tv2/scene_walk.h"
 #include "tools/tv2/text.h"
 
 #include <algorithm>
@@ -29,7 +29,7 @@ std::string WithReason(const std::string& text, const FilePlan& planned, const E
 }
 
 /// Counts keys and compares their times with the instants of the plan.
-class KeyCounter : public SceneVisitor
+class KeyCounter : public TEV2_FIELD_VISITOR
 {
 public:
     KeyCounter(const TEV2& scene, const FilePlan& planned, ExportedFile& result)
@@ -38,29 +38,30 @@ public:
         std::ranges::sort(instants_); // a range may be reversed
     }
 
-    void VisitTrack(const RecordPlace& place, const TEV2_ANIMATABLE& track) override
+    void Track(const TEV2_FIELD& field, const TEV2_ANIMATABLE* track) override
     {
-        const bool is_camera = place.path.starts_with("camera"); // or the switcher
-        if (!is_camera && !place.path.starts_with("matrixHierarchy"))
+        const bool is_camera = field.record.starts_with("camera"); // or the switcher
+        if (track == nullptr || (!is_camera && field.chunkId != kMatrixHierarchyChunk))
         {
             return;
         }
         ++tracks_;
-        result_.keys_kept += track.m_times.size();
-        if (is_camera && track.m_times.size() != instants_.size())
+        const std::vector<float>& times = track->m_times;
+        result_.keys_kept += times.size();
+        if (is_camera && times.size() != instants_.size())
         {
-            Complain(place.path + " has " + CountOf(track.m_times.size(), "key", "keys") + " for " +
+            Complain(field.Path() + " has " + CountOf(times.size(), "key", "keys") + " for " +
                      CountOf(instants_.size(), "sample", "samples"));
         }
-        if (track.m_times.empty())
+        if (times.empty())
         {
-            Complain(place.path + " has no key");
+            Complain(field.Path() + " has no key");
         }
-        for (const float time : track.m_times)
+        for (const float time : times)
         {
             if (!std::ranges::binary_search(instants_, time))
             {
-                Complain(place.path + " has a key at " + FloatText(time) + " s, which was not sampled");
+                Complain(field.Path() + " has a key at " + FloatText(time) + " s, which was not sampled");
                 break;
             }
         }
@@ -144,7 +145,7 @@ std::string ReadBack(const FilePlan& planned, const ExportPlan& plan, ExportedFi
         return "not what was exported: " + difference;
     }
     KeyCounter keys(*file.scene, planned, result);
-    WalkScene(*file.scene, file.report, keys);
+    WalkScene(*file.scene, file.image.data(), file.report, keys);
     keys.Finish();
     result.nodes = file.scene->matrixHierarchy.nodes.size();
     result.cameras = file.scene->cameras.size();

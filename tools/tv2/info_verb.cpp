@@ -1,11 +1,10 @@
 // tv2 info: what a file holds, on one screen.
 
 #include "tev2_loader/up_axis.h"
+#include "tev2_loader/walk.h"
 #include "tools/tv2/extents.h"
 #include "tools/tv2/json_answer.h"
 #include "tools/tv2/loaded_file.h"
-#include "tools/tv2/names.h"
-#include "tools/tv2/scene_walk.h"
 #include "tools/tv2/text.h"
 #include "tools/tv2/track_view.h"
 #include "tools/tv2/verb.h"
@@ -54,16 +53,19 @@ struct Summary
     Extents extents;
 };
 
-class TrackCounter : public SceneVisitor
+class TrackCounter : public TEV2_FIELD_VISITOR
 {
 public:
     explicit TrackCounter(std::map<std::uint32_t, TrackTotal>& totals) : totals_(totals) {}
 
-    void VisitTrack(const RecordPlace&, const TEV2_ANIMATABLE& track) override
+    void Track(const TEV2_FIELD&, const TEV2_ANIMATABLE* track) override
     {
-        TrackTotal& total = totals_[track.GetType()];
-        ++total.tracks;
-        total.keys += TrackView(track).ValueCount();
+        if (track != nullptr)
+        {
+            TrackTotal& total = totals_[track->GetType()];
+            ++total.tracks;
+            total.keys += TrackView(*track).ValueCount();
+        }
     }
 
 private:
@@ -93,7 +95,7 @@ Summary Summarise(LoadedFile& file)
     summary.has_environment = LastChunk(file, kEnvironmentChunk) != nullptr;
     summary.information_lines = Lines(ReadableText(scene.information.infoText.Text()));
     TrackCounter counter(summary.tracks);
-    WalkScene(scene, file.report, counter);
+    WalkScene(scene, file.image.data(), file.report, counter);
     for (const TEV2_CHUNK_SPAN& chunk : file.report.chunks)
     {
         ChunkTotal& total = summary.chunks[chunk.id];
@@ -168,7 +170,7 @@ Json ToJson(const std::string& path, const LoadedFile& file, const Summary& summ
     for (const auto& [kind, total] : summary.tracks)
     {
         json["tracks"].push_back({{"kind", kind},
-                                  {"class", TrackClassName(kind)},
+                                  {"class", kTrackKinds[kind].className},
                                   {"tracks", total.tracks},
                                   {"keys", total.keys}});
     }
@@ -183,8 +185,11 @@ Json ToJson(const std::string& path, const LoadedFile& file, const Summary& summ
     json["chunks"] = Json::array();
     for (const auto& [id, total] : summary.chunks)
     {
-        json["chunks"].push_back(
-            {{"id", id}, {"class", ChunkClassName(id)}, {"chunks", total.chunks}, {"bytes", total.bytes}});
+        const TEV2_KIND* const kind = FindChunkKind(id);
+        json["chunks"].push_back({{"id", id},
+                                  {"class", kind != nullptr ? kind->className : ""},
+                                  {"chunks", total.chunks},
+                                  {"bytes", total.bytes}});
     }
     return json;
 }
@@ -302,7 +307,7 @@ private:
         for (const auto& [kind, total] : summary_.tracks)
         {
             Line("") << std::right << std::setw(8) << CountText(total.tracks) << std::setw(12)
-                     << CountText(total.keys) << "  " << TrackTitle(kind) << '\n';
+                     << CountText(total.keys) << "  " << kTrackKinds[kind].title << '\n';
         }
         Line("chunks") << "  chunks       bytes\n";
         for (const auto& [id, total] : summary_.chunks)

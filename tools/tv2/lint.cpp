@@ -1,7 +1,6 @@
 #include "tools/tv2/lint.h"
 
-#include "tools/tv2/names.h"
-#include "tools/tv2/scene_walk.h"
+#include "tev2_loader/walk.h"
 #include "tools/tv2/text.h"
 #include "tools/tv2/track_view.h"
 
@@ -39,7 +38,7 @@ std::string At(std::size_t key)
     return "key " + std::to_string(key);
 }
 
-class Lint : public SceneVisitor
+class Lint : public TEV2_FIELD_VISITOR
 {
 public:
     Lint(const LoadedFile& file, std::vector<Finding>& findings)
@@ -51,95 +50,135 @@ public:
     {
         CheckChunks();
         CheckArrayLengths();
-        CheckTimeRange();
         CheckNodeNames();
-        WalkScene(scene_, file_.report, *this);
+        WalkScene(scene_, file_.image.data(), file_.report, *this);
         CheckEndPairs();
     }
 
-    void VisitNode(const RecordPlace& place, std::size_t index) override
+    void Number(const TEV2_FIELD& field, double /*number*/) override
     {
-        const TEV2_MATRIX_NODE& node = scene_.matrixHierarchy.nodes[index];
-        const std::uint64_t parent_offset = place.offset + DiskSize(node.name);
-        const auto node_count = scene_.matrixHierarchy.nodes.size();
-        if (node.parentIndex >= 0)
+        const std::string_view label = field.label;
+        if (field.chunkId == kMatrixHierarchyChunk && label == "parentIndex")
         {
-            const auto parent = static_cast<std::size_t>(node.parentIndex);
-            if (parent >= index && parent < node_count)
-            {
-                Add("parent-not-before-child", place, parent_offset,
-                    "node " + std::to_string(index) + " has the parent " + std::to_string(parent) +
-                        (parent == index ? ", itself"
-                                         : ", " + QuotedName(scene_.matrixHierarchy.nodes[parent].name)));
-            }
+            CheckParent(field);
         }
-        if (node.translation == nullptr || node.rotation == nullptr)
+        else if (field.chunkId == kCameraChunk && label == "value")
         {
-            Add("node-track-missing", place, parent_offset + 4,
-                node.translation != nullptr ? "no rotation"
-                : node.rotation != nullptr  ? "no translation"
-                                            : "neither translation nor rotation");
+            CheckCameraNode(field);
+        }
+        else if (field.chunkId == kCameraChunk && label == "inverseAspect")
+        {
+            CheckLens(field);
+        }
+        else if (field.chunkId == kEnvironmentChunk && label == "timeRange" && field.component == 0)
+        {
+            CheckTimeRange(field);
         }
     }
 
-    void VisitText(const RecordPlace& place, const TEV2_WIDE_STRING& text) override
+    void Text(const TEV2_FIELD& field, const TEV2_WIDE_STRING& text) override
     {
         if (text.Text().size() == kMostStringUnits)
         {
-            Add("text-cut", place, place.offset,
+            Add("text-cut", field, field.offset,
                 CountText(kMostStringUnits) + " units, the most that a file can hold");
         }
     }
 
-    void VisitCamera(const RecordPlace& place, std::size_t index, std::uint64_t lens) override
+    void Track(const TEV2_FIELD& field, const TEV2_ANIMATABLE* track) override
     {
-        const TEV2_CAMERA& camera = *scene_.cameras[index];
-        const std::uint64_t value_offset =
-            place.offset + DiskSize(camera.name) + DiskSize(camera.secondText) + DiskSize(camera.thirdText);
-        if (camera.value >= scene_.matrixHierarchy.nodes.size())
+        if (field.chunkId == kMatrixHierarchyChunk && std::string_view(field.label) == "translation")
         {
-            Add("camera-node-outside", place, value_offset,
-                "node index " + std::to_string(camera.value) + ", but there are " +
-                    CountOf(scene_.matrixHierarchy.nodes.size(), "node", "nodes"));
+            CheckNodeTracks(field);
         }
-        if (!std::isfinite(camera.inverseAspect))
+        if (track == nullptr)
         {
-            Add("non-finite-value", place, lens, "inverseAspect is " + FloatText(camera.inverseAspect));
+            return;
         }
-    }
-
-    void VisitTrack(const RecordPlace& place, const TEV2_ANIMATABLE& track) override
-    {
-        const TrackView view(track);
-        CheckCounts(place, view);
-        CheckCursor(place, track);
-        CheckTimes(place, view);
+        const TrackView view(*track);
+        CheckCounts(field, view);
+        CheckCursor(field, *track);
+        CheckTimes(field, view);
         if (view.IsInteger())
         {
-            if (place.chunk_id == kCameraManChunk)
+            if (field.chunkId == kCameraManChunk)
             {
-                CheckSwitcher(place, view);
+                CheckSwitcher(field, view);
             }
             return;
         }
-        CheckFinite(place, view);
+        CheckFinite(field, view);
         if (view.IsQuaternion())
         {
-            CheckRotations(place, view);
+            CheckRotations(field, view);
         }
     }
 
 private:
-    void Add(const char* code, const RecordPlace& place, std::uint64_t offset, std::string message)
+    /// About a field.
+    void Add(const char* code, const TEV2_FIELD& field, std::uint64_t offset, std::string message)
     {
-        findings_.push_back({code, FindCheckCode(code).severity, offset, place.chunk_id, place.chunk_offset,
-                             place.path, std::move(message)});
+        findings_.push_back({code, FindCheckCode(code).severity, offset, field.chunkId, field.chunkOffset,
+                             field.Path(), std::move(message)});
+    }
+
+    /// About the record that a field is of.
+    void AddForRecord(const char* code, const TEV2_FIELD& field, std::string message)
+    {
+        findings_.push_back({code, FindCheckCode(code).severity, field.offset, field.chunkId,
+                             field.chunkOffset, field.record, std::move(message)});
     }
 
     void AddForChunk(const char* code, const TEV2_CHUNK_SPAN& chunk, std::uint64_t offset, const char* path,
                      std::string message)
     {
-        Add(code, {path, chunk.offset, chunk.id, chunk.offset}, offset, std::move(message));
+        findings_.push_back(
+            {code, FindCheckCode(code).severity, offset, chunk.id, chunk.offset, path, std::move(message)});
+    }
+
+    void CheckParent(const TEV2_FIELD& field)
+    {
+        const auto& nodes = scene_.matrixHierarchy.nodes;
+        const std::int32_t index = nodes[field.index].parentIndex;
+        const auto parent = static_cast<std::size_t>(index);
+        if (index >= 0 && parent >= field.index && parent < nodes.size())
+        {
+            AddForRecord("parent-not-before-child", field,
+                         "node " + std::to_string(field.index) + " has the parent " + std::to_string(parent) +
+                             (parent == field.index ? ", itself" : ", " + QuotedName(nodes[parent].name)));
+        }
+    }
+
+    void CheckNodeTracks(const TEV2_FIELD& field)
+    {
+        const TEV2_MATRIX_NODE& node = scene_.matrixHierarchy.nodes[field.index];
+        if (node.translation == nullptr || node.rotation == nullptr)
+        {
+            AddForRecord("node-track-missing", field,
+                         node.translation != nullptr ? "no rotation"
+                         : node.rotation != nullptr  ? "no translation"
+                                                     : "neither translation nor rotation");
+        }
+    }
+
+    void CheckCameraNode(const TEV2_FIELD& field)
+    {
+        const std::uint32_t node = scene_.cameras[field.index]->value;
+        if (node >= scene_.matrixHierarchy.nodes.size())
+        {
+            AddForRecord("camera-node-outside", field,
+                         "node index " + std::to_string(node) + ", but there are " +
+                             CountOf(scene_.matrixHierarchy.nodes.size(), "node", "nodes"));
+        }
+    }
+
+    void CheckLens(const TEV2_FIELD& field)
+    {
+        const float inverse_aspect = scene_.cameras[field.index]->inverseAspect;
+        if (!std::isfinite(inverse_aspect))
+        {
+            AddForRecord("non-finite-value", field, "inverseAspect is " + FloatText(inverse_aspect));
+        }
     }
 
     void CheckChunks()
@@ -184,7 +223,8 @@ private:
         {
             if (announced->counts[i] != present.counts[i])
             {
-                AddForChunk("array-lengths-differ", chunk, chunk.offset + 12 + 4 * i, "arrayLengths",
+                AddForChunk("array-lengths-differ", chunk,
+                            chunk.offset + kChunkHeader + sizeof(std::uint32_t) * (i + 1), "arrayLengths",
                             "number " + std::to_string(i + 1) + " announces " +
                                 CountText(announced->counts[i]) + ", there are " +
                                 CountText(present.counts[i]));
@@ -192,22 +232,17 @@ private:
         }
     }
 
-    void CheckTimeRange()
+    void CheckTimeRange(const TEV2_FIELD& field)
     {
-        const TEV2_CHUNK_SPAN* chunk = LastChunk(file_, kEnvironmentChunk);
         const auto& range = scene_.environment.timeRange;
-        if (chunk == nullptr)
-        {
-            return;
-        }
         const std::string text = FloatText(range.minimum) + " to " + FloatText(range.maximum);
         if (!std::isfinite(range.minimum) || !std::isfinite(range.maximum))
         {
-            AddForChunk("non-finite-value", *chunk, chunk->offset + 8, "environment.timeRange", text);
+            Add("non-finite-value", field, field.offset, text);
         }
         else if (range.maximum < range.minimum)
         {
-            AddForChunk("time-range-reversed", *chunk, chunk->offset + 8, "environment.timeRange", text);
+            Add("time-range-reversed", field, field.offset, text);
         }
     }
 
@@ -236,40 +271,40 @@ private:
         }
     }
 
-    void CheckCounts(const RecordPlace& place, const TrackView& view)
+    void CheckCounts(const TEV2_FIELD& field, const TrackView& view)
     {
         const std::string counts =
             CountOf(view.TimeCount(), "time", "times") + ", " + CountOf(view.ValueCount(), "value", "values");
         if (view.ValueCount() == 0)
         {
-            Add("track-without-keys", place, place.offset, counts);
+            Add("track-without-keys", field, field.offset, counts);
         }
         else if (view.ValueCount() == 1 && view.TimeCount() != 1)
         {
-            Add("constant-with-times", place, place.offset, counts);
+            Add("constant-with-times", field, field.offset, counts);
         }
         else if (view.ValueCount() != view.TimeCount())
         {
-            Add("value-count-differs", place, place.offset, counts);
+            Add("value-count-differs", field, field.offset, counts);
         }
     }
 
-    void CheckCursor(const RecordPlace& place, const TEV2_ANIMATABLE& track)
+    void CheckCursor(const TEV2_FIELD& field, const TEV2_ANIMATABLE& track)
     {
         const std::size_t last_segment = track.m_times.size() < 2 ? 0 : track.m_times.size() - 2;
         if (track.m_current_key > last_segment)
         {
-            Add("cursor-outside", place, place.offset + 8,
+            Add("cursor-outside", field, field.offset + 8,
                 "cursor at " + At(track.m_current_key) + " of " +
                     CountOf(track.m_times.size(), "key", "keys"));
         }
         if (!(track.m_fraction >= 0.0F && track.m_fraction <= 1.0F))
         {
-            Add("cursor-outside", place, place.offset + 12, "fraction " + FloatText(track.m_fraction));
+            Add("cursor-outside", field, field.offset + 12, "fraction " + FloatText(track.m_fraction));
         }
     }
 
-    void CheckTimes(const RecordPlace& place, const TrackView& view)
+    void CheckTimes(const TEV2_FIELD& field, const TrackView& view)
     {
         const std::size_t count = view.TimeCount();
         const auto& range = scene_.environment.timeRange;
@@ -282,33 +317,33 @@ private:
             if (!std::isfinite(time) && finite)
             {
                 finite = false;
-                Add("non-finite-value", place, place.offset + view.TimeOffset(i),
+                Add("non-finite-value", field, field.offset + view.TimeOffset(i),
                     "time of " + At(i) + " is " + FloatText(time));
             }
             const bool equal_at_end = i + 1 == count && i > 0 && time == view.Time(i - 1);
             if (i > 0 && ascending && time <= view.Time(i - 1) && !equal_at_end)
             {
                 ascending = false;
-                Add("times-not-ascending", place, place.offset + view.TimeOffset(i),
+                Add("times-not-ascending", field, field.offset + view.TimeOffset(i),
                     At(i) + " at " + FloatText(time) + " s follows one at " + FloatText(view.Time(i - 1)) +
                         " s");
             }
             if (inside && (time < range.minimum - kRangeTolerance || time > range.maximum + kRangeTolerance))
             {
                 inside = false;
-                Add("key-outside-range", place, place.offset + view.TimeOffset(i),
+                Add("key-outside-range", field, field.offset + view.TimeOffset(i),
                     At(i) + " at " + FloatText(time) + " s, range " + FloatText(range.minimum) + " to " +
                         FloatText(range.maximum) + " s");
             }
         }
         if (finite && ascending && count >= 2)
         {
-            NoteEndPair(place, view);
+            NoteEndPair(field, view);
         }
     }
 
     /// All tracks of a sampling end alike: one entry for all that share the last two times.
-    void NoteEndPair(const RecordPlace& place, const TrackView& view)
+    void NoteEndPair(const TEV2_FIELD& field, const TrackView& view)
     {
         const std::size_t count = view.TimeCount();
         for (std::size_t i = 1; i + 1 < count; ++i)
@@ -316,7 +351,7 @@ private:
             shortest_step_ = std::min(shortest_step_, view.Time(i) - view.Time(i - 1));
         }
         const auto times = std::make_pair(view.Time(count - 2), view.Time(count - 1));
-        const EndPair first{place, place.offset + view.TimeOffset(count - 1), 0};
+        const EndPair first{field, field.offset + view.TimeOffset(count - 1), 0};
         ++end_pairs_.try_emplace(times, first).first->second.tracks;
     }
 
@@ -328,7 +363,7 @@ private:
             const bool close = std::isfinite(shortest_step_) && distance < kClosePart * shortest_step_;
             if (distance == 0.0F || close)
             {
-                Add("end-keys-close", pair.place, pair.offset,
+                Add("end-keys-close", pair.field, pair.offset,
                     "the last two keys are " + FloatText(distance) + " s apart" +
                         (close ? ", other keys at least " + FloatText(shortest_step_) + " s" : "") +
                         (pair.tracks > 1 ? "; so in " + CountOf(pair.tracks - 1, "more track", "more tracks")
@@ -337,7 +372,7 @@ private:
         }
     }
 
-    void CheckFinite(const RecordPlace& place, const TrackView& view)
+    void CheckFinite(const TEV2_FIELD& field, const TrackView& view)
     {
         std::size_t found = 0;
         std::size_t first = 0;
@@ -353,12 +388,12 @@ private:
         }
         if (found > 0)
         {
-            Add("non-finite-value", place, place.offset + view.ValueOffset(first),
+            Add("non-finite-value", field, field.offset + view.ValueOffset(first),
                 "value of " + At(first) + (found > 1 ? " and " + CountText(found - 1) + " more" : ""));
         }
     }
 
-    void CheckRotations(const RecordPlace& place, const TrackView& view)
+    void CheckRotations(const TEV2_FIELD& field, const TrackView& view)
     {
         bool unit = true;
         bool continuous = true;
@@ -369,14 +404,14 @@ private:
             if (unit && std::isfinite(length) && std::abs(length - 1.0) > kUnitTolerance)
             {
                 unit = false;
-                Add("quaternion-not-unit", place, place.offset + view.ValueOffset(i),
+                Add("quaternion-not-unit", field, field.offset + view.ValueOffset(i),
                     At(i) + " has the length " + FloatText(static_cast<float>(length)));
             }
             const double dot = i > 0 ? Dot(view.Value(i - 1), value) : 1.0;
             if (continuous && dot < 0.0)
             {
                 continuous = false;
-                Add("quaternion-flip", place, place.offset + view.ValueOffset(i),
+                Add("quaternion-flip", field, field.offset + view.ValueOffset(i),
                     At(i - 1) + " and the next have the dot product " + FloatText(static_cast<float>(dot)));
             }
         }
@@ -394,14 +429,14 @@ private:
         return dot;
     }
 
-    void CheckSwitcher(const RecordPlace& place, const TrackView& view)
+    void CheckSwitcher(const TEV2_FIELD& field, const TrackView& view)
     {
         const auto cameras = static_cast<std::int64_t>(scene_.cameras.size());
         for (std::size_t i = 0; i < view.ValueCount(); ++i)
         {
             if (view.Integer(i) < -1 || view.Integer(i) >= cameras)
             {
-                Add("switcher-camera-outside", place, place.offset + view.ValueOffset(i),
+                Add("switcher-camera-outside", field, field.offset + view.ValueOffset(i),
                     At(i) + " names camera " + std::to_string(view.Integer(i)) + ", but there are " +
                         CountOf(scene_.cameras.size(), "camera", "cameras"));
                 return;
@@ -412,7 +447,7 @@ private:
     /// The first track that ends with a pair of times, where its last time stands, and how many end so.
     struct EndPair
     {
-        RecordPlace place;
+        TEV2_FIELD field;
         std::uint64_t offset;
         std::size_t tracks;
     };

@@ -33,8 +33,6 @@ public:
     /// Where a time, or a value, stands in the file behind the beginning of the optional track (its flag).
     std::uint64_t TimeOffset(std::size_t key) const;
     std::uint64_t ValueOffset(std::size_t key) const;
-    /// Bytes that the optional track takes in a file: flag, kind and record.
-    std::uint64_t FileSize() const { return ValueOffset(ValueCount()); }
 
 private:
     const TEV2_LOADER::TEV2_ANIMATABLE& track_;

@@ -1,6 +1,6 @@
 #include "tests/support/records.h"
 
-#include "tev2_loader/io/arrays.h"
+#include "tev2_loader/archive/load.h"
 #include "tev2_loader/io/file_image.h"
 #include "tev2_loader/io/memory_cursor.h"
 
