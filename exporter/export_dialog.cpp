@@ -64,7 +64,7 @@ void SetUpLabel(FBLabel& label, const char* caption)
     label.WordWrap = true;
 }
 
-// The SDK may hold on to a parent for longer than the popup lives, so one serves all popups and is never freed.
+/// The SDK may hold on to a parent for longer than the popup lives, so one serves all popups and is never freed.
 FBVisualComponent* EmptyParent()
 {
     static FBVisualComponent* const parent = new FBVisualComponent(nullptr);
@@ -248,7 +248,7 @@ void TEV2_EXPORTER_DIALOG::SetUpButtons()
     Connect(cancel_, &TEV2_EXPORTER_DIALOG::OnCancel);
 }
 
-// A group with nothing set counts as its last choice.
+/// A group with nothing set counts as its last choice.
 void TEV2_EXPORTER_DIALOG::ReadControls()
 {
     settings_.sampling_choice = IsSet(pal_) ? kSamplingPal : IsSet(ntsc_) ? kSamplingNtsc : kSamplingCustom;

@@ -29,8 +29,8 @@ FBConstraint* ConstraintAt(FBScene& scene, int index)
     return FBIS(entry, FBConstraint) ? static_cast<FBConstraint*>(entry) : nullptr;
 }
 
-// The active flags of the scene's constraints, in list order; entries of other kinds hold false and are left
-// alone.
+/// The active flags of the scene's constraints, in list order; entries of other kinds are false and left
+/// unchanged.
 std::vector<bool> DeactivateConstraints(FBScene& scene)
 {
     const int count = scene.Constraints.GetCount();
@@ -52,7 +52,7 @@ void RestoreConstraints(FBScene& scene, const std::vector<bool>& were_active)
             constraint->Active = were_active[static_cast<std::size_t>(i)];
 }
 
-// The topmost selected models, depth first.
+/// The topmost selected models, depth first.
 void AppendSelected(FBModel& model, std::vector<FBModel*>& selected)
 {
     if (model.Selected)
@@ -77,7 +77,7 @@ std::vector<FBModel*> CollectExportModels(ExportContext& context)
     return models;
 }
 
-// One take and the file it goes into.
+/// One take and the file it goes into.
 struct OutputFile
 {
     FBTake* take = nullptr;
@@ -129,7 +129,7 @@ FBCameraSwitcher* FindCameraSwitcher()
     return FBIS(model, FBCameraSwitcher) ? static_cast<FBCameraSwitcher*>(model) : nullptr;
 }
 
-// False when the file is read-only and the user wants it kept.
+/// False when the file is read-only and the user wants it kept.
 bool MayWrite(const OutputFile& file)
 {
     if (!platform::IsReadOnly(file.path))
@@ -143,7 +143,7 @@ bool MayWrite(const OutputFile& file)
     return true;
 }
 
-// Makes the file's take current, converts it and writes it. False when the conversion failed.
+/// Makes the file's take current, converts it and writes it. False when the conversion failed.
 bool ExportTake(ExportContext& context, const ExportOptions& options, const OutputFile& file,
                 const std::vector<FBModel*>& models, const CameraIndexTable* camera_indices)
 {
@@ -167,7 +167,7 @@ bool ExportTake(ExportContext& context, const ExportOptions& options, const Outp
     return true;
 }
 
-// False when a conversion failed; the scene is then left on the take that failed.
+/// False when a conversion failed; the scene is then left on the take that failed.
 bool ExportFiles(ExportContext& context, const ExportOptions& options, const std::vector<OutputFile>& files,
                  const std::vector<FBModel*>& models)
 {

@@ -12,7 +12,7 @@ namespace tev2_exporter
 namespace
 {
 
-// Two decimals with a point, whatever the locale.
+/// Two decimals with a point, whatever the locale.
 std::string TwoDecimals(float value)
 {
     char text[64];

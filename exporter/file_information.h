@@ -8,8 +8,8 @@
 namespace tev2_exporter
 {
 
-// Puts the exporter's title and the four information lines (user, time of export in UTC, the file being
-// written, the scene it comes from) into `information`, in place of what its texts held.
+/// Puts the exporter's title and the four information lines (user, time of export in UTC, the file being
+/// written, the scene it comes from) into `information`, replacing its texts.
 void FillFileInformation(ExportContext& context, const std::u16string& file_name,
                          TEV2_LOADER::TEV2_INF& information);
 

@@ -7,7 +7,7 @@
 namespace tev2_exporter
 {
 
-// Truncates toward zero; what does not fit is held at the ends of the type, and no number is 0.
+/// Truncates toward zero and clamps to the range of the type; NaN becomes 0.
 inline std::int32_t ToInt32(double value)
 {
     using Limits = std::numeric_limits<std::int32_t>;

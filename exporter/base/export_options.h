@@ -21,7 +21,7 @@ struct ExportFlags
 struct ExportCall
 {
     std::string path;
-    double rate = 0.0; ///< samples a second; the script entry takes whole rates alone
+    double rate = 0.0; ///< samples a second; the script entry takes only whole rates
     bool whole_take = true;
     std::int32_t start_frame = 0; ///< of the transport rate, not of `rate`; ignored for the whole take
     std::int32_t end_frame = 0;

@@ -20,7 +20,7 @@ struct ExportOption
     const char* key;     ///< of the stored value
     const char* region;  ///< of the control in the dialog
     const char* caption; ///< of the control in the dialog; null: none
-    const char* help;    ///< null: the dialog alone has it
+    const char* help;    ///< null: only the dialog has it
     bool ExportFlags::*flag;              ///< null: not an option that is on or off
     std::uint8_t ExportOptions::*applied; ///< null: the driver does not read it from there
 };

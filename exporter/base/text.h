@@ -1,7 +1,7 @@
 #pragma once
 
-// The SDK speaks 8-bit text, the format UTF-16. Bytes and units stand for one another one by one, in both
-// directions, so whatever encoding the bytes were in comes back unharmed.
+// The SDK uses 8-bit text, the format UTF-16. Each byte becomes one unit and back, so the bytes survive the round trip
+// whatever their encoding.
 
 #include "tev2_loader/io/wide_string.h"
 
@@ -11,19 +11,19 @@
 namespace tev2_exporter
 {
 
-// Text as the SDK hands it out; a null pointer counts as empty.
+/// Text of the SDK; a null pointer counts as empty.
 inline TEV2_LOADER::TEV2_WIDE_STRING WideText(const char* bytes)
 {
     return TEV2_LOADER::TEV2_WIDE_STRING::FromBytes(bytes ? bytes : "");
 }
 
-// Each byte becomes one unit, 0x80 and up without a sign.
+/// Each byte becomes one unit from 0 to 0xFF.
 inline std::u16string Widen(std::string_view bytes)
 {
     return TEV2_LOADER::TEV2_WIDE_STRING::FromBytes(bytes).Text();
 }
 
-// The low byte of each unit.
+/// The low byte of each unit.
 inline std::string Narrow(std::u16string_view units)
 {
     std::string bytes;

@@ -1,7 +1,7 @@
 #pragma once
 
-// All that the exporter asks of the operating system, in its own terms. One source file for each system
-// implements it; the tests bring a system of their own with a clock that stands still.
+// What the exporter needs of the operating system. One source file per system implements it; the tests have their own,
+// with a fixed clock.
 
 #include <optional>
 #include <string>
@@ -12,8 +12,8 @@ namespace tev2_exporter::platform
 struct UtcTime
 {
     int year = 0;
-    int month = 0; // 1 to 12
-    int day = 0;   // 1 to 31
+    int month = 0; ///< 1 to 12
+    int day = 0;   ///< 1 to 31
     int hour = 0;
     int minute = 0;
     int second = 0;
@@ -21,16 +21,16 @@ struct UtcTime
 
 UtcTime CurrentUtcTime();
 
-// The name of the user who is logged in; none when it is unknown or longer than 63 bytes.
+/// The name of the user who is logged in; none when it is unknown or longer than 63 bytes.
 std::optional<std::string> UserName();
 
-// True when there is a file at `path` that is marked read-only. Paths are bytes as they are opened for writing.
+/// True when there is a file at `path` that is marked read-only. Paths are bytes as they are opened for writing.
 bool IsReadOnly(const std::string& path);
 
-// Takes the read-only mark off; a failure shows when the file is opened.
+/// Clears the read-only mark; a failure shows when the file is opened.
 void MakeWritable(const std::string& path);
 
-// Asks the user a question with the answers OK and Cancel; true for OK. Where nobody can be asked: false.
+/// Asks the user a question with the answers OK and Cancel. True for OK; false where there is no user to ask.
 bool AskOkCancel(const std::u16string& caption, const std::u16string& text);
 
 } // namespace tev2_exporter::platform

@@ -26,7 +26,7 @@ bool IsYes(std::string answer)
     return answer == "o" || answer == "ok" || answer == "y" || answer == "yes";
 }
 
-// Seconds since 1970, set where builds are to be reproducible. Dates of more than four digits count as unset.
+/// Seconds since 1970, set where builds are to be reproducible. Dates of more than four digits count as unset.
 std::optional<std::time_t> FixedTime()
 {
     constexpr std::time_t kLatest = 253402300799; // the last second of 9999
@@ -65,8 +65,8 @@ std::optional<std::string> UserName()
     return name;
 }
 
-// A file that nobody may write: the permission bits decide, as the mark would on other systems, even for a
-// superuser who could write it all the same.
+/// A file without any write permission: the permission bits decide, as the mark would on other systems, even for a
+/// superuser who could write it all the same.
 bool IsReadOnly(const std::string& path)
 {
     struct stat status;

@@ -11,7 +11,7 @@
 namespace tev2_exporter::platform
 {
 
-// The store as it was when the reader was made. A store that is not there has no values.
+/// The store as it was when the reader was made. A store that is not there has no values.
 class SettingsReader
 {
 public:
@@ -23,12 +23,12 @@ public:
     std::optional<std::string> Read(const char* name) const;
 
 private:
-    [[maybe_unused]] void* key_ = nullptr;      // an open registry key
-    std::map<std::string, std::string> values_; // or the lines of the file
+    [[maybe_unused]] void* key_ = nullptr;      ///< an open registry key
+    std::map<std::string, std::string> values_; ///< or the lines of the file
 };
 
-// Makes the store where there is none and writes values into it; they are stored for good when the writer is
-// destroyed. What cannot be written is passed over.
+/// Makes the store where there is none and writes values into it; they are stored for good when the writer is
+/// destroyed. What cannot be written is skipped.
 class SettingsWriter
 {
 public:

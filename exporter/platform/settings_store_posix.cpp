@@ -15,7 +15,7 @@ namespace fs = std::filesystem;
 
 constexpr std::size_t kLongestText = 63;
 
-// $XDG_CONFIG_HOME, or ~/.config where it is not set. Empty when there is neither.
+/// $XDG_CONFIG_HOME, or ~/.config where it is not set. Empty when there is neither.
 fs::path SettingsFile()
 {
     const char* configuration = std::getenv("XDG_CONFIG_HOME");
@@ -29,7 +29,7 @@ fs::path SettingsFile()
 
 } // namespace
 
-// Lines of another form, and texts that no value can be that long, are passed over.
+/// Lines of another form, and texts that no value can be that long, are skipped.
 SettingsReader::SettingsReader()
 {
     const fs::path path = SettingsFile();
@@ -55,7 +55,7 @@ std::optional<std::string> SettingsReader::Read(const char* name) const
 
 SettingsWriter::SettingsWriter() = default;
 
-// Settings are never half written. The old ones stay where that fails.
+/// Settings are never half written. The old ones stay where that fails.
 SettingsWriter::~SettingsWriter()
 {
     const fs::path path = SettingsFile();

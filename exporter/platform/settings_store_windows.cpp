@@ -30,7 +30,7 @@ SettingsReader::~SettingsReader()
         RegCloseKey(Key(key_));
 }
 
-// Any type of value is taken as text. Asked twice, the second answer decides.
+/// Any type of value is taken as text. Asked twice, the second answer decides.
 std::optional<std::string> SettingsReader::Read(const char* name) const
 {
     if (!key_)

@@ -9,7 +9,7 @@ namespace tev2_exporter::platform
 namespace
 {
 
-// UTF-16 on both sides; only the names of the type differ.
+/// UTF-16 on both sides; only the names of the type differ.
 const wchar_t* Wide(const std::u16string& text)
 {
     return reinterpret_cast<const wchar_t*>(text.c_str());

@@ -203,7 +203,7 @@ def models():
 
 
 def scene_rate():
-    """The transport rate of the open scene, in frames a second."""
+    """The transport rate of the open scene, in frames per second."""
     return _known_scene().rate()
 
 

@@ -82,7 +82,7 @@ typedef struct tv2_rules_file
 
 typedef struct tv2_rules_plan tv2_rules_plan;
 
-// Applies the rules. Null when memory runs out or the request has another size.
+// Applies the rules. Null when memory runs out or the size of the request is wrong.
 TV2_RULES_API tv2_rules_plan* tv2_rules_check(const tv2_rules_request* request);
 TV2_RULES_API void tv2_rules_free(tv2_rules_plan* plan);
 

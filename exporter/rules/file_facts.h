@@ -9,7 +9,7 @@
 namespace tev2_exporter
 {
 
-/// What is at a path at one moment. Two that are equal mean that nobody wrote in between: exports replace files, which
+/// What is at a path at one moment. Two that are equal mean that the file was not written in between: exports replace files, which
 /// gives another inode even where the clock of the file system is coarse.
 struct FileStamp
 {
@@ -43,7 +43,7 @@ int ErrnoOfLastError();
 /// opens in their place.
 std::string FoldCase(const std::string& path);
 
-/// Files of one folder whose names differ in case alone are the same file on this system.
+/// Files of one folder whose names differ only in case are the same file on this system.
 #if defined(_WIN32) || defined(__APPLE__)
 inline constexpr bool kSystemFoldsCase = true;
 #else

@@ -32,7 +32,7 @@ char AsciiUpper(char c)
     return c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c;
 }
 
-/// Uses a locale in this thread as long as it lives.
+/// Uses a locale in this thread during its lifetime.
 class LocaleInUse
 {
 public:

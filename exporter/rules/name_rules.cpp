@@ -124,41 +124,30 @@ Objection FilesDiffer(const Case& c)
     std::map<PlaceOfNew, const FilePlan*> places_of_new;
     for (const FilePlan& file : c.plan.files)
     {
-        const auto both = [&](const FilePlan& other)
+        // The file that had this key before; null when it is new.
+        const auto first_at = [&file](auto& files, auto key) -> const FilePlan*
         {
-            return Objection{
-                "same-file",
-                "takes " + Quoted(other.take_name) + " and " + Quoted(file.take_name) +
-                    " would both be written to " + Quoted(file.path) +
-                    (other.path == file.path ? "" : ", which is the same file as " + Quoted(other.path))};
+            const auto [place, is_new] = files.emplace(std::move(key), &file);
+            return is_new ? nullptr : place->second;
         };
-        const auto [name, is_new] =
-            names.emplace(FoldsCase(c.question) ? FoldCase(file.path) : file.path, &file);
-        if (!is_new)
-        {
-            return both(*name->second);
-        }
+        const FilePlan* other = first_at(names, FoldsCase(c.question) ? FoldCase(file.path) : file.path);
         const FileStamp stamp = FileStamp::Of(file.path);
-        if (stamp.regular && stamp.inode != 0)
+        if (!other && stamp.regular && stamp.inode != 0)
         {
-            const auto [place, is_first] = places.emplace(PlaceOf(stamp), &file);
-            if (!is_first)
-            {
-                return both(*place->second);
-            }
+            other = first_at(places, PlaceOf(stamp));
         }
-        PlaceOfNew new_place;
-        if (!stamp.exists)
+        if (!other && !stamp.exists)
         {
-            new_place = PlaceOfNewFile(c.question, file.path);
+            const PlaceOfNew place = PlaceOfNewFile(c.question, file.path);
+            other = place.first.second != 0 ? first_at(places_of_new, place) : nullptr;
         }
-        if (new_place.first.second != 0)
+        if (other)
         {
-            const auto [place, is_first] = places_of_new.emplace(new_place, &file);
-            if (!is_first)
-            {
-                return both(*place->second);
-            }
+            return {
+                "same-file",
+                "takes " + Quoted(other->take_name) + " and " + Quoted(file.take_name) +
+                    " would both be written to " + Quoted(file.path) +
+                    (other->path == file.path ? "" : ", which is the same file as " + Quoted(other->path))};
         }
     }
     return {};

@@ -33,7 +33,8 @@ Objection RateCanBeRead(const Case& c)
     const std::string fps = OptionName(c.question, Option("fps"));
     if (!rate)
     {
-        return {"rate-unreadable", fps + " " + Quoted(text) + " is no rate: give " + kRatesThatAreUnderstood};
+        return {"rate-unreadable",
+                fps + " " + Quoted(text) + " is not a rate: give " + kRatesThatAreUnderstood};
     }
     c.plan.call.rate = *rate;
     const auto sampled = static_cast<float>(*rate);
@@ -53,7 +54,7 @@ Objection RateCanBePassedOn(const Case& c)
         return {};
     }
     return {"rate-fractional",
-            "a script can start exports at whole rates alone, and " + NumberText(c.plan.call.rate) +
+            "scripts can only export at whole rates, and " + NumberText(c.plan.call.rate) +
                 " is not whole: use \"Custom FPS\" in the dialog of the export menu, or give " +
                 OptionName(c.question, Option("fps")) + " a whole number"};
 }

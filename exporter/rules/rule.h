@@ -19,11 +19,11 @@ struct Case
 
 using Rule = Objection(const Case&);
 
-// The rate and the range: rate_and_range_rules.cpp.
+/// The rate and the range: rate_and_range_rules.cpp.
 Rule RateCanBeRead, RateCanBePassedOn, RangeGoesForward, RangeIsInside, TimeMovesOn, SamplesFit;
 void SetRanges(const Case& c);
 
-// Names of files: name_rules.cpp.
+/// Names of files: name_rules.cpp.
 Rule EndsInTv2, PathFits, TakesCanNameFiles, NamesFit, NamesAreFiles, FilesDiffer;
 
 /// What is rounded, cut or left out: plan_notes.cpp.

@@ -26,8 +26,8 @@ float Metres(double centimetres)
     return static_cast<float>(centimetres) * kMetresPerCentimetre;
 }
 
-// The angle in radians, meant as horizontal: the angle of any other aperture mode is scaled by the aspect
-// ratio, not converted through its tangent.
+/// The angle in radians, meant as horizontal: the angle of any other aperture mode is scaled by the aspect
+/// ratio, not converted through its tangent.
 float HorizontalFieldOfView(FBCamera& camera)
 {
     const double degrees = camera.FieldOfView;

@@ -22,7 +22,7 @@ void IndexExportCameras(const std::vector<FBModel*>& models, CameraIndexTable& t
 
 /// Appends an entity for every camera of the subtree, whose nodes begin at `node_index`, with its first keys at the
 /// start of `range`, and binds the cameras that later frames sample. Only cameras of exactly the camera type are bound,
-/// each to the next entity of the scene (`next_camera`): a camera of a derived class keeps its first keys alone, and
+/// each to the next entity of the scene (`next_camera`): a camera of a derived class keeps only its first keys, and
 /// later cameras use the entity before theirs.
 void CreateCameraEntities(ExportSubtree& subtree, TEV2_LOADER::TEV2& scene, std::uint32_t node_index,
                           std::size_t& next_camera, const SamplingRange& range, bool keep_positive_z);

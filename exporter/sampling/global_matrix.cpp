@@ -7,7 +7,7 @@ namespace
 
 constexpr float kRadiansPerDegree = 0.017453292f;
 
-// The evaluated global matrix. The SDK reads it through a matrix that is not const.
+/// The evaluated global matrix. The SDK reads it through a matrix that is not const.
 FBMatrix GlobalMatrix(FBModel& model)
 {
     FBMatrix matrix;
@@ -33,8 +33,8 @@ float Radians(double degrees)
     return static_cast<float>(degrees) * kRadiansPerDegree;
 }
 
-// The camera's basis with its roll (about its view axis) and its turn (about its up axis, around its interest
-// or, without one, around the origin).
+/// The camera's basis with its roll (about its view axis) and its turn (about its up axis, around its interest
+/// or, without one, around the origin).
 TEV2_MATRIX_3X4 ConvertCamera(FBCamera& camera, FBMatrix& global)
 {
     const TEV2_VECTOR_3 view = ConvertAxis(global, 0);

@@ -22,7 +22,7 @@ bool Far(float a, float b)
     return std::fabs(a - b) > kTolerance;
 }
 
-// Far is not the opposite of Near: NaN is neither.
+/// Far is not the opposite of Near: NaN is neither.
 bool Near(std::int32_t a, std::int32_t b)
 {
     return a == b;
@@ -41,7 +41,7 @@ bool Far(const TEV2_VECTOR_3& a, const TEV2_VECTOR_3& b)
     return Far(a.x, b.x) || Far(a.y, b.y) || Far(a.z, b.z);
 }
 
-// Vectors of four and quaternions; q and -q count as different.
+/// Vectors of four and quaternions; q and -q count as different.
 template <typename Four>
 bool Near(const Four& a, const Four& b)
 {

@@ -18,13 +18,13 @@ inline constexpr TEV2_QUATERNION kIdentityQuaternion{0.0f, 0.0f, 0.0f, 1.0f};
 TEV2_VECTOR_3 Column(const TEV2_MATRIX_3X4& matrix, int column);
 void SetColumn(TEV2_MATRIX_3X4& matrix, int column, const TEV2_VECTOR_3& value);
 
-// `vector` times 1 / its length; a vector without length gives values that are no numbers.
+/// `vector` times 1 / its length; a vector of length 0 gives NaN.
 TEV2_VECTOR_3 Normalised(const TEV2_VECTOR_3& vector);
 
-// Quaternion of the rotation in columns 0 to 2. Neither normalised nor given a preferred sign.
+/// Quaternion of the rotation in columns 0 to 2. Neither normalised nor given a preferred sign.
 TEV2_QUATERNION ToQuaternion(const TEV2_MATRIX_3X4& matrix);
 
-// Rotation by `angle` (radians) about `axis` (unit length).
+/// Rotation by `angle` (radians) about `axis` (unit length).
 TEV2_QUATERNION RotationAbout(const TEV2_VECTOR_3& axis, float angle);
 
 TEV2_VECTOR_3 TransformPoint(const TEV2_MATRIX_3X4& matrix, const TEV2_VECTOR_3& point);

@@ -23,7 +23,7 @@ void MoveTo(ExportContext& context, float seconds)
     MoveTo(context, time);
 }
 
-// Moves to `requested`; a player that lands elsewhere goes to `fallback` instead.
+/// Moves to `requested`; a player that lands elsewhere goes to `fallback` instead.
 void SnapTo(ExportContext& context, float requested, const FBTime& fallback)
 {
     constexpr float kAccepted = 0.01f; // seconds

@@ -14,7 +14,7 @@ namespace tev2_exporter
 namespace sampled
 {
 
-// One row for each family of tracks: the class that the exporter makes of it.
+/// One row for each family of tracks: the class that the exporter makes of it.
 TEV2_LOADER::TEV2_ANIMATABLE_INT32_RLE ClassOf(TEV2_LOADER::TEV2_ANIMATABLE_INT32&);
 TEV2_LOADER::TEV2_ANIMATABLE_FLOAT32_LINEAR ClassOf(TEV2_LOADER::TEV2_ANIMATABLE_FLOAT32&);
 TEV2_LOADER::TEV2_ANIMATABLE_FLOAT32_RANGE_LINEAR ClassOf(TEV2_LOADER::TEV2_ANIMATABLE_FLOAT32_RANGE&);
@@ -27,7 +27,7 @@ TEV2_LOADER::TEV2_ANIMATABLE_QUATERNION_SLERP ClassOf(TEV2_LOADER::TEV2_ANIMATAB
 template <typename Family>
 using SampledTrack = decltype(sampled::ClassOf(std::declval<Family&>()));
 
-/// Puts a new, empty track with room for the keys of `range` into `owner`, in place of what it held.
+/// Puts a new, empty track with room for the keys of `range` into `owner`, replacing the old one.
 template <typename Family>
 SampledTrack<Family>& MakeTrack(std::unique_ptr<Family>& owner, const SamplingRange& range)
 {

@@ -84,7 +84,7 @@ std::uint32_t BuildNodesForModel(ExportSubtree& subtree, TEV2_MATRIX_HIERARCHY& 
     return first_node;
 }
 
-// Every parent's inverse comes from its own key, so that a child's key undoes exactly what the file applies.
+/// Every parent's inverse comes from its own key, so that a child's key undoes exactly what the file applies.
 void SampleTransforms(std::vector<ModelBinding>& models, float time)
 {
     for (ModelBinding& binding : models)

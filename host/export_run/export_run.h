@@ -18,8 +18,8 @@ using tev2_exporter::ExportCall;
 class Exporter
 {
 public:
-    // Loads the plug-in. The user's stored settings are put aside as long as the exporter lives, since a fractional rate
-    // goes through the dialog, which starts with them and stores new ones. Null when that fails.
+    // Loads the plug-in. The user's stored settings are put aside during the exporter's lifetime, since a fractional
+    // rate goes through the dialog, which starts with them and stores new ones. Null when that fails.
     static std::unique_ptr<Exporter> Load(const std::string& plugin, std::string& error);
     ~Exporter();
     Exporter(const Exporter&) = delete;

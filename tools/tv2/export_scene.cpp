@@ -44,7 +44,7 @@ std::string LongNameOf(FBModel& model)
     return static_cast<const char*>(model.LongName);
 }
 
-/// What to put after a name that nothing in the scene has.
+/// Suggestions for a name that is not in the scene.
 std::string MeantOrAll(const std::string& name, const std::vector<std::string>& names)
 {
     return DidYouMeanOr(name, names, "; the scene has " + Listed(names));

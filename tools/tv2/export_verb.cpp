@@ -32,7 +32,8 @@ struct ExportVerbOptions
     std::string plugin;
     bool dialog = false;
     std::string dialog_script; ///< empty: the window
-    std::string settings; ///< of the dialog: "stored", "none" or empty, which is stored for the window alone
+    std::string
+        settings; ///< of the dialog: "stored", "none" or empty, which means stored for the window only
     bool quiet = false;
 };
 

@@ -100,7 +100,7 @@ Change RangeOf(std::optional<int> start, std::optional<int> end)
 
 const RuleCase kRateAndRangeCases[] = {
     {nullptr, {}, ""},
-    {"rate-unreadable", RateOf("fast"), "--fps \"fast\" is no rate: give a number"},
+    {"rate-unreadable", RateOf("fast"), "--fps \"fast\" is not a rate: give a number"},
     {"rate-unreadable", RateOf("1/0"), "\"1/0\""},
     {"rate-out-of-range", RateOf("0"), "a rate of 0 samples a second"},
     {"rate-out-of-range", RateOf("-25"), "above 0"},

@@ -116,7 +116,7 @@ std::vector<Refusal> Refusals(const PathOf& at)
         {{"--fps", "0", bvh, out}, "a rate of 0 samples a second is out of range"},
         {{"--fps", "-30", bvh, out}, "--fps takes numbers above 0"},
         {{"--fps", "100000000", bvh, out}, "a rate of 100000000 samples a second is out of range"},
-        {{"--fps", "fast", bvh, out}, "--fps \"fast\" is no rate: give a number (50, 29.97)"},
+        {{"--fps", "fast", bvh, out}, "--fps \"fast\" is not a rate: give a number (50, 29.97)"},
         {{"--scene-rate", "0", bvh, out}, "--scene-rate: needs a rate above 0"},
         {{"--fps", "", bvh, out}, "--fps: is empty"},
         {{"--take", "", bvh, out}, "--take: is empty"},
