@@ -7,6 +7,14 @@
 namespace tv2_tests
 {
 
+inline std::string Repeated(const std::string& text, std::size_t times)
+{
+    std::string all;
+    for (std::size_t i = 0; i < times; ++i)
+        all += text;
+    return all;
+}
+
 /// A BVH file: the text between the outer braces of its root "a", and its motion from "Frames:" on.
 inline std::string BvhText(const std::string& joints, const std::string& motion)
 {

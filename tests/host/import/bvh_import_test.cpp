@@ -1,4 +1,5 @@
 #include "tests/host/import/import_fixture.h"
+#include "tests/support/scene_texts.h"
 
 #include <cctype>
 #include <numbers>
@@ -8,35 +9,11 @@ namespace
 
 using BvhImportTest = SceneImportTest;
 using Names = std::vector<std::string>;
+using tv2_tests::kTwoJoints;
 
-constexpr const char* kTwoJoints = R"(HIERARCHY
-ROOT Hips
-{
-  OFFSET 0 0 0
-  CHANNELS 6 Xposition Yposition Zposition Zrotation Xrotation Yrotation
-  JOINT Leg
-  {
-    OFFSET 1 2 3
-    CHANNELS 3 Zrotation Xrotation Yrotation
-    End Site
-    {
-      OFFSET 0 -5 0
-    }
-  }
-}
-MOTION
-Frames: 3
-Frame Time: 0.04
-0 0 0 0 0 0 0 0 0
-1 2 3 90 0 0 0 0 0
-3 2 3 90 0 0 0 90 0
-)";
-
-// One joint with an end site.
 std::string Joint(const std::string& channels, const std::string& motion, const std::string& offset = "1 2 3")
 {
-    return "HIERARCHY\nROOT a\n{\nOFFSET " + offset + "\nCHANNELS " + channels +
-           "\nEnd Site\n{\nOFFSET 0 100 0\n}\n}\nMOTION\n" + motion;
+    return tv2_tests::OneJointBvh(offset, channels, motion);
 }
 
 TEST_F(BvhImportTest, JointsMoveAsTheChannelsSay)
@@ -44,19 +21,19 @@ TEST_F(BvhImportTest, JointsMoveAsTheChannelsSay)
     const auto result = Open("walk.bvh", kTwoJoints);
     EXPECT_EQ(result.notes,
               Names{"BVH has no unit; one unit was taken as one centimetre: the figure is 0.05 m tall"});
-    EXPECT_EQ(ModelNames(), (Names{"Scene", "Hips", "Leg", "EndSite_Leg"}));
+    EXPECT_EQ(ModelNames(), (Names{"Scene", "Hips", "ns:Leg", "EndSite_ns:Leg"}));
     EXPECT_EQ(TakeNames(), Names{"Motion"});
     EXPECT_DOUBLE_EQ(FBPlayerControl().GetTransportFpsValue(), 25.0);
     EXPECT_EQ(LastFrame(0), 2);
 
     Goto(0.0);
-    ExpectRow(Global("EndSite_Leg"), 3, 1, -3, 3);
+    ExpectRow(Global("EndSite_ns:Leg"), 3, 1, -3, 3);
     Goto(0.04); // Hips stand at (1, 2, 3), a quarter turn about Z
     ExpectRow(Global("Hips"), 0, 0, 1, 0);
-    ExpectRow(Global("Leg"), 3, 1 - 2, 2 + 1, 3 + 3);
-    ExpectRow(Global("EndSite_Leg"), 3, 1 - 2 + 5, 2 + 1, 6);
+    ExpectRow(Global("ns:Leg"), 3, 1 - 2, 2 + 1, 3 + 3);
+    ExpectRow(Global("EndSite_ns:Leg"), 3, 1 - 2 + 5, 2 + 1, 6);
     Goto(0.08); // the leg turns about its own X on top of that
-    ExpectRow(Global("EndSite_Leg"), 3, 3 - 2, 2 + 1, 6 - 5);
+    ExpectRow(Global("EndSite_ns:Leg"), 3, 3 - 2, 2 + 1, 6 - 5);
 }
 
 TEST_F(BvhImportTest, BetweenKeysPlacesGoStraightAndTurnsAlongTheArcOutsideTheyHold)
@@ -95,7 +72,7 @@ TEST_F(BvhImportTest, TheOrderOfTimesChangesNothing)
 TEST_F(BvhImportTest, JointsOfOneNameKeepTheirOwnChannels)
 {
     std::string text = kTwoJoints;
-    text.replace(text.find("JOINT Leg"), 9, "JOINT Hips");
+    text.replace(text.find("ns:Leg"), 6, "Hips");
     const auto result = Open("twins.bvh", text);
     EXPECT_EQ(ModelNames(), (Names{"Scene", "Hips", "Hips 1", "EndSite_Hips"}));
     ASSERT_EQ(result.notes.size(), 2u);
@@ -112,9 +89,9 @@ TEST_F(BvhImportTest, OnlyAnImplausibleSizeIsNoted)
     for (const auto& [length, told] : cases)
     {
         const auto result =
-            Open("size.bvh", "HIERARCHY\nROOT a\n{\nOFFSET 0 0 0\nCHANNELS 1 Xrotation\nEnd Site\n"
-                             "{\nOFFSET 0 " +
-                                 std::string(length) + " 0\n}\n}\nMOTION\nFrames: 1\nFrame Time: 0.04\n0\n");
+            Open("size.bvh", tv2_tests::BvhText("CHANNELS 1 Xrotation\nEnd Site\n{\nOFFSET 0 " +
+                                                    std::string(length) + " 0\n}\n",
+                                                "Frames: 1\nFrame Time: 0.04\n0\n"));
         ASSERT_EQ(result.notes.size(), *told ? 1u : 0u) << length;
         if (*told)
         {
@@ -130,10 +107,8 @@ TEST_F(BvhImportTest, NoFrameIsLostToTheRoundingOfTheFrameTime)
     {
         for (const int frames : {1, 2, 7, 100, 451})
         {
-            std::string text =
-                "HIERARCHY\nROOT a\n{\nOFFSET 0 0 0\nCHANNELS 1 Xrotation\nEnd Site\n{\nOFFSET 0 1 0\n}\n"
-                "}\nMOTION\nFrames: " +
-                std::to_string(frames) + "\nFrame Time: " + frame_time + "\n";
+            std::string text = Joint("1 Xrotation", "Frames: " + std::to_string(frames) +
+                                                        "\nFrame Time: " + frame_time + "\n");
             for (int i = 0; i < frames; ++i)
                 text += std::to_string(i) + "\n";
             Open("count.bvh", text);

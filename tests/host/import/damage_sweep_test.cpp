@@ -1,6 +1,6 @@
+#include "host/import/base/parse_error.h"
 #include "host/import/formats.h"
 #include "host/import/host_scene.h"
-#include "host/import/base/parse_error.h"
 #include "tests/host/import/builders/collada_text.h"
 #include "tests/host/import/builders/fbx_writer.h"
 #include "tests/host/import/builders/gltf_writer.h"
@@ -82,7 +82,8 @@ protected:
         {
             mobu_host::ImportNotes notes;
             const mobu_host::SceneFile file{(folder_ / "scene").string(), bytes};
-            mobu_host::BuildHostScene(mobu_host::FormatNamed(GetParam().format)->read(file, {}, notes), {}, notes);
+            mobu_host::BuildHostScene(mobu_host::FormatNamed(GetParam().format)->read(file, {}, notes), {},
+                                      notes);
         }
         catch (const mobu_host::ParseError& error)
         {

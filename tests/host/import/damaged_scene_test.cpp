@@ -1,5 +1,6 @@
 #include "tests/host/import/builders/collada_text.h"
 #include "tests/host/import/import_fixture.h"
+#include "tests/support/scene_texts.h"
 
 namespace
 {
@@ -30,8 +31,7 @@ protected:
 
 std::string Bvh(const std::string& offset, const std::string& motion)
 {
-    return "HIERARCHY\nROOT a\n{\nOFFSET " + offset +
-           "\nCHANNELS 1 Xrotation\nEnd Site\n{\nOFFSET 0 1 0\n}\n}\nMOTION\n" + motion;
+    return tv2_tests::OneJointBvh(offset, "1 Xrotation", motion);
 }
 
 std::string Gltf(const std::string& rest)
@@ -101,17 +101,6 @@ TEST_F(DamagedSceneTest, EachNamesFileAndCause)
     };
     for (const DamagedScene& scene : scenes)
         ExpectRefusal(Write(scene.file, scene.content), scene.cause);
-}
-
-TEST_F(DamagedSceneTest, CausesSpeakOfTheFileByItsOwnName)
-{
-    for (const std::string file : {"cut.bvh", "cut.txt"})
-    {
-        const std::string path = Write(file, "HIERARCHY\nROOT a\n{\nOFF");
-        const std::string error = mobu_host::ImportScene(path).error;
-        EXPECT_EQ(error.find(path + ".bvh"), std::string::npos) << error;
-        EXPECT_EQ(error.find("cut.bvh.bvh"), std::string::npos) << error;
-    }
 }
 
 TEST_F(DamagedSceneTest, NestingHasAnEnd)

@@ -1,5 +1,5 @@
-#include "host/import/host_scene.h"
 #include "host/import/base/parse_error.h"
+#include "host/import/host_scene.h"
 #include "tests/host/import/import_fixture.h"
 
 namespace

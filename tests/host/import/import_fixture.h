@@ -1,6 +1,7 @@
 #pragma once
 
 #include "host/import/scene_import.h"
+#include "tests/support/scratch_folder.h"
 
 #include <gtest/gtest.h>
 #include <mobu_host/scene.h>
@@ -16,24 +17,11 @@
 class SceneImportTest : public testing::Test
 {
 protected:
-    SceneImportTest()
-    {
-        std::string pattern = testing::TempDir() + "scene_import_XXXXXX";
-        folder_ = mkdtemp(pattern.data());
-        mobu_host::NewScene();
-    }
-
-    ~SceneImportTest() override
-    {
-        std::error_code ignored;
-        std::filesystem::remove_all(folder_, ignored);
-    }
+    SceneImportTest() { mobu_host::NewScene(); }
 
     std::string Write(const std::string& name, const std::string& content) const
     {
-        const std::string path = (folder_ / name).string();
-        std::ofstream(path, std::ios::binary) << content;
-        return path;
+        return scratch_.Make(name, content);
     }
 
     mobu_host::SceneImportResult Open(const std::string& name, const std::string& content) const
@@ -107,5 +95,6 @@ protected:
         return static_cast<long>(StopOf(take) * FBPlayerControl().GetTransportFpsValue());
     }
 
-    std::filesystem::path folder_;
+    tv2_tests::ScratchFolder scratch_;
+    const std::filesystem::path& folder_ = scratch_.Folder();
 };

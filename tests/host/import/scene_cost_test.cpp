@@ -1,9 +1,10 @@
+#include "host/import/base/parse_error.h"
 #include "host/import/formats.h"
 #include "host/import/host_scene.h"
-#include "host/import/base/parse_error.h"
 #include "tests/host/import/builders/collada_text.h"
 #include "tests/host/import/import_fixture.h"
 #include "tests/support/allocation_watch.h"
+#include "tests/support/scene_texts.h"
 
 // What reading takes of memory at most, as SECURITY.md states it.
 
@@ -18,19 +19,6 @@ constexpr std::size_t kPerModel = 8 << 10; // for the host's scene, takes counte
 constexpr std::size_t kPerKey = 64;        // for the host's scene
 constexpr std::size_t kOfAnEmptyScene = 1 << 20;
 
-std::string Repeated(const std::string& text, int times)
-{
-    std::string all;
-    for (int i = 0; i < times; ++i)
-        all += text;
-    return all;
-}
-
-std::string Bvh(const std::string& joints, const std::string& motion)
-{
-    return "HIERARCHY\nROOT a\n{\n" + joints + "}\nMOTION\n" + motion;
-}
-
 const std::string kNode = ",\"nodes\":[{}]";
 
 std::string Gltf(const std::string& rest, const std::string& shown = "0")
@@ -43,7 +31,7 @@ std::string GltfNodes(int count)
     std::string shown = "0";
     for (int i = 1; i < count; ++i)
         shown += "," + std::to_string(i);
-    return Gltf(",\"nodes\":[{}" + Repeated(",{}", count - 1) + "]", shown);
+    return Gltf(",\"nodes\":[{}" + tv2_tests::Repeated(",{}", count - 1) + "]", shown);
 }
 
 // Accessor 0 of floats and accessor 1 of vectors, all zero, in one buffer.
@@ -67,48 +55,59 @@ struct HungryFile
 };
 
 const HungryFile kFiles[] = {
-    {"joints", "BVH", [] { return Bvh(Repeated("JOINT{}", 65'537), "Frames:0\nFrame Time:1"); }},
-    {"end sites", "BVH", [] { return Bvh(Repeated("End Site{}", 65'537), "Frames:0\nFrame Time:1"); }},
+    {"joints", "BVH",
+     [] { return tv2_tests::BvhText(tv2_tests::Repeated("JOINT{}", 65'537), "Frames:0\nFrame Time:1"); }},
+    {"end sites", "BVH",
+     [] { return tv2_tests::BvhText(tv2_tests::Repeated("End Site{}", 65'537), "Frames:0\nFrame Time:1"); }},
     {"end sites of a long name", "BVH",
      []
      {
-         return Bvh("JOINT " + std::string(256, 'x') + "\n{" + Repeated("End Site{}", 65'537) + "}",
-                    "Frames:0\nFrame Time:1");
+         return tv2_tests::BvhText("JOINT " + std::string(256, 'x') + "\n{" +
+                                       tv2_tests::Repeated("End Site{}", 65'537) + "}",
+                                   "Frames:0\nFrame Time:1");
      }},
     {"joints that move", "BVH",
      []
      {
-         return Bvh(Repeated("JOINT\n{CHANNELS 1 Xposition}", 30'000),
-                    "Frames:1\nFrame Time:1\n" + Repeated("0 ", 30'000));
+         return tv2_tests::BvhText(tv2_tests::Repeated("JOINT\n{CHANNELS 1 Xposition}", 30'000),
+                                   "Frames:1\nFrame Time:1\n" + tv2_tests::Repeated("0 ", 30'000));
      }},
     {"channels", "BVH",
      []
      {
-         return Bvh(Repeated("JOINT\n{CHANNELS 100" + Repeated(" Xposition", 100) + "}", 500),
-                    "Frames:1\nFrame Time:1\n" + Repeated("0 ", 50'000));
+         return tv2_tests::BvhText(
+             tv2_tests::Repeated("JOINT\n{CHANNELS 100" + tv2_tests::Repeated(" Xposition", 100) + "}", 500),
+             "Frames:1\nFrame Time:1\n" + tv2_tests::Repeated("0 ", 50'000));
      }},
     {"frames", "BVH",
      []
-     { return Bvh("CHANNELS 1 Xposition", "Frames:500000\nFrame Time:.01\n" + Repeated("0\n", 500'000)); }},
+     {
+         return tv2_tests::BvhText("CHANNELS 1 Xposition",
+                                   "Frames:500000\nFrame Time:.01\n" + tv2_tests::Repeated("0\n", 500'000));
+     }},
     {"nodes that the scene shows", "glTF",
      []
      {
          std::string shown;
          for (int i = 0; i < 200'000; ++i)
              shown += (i == 0 ? "" : ",") + std::to_string(i);
-         return Gltf(",\"nodes\":[" + Repeated("{},", 199'999) + "{}]", shown);
+         return Gltf(",\"nodes\":[" + tv2_tests::Repeated("{},", 199'999) + "{}]", shown);
      }},
     {"nodes that the scene does not show", "glTF",
-     [] { return Gltf(",\"nodes\":[" + Repeated("{},", 1'000'000) + "{}]"); }},
-    {"numbers", "glTF", [] { return Gltf(kNode + ",\"extras\":[" + Repeated("0,", 2'000'000) + "0]"); }},
+     [] { return Gltf(",\"nodes\":[" + tv2_tests::Repeated("{},", 1'000'000) + "{}]"); }},
+    {"numbers", "glTF",
+     [] { return Gltf(kNode + ",\"extras\":[" + tv2_tests::Repeated("0,", 2'000'000) + "0]"); }},
     {"objects of one member", "glTF",
-     [] { return Gltf(kNode + ",\"extras\":[" + Repeated("{\"\":0},", 500'000) + "0]"); }},
+     [] { return Gltf(kNode + ",\"extras\":[" + tv2_tests::Repeated("{\"\":0},", 500'000) + "0]"); }},
     {"members of one object", "glTF",
-     [] { return Gltf(kNode + ",\"extras\":{" + Repeated("\"\":0,", 700'000) + "\"\":0}"); }},
+     [] { return Gltf(kNode + ",\"extras\":{" + tv2_tests::Repeated("\"\":0,", 700'000) + "\"\":0}"); }},
     {"properties", "glTF",
-     [] { return Gltf(",\"nodes\":[{\"extras\":{" + Repeated("\"a\":0,", 500'000) + "\"a\":\"\"}}]"); }},
+     [] {
+         return Gltf(",\"nodes\":[{\"extras\":{" + tv2_tests::Repeated("\"a\":0,", 500'000) +
+                     "\"a\":\"\"}}]");
+     }},
     {"animations", "glTF",
-     [] { return Gltf(kNode + ",\"animations\":[" + Repeated("{},", 500'000) + "{}]"); }},
+     [] { return Gltf(kNode + ",\"animations\":[" + tv2_tests::Repeated("{},", 500'000) + "{}]"); }},
     {"one accessor in many channels", "glTF",
      []
      {
@@ -126,27 +125,31 @@ const HungryFile kFiles[] = {
                          channels + "]}]",
                      shown);
      }},
-    {"nodes", "Collada", [] { return collada_text::Document("", Repeated("<node/>", 200'000)); }},
+    {"nodes", "Collada", [] { return collada_text::Document("", tv2_tests::Repeated("<node/>", 200'000)); }},
     {"elements and texts", "Collada",
-     [] { return collada_text::Document("<extra>" + Repeated("x<a/>", 200'000) + "</extra>", "<node/>"); }},
+     []
+     {
+         return collada_text::Document("<extra>" + tv2_tests::Repeated("x<a/>", 200'000) + "</extra>",
+                                       "<node/>");
+     }},
     {"instances of a long name", "Collada",
      []
      {
          return collada_text::Document(
              "<library_nodes><node id=\"l\" name=\"" + std::string(200, 'x') + "\"/></library_nodes>",
-             "<node>" + Repeated("<instance_node url=\"#l\"/>", 19'000) + "</node>");
+             "<node>" + tv2_tests::Repeated("<instance_node url=\"#l\"/>", 19'000) + "</node>");
      }},
     {"user properties", "Collada",
      []
      {
          return collada_text::Document("", "<node><extra><technique><user_properties>" +
-                                               Repeated("a=\n", 200'000) +
+                                               tv2_tests::Repeated("a=\n", 200'000) +
                                                "</user_properties></technique></extra></node>");
      }},
     {"keys", "Collada",
      []
      {
-         const std::string numbers = Repeated("0 ", 500'000);
+         const std::string numbers = tv2_tests::Repeated("0 ", 500'000);
          return collada_text::Document(
              collada_text::Animations(collada_text::Animation("a", {"n/t.X", numbers, numbers})),
              R"(<node id="n"><translate sid="t">0 0 0</translate></node>)");
@@ -166,7 +169,8 @@ const HungryFile kFiles[] = {
                                        "</animation>";
          return collada_text::Document(
              collada_text::Animations(animation) + "<library_animation_clips>" +
-                 Repeated("<animation_clip><instance_animation url=\"#a\"/></animation_clip>", 900) +
+                 tv2_tests::Repeated("<animation_clip><instance_animation url=\"#a\"/></animation_clip>",
+                                     900) +
                  "</library_animation_clips>",
              nodes);
      }},
@@ -238,9 +242,9 @@ TEST(SceneCost, TheHostTakesEightKilobytesForAModelAndSixtyFourBytesForAKey)
 TEST(SceneCost, ACallerCanLimitTheModels)
 {
     const std::pair<const char*, std::string> files[] = {
-        {"BVH", Bvh(Repeated("JOINT\n{}", 999), "Frames:0\nFrame Time:1")},
+        {"BVH", tv2_tests::BvhText(tv2_tests::Repeated("JOINT\n{}", 999), "Frames:0\nFrame Time:1")},
         {"glTF", GltfNodes(1000)},
-        {"Collada", collada_text::Document("", Repeated("<node/>", 1000))},
+        {"Collada", collada_text::Document("", tv2_tests::Repeated("<node/>", 1000))},
     };
     for (const auto& [format, bytes] : files)
     {

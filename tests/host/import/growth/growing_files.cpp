@@ -6,8 +6,8 @@
 
 #include "host/import/formats.h"
 #include "host/import/host_scene.h"
-#include "host/import/host_scene.h"
 #include "tests/host/import/builders/collada_text.h"
+#include "tests/support/scene_texts.h"
 
 #include <mobu_host/scene.h>
 
@@ -31,19 +31,6 @@ namespace
 using namespace mobu_host;
 
 constexpr int kDoublings = 3;
-
-std::string Repeated(const std::string& text, std::size_t times)
-{
-    std::string all;
-    for (std::size_t i = 0; i < times; ++i)
-        all += text;
-    return all;
-}
-
-std::string Bvh(const std::string& joints, const std::string& motion)
-{
-    return "HIERARCHY\nROOT a\n{\n" + joints + "}\nMOTION\n" + motion;
-}
 
 // "0, 1, 2", each between two texts.
 std::string Numbered(std::size_t count, const std::string& before = "", const std::string& after = "")
@@ -157,20 +144,25 @@ const GrowingFile kFiles[] = {
     {"fbx_take_records", "FBX", 200, [](std::size_t n) { return FbxTakes(n).File(); }},
     {"fbx_takes_and_models", "FBX", 200, FbxTakesThatMoveOneModelEach},
     {"fbx_properties", "FBX", 200, FbxPropertiesThatMove},
-    {"bvh_joints", "BVH", 100, [](std::size_t n) { return Bvh(Repeated("JOINT a\n{}", n), kStill); }},
+    {"bvh_joints", "BVH", 100,
+     [](std::size_t n) { return tv2_tests::BvhText(tv2_tests::Repeated("JOINT a\n{}", n), kStill); }},
     {"bvh_nesting", "BVH", 200,
-     [](std::size_t n) { return Bvh(Repeated("JOINT a\n{", n) + Repeated("}", n), kStill); }},
+     [](std::size_t n) {
+         return tv2_tests::BvhText(tv2_tests::Repeated("JOINT a\n{", n) + tv2_tests::Repeated("}", n),
+                                   kStill);
+     }},
     {"bvh_channels", "BVH", 50,
      [](std::size_t n)
      {
-         return Bvh(Repeated("JOINT\n{CHANNELS 1 Xposition}", n),
-                    "Frames:2\nFrame Time:1\n" + Repeated("0.5 ", 2 * n));
+         return tv2_tests::BvhText(tv2_tests::Repeated("JOINT\n{CHANNELS 1 Xposition}", n),
+                                   "Frames:2\nFrame Time:1\n" + tv2_tests::Repeated("0.5 ", 2 * n));
      }},
     {"bvh_frames", "BVH", 1000,
      [](std::size_t n)
      {
-         return Bvh("CHANNELS 1 Xposition",
-                    "Frames:" + std::to_string(n) + "\nFrame Time:.01\n" + Repeated("1.5\n", n));
+         return tv2_tests::BvhText("CHANNELS 1 Xposition", "Frames:" + std::to_string(n) +
+                                                               "\nFrame Time:.01\n" +
+                                                               tv2_tests::Repeated("1.5\n", n));
      }},
     {"bvh_name", "BVH", 50'000,
      [](std::size_t n) { return "HIERARCHY\nROOT " + std::string(n, 'x') + "\n{}"; }},
@@ -187,12 +179,15 @@ const GrowingFile kFiles[] = {
      }},
     {"gltf_shared_accessor", "glTF", 50, SharedAccessorGltf},
     {"collada_nodes", "Collada", 200,
-     [](std::size_t n) { return collada_text::Document("", Repeated("<node id=\"a\" sid=\"b\"/>", n)); }},
-    {"collada_unclosed_nodes", "Collada", 5000,
-     [](std::size_t n) { return "<COLLADA>" + Repeated("<node ", n); }},
-    {"collada_nesting", "Collada", 200,
      [](std::size_t n)
-     { return collada_text::Document("", Repeated("<node>", n) + Repeated("</node>", n)); }},
+     { return collada_text::Document("", tv2_tests::Repeated("<node id=\"a\" sid=\"b\"/>", n)); }},
+    {"collada_unclosed_nodes", "Collada", 5000,
+     [](std::size_t n) { return "<COLLADA>" + tv2_tests::Repeated("<node ", n); }},
+    {"collada_nesting", "Collada", 200,
+     [](std::size_t n) {
+         return collada_text::Document("",
+                                       tv2_tests::Repeated("<node>", n) + tv2_tests::Repeated("</node>", n));
+     }},
     {"collada_channels", "Collada", 100,
      [](std::size_t n)
      {
@@ -209,7 +204,7 @@ const GrowingFile kFiles[] = {
     {"collada_keys", "Collada", 1000,
      [](std::size_t n)
      {
-         const std::string numbers = Repeated("1 ", n);
+         const std::string numbers = tv2_tests::Repeated("1 ", n);
          return collada_text::Document(
              collada_text::Animations(collada_text::Animation("a", {"n/t.X", numbers, numbers})),
              R"(<node id="n"><translate sid="t">0 0 0</translate></node>)");
