@@ -3,8 +3,7 @@
 
 #include <gtest/gtest.h>
 
-#include "mobu_host/scene.h"
-#include "tests/host/seconds.h"
+#include "tests/host/scene_steps.h"
 
 namespace mobu_host
 {
@@ -15,11 +14,7 @@ constexpr kLongLong kSecond = 46'186'158'000;
 
 TEST(Time, RoundsSecondsToTheNearestTick)
 {
-    const struct
-    {
-        double seconds;
-        kLongLong ticks;
-    } cases[] = {
+    const std::pair<double, kLongLong> cases[] = {
         {0.0, 0},
         {1.0, kSecond},
         {-2.0, -2 * kSecond},
@@ -31,8 +26,8 @@ TEST(Time, RoundsSecondsToTheNearestTick)
         {-1e30, -std::numeric_limits<kLongLong>::max()},
         {std::nan(""), 0},
     };
-    for (const auto& c : cases)
-        EXPECT_EQ(Seconds(c.seconds).Get(), c.ticks) << c.seconds;
+    for (const auto& [seconds, ticks] : cases)
+        EXPECT_EQ(Seconds(seconds).Get(), ticks) << seconds;
     EXPECT_DOUBLE_EQ(FBTime(kSecond / 2).GetSecondDouble(), 0.5);
 }
 
@@ -60,9 +55,8 @@ TEST(Time, FramesRoundTripAtEveryRate)
 
 TEST(Time, SpansKnowTheirDirection)
 {
-    const FBTimeSpan forward(FBTime(10), FBTime(30));
     const FBTimeSpan backward(FBTime(30), FBTime(10));
-    EXPECT_EQ(forward.GetDirection(), 1);
+    EXPECT_EQ(FBTimeSpan(FBTime(10), FBTime(30)).GetDirection(), 1);
     EXPECT_EQ(backward.GetDirection(), -1);
     EXPECT_EQ(backward.GetDuration(), FBTime(20));
     EXPECT_EQ(backward.GetSignedDuration(), FBTime(-20));
@@ -73,11 +67,7 @@ TEST(Player, RatesAreExact)
     NewScene();
     FBPlayerControl player;
     EXPECT_EQ(player.GetTransportFpsValue(), 30.0);
-    const struct
-    {
-        FBTimeMode mode;
-        double rate;
-    } cases[] = {
+    const std::pair<FBTimeMode, double> cases[] = {
         {kFBTimeMode2997Frames, 30000.0 / 1001.0},
         {kFBTimeMode23976Frames, 24000.0 / 1001.0},
         {kFBTimeMode5994Frames, 60000.0 / 1001.0},
@@ -85,12 +75,12 @@ TEST(Player, RatesAreExact)
         {kFBTimeMode25Frames, 25.0},
         {kFBTimeMode1000Frames, 1000.0},
     };
-    for (const auto& c : cases)
+    for (const auto& [mode, rate] : cases)
     {
-        EXPECT_EQ(player.GetTransportFpsValue(c.mode), c.rate);
-        SetTransportRate(c.rate);
-        EXPECT_EQ(player.GetTransportFps(), c.mode) << c.rate;
-        EXPECT_EQ(player.GetTransportFpsValue(), c.rate);
+        EXPECT_EQ(player.GetTransportFpsValue(mode), rate);
+        SetTransportRate(rate);
+        EXPECT_EQ(player.GetTransportFps(), mode) << rate;
+        EXPECT_EQ(player.GetTransportFpsValue(), rate);
     }
     SetTransportRate(12.5);
     EXPECT_EQ(player.GetTransportFps(), kFBTimeModeCustom);
@@ -102,42 +92,30 @@ TEST(Player, RatesAreExact)
 TEST(Player, GotoMovesTheClockAndEvaluateTheValues)
 {
     NewScene();
-    FBTake* take = FBSystem::TheOne().CurrentTake;
-    FBModel* model = AddModel("Mover");
-    AnimateTransform(*model, *take,
-                     [](double seconds) {
-                         return LocalTransform{{seconds, 0.0, 0.0}, {}, {1.0, 1.0, 1.0}};
-                     });
-    FBPlayerControl player;
-    FBSystem system;
-    FBMatrix matrix;
-
-    system.Scene->Evaluate();
-    EXPECT_TRUE(player.Goto(Seconds(3.0)));
-    EXPECT_EQ(static_cast<FBTime>(system.LocalTime), Seconds(3.0));
-    EXPECT_EQ(EvaluatedTime(), FBTime::Zero);
-    model->GetMatrix(matrix);
-    EXPECT_EQ(matrix(3, 0), 0.0);
-    EXPECT_EQ(static_cast<FBVector3d>(model->Translation)[0], 0.0);
-
-    EXPECT_TRUE(system.Scene->Evaluate());
-    model->GetMatrix(matrix);
-    EXPECT_EQ(matrix(3, 0), 3.0);
-    EXPECT_EQ(static_cast<FBVector3d>(model->Translation)[0], 3.0);
-    EXPECT_EQ(EvaluatedTime(), Seconds(3.0));
-    EXPECT_EQ(EvaluationCount(), 2u);
+    FBModel& model = *AddModel("Mover");
+    AnimateTransform(model, *FBSystem::TheOne().CurrentTake, [](double seconds) { return At(seconds); });
+    Scene().Evaluate();
+    EXPECT_TRUE(FBPlayerControl().Goto(Seconds(3.0)));
+    for (const double evaluated : {0.0, 3.0})
+    {
+        EXPECT_EQ(Now(), Seconds(3.0));
+        EXPECT_EQ(EvaluatedTime(), Seconds(evaluated));
+        EXPECT_EQ(X(model), evaluated);
+        EXPECT_EQ(static_cast<FBVector3d>(model.Translation)[0], evaluated);
+        EXPECT_TRUE(Scene().Evaluate());
+    }
+    EXPECT_EQ(EvaluationCount(), 3u);
 }
 
 TEST(Player, SnapsAndClampsWhereItIsToldTo)
 {
-    struct Case
+    const struct
     {
         FBTransportSnapMode snap;
         bool clamp;
         double requested;
         double landed;
-    };
-    const Case cases[] = {
+    } cases[] = {
         {kFBTransportSnapModeNoSnap, false, 0.51, 0.51},
         {kFBTransportSnapModeNoSnap, false, -8.0, -8.0},
         {kFBTransportSnapModePlayOnFrames, false, 0.51, 0.51},
@@ -154,17 +132,16 @@ TEST(Player, SnapsAndClampsWhereItIsToldTo)
     AddTake("Span", 0.25, 2.0);
     SetTransportRate(10.0);
     FBPlayerControl player;
-    for (const Case& c : cases)
+    for (const auto& c : cases)
     {
         player.SnapMode = c.snap;
         SceneBehaviour().clamp_goto_to_take = c.clamp;
         player.Goto(Seconds(c.requested));
-        EXPECT_EQ(static_cast<FBTime>(FBSystem().LocalTime), Seconds(c.landed))
-            << c.requested << " snap " << c.snap;
+        EXPECT_EQ(Now(), Seconds(c.landed)) << c.requested << " snap " << c.snap;
     }
     player.SnapMode = kFBTransportSnapModeNoSnap;
     player.GotoStart();
-    EXPECT_EQ(static_cast<FBTime>(FBSystem().LocalTime), Seconds(0.25));
+    EXPECT_EQ(Now(), Seconds(0.25));
     NewScene();
     EXPECT_EQ(player.SnapMode, kFBTransportSnapModeNoSnap);
     EXPECT_FALSE(SceneBehaviour().clamp_goto_to_take);

@@ -71,18 +71,17 @@ TEST_F(PluginTest, LoadsTwoModulesSideBySide)
 
 TEST_F(PluginTest, NamesFileAndCauseOfAFailure)
 {
-    struct Case
+    const struct
     {
         const char* path;
         const char* cause;
         const char* phases;
-    };
-    const Case cases[] = {
+    } cases[] = {
         {"/nowhere/plugin.so", kNotThere, ""},
         {TEST_NO_PLUGIN, "declares no library object", ""},
         {TEST_PLUGIN_NOT_READY, "LibReady failed", "load init open ready close release "},
     };
-    for (const Case& failing : cases)
+    for (const auto& failing : cases)
     {
         SCOPED_TRACE(failing.path);
         FBSystem::TheOne().SceneRootModel->PropertyList.Find("Phases")->SetString("");

@@ -3,22 +3,13 @@
 
 #include <gtest/gtest.h>
 
-#include "mobu_host/scene.h"
-#include "tests/host/seconds.h"
+#include "tests/host/scene_steps.h"
 #include "tests/support/allocation_watch.h"
 
 namespace mobu_host
 {
 namespace
 {
-
-std::string Names(FBPropertyListModel& models)
-{
-    std::string names;
-    for (int i = 0; i < models.GetCount(); ++i)
-        names += std::string(models[i]->Name) + " ";
-    return names;
-}
 
 std::string PreOrder()
 {
@@ -32,6 +23,7 @@ class SceneTest : public testing::Test
 {
 protected:
     SceneTest() { NewScene(); }
+    FBTake* Current() { return system_.CurrentTake; }
     FBSystem system_;
     FBPlayerControl player_;
 };
@@ -98,8 +90,8 @@ TEST_F(SceneTest, ParentAndChildrenAgree)
     FBModel* d = AddModel("D", c);
     EXPECT_EQ(PreOrder(), "Scene A C D B ");
     b->Parent = a;
-    EXPECT_EQ(Names(a->Children), "C B ");
-    EXPECT_EQ(Names(root->Children), "A ");
+    EXPECT_EQ(a->Children[1], b);
+    EXPECT_EQ(root->Children.GetCount(), 1);
     a->Parent = d; // below itself: refused
     EXPECT_EQ(static_cast<FBModel*>(a->Parent), root);
     EXPECT_EQ(PreOrder(), "Scene A C D B ");
@@ -143,7 +135,7 @@ TEST_F(SceneTest, DeletingAModelLeavesNothingPointingToIt)
     EXPECT_TRUE(Scene().Evaluate());
 }
 
-TEST_F(SceneTest, LooksUpByLongName)
+TEST_F(SceneTest, FindsModelsByLongNameAsItIsNow)
 {
     AddModel("ns:Hip");
     FBModel* second = AddModel("Hip");
@@ -157,6 +149,12 @@ TEST_F(SceneTest, LooksUpByLongName)
     EXPECT_FALSE(FBFindModelByLabelName(nullptr));
     twin->LongName = "Other";
     EXPECT_EQ(FBFindModelByLabelName("Other"), twin);
+    second->Name = "Twin";
+    EXPECT_EQ(FindModel("Twin"), second);
+    second->FBDelete();
+    EXPECT_NE(FindModel("Twin"), nullptr);
+    EXPECT_FALSE(FindModel("Hip"));
+    EXPECT_FALSE(FindModel("Producer Front")) << "not below the root of the scene";
 }
 
 TEST_F(SceneTest, TypesFollowTheDeclaredParents)
@@ -229,24 +227,21 @@ TEST_F(SceneTest, SwitcherFollowsItsAnimationUnlessACameraIsChosen)
 
 TEST_F(SceneTest, TakeChangeShowsAtTheNextEvaluation)
 {
-    FBModel* model = AddModel("Model");
-    FBModel* still = AddModel("Still");
-    FBProperty* level = AddUserProperty(*model, "Level", kFBPT_double, true);
+    FBModel& model = *AddModel("Model");
+    FBModel& still = *AddModel("Still");
+    FBProperty* level = AddUserProperty(model, "Level", kFBPT_double, true);
     double own = 7.0;
     level->SetData(&own);
-    model->Translation = FBVector3d(-1.0, 0.0, 0.0);
-    still->Translation = FBVector3d(0.0, 9.0, 0.0);
-    const auto move_to = [](double x) {
-        return [x](double) { return LocalTransform{{x, 0.0, 0.0}, {}, {1.0, 1.0, 1.0}}; };
-    };
+    model.Translation = FBVector3d(-1.0, 0.0, 0.0);
+    still.Translation = FBVector3d(0.0, 9.0, 0.0);
     ClearTakes();
     EXPECT_FALSE(system_.CurrentTake);
     FBTake* one = AddTake("One", 0.0, 1.0);
     FBTake* two = AddTake("Two", 0.0, 1.0);
     FBTake* bare = AddTake("Bare", 0.0, 1.0);
-    EXPECT_EQ(static_cast<FBTake*>(system_.CurrentTake), one);
-    AnimateTransform(*model, *one, move_to(10.0));
-    AnimateTransform(*model, *two, move_to(20.0));
+    EXPECT_EQ(Current(), one);
+    AnimateTransform(model, *one, [](double) { return At(10.0); });
+    AnimateTransform(model, *two, [](double) { return At(20.0); });
     AnimateProperty(*level, *one, [](double, int) { return 100.0; });
 
     const struct
@@ -256,67 +251,60 @@ TEST_F(SceneTest, TakeChangeShowsAtTheNextEvaluation)
         const char* level;
     } steps[] = {
         {one, 10.0, "100"}, {two, 20.0, "7"}, {one, 10.0, "100"}, {bare, -1.0, "7"}, {two, 20.0, "7"}};
-    FBMatrix matrix;
     double before = 0.0; // never evaluated
     player_.Goto(Seconds(0.5));
     for (const auto& step : steps)
     {
         system_.CurrentTake = step.take;
-        model->GetMatrix(matrix);
-        EXPECT_EQ(matrix(3, 0), before);
-        EXPECT_EQ(static_cast<FBTime>(system_.LocalTime), Seconds(0.5));
+        EXPECT_EQ(X(model), before);
+        EXPECT_EQ(Now(), Seconds(0.5));
         Scene().Evaluate();
-        model->GetMatrix(matrix);
-        EXPECT_EQ(matrix(3, 0), step.x);
+        EXPECT_EQ(X(model), step.x);
         EXPECT_STREQ(level->AsString(), step.level);
-        still->GetMatrix(matrix);
-        EXPECT_EQ(matrix(3, 1), 9.0);
+        EXPECT_EQ(Y(still), 9.0);
         before = step.x;
     }
+}
 
-    FBTake* copy = two->CopyTake("Copy");
-    EXPECT_EQ(Scene().Takes[3], copy);
-    AnimateTransform(*model, *two, {});
-    RemoveTake(two);
-    EXPECT_EQ(static_cast<FBTake*>(system_.CurrentTake), one);
-    EXPECT_EQ(Scene().Takes.Find(two), -1);
+TEST_F(SceneTest, TakesAreCopiedWithTheirAnimationAndLeave)
+{
+    FBModel& model = *AddModel("Model");
+    FBTake* const first = Current();
+    FBTake* const moved = AddTake("Moved", 0.0, 1.0);
+    AnimateTransform(model, *moved, [](double) { return At(20.0); });
+    FBTake* const copy = moved->CopyTake("Copy");
+    EXPECT_EQ(Scene().Takes[2], copy);
+    AnimateTransform(model, *moved, {});
+    system_.CurrentTake = moved;
+    RemoveTake(moved);
+    EXPECT_EQ(Current(), first);
+    EXPECT_EQ(Scene().Takes.Find(moved), -1);
     system_.CurrentTake = copy;
     Scene().Evaluate();
-    model->GetMatrix(matrix);
-    EXPECT_EQ(matrix(3, 0), 20.0);
-    auto outsider = std::make_unique<FBTake>("Outsider");
-    system_.CurrentTake = outsider.get();
-    EXPECT_EQ(static_cast<FBTake*>(system_.CurrentTake), copy);
-    Scene().Takes.Add(outsider.get());
-    system_.CurrentTake = outsider.get();
-    EXPECT_EQ(static_cast<FBTake*>(system_.CurrentTake), outsider.get());
-    Scene().Takes.Remove(outsider.get());
-    EXPECT_EQ(static_cast<FBTake*>(system_.CurrentTake), one);
+    EXPECT_EQ(X(model), 20.0);
+
+    FBTake outsider("Outsider");
+    system_.CurrentTake = &outsider;
+    EXPECT_EQ(Current(), copy) << "not in the scene";
+    Scene().Takes.Add(&outsider);
+    system_.CurrentTake = &outsider;
+    EXPECT_EQ(Current(), &outsider);
+    Scene().Takes.Remove(&outsider);
+    EXPECT_EQ(Current(), first);
 }
 
 TEST_F(SceneTest, ConstraintsActFromTheNextEvaluationOn)
 {
-    FBModel* model = AddModel("Model");
-    AnimateTransform(*model, *system_.CurrentTake,
-                     [](double seconds) {
-                         return LocalTransform{{seconds, 0.0, 0.0}, {}, {1.0, 1.0, 1.0}};
-                     });
-    FBConstraint* constraint = AddConstraint("Pin", true, model,
-                                             [](double) {
-                                                 return LocalTransform{{0.0, 50.0, 0.0}, {}, {1.0, 1.0, 1.0}};
-                                             });
-    player_.Goto(Seconds(3.0));
-    Scene().Evaluate();
-    FBVector3d place;
-    model->GetVector(place);
-    EXPECT_EQ(place[1], 50.0);
+    FBModel& model = *AddModel("Model");
+    AnimateTransform(model, *Current(), [](double seconds) { return At(seconds); });
+    FBConstraint* constraint = AddConstraint("Pin", true, &model, [](double) { return At(0.0, 50.0); });
+    EvaluateAt(3.0);
+    EXPECT_EQ(Y(model), 50.0);
     constraint->Active = false;
-    model->GetVector(place);
-    EXPECT_EQ(place[1], 50.0);
+    EXPECT_EQ(Y(model), 50.0);
     Scene().Evaluate();
-    model->GetVector(place);
-    EXPECT_EQ(place[0], 3.0);
-    EXPECT_EQ(place[1], 0.0);
+    EXPECT_EQ(X(model), 3.0);
+    EXPECT_EQ(Y(model), 0.0);
 }
 
 TEST_F(SceneTest, ObserversSeeEveryStep)
@@ -345,10 +333,7 @@ TEST_F(SceneTest, EvaluationAllocatesNothing)
     {
         parent = AddModel("Model " + std::to_string(i), i % 10 ? parent : nullptr);
         if (i % 2)
-            AnimateTransform(*parent, take,
-                             [](double seconds) {
-                                 return LocalTransform{{seconds, 1.0, 0.0}, {}, {}};
-                             });
+            AnimateTransform(*parent, take, [](double seconds) { return At(seconds); });
         else
             AnimateLocalMatrix(*parent, take, [](double) { return FBMatrix(); });
         AnimateProperty(*AddUserProperty(*parent, "P", kFBPT_ColorRGBA, true), take,

@@ -1,67 +1,14 @@
-#include <string>
+#include "tests/host/test_dialog.h"
 
-#include <gtest/gtest.h>
-
-#include "mobu_host/ui.h"
+#include <array>
 
 namespace mobu_host
 {
+
+FBClassImplementation(TestDialog);
+
 namespace
 {
-
-class Dialog : public FBPopup
-{
-    FBClassDeclare(Dialog, FBPopup);
-
-public:
-    Dialog()
-    {
-        Left = 100;
-        Top = 80;
-        Width = 282;
-        Height = 612;
-        const auto add = [this](const char* name, int x, FBAttachType x_type, int y, FBAttachType y_type,
-                                const char* relative)
-        {
-            return AddRegion(name, "", x, x_type, relative, 1.0f, y, y_type, relative, 1.0f, 60,
-                             kFBAttachNone, nullptr, 1.0f, 26, kFBAttachNone, "", 1.0f);
-        };
-        EXPECT_TRUE(add("group", 10, kFBAttachNone, 20, kFBAttachNone, nullptr));
-        EXPECT_TRUE(add("radio", 50, kFBAttachLeft, 10, kFBAttachTop, "group"));
-        EXPECT_TRUE(add("check", 0, kFBAttachLeft, 20, kFBAttachBottom, "group"));
-        EXPECT_TRUE(add("push", 5, kFBAttachRight, 0, kFBAttachTop, "check"));
-        EXPECT_TRUE(add("number", 0, kFBAttachCenter, 0, kFBAttachCenter, ""));
-        EXPECT_FALSE(add("push", 0, kFBAttachNone, 0, kFBAttachNone, "")) << "taken";
-        EXPECT_FALSE(add("lost", 0, kFBAttachLeft, 0, kFBAttachTop, "nowhere"));
-        EXPECT_TRUE(SetBorder("group", kFBEmbossSmoothEdgeBorder, true, false, 2, 2, 90.0f, 10));
-        radio.Style = kFBRadioButton;
-        check.Style = kFBCheckbox;
-        number.Min = 0.0;
-        number.Max = 240.0;
-        EXPECT_TRUE(SetControl("radio", radio));
-        EXPECT_TRUE(SetControl("check", &check));
-        EXPECT_TRUE(SetControl("push", push));
-        EXPECT_TRUE(SetControl("number", number));
-        EXPECT_FALSE(SetControl("nowhere", push));
-        push.OnClick.Add(this, static_cast<FBCallback>(&Dialog::OnFirst));
-        push.OnClick.Add(this, static_cast<FBCallback>(&Dialog::OnSecond));
-        number.OnChange.Add(this, static_cast<FBCallback>(&Dialog::OnFirst));
-        check.OnClick.Add(this, static_cast<FBCallback>(&Dialog::OnClose));
-    }
-
-    void OnFirst(HISender sender, HKEvent event)
-    {
-        log += sender == &push ? "first " : "changed ";
-        EXPECT_EQ(FBEvent(event).GetType(), sender == &push ? kFBEventActivate : kFBEventChange);
-    }
-    void OnSecond(HISender, HKEvent) { log += "second "; }
-    void OnClose(HISender, HKEvent) { Close(true); }
-
-    FBButton radio, check, push;
-    FBEditNumber number;
-    std::string log;
-};
-FBClassImplementation(Dialog);
 
 class Entry : public FBMenuItem
 {
@@ -73,47 +20,45 @@ public:
 };
 FBClassImplementation(Entry);
 
-class UiTest : public testing::Test
-{
-protected:
-    ~UiTest() override { SetPopupPlayer({}); }
-    Dialog dialog_;
-};
+using UiTest = DialogTest;
 
 TEST_F(UiTest, RegionsAreRecordedAndPlaced)
 {
+    EXPECT_TRUE(dialog_.Add("group", 10, kFBAttachNone, 20, kFBAttachNone, nullptr));
+    EXPECT_TRUE(dialog_.Add("inside", 50, kFBAttachLeft, 10, kFBAttachTop, "group"));
+    EXPECT_TRUE(dialog_.Add("below", 0, kFBAttachLeft, 20, kFBAttachBottom, "group"));
+    EXPECT_TRUE(dialog_.Add("beside", 5, kFBAttachRight, 0, kFBAttachTop, "below"));
+    EXPECT_TRUE(dialog_.Add("middle", 0, kFBAttachCenter, 0, kFBAttachCenter, ""));
+    EXPECT_FALSE(dialog_.Add("push", 0, kFBAttachNone, 0, kFBAttachNone, "")) << "taken";
+    EXPECT_FALSE(dialog_.Add("lost", 0, kFBAttachLeft, 0, kFBAttachTop, "nowhere"));
+    EXPECT_TRUE(dialog_.SetBorder("group", kFBEmbossSmoothEdgeBorder, true, false, 2, 2, 90.0f, 10));
     const struct
     {
         const char* name;
-        int left, top, right, bottom;
-    } cases[] = {{"group", 10, 20, 70, 46},
-                 {"radio", 60, 30, 120, 56},
-                 {"check", 10, 66, 70, 92},
-                 {"push", 75, 66, 135, 92},
-                 {"number", 111, 293, 171, 319}};
-    ASSERT_EQ(Regions(dialog_).size(), std::size(cases));
-    for (int i = 0; i < static_cast<int>(std::size(cases)); ++i)
+        std::array<int, 4> edges; // left, top, right, bottom
+    } cases[] = {{"group", {10, 20, 70, 46}},
+                 {"inside", {60, 30, 120, 56}},
+                 {"below", {10, 66, 70, 92}},
+                 {"beside", {75, 66, 135, 92}},
+                 {"middle", {111, 293, 171, 319}}};
+    const std::size_t first = Regions(dialog_).size() - std::size(cases);
+    for (std::size_t i = 0; i < std::size(cases); ++i)
     {
-        const auto& c = cases[i];
-        int left = 0, top = 0, right = 0, bottom = 0;
-        EXPECT_STREQ(dialog_.GetRegion(i), c.name);
-        EXPECT_TRUE(dialog_.GetRegionPositions(c.name, true, &left, &top, &right, &bottom));
-        EXPECT_EQ(left, c.left) << c.name;
-        EXPECT_EQ(top, c.top) << c.name;
-        EXPECT_EQ(right, c.right) << c.name;
-        EXPECT_EQ(bottom, c.bottom) << c.name;
+        std::array<int, 4> edges{};
+        EXPECT_STREQ(dialog_.GetRegion(static_cast<int>(first + i)), cases[i].name);
+        EXPECT_TRUE(
+            dialog_.GetRegionPositions(cases[i].name, true, &edges[0], &edges[1], &edges[2], &edges[3]));
+        EXPECT_EQ(edges, cases[i].edges) << cases[i].name;
     }
-    const Region* group = FindRegion(dialog_, "group");
-    ASSERT_TRUE(group);
-    EXPECT_EQ(group->border.style, kFBEmbossSmoothEdgeBorder);
-    EXPECT_TRUE(group->border.show_title);
-    EXPECT_FALSE(group->border.in_set);
-    EXPECT_EQ(group->border.corner_radius, 10);
+    const RegionBorder& border = FindRegion(dialog_, "group")->border;
+    EXPECT_EQ(border.style, kFBEmbossSmoothEdgeBorder);
+    EXPECT_TRUE(border.show_title);
+    EXPECT_FALSE(border.in_set);
+    EXPECT_EQ(border.corner_radius, 10);
     EXPECT_EQ(FindRegion(dialog_, "radio")->control, &dialog_.radio);
-    EXPECT_EQ(FindRegion(dialog_, "radio")->x.relative, "group");
     EXPECT_FALSE(FindRegion(dialog_, "nowhere"));
     EXPECT_TRUE(dialog_.RenameRegion("group", "box"));
-    EXPECT_EQ(FindRegion(dialog_, "radio")->x.relative, "box");
+    EXPECT_EQ(FindRegion(dialog_, "inside")->x.relative, "box");
 }
 
 TEST_F(UiTest, AUserClicksTypesAndMoves)
@@ -137,14 +82,15 @@ TEST_F(UiTest, AUserClicksTypesAndMoves)
             dialog_.number.Enabled = false;
             EXPECT_FALSE(Edit(popup, "number", 1.0));
             EXPECT_FALSE(Edit(popup, "push", 1.0));
-            EXPECT_FALSE(Click(popup, "group"));
-            dialog_.push.OnClick.Remove(&dialog_, static_cast<FBCallback>(&Dialog::OnSecond));
-            EXPECT_TRUE(Click(popup, "push"));
-            EXPECT_EQ(dialog_.log, "second first changed first ");
+            EXPECT_FALSE(Click(popup, "empty"));
+            EXPECT_TRUE(Click(popup, TestDialog::kCheck));
+            EXPECT_EQ(dialog_.check.State, 1);
             EXPECT_TRUE(MoveTo(popup, -5, 7));
             EXPECT_EQ(popup.Region.X, -5);
-            EXPECT_TRUE(Click(popup, "check"));
-            EXPECT_EQ(dialog_.check.State, 1);
+            dialog_.push.OnClick.Remove(&dialog_, static_cast<FBCallback>(&TestDialog::OnSecond));
+            dialog_.closes = true;
+            EXPECT_TRUE(Click(popup, "push"));
+            EXPECT_EQ(dialog_.log, "second first changed first ");
             EXPECT_FALSE(IsOpen(popup)) << "its handler closes the popup";
             EXPECT_FALSE(Click(popup, "push"));
             EXPECT_FALSE(MoveTo(popup, 0, 0));

@@ -4,12 +4,10 @@
 
 #include <mobu_host/scene.h>
 
-#include <gtest/gtest.h>
+#include "tests/support/scratch_folder.h"
 
 #include <array>
-#include <cstdio>
 #include <dlfcn.h>
-#include <fstream>
 #include <string>
 #include <vector>
 
@@ -17,20 +15,29 @@ namespace
 {
 
 constexpr const char* kRobot = TV2_SAMPLES_DIR "/robot_14_takes.glb";
+constexpr const char* kCollada = TV2_SAMPLES_DIR "/mocap_walk_cameras.dae";
 
 class MobuHostTest : public testing::Test
 {
 protected:
-    MobuHostTest() { EXPECT_EQ(mobu_host_open_scene(kRobot, text_.data(), text_.size()), 1) << text_.data(); }
+    MobuHostTest() { EXPECT_EQ(Open(kRobot), 1) << text_.data(); }
     ~MobuHostTest() override { mobu_host_new_scene(); }
+
+    int Open(const char* path) { return mobu_host_open_scene(path, text_.data(), text_.size()); }
+    int Export(mobu_host_progress progress = nullptr, void* user = nullptr)
+    {
+        return mobu_host_export(&call_, progress, user, text_.data(), text_.size());
+    }
+    std::string Told() const { return text_.data(); }
 
     std::string TakeName(int take)
     {
         EXPECT_EQ(mobu_host_take_name(take, text_.data(), text_.size()), 1) << take;
-        return text_.data();
+        return Told();
     }
 
     std::array<char, 256> text_{};
+    mobu_host_export_call call_{};
 };
 
 TEST_F(MobuHostTest, ItsSceneIsTheOneOfTheSdk)
@@ -88,9 +95,9 @@ TEST_F(MobuHostTest, ASceneThatCannotBeOpenedLeavesTheOldOne)
     for (const char* path : {"gone.bvh", "", static_cast<const char*>(nullptr)})
     {
         text_.fill('\0');
-        EXPECT_EQ(mobu_host_open_scene(path, text_.data(), text_.size()), 0);
-        EXPECT_NE(text_[0], '\0');
-        EXPECT_EQ(std::string(text_.data()).find('\n'), std::string::npos) << text_.data();
+        EXPECT_EQ(Open(path), 0);
+        EXPECT_NE(Told(), "");
+        EXPECT_EQ(Told().find('\n'), std::string::npos) << Told();
         EXPECT_EQ(mobu_host_open_scene(path, nullptr, 0), 0);
     }
     EXPECT_EQ(mobu_host_take_count(), 14);
@@ -102,23 +109,22 @@ TEST_F(MobuHostTest, ANewSceneHasOneTake)
     EXPECT_EQ(mobu_host_take_count(), 1);
     EXPECT_EQ(TakeName(0), "Take 001");
     EXPECT_EQ(mobu_host_current_take(), 0);
+    EXPECT_EQ(mobu_host_scene_file_count(), 0);
+    EXPECT_EQ(mobu_host_model_name(0, text_.data(), text_.size()), 0) << "not counted yet";
     mobu_host::ClearTakes();
     EXPECT_EQ(mobu_host_current_take(), -1);
 }
 
-TEST_F(MobuHostTest, TellsWhatTheSceneLacksALineEach)
+TEST_F(MobuHostTest, ListsWhatTheSceneLacksALineEach)
 {
-    EXPECT_EQ(mobu_host_open_scene(TV2_SAMPLES_DIR "/mocap_walk_cameras.dae", text_.data(), text_.size()), 1);
-    EXPECT_NE(std::string(text_.data()).find("mirrored"), std::string::npos) << text_.data();
-    EXPECT_EQ(std::string(text_.data()).back(), '\n');
+    EXPECT_EQ(mobu_host_open_scene_at(kCollada, 48.0, text_.data(), text_.size()), 1);
+    EXPECT_NE(Told().find("mirrored"), std::string::npos) << Told();
+    EXPECT_TRUE(Told().ends_with('\n'));
+    EXPECT_EQ(mobu_host_transport_rate(), 48.0);
 }
 
 TEST_F(MobuHostTest, SaysWhatIsInTheScene)
 {
-    const char* const collada = TV2_SAMPLES_DIR "/mocap_walk_cameras.dae";
-    ASSERT_EQ(mobu_host_open_scene_at(collada, 48.0, text_.data(), text_.size()), 1) << text_.data();
-    EXPECT_EQ(mobu_host_transport_rate(), 48.0);
-    ASSERT_EQ(mobu_host_open_scene(kRobot, text_.data(), text_.size()), 1) << text_.data();
     ASSERT_GE(mobu_host_scene_file_count(), 1);
     EXPECT_EQ(mobu_host_scene_file(0, text_.data(), text_.size()), 1);
     EXPECT_STREQ(text_.data(), kRobot);
@@ -149,47 +155,42 @@ TEST_F(MobuHostTest, SaysWhatIsInTheScene)
     mobu_host_model none{};
     EXPECT_EQ(mobu_host_model_at(-1, &none), 0);
     EXPECT_EQ(mobu_host_model_at(static_cast<int>(models.size()), &none), 0);
-
-    mobu_host_new_scene();
-    EXPECT_EQ(mobu_host_scene_file_count(), 0);
-    EXPECT_EQ(mobu_host_model_name(0, text_.data(), text_.size()), 0);
 }
 
-// The plug-in may be there already: then it is used as it is.
+// The plug-in may be loaded already: then it is used as it is.
 TEST_F(MobuHostTest, ExportsAtAnyRateAndStopsWhenAsked)
 {
     void* const loaded_before = dlopen(TV2_PLUGIN, RTLD_NOW | RTLD_LOCAL);
     ASSERT_NE(loaded_before, nullptr);
-    const std::string path = testing::TempDir() + "mobu_host_test.tv2";
+    const tv2_tests::ScratchFolder folder;
     FBConstraint* const constraint = mobu_host::AddConstraint("Floor", true);
-    mobu_host_export_call call{};
-    call.size = sizeof call;
-    call.plugin = TV2_PLUGIN;
-    call.path = path.c_str();
-    call.whole_take = 1;
-    call.disable_constraints = 1;
+    call_.size = sizeof call_;
+    call_.plugin = TV2_PLUGIN;
+    call_.whole_take = 1;
+    call_.disable_constraints = 1;
     const auto stop = [](int, double, void* asked) { return ++*static_cast<int*>(asked), 0; };
     for (const double rate : {30.0, 29.97})
     {
         SCOPED_TRACE(rate);
-        std::remove(path.c_str());
-        call.rate = rate;
+        const std::string name = std::to_string(rate) + ".tv2";
+        const std::string path = folder.Path(name);
+        call_.path = path.c_str();
+        call_.rate = rate;
         EXPECT_EQ(mobu_host_choose_take(3), 1);
         int asked = 0;
-        EXPECT_EQ(mobu_host_export(&call, stop, &asked, text_.data(), text_.size()), -1) << text_.data();
+        EXPECT_EQ(Export(stop, &asked), -1) << Told();
         EXPECT_EQ(asked, 1);
-        EXPECT_FALSE(std::ifstream(path).good());
+        EXPECT_FALSE(folder.Has(name));
         EXPECT_TRUE(constraint->Active);
         EXPECT_EQ(mobu_host_current_take(), 3);
-        EXPECT_EQ(mobu_host_export(&call, nullptr, nullptr, text_.data(), text_.size()), 1) << text_.data();
-        EXPECT_TRUE(std::ifstream(path).good());
+        EXPECT_EQ(Export(), 1) << Told();
+        EXPECT_TRUE(folder.Has(name));
     }
-    std::remove(path.c_str());
-    call.plugin = "gone.so";
-    EXPECT_EQ(mobu_host_export(&call, nullptr, nullptr, text_.data(), text_.size()), 0);
-    EXPECT_NE(std::string(text_.data()).find("gone.so"), std::string::npos) << text_.data();
-    call.size = 8;
-    EXPECT_EQ(mobu_host_export(&call, nullptr, nullptr, text_.data(), text_.size()), 0);
+    call_.plugin = "gone.so";
+    EXPECT_EQ(Export(), 0);
+    EXPECT_NE(Told().find("gone.so"), std::string::npos) << Told();
+    call_.size = 8;
+    EXPECT_EQ(Export(), 0);
     dlclose(loaded_before);
 }
 

@@ -2,16 +2,17 @@
 
 #include <fbsdk/fbsdk.h>
 
-// Writes every phase it goes through into the property "Phases" of the scene root.
+// Appends each phase of its life to the property "Phases" of the scene root.
 
 namespace
 {
 
-void Record(const char* phase)
+bool Record(const char* phase)
 {
     FBModel* root = FBSystem::TheOne().SceneRootModel;
     if (FBProperty* phases = root->PropertyList.Find("Phases"))
         phases->SetString((std::string(phases->AsString()) + phase + " ").c_str());
+    return true;
 }
 
 } // namespace
@@ -55,14 +56,12 @@ bool RecordingTool::Execute(const char* pFilename)
 
 bool FBLibrary::LibInit()
 {
-    Record("init");
-    return true;
+    return Record("init");
 }
 
 bool FBLibrary::LibOpen()
 {
-    Record("open");
-    return true;
+    return Record("open");
 }
 
 bool FBLibrary::LibReady()
@@ -74,8 +73,7 @@ bool FBLibrary::LibReady()
 
 bool FBLibrary::LibClose()
 {
-    Record("close");
-    return true;
+    return Record("close");
 }
 
 bool FBLibrary::LibRelease()

@@ -1,69 +1,23 @@
 #include "host/popup/popup_script.h"
 
-#include "mobu_host/ui.h"
-
-#include <gtest/gtest.h>
-
-#include <filesystem>
-#include <fstream>
+#include "tests/host/test_dialog.h"
+#include "tests/support/scratch_folder.h"
 
 namespace mobu_host
 {
+
+FBClassImplementation(TestDialog);
+
 namespace
 {
 
-class Dialog : public FBPopup
-{
-    FBClassDeclare(Dialog, FBPopup);
-
-public:
-    Dialog()
-    {
-        Width = 200;
-        Height = 200;
-        for (const char* name : {"push", "a \"quoted\" #1", "radio", "number", "off", "empty"})
-            AddRegion(name, "", 0, kFBAttachNone, "", 1.0f, 0, kFBAttachNone, "", 1.0f, 60, kFBAttachNone, "",
-                      1.0f, 26, kFBAttachNone, "", 1.0f);
-        SetControl("push", push);
-        SetControl("a \"quoted\" #1", check);
-        SetControl("radio", radio);
-        SetControl("number", number);
-        SetControl("off", off);
-        check.Style = kFBCheckbox;
-        radio.Style = kFBRadioButton;
-        number.Max = 240.0;
-        off.Enabled = false;
-        push.OnClick.Add(this, static_cast<FBCallback>(&Dialog::OnPush));
-    }
-
-    void OnPush(HISender, HKEvent) { Close(true); }
-
-    FBButton push, check, radio, off;
-    FBEditNumber number;
-};
-FBClassImplementation(Dialog);
-
-class PopupScriptTest : public testing::Test
+class PopupScriptTest : public DialogTest
 {
 protected:
-    PopupScriptTest()
-    {
-        const testing::TestInfo* const test = testing::UnitTest::GetInstance()->current_test_info();
-        folder_ =
-            std::filesystem::path(testing::TempDir()) / ("tv2_popup_script_" + std::string(test->name()));
-        std::filesystem::create_directories(folder_);
-        path_ = (folder_ / "steps.txt").string();
-    }
-    ~PopupScriptTest() override
-    {
-        SetPopupPlayer({});
-        std::filesystem::remove_all(folder_);
-    }
-
     // What reading or playing the text to the dialog complains of.
     std::string Play(const std::string& text)
     {
-        std::ofstream(path_, std::ios::binary) << text;
+        folder_.Make("steps.txt", text);
         std::string error;
         const auto script = PopupScript::Read(path_, error);
         EXPECT_EQ(script.has_value(), error.empty());
@@ -75,9 +29,8 @@ protected:
         return error;
     }
 
-    std::filesystem::path folder_;
-    std::string path_;
-    Dialog dialog_;
+    const tv2_tests::ScratchFolder folder_;
+    const std::string path_ = folder_.Path("steps.txt");
 };
 
 TEST_F(PopupScriptTest, DoesWhatEachLineSays)
@@ -95,6 +48,7 @@ TEST_F(PopupScriptTest, DoesWhatEachLineSays)
     EXPECT_EQ(dialog_.Top, 300);
     EXPECT_EQ(Play("edit \"number\" 999"), "") << "the end closes it as well";
     EXPECT_EQ(dialog_.number.Value, 240.0);
+    dialog_.closes = true;
     EXPECT_EQ(Play("click \"push\""), "");
 }
 
@@ -138,12 +92,13 @@ TEST_F(PopupScriptTest, NamesFileLineAndCause)
         {"move 1.5 2", 1, "move takes two whole numbers"},
         {"close now", 1, "nothing may follow but a comment: \"now\""},
         {"\n\nclick \"PUSH\"", 3, "there is no region \"PUSH\" (did you mean \"push\"?)"},
-        {"click \"other\"", 1, "there is no region \"other\"; the popup has \"push\", \"a \\\"quoted"},
+        {"click \"other\"", 1,
+         "there is no region \"other\"; the popup has \"push\", \"radio\", \"a \\\"quoted"},
         {"click \"number\"", 1, "\"number\" is no button"},
         {"click \"empty\"", 1, "\"empty\" is no button"},
         {"edit \"push\" 1", 1, "\"push\" is no box for a number"},
         {"click \"off\"", 1, "\"off\" is disabled"},
-        {"click \"push\"\nmove 1 1", 2, "the popup has closed already"},
+        {"close\nmove 1 1", 2, "the popup has closed already"},
     };
     for (const auto& c : cases)
     {
@@ -163,8 +118,9 @@ TEST_F(PopupScriptTest, TellsWhyAFileCannotBeRead)
     std::string error;
     EXPECT_FALSE(PopupScript::Read(path_ + ".gone", error));
     EXPECT_EQ(error, path_ + ".gone: cannot be read: No such file or directory");
-    EXPECT_FALSE(PopupScript::Read(folder_.string(), error));
-    EXPECT_TRUE(error.starts_with(folder_.string() + ": cannot be read: ")) << error;
+    const std::string itself = folder_.Folder().string();
+    EXPECT_FALSE(PopupScript::Read(itself, error));
+    EXPECT_TRUE(error.starts_with(itself + ": cannot be read: ")) << error;
 }
 
 } // namespace

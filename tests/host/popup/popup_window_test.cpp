@@ -2,6 +2,7 @@
 
 #include "host/popup/window_module.h"
 
+#include "exporter/base/dialog_regions.h"
 #include "exporter/export_dialog.h"
 #include "exporter/platform/settings_store.h"
 #include "mobu_host/scene.h"
@@ -23,15 +24,9 @@ namespace tev2_exporter
 namespace
 {
 
-constexpr const char* kNtsc = "SAMPLING_NTSC_RADIO_BUTTON_REGION_NAME";
-constexpr const char* kPal = "SAMPLING_PAL_RADIO_BUTTON_REGION_NAME";
-constexpr const char* kCustomRate = "SAMPLING_CUSTOM_FPS_RADIO_BUTTON_REGION_NAME";
-constexpr const char* kRate = "SAMPLING_CUSTOM_FPS_EDITBOX_REGION_NAME";
-constexpr const char* kStartKey = "KEYFRAMES_START_KEY_EDITBOX_REGION_NAME";
-constexpr const char* kAllTakes = "TAKES_ALL_TAKES_RADIO_BUTTON_REGION_NAME";
+using namespace regions;
+
 constexpr const char* kPositiveZ = "KEEP_POSITIVE_Z_CHECKBOX_REGION_NAME";
-constexpr const char* kExport = "EXPORT_BUTTON_REGION_NAME";
-constexpr const char* kCancel = "CANCEL_BUTTON_REGION_NAME";
 
 // One display for all tests of this program.
 VirtualDisplay& Screen()
@@ -270,23 +265,22 @@ TEST_F(PopupWindowTest, HoldsNumbersWithinTheirLimits)
 
 TEST_F(PopupWindowTest, ClosingItIsACancellation)
 {
-    const std::pair<const char*, std::function<void(const User&)>> ways[] = {
-        {"the window's button", [](const User&) {}},
-        {"Escape", [](const User& user) { user.Key(FL_Escape); }},
-        {"Escape while typing",
-         [](const User& user)
-         {
-             user.Press(kCustomRate);
-             user.Type(kRate, "30");
-             user.Key(FL_Escape);
-             EXPECT_FALSE(user.Window().shown());
-         }},
-        {"Cancel", [](const User& user) { user.Press(kCancel); }},
+    const std::function<void(const User&)> ways[] = {
+        [](const User&) {}, // the window's button
+        [](const User& user) { user.Key(FL_Escape); },
+        [](const User& user)
+        {
+            user.Press(kCustomRate);
+            user.Type(kRate, "30");
+            user.Key(FL_Escape);
+            EXPECT_FALSE(user.Window().shown());
+        },
+        [](const User& user) { user.Press(kCancel); },
     };
-    for (const auto& [way, act] : ways)
+    for (const auto& way : ways)
     {
-        EXPECT_EQ(Show(act).Cancelled, 1) << way;
-        EXPECT_EQ(Stored("FPS_KEY_NAME"), "nothing") << way;
+        EXPECT_EQ(Show(way).Cancelled, 1) << &way - ways;
+        EXPECT_EQ(Stored("FPS_KEY_NAME"), "nothing") << &way - ways;
     }
 }
 
@@ -305,7 +299,7 @@ TEST_F(PopupWindowTest, RemembersWhereItWasMoved)
         [&](const User& user)
         {
             move(user);
-            user.Press(kAllTakes);
+            user.Press(regions::kAllTakes);
             user.Press(kExport);
         });
     EXPECT_EQ(Stored("DIALOG_POS_X_KEY_NAME"), "321");
