@@ -14,11 +14,6 @@ namespace tv2
 namespace
 {
 
-struct MenuVerbOptions
-{
-    std::string plugin;
-};
-
 const char* PlaceOf(FBMenuItem& item)
 {
     const FBMenuItemType type = item.Type;
@@ -36,56 +31,44 @@ const char* PlaceOf(FBMenuItem& item)
     return "unknown";
 }
 
-} // namespace
-
-void RunMenu(const MenuVerbOptions& options, VerbContext& context)
-{
-    Json json;
-    std::string error;
-    const std::unique_ptr<mobu_host::Plugin> plugin = LoadExporter(options.plugin, error);
-    if (!plugin)
-    {
-        context.Complain(error, kExitCouldNotRun);
-        json["error"] = error;
-    }
-    json["entries"] = Json::array();
-    for (FBMenuItem* item : mobu_host::MenuItems())
-    {
-        json["entries"].push_back({{"caption", TextOf(item->Label)},
-                                   {"description", TextOf(item->Description)},
-                                   {"menu", PlaceOf(*item)},
-                                   {"extension", TextOf(item->Extension)}});
-    }
-    if (context.json)
-    {
-        context.out << JsonAnswer(json);
-        return;
-    }
-    for (const auto& entry : json["entries"])
-    {
-        const auto text = [&entry](const char* name) { return OneLine(entry[name].get<std::string>()); };
-        context.out << text("menu") << ": \"" << text("caption") << "\" (" << text("description")
-                    << "), files: " << text("extension") << '\n';
-    }
-}
-
-namespace
-{
-
 class MenuVerb : public Verb
 {
 public:
-    std::vector<OptionRow> Options() override
+    std::vector<OptionRow> Options() override { return {ExporterOption(plugin_)}; }
+
+    void Run(VerbContext& context) override
     {
-        return {
-            ExporterOption(options_.plugin),
-        };
+        Json json;
+        std::string error;
+        const std::unique_ptr<mobu_host::Plugin> plugin = LoadExporter(plugin_, error);
+        if (!plugin)
+        {
+            context.Complain(error, kExitCouldNotRun);
+            json["error"] = error;
+        }
+        json["entries"] = Json::array();
+        for (FBMenuItem* item : mobu_host::MenuItems())
+        {
+            json["entries"].push_back({{"caption", TextOf(item->Label)},
+                                       {"description", TextOf(item->Description)},
+                                       {"menu", PlaceOf(*item)},
+                                       {"extension", TextOf(item->Extension)}});
+        }
+        if (context.json)
+        {
+            context.out << JsonAnswer(json);
+            return;
+        }
+        for (const auto& entry : json["entries"])
+        {
+            const auto text = [&entry](const char* name) { return OneLine(entry[name].get<std::string>()); };
+            context.out << text("menu") << ": \"" << text("caption") << "\" (" << text("description")
+                        << "), files: " << text("extension") << '\n';
+        }
     }
 
-    void Run(VerbContext& context) override { RunMenu(options_, context); }
-
 private:
-    MenuVerbOptions options_;
+    std::string plugin_;
 };
 
 const VerbRegistration kMenuVerb({

@@ -11,22 +11,15 @@
 #include "tools/tv2/verb.h"
 
 #include <algorithm>
-#include <cstring>
 #include <filesystem>
 
 namespace tv2
 {
 
+using TEV2_LOADER::Status;
+
 namespace
 {
-
-struct PictureOptions
-{
-    std::string file;
-    std::string output;
-    std::size_t figures = 7;
-    std::string view = "front";
-};
 
 bool IsSameFile(const std::string& a, const std::string& b)
 {
@@ -34,92 +27,99 @@ bool IsSameFile(const std::string& a, const std::string& b)
     return a == b || std::filesystem::equivalent(a, b, ignored);
 }
 
-} // namespace
-
-void RunPicture(const PictureOptions& options, VerbContext& context)
-{
-    SurviveClosedPipes();
-    const bool to_output = options.output == "-";
-    if (to_output && context.json)
-        return context.Fail(options.file, "the drawing and JSON cannot both go to standard output",
-                            kExitCouldNotRun);
-    if (!to_output && !options.output.ends_with(".svg"))
-        return context.Fail(options.file, options.output + ": a drawing's name ends in .svg",
-                            kExitCouldNotRun);
-    if (!to_output && IsSameFile(options.file, options.output))
-        return context.Fail(options.file,
-                            options.output + ": the drawing would replace the file that it shows",
-                            kExitCouldNotRun);
-    LoadedFile file;
-    if (const TEV2_LOADER::Status read = ReadFile(options.file, file); !read)
-        return context.Fail(options.file, read.Reason(), kExitCouldNotRun);
-    if (!file.loaded)
-        return context.Fail(options.file, WhyNotLoaded(file), kExitFindings);
-    const std::vector<Figure> figures = PoseFigures(*file.scene, options.view, options.figures);
-    const bool empty =
-        std::all_of(figures.begin(), figures.end(), [](const Figure& figure) { return figure.Empty(); });
-    if (empty)
-        return context.Fail(options.file, file.title + ": nothing to draw: no nodes below the root",
-                            kExitFindings);
-
-    const Drawing drawing = DrawFigures(figures);
-    if (to_output)
-    {
-        context.out << drawing.svg;
-        return;
-    }
-    if (const auto written = TEV2_LOADER::WriteWholeFile(options.output, drawing.svg); !written)
-        return context.Fail(options.file, options.output + ": cannot be written: " + written.Reason(),
-                            kExitCouldNotRun);
-    if (context.json)
-    {
-        const Json json = {{"file", options.file}, {"output", options.output}, {"figures", figures.size()}};
-        context.out << JsonAnswer(json);
-        return;
-    }
-    context.out << Printable(options.output) << ": " << CountOf(figures.size(), "figure", "figures") << " of "
-                << Printable(file.title) << '\n';
-    if (drawing.left_out > 0)
-    {
-        context.out << "note: " << CountOf(drawing.left_out, "camera or prop is", "cameras and props are")
-                    << " too far from the skeleton to be in the picture\n";
-    }
-}
-
-namespace
-{
-
 class PictureVerb : public Verb
 {
 public:
     std::vector<OptionRow> Options() override
     {
         return {
-            {.name = "FILE",
-             .value = &options_.file,
-             .help = "The .tv2 file; - is standard input",
-             .required = true},
+            {.name = "FILE", .value = &file_, .help = "The .tv2 file; - is standard input", .required = true},
             {.name = "OUTPUT.svg",
-             .value = &options_.output,
+             .value = &output_,
              .help = "The drawing, ending in .svg; - is standard output",
              .required = true},
             {.name = "--figures",
-             .value = &options_.figures,
+             .value = &figures_,
              .help = "How many instants, spread over the time range (one where nothing moves)",
              .show_default = true,
              .range = {{1, 50}}},
             {.name = "--view",
-             .value = &options_.view,
+             .value = &view_,
              .help = "From where to look",
              .show_default = true,
              .one_of = {"front", "side", "top"}},
         };
     }
 
-    void Run(VerbContext& context) override { RunPicture(options_, context); }
+    void Run(VerbContext& context) override
+    {
+        SurviveClosedPipes();
+        LoadedFile file;
+        if (const std::string why = WhyNotStarted(context.json); !why.empty())
+        {
+            return context.Fail(file_, why, kExitCouldNotRun);
+        }
+        if (const Status read = ReadFile(file_, file); !read)
+        {
+            return context.Fail(file_, read.Reason(), kExitCouldNotRun);
+        }
+        if (!file.loaded)
+        {
+            return context.Fail(file_, WhyNotLoaded(file), kExitFindings);
+        }
+        const std::vector<Figure> figures = PoseFigures(*file.scene, view_, figures_);
+        if (std::all_of(figures.begin(), figures.end(), [](const Figure& figure) { return figure.Empty(); }))
+        {
+            return context.Fail(file_, file.title + ": nothing to draw: no nodes below the root",
+                                kExitFindings);
+        }
+        const Drawing drawing = DrawFigures(figures);
+        if (output_ == kStandardOutput)
+        {
+            context.out << drawing.svg;
+            return;
+        }
+        if (const Status written = TEV2_LOADER::WriteWholeFile(output_, drawing.svg); !written)
+        {
+            return context.Fail(file_, output_ + ": cannot be written: " + written.Reason(),
+                                kExitCouldNotRun);
+        }
+        if (context.json)
+        {
+            context.out << JsonAnswer({{"file", file_}, {"output", output_}, {"figures", figures.size()}});
+            return;
+        }
+        context.out << Printable(output_) << ": " << CountOf(figures.size(), "figure", "figures") << " of "
+                    << Printable(file.title) << '\n';
+        if (drawing.left_out > 0)
+        {
+            context.out << "note: " << CountOf(drawing.left_out, "camera or prop is", "cameras and props are")
+                        << " too far from the skeleton to be in the picture\n";
+        }
+    }
 
 private:
-    PictureOptions options_;
+    static constexpr const char* kStandardOutput = "-";
+
+    /// Empty when nothing is wrong with the options.
+    std::string WhyNotStarted(bool json) const
+    {
+        if (output_ == kStandardOutput)
+        {
+            return json ? "the drawing and JSON cannot both go to standard output" : "";
+        }
+        if (!output_.ends_with(".svg"))
+        {
+            return output_ + ": a drawing's name ends in .svg";
+        }
+        return IsSameFile(file_, output_) ? output_ + ": the drawing would replace the file that it shows"
+                                          : "";
+    }
+
+    std::string file_;
+    std::string output_;
+    std::size_t figures_ = 7;
+    std::string view_ = "front";
 };
 
 const VerbRegistration kPictureVerb({

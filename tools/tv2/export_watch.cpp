@@ -1,4 +1,4 @@
-#include "tools/tv2/progress_bar.h"
+#include "tools/tv2/export_watch.h"
 
 #include "tools/tv2/progress_line.h"
 
