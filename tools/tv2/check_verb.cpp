@@ -1,12 +1,10 @@
-// tv2 check: all that is wrong with a file, or looks wrong.
+// tv2 check: errors and suspicious values in a file.
 
 #include "tev2_loader/up_axis.h"
 #include "tools/tv2/check_codes.h"
-#include "tools/tv2/json_answer.h"
+#include "tools/tv2/each_file.h"
 #include "tools/tv2/lint.h"
-#include "tools/tv2/loaded_file.h"
 #include "tools/tv2/text.h"
-#include "tools/tv2/verb.h"
 
 #include <array>
 #include <iomanip>
@@ -19,13 +17,6 @@ namespace tv2
 
 namespace
 {
-
-struct CheckOptions
-{
-    std::vector<std::string> files;
-    bool codes = false;
-    bool all = false;
-};
 
 /// How many findings of one code the text shows of a file.
 constexpr std::size_t kMostOfOneCode = 5;
@@ -117,14 +108,14 @@ struct Rest
 };
 
 void PrintFile(const LoadedFile& file, const std::vector<Finding>& findings, const std::string& counts,
-               const CheckOptions& options, std::ostream& out)
+               bool all, std::ostream& out)
 {
     out << Printable(file.title) << ": " << counts << '\n';
     std::map<std::string, Rest> rests;
     for (const Finding& finding : findings)
     {
         Rest& rest = rests[finding.code];
-        if (++rest.found <= kMostOfOneCode || options.all)
+        if (++rest.found <= kMostOfOneCode || all)
         {
             PrintFinding(finding, out);
         }
@@ -135,7 +126,7 @@ void PrintFile(const LoadedFile& file, const std::vector<Finding>& findings, con
     }
     for (const auto& [code, rest] : rests)
     {
-        if (rest.found > kMostOfOneCode && !options.all)
+        if (rest.found > kMostOfOneCode && !all)
         {
             out << "  ... " << CountText(rest.found - kMostOfOneCode) << " more of " << code
                 << (rest.names.empty() ? "" : ": " + Listed(rest.names)) << " (--all shows them)\n";
@@ -147,68 +138,25 @@ void PrintFile(const LoadedFile& file, const std::vector<Finding>& findings, con
     }
 }
 
-} // namespace
-
-void RunCheck(const CheckOptions& options, VerbContext& context)
+Json ToJson(const LoadedFile& file, const std::vector<Finding>& findings, bool clean)
 {
-    if (options.codes)
+    Json json = {{"file", file.argument}, {"loaded", file.loaded}};
+    if (file.loaded)
     {
-        PrintCodes(context);
-        return;
+        json["upAxis"] = TEV2_LOADER::UpAxisName(TEV2_LOADER::UpAxis(*file.scene));
     }
-    Json json = {{"files", Json::array()}};
-    for (const std::string& path : options.files)
+    else
     {
-        LoadedFile file;
-        if (const TEV2_LOADER::Status read = ReadFile(path, file); !read)
-        {
-            context.Complain(read.Reason(), kExitCouldNotRun);
-            json["files"].push_back(JsonFailure(path, read.Reason()));
-            continue;
-        }
-        const std::vector<Finding> findings = Examine(file);
-        std::array<std::size_t, 3> counts{};
-        for (const Finding& finding : findings)
-        {
-            ++counts[static_cast<std::size_t>(finding.severity)];
-        }
-        const bool clean = counts[1] == 0 && counts[2] == 0;
-        if (!clean)
-        {
-            context.Report(kExitFindings);
-        }
-        if (!context.json)
-        {
-            PrintFile(file, findings, CountsText(counts), options, context.out);
-            continue;
-        }
-        Json entry;
-        entry["file"] = path;
-        entry["loaded"] = file.loaded;
-        if (!file.loaded)
-        {
-            entry["error"] = WhyNotLoaded(file);
-        }
-        else
-        {
-            entry["upAxis"] = TEV2_LOADER::UpAxisName(TEV2_LOADER::UpAxis(*file.scene));
-        }
-        entry["clean"] = clean;
-        entry["findings"] = Json::array();
-        for (const Finding& finding : findings)
-        {
-            entry["findings"].push_back(ToJson(finding));
-        }
-        json["files"].push_back(std::move(entry));
+        json["error"] = WhyNotLoaded(file);
     }
-    if (context.json)
+    json["clean"] = clean;
+    json["findings"] = Json::array();
+    for (const Finding& finding : findings)
     {
-        context.out << JsonAnswer(json);
+        json["findings"].push_back(ToJson(finding));
     }
+    return json;
 }
-
-namespace
-{
 
 class CheckVerb : public Verb
 {
@@ -216,25 +164,51 @@ public:
     std::vector<OptionRow> Options() override
     {
         return {
-            {.name = "FILE", .value = &options_.files, .help = "The .tv2 files; - is standard input"},
+            {.name = "FILE", .value = &files_, .help = "The .tv2 files; - is standard input"},
             {.name = "--codes",
-             .value = &options_.codes,
+             .value = &codes_,
              .help = "List all codes, each with a sentence, and do nothing else"},
             {.name = "--all",
-             .value = &options_.all,
+             .value = &all_,
              .help = "Show every finding, however many there are of one code"},
         };
     }
 
     std::string Refusal(const std::set<std::string>&) const override
     {
-        return options_.files.empty() && !options_.codes ? "FILE is required" : "";
+        return files_.empty() && !codes_ ? "FILE is required" : "";
     }
 
-    void Run(VerbContext& context) override { RunCheck(options_, context); }
+    void Run(VerbContext& context) override
+    {
+        if (codes_)
+        {
+            return PrintCodes(context);
+        }
+        AnswerForEachFile(files_, context,
+                          [&](LoadedFile& file) -> Json
+                          {
+                              const std::vector<Finding> findings = Examine(file);
+                              std::array<std::size_t, 3> counts{};
+                              for (const Finding& finding : findings)
+                              {
+                                  ++counts[static_cast<std::size_t>(finding.severity)];
+                              }
+                              const bool clean = counts[1] == 0 && counts[2] == 0;
+                              context.Report(clean ? kExitDone : kExitFindings);
+                              if (context.json)
+                              {
+                                  return ToJson(file, findings, clean);
+                              }
+                              PrintFile(file, findings, CountsText(counts), all_, context.out);
+                              return {};
+                          });
+    }
 
 private:
-    CheckOptions options_;
+    std::vector<std::string> files_;
+    bool codes_ = false;
+    bool all_ = false;
 };
 
 const VerbRegistration kCheckVerb({
@@ -244,9 +218,9 @@ const VerbRegistration kCheckVerb({
     .examples = "tv2 check takes/*.tv2\n"
                 "tv2 check --json walk.tv2 | jq -r '.files[].findings[].code'\n"
                 "tv2 check --codes",
-    .remarks = "Exit code: 0: no file has errors or warnings (notes do not count); 1: a file has; 2: a file "
-               "cannot be "
-               "read.",
+    .remarks =
+        "Exit code: 0: no errors or warnings (notes do not count); 1: errors or warnings; 2: a file cannot "
+        "be read.",
     .json_help = "Print JSON: an object with one entry of \"files\" for each file",
     .make = Make<CheckVerb>,
 });

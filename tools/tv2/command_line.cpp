@@ -1,13 +1,12 @@
 #include "tools/tv2/command_line.h"
 
 #include "text/closest_name.h"
+#include "tools/tv2/fitted_help.h"
 #include "tools/tv2/host_verbs.h"
 #include "tools/tv2/json_answer.h"
 #include "tools/tv2/system.h"
 #include "tools/tv2/text.h"
 #include "tools/tv2/verb.h"
-
-#include <CLI/CLI.hpp>
 
 #include <algorithm>
 #include <iostream>
@@ -23,58 +22,6 @@ namespace tv2
 
 namespace
 {
-
-constexpr std::size_t kLeastColumns = 60;
-constexpr std::size_t kMostColumns = 100;
-
-/// Help that fits the terminal.
-class FittedHelp : public CLI::Formatter
-{
-public:
-    explicit FittedHelp(std::size_t columns) : columns_(columns)
-    {
-        label("SUBCOMMAND", "COMMAND");
-        label("Subcommand", "Command");
-    }
-
-    std::string make_option(const CLI::Option* option, bool is_positional) const override
-    {
-        std::string name = make_option_name(option, is_positional);
-        if (name.find("{false}") != std::string::npos) // --flag,--no-flag{false}
-        {
-            name = "--[no-]" + option->get_lnames().front();
-        }
-        return Row(name + make_option_opts(option), make_option_desc(option));
-    }
-
-    std::string make_subcommand(const CLI::App* command) const override
-    {
-        return Row(command->get_name(), command->get_description());
-    }
-
-    std::string make_description(const CLI::App* command) const override
-    {
-        return Wrapped(CLI::Formatter::make_description(command), columns_);
-    }
-
-    std::string make_footer(const CLI::App* command) const override
-    {
-        return Wrapped(CLI::Formatter::make_footer(command), columns_);
-    }
-
-private:
-    static constexpr std::size_t kColumn = 26; // of the descriptions
-
-    std::string Row(const std::string& name, const std::string& description) const
-    {
-        std::string row = "  " + Wrapped(name, columns_, 4, 2);
-        const std::size_t used = ColumnsOf(row.substr(row.rfind('\n') + 1));
-        row += used + 2 > kColumn ? '\n' + std::string(kColumn, ' ') : std::string(kColumn - used, ' ');
-        return row + Wrapped(description, columns_, kColumn, kColumn) + '\n';
-    }
-
-    std::size_t columns_;
-};
 
 CLI::Option* AddToParser(CLI::App& command, const OptionRow& row, bool* flag)
 {
@@ -299,8 +246,7 @@ int OutputWasLost(bool files_were_written)
 
 void SetUpParser(CLI::App& app)
 {
-    app.formatter(std::make_shared<FittedHelp>(
-        std::clamp(TerminalColumns(Stream::kOutput), kLeastColumns, kMostColumns)));
+    app.formatter(std::make_shared<FittedHelp>());
     app.set_version_flag("--version", "tv2 " TV2_VERSION);
     app.require_subcommand(1);
     app.footer("Each command has its own help: tv2 info --help\n"

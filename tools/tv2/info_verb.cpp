@@ -1,17 +1,11 @@
-// tv2 info: what a file holds, on one screen.
+// tv2 info: what is in a file, on one screen.
 
 #include "tev2_loader/up_axis.h"
-#include "tev2_loader/walk.h"
-#include "tools/tv2/extents.h"
-#include "tools/tv2/json_answer.h"
-#include "tools/tv2/loaded_file.h"
+#include "tools/tv2/each_file.h"
+#include "tools/tv2/scene_summary.h"
 #include "tools/tv2/text.h"
-#include "tools/tv2/track_view.h"
-#include "tools/tv2/verb.h"
 
 #include <iomanip>
-#include <map>
-#include <set>
 #include <sstream>
 
 namespace tv2
@@ -21,103 +15,6 @@ using namespace TEV2_LOADER;
 
 namespace
 {
-
-struct InfoOptions
-{
-    std::vector<std::string> files;
-};
-
-struct TrackTotal
-{
-    std::size_t tracks = 0;
-    std::size_t keys = 0;
-};
-
-struct ChunkTotal
-{
-    std::size_t chunks = 0;
-    std::uint64_t bytes = 0;
-};
-
-/// What the screen and the JSON are made from.
-struct Summary
-{
-    bool has_information = false; // the scene holds defaults where a file has no such chunk
-    bool has_environment = false;
-    std::vector<std::string> information_lines;
-    std::map<std::uint32_t, TrackTotal> tracks; // by kind
-    std::map<std::uint32_t, ChunkTotal> chunks; // by id
-    std::set<std::int32_t> active_cameras;
-    std::size_t switcher_keys = 0;
-    std::size_t top_nodes = 0;
-    Extents extents;
-};
-
-class TrackCounter : public TEV2_FIELD_VISITOR
-{
-public:
-    explicit TrackCounter(std::map<std::uint32_t, TrackTotal>& totals) : totals_(totals) {}
-
-    void Track(const TEV2_FIELD&, const TEV2_ANIMATABLE* track) override
-    {
-        if (track != nullptr)
-        {
-            TrackTotal& total = totals_[track->GetType()];
-            ++total.tracks;
-            total.keys += TrackView(*track).ValueCount();
-        }
-    }
-
-private:
-    std::map<std::uint32_t, TrackTotal>& totals_;
-};
-
-std::vector<std::string> Lines(const std::string& text)
-{
-    std::vector<std::string> lines;
-    std::istringstream stream(text);
-    for (std::string line; std::getline(stream, line);)
-    {
-        if (!line.empty() && line.back() == '\r')
-        {
-            line.pop_back();
-        }
-        lines.push_back(line);
-    }
-    return lines;
-}
-
-Summary Summarise(LoadedFile& file)
-{
-    Summary summary;
-    TEV2& scene = *file.scene;
-    summary.has_information = LastChunk(file, kInformationChunk) != nullptr;
-    summary.has_environment = LastChunk(file, kEnvironmentChunk) != nullptr;
-    summary.information_lines = Lines(ReadableText(scene.information.infoText.Text()));
-    TrackCounter counter(summary.tracks);
-    WalkScene(scene, file.image.data(), file.report, counter);
-    for (const TEV2_CHUNK_SPAN& chunk : file.report.chunks)
-    {
-        ChunkTotal& total = summary.chunks[chunk.id];
-        ++total.chunks;
-        total.bytes += chunk.size;
-    }
-    if (scene.cameraMan.cameraIndex != nullptr)
-    {
-        const TrackView view(*scene.cameraMan.cameraIndex);
-        summary.switcher_keys = view.ValueCount();
-        for (std::size_t i = 0; i < view.ValueCount(); ++i)
-        {
-            summary.active_cameras.insert(view.Integer(i));
-        }
-    }
-    for (const TEV2_MATRIX_NODE& node : scene.matrixHierarchy.nodes)
-    {
-        summary.top_nodes += node.parentIndex < 0 ? 1 : 0;
-    }
-    summary.extents = MeasureExtents(scene);
-    return summary;
-}
 
 /// The node that a camera hangs on; empty when the file has no such node.
 std::string NodeName(const TEV2& scene, const TEV2_CAMERA& camera)
@@ -131,10 +28,10 @@ Json JsonPoint(const std::array<float, 3>& point)
     return {JsonFloat(point[0]), JsonFloat(point[1]), JsonFloat(point[2])};
 }
 
-Json ToJson(const std::string& path, const LoadedFile& file, const Summary& summary)
+Json ToJson(const LoadedFile& file, const Summary& summary)
 {
     const TEV2& scene = *file.scene;
-    Json json = {{"file", path}};
+    Json json = {{"file", file.argument}};
     json["bytes"] = file.image.size();
     json["version"] = nullptr;
     json["creatorText"] = nullptr;
@@ -323,46 +220,6 @@ private:
     const Summary& summary_;
 };
 
-} // namespace
-
-void RunInfo(const InfoOptions& options, VerbContext& context)
-{
-    Json json = {{"files", Json::array()}};
-    bool first = true;
-    for (const std::string& path : options.files)
-    {
-        LoadedFile file;
-        if (const TEV2_LOADER::Status read = ReadFile(path, file); !read)
-        {
-            context.Complain(read.Reason(), kExitCouldNotRun);
-            json["files"].push_back(JsonFailure(path, read.Reason()));
-            continue;
-        }
-        if (!file.loaded)
-        {
-            context.Complain(WhyNotLoaded(file), kExitFindings);
-            json["files"].push_back(JsonFailure(path, WhyNotLoaded(file)));
-            continue;
-        }
-        const Summary summary = Summarise(file);
-        if (context.json)
-        {
-            json["files"].push_back(ToJson(path, file, summary));
-            continue;
-        }
-        context.out << (first ? "" : "\n");
-        first = false;
-        Screen(context.out, file, summary).Print();
-    }
-    if (context.json)
-    {
-        context.out << JsonAnswer(json);
-    }
-}
-
-namespace
-{
-
 class InfoVerb : public Verb
 {
 public:
@@ -370,16 +227,38 @@ public:
     {
         return {
             {.name = "FILE",
-             .value = &options_.files,
+             .value = &files_,
              .help = "The .tv2 files; - is standard input",
              .required = true},
         };
     }
 
-    void Run(VerbContext& context) override { RunInfo(options_, context); }
+    void Run(VerbContext& context) override
+    {
+        const char* separator = "";
+        AnswerForEachFile(files_, context,
+                          [&](LoadedFile& file) -> Json
+                          {
+                              if (!file.loaded)
+                              {
+                                  const std::string why = WhyNotLoaded(file);
+                                  context.Complain(why, kExitFindings);
+                                  return JsonFailure(file.argument, why);
+                              }
+                              const Summary summary = Summarise(file);
+                              if (context.json)
+                              {
+                                  return ToJson(file, summary);
+                              }
+                              context.out << separator;
+                              separator = "\n";
+                              Screen(context.out, file, summary).Print();
+                              return {};
+                          });
+    }
 
 private:
-    InfoOptions options_;
+    std::vector<std::string> files_;
 };
 
 const VerbRegistration kInfoVerb({

@@ -14,8 +14,8 @@
 namespace tv2
 {
 
-using TEV2_LOADER::Status;
 using tev2_exporter::ErrnoOfLastError;
+using TEV2_LOADER::Status;
 
 std::string ModuleFileName(const std::string& name)
 {

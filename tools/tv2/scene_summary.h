@@ -1,0 +1,40 @@
+#pragma once
+
+#include "tools/tv2/extents.h"
+#include "tools/tv2/loaded_file.h"
+
+#include <map>
+#include <set>
+
+namespace tv2
+{
+
+struct TrackTotal
+{
+    std::size_t tracks = 0;
+    std::size_t keys = 0;
+};
+
+struct ChunkTotal
+{
+    std::size_t chunks = 0;
+    std::uint64_t bytes = 0;
+};
+
+/// What tv2 info tells of a file beside the scene itself.
+struct Summary
+{
+    bool has_information = false; ///< the scene holds defaults where a file has no such chunk
+    bool has_environment = false;
+    std::vector<std::string> information_lines;
+    std::map<std::uint32_t, TrackTotal> tracks; ///< by kind
+    std::map<std::uint32_t, ChunkTotal> chunks; ///< by id
+    std::set<std::int32_t> active_cameras;
+    std::size_t switcher_keys = 0;
+    std::size_t top_nodes = 0;
+    Extents extents;
+};
+
+Summary Summarise(LoadedFile& file);
+
+} // namespace tv2
