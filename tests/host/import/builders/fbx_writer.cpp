@@ -202,10 +202,26 @@ std::vector<Node> Scene(const std::vector<Node>& settings, const std::vector<Nod
             {"Connections", {}, connections}};
 }
 
-std::vector<Node> RichScene()
+namespace
 {
-    constexpr std::int32_t kCubicAuto = 0x108, kCubicUser = 0x408, kHold = 2;
-    const std::vector<Node> objects{
+
+struct Link
+{
+    std::int64_t source, target;
+    const char* property = nullptr; // of the target; null: the target itself
+};
+
+std::vector<Node> Connections(std::initializer_list<Link> links)
+{
+    std::vector<Node> nodes;
+    for (const auto& [source, target, property] : links)
+        nodes.push_back(property ? ToProperty(source, target, property) : Child(source, target));
+    return nodes;
+}
+
+std::vector<Node> RichModels()
+{
+    return {
         Object("NodeAttribute", 10, "", "Camera",
                {P("FieldOfView", "FieldOfView", "A", {40.0}), P("NearPlane", "double", "", {1.0}),
                 P("ApertureMode", "enum", "", {1}), P("Roll", "Roll", "A", {0.0})}),
@@ -228,6 +244,13 @@ std::vector<Node> RichScene()
         Object("Model", 5, "Producer Front", "Camera",
                {P("Lcl Translation", "Lcl Translation", "A", {0.0, 9.0, 0.0})}),
         Object("Constraint", 6, "Hold", "Parent-Child", {P("Active", "bool", "", {0})}),
+    };
+}
+
+std::vector<Node> RichAnimation()
+{
+    constexpr std::int32_t kCubicAuto = 0x108, kCubicUser = 0x408, kHold = 2;
+    return {
         Object("AnimationStack", 20, "Run", "",
                {P("LocalStart", "KTime", "", {Ticks(0.5)}), P("LocalStop", "KTime", "", {Ticks(2.0)})}),
         Object("AnimationStack", 21, "Still", "", {P("LocalStop", "KTime", "", {Ticks(1.0)})}),
@@ -247,31 +270,38 @@ std::vector<Node> RichScene()
         CurveObject(53, {{0.5, 40.0F}, {1.5, 60.0F}}),
         CurveObject(54, {{0.5, 0.0F, kHold}, {1.0, 1.0F, kHold}}),
     };
-    const std::vector<Node> connections{
-        Child(1, 0),
-        Child(2, 1),
-        Child(3, 0),
-        Child(10, 2),
-        Child(11, 4),
-        ToProperty(3, 2, "LookAtProperty"),
-        Child(30, 20),
-        Child(31, 20),
-        Child(40, 30),
-        Child(41, 31),
-        Child(42, 30),
-        Child(43, 30),
-        Child(44, 30),
-        ToProperty(40, 1, "Lcl Translation"),
-        ToProperty(41, 1, "Lcl Translation"),
-        ToProperty(42, 1, "number"),
-        ToProperty(43, 10, "FieldOfView"),
-        ToProperty(44, 11, "Camera Index"),
-        ToProperty(50, 40, "d|X"),
-        ToProperty(51, 41, "d|Y"),
-        ToProperty(52, 42, "d|number"),
-        ToProperty(53, 43, "d|FieldOfView"),
-        ToProperty(54, 44, "d|Camera Index"),
-    };
+}
+
+} // namespace
+
+std::vector<Node> RichScene()
+{
+    std::vector<Node> objects = RichModels();
+    for (Node& node : RichAnimation())
+        objects.push_back(std::move(node));
+    const std::vector<Node> connections = Connections({{1, 0},
+                                                       {2, 1},
+                                                       {3, 0},
+                                                       {10, 2},
+                                                       {11, 4},
+                                                       {3, 2, "LookAtProperty"},
+                                                       {30, 20},
+                                                       {31, 20},
+                                                       {40, 30},
+                                                       {41, 31},
+                                                       {42, 30},
+                                                       {43, 30},
+                                                       {44, 30},
+                                                       {40, 1, "Lcl Translation"},
+                                                       {41, 1, "Lcl Translation"},
+                                                       {42, 1, "number"},
+                                                       {43, 10, "FieldOfView"},
+                                                       {44, 11, "Camera Index"},
+                                                       {50, 40, "d|X"},
+                                                       {51, 41, "d|Y"},
+                                                       {52, 42, "d|number"},
+                                                       {53, 43, "d|FieldOfView"},
+                                                       {54, 44, "d|Camera Index"}});
     return Scene({P("TimeMode", "enum", "", {11}), P("UnitScaleFactor", "double", "", {1.0})}, objects,
                  connections);
 }

@@ -1,6 +1,6 @@
+#include "host/import/base/parse_error.h"
 #include "host/import/fbx/fbx_reader.h"
 #include "host/import/host_scene.h"
-#include "host/import/base/parse_error.h"
 #include "tests/host/import/builders/fbx_writer.h"
 #include "tests/host/import/import_fixture.h"
 #include "tests/support/allocation_watch.h"
@@ -120,56 +120,63 @@ protected:
         }
         return "; FBX 7.4.0\n" + objects + connections + "}\n";
     }
-};
 
-TEST_F(FbxMemoryTest, StaysInProportionToTheFile)
-{
-    constexpr std::size_t kMany = 3'000'000; // 24 MB of times, which take 24 kB of a file
-    constexpr std::size_t kKeys = 30'000;
-    std::vector<std::int64_t> times;
-    for (std::size_t key = 0; key < kKeys; ++key)
-        times.push_back(static_cast<std::int64_t>(key) << 5); // few steps deflate as well: to 1.07 bytes each
-    const Arrays rising = KeysAt(times);
-    const Arrays still = KeysAt(std::vector<std::int64_t>(25)); // in 12 bytes
-    const Arrays few = KeysAt(std::vector<std::int64_t>(256));
-    const Arrays two = KeysAt({0, 1 << 20});
-    Arrays values = two, flags = two, data = two, counts = two;
-    values.values.resize(kMany);
-    flags.flags.resize(kMany);
-    data.data.resize(kMany);
-    counts.counts.resize(kMany);
     struct Case
     {
         const char* what;
         std::string file;
         const char* cause; ///< empty: it opens
     };
-    const Case cases[] = {
-        {"many keys", FileWithCurves(rising), ""},
-        {"many keys, each with its attributes", FileWithCurves(WithBlocks(rising, kKeys)), ""},
-        {"24 keys a second", FileWithCurves(KeysAtRate(5000, 24.0)), ""},
-        {"25 keys a second", FileWithCurves(KeysAtRate(5000, 25.0)), ""},
-        {"29.97 keys a second", FileWithCurves(KeysAtRate(5000, 30.0 / 1.001)), ""},
-        {"30 keys a second", FileWithCurves(KeysAtRate(5000, 30.0)), ""},
-        {"60 keys a second", FileWithCurves(KeysAtRate(5000, 60.0)), ""},
-        {"120 keys a second", FileWithCurves(KeysAtRate(5000, 120.0)), ""},
-        {"a few times that stand still", FileWithCurves(still), ""},
-        {"more attributes than keys", FileWithCurves(WithBlocks(two, 25)), ""},
-        {"small curves that stand still", FileWithCurves(few, 2000), ""},
-        {"times that stand still", FileWithCurves(KeysAt(std::vector<std::int64_t>(kMany))), "no more than"},
-        {"far more values than times", FileWithCurves(values), "no more than 256"},
-        {"far more flags than keys", FileWithCurves(flags), "no more than 256"},
-        {"far more data than keys", FileWithCurves(data), "no more than 1024"},
-        {"far more counts than keys", FileWithCurves(counts), "no more than 256"},
-        {"models", FileWithMany("Model:#"), ""},
-        {"cameras", FileWithMany("Model:#,\"\",\"Camera\""), ""},
-        {"user properties",
-         FileWithMany("P:\"\",\"Number\",\"\",\"U\"", "Model:1{\nProperties70:{\n", "}\n}\n"), ""},
-        {"constraints", FileWithMany("Constraint:#"), ""},
-        {"takes", FileWithMany("AnimationStack:#"), ""},
-        {"models that each take moves", FileWithMovingModels(400, 250), ""},
-    };
-    for (const Case& item : cases)
+
+    static std::vector<Case> Cases()
+    {
+        constexpr std::size_t kMany = 3'000'000; // 24 MB of times, which take 24 kB of a file
+        constexpr std::size_t kKeys = 30'000;
+        std::vector<std::int64_t> times;
+        for (std::size_t key = 0; key < kKeys; ++key)
+            times.push_back(static_cast<std::int64_t>(key)
+                            << 5); // few steps deflate as well: to 1.07 bytes each
+        const Arrays rising = KeysAt(times);
+        const Arrays still = KeysAt(std::vector<std::int64_t>(25)); // in 12 bytes
+        const Arrays few = KeysAt(std::vector<std::int64_t>(256));
+        const Arrays two = KeysAt({0, 1 << 20});
+        Arrays values = two, flags = two, data = two, counts = two;
+        values.values.resize(kMany);
+        flags.flags.resize(kMany);
+        data.data.resize(kMany);
+        counts.counts.resize(kMany);
+        return {
+            {"many keys", FileWithCurves(rising), ""},
+            {"many keys, each with its attributes", FileWithCurves(WithBlocks(rising, kKeys)), ""},
+            {"24 keys a second", FileWithCurves(KeysAtRate(5000, 24.0)), ""},
+            {"25 keys a second", FileWithCurves(KeysAtRate(5000, 25.0)), ""},
+            {"29.97 keys a second", FileWithCurves(KeysAtRate(5000, 30.0 / 1.001)), ""},
+            {"30 keys a second", FileWithCurves(KeysAtRate(5000, 30.0)), ""},
+            {"60 keys a second", FileWithCurves(KeysAtRate(5000, 60.0)), ""},
+            {"120 keys a second", FileWithCurves(KeysAtRate(5000, 120.0)), ""},
+            {"a few times that stand still", FileWithCurves(still), ""},
+            {"more attributes than keys", FileWithCurves(WithBlocks(two, 25)), ""},
+            {"small curves that stand still", FileWithCurves(few, 2000), ""},
+            {"times that stand still", FileWithCurves(KeysAt(std::vector<std::int64_t>(kMany))),
+             "no more than"},
+            {"far more values than times", FileWithCurves(values), "no more than 256"},
+            {"far more flags than keys", FileWithCurves(flags), "no more than 256"},
+            {"far more data than keys", FileWithCurves(data), "no more than 1024"},
+            {"far more counts than keys", FileWithCurves(counts), "no more than 256"},
+            {"models", FileWithMany("Model:#"), ""},
+            {"cameras", FileWithMany("Model:#,\"\",\"Camera\""), ""},
+            {"user properties",
+             FileWithMany("P:\"\",\"Number\",\"\",\"U\"", "Model:1{\nProperties70:{\n", "}\n}\n"), ""},
+            {"constraints", FileWithMany("Constraint:#"), ""},
+            {"takes", FileWithMany("AnimationStack:#"), ""},
+            {"models that each take moves", FileWithMovingModels(400, 250), ""},
+        };
+    }
+};
+
+TEST_F(FbxMemoryTest, StaysInProportionToTheFile)
+{
+    for (const Case& item : Cases())
     {
         mobu_host::NewScene();
         mobu_host::ImportNotes notes;
@@ -197,14 +204,14 @@ TEST_F(FbxMemoryTest, TheReaderTakesInProportionToWhatIsUnpacked)
     constexpr int kMany = 100'000;
     const Arrays keys = KeysAtRate(200'000, 30.0);
     const Arrays few = KeysAtRate(20, 30.0);
-    struct Case
+    struct Unpacked
     {
         const char* what;
         std::string file;
         std::size_t unpacked;
     };
     const std::string rows = "Properties70:{\n", end = "}\n}\n";
-    Case cases[] = {
+    const Unpacked cases[] = {
         {"models", FileWithMany("Model:#", "", "", kMany), 0},
         {"models without id", FileWithMany("Model:", "", "", kMany), 0},
         {"models of version 6", FileWithMany("Model:\"#\"", "", "", kMany, "6.1.0"), 0},
@@ -219,7 +226,7 @@ TEST_F(FbxMemoryTest, TheReaderTakesInProportionToWhatIsUnpacked)
         {"keys", FileWithCurves(keys), FileWithCurves(keys, 1, false).size()},
         {"curves", FileWithCurves(few, 5'000), FileWithCurves(few, 5'000, false).size()},
     };
-    for (const Case& item : cases)
+    for (const Unpacked& item : cases)
     {
         mobu_host::ImportNotes notes;
         const tv2_tests::AllocationPeak peak;
