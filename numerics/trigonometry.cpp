@@ -8,8 +8,7 @@ namespace numerics
 namespace
 {
 
-// pi / 2 in two parts; the first has so few bits that its product with any quadrant number used here is
-// exact.
+// pi / 2 in two parts; the first has few enough bits for its product with any quadrant number used here to be exact.
 constexpr double kHalfPiHigh = 1.57079632673412561417e+00;
 constexpr double kHalfPiLow = 6.07710050650619224932e-11;
 constexpr double kTwoPi = 6.28318530717958623200e+00;
@@ -17,11 +16,11 @@ constexpr double kTwoOverPi = 6.36619772367581382433e-01;
 constexpr double kRadiansPerDegree = 1.74532925199432954744e-02;
 constexpr double kManyTurns = 1e6; // radians
 
-constexpr SineCosine kNoNumbers{std::numeric_limits<double>::quiet_NaN(),
-                                std::numeric_limits<double>::quiet_NaN()};
+constexpr SineCosine kNotANumber{std::numeric_limits<double>::quiet_NaN(),
+                                 std::numeric_limits<double>::quiet_NaN()};
 
-// Taylor series on [-pi/4, pi/4]: the first term left out is below 1e-19. Only sums, products and quotients,
-// which every platform rounds alike.
+// Taylor series on [-pi/4, pi/4]; the first omitted term is below 1e-19. Only sums, products and quotients, which every
+// platform rounds alike.
 double SineNearZero(double x)
 {
     double sum = 1.0;
@@ -38,7 +37,7 @@ double CosineNearZero(double x)
     return sum;
 }
 
-// Of `quarters` whole quarter turns and a rest of at most an eighth, in radians.
+// Of a number of quarter turns plus a remainder in radians, at most an eighth of a turn.
 SineCosine OfQuartersAndRest(double quarters, double rest)
 {
     const double sine = SineNearZero(rest);
@@ -58,8 +57,8 @@ SineCosine OfQuartersAndRest(double quarters, double rest)
 SineCosine SineAndCosine(double radians)
 {
     if (!std::isfinite(radians))
-        return kNoNumbers;
-    // Beyond many turns the rest of a turn means nothing any more, but it has to stay a rest.
+        return kNotANumber;
+    // After many turns the remainder is meaningless, but it must stay in range.
     const double x = std::fabs(radians) < kManyTurns ? radians : std::fmod(radians, kTwoPi);
     const double quarters = std::floor(x * kTwoOverPi + 0.5);
     return OfQuartersAndRest(quarters, (x - quarters * kHalfPiHigh) - quarters * kHalfPiLow);
@@ -68,8 +67,8 @@ SineCosine SineAndCosine(double radians)
 SineCosine SineAndCosineOfDegrees(double degrees)
 {
     if (!std::isfinite(degrees))
-        return kNoNumbers;
-    const double x = std::fmod(degrees, 360.0); // exact, as is the rest below
+        return kNotANumber;
+    const double x = std::fmod(degrees, 360.0); // exact, as is the remainder below
     const double quarters = std::floor(x / 90.0 + 0.5);
     return OfQuartersAndRest(quarters, (x - quarters * 90.0) * kRadiansPerDegree);
 }

@@ -1,7 +1,7 @@
 #pragma once
 
-// Sine and cosine, the same to the last bit on every platform: the functions of the C library differ from one
-// system to the next in their last bit, and one scene has to give one file everywhere.
+// Sine and cosine that are bit-identical on every platform: C libraries differ in the last bit, and a scene has to give
+// the same file everywhere.
 
 namespace numerics
 {
@@ -12,12 +12,12 @@ struct SineCosine
     double cosine;
 };
 
-// Of an angle in radians, good to single precision up to a million; beyond that some rest of a turn. An angle
-// that is not finite gives two values that are no numbers.
+/// Of an angle in radians; accurate to single precision up to a million, meaningless beyond. NaN for an angle that is
+/// not finite.
 SineCosine SineAndCosine(double radians);
 
-// Of an angle in degrees, good to double precision at any size; multiples of 90 give exact zeros and ones. An
-// angle that is not finite gives two values that are no numbers.
+/// Of an angle in degrees; accurate to double precision at any size, and exact for multiples of 90. NaN for an angle
+/// that is not finite.
 SineCosine SineAndCosineOfDegrees(double degrees);
 
 } // namespace numerics

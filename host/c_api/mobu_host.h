@@ -82,7 +82,8 @@ MOBU_HOST_API int mobu_host_model_count(void);
 MOBU_HOST_API int mobu_host_model_at(int model, mobu_host_model* properties);
 MOBU_HOST_API int mobu_host_model_name(int model, char* long_name, size_t size);
 
-// For a name that no take or model has: ` (did you mean "Dance"?)`, to append to a message; empty when no name is close.
+// For a name that no take or model has: ` (did you mean "Dance"?)`, to append to a message; empty when no name is
+// close.
 MOBU_HOST_API void mobu_host_suggest_take(const char* unknown, char* text, size_t size);
 MOBU_HOST_API void mobu_host_suggest_model(const char* unknown, char* text, size_t size);
 
@@ -103,7 +104,8 @@ typedef struct mobu_host_export_call
     int32_t all_takes;
 } mobu_host_export_call;
 
-// Callback during sampling, at most every 50 ms, with the take's number and the time in it; return 0 to stop the export.
+// Callback during sampling, at most every 50 ms, with the take's number and the time in it; return 0 to stop the
+// export.
 typedef int (*mobu_host_progress)(int take, double seconds, void* user);
 
 // Loads the plug-in, exports the open scene and unloads the plug-in. The user's stored settings are neither read nor

@@ -17,8 +17,8 @@ namespace regions = tev2_exporter::regions;
 
 using tev2_exporter::ScriptEntry;
 
-// Buttons of the dialog and their states for a call. States are set rather than clicked: a click does nothing on a
-// button that the dialog disables, as it does those for several takes in a scene of one take.
+/// The dialog's buttons and their states for a call. States are assigned, not clicked: a click has no effect on a button
+/// that the dialog disables, such as those for several takes in a scene with one take.
 std::vector<std::pair<const char*, bool>> ButtonsOf(const ExportCall& call)
 {
     std::vector<std::pair<const char*, bool>> buttons = {
@@ -44,7 +44,7 @@ Control* ControlAt(FBPopup& popup, const char* region)
     return found != nullptr ? dynamic_cast<Control*>(found->control) : nullptr;
 }
 
-// Fills in a dialog and leaves it with "Export". False when it is not the exporter's dialog.
+/// Fills in a dialog and presses "Export". False when it is not the exporter's dialog.
 bool FillIn(FBPopup& popup, const ExportCall& call)
 {
     for (const auto& [region, state] : ButtonsOf(call))
@@ -59,7 +59,7 @@ bool FillIn(FBPopup& popup, const ExportCall& call)
     auto* const end = ControlAt<FBEditNumber>(popup, regions::kEndKey);
     if (rate == nullptr || start == nullptr || end == nullptr)
         return false;
-    // Set, not typed: the boxes hold what is typed to the limits of the current take and of the usual rates.
+    // Assigned, not typed: the boxes clamp typed numbers to the current take and to the usual rates.
     rate->Value = call.rate;
     start->Value = call.whole_take ? 0 : call.start_frame;
     end->Value = call.whole_take ? 0 : call.end_frame;

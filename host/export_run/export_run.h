@@ -8,26 +8,25 @@
 
 #include <mobu_host/plugin.h>
 
-// One export of the open scene by a plug-in, without a user.
-
 namespace mobu_host
 {
 
 using tev2_exporter::ExportCall;
 
+/// Exports the open scene with a plug-in, without a user.
 class Exporter
 {
 public:
-    // Loads the plug-in. The user's stored settings are put aside during the exporter's lifetime, since a fractional
-    // rate goes through the dialog, which starts with them and stores new ones. Null when that fails.
+    /// Loads the plug-in. During the exporter's lifetime the user's stored settings are hidden, since a fractional
+    /// rate goes through the dialog, which reads and writes them. Null when that fails; `error` then says why.
     static std::unique_ptr<Exporter> Load(const std::string& plugin, std::string& error);
     ~Exporter();
     Exporter(const Exporter&) = delete;
     Exporter& operator=(const Exporter&) = delete;
 
-    // A whole rate goes through the plug-in's script entry. That takes whole numbers, so that a fractional rate goes
-    // through its menu entry, with a dialog that is filled in and left with "Export" in memory. True when the plug-in
-    // completed the run; otherwise `error` says why where that is known.
+    /// Uses the plug-in's script entry, which takes whole rates; at a fractional rate its menu entry, with a dialog
+    /// that is filled in and confirmed in memory. True when the plug-in completed the run; otherwise `error` says why,
+    /// where that is known.
     bool Run(const ExportCall& call, std::string& error) const;
 
 private:
@@ -36,7 +35,7 @@ private:
     std::unique_ptr<Parts> parts_;
 };
 
-// The entry of the loaded plug-ins in the export menu; null when there is none.
+/// The first entry of the loaded plug-ins in the export menu; null when there is none.
 FBMenuItem* ExportEntry();
 
 } // namespace mobu_host

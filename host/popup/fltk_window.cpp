@@ -27,7 +27,7 @@ namespace
 constexpr int kLargestText = 13; // pixels
 constexpr int kSmallestText = 8;
 
-// A caption as it is: the toolkit would take @ for a symbol, and & in a button for a short cut.
+// Escapes a caption: to the toolkit @ begins a symbol, and & in a button a shortcut.
 std::string LabelText(const char* caption, bool in_button)
 {
     std::string text;
@@ -36,13 +36,13 @@ std::string LabelText(const char* caption, bool in_button)
     return text;
 }
 
-// One popup on the screen.
+/// A popup on the screen.
 class PopupWindow : public Fl_Double_Window
 {
 public:
     explicit PopupWindow(FBPopup& popup);
 
-    // Until the popup or its window is closed.
+    /// Until the popup or its window is closed.
     void Run();
 
     void resize(int x, int y, int width, int height) override;
@@ -51,7 +51,7 @@ protected:
     void draw() override;
 
 private:
-    // A region and what shows it.
+    /// A region and the widget that shows it.
     struct View
     {
         PopupWindow& window;
@@ -73,10 +73,10 @@ private:
 
     FBPopup& popup_;
     std::vector<std::unique_ptr<View>> views_;
-    bool placed_ = false; // the system has put it where it wants to
-    int left_ = 0;        // where that is
+    bool placed_ = false; // by the window manager
+    int left_ = 0;        // where it was placed
     int top_ = 0;
-    int popup_left_ = 0; // where the popup wanted to be
+    int popup_left_ = 0; // where the popup asked to be
     int popup_top_ = 0;
 };
 
@@ -123,7 +123,7 @@ void PopupWindow::AddRegion(const Region& region)
     }
 }
 
-// Null for a kind of control that is not known here.
+// Null for an unsupported kind of control.
 Fl_Widget* PopupWindow::MakeWidget(const std::string& region, FBVisualComponent& control, int x, int y,
                                    int width, int height)
 {
@@ -143,7 +143,7 @@ Fl_Widget* PopupWindow::MakeWidget(const std::string& region, FBVisualComponent&
 
 Fl_Widget* PopupWindow::MakeButton(FBButton& button, int x, int y, int width, int height)
 {
-    // What is set is up to the popup, no group of the toolkit.
+    // The popup decides which is set, not a group of the toolkit.
     if (button.Style == kFBRadioButton)
         return new MarkButton(x, y, width, height, MarkButton::Mark::kRound);
     if (button.Style == kFBCheckbox)
@@ -163,7 +163,7 @@ Fl_Widget* PopupWindow::MakeLabel(FBLabel& label, int x, int y, int width, int h
 
 bool PopupWindow::Fits(const View& view, int size) const
 {
-    constexpr int kTextMargin = 6; // that the toolkit keeps free around text
+    constexpr int kTextMargin = 6; // pixels that the toolkit leaves free around text
     const Fl_Widget& widget = *view.widget;
     FBVisualComponent* const control = view.control;
     std::string text = control ? LabelText(control->Caption, true) : widget.label() ? widget.label() : "";
@@ -184,7 +184,7 @@ bool PopupWindow::Fits(const View& view, int size) const
     return width <= room && (!control || height <= widget.h());
 }
 
-// One size for all: the largest with which nothing is cut off.
+// One size for all texts: the largest that truncates none.
 void PopupWindow::FitText()
 {
     int size = kLargestText;
@@ -226,7 +226,7 @@ void PopupWindow::Refresh(View& view)
     }
 }
 
-// Shows everything as the popup has it now: a handler may have changed any control.
+// Updates all widgets: a handler may have changed any control.
 void PopupWindow::Refresh()
 {
     copy_label(popup_.Caption);
@@ -238,12 +238,12 @@ void PopupWindow::Refresh()
 void PopupWindow::resize(int x, int y, int width, int height)
 {
     Fl_Double_Window::resize(x, y, width, height);
-    // A window manager may shift a window when it puts a frame around it. Only what comes afterwards is the user's.
+    // A window manager may move a window when it adds the frame; only later moves are the user's.
     if (placed_)
         MoveTo(popup_, popup_left_ + x - left_, popup_top_ + y - top_);
 }
 
-// The first time, the window manager has put it where it stays.
+// At the first call the window manager has placed the window.
 void PopupWindow::draw()
 {
     Fl_Double_Window::draw();
@@ -261,7 +261,7 @@ void PopupWindow::Run()
         Fl::wait();
     placed_ = false;
     hide();
-    Fl::flush(); // gone before what comes next, which may take long
+    Fl::flush(); // hide it now: what comes next may take long
 }
 
 std::string Connect()

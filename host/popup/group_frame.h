@@ -7,13 +7,13 @@
 namespace mobu_host
 {
 
-// The border of a region, with its title where the border shows one.
+/// The border of a region, with its title where the border shows one.
 class GroupFrame : public Fl_Widget
 {
 public:
     GroupFrame(int x, int y, int width, int height, const RegionBorder& border);
 
-    // Pixels of the width that the title cannot have.
+    /// Pixels of the width that the title cannot use.
     int UnusableWidth() const;
 
 protected:

@@ -5,7 +5,7 @@
 namespace mobu_host
 {
 
-// A round mark with a dot or a square one with a tick, and a caption beside it. A click turns it over.
+/// A round mark with a dot or a square one with a tick, and a caption beside it. A click toggles it.
 class MarkButton : public Fl_Button
 {
 public:
@@ -17,7 +17,7 @@ public:
 
     MarkButton(int x, int y, int width, int height, Mark mark);
 
-    // Pixels of the width that the caption cannot have, at a size of text.
+    /// Pixels of the width that the caption cannot use, at a text size.
     static int UnusableWidth(int text_size);
 
 protected:

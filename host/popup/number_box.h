@@ -8,10 +8,10 @@
 namespace mobu_host
 {
 
-// The text of a number with the digits behind the point that an FBEditNumber's Precision asks for (3.2: two).
+/// The text of a number with the decimals of an FBEditNumber's Precision (3.2: two).
 std::string NumberText(double value, double precision);
 
-// A number that the user types, or changes with arrow keys, page keys and wheel.
+/// A number that the user types, or changes with arrow keys, page keys and wheel.
 class NumberBox : public Fl_Input
 {
 public:
@@ -21,13 +21,13 @@ public:
         double large = 1.0;
     };
 
-    // `edited` is called with each number that the user enters.
+    /// `edited`: callback for each number that the user enters.
     NumberBox(int x, int y, int width, int height, std::function<void(double)> edited);
 
-    // Shows this value; what is being typed is lost.
+    /// Shows this value; pending input is discarded.
     void Show(double value, double precision, Steps steps);
 
-    // Enters what has been typed since the value was shown. Text that is no number brings the value back.
+    /// Enters what was typed since the value was shown. Text that is not a number restores the value.
     void Commit();
 
     int handle(int event) override;

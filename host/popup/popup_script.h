@@ -6,16 +6,16 @@
 
 #include <fbsdk/fbsdk.h>
 
-// A user of popups who does what a text says. One step a line; empty lines and what follows a # are passed over:
+// Plays a script to popups. One step a line; empty lines and comments after a # are ignored:
 //
 //     click "REGION"        presses the button of a region
-//     set "REGION" on       sets a check box or a radio button, whatever it was; off clears a check box
-//     edit "REGION" 12.5    types a number into the box of a region, which holds it within its limits
+//     set "REGION" on       sets a check box or a radio button; off clears a check box
+//     edit "REGION" 12.5    types a number into the box of a region, which clamps it to its limits
 //     move 200 300          moves the window: left and top in pixels
 //     close                 closes the window by its own button
 //
-// Names stand in double quotes, with \" and \\ for these two characters. The end of the text closes a popup that
-// is still open.
+// Names are in double quotes, with \" and \\ for these two characters. The end of the script closes a popup that is
+// still open.
 
 namespace mobu_host
 {
@@ -23,12 +23,11 @@ namespace mobu_host
 class PopupScript
 {
 public:
-    // None when the file cannot be read or a line is malformed: error then names the file, the line and the cause.
+    /// None when the file cannot be read or a line is malformed; `error` then names the file, the line and the cause.
     static std::optional<PopupScript> Read(const std::string& path, std::string& error);
 
-    // Plays all steps to an open popup. Empty, or "FILE:LINE: cause" of the first step that cannot be done: no
-    // such region, a control of another kind, one that is disabled, a popup that has closed already. What follows
-    // that step is left out.
+    /// Plays all steps to an open popup, up to the first that fails: no such region, a control of another kind or
+    /// disabled, a popup that has closed. Empty, or "FILE:LINE: cause" of that step.
     std::string Play(FBPopup& popup) const;
 
 private:

@@ -21,8 +21,8 @@ constexpr const char* kWindowFunctions = "tv2_window_functions";
 class WindowModule
 {
 public:
-    /// Loads the module at `path`, for as long as the program runs, and connects to the display. None when no window can
-    /// be shown; `error` then says why.
+    /// Loads the module at `path`, for as long as the program runs, and connects to the display. None when no window
+    /// can be shown; `error` then says why.
     static std::optional<WindowModule> Load(const std::string& path, std::string& error);
 
     /// Shows an open popup, laid out by its regions, and returns when it has closed: by a handler, by the window's own

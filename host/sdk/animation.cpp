@@ -17,7 +17,7 @@ void DriveProperty(FBProperty& property, const PropertyFunction& function, doubl
         SetNumberAt(state.type, state.current, i, function(seconds, i));
 }
 
-/// Puts a model into one of a take's two tables and out of the other.
+/// Moves a model to one of a take's two tables; without a function, out of both.
 template <class Table, class Other, class Function>
 void SetInOneOf(Table& table, Other& other, FBModel& model, Function function)
 {

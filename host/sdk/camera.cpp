@@ -11,7 +11,7 @@ const char* const kApertureModes[] = {"Vertical", "Horizontal", "Vertical and Ho
 const char* const kCameraTypes[] = {"Perspective", "Orthogonal", nullptr};
 const char* const kFocusSources[] = {"Camera Interest", "Specific Distance", "Model", nullptr};
 
-// The animated value belongs to the scene's own switcher, whichever view on it is asked.
+// All switchers show the animated value of the scene's own switcher.
 void ReadCurrentIndex(FBComponent&, void* value)
 {
     const SceneGraph& graph = TheScene().graph;
@@ -105,7 +105,7 @@ FBCamera::~FBCamera()
     TheScene().Forget(*this);
 }
 
-// Anything but null keeps a model out of the scene: the host itself adds the scene's own switcher.
+// An object that is not null keeps a model out of the scene: the host adds the scene's own switcher itself.
 FBCameraSwitcher::FBCameraSwitcher() : FBModel("Camera Switcher", &Scene())
 {
     Publish(*this, CurrentCamera, "CurrentCamera", ReadCurrentCamera, WriteCurrentCamera);

@@ -102,7 +102,7 @@ FBVisualComponent* FBVisualComponent::GetChild(int pId)
     return nullptr;
 }
 
-// Nothing is drawn here and no mouse exists: only what is derived from a control has something to do.
+// Nothing is drawn and there is no mouse: only derived classes have something to do.
 void FBVisualComponent::Refresh(bool) {}
 bool FBVisualComponent::IsView()
 {

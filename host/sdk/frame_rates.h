@@ -5,10 +5,10 @@
 namespace mobu_host
 {
 
-// Of a mode other than the default one; NTSC rates are the exact fractions.
+/// The rate of a mode other than the default one; NTSC rates are the exact fractions.
 double FramesPerSecond(FBTimeMode mode, double custom);
 
-// The standard mode of this rate (drop-frame never), else the custom mode.
+/// The standard mode of this rate (never drop-frame), else the custom mode.
 FBTimeMode ModeOfRate(double frames_per_second);
 
 } // namespace mobu_host

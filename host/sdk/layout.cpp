@@ -17,7 +17,7 @@ int Scaled(const RegionEdge& edge, int length)
     return edge.offset + static_cast<int>(edge.multiplier * static_cast<float>(length));
 }
 
-// Where the edge lies.
+// The position of an edge.
 int Placed(const RegionEdge& edge, FBLayout& layout, const std::vector<Region>& regions)
 {
     const Box box = BoxOf(layout, regions, edge.relative);
@@ -36,7 +36,7 @@ int Placed(const RegionEdge& edge, FBLayout& layout, const std::vector<Region>& 
     }
 }
 
-// A length: given, taken from another region, or reaching from start to an edge of one.
+// A length: given, that of another region, or from start to an edge of one.
 int Length(const RegionEdge& edge, int start, FBLayout& layout, const std::vector<Region>& regions)
 {
     const Box box = BoxOf(layout, regions, edge.relative);
@@ -256,6 +256,6 @@ bool FBLayout::SetBorder(const char* pName, FBBorderStyle pType, bool pShowTitle
     return region != nullptr;
 }
 
-void FBLayout::Restructure(bool) {} // positions are worked out when they are asked for
+void FBLayout::Restructure(bool) {} // positions are computed on request
 
 } // namespace FBSDKNamespace

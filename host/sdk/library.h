@@ -7,7 +7,7 @@
 namespace mobu_host
 {
 
-// The library objects of all loaded modules, in order of their construction.
+/// The library objects of all loaded modules, in order of construction.
 std::vector<FBLibraryBase*>& Libraries();
 
 } // namespace mobu_host

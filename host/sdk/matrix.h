@@ -9,7 +9,7 @@ namespace mobu_host
 
 using Matrix = double[16];
 
-// How a model turns its Rotation into a matrix.
+/// How a model makes a matrix of its Rotation.
 struct RotationRule
 {
     FBModelRotationOrder order = kFBEulerXYZ;
@@ -21,9 +21,9 @@ void SetIdentity(Matrix& matrix);
 void Multiply(const Matrix& first, const Matrix& second, Matrix& product); // product is neither factor
 bool Invert(const Matrix& matrix, Matrix& inverse); // false, and the identity, when it has no inverse
 
-// Scaling, post-rotation undone, rotation, pre-rotation, translation: in this order for a row vector.
+/// Scaling, inverse post-rotation, rotation, pre-rotation, translation: in this order for a row vector.
 void Compose(const LocalTransform& transform, const RotationRule& rule, Matrix& matrix);
-// The way back for a matrix without shear; a mirroring one gets a negative scaling in X.
+/// The inverse of Compose for a matrix without shear; a mirrored one gets a negative scaling in X.
 LocalTransform Decompose(const Matrix& matrix, const RotationRule& rule);
 
 } // namespace mobu_host

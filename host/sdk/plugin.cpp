@@ -19,7 +19,7 @@ std::set<FBLibraryBase*>& UsedLibraries()
     return libraries;
 }
 
-// Those of a module that somebody else in this process has loaded before.
+// The library objects of a module that was loaded before by other means.
 std::vector<FBLibraryBase*> LibrariesOfModule(const void* init)
 {
     std::vector<FBLibraryBase*> found;

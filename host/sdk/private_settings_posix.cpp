@@ -11,7 +11,7 @@ namespace
 {
 
 constexpr const char* kVariable = "XDG_CONFIG_HOME";
-constexpr const char* kNoFolder = "/dev/null"; // a device: nothing can be read or made below it
+constexpr const char* kNoFolder = "/dev/null"; // a device: nothing can be read or created below it
 
 } // namespace
 
@@ -27,7 +27,7 @@ std::unique_ptr<PrivateSettings> PrivateSettings::Make(std::string& error)
         place->before = before;
     if (setenv(kVariable, kNoFolder, 1) != 0)
     {
-        error = std::string("the stored settings cannot be put aside: ") + std::strerror(errno);
+        error = std::string("the stored settings cannot be replaced: ") + std::strerror(errno);
         return nullptr;
     }
     return std::unique_ptr<PrivateSettings>(new PrivateSettings(std::move(place)));

@@ -22,7 +22,7 @@ struct PrivateSettings::Place
 std::unique_ptr<PrivateSettings> PrivateSettings::Make(std::string& error)
 {
     auto place = std::make_unique<Place>();
-    // Volatile: of a process that is killed nothing is left after the user has logged off.
+    // Volatile: nothing of a killed process is left after the user has logged off.
     LSTATUS status = RegCreateKeyExA(HKEY_CURRENT_USER, KeyPathOfThisProcess().c_str(), 0, nullptr,
                                      REG_OPTION_VOLATILE, KEY_ALL_ACCESS, nullptr, &place->key, nullptr);
     if (status == ERROR_SUCCESS)
@@ -34,7 +34,7 @@ std::unique_ptr<PrivateSettings> PrivateSettings::Make(std::string& error)
             RegCloseKey(place->key);
             RegDeleteKeyA(HKEY_CURRENT_USER, KeyPathOfThisProcess().c_str());
         }
-        error = "the stored settings cannot be put aside: system error " + std::to_string(status);
+        error = "the stored settings cannot be replaced: system error " + std::to_string(status);
         return nullptr;
     }
     return std::unique_ptr<PrivateSettings>(new PrivateSettings(std::move(place)));

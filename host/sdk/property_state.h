@@ -14,11 +14,11 @@
 namespace mobu_host
 {
 
-// Values that live elsewhere: value points to a buffer as GetData and SetData describe it.
+/// Access to a value that is stored elsewhere; `value` is a buffer as of GetData and SetData.
 using PropertyReader = void (*)(FBComponent& owner, void* value);
 using PropertyWriter = void (*)(FBComponent& owner, const void* value);
 
-// What a list does beyond holding pointers; null members mean the plain list.
+/// Replaces the plain insertion or removal of a list.
 using ListChange = void (*)(FBComponent& owner, FBComponent& item);
 
 } // namespace mobu_host
@@ -26,7 +26,7 @@ using ListChange = void (*)(FBComponent& owner, FBComponent& item);
 namespace FBSDKNamespace
 {
 
-// A scene has twenty and more properties for each model: what few of them need is apart.
+/// A scene has more than twenty properties for each model, so what few of them need is allocated separately.
 struct FBProperty::State
 {
     struct Rare
@@ -37,7 +37,7 @@ struct FBProperty::State
         double min = 0.0;
         double max = 0.0;
         std::unique_ptr<FBStringList> items;
-        mobu_host::PropertyReader read = nullptr; // of a value that lives elsewhere
+        mobu_host::PropertyReader read = nullptr; // of a value that is stored elsewhere
         mobu_host::PropertyWriter write = nullptr;
     };
 
@@ -135,7 +135,7 @@ struct SdkAccess
         return value;
     }
 
-    // Assigns whatever the property's own rules (read-only, clamps) say.
+    /// Assigns regardless of read-only and clamps.
     template <class T>
     static void Store(FBProperty& property, const T& value)
     {
@@ -143,7 +143,7 @@ struct SdkAccess
         property.state_->current = property.state_->base;
     }
 
-    // The value of the moment: gone when the property goes back to its own value.
+    /// Overrides the value until Restore.
     template <class T>
     static void Drive(FBProperty& property, const T& value)
     {
@@ -153,19 +153,19 @@ struct SdkAccess
     static void Restore(FBProperty& property) { property.state_->current = property.state_->base; }
 };
 
-// Gives the property its owner, its name, which is not copied, and, when its value lives elsewhere, the way to it. A reader without
-// writer is read-only. Publish also lists it.
+/// Gives the property its owner, its name (not copied) and, for a value that is stored elsewhere, access to it. Without
+/// a writer it is read-only.
 void Bind(FBComponent& owner, FBProperty& property, const char* name, PropertyReader read = nullptr,
           PropertyWriter write = nullptr);
 
-// Makes the property a built-in one of the owner, in order of the calls.
+/// Bind, and adds the property to the owner's list.
 void Publish(FBComponent& owner, FBProperty& property, const char* name, PropertyReader read = nullptr,
              PropertyWriter write = nullptr);
 void PublishEnum(FBComponent& owner, FBProperty& property, const char* name, const char* const* items);
 void PublishList(FBComponent& owner, FBPropertyListComponent& list, const char* name,
                  ListChange add = nullptr, ListChange remove = nullptr);
 
-// For lists that only the host changes.
+/// For lists that only the host changes.
 void RefuseChange(FBComponent& owner, FBComponent& item);
 
 } // namespace mobu_host

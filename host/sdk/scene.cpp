@@ -77,7 +77,7 @@ FBTake* FBTake::CopyTake(const char* pNewName)
     copy->Comments = Comments;
     copy->LocalTimeSpan = LocalTimeSpan;
     copy->ReferenceTimeSpan = ReferenceTimeSpan;
-    TheScene().Adopt(*copy); // from here on a copy that fails leaves the scene as it is destroyed
+    TheScene().Adopt(*copy); // if the next line fails, its destruction removes it from the scene
     TheScene().animation.Copy(*this, *copy);
     return copy.release();
 }
@@ -101,7 +101,7 @@ bool FBScene::Evaluate()
     return true;
 }
 
-// Meshes are not part of this host: there is never a deformation left to do, nor a candidate pending.
+// The host has no meshes: no deformation or candidate is ever pending.
 bool FBScene::EvaluateDeformations()
 {
     return true;

@@ -81,7 +81,7 @@ bool HasEffect(FBConstraint& constraint)
 namespace
 {
 
-// In C++ a constraint, by its run-time type only a box.
+// A constraint in C++, but only a box by its run-time type.
 class ForeignConstraint : public FBConstraint
 {
     FBSDKClassDeclare(ForeignConstraint, FBBox);

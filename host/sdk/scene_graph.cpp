@@ -179,7 +179,7 @@ void SceneGraph::SetParent(FBModel& model, FBModel* parent)
     if (!space.parent ||
         !SdkAccess::Space(*parent).in_tree) // the root and system objects stay where they are
         return;
-    if (!SdkAccess::Items(model.Children).empty()) // else nothing is below it: no loop
+    if (!SdkAccess::Items(model.Children).empty()) // else there can be no loop
         for (FBModel* above = parent; above; above = SdkAccess::Space(*above).parent)
             if (above == &model)
                 return;

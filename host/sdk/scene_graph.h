@@ -11,8 +11,8 @@
 namespace mobu_host
 {
 
-/// The objects of the scene: the tree of models, and the lists of cameras, constraints and takes. Objects are added as a
-/// whole or, where memory runs out, not at all; the graph deletes what is left.
+/// The objects of the scene: the tree of models, and the lists of cameras, constraints and takes. An object is added
+/// completely or, when memory runs out, not at all.
 class SceneGraph
 {
 public:

@@ -8,7 +8,7 @@ namespace mobu_host
 SceneState& TheScene()
 {
     static SceneState state;
-    if (state.stage == SceneState::Stage::Unmade) // not in the constructor: what it makes asks for it
+    if (state.stage == SceneState::Stage::Unmade) // not in the constructor: the new objects call TheScene
         state.Reset();
     return state;
 }

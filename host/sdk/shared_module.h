@@ -4,12 +4,12 @@
 
 #include <fbsdk/fbversion.h>
 
-// Shared modules of the operating system.
+// Shared libraries of the operating system.
 
 namespace mobu_host
 {
 
-// Null on failure, with the system's words for the cause.
+/// Null on failure; `cause` is the system's error text.
 FBSDK_DLL void* OpenModule(const std::string& path, std::string& cause);
 FBSDK_DLL void* ModuleSymbol(void* module, const char* name); // null when there is none
 void CloseModule(void* module);

@@ -12,7 +12,7 @@ HMODULE Handle(void* module)
     return static_cast<HMODULE>(module);
 }
 
-// Of the code or data at an address; null for none.
+// The module of the code or data at an address; null for none.
 HMODULE ModuleAt(const void* address)
 {
     HMODULE module = nullptr;
@@ -20,7 +20,7 @@ HMODULE ModuleAt(const void* address)
     return GetModuleHandleExA(flags, static_cast<const char*>(address), &module) ? module : nullptr;
 }
 
-// The system's words for an error, without the line end they come with.
+// The system's text for an error, without its line end.
 std::string Words(DWORD error)
 {
     char text[512];
@@ -35,8 +35,8 @@ std::string Words(DWORD error)
 
 void* OpenModule(const std::string& path, std::string& cause)
 {
-    // The whole path: a mere name would be searched for in the system's folders before the current one. Modules that
-    // this one needs are looked for beside it.
+    // The absolute path: a file name would be searched for in the system's folders first. Dependencies are looked for
+    // beside the module.
     std::string file(32768, '\0');
     file.resize(GetFullPathNameA(path.c_str(), static_cast<DWORD>(file.size()), file.data(), nullptr));
     const HMODULE module = LoadLibraryExA(file.c_str(), nullptr, LOAD_WITH_ALTERED_SEARCH_PATH);

@@ -147,7 +147,7 @@ TEST(MessageBox, GuardsReadOnlyFilesOfAnExport)
         const bool read_only = (GetFileAttributesW(Wide(path)) & FILE_ATTRIBUTE_READONLY) != 0;
         if (button == IDOK)
         {
-            // One character more, in the name of the file that it tells.
+            // One character more, in the file name that it contains.
             EXPECT_EQ(folder.Content(u"run_B\u00E9.tv2").size(), folder.Content(u"run_A.tv2").size() + 2);
             EXPECT_FALSE(read_only);
         }

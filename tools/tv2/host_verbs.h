@@ -8,8 +8,8 @@
 namespace tv2
 {
 
-/// The verbs that open scenes: export, scene, menu. They are in a module, so that verbs of files start without the host.
-/// None when it cannot be loaded; `error` then says why. On Windows they are part of the program, and none are here.
+/// The verbs that open scenes: export, scene, menu. They are in a module, so that the other verbs start without the
+/// host. None when it cannot be loaded; `error` then says why. On Windows they are in the program, and this is empty.
 std::vector<VerbRow> HostVerbs(std::string& error);
 
 } // namespace tv2

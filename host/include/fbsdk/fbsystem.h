@@ -26,7 +26,7 @@ class FBSDK_DLL FBSystem : public FBComponent
 
     FBPropertyDouble Version; // 17000.0, read-only
     FBPropertyTake CurrentTake;
-    FBPropertyTime LocalTime;       // where the player stands, read-only
+    FBPropertyTime LocalTime;       // of the player, read-only
     FBPropertyTime SystemTime;      // since the start of the program, read-only
     FBPropertyScene Scene;          // read-only
     FBPropertyModel SceneRootModel; // read-only, Scene->RootModel
@@ -53,7 +53,7 @@ class FBSDK_DLL FBPlayerControl : public FBComponent
     bool Goto(FBTime pTime); // moves LocalTime; values stay until the next evaluation
     bool GotoStart();        // start and stop of the current take
     bool GotoEnd();
-    bool Play(bool pUseMT = false); // the headless player only stands: false
+    bool Play(bool pUseMT = false); // the headless player never runs: false
     bool Stop();
 
     FBTimeMode GetTransportFps();

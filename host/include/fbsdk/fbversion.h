@@ -24,5 +24,5 @@
 
 namespace mobu_host
 {
-struct SdkAccess; // the host's one way to the state behind the SDK's objects
+struct SdkAccess; // the host's access to the private state of the SDK's objects
 }

@@ -25,7 +25,7 @@ public:
 
     const std::string& Path() const;
 
-    // Address of an exported function, null when there is none: Symbol<int(const char*)>("name").
+    // An exported function, null when there is none: Symbol<int(const char*)>("name").
     template <class Function>
     Function* Symbol(const char* name) const
     {

@@ -8,10 +8,9 @@
 
 #include <fbsdk/fbsdk.h>
 
-// Builds and animates the one scene of the headless host, and watches what is done to it. Importers, tools
-// and tests use this; a plug-in never does. What is added belongs to the scene until the next NewScene or its
-// FBDelete; the pointers are valid as long. Lengths are centimetres, angles degrees, times seconds. Nothing
-// is safe to call from two threads.
+// Builds and animates the one scene of the headless host, and observes it. For importers, tools and tests; a plug-in
+// never uses this. Objects belong to the scene and are valid until NewScene or their FBDelete. Lengths are centimetres,
+// angles degrees, times seconds. Not thread-safe.
 
 namespace mobu_host
 {
@@ -19,7 +18,7 @@ namespace mobu_host
 // ---- the scene
 // ------------------------------------------------------------------------------------------------
 
-// Deletes all and starts again: root model "Scene", one take "Take 001" of 0 to 0 s, the seven system
+// Deletes everything and starts again: root model "Scene", one take "Take 001" of 0 to 0 s, the seven system
 // cameras, player at 0, 30 frames a second, no snapping, no switcher, never saved, behaviour as by default.
 FBSDK_DLL void NewScene();
 
@@ -54,8 +53,8 @@ Model* AddModelOf(const std::string& long_name, FBModel* parent = nullptr)
     return model;
 }
 
-// Puts the scene's own cameras into this order in Scene().Cameras, after the system's. Cameras that `order` leaves out
-// come last. Without a call they are in order of creation.
+// Sorts the scene's own cameras in Scene().Cameras, after the system's; cameras missing from `order` come last. The
+// default is the order of creation.
 FBSDK_DLL void OrderCameras(const std::vector<FBCamera*>& order);
 
 // The "Camera Switcher" of the scene, made by the first call. Animate CurrentCameraIndex to switch over time.
@@ -71,15 +70,15 @@ using TransformFunction = std::function<LocalTransform(double seconds)>;
 using MatrixFunction = std::function<FBMatrix(double seconds)>; // local; row-vector layout
 using PropertyFunction = std::function<double(double seconds, int component)>;
 
-// Where the model stands while nothing moves it, for places that translation, rotation and scaling cannot give (shear,
-// pivots). Row-vector layout; from now on Translation, Rotation and Scaling are for reading.
+// The local matrix of a model without animation, where translation, rotation and scaling cannot express it (shear,
+// pivots). Row-vector layout; afterwards Translation, Rotation and Scaling are read-only views of it.
 FBSDK_DLL void SetLocalMatrix(FBModel& model, const FBMatrix& matrix);
 
-// While the constraint is active, every evaluation places the constrained model by effect instead of by its
-// own values and animation.
+// While the constraint is active, each evaluation moves the constrained model by `effect` instead of its own values and
+// animation.
 FBSDK_DLL FBConstraint* AddConstraint(const std::string& name, bool active, FBModel* constrained = nullptr,
                                       TransformFunction effect = {});
-// Whether it moves anything while it is active; others stand in the list only.
+// Whether it moves anything while it is active.
 FBSDK_DLL bool HasEffect(FBConstraint& constraint);
 // An entry of the constraint list for which Is(FBConstraint::TypeInfo) is false; its Active is as given.
 FBSDK_DLL FBConstraint* AddForeignConstraint(const std::string& name, bool active);
@@ -103,12 +102,12 @@ FBSDK_DLL void
 RemoveTake(FBTake* take); // with its animation; the first remaining take becomes current in its place
 FBSDK_DLL void ClearTakes();
 
-// One function for each pair of take and target: a second one takes the place of the first, an empty one
-// removes it. The functions are called by Scene::Evaluate, at the player's time in seconds, whatever the span
-// of the take. A value that the current take does not animate is the one assigned last.
+// One function for each pair of take and target: a second one replaces the first, an empty one removes it. Called by
+// Scene::Evaluate with the player's time in seconds, regardless of the take's span. A value that the current take does
+// not animate is the one assigned last.
 FBSDK_DLL void AnimateTransform(FBModel& model, FBTake& take, TransformFunction function);
-// The matrix is taken as it is, whatever the rotation order and pre- and post-rotation say; Translation,
-// Rotation and Scaling read as its parts.
+// The matrix is used as it is, regardless of rotation order and pre- and post-rotation; Translation, Rotation and
+// Scaling read as its parts.
 FBSDK_DLL void AnimateLocalMatrix(FBModel& model, FBTake& take, MatrixFunction function);
 // Any property that holds numbers, also one that is not animatable. Called once a component; integers and
 // enumerations get the nearest whole number, booleans are true from 0.5.
@@ -126,7 +125,7 @@ FBSDK_DLL FBModel* FindModel(std::string_view long_name);
 FBSDK_DLL FBTime EvaluatedTime();               // the time of the last evaluation, 0 before the first
 FBSDK_DLL unsigned long long EvaluationCount(); // since NewScene
 
-// Is called until it is destroyed, across NewScene, after what it reports has happened.
+// Callbacks, made after the event, from construction to destruction; they survive NewScene.
 struct ObserverCalls
 {
     std::function<void(FBTime time, FBTake* take)> on_goto; // the time where the player landed

@@ -6,7 +6,7 @@
 
 #include <fbsdk/fbsdk.h>
 
-// What a user does with the menu and with popups. Regions are addressed by their names.
+// Acts as the user of the menu and of popups. Regions are addressed by name.
 
 namespace mobu_host
 {
@@ -21,21 +21,19 @@ struct MenuUse
     bool result = false; // of its Execute
 };
 
-// Does what the application does when a user picks an item of the menu and leaves its file dialog with
-// `file_name`: executes the item and records the use. The result of Execute; false, with no record, for an item
-// that is not in the menu.
+// Does what the application does after a user has picked a menu item and a file: executes the item with `file_name`,
+// records the use and returns the result of Execute. False, without a record, for an item that is not in the menu.
 FBSDK_DLL bool UseMenuItem(FBMenuItem& item, const std::string& file_name);
 FBSDK_DLL const std::vector<MenuUse>& MenuUses(); // in their order, of all modules
 
-// Plays the user of a popup: called by FBPopup::Show when everything is laid out; when it returns the window
-// is closed, if Close has not been called before. Without a player Show returns false at once. An empty one
-// takes it away.
+// Sets a callback that acts as the user of popups: FBPopup::Show calls it after layout and closes the popup when it
+// returns. Without one Show returns false at once; an empty function removes it.
 FBSDK_DLL void SetPopupPlayer(std::function<void(FBPopup& popup)> player);
 
-// Each returns false, and does nothing, when the region has no such control, the control is disabled or the
-// popup is not open. A radio button is set, a check box turned over, then the click handlers run.
+// Each returns false and does nothing when the region has no such control, the control is disabled or the popup is not
+// open. A click sets a radio button or toggles a check box, then calls the handlers.
 FBSDK_DLL bool Click(FBPopup& popup, const std::string& region);
-// Types a number, kept within the control's limits.
+// Types a number, clamped to the control's limits.
 FBSDK_DLL bool Edit(FBPopup& popup, const std::string& region, double value);
 FBSDK_DLL bool MoveTo(FBPopup& popup, int left, int top);
 

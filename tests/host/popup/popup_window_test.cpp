@@ -2,12 +2,12 @@
 
 #include "host/popup/window_module.h"
 
-#include "exporter/base/dialog_regions.h"
 #include "exporter/export_dialog.h"
 #include "exporter/platform/settings_store.h"
 #include "mobu_host/scene.h"
 #include "mobu_host/ui.h"
 #include "tests/host/popup/virtual_display.h"
+#include "tests/support/dialog_regions.h"
 #include "tests/support/test_platform.h"
 
 #include <gtest/gtest.h>
@@ -24,9 +24,7 @@ namespace tev2_exporter
 namespace
 {
 
-using namespace regions;
-
-constexpr const char* kPositiveZ = "KEEP_POSITIVE_Z_CHECKBOX_REGION_NAME";
+using namespace tv2_tests::regions;
 
 // One display for all tests of this program.
 VirtualDisplay& Screen()
@@ -54,7 +52,7 @@ public:
                 widget.h() == bottom - top)
                 return widget;
         }
-        ADD_FAILURE() << "nothing stands at " << region;
+        ADD_FAILURE() << "nothing at " << region;
         return window_;
     }
 
@@ -84,7 +82,7 @@ public:
         Fl::handle(FL_KEYBOARD, &window_);
     }
 
-    // Over what stands in the box, without leaving it.
+    // Replaces the text of the box, without leaving it.
     void Type(const char* region, const std::string& text) const
     {
         Press(region);
@@ -254,7 +252,7 @@ TEST_F(PopupWindowTest, HoldsNumbersWithinTheirLimits)
             EXPECT_EQ(user.Text(kRate), "240.00");
             user.Type(kRate, "-");
             user.Key(FL_Enter, "\r");
-            EXPECT_EQ(user.Text(kRate), "240.00") << "no number";
+            EXPECT_EQ(user.Text(kRate), "240.00") << "not a number";
             user.Type(kRate, "12.345");
             user.Press(kExport); // counts without Enter
         });
@@ -299,7 +297,7 @@ TEST_F(PopupWindowTest, RemembersWhereItWasMoved)
         [&](const User& user)
         {
             move(user);
-            user.Press(regions::kAllTakes);
+            user.Press(kAllTakesRadio);
             user.Press(kExport);
         });
     EXPECT_EQ(Stored("DIALOG_POS_X_KEY_NAME"), "321");
