@@ -50,30 +50,29 @@ TEST_F(SceneTest, StartsWithNothingButWhatEverySceneHas)
     player_.Goto(Seconds(1.0));
     NewScene();
 
-    FBScene* scene = system_.Scene;
-    EXPECT_EQ(scene, &Scene());
+    FBScene& scene = *system_.Scene;
     FBModel* root = system_.SceneRootModel;
-    EXPECT_EQ(root, static_cast<FBModel*>(scene->RootModel));
-    EXPECT_STREQ(root->LongName, "Scene");
+    EXPECT_EQ(&scene, &Scene());
+    EXPECT_EQ(root, static_cast<FBModel*>(scene.RootModel));
+    EXPECT_NE(root, static_cast<FBModel*>(system_.RootModel));
     EXPECT_FALSE(root->Parent);
-    EXPECT_EQ(root->Children.GetCount(), 0);
-    EXPECT_NE(static_cast<FBModel*>(system_.RootModel), root);
-    EXPECT_EQ(scene->Constraints.GetCount(), 0);
+    EXPECT_EQ(PreOrder(), "Scene ");
+    EXPECT_EQ(scene.Constraints.GetCount(), 0);
     EXPECT_FALSE(FBFindModelByLabelName("Camera Switcher"));
-    ASSERT_EQ(scene->Takes.GetCount(), 1);
-    EXPECT_STREQ(scene->Takes[0]->Name, "Take 001");
-    EXPECT_EQ(static_cast<FBTake*>(system_.CurrentTake), scene->Takes[0]);
-    EXPECT_EQ(static_cast<FBTime>(system_.LocalTime), FBTime::Zero);
-    EXPECT_EQ(static_cast<const char*>(scene->FilePath), nullptr);
+    ASSERT_EQ(scene.Takes.GetCount(), 1);
+    EXPECT_STREQ(scene.Takes[0]->Name, "Take 001");
+    EXPECT_EQ(Current(), scene.Takes[0]);
+    EXPECT_EQ(Now(), FBTime::Zero);
+    EXPECT_EQ(static_cast<const char*>(scene.FilePath), nullptr);
     EXPECT_STREQ(FBApplication().FBXFileName, "");
     SceneBehaviour().empty_path_when_unsaved = true;
-    EXPECT_STREQ(scene->FilePath, "");
+    EXPECT_STREQ(scene.FilePath, "");
 
     const char* const producers[] = {"Perspective", "Front", "Back", "Right", "Left", "Top", "Bottom"};
-    ASSERT_EQ(scene->Cameras.GetCount(), 7);
+    ASSERT_EQ(scene.Cameras.GetCount(), 7);
     for (int i = 0; i < 7; ++i)
     {
-        FBCamera* camera = scene->Cameras[i];
+        FBCamera* camera = scene.Cameras[i];
         EXPECT_STREQ(camera->LongName, (std::string("Producer ") + producers[i]).c_str());
         EXPECT_TRUE(camera->SystemCamera);
         EXPECT_FALSE(camera->Parent);
@@ -167,28 +166,23 @@ TEST_F(SceneTest, TypesFollowTheDeclaredParents)
     const struct
     {
         FBComponent* component;
-        int type;
-        bool is;
-        bool exact;
+        int exact;
+        std::vector<int> is, is_not;
     } cases[] = {
-        {camera, FBCamera::TypeInfo, true, true},
-        {camera, FBModel::TypeInfo, true, false},
-        {camera, FBPlug::TypeInfo, true, false},
-        {camera, FBConstraint::TypeInfo, false, false},
-        {stereo, FBCamera::TypeInfo, true, false},
-        {stereo, StereoCamera::TypeInfo, true, true},
-        {switcher, FBCameraSwitcher::TypeInfo, true, true},
-        {switcher, FBBox::TypeInfo, true, false},
-        {switcher, FBModel::TypeInfo, false, false},
-        {switcher, FBCamera::TypeInfo, false, false},
-        {constraint, FBConstraint::TypeInfo, true, true},
-        {foreign, FBConstraint::TypeInfo, false, false},
-        {foreign, FBBox::TypeInfo, true, false},
+        {camera, FBCamera::TypeInfo, {FBModel::TypeInfo, FBPlug::TypeInfo}, {FBConstraint::TypeInfo}},
+        {stereo, StereoCamera::TypeInfo, {FBCamera::TypeInfo}, {}},
+        {switcher, FBCameraSwitcher::TypeInfo, {FBBox::TypeInfo}, {FBModel::TypeInfo, FBCamera::TypeInfo}},
+        {constraint, FBConstraint::TypeInfo, {}, {}},
+        {foreign, foreign->GetTypeId(), {FBBox::TypeInfo}, {FBConstraint::TypeInfo}},
     };
     for (const auto& c : cases)
     {
-        EXPECT_EQ(c.component->Is(c.type), c.is) << c.component->ClassName() << c.type;
-        EXPECT_EQ(c.component->GetTypeId() == c.type, c.exact) << c.component->ClassName() << c.type;
+        EXPECT_EQ(c.component->GetTypeId(), c.exact);
+        EXPECT_TRUE(c.component->Is(c.exact));
+        for (const int type : c.is)
+            EXPECT_TRUE(c.component->Is(type)) << c.component->ClassName() << type;
+        for (const int type : c.is_not)
+            EXPECT_FALSE(c.component->Is(type)) << c.component->ClassName() << type;
     }
     EXPECT_STREQ(stereo->ClassName(), "StereoCamera");
     EXPECT_EQ(FBCast<FBCamera>(stereo), stereo);

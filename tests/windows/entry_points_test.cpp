@@ -16,35 +16,33 @@ using tev2_tests::ScratchFolder;
 class EntryPoints : public testing::Test
 {
 protected:
-    EntryPoints() { mobu_host::NewScene(); }
+    EntryPoints()
+    {
+        mobu_host::NewScene();
+        std::string error;
+        plugin_ = mobu_host::Plugin::Load(TV2_PLUGIN, error);
+        EXPECT_TRUE(plugin_) << error;
+    }
     ~EntryPoints() override { mobu_host::NewScene(); }
 
-    std::string error_;
+    std::unique_ptr<mobu_host::Plugin> plugin_;
 };
 
 TEST_F(EntryPoints, AreThereFromLoadToUnload)
 {
-    {
-        const auto plugin = mobu_host::Plugin::Load(TV2_PLUGIN, error_);
-        ASSERT_TRUE(plugin) << error_;
-        ASSERT_EQ(mobu_host::MenuItems().size(), 1u);
-        FBMenuItem* const item = mobu_host::MenuItems()[0];
-        EXPECT_STREQ(item->Label, "QN - TV2 Exporter");
-        EXPECT_STREQ(item->ClassName(), "Tev2MotionBuilderExportTool");
-        EXPECT_TRUE(item->Is(FBMenuItem::TypeInfo));
-        EXPECT_TRUE(dynamic_cast<FBVisualComponent*>(static_cast<FBPlug*>(item)));
-
-        EXPECT_TRUE(GetModuleHandleA("tv2_motionbuilder_export_tool.dll"));
-        auto* const init = plugin->Symbol<bool()>("LIBRARY_INIT");
-        ASSERT_TRUE(init);
-        EXPECT_TRUE(init());
-        auto* const entry = plugin->Symbol<void(kFBDllOperation)>(
-            "_Z40EntryPointtev2_motionbuilder_export_tool15kFBDllOperation");
-        ASSERT_TRUE(entry);
-        entry(kFBDllLoad); // has nothing to register
-        entry(kFBDllUnLoad);
-        EXPECT_EQ(mobu_host::MenuItems().size(), 1u);
-    }
+    ASSERT_EQ(mobu_host::MenuItems().size(), 1u);
+    FBMenuItem* const item = mobu_host::MenuItems()[0];
+    EXPECT_STREQ(item->Label, "QN - TV2 Exporter");
+    EXPECT_STREQ(item->ClassName(), "Tev2MotionBuilderExportTool");
+    EXPECT_TRUE(dynamic_cast<FBVisualComponent*>(static_cast<FBPlug*>(item)));
+    EXPECT_TRUE(plugin_->Symbol<bool()>("LIBRARY_INIT")());
+    auto* const entry = plugin_->Symbol<void(kFBDllOperation)>(
+        "_Z40EntryPointtev2_motionbuilder_export_tool15kFBDllOperation");
+    entry(kFBDllLoad); // has nothing to register
+    entry(kFBDllUnLoad);
+    EXPECT_EQ(mobu_host::MenuItems().size(), 1u);
+    EXPECT_TRUE(GetModuleHandleA("tv2_motionbuilder_export_tool.dll"));
+    plugin_.reset();
     EXPECT_TRUE(mobu_host::MenuItems().empty());
     EXPECT_FALSE(GetModuleHandleA("tv2_motionbuilder_export_tool.dll"));
 }
@@ -52,13 +50,11 @@ TEST_F(EntryPoints, AreThereFromLoadToUnload)
 TEST_F(EntryPoints, ExportForAScriptAndForTheMenu)
 {
     const ScratchFolder folder;
-    const auto plugin = mobu_host::Plugin::Load(TV2_PLUGIN, error_);
-    ASSERT_TRUE(plugin) << error_;
     mobu_host::ClearTakes();
     mobu_host::AddTake("Walk fast", 0.0, 1.0);
     mobu_host::AddTake("Run", 0.0, 2.0);
     mobu_host::AddModel("ns:Hips");
-    auto* const script = plugin->Symbol<tev2_exporter::ScriptEntry>(tev2_exporter::kScriptEntryName);
+    auto* const script = plugin_->Symbol<tev2_exporter::ScriptEntry>(tev2_exporter::kScriptEntryName);
     ASSERT_TRUE(script);
     EXPECT_EQ(script(folder.BytePath(u"run.tv2").c_str(), 0, 0, 25, true, true, true, false, true, true), 1u);
     for (const std::u16string name : {u"run_Walk_fast.tv2", u"run_Run.tv2"})

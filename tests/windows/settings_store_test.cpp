@@ -77,7 +77,8 @@ TEST_F(Registry, HasNothingWithoutKeyOrValue)
 {
     EXPECT_FALSE(SettingsReader().Read("FPS_KEY_NAME"));
     HKEY key = nullptr;
-    EXPECT_NE(RegOpenKeyExA(HKEY_CURRENT_USER, kStore, 0, KEY_READ, &key), ERROR_SUCCESS) << "reading made the key";
+    EXPECT_NE(RegOpenKeyExA(HKEY_CURRENT_USER, kStore, 0, KEY_READ, &key), ERROR_SUCCESS)
+        << "reading made the key";
     SettingsWriter().Write("OTHER", "1");
     EXPECT_FALSE(SettingsReader().Read("FPS_KEY_NAME"));
     EXPECT_EQ(SettingsReader().Read("OTHER"), "1");
