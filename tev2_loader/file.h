@@ -45,15 +45,15 @@ struct LoadOptions
     TEV2_LOAD_REPORT* report = nullptr;
 };
 
-/// Clears the scene and loads a file, or what a pipe delivers, into it. On failure the scene holds what was loaded before
-/// the fault, and the reason is that of the system or of the report's error.
+/// Clears the scene and loads a file, or a pipe to its end, into it. On failure the scene keeps what was loaded before
+/// the fault, and the reason is the system's or the report's error.
 Status LoadFile(const std::string& path, TEV2& scene, const LoadOptions& options = {});
 
-/// The same for a whole file in memory, which is not needed any more afterwards.
+/// The same for a file in memory, which may be freed afterwards.
 Status LoadMemory(const void* bytes, std::size_t size, TEV2& scene, const LoadOptions& options = {});
 
-/// Saves a scene. On success the file is complete and loads; on failure a file that was there before is unchanged, except
-/// where WriteWholeFile (io/whole_file.h) has to write to it directly.
+/// Saves a scene. On success the file is complete and loads. On failure an existing file is unchanged, except where
+/// WriteWholeFile (io/whole_file.h) has to write to it directly.
 Status SaveFile(const TEV2& scene, const std::string& path);
 
 } // namespace TEV2_LOADER

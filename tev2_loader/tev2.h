@@ -248,7 +248,7 @@ struct TEV2_LIST_ORDER
 };
 
 /// Calls visit(list, member) for each list that has a place in an order, by that place:
-///     VisitListsBy<&TEV2_LIST::save>(scene, [](const TEV2_LIST& list, const auto& member) { ... });
+///     VisitListsBy<&TEV2_LIST::save>(scene, [](const TEV2_LIST& list, const auto& member) {});
 template <int TEV2_LIST::*kPlace, typename Scene, typename Visit>
 void VisitListsBy(Scene& scene, const Visit& visit)
 {

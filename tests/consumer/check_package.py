@@ -15,7 +15,12 @@ import tempfile
 
 HERE = os.path.dirname(os.path.abspath(__file__))
 BARE = ["-fno-exceptions", "-fno-rtti"]
-WARNINGS = ["-Wall", "-Wextra", "-Wpedantic", "-Werror", "-Wno-unused"]  # examples need not use what they make
+WARNINGS = ["-Wall", "-Wextra", "-Wpedantic", "-Werror", "-Wno-unused"]  # examples may leave things unused
+
+
+# Where comments hold code: four spaces further in than text.
+WITH_EXAMPLES = ["status.h", "tev2.h", "file.h", "names.h", "io/whole_file.h", "math/vectors.h", "tracks/keyed_track.h",
+                 "tracks/visit_keys.h"]
 
 
 def run(*command, cwd=None, env=None):
@@ -32,15 +37,17 @@ def headers(prefix):
 
 
 def examples(prefix):
-    """The code in the headers' comments, indented by four spaces more than text: a function for each example. And the README's."""
+    """(header, code) of each example, those of the README included."""
     found = []
-    for header in headers(prefix):
+    for header in ["tev2_loader/" + name for name in WITH_EXAMPLES]:
         with open(os.path.join(prefix, "include", header), encoding="utf-8") as file:
             text = file.read()
         for block in re.findall(r"(?:^//[/]?(?:     .*)?\n)+", text, re.MULTILINE):
             lines = [re.sub(r"^///?(     )?", "", line) for line in block.splitlines()]
             if any(lines):
                 found.append((header, "\n".join(lines).strip("\n") + "\n"))
+        if not found or found[-1][0] != header:
+            sys.exit(f"{header} has no example")
     with open(os.path.join(HERE, "..", "..", "README.md"), encoding="utf-8") as file:
         found += [("tev2_loader/file.h", code) for code in re.findall(r"```cpp\n(.*?)```", file.read(), re.DOTALL)]
     return found
@@ -51,13 +58,10 @@ def write_examples(prefix, folder):
     for number, (header, code) in enumerate(examples(prefix)):
         includes += [f'#include "{header}"'] + re.findall(r"^#include .*$", code, re.MULTILINE)
         body = re.sub(r"^#include .*\n", "", code, flags=re.MULTILINE)
-        functions.append(f"// {header}\n[[maybe_unused]] static int Example{number}([[maybe_unused]] TEV2_LOADER::TEV2& "
-                         "scene, [[maybe_unused]] const TEV2_LOADER::TEV2_ANIMATABLE& track)\n{\n"
+        functions.append(f"// {header}\nstatic int Example{number}([[maybe_unused]] TEV2_LOADER::TEV2& scene, "
+                         "[[maybe_unused]] const TEV2_LOADER::TEV2_ANIMATABLE& track)\n{\n"
                          f"using namespace TEV2_LOADER;\n{{\n{body}}}\nreturn 0;\n}}\n")
         calls.append(f"if (Example{number}(scene, track) != 0) return 1;")
-    for wanted in ("status.h", "tev2.h", "file.h", "names.h", "tracks/keyed_track.h", "tracks/visit_keys.h"):
-        if not any(header == "tev2_loader/" + wanted for header, _ in examples(prefix)):
-            sys.exit(f"{wanted} has no example")
     with open(os.path.join(folder, "examples.inc"), "w", encoding="utf-8") as file:
         file.write("\n".join(["#include <cstdio>", *includes, *functions,
                               "static int RunExamples(TEV2_LOADER::TEV2& scene, const TEV2_LOADER::TEV2_ANIMATABLE& "

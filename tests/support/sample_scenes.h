@@ -8,7 +8,7 @@
 //     scene_texts.h     small scene files of other formats, as text
 //     scratch_folder.h  a folder that goes with the test; files read and written as a whole
 //     tracks.h          tracks from lists of keys
-// Linked by name only where needed: allocation_watch.h (counts and fails operator new), memory_file.h (a disk that fails),
+// To be linked one by one: allocation_watch.h (counts and fails operator new), memory_file.h (a disk that fails),
 // test_platform.h (the exporter's clock, user and messages).
 
 #include "tests/support/records.h"

@@ -12,7 +12,8 @@
 namespace tv2_tests
 {
 
-/// A track of a concrete class with these keys: MakeTrack<TEV2_ANIMATABLE_FLOAT32_LINEAR>({{0.0f, 1.0f}, {1.0f, 2.0f}}).
+/// A track of a concrete class with these keys:
+///     MakeTrack<TEV2_ANIMATABLE_FLOAT32_LINEAR>({{0.0f, 1.0f}, {1.0f, 2.0f}})
 template <typename Track>
 std::unique_ptr<Track> MakeTrack(std::initializer_list<std::pair<float, typename Track::Value>> keys)
 {

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "tev2_loader/requirements.h"
+
 #include <cstddef>
 #include <cstdint>
 #include <memory>

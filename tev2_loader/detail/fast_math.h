@@ -3,8 +3,8 @@
 #include "tev2_loader/detail/float4.h"
 #include "tev2_loader/math/matrix.h"
 
-// The functions of math/ and the interpolation of rotations, inlined where every node passes. Each gives the bits that the
-// public function gives.
+// The functions of math/ and the interpolation of rotations, inlined for evaluation. Each gives the same bits as the
+// public function.
 
 namespace TEV2_LOADER
 {

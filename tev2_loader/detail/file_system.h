@@ -33,8 +33,8 @@ Target Examine(const std::string& path);
 /// Length of the part of a path up to and including its last separator.
 std::size_t FolderLength(const std::string& path);
 
-/// Creates a file for writing, with at most the permissions of the file that it will replace. Null and errno on failure,
-/// EEXIST when the name is taken.
+/// Creates a file for writing, with at most the permissions of the file that it will replace. Null and errno on
+/// failure, EEXIST when the name is taken.
 std::FILE* CreateNew(const std::string& path, const Target& replaced);
 
 /// Opens a file for writing and truncates it, or creates it. Never blocks: null and errno for pipes and sockets.

@@ -78,8 +78,8 @@ std::string ResolveLinks(std::string path)
     return path;
 }
 
-/// False for a link to an open file, as in /proc: what it resolves to is no path of that file. Another program may replace
-/// the file between two looks at it, so that one difference says nothing.
+/// False for a link to an open file, as in /proc, which resolves to something that is not its path. Another program may
+/// replace the file between two looks, so one difference proves nothing.
 bool LeadToOneFile(const std::string& link, const std::string& resolved)
 {
     constexpr int kMostLooks = 100;
@@ -131,7 +131,7 @@ Target Examine(const std::string& path)
     target.replaceable = resolved == path || LeadToOneFile(path, resolved);
     if (target.replaceable)
         target.path = resolved;
-    // Renaming asks for rights on the folder alone; a file that may not be written to is not to be replaced either.
+    // Renaming needs rights on the folder only; a file that may not be written to must not be replaced either.
     if (!Descriptor(::open(path.c_str(), O_WRONLY | O_NONBLOCK | O_CLOEXEC)).IsOpen())
         target.error = errno;
     return target;
@@ -159,7 +159,7 @@ std::FILE* CreateNew(const std::string& path, const Target& replaced)
     Descriptor file(::open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, mode));
     if (!file.IsOpen())
         return nullptr;
-    // Where there are no locks, part files are never removed as abandoned.
+    // Without locks, part files are never removed as abandoned.
     static_cast<void>(::flock(file.Get(), LOCK_EX | LOCK_NB));
     std::FILE* const stream = file.Stream();
     if (!stream)

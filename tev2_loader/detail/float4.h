@@ -10,14 +10,14 @@
 namespace TEV2_LOADER
 {
 
-// Four floats worked on at once: Float4. Every operation gives for each of them, to the last bit, what it gives for
-// that float alone, where the compiler does not contract multiplications and additions (-ffp-contract=off).
+// Float4: arithmetic on four floats at once, each result bit-identical to the scalar one if the compiler does not
+// contract multiplications and additions (-ffp-contract=off).
 
-/// Four of the floats of a quaternion, a row of a matrix: whatever is four floats and nothing else.
+/// A quaternion, a row of a matrix: anything that consists of four floats.
 template <typename Four>
 concept FourFloats = sizeof(Four) == 4 * sizeof(float) && alignof(Four) == alignof(float);
 
-/// For every processor.
+/// Portable.
 struct PlainFloat4
 {
     float lanes[4];
@@ -67,13 +67,13 @@ struct PlainFloat4
         return {{left.lanes[a], left.lanes[b], right.lanes[c], right.lanes[d]}};
     }
 
-    /// The last one, and -0 before it: adding that leaves every number as it is, its sign included.
+    /// The last float, with -0 before it: adding -0 leaves every number unchanged, sign included.
     PlainFloat4 LastAlone() const { return {{-0.0f, -0.0f, -0.0f, lanes[3]}}; }
 };
 
 #if defined(TEV2_HAS_SSE)
 
-/// For processors with SSE2.
+/// SSE2.
 struct SseFloat4
 {
     __m128 lanes;

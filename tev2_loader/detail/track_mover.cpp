@@ -11,7 +11,7 @@ namespace
 
 constexpr std::size_t kNoSegment = ~std::size_t{0};
 
-/// Neighbouring segments to try one by one before the rest is bisected: playback mostly moves by one.
+/// Neighbouring segments tried one by one before bisecting: playback mostly moves by one.
 constexpr std::size_t kNearSegments = 4;
 
 /// Whether the segment that key opens holds the time, both ends included.
@@ -86,8 +86,8 @@ bool TrackMover::MoveToEnd(TEV2_ANIMATABLE& track, float time)
     return true;
 }
 
-/// The segments that playback mostly needs, and then the one where the time should lie if the keys stand as far
-/// apart as here: mostly right, since tracks are sampled at a fixed rate.
+/// Tries the current segment and its neighbour, then the one where the time would be if keys were equally spaced, which
+/// is usually right since tracks are sampled at a fixed rate.
 bool TrackMover::MoveNearby(TEV2_ANIMATABLE& track, const Place& present, float time)
 {
     const std::vector<float>& times = track.m_times;
@@ -129,9 +129,8 @@ void TrackMover::Search(TEV2_ANIMATABLE& track, float time)
     near_key_ = track.m_current_key;
 }
 
-/// Searches from the present segment towards the time. The present time can be rounded past the key that closes its
-/// segment, and a stored fraction can be anything, so that the segment may be on the other side: then that is searched
-/// too.
+/// Searches from the current segment towards the time, then the other way: rounding can put the current time past the
+/// end of its segment, and a stored fraction can be anything.
 void TrackMover::Find(TEV2_ANIMATABLE& track, const Place& present, float time)
 {
     const std::vector<float>& times = track.m_times;
@@ -145,7 +144,7 @@ void TrackMover::Find(TEV2_ANIMATABLE& track, const Place& present, float time)
         Enter(track, segment, time);
 }
 
-/// Where a time past the last key comes to lie.
+/// The time that a time past the last key wraps to.
 float TrackMover::Wrapped(const TEV2_ANIMATABLE& track, float time)
 {
     const float first = track.m_times.front();

@@ -5,9 +5,9 @@
 #include <algorithm>
 #include <cstdint>
 
-// How tracks are moved in time. For the library's own use: programs call SetTime and Update of what they hold.
+// Moves track cursors. Internal: programs call SetTime and Update of scenes, records or tracks.
 
-// What every node goes through twice a frame, compiled into the loop over the nodes.
+// Called for every track of every node: inlined into the loop over the nodes.
 #if defined(__GNUC__)
 #define TEV2_HOT __attribute__((always_inline)) inline
 #else
@@ -17,8 +17,8 @@
 namespace TEV2_LOADER
 {
 
-/// Moves tracks, one after another: most tracks of a scene are sampled alike, so the segment where one came to lie
-/// is tried first for the next. A track moves as it would alone, to the last bit, when its times ascend.
+/// Moves tracks one after another. Most tracks of a scene are sampled alike, so the segment of one is tried first for
+/// the next. With ascending times the result is, to the last bit, that of moving the track alone.
 class TrackMover
 {
 public:
@@ -46,7 +46,7 @@ private:
         float time;
     };
 
-    /// Where the cursor is. A cursor beyond the keys is at the last one.
+    /// Where the cursor is, clamped to the keys.
     static Place Present(const TEV2_ANIMATABLE& track)
     {
         const std::size_t last_segment = track.m_times.size() - 2;
@@ -64,15 +64,15 @@ private:
         track.m_fraction = span > 0.0f ? (time - opening) / span : 0.0f;
     }
 
-    /// Whether the time lies between the two keys of a segment, and on neither. In ascending times no other
-    /// segment holds it then, so that every way to find the segment finds the same.
+    /// Whether the time is strictly between the two keys of a segment. With ascending times no other segment contains
+    /// it then, so every search finds the same.
     static bool HoldsInside(const TEV2_ANIMATABLE& track, std::size_t key, float time)
     {
         return track.m_times[key] < time && time < track.m_times[key + 1];
     }
 
-    /// Enters the segment of the track before when it holds the time inside. The ends come first: where times do not
-    /// ascend, another segment may hold a time that is at or after the last key, or at or before the first.
+    /// Enters the previous track's segment if it contains the time. The ends are tested first: with unsorted times
+    /// another segment may contain a time at or outside the ends.
     TEV2_HOT bool MoveNear(TEV2_ANIMATABLE& track, float time) const
     {
         if (near_key_ > track.m_times.size() - 2)

@@ -12,15 +12,14 @@ namespace TEV2_LOADER
 
 class RecordScope;
 
-/// What every record's Load reads from: the whole file in memory. It is total: no read leaves the image,
-/// whatever the bytes say. A number read past the end is 0 and fails the cursor; a failed cursor stands at
-/// the end and stays there, and the load of the scene fails with it. The image is not copied and must outlive
-/// the cursor.
+/// What every record's Load reads from: the whole file in memory. It accepts any bytes safely: no read leaves
+/// the image. A number read past the end is 0 and fails the cursor. A failed cursor moves to the end and stays
+/// there, and the load of the scene fails with it. The image is not copied and must outlive the cursor.
 class TEV2_MEMORY_CURSOR
 {
 public:
-    /// A cursor at the first byte of size bytes. The report, when given, is not owned and collects what is
-    /// found. Limits are those of this one load.
+    /// Starts at the first of `size` bytes. The report, if given, is not owned and receives the findings. The
+    /// limits apply to this load.
     TEV2_MEMORY_CURSOR(const void* image, std::size_t size, TEV2_LOAD_REPORT* report = nullptr,
                        const TEV2_LOAD_LIMITS& limits = {});
 
@@ -28,8 +27,8 @@ public:
     const std::uint8_t* begin;
     const std::uint8_t* end;
 
-    /// One past the last byte of the chunk being loaded, within [begin, end]: how far a body that is kept as
-    /// bytes reaches. Records that know their own length do not look at it.
+    /// One past the last byte of the current chunk, within [begin, end]: the end of a body that is kept as bytes.
+    /// Records that know their own length do not use it.
     const std::uint8_t* chunkEnd;
 
     std::size_t Offset() const { return static_cast<std::size_t>(current - begin); }
@@ -41,14 +40,14 @@ public:
     std::uint64_t ReadU64();
     float ReadF32();
 
-    /// The clamped copy: takes at most the bytes that remain and returns how many. Never fails.
+    /// Copies at most the remaining bytes and returns how many. Never fails.
     std::uint32_t ReadBytes(void* destination, std::uint32_t size);
 
     /// Reads the u32 count of an array whose elements take at least leastSize (> 0) bytes each. A count that
     /// the remaining bytes cannot hold fails the cursor and gives 0.
     std::uint32_t ReadCount(std::size_t leastSize);
 
-    /// To be asked before memory is taken for what the file holds. More than the limits leave fails the cursor.
+    /// Call before allocating for file contents. Fails the cursor when the limits are exceeded.
     bool TakeMemory(std::size_t bytes)
     {
         if (bytes > allowance_)
@@ -57,25 +56,25 @@ public:
         return true;
     }
 
-    /// How many bytes TakeMemory still grants.
+    /// Bytes that TakeMemory still allows.
     std::size_t Allowance() const { return allowance_; }
 
-    /// Copies a block of exactly size bytes; when fewer remain it copies nothing and fails the cursor.
+    /// Copies exactly `size` bytes; when fewer remain, copies nothing and fails the cursor.
     bool ReadBlock(void* destination, std::size_t size);
 
-    /// Fails the cursor for good: the first failure goes into the report, at back bytes before the present
-    /// position, and current moves to the end. Returns false.
+    /// Fails the cursor permanently and moves it to the end. Records the first failure, `back` bytes before the
+    /// current position. Returns false.
     bool Fail(TEV2_LOAD_CODE code, std::string expected, std::string found, std::size_t back = 0);
 
-    /// Puts a warning into the report, if there is one and it has room.
+    /// Adds a warning to the report, up to kMostWarnings.
     void Warn(TEV2_LOAD_CODE code, std::string expected, std::string found, std::size_t back = 0);
 
     bool Failed() const { return failed_; }
     TEV2_LOAD_REPORT* Report() const { return report_; }
     const TEV2_LOAD_LIMITS& Limits() const { return limits_; }
 
-    /// Tells the cursor which chunk it is in; the frame must lie inside the image. False when the report has no
-    /// room for it within the limits.
+    /// Sets the current chunk, which must be inside the image, and adds it to the report. False when that exceeds the
+    /// limits.
     bool EnterChunk(const TEV2_CHUNK_SPAN& chunk);
     void LeaveChunk();
 
@@ -98,15 +97,14 @@ private:
     bool failed_ = false;
 };
 
-/// Names the record that is read while the scope lives, for the paths in the report. Scopes nest as the reads
-/// do and must be destroyed in reverse order. Costs two pointer writes; text is made only when something is
-/// found.
+/// Names the record being read during its lifetime, for the paths in the report. Scopes nest and must be destroyed
+/// in reverse order. Costs two pointer writes; text is made only for a finding.
 class RecordScope
 {
 public:
     static constexpr std::size_t kNoIndex = ~std::size_t{0};
 
-    /// The label is not copied (a literal); with an index the path shows "label[index]".
+    /// The label is not copied (use a literal); with an index the path shows "label[index]".
     RecordScope(TEV2_MEMORY_CURSOR& cursor, const char* label, std::size_t index = kNoIndex)
         : cursor_(cursor), outer_(cursor.scope_), label_(label), index_(index)
     {

@@ -11,8 +11,8 @@
 namespace TEV2_LOADER
 {
 
-/// Bytes of the UTF-8 sequence that the text begins with; 0 when it begins with none. Overlong forms, surrogates and
-/// what is above U+10FFFF are none. A unit is one byte, also when it is wider.
+/// Length of the UTF-8 sequence that the text begins with; 0 if there is none. Overlong forms, surrogates and code
+/// points above U+10FFFF are invalid. Each unit is one byte, even if its type is wider.
 template <typename Unit>
 std::size_t Utf8Length(std::basic_string_view<Unit> text)
 {

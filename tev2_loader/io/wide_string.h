@@ -14,8 +14,8 @@ namespace TEV2_LOADER
 class TEV2_FILE_STREAM;
 class TEV2_MEMORY_CURSOR;
 
-/// A text of UTF-16 code units, as every name and text of a scene is kept. Units are taken as they come:
-/// unpaired surrogates and zero units pass through unchanged.
+/// UTF-16 code units, the form of every name and text of a scene. Units are not checked: unpaired surrogates and zeros
+/// pass through unchanged. names.h converts from and to UTF-8.
 class TEV2_WIDE_STRING
 {
 public:
@@ -24,7 +24,7 @@ public:
     explicit TEV2_WIDE_STRING(std::u16string_view text) : text_(text) {}
     explicit TEV2_WIDE_STRING(const char16_t* text) : text_(text) {}
 
-    /// One unit for each byte, bytes from 0x80 up without a sign (0xE9 becomes U+00E9).
+    /// One unit per byte (0xE9 becomes U+00E9).
     static TEV2_WIDE_STRING FromBytes(std::string_view bytes);
 
     /// The units without the terminator.
@@ -39,20 +39,20 @@ private:
     std::u16string text_;
 };
 
-/// The text of UTF-16 units as UTF-8; an unpaired surrogate becomes U+FFFD. Names of a scene that came from 8-bit text
-/// are not UTF-16: ReadableText reads both.
+/// UTF-16 as UTF-8; unpaired surrogates become U+FFFD. Names that came from 8-bit text are not UTF-16: ReadableText
+/// handles both.
 std::string Utf8Text(std::u16string_view units);
 
-/// Whether units are the bytes of UTF-8 text, one unit each, as FromBytes makes them of it. ASCII is.
+/// Whether the units are bytes of UTF-8, one per unit, as FromBytes makes them. True for ASCII.
 bool IsWidenedUtf8(std::u16string_view units);
 
-/// The text of such units: their bytes.
+/// The bytes of such units.
 std::string NarrowUtf8(std::u16string_view units);
 
-/// A name or text of a file as UTF-8, for people: bytes of UTF-8 where IsWidenedUtf8, else UTF-16.
+/// A name or text of a scene as UTF-8: its bytes if IsWidenedUtf8, otherwise converted from UTF-16.
 std::string ReadableText(std::u16string_view units);
 
-/// The most units that a string has in a file.
+/// Most units of a string in a file.
 inline constexpr std::size_t kMostStringUnits = 65535;
 
 /// Bytes that a string takes in a file.
@@ -61,13 +61,12 @@ inline std::size_t DiskSize(const TEV2_WIDE_STRING& string)
     return sizeof(std::uint16_t) + string.Text().size() * sizeof(char16_t);
 }
 
-/// Writes u16 length and the units, without terminator. A string of more than kMostStringUnits is cut there, so
-/// that the record stays readable. Goes straight to the stream, open chunk or not; a short write is only
-/// latched there.
+/// Writes u16 length and the units, without terminator, truncated to kMostStringUnits. Not guarded: writes to the
+/// stream whether or not a chunk is open; a short write is only latched there.
 void WriteWideString(TEV2_FILE_STREAM& stream, const TEV2_WIDE_STRING& string);
 
-/// Reads what WriteWideString wrote. Where the image ends before the string does, the whole units that are
-/// present are kept, the cursor moves to the end and the report gets a warning.
+/// Reads what WriteWideString wrote. If the image ends inside the string, the complete units are kept, the cursor
+/// moves to the end and a warning is reported.
 void ReadWideString(TEV2_MEMORY_CURSOR& cursor, TEV2_WIDE_STRING& string);
 
 } // namespace TEV2_LOADER

@@ -13,12 +13,12 @@ namespace TEV2_LOADER
 
 // What tracks can hold besides numbers, vectors and quaternions.
 
-/// A value that is a record: its floats, 4 bytes each.
+/// A value that is a record of floats.
 template <typename Record>
 class ValueRecord : public TEV2_SERIALISABLE_OBJECT
 {
 public:
-    /// Always true; a record past the end of the image fails the cursor.
+    /// Always true; missing bytes fail the cursor.
     bool Load(TEV2_MEMORY_CURSOR& cursor, float /*version*/) override
     {
         std::apply([&cursor](auto&... component) { ((component = cursor.ReadF32()), ...); },

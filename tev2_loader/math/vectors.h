@@ -7,8 +7,8 @@
 namespace TEV2_LOADER
 {
 
-// Vectors, and the arithmetic of all values that consist of floats. Such a value lists them in file order as Components();
-// +, -, * and == work component by component (a NaN equals nothing).
+// Vectors, and the arithmetic of all values that consist of floats. Such a value lists them in file order as
+// Components(); +, -, * and == work component by component (a NaN equals nothing).
 //
 //     TEV2_VECTOR_3 middle = (TEV2_VECTOR_3{0, 1, 0} + TEV2_VECTOR_3{2, 1, 0}) * 0.5f;
 

@@ -12,20 +12,19 @@
 namespace TEV2_LOADER
 {
 
-/// An animated value: ascending key times in seconds, one value a key, and a playback cursor that lies
-/// between two neighbouring keys. Whatever a track was loaded with, evaluating it touches no memory but its
-/// own: cursor indices beyond the keys are at the last key when used, and not modified otherwise. Evaluating allocates
-/// nothing.
+/// An animated value: ascending key times in seconds, one value per key, and a playback cursor between two
+/// neighbouring keys. Evaluation is safe whatever a file contains and allocates nothing. Out-of-range cursor indices
+/// are clamped on use, not modified.
 class TEV2_ANIMATABLE : public TEV2_SERIALISABLE_OBJECT, public TEV2_INTERNAL_ANIM_OBJECT
 {
 public:
-    /// The key that opens the present segment.
+    /// First key of the current segment.
     std::uint32_t m_current_key = 0;
 
-    /// Position inside the segment: 0 at its opening key, 1 at its closing key.
+    /// Position in the segment: 0 at its first key, 1 at its second.
     float m_fraction = 0.0f;
 
-    /// Key times, ascending. Playback takes at least two.
+    /// Key times in seconds, ascending. Playback needs at least two.
     std::vector<float> m_times;
 
     /// What a load finds where a kind is not of the family that its place takes.
@@ -40,28 +39,26 @@ public:
         archive.Values("m_times", track.m_times, Counts::kSave);
     }
 
-    /// The kind code that stands before the track in the file and that the family's Create takes.
+    /// The number before the track in the file, which the family's Create takes (format.h names them).
     virtual std::uint32_t GetType() const = 0;
 
-    /// Same kind, times and values (floats as == compares them, so a NaN never equals); the cursor does not
-    /// count.
+    /// Same kind, times and values, compared with == (a NaN equals nothing); the cursor is ignored.
     virtual bool IsEqual(const TEV2_ANIMATABLE& other) const = 0;
 
-    /// A copy of the same class with the cursor, the times and the values.
+    /// A copy of the same class with cursor, times and values. Throws std::bad_alloc.
     virtual std::unique_ptr<TEV2_ANIMATABLE> Clone() const = 0;
 
-    /// Moves the cursor by delta_time, this track alone: tracks of one scene end at different keys, so that a scene is
-    /// played with SetTime. Past the last key it wraps: less than half a length too far goes on
-    /// from the first key; more, up to a whole length, lands on the first key.
+    /// Moves this track's cursor by `delta_time` seconds. Past the last key it wraps: less than half a length continues
+    /// from the first key; more, up to a whole length, lands on the first key. Tracks of one scene end at different
+    /// keys, so play a scene with SetTime.
     void Update(float delta_time) final;
 
-    /// Puts the cursor at a time, held between the first and the last key. Nothing changes with fewer than
-    /// two keys, for a NaN, or when no segment is found to hold the time; which one is found where times do not
-    /// ascend is not promised.
+    /// Seeks to `time` (seconds), clamped to the track's key range. Nothing changes with fewer than two keys, for a
+    /// NaN, or when no segment contains the time; with unsorted times, which segment is found is unspecified.
     void SetTime(float time) final;
 };
 
-/// The interface of all tracks of one type of value, whatever lies between their keys.
+/// The interface of all tracks of one value type, however they interpolate.
 template <typename Family, typename ValueType>
 class TrackOf : public TEV2_ANIMATABLE
 {
@@ -71,8 +68,8 @@ public:
     /// An empty track of a kind; null when no track of this family has that kind.
     static std::unique_ptr<Family> Create(std::uint32_t kind);
 
-    /// The value at the cursor. A track of one value is a constant; a track without values gives Value{}:
-    /// zeros, for rotations the identity.
+    /// The value at the cursor. A track with one value is constant; a track without values gives Value{}: zeros,
+    /// for rotations the identity.
     virtual Value GetValue() const = 0;
 };
 
@@ -131,7 +128,7 @@ public:
     /// Replaces every key k by the Hamilton product k * rotation.
     virtual TEV2_ANIMATABLE_QUATERNION& Multiply(const TEV2_QUATERNION& rotation) = 0;
 
-    /// Negates keys so that no two neighbours have a negative dot product.
+    /// Negates keys so that no two neighbours have a negative dot product; then SLERP takes the short way.
     virtual TEV2_ANIMATABLE_QUATERNION& MakeContinuous() = 0;
 };
 
@@ -139,7 +136,7 @@ class TEV2_ANIMATABLE_RECTF : public ScalableTrackOf<TEV2_ANIMATABLE_RECTF, TEV2
 {
 };
 
-/// Whole numbers change in steps; Add, Subtract, Scale and Divide leave them as they are.
+/// Whole numbers, which change in steps; Add, Subtract, Scale and Divide have no effect on them.
 class TEV2_ANIMATABLE_INT32 : public ScalableTrackOf<TEV2_ANIMATABLE_INT32, std::int32_t>
 {
 };

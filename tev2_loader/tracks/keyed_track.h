@@ -20,8 +20,8 @@ namespace TEV2_LOADER
 //     if (track->GetValue() != 3.0f)
 //         return 1;
 
-/// What all concrete tracks share: the values, their record, comparison and copy. Concrete is the final
-/// class, Family its interface, kKind its code.
+/// The values of a track, with their record, comparison and copy. Concrete is the final class, Family its interface,
+/// kKind its number in the file.
 template <typename Concrete, typename Family, std::uint32_t kKind>
 class KeyedTrack : public Family
 {
@@ -30,10 +30,10 @@ public:
 
     static constexpr std::uint32_t kType = kKind;
 
-    /// Value i belongs to time i; exactly one value is a constant.
+    /// Value i belongs to time i; a single value is a constant.
     std::vector<Value> m_values;
 
-    /// Makes room for this many keys in both arrays.
+    /// Reserves memory for this many keys.
     void Reserve(std::size_t keys)
     {
         this->m_times.reserve(keys);

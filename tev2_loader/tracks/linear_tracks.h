@@ -6,8 +6,8 @@
 namespace TEV2_LOADER
 {
 
-// Tracks of plain values, interpolated linearly and component by component. How much arithmetic a track has
-// follows its family: none, offsets, or offsets and scaling.
+// Tracks interpolated linearly, component by component. The family decides the arithmetic: none, offsets, or offsets
+// and scaling.
 
 template <typename Concrete, typename Family, std::uint32_t kKind>
 class LinearTrack : public KeyedTrack<Concrete, Family, kKind>

@@ -6,8 +6,8 @@
 namespace TEV2_LOADER
 {
 
-/// Whole numbers that hold from their key until the cursor stands exactly on the next one. Equal neighbours
-/// are kept as keys of their own.
+/// Whole numbers, each valid from its key until the cursor is exactly at the next. Equal neighbours remain separate
+/// keys.
 class TEV2_ANIMATABLE_INT32_RLE final
     : public KeyedTrack<TEV2_ANIMATABLE_INT32_RLE, TEV2_ANIMATABLE_INT32, kIntegerTrack>
 {

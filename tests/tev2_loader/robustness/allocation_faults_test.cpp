@@ -123,7 +123,7 @@ TEST(AllocationFaults, NoneInAnEvaluation)
     ASSERT_TRUE(scene.Load(cursor, false));
     EXPECT_EQ(AllocationsOfPlaying(scene), 0);
 
-    const auto play = []<typename... Tracks>(TrackList<Tracks...>)
+    const auto play = []<typename... Tracks>(TEV2_CLASSES<TEV2_ANIMATABLE, Tracks...>)
     {
         const auto play_one = [](auto track)
         {
