@@ -59,8 +59,8 @@ inline constexpr std::size_t kCheckBoxCount =
 inline constexpr std::span<const ExportOption, kCheckBoxCount> kCheckBoxes{kExportOptions, kCheckBoxCount};
 static_assert(std::ranges::is_partitioned(kExportOptions, &ExportOption::is_check_box));
 
-/// The row of that name, which must be one of the table: with any other a constant does not compile.
-constexpr const ExportOption& Option(std::string_view name)
+/// The row of that name. Other names do not compile.
+consteval const ExportOption& Option(std::string_view name)
 {
     return *std::ranges::find(kExportOptions, name,
                               [](const ExportOption& row) { return std::string_view(row.name); });

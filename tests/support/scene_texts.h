@@ -29,24 +29,10 @@ inline std::string OneJointBvh(const std::string& offset, const std::string& cha
                    motion);
 }
 
-inline constexpr const char* kTwoJoints = R"(HIERARCHY
-ROOT Hips
-{
-  OFFSET 0 0 0
-  CHANNELS 6 Xposition Yposition Zposition Zrotation Xrotation Yrotation
-  JOINT ns:Leg
-  {
-    OFFSET 1 2 3
-    CHANNELS 3 Zrotation Xrotation Yrotation
-    End Site
-    {
-      OFFSET 0 -5 0
-    }
-  }
-}
-MOTION
-Frames: 3
-Frame Time: 0.04
+inline constexpr const char* kTwoJoints =
+    R"(HIERARCHY ROOT Hips { OFFSET 0 0 0 CHANNELS 6 Xposition Yposition Zposition Zrotation Xrotation Yrotation
+JOINT ns:Leg { OFFSET 1 2 3 CHANNELS 3 Zrotation Xrotation Yrotation End Site { OFFSET 0 -5 0 } } }
+MOTION Frames: 3 Frame Time: 0.04
 0 0 0 0 0 0 0 0 0
 1 2 3 90 0 0 0 0 0
 3 2 3 90 0 0 0 90 0

@@ -14,13 +14,12 @@
 #include "host/export_run/export_run.h"
 #include "host/import/formats.h"
 
-#include <string_view>
-
 namespace tv2
 {
 
 using tev2_exporter::ExportPlan;
 using tev2_exporter::FilePlan;
+using tev2_exporter::Option;
 using TEV2_LOADER::Status;
 
 namespace
@@ -184,10 +183,11 @@ public:
                      "gives "
                      "out_<take>.tv2, a bare .tv2 gives <take>.tv2",
              .required = true},
-            ValueOption("fps", &question.rate, std::string(": ") + tev2_exporter::kRatesThatAreUnderstood),
+            ValueOption(Option("fps"), &question.rate,
+                        std::string(": ") + tev2_exporter::kRatesThatAreUnderstood),
             SceneRateOption(request.scene_rate),
-            ValueOption("start_frame", &question.start_frame),
-            ValueOption("end_frame", &question.end_frame),
+            ValueOption(Option("start_frame"), &question.start_frame),
+            ValueOption(Option("end_frame"), &question.end_frame),
             {.name = "--take",
              .value = &request.take,
              .help = "Export this take (default: the one that is current in the scene)",
@@ -242,12 +242,12 @@ public:
     }
 
 private:
-    static constexpr const tev2_exporter::ExportOption& kAllTakes = tev2_exporter::Option("all_takes");
+    static constexpr const tev2_exporter::ExportOption& kAllTakes = Option("all_takes");
 
     template <typename Value>
-    static OptionRow ValueOption(std::string_view name, Value* value, const std::string& more_help = {})
+    static OptionRow ValueOption(const tev2_exporter::ExportOption& option, Value* value,
+                                 const std::string& more_help = {})
     {
-        const tev2_exporter::ExportOption& option = tev2_exporter::Option(name);
         return {.name = CommandLineName(option),
                 .value = value,
                 .help = option.help + more_help,

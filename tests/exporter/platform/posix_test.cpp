@@ -1,4 +1,5 @@
 #include "exporter/base/text.h"
+#include "tests/support/scratch_folder.h"
 #include "exporter/platform/platform.h"
 
 #include <gtest/gtest.h>
@@ -27,7 +28,7 @@ std::chrono::sys_seconds Now()
     return std::chrono::floor<std::chrono::seconds>(std::chrono::system_clock::now());
 }
 
-/// While it lives a variable of the environment has such a value; then it is as it was.
+/// Sets a variable of the environment during its lifetime.
 class EnvironmentChange
 {
 public:
@@ -112,8 +113,8 @@ TEST(User, IsNotWhomTheEnvironmentNames)
 
 TEST(ReadOnlyMark, IsSeenAndTakenOffUnderEveryName)
 {
-    const fs::path folder = testing::TempDir() + "read_only_mark";
-    fs::create_directories(folder);
+    const tv2_tests::ScratchFolder scratch;
+    const fs::path& folder = scratch.Folder();
     for (const char* const name : {"plain.tv2", "caf\xC3\xA9.tv2", "caf\xE9.tv2"})
     {
         const fs::path file = folder / name;
@@ -132,10 +133,9 @@ TEST(ReadOnlyMark, IsSeenAndTakenOffUnderEveryName)
     for (const std::string& none : {missing, std::string(), folder.string()})
         EXPECT_FALSE(IsReadOnly(none));
     EXPECT_FALSE(fs::exists(missing));
-    fs::remove_all(folder);
 }
 
-/// A terminal of its own in the place of standard input and error.
+/// Replaces standard input and error with a terminal.
 class Terminal
 {
 public:
@@ -178,7 +178,7 @@ public:
         EXPECT_EQ(write(master_, keys.data(), keys.size()), static_cast<ssize_t>(keys.size()));
     }
 
-    /// What comes to stand on the screen, up to such an end.
+    /// What is on the screen, up to `end`.
     std::string ScreenUpTo(const std::string& end) const
     {
         std::string screen;

@@ -1,5 +1,9 @@
 #include "exporter/platform/settings_store.h"
 
+#include "tests/support/scratch_folder.h"
+
+#include <mobu_host/private_settings.h>
+
 #include <gtest/gtest.h>
 
 #include <csignal>
@@ -22,13 +26,9 @@ class SettingsStore : public testing::Test
 protected:
     void SetUp() override
     {
-        fs::remove_all(home_);
-        fs::create_directories(home_);
         Set("XDG_CONFIG_HOME", nullptr);
         Set("HOME", home_.c_str());
     }
-
-    void TearDown() override { fs::remove_all(home_); }
 
     static void Set(const char* variable, const char* value)
     {
@@ -38,8 +38,12 @@ protected:
             unsetenv(variable);
     }
 
-    const fs::path home_ = testing::TempDir() + "settings_store_" +
-                           testing::UnitTest::GetInstance()->current_test_info()->name();
+    static std::string Stored(const char* name) { return SettingsReader().Read(name).value_or("nothing"); }
+
+    const tv2_tests::ScratchFolder scratch_;
+    const fs::path home_ = scratch_.Folder();
+    const fs::path folder_ = home_ / ".config/Tev2_Exporter_MB";
+    const fs::path file_ = folder_ / "settings";
 };
 
 TEST_F(SettingsStore, LiesWhereTheSystemKeepsSettings)
@@ -51,8 +55,8 @@ TEST_F(SettingsStore, LiesWhereTheSystemKeepsSettings)
         const char* home;
         fs::path file; ///< empty: nowhere
     } cases[] = {
-        {nullptr, home_.c_str(), home_ / ".config/Tev2_Exporter_MB/settings"},
-        {"", home_.c_str(), home_ / ".config/Tev2_Exporter_MB/settings"},
+        {nullptr, home_.c_str(), file_},
+        {"", home_.c_str(), file_},
         {other.c_str(), home_.c_str(), other + "/Tev2_Exporter_MB/settings"},
         {other.c_str(), nullptr, other + "/Tev2_Exporter_MB/settings"},
         {nullptr, nullptr, {}},
@@ -72,10 +76,9 @@ TEST_F(SettingsStore, LiesWhereTheSystemKeepsSettings)
 
 TEST_F(SettingsStore, TakesLinesOfItsOwnFormAlone)
 {
-    const fs::path file = home_ / ".config/Tev2_Exporter_MB/settings";
-    fs::create_directories(file.parent_path());
-    std::ofstream(file) << "no value\na=1=2\n\nlong=" << std::string(63, 'x')
-                        << "\nlonger=" << std::string(64, 'x') << "\nb=";
+    fs::create_directories(folder_);
+    std::ofstream(file_) << "no value\na=1=2\n\nlong=" << std::string(63, 'x')
+                         << "\nlonger=" << std::string(64, 'x') << "\nb=";
     const SettingsReader reader;
     EXPECT_EQ(reader.Read("a"), "1=2");
     EXPECT_EQ(reader.Read("b"), "");
@@ -110,34 +113,50 @@ TEST_F(SettingsStore, KeepsTheOldSettingsWhenTheDiskIsFull)
     setrlimit(RLIMIT_FSIZE, &before);
     std::signal(SIGXFSZ, handler);
     EXPECT_EQ(SettingsReader().Read("old"), "1");
-    const fs::path folder = home_ / ".config/Tev2_Exporter_MB";
-    EXPECT_EQ(std::distance(fs::directory_iterator(folder), fs::directory_iterator()), 1);
+    EXPECT_EQ(std::distance(fs::directory_iterator(folder_), fs::directory_iterator()), 1);
 }
 
 // Processes share the folder, and users keep their settings elsewhere by way of a link.
 TEST_F(SettingsStore, WritesThroughLinksAndLeavesOtherFilesAlone)
 {
-    const fs::path folder = home_ / ".config/Tev2_Exporter_MB";
-    fs::create_directories(folder);
+    fs::create_directories(folder_);
     std::ofstream(home_ / "kept") << "old=1\n";
     std::ofstream(home_ / "other") << "other";
-    fs::create_symlink(home_ / "kept", folder / "settings");
-    fs::create_symlink(home_ / "other", folder / "settings.new");
+    fs::create_symlink(home_ / "kept", file_);
+    fs::create_symlink(home_ / "other", folder_ / "settings.new");
     SettingsWriter().Write("a", "1");
-    EXPECT_TRUE(fs::is_symlink(folder / "settings"));
+    EXPECT_TRUE(fs::is_symlink(file_));
     EXPECT_EQ(fs::file_size(home_ / "kept"), 4u);
     EXPECT_EQ(fs::file_size(home_ / "other"), 5u);
     EXPECT_EQ(SettingsReader().Read("a"), "1");
 }
 
+TEST_F(SettingsStore, IsHiddenByPrivateSettingsWhichKeepNothing)
+{
+    for (const bool variable_set : {true, false})
+    {
+        Set("XDG_CONFIG_HOME", variable_set ? (home_ / "config").c_str() : nullptr);
+        SettingsWriter().Write("name", "of the user");
+        {
+            std::string error;
+            const auto aside = mobu_host::PrivateSettings::Make(error);
+            ASSERT_TRUE(aside) << error;
+            EXPECT_EQ(Stored("name"), "nothing");
+            SettingsWriter().Write("name", "of the run");
+            EXPECT_EQ(Stored("name"), "nothing");
+        }
+        EXPECT_EQ(Stored("name"), "of the user");
+        EXPECT_EQ(std::getenv("XDG_CONFIG_HOME") != nullptr, variable_set);
+    }
+}
+
 TEST_F(SettingsStore, DoesNotWaitForAPipe)
 {
-    const fs::path folder = home_ / ".config/Tev2_Exporter_MB";
-    fs::create_directories(folder);
-    ASSERT_EQ(mkfifo((folder / "settings").c_str(), 0600), 0);
+    fs::create_directories(folder_);
+    ASSERT_EQ(mkfifo((file_).c_str(), 0600), 0);
     EXPECT_EQ(SettingsReader().Read("a"), std::nullopt);
     SettingsWriter().Write("a", "1");
-    EXPECT_TRUE(fs::is_fifo(folder / "settings"));
+    EXPECT_TRUE(fs::is_fifo(file_));
 }
 
 } // namespace

@@ -25,24 +25,9 @@ LYING_EXPORTER = os.environ["TV2_LYING_EXPORTER"]
 ROBOT = os.path.join(os.environ["TV2_SAMPLES_DIR"], "robot_14_takes.glb")
 WALK_CAMERAS = os.path.join(os.environ["TV2_SAMPLES_DIR"], "mocap_walk_cameras.fbx")
 
-WALK = """HIERARCHY
-ROOT Hips
-{
-  OFFSET 0 0 0
-  CHANNELS 6 Xposition Yposition Zposition Zrotation Xrotation Yrotation
-  JOINT ns:Leg
-  {
-    OFFSET 1 2 3
-    CHANNELS 3 Zrotation Xrotation Yrotation
-    End Site
-    {
-      OFFSET 0 -5 0
-    }
-  }
-}
-MOTION
-Frames: 3
-Frame Time: 0.04
+WALK = """HIERARCHY ROOT Hips { OFFSET 0 0 0 CHANNELS 6 Xposition Yposition Zposition Zrotation Xrotation Yrotation
+JOINT ns:Leg { OFFSET 1 2 3 CHANNELS 3 Zrotation Xrotation Yrotation End Site { OFFSET 0 -5 0 } } }
+MOTION Frames: 3 Frame Time: 0.04
 0 0 0 0 0 0 0 0 0
 1 2 3 90 0 0 0 0 0
 3 2 3 90 0 0 0 90 0

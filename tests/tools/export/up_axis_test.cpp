@@ -17,43 +17,13 @@ namespace
 using namespace TEV2_LOADER;
 
 // Two joints with another joint one metre above each; the hips turn about the vertical and walk.
-constexpr const char* kWalk = R"(HIERARCHY
-ROOT Hips
-{
-  OFFSET 0 0 0
-  CHANNELS 6 Xposition Yposition Zposition Yrotation Xrotation Zrotation
-  JOINT Left
-  {
-    OFFSET 10 0 0
-    CHANNELS 3 Yrotation Xrotation Zrotation
-    JOINT LeftTop
-    {
-      OFFSET 0 100 0
-      CHANNELS 3 Yrotation Xrotation Zrotation
-      End Site
-      {
-        OFFSET 0 10 0
-      }
-    }
-  }
-  JOINT Right
-  {
-    OFFSET -10 0 0
-    CHANNELS 3 Yrotation Xrotation Zrotation
-    JOINT RightTop
-    {
-      OFFSET 0 100 0
-      CHANNELS 3 Yrotation Xrotation Zrotation
-      End Site
-      {
-        OFFSET 0 10 0
-      }
-    }
-  }
-}
-MOTION
-Frames: 3
-Frame Time: 0.04
+constexpr const char* kWalk =
+    R"(HIERARCHY ROOT Hips { OFFSET 0 0 0 CHANNELS 6 Xposition Yposition Zposition Yrotation Xrotation Zrotation
+JOINT Left { OFFSET 10 0 0 CHANNELS 3 Yrotation Xrotation Zrotation
+JOINT LeftTop { OFFSET 0 100 0 CHANNELS 3 Yrotation Xrotation Zrotation End Site { OFFSET 0 10 0 } } }
+JOINT Right { OFFSET -10 0 0 CHANNELS 3 Yrotation Xrotation Zrotation
+JOINT RightTop { OFFSET 0 100 0 CHANNELS 3 Yrotation Xrotation Zrotation End Site { OFFSET 0 10 0 } } } }
+MOTION Frames: 3 Frame Time: 0.04
 0 90 0 0 0 0 0 0 0 0 0 0 0 0 0 0 0 0
 5 95 3 40 0 0 0 0 0 0 0 0 0 0 0 0 0 0
 9 90 7 80 0 0 20 0 0 0 0 0 0 0 0 0 0 0
