@@ -17,8 +17,8 @@ namespace regions = tev2_exporter::regions;
 
 using tev2_exporter::ScriptEntry;
 
-/// The dialog's buttons and their states for a call. States are assigned, not clicked: a click has no effect on a button
-/// that the dialog disables, such as those for several takes in a scene with one take.
+/// The dialog's buttons and their states for a call. States are assigned, not clicked: a click has no effect on a
+/// button that the dialog disables, such as those for several takes in a scene with one take.
 std::vector<std::pair<const char*, bool>> ButtonsOf(const ExportCall& call)
 {
     std::vector<std::pair<const char*, bool>> buttons = {
