@@ -5,6 +5,58 @@
 namespace TEV2_LOADER
 {
 
+namespace
+{
+
+constexpr TEV2_LOAD_CODE_ROW kLoadCodes[] = {
+    {TEV2_LOAD_CODE::EmptyImage, "empty-image", TEV2_LOAD_SEVERITY::Error, "The file has no byte at all."},
+    {TEV2_LOAD_CODE::ImageTooLarge, "image-too-large", TEV2_LOAD_SEVERITY::Error,
+     "The file is larger than the format can be."},
+    {TEV2_LOAD_CODE::BadMagic, "bad-magic", TEV2_LOAD_SEVERITY::Error,
+     "The file does not begin with 01 32 56 54: no scene file, or (with zeros there) one whose save was cut "
+     "short."},
+    {TEV2_LOAD_CODE::TruncatedChunkHeader, "truncated-chunk-header", TEV2_LOAD_SEVERITY::Error,
+     "Fewer than 8 bytes are left where the next chunk should begin."},
+    {TEV2_LOAD_CODE::BadChunkSize, "bad-chunk-size", TEV2_LOAD_SEVERITY::Error,
+     "A chunk size is below 8 or reaches beyond the end of the file."},
+    {TEV2_LOAD_CODE::ChunkTooSmall, "chunk-too-small", TEV2_LOAD_SEVERITY::Error,
+     "A chunk ends before the type or list index that its kind has."},
+    {TEV2_LOAD_CODE::UnsupportedVersion, "unsupported-version", TEV2_LOAD_SEVERITY::Error,
+     "The file is of a version newer than 1.16."},
+    {TEV2_LOAD_CODE::BadInstanceList, "bad-instance-list", TEV2_LOAD_SEVERITY::Error,
+     "An instance names a list beyond 9."},
+    {TEV2_LOAD_CODE::UnknownTrackKind, "unknown-track-kind", TEV2_LOAD_SEVERITY::Error,
+     "A track is of a kind that its place does not take."},
+    {TEV2_LOAD_CODE::UnknownEffectType, "unknown-effect-type", TEV2_LOAD_SEVERITY::Error,
+     "A camera effect is of a type that there is not."},
+    {TEV2_LOAD_CODE::EnvironmentMapUnsupported, "environment-map-unsupported", TEV2_LOAD_SEVERITY::Error,
+     "The environment has a material map, which cannot be read yet."},
+    {TEV2_LOAD_CODE::CountExceedsFile, "count-exceeds-file", TEV2_LOAD_SEVERITY::Error,
+     "A count is larger than the rest of the file can hold elements."},
+    {TEV2_LOAD_CODE::RecordOverrun, "record-overrun", TEV2_LOAD_SEVERITY::Error,
+     "A record goes on where the file has ended."},
+    {TEV2_LOAD_CODE::LimitExceeded, "limit-exceeded", TEV2_LOAD_SEVERITY::Error,
+     "The file holds more than the limits that the program has set for it."},
+    {TEV2_LOAD_CODE::RecordEndsBeforeChunk, "record-ends-before-chunk", TEV2_LOAD_SEVERITY::Warning,
+     "A record ends before its chunk does; reading went on at the end of the record."},
+    {TEV2_LOAD_CODE::RecordEndsAfterChunk, "record-ends-after-chunk", TEV2_LOAD_SEVERITY::Warning,
+     "A record ends after its chunk; reading went on at the end of the record."},
+    {TEV2_LOAD_CODE::UnknownChunk, "unknown-chunk", TEV2_LOAD_SEVERITY::Warning,
+     "A chunk has an id that the format does not know; it is skipped, and lost when the scene is saved."},
+    {TEV2_LOAD_CODE::StringClamped, "string-clamped", TEV2_LOAD_SEVERITY::Warning,
+     "A string is longer than the rest of the file; its end is lost."},
+    {TEV2_LOAD_CODE::ParentOutside, "parent-outside", TEV2_LOAD_SEVERITY::Warning,
+     "A node's parent index is beyond the nodes."},
+    {TEV2_LOAD_CODE::UnparsedOtherVersion, "unparsed-other-version", TEV2_LOAD_SEVERITY::Warning,
+     "A body that is kept as bytes comes from another version than the one it would be saved under."},
+    {TEV2_LOAD_CODE::InstanceListNeverSaved, "instance-list-never-saved", TEV2_LOAD_SEVERITY::Warning,
+     "An instance stands in list 7 or 9, which are lost when the scene is saved."},
+    {TEV2_LOAD_CODE::MoreWarnings, "more-warnings", TEV2_LOAD_SEVERITY::Warning,
+     "The loader met more warnings than it keeps."},
+};
+
+} // namespace
+
 std::string NumberText(float number)
 {
     char text[32];
@@ -19,54 +71,17 @@ std::string FindingText(const TEV2_LOAD_FINDING& finding)
     return text + ": expected " + finding.expected + ", found " + finding.found;
 }
 
+std::span<const TEV2_LOAD_CODE_ROW> LoadCodes()
+{
+    return kLoadCodes;
+}
+
 const char* CodeName(TEV2_LOAD_CODE code)
 {
-    switch (code)
+    for (const TEV2_LOAD_CODE_ROW& row : kLoadCodes)
     {
-    case TEV2_LOAD_CODE::EmptyImage:
-        return "empty-image";
-    case TEV2_LOAD_CODE::ImageTooLarge:
-        return "image-too-large";
-    case TEV2_LOAD_CODE::BadMagic:
-        return "bad-magic";
-    case TEV2_LOAD_CODE::TruncatedChunkHeader:
-        return "truncated-chunk-header";
-    case TEV2_LOAD_CODE::BadChunkSize:
-        return "bad-chunk-size";
-    case TEV2_LOAD_CODE::ChunkTooSmall:
-        return "chunk-too-small";
-    case TEV2_LOAD_CODE::UnsupportedVersion:
-        return "unsupported-version";
-    case TEV2_LOAD_CODE::BadInstanceList:
-        return "bad-instance-list";
-    case TEV2_LOAD_CODE::UnknownTrackKind:
-        return "unknown-track-kind";
-    case TEV2_LOAD_CODE::UnknownEffectType:
-        return "unknown-effect-type";
-    case TEV2_LOAD_CODE::EnvironmentMapUnsupported:
-        return "environment-map-unsupported";
-    case TEV2_LOAD_CODE::CountExceedsFile:
-        return "count-exceeds-file";
-    case TEV2_LOAD_CODE::RecordOverrun:
-        return "record-overrun";
-    case TEV2_LOAD_CODE::LimitExceeded:
-        return "limit-exceeded";
-    case TEV2_LOAD_CODE::RecordEndsBeforeChunk:
-        return "record-ends-before-chunk";
-    case TEV2_LOAD_CODE::RecordEndsAfterChunk:
-        return "record-ends-after-chunk";
-    case TEV2_LOAD_CODE::UnknownChunk:
-        return "unknown-chunk";
-    case TEV2_LOAD_CODE::StringClamped:
-        return "string-clamped";
-    case TEV2_LOAD_CODE::ParentOutside:
-        return "parent-outside";
-    case TEV2_LOAD_CODE::UnparsedOtherVersion:
-        return "unparsed-other-version";
-    case TEV2_LOAD_CODE::InstanceListNeverSaved:
-        return "instance-list-never-saved";
-    case TEV2_LOAD_CODE::MoreWarnings:
-        return "more-warnings";
+        if (row.code == code)
+            return row.name;
     }
     return "unknown";
 }

@@ -4,6 +4,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -43,14 +44,25 @@ enum class TEV2_LOAD_CODE
 /// The shortest text that reads back as this number.
 std::string NumberText(float number);
 
-/// The stable text of a code: "bad-magic", "record-overrun" and so on.
-const char* CodeName(TEV2_LOAD_CODE code);
-
 enum class TEV2_LOAD_SEVERITY
 {
     Error,
     Warning
 };
+
+struct TEV2_LOAD_CODE_ROW
+{
+    TEV2_LOAD_CODE code;
+    const char* name; ///< stable: "bad-magic"
+    TEV2_LOAD_SEVERITY severity;
+    const char* sentence; ///< what it means
+};
+
+/// All codes, in the order of the enum.
+std::span<const TEV2_LOAD_CODE_ROW> LoadCodes();
+
+/// The stable text of a code: "bad-magic", "record-overrun" and so on.
+const char* CodeName(TEV2_LOAD_CODE code);
 
 struct TEV2_LOAD_FINDING
 {

@@ -8,57 +8,10 @@
 namespace tv2
 {
 
-using TEV2_LOADER::CodeName;
-using TEV2_LOADER::TEV2_LOAD_CODE;
+using namespace TEV2_LOADER;
 
 namespace
 {
-
-struct LoaderCode
-{
-    TEV2_LOAD_CODE code;
-    Severity severity;
-    std::string_view sentence;
-};
-
-constexpr LoaderCode kLoaderCodes[] = {
-    {TEV2_LOAD_CODE::EmptyImage, Severity::Error, "The file has no byte at all."},
-    {TEV2_LOAD_CODE::ImageTooLarge, Severity::Error, "The file is larger than the format can be."},
-    {TEV2_LOAD_CODE::BadMagic, Severity::Error,
-     "The file does not begin with 01 32 56 54: no scene file, or (with zeros there) one whose save was cut "
-     "short."},
-    {TEV2_LOAD_CODE::TruncatedChunkHeader, Severity::Error,
-     "Fewer than 8 bytes are left where the next chunk should begin."},
-    {TEV2_LOAD_CODE::BadChunkSize, Severity::Error,
-     "A chunk size is below 8 or reaches beyond the end of the file."},
-    {TEV2_LOAD_CODE::ChunkTooSmall, Severity::Error,
-     "A chunk ends before the type or list index that its kind has."},
-    {TEV2_LOAD_CODE::UnsupportedVersion, Severity::Error, "The file is of a version newer than 1.16."},
-    {TEV2_LOAD_CODE::BadInstanceList, Severity::Error, "An instance names a list beyond 9."},
-    {TEV2_LOAD_CODE::UnknownTrackKind, Severity::Error, "A track is of a kind that its place does not take."},
-    {TEV2_LOAD_CODE::UnknownEffectType, Severity::Error, "A camera effect is of a type that there is not."},
-    {TEV2_LOAD_CODE::EnvironmentMapUnsupported, Severity::Error,
-     "The environment has a material map, which cannot be read yet."},
-    {TEV2_LOAD_CODE::CountExceedsFile, Severity::Error,
-     "A count is larger than the rest of the file can hold elements."},
-    {TEV2_LOAD_CODE::RecordOverrun, Severity::Error, "A record goes on where the file has ended."},
-    {TEV2_LOAD_CODE::LimitExceeded, Severity::Error,
-     "The file holds more than the limits that the program has set for it."},
-    {TEV2_LOAD_CODE::RecordEndsBeforeChunk, Severity::Warning,
-     "A record ends before its chunk does; reading went on at the end of the record."},
-    {TEV2_LOAD_CODE::RecordEndsAfterChunk, Severity::Warning,
-     "A record ends after its chunk; reading went on at the end of the record."},
-    {TEV2_LOAD_CODE::UnknownChunk, Severity::Warning,
-     "A chunk has an id that the format does not know; it is skipped, and lost when the scene is saved."},
-    {TEV2_LOAD_CODE::StringClamped, Severity::Warning,
-     "A string is longer than the rest of the file; its end is lost."},
-    {TEV2_LOAD_CODE::ParentOutside, Severity::Warning, "A node's parent index is beyond the nodes."},
-    {TEV2_LOAD_CODE::UnparsedOtherVersion, Severity::Warning,
-     "A body that is kept as bytes comes from another version than the one it would be saved under."},
-    {TEV2_LOAD_CODE::InstanceListNeverSaved, Severity::Warning,
-     "An instance stands in list 7 or 9, which are lost when the scene is saved."},
-    {TEV2_LOAD_CODE::MoreWarnings, Severity::Warning, "The loader met more warnings than it keeps."},
-};
 
 /// What loads but looks wrong.
 constexpr CheckCode kLintCodes[] = {
@@ -112,9 +65,10 @@ std::span<const CheckCode> CheckCodes()
     static const std::vector<CheckCode> codes = []
     {
         std::vector<CheckCode> all;
-        for (const LoaderCode& loader : kLoaderCodes)
+        for (const TEV2_LOAD_CODE_ROW& row : LoadCodes())
         {
-            all.push_back({CodeName(loader.code), loader.severity, loader.sentence});
+            const bool error = row.severity == TEV2_LOAD_SEVERITY::Error;
+            all.push_back({row.name, error ? Severity::Error : Severity::Warning, row.sentence});
         }
         all.insert(all.end(), std::begin(kLintCodes), std::end(kLintCodes));
         return all;
