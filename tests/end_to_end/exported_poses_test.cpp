@@ -1,5 +1,4 @@
-// Exports real scenes through the plug-in and compares the pose in the file with that of the scene, at every sample. The
-// file is read through the format library alone.
+// Exports real scenes through the plug-in and compares the pose in the file with that of the scene, at every sample.
 
 #include "tests/end_to_end/opened_scene.h"
 

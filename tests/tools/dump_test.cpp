@@ -81,9 +81,9 @@ TEST_F(DumpTest, FloatsAreAsShortAsTheyCanBe)
                 {"minimum: 0.1\n", "maximum: 16777216.0\n", "version: 1.16\n"});
 }
 
-TEST_F(DumpTest, JsonHoldsEveryRecordOfAScene)
+/// The sound scene with every kind of record that dump writes in its own way.
+void FillDumpedScene(TEV2& scene)
 {
-    TEV2 scene;
     FillSoundScene(scene);
     scene.environment.environmentColour =
         MakeTrack<TEV2_ANIMATABLE_COLOUR_LINEAR>({{0.0f, {0.1f, 0.2f, 0.3f, 0.4f}}});
@@ -105,53 +105,60 @@ TEST_F(DumpTest, JsonHoldsEveryRecordOfAScene)
     scene.helpers[0]->body.bytes = {0xBE, 0xEF};
     scene.instanceLists[4].push_back(TEV2_INSTANCE::Create(18));
     scene.instanceLists[4][0]->body.bytes = {0x42};
+}
 
+/// What dump says of it, by JSON pointer.
+const std::vector<std::pair<std::string, nlohmann::json>> kDumped = {
+    {"/information/creatorText", "MotionBuilder v17.00  Tev2 Exporter v1.14"},
+    {"/information/infoText", "USERNAME:\tann\r\nFBX_FILE:\twalk.bvh\r\n"},
+    {"/arrayLengths/1", 1},
+    {"/arrayLengths/7", 1},
+    {"/environment/timeRange/maximum", 1.0},
+    {"/environment/environmentColour/m_values/0/3", 0.4},
+    {"/environment/reserved", "01020304050607ff"},
+    {"/ambientLight/body", "dead"},
+    {"/globalLightTint", nullptr},
+    {"/lights/0/type", 2},
+    {"/lights/0/body", "01"},
+    {"/helpers/0/body", "beef"},
+    {"/instanceLists/4/0/chunkId", 18},
+    {"/instanceLists/4/0/body", "42"},
+    {"/instanceLists/3", nlohmann::json::array()},
+    {"/cameraMan/cameraIndex/class", "TEV2_ANIMATABLE_INT32_RLE"},
+    {"/cameraMan/cameraIndex/m_values", {0, -1, 0}},
+    {"/cameras/0/value", 2},
+    {"/cameras/0/inverseAspect", 0.75},
+    {"/cameras/0/bounds/m_values/0", {-1.0, -2.0, -3.0, 1.0, 2.0, 3.0}},
+    {"/cameras/0/secondaryRange", nullptr},
+    {"/cameras/0/clipRange/m_values/2", {0.1, 40.0}},
+    {"/cameras/0/effects/0/shutterTime/m_values/0", 0.02},
+    {"/cameras/0/effects/1", nullptr},
+    {"/matrixHierarchy/nodes/0/parentIndex", -1},
+    {"/matrixHierarchy/nodes/1/translation/m_times", {0.0, 0.5, 1.0}},
+    {"/matrixHierarchy/nodes/1/translation/m_values/1", {1.0, 1.0, 0.0}},
+    {"/matrixHierarchy/nodes/1/rotation/kind", 6},
+    {"/matrixHierarchy/nodes/1/rotation/m_values/1", {0.0, 0.0, 0.6, 0.8}},
+    {"/matrixHierarchy/nodes/1/properties/stringArrays/0/strings", {"Low", "High"}},
+    {"/matrixHierarchy/nodes/1/properties/intValues/0/track/m_values", {1, -7}},
+    {"/matrixHierarchy/nodes/1/properties/floatValues/0/name", "Blend"},
+    {"/matrixHierarchy/nodes/1/properties/vector3Values/0/track/m_values/0", {1.0, 2.0, 3.0}},
+    {"/matrixHierarchy/nodes/1/properties/vector4Values/0/track/m_values/0", {1.0, 0.5, 0.0, 1.0}},
+    {"/matrixHierarchy/nodes/2/scale/m_values/0", {2.0, 3.0, 4.0}},
+    {"/matrixHierarchy/nodes/2/userText", "kept"},
+};
+
+TEST_F(DumpTest, JsonHoldsEveryRecordOfAScene)
+{
+    TEV2 scene;
+    FillDumpedScene(scene);
     const auto json = DumpJson(scene);
-    const std::vector<std::pair<std::string, nlohmann::json>> expected = {
-        {"/information/creatorText", "MotionBuilder v17.00  Tev2 Exporter v1.14"},
-        {"/information/infoText", "USERNAME:\tann\r\nFBX_FILE:\twalk.bvh\r\n"},
-        {"/arrayLengths/1", 1},
-        {"/arrayLengths/7", 1},
-        {"/environment/timeRange/maximum", 1.0},
-        {"/environment/environmentColour/m_values/0/3", 0.4},
-        {"/environment/reserved", "01020304050607ff"},
-        {"/ambientLight/body", "dead"},
-        {"/globalLightTint", nullptr},
-        {"/lights/0/type", 2},
-        {"/lights/0/body", "01"},
-        {"/helpers/0/body", "beef"},
-        {"/instanceLists/4/0/chunkId", 18},
-        {"/instanceLists/4/0/body", "42"},
-        {"/instanceLists/3", nlohmann::json::array()},
-        {"/cameraMan/cameraIndex/class", "TEV2_ANIMATABLE_INT32_RLE"},
-        {"/cameraMan/cameraIndex/m_values", {0, -1, 0}},
-        {"/cameras/0/value", 2},
-        {"/cameras/0/inverseAspect", 0.75},
-        {"/cameras/0/bounds/m_values/0", {-1.0, -2.0, -3.0, 1.0, 2.0, 3.0}},
-        {"/cameras/0/secondaryRange", nullptr},
-        {"/cameras/0/clipRange/m_values/2", {0.1, 40.0}},
-        {"/cameras/0/effects/0/shutterTime/m_values/0", 0.02},
-        {"/cameras/0/effects/1", nullptr},
-        {"/matrixHierarchy/nodes/0/parentIndex", -1},
-        {"/matrixHierarchy/nodes/1/translation/m_times", {0.0, 0.5, 1.0}},
-        {"/matrixHierarchy/nodes/1/translation/m_values/1", {1.0, 1.0, 0.0}},
-        {"/matrixHierarchy/nodes/1/rotation/kind", 6},
-        {"/matrixHierarchy/nodes/1/rotation/m_values/1", {0.0, 0.0, 0.6, 0.8}},
-        {"/matrixHierarchy/nodes/1/properties/stringArrays/0/strings", {"Low", "High"}},
-        {"/matrixHierarchy/nodes/1/properties/intValues/0/track/m_values", {1, -7}},
-        {"/matrixHierarchy/nodes/1/properties/floatValues/0/name", "Blend"},
-        {"/matrixHierarchy/nodes/1/properties/vector3Values/0/track/m_values/0", {1.0, 2.0, 3.0}},
-        {"/matrixHierarchy/nodes/1/properties/vector4Values/0/track/m_values/0", {1.0, 0.5, 0.0, 1.0}},
-        {"/matrixHierarchy/nodes/2/scale/m_values/0", {2.0, 3.0, 4.0}},
-        {"/matrixHierarchy/nodes/2/userText", "kept"},
-    };
-    for (const auto& [pointer, value] : expected)
+    for (const auto& [pointer, value] : kDumped)
     {
         const nlohmann::json::json_pointer at(pointer);
         ASSERT_TRUE(json.contains(at)) << pointer;
         EXPECT_EQ(json[at], value) << pointer;
     }
-    // the chunks tile the file behind the magic
+    // the chunks follow the magic without gaps
     std::size_t offset = 4;
     for (const auto& chunk : json["chunks"])
     {

@@ -18,7 +18,7 @@ namespace tv2
 namespace
 {
 
-/// How many findings of one code the text shows of a file.
+/// Findings of one code that are printed per file unless --all is given.
 constexpr std::size_t kMostOfOneCode = 5;
 
 void PrintCodes(VerbContext& context)
@@ -100,11 +100,11 @@ Json ToJson(const Finding& finding)
     return json;
 }
 
-/// The findings of one code, of which the text shows the first few.
+/// The findings of one code beyond those that are printed.
 struct Rest
 {
     std::size_t found = 0;
-    std::vector<std::string> names; ///< of the nodes and cameras of those that are not shown
+    std::vector<std::string> names; ///< of the nodes and cameras of those that are not printed
 };
 
 void PrintFile(const LoadedFile& file, const std::vector<Finding>& findings, const std::string& counts,

@@ -97,7 +97,7 @@ std::string FooterOf(const VerbRow& row)
     return footer + (row.remarks.empty() ? "" : "\n") + std::string(row.remarks);
 }
 
-/// Declares the options of a verb, and makes it: their values are in it.
+/// Makes a verb and declares its options, which set its members.
 std::unique_ptr<Verb> DeclareOptions(CLI::App& command, const VerbRow& row, VerbContext& context)
 {
     std::unique_ptr<Verb> verb = row.make();
@@ -137,7 +137,7 @@ std::vector<std::string> OptionsOf(const CLI::App& command)
     return names;
 }
 
-/// The verbs of the program; those of the host as well unless the first argument is a verb already.
+/// The verbs of the program and, unless the first argument is one of them, those of the host.
 std::vector<VerbRow> VerbsFor(int argc, char** argv)
 {
     std::vector<VerbRow> rows = Verbs();
@@ -177,7 +177,7 @@ std::string UnknownCommand(const std::vector<VerbRow>& rows, int argc, char** ar
     return "there is no command \"" + first + '"' + DidYouMean(first, names);
 }
 
-/// What the parser complains of, in its words or better ones.
+/// The parser's message, or a clearer one.
 std::string Complaint(const CLI::App& command, const CLI::ParseError& error)
 {
     const std::vector<std::string> unexpected = command.remaining();
@@ -196,7 +196,8 @@ std::string Complaint(const CLI::App& command, const CLI::ParseError& error)
     return "there is no option " + name + DidYouMean(name, OptionsOf(command));
 }
 
-/// Why an option's value is missing, as in `--fps=`: the parser would take the next argument for it. Empty when none is.
+/// The error for an option without its value, as in `--fps=`, where the parser would use the next argument. Empty when
+/// there is none.
 std::string MissingValue(const CLI::App& app, int argc, char** argv)
 {
     const std::vector<const CLI::App*> commands =
@@ -222,7 +223,7 @@ bool WantsJson(int argc, char** argv)
                        [](const char* argument) { return std::string_view(argument) == "--json"; });
 }
 
-/// Bad usage. `caller` is "tv2" or "tv2 info".
+/// Reports bad usage. `caller` is "tv2" or "tv2 info".
 int Refuse(const std::string& caller, const std::string& why, int argc, char** argv)
 {
     std::cerr << caller << ": " << Printable(why) << "\nRun with --help for more information.\n";
@@ -233,7 +234,7 @@ int Refuse(const std::string& caller, const std::string& why, int argc, char** a
     return kExitCouldNotRun;
 }
 
-/// The exit code of a run whose output was not taken. What it wrote to files is whole all the same.
+/// The exit code of a run that could not print its output. Files that it wrote are complete.
 int OutputWasLost(bool files_were_written)
 {
     std::cerr << "tv2: the output could not be written"

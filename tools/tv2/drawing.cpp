@@ -24,13 +24,13 @@ constexpr double kBetweenLines = 28.0; // at least
 constexpr double kCameraDepth = 22.0;
 constexpr double kAxisLength = 8.0;
 
-/// How far from the skeletons cameras and props may be, in sizes of the skeletons' box.
+/// Largest distance of cameras and props from the skeletons, in sizes of the skeletons' box.
 constexpr double kReach = 0.75;
 
-/// How much larger a single figure is.
+/// Scale of a single figure.
 constexpr double kSingleFigure = 2.0;
 
-/// Lines are drawn where neighbouring ones differ in single precision.
+/// Farthest line at which neighbouring lines still differ in single precision.
 constexpr double kFarthestLine = 1.0e6; // steps
 
 constexpr const char* kAxisColours[] = {"#c0392b", "#3f8f3f", "#3a66b7"};
@@ -72,7 +72,7 @@ void VisitMarks(const std::vector<Figure>& figures, Visit visit)
     }
 }
 
-/// All skeletons, and what is near them all the time; everything where there is no skeleton.
+/// All skeletons and everything that stays near them; everything when there is no skeleton.
 Frame FrameOf(const std::vector<Figure>& figures)
 {
     Frame frame;
@@ -109,8 +109,8 @@ Frame FrameOf(const std::vector<Figure>& figures)
     return frame;
 }
 
-/// How far props and cameras reach from their origins, to the side or up and down, in pixels. The wider a camera's angle
-/// the farther the corners of its picture are.
+/// Largest horizontal or vertical extent of props and cameras from their origins, in pixels. It grows with a camera's
+/// angle.
 double ReachOfMarks(const std::vector<Figure>& figures, const Frame& frame, double camera_depth)
 {
     double reach = 0.0;
@@ -145,7 +145,7 @@ public:
     Sheet(const std::vector<Figure>& figures, const Frame& frame)
         : figures_(figures), frame_(frame), box_(frame.box)
     {
-        // One place has no size: a metre around it.
+        // A single place has no size: show a metre around it.
         const double largest = std::max(
             {std::abs(box_.least.x), std::abs(box_.most.x), std::abs(box_.least.y), std::abs(box_.most.y)});
         if (std::max(box_.Width(), box_.Height()) <= largest * 1e-6)
@@ -293,14 +293,14 @@ private:
     const std::vector<Figure>& figures_;
     const Frame& frame_;
     PaperBox box_;
-    double scale_ = 1.0; // pixels a metre
+    double scale_ = 1.0; // pixels per metre
     double margin_ = 0.0;
     double camera_depth_ = 0.0; // of the picture in front of a camera
     double cell_width_ = 0.0;
     double cell_height_ = 0.0;
     std::size_t columns_ = 1;
     std::size_t rows_ = 1;
-    double left_ = 0.0;   // of the present cell's figure
+    double left_ = 0.0;   // of the current cell's figure
     double ground_ = 0.0; // its lower edge
     std::ostringstream svg_;
 };

@@ -15,8 +15,8 @@ struct Drawing
     std::size_t left_out = 0; ///< cameras and props that are too far from the skeletons to be in the picture
 };
 
-/// Figures in cells side by side, all in one scale, over lines that are labelled in metres. Cameras and props have one
-/// size on paper whatever the scale.
+/// Draws figures in cells side by side, in one scale, over lines labelled in metres. Cameras and props have one size on
+/// paper at every scale.
 Drawing DrawFigures(const std::vector<Figure>& figures);
 
 } // namespace tv2

@@ -9,8 +9,8 @@
 namespace tv2
 {
 
-/// Reads the files one after the other. `examine` prints what it finds or, with --json, returns an entry of "files"; one
-/// for a file that cannot be read is made here.
+/// Reads the files in order and calls `examine` for each that can be read. It prints text or, with --json, returns an
+/// entry of "files".
 void AnswerForEachFile(const std::vector<std::string>& files, VerbContext& context,
                        const std::function<Json(LoadedFile& file)>& examine);
 

@@ -14,7 +14,7 @@ namespace
 
 constexpr std::chrono::milliseconds kBetweenDrawings{100};
 
-/// What is left is not told before this many seconds and this part of the work.
+/// The remaining time is shown after this many seconds and this part of the work.
 constexpr double kBeforeEstimate = 1.0;
 constexpr double kLeastPartToEstimate = 0.02;
 
@@ -61,7 +61,7 @@ void ExportWatch::OnGoto(double seconds, FBTake* take)
     }
     if (found->second != file_)
     {
-        // After the last file the player goes back to where it was: a take that has had its turn is left alone.
+        // After the last file the player goes back to where it was: a finished take does not start again.
         if (begun_[found->second])
         {
             return;
@@ -102,7 +102,7 @@ void ExportWatch::Draw(double seconds)
     {
         text.seconds_left = elapsed / whole - elapsed;
     }
-    // The last column stays free: some terminals go on to the next line when it is filled.
+    // The last column stays free: some terminals wrap when it is filled.
     *terminal_ << "\r\x1b[K" << ProgressLine(text, columns_ - 1) << std::flush;
     drawn_ = true;
 }

@@ -20,8 +20,7 @@ class SceneObserver;
 namespace tv2
 {
 
-/// Watches the player of the host while an export runs: how long each take needs, and, where there is a terminal, a
-/// line that shows how far it is.
+/// Follows the host's player during an export: measures the time per take and, on a terminal, shows a progress line.
 class ExportWatch
 {
 public:
@@ -32,7 +31,7 @@ public:
                 std::size_t columns = 80);
     ~ExportWatch();
 
-    /// The export has returned: takes the line away and stops the clock.
+    /// Call when the export has returned: removes the line and stops the clock.
     void Finish();
 
     /// Seconds that a file of the plan took; 0 for one whose take was never sampled.

@@ -14,7 +14,7 @@ namespace
 
 void Include(Extents& extents, const TEV2_MATRIX_3X4& matrix)
 {
-    // adding zero takes the sign of a negative one
+    // adding zero turns -0 into 0
     const std::array<float, 3> origin = {matrix.m[0][3] + 0.0F, matrix.m[1][3] + 0.0F, matrix.m[2][3] + 0.0F};
     if (!std::all_of(origin.begin(), origin.end(), [](float component) { return std::isfinite(component); }))
     {
@@ -42,7 +42,7 @@ void SortUnique(std::vector<float>& times)
 std::vector<float> KeyTimes(const TEV2_MATRIX_HIERARCHY& hierarchy)
 {
     std::vector<float> times;
-    std::size_t limit = 1 << 20; // of a list that still has repetitions
+    std::size_t limit = 1 << 20; // of a list that still has duplicates
     const auto add = [&](const TEV2_ANIMATABLE* track)
     {
         if (track == nullptr)

@@ -9,7 +9,7 @@
 namespace tv2
 {
 
-/// The room that a skeleton takes: the bounding box of its nodes' origins over time.
+/// The bounding box of all nodes' origins over time.
 struct Extents
 {
     std::array<float, 3> minimum{};

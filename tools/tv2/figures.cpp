@@ -12,8 +12,8 @@ using namespace TEV2_LOADER;
 namespace
 {
 
-constexpr double kWidestHalf = 1.5; // of a picture at distance 1: wider ones are drawn as wide as that
-constexpr double kUsualHalf = 0.36; // of a camera that does not say: 40 degrees
+constexpr double kWidestHalf = 1.5; // of a picture at distance 1; wider ones are clamped
+constexpr double kUsualHalf = 0.36; // without a field of view: 40 degrees
 constexpr double kTallestAspect = 4.0;
 
 using Vector = std::array<double, 3>;
@@ -78,7 +78,7 @@ std::pair<double, double> HalfPicture(const TEV2_CAMERA& camera)
     return {half, half * (aspect > 0.0 ? std::min(aspect, kTallestAspect) : 1.0)};
 }
 
-/// Which nodes are what. It does not change with time.
+/// The role of each node; constant over time.
 struct Cast
 {
     std::vector<std::pair<std::size_t, std::size_t>> bones; ///< parent and child; node 0 is nobody's parent
@@ -116,11 +116,11 @@ struct Cast
     }
 };
 
-/// Puts the nodes on paper as they are at present.
-class Draughtsman
+/// Projects the nodes at the current time onto paper.
+class Projection
 {
 public:
-    Draughtsman(const TEV2& scene, const Paper& paper)
+    Projection(const TEV2& scene, const Paper& paper)
         : nodes_(scene.matrixHierarchy.nodes), paper_(paper), upright_(Inverse(nodes_[0].worldMatrix))
     {
     }
@@ -223,7 +223,7 @@ std::vector<Figure> PoseFigures(TEV2& scene, const std::string& view, std::size_
         {
             camera->SetTime(time);
         }
-        figures.push_back(Draughtsman(scene, paper).Draw(cast));
+        figures.push_back(Projection(scene, paper).Draw(cast));
         figures.back().time = time;
     }
     const bool still = std::all_of(figures.begin(), figures.end(),

@@ -33,7 +33,7 @@ struct PaperBox
     double Height() const { return most.y - least.y; }
 };
 
-/// A node that is no part of a skeleton: where it is, and its three axes, which are at most 1 long on paper.
+/// A node outside all skeletons: its place and its three axes, which are at most 1 long on paper.
 struct PaperProp
 {
     std::size_t node = 0;
@@ -43,8 +43,8 @@ struct PaperProp
     bool operator==(const PaperProp&) const = default;
 };
 
-/// A camera: where it is, and from there the corners of its picture, one after the other, and a point above their upper
-/// edge, for a picture at distance 1.
+/// A camera: its place and, relative to it, the corners of its picture at distance 1 in order, and a point above the
+/// upper edge.
 struct PaperCamera
 {
     std::size_t node = 0;
@@ -69,9 +69,8 @@ struct Figure
     }
 };
 
-/// One figure for each of at most `most` instants that are spread over the scene's time range; a single one where
-/// nothing that can be seen moves. `view` is "front", "side" or "top". What has no finite place is left out. Moves the
-/// scene in time.
+/// At most `most` figures, at instants spread over the scene's time range; one when nothing visible moves. `view` is
+/// "front", "side" or "top". Models without a finite place are left out. Changes the scene's current time.
 std::vector<Figure> PoseFigures(TEV2_LOADER::TEV2& scene, const std::string& view, std::size_t most);
 
 } // namespace tv2

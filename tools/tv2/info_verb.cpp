@@ -16,7 +16,7 @@ using namespace TEV2_LOADER;
 namespace
 {
 
-/// The node that a camera hangs on; empty when the file has no such node.
+/// The name of a camera's node; empty when the file has no such node.
 std::string NodeName(const TEV2& scene, const TEV2_CAMERA& camera)
 {
     const auto& nodes = scene.matrixHierarchy.nodes;

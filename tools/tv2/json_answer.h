@@ -7,24 +7,22 @@
 namespace tv2
 {
 
-// What --json prints. docs/json.md has the vocabulary, docs/json.schema.json the members of each verb's answer:
-// "file" is what was read, as it was called on the command line; "output" what was written; "error" why there is nothing
-// else; "path" the place of a value in a scene; "start" and "end" the ends of a time span; "bytes" a number of bytes.
+// The answers of --json. docs/json.md has the vocabulary, docs/json.schema.json the members of each verb's answer.
 
 /// Members keep their order.
 using Json = nlohmann::ordered_json;
 
-/// Of all answers: counts up when a member changes its name or meaning, or goes; a new one does not change it.
+/// Incremented when a member is renamed, removed or changes its meaning; not for new members.
 inline constexpr int kJsonSchema = 1;
 
-/// The text of a whole answer, with "schema" before its members. A text that is not UTF-8, a file name for example, has
-/// U+FFFD for each wrong byte, and beside it a member "<name>Bytes" with all of its bytes, percent-encoded.
+/// The text of an answer: "schema", then the members. A string that is not UTF-8, such as a file name, gets U+FFFD for
+/// each invalid byte, and a member "<name>Bytes" with all of its bytes, percent-encoded.
 std::string JsonAnswer(const Json& members);
 
-/// The members about a file of which there is nothing else to say.
+/// The members for a file that could not be processed.
 Json JsonFailure(const std::string& file, const std::string& error);
 
-/// A float, as the shortest decimal that reads back to the same bits; a non-finite one is the string of FloatText.
+/// A number with the digits of FloatText; for a non-finite value the string.
 Json JsonFloat(float value);
 
 } // namespace tv2

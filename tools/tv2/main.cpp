@@ -1,4 +1,4 @@
-// The command `tv2`: everything that can be done with .tv2 files from a shell. One file per verb.
+// The command `tv2`. One file per verb.
 
 #include "tools/tv2/command_line.h"
 #include "tools/tv2/system.h"

@@ -5,7 +5,7 @@
 namespace tv2
 {
 
-/// A module that belongs to this command, whether it exists or not: in the tree it was built in, or as installed.
+/// The path of a module of this command, in its build tree or its installation; it need not exist.
 std::string ModulePath(const std::string& name);
 
 } // namespace tv2

@@ -7,7 +7,7 @@
 namespace tv2
 {
 
-/// A line for each note; on a terminal of `columns` columns as many as it takes, 0 where it is none.
+/// Prints a line per note, wrapped to `columns` columns; 0: not wrapped.
 void PrintNotes(std::ostream& out, const std::vector<std::string>& notes, std::size_t columns);
 
 } // namespace tv2

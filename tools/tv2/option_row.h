@@ -11,10 +11,10 @@
 namespace tv2
 {
 
-/// Takes the text of an option; returns why the text is refused, or an empty text.
+/// Sets or checks a value from text; returns the reason for refusing it, or an empty text.
 using TakeText = std::function<std::string(const std::string& text)>;
 
-/// One option or argument of a verb: how it is written, and where its value goes.
+/// One option or argument of a verb, and where its value is stored.
 struct OptionRow
 {
     /// "FILE" (an argument), "--flag", "--[no-]flag" (a flag that can be given either way)
@@ -31,7 +31,7 @@ struct OptionRow
     std::optional<std::pair<int, int>> range = {}; ///< the numbers that are allowed
 };
 
-/// A check: an option that is given needs a value.
+/// Refuses an empty text.
 std::string NotEmpty(const std::string& text);
 
 /// "--plugin", the exporter's module.

@@ -1,5 +1,5 @@
-// tv2 picture: what a file shows at several instants, in one SVG drawing: skeletons as stick figures, cameras with what
-// they see, other models as points with their axes.
+// tv2 picture: a file at several instants in one SVG drawing: skeletons as stick figures, cameras with their field of
+// view, other models as points with their axes.
 
 #include "tev2_loader/io/whole_file.h"
 #include "tools/tv2/drawing.h"
@@ -23,7 +23,7 @@ namespace
 
 bool IsSameFile(const std::string& a, const std::string& b)
 {
-    std::error_code ignored; // a file that is not there is no other's
+    std::error_code ignored; // a missing file equals no other
     return a == b || std::filesystem::equivalent(a, b, ignored);
 }
 
@@ -101,7 +101,7 @@ public:
 private:
     static constexpr const char* kStandardOutput = "-";
 
-    /// Empty when nothing is wrong with the options.
+    /// The error in the options; empty when there is none.
     std::string WhyNotStarted(bool json) const
     {
         if (output_ == kStandardOutput)

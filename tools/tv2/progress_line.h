@@ -7,7 +7,7 @@
 namespace tv2
 {
 
-/// How far an export is.
+/// The progress of an export.
 struct ProgressText
 {
     std::string take;
@@ -18,8 +18,8 @@ struct ProgressText
     std::optional<double> seconds_left; ///< of the export
 };
 
-/// `Dance (3/14)  60 % [######....]  1.20 of 2.00 s  ETA 4 s`, in at most `columns` columns: what has no place is left
-/// out from the end, the name of the take is cut last.
+/// `Dance (3/14)  60 % [######....]  1.20 of 2.00 s  ETA 4 s`, in at most `columns` columns: parts that do not fit
+/// are left out from the end; the name of the take is shortened last.
 std::string ProgressLine(const ProgressText& text, std::size_t columns);
 
 } // namespace tv2

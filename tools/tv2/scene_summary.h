@@ -21,10 +21,10 @@ struct ChunkTotal
     std::uint64_t bytes = 0;
 };
 
-/// What tv2 info tells of a file beside the scene itself.
+/// What tv2 info prints of a file besides the scene's own fields.
 struct Summary
 {
-    bool has_information = false; ///< the scene holds defaults where a file has no such chunk
+    bool has_information = false; ///< without the chunk the scene has defaults
     bool has_environment = false;
     std::vector<std::string> information_lines;
     std::map<std::uint32_t, TrackTotal> tracks; ///< by kind

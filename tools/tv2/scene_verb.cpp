@@ -49,7 +49,7 @@ void PrintProperties(std::ostream& out, const Json& properties, const std::strin
 
 void PrintModels(std::ostream& out, const Json& models)
 {
-    std::vector<std::string> path; // long names from the root down to the model before
+    std::vector<std::string> path; // long names from the root to the previous model
     for (const Json& model : models)
     {
         while (!path.empty() && model["parent"] != path.back())

@@ -14,13 +14,13 @@ namespace tv2
 // What the command asks of the operating system itself; one source file for each system implements it. Paths are
 // bytes as the system takes them, errors are errno values.
 
-/// "tool" as a module that programs load is called here: "tool.so" or "tool.dll".
+/// The file name of a loadable module: "tool.so" or "tool.dll" for "tool".
 std::string ModuleFileName(const std::string& name);
 
-/// Where this program stands; empty when that is unknown.
+/// The path of this program; empty when unknown.
 std::string ProgramPath();
 
-/// True when what goes to standard error is shown to a person.
+/// True when standard error is a terminal.
 bool ErrorsGoToTerminal();
 
 enum class Stream
@@ -29,17 +29,16 @@ enum class Stream
     kErrors
 };
 
-/// Width of the terminal that a stream goes to; 80 where it goes elsewhere or the width is unknown.
+/// Width of the terminal that a stream goes to; 80 when it is no terminal or the width is unknown.
 std::size_t TerminalColumns(Stream stream);
 
-/// Width of the terminal that standard output goes to; 0 where that is none.
+/// Width of the terminal that standard output goes to; 0 when it is no terminal.
 std::size_t OutputColumns();
 
-/// Opens standard streams that the caller has closed on nothing, so that no file of ours takes their place. Writing to
-/// such an output fails.
+/// Opens standard streams that the caller has closed, so that no other file gets their numbers. Writing to them fails.
 void KeepStandardStreams();
 
-/// Writing to a pipe that nobody reads any more fails from now on, where it would end the program.
+/// From now on writing to a closed pipe fails instead of ending the program.
 void SurviveClosedPipes();
 
 /// Appends all bytes of standard input.
@@ -48,14 +47,14 @@ TEV2_LOADER::Status ReadStandardInput(std::vector<std::uint8_t>& bytes);
 using tev2_exporter::FileStamp;
 using tev2_exporter::ObstacleToWriting;
 
-/// Takes the mark off a file that is read-only for everybody; 0, or why that failed.
+/// Clears a file's read-only mark. Returns 0 or the error.
 int MakeWritable(const std::string& path);
 
-/// Why `bytes` bytes cannot be written to `path` now, its disk or device, a quota or a limit included, in the system's
-/// words; empty when nothing is known against it.
+/// Why `bytes` bytes cannot be written to `path` now (permissions, disk, quota, limit), in the system's words. Empty
+/// when no reason is known.
 std::string WhyNotWritable(const std::string& path, std::uint64_t bytes);
 
-/// Lets a write beyond the limit for file sizes fail with an error instead of ending the program.
+/// From now on a write beyond the file size limit fails instead of ending the program.
 void ReportFileSizeLimit();
 
 } // namespace tv2

@@ -14,10 +14,10 @@ namespace tv2
 
 using TEV2_LOADER::ReadableText;
 
-/// True when the UTF-16 form of ReadableText(units) is `units` again, so that the text alone tells the units.
+/// True when ReadableText(units), converted back to UTF-16, is `units`.
 bool TextTellsUnits(std::u16string_view units);
 
-/// A text of the SDK, which has null for none.
+/// A text of the SDK; null is empty.
 inline std::string TextOf(const char* text)
 {
     return text != nullptr ? text : "";
@@ -28,20 +28,18 @@ using tev2_exporter::CountText;
 using tev2_exporter::Listed;
 using tev2_exporter::Quoted;
 
-/// Words put on lines of at most `width` columns where that is possible, all but the first after `indent` blanks; the
-/// first line has `used` columns already. Lines of the text that begin with a blank stay as they are.
+/// Wraps at words, to lines of at most `width` columns where possible. Lines after the first are indented by `indent`;
+/// the first has `used` columns already. Lines of the text that begin with a blank are not wrapped.
 std::string Wrapped(std::string_view text, std::size_t width, std::size_t indent = 0, std::size_t used = 0);
 
-/// How many columns a text takes on a terminal, where each character takes one.
+/// Number of terminal columns of a text, one per character.
 std::size_t ColumnsOf(std::string_view text);
 
 /// Every byte but ASCII letters, digits and -._~/ as %XX.
 std::string PercentEncoded(std::string_view bytes);
 
-/// The shortest decimal that reads back to the same bits as an f32, always with a point or an exponent
-/// ("1.0", "-0.0",
-/// "1e+20"). Non-finite values: "Infinity", "-Infinity", "NaN" and "NaN(0xffc00001)" where the bits
-/// are not those of the plain 0x7fc00000.
+/// The shortest decimal that reads back to the same bits, always with a point or an exponent ("1.0", "-0.0", "1e+20").
+/// Non-finite values: "Infinity", "-Infinity", "NaN", and "NaN(0xffc00001)" when the bits are not 0x7fc00000.
 std::string FloatText(float value);
 
 /// The number with at most six digits: "59.94", "30".

@@ -11,7 +11,7 @@ namespace tv2
 namespace
 {
 
-/// In a function, so that it exists before the first registration.
+/// A function, so that the list exists before the first registration.
 std::vector<VerbRow>& Registered()
 {
     static std::vector<VerbRow> rows;

@@ -20,19 +20,19 @@ enum ExitCode : int
     kExitCouldNotRun = 2 ///< could not start: bad usage, or a file that cannot be read or written
 };
 
-/// What a verb works with: it writes to `out` and `err` and reports how it went.
+/// The environment of a run: output, and the exit code that it ends with.
 struct VerbContext
 {
     std::string_view verb; ///< its name
     std::ostream& out;
     std::ostream& err;
-    bool json = false; ///< --json: `out` takes one JSON object and nothing else
+    bool json = false; ///< --json: write one JSON object to `out` and nothing else
     int exit_code = kExitDone;
 
     /// Reports a problem, on a line of its own.
     void Complain(std::string_view what, ExitCode code);
 
-    /// The same, about a file of which there is nothing else to say; with --json as the answer, too.
+    /// Reports that a file could not be processed; with --json that is the answer, too.
     void Fail(const std::string& file, const std::string& why, ExitCode code);
 
     /// The worst report of a run decides the exit code.
@@ -48,26 +48,26 @@ public:
     /// The options, in the order of the help. Their values are set before Run.
     virtual std::vector<OptionRow> Options() = 0;
 
-    /// Why the options do not go together; empty when they do. `given` has the names that were on the command line.
+    /// Why the options contradict each other; empty when they do not. `given` has the names from the command line.
     virtual std::string Refusal(const std::set<std::string>& given) const;
 
     virtual void Run(VerbContext& context) = 0;
 };
 
-/// What the command knows of a verb before one is asked for.
+/// What the command knows of a verb before it is used.
 struct VerbRow
 {
     std::string_view name;
-    int place = 0; ///< in the help's list of verbs
+    int place = 0; ///< in the help: ascending
     std::string_view help;
     std::string_view examples;     ///< one a line
     std::string_view remarks = {}; ///< below the examples
     std::string_view json_help = "Print JSON";
-    bool writes_files = false; ///< which are whole even where the text about them cannot be printed
+    bool writes_files = false; ///< complete even when the output cannot be printed
     std::unique_ptr<Verb> (*make)() = nullptr;
 };
 
-/// Makes a verb known; a static object in the verb's file does it.
+/// Registers a verb: a static object in the verb's file.
 class VerbRegistration
 {
 public:
