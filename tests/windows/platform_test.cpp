@@ -43,7 +43,7 @@ TEST(ReadOnlyMark, IsSeenAndTakenOffUnderEveryName)
         const std::string path = folder.BytePath(name);
         EXPECT_FALSE(IsReadOnly(path));
         ASSERT_TRUE(SetFileAttributesW(Wide(wide), FILE_ATTRIBUTE_READONLY));
-        EXPECT_FALSE(TEV2_LOADER::WriteWholeFile(TEV2_LOADER::Utf8Path(path), "new"))
+        EXPECT_FALSE(TEV2_LOADER::WriteWholeFile(folder.Utf8Path(name), "new"))
             << "the file that is looked at is the one that is opened";
         EXPECT_TRUE(IsReadOnly(path));
         MakeWritable(path);
