@@ -9,8 +9,8 @@
 namespace tev2_exporter
 {
 
-/// What is at a path at one moment. Two that are equal mean that the file was not written in between: exports replace files, which
-/// gives another inode even where the clock of the file system is coarse.
+/// What is at a path at one moment. Two that are equal mean that the file was not written in between: exports replace
+/// files, which gives another inode even where the clock of the file system is coarse.
 struct FileStamp
 {
     int error = 0; ///< why there is nothing to see, 0 when something is there

@@ -44,8 +44,8 @@ SamplingRange CustomRange(const SamplingRange& whole, float custom_start, float 
 ///     while (instants.Next())
 ///         Use(instants.Time());
 ///
-/// Regular instants are start + step, start + 2 step ... by repeated addition, while strictly below the end. They end where adding the step no longer advances the time (a negative or
-/// huge rate).
+/// Regular instants are start + step, start + 2 step ... by repeated addition, while strictly below the end. They end
+/// where adding the step no longer advances the time (a negative or huge rate).
 class RegularInstants
 {
 public:

@@ -30,7 +30,8 @@ TakeFrameSpan GetTakeFrameSpan(ExportContext& context);
 /// The same span, as the seconds of those frames.
 TakeSecondSpan GetTakeSecondSpan(ExportContext& context);
 
-/// What of a take is sampled: all of it, or the custom range of `options` clamped into it. The take need not be current.
+/// What of a take is sampled: all of it, or the custom range of `options` clamped into it. The take need not be
+/// current.
 SamplingRange GetSamplingRange(ExportContext& context, FBTake* take, const ExportOptions& options);
 
 } // namespace tev2_exporter
