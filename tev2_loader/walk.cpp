@@ -174,7 +174,8 @@ private:
         if constexpr (std::is_arithmetic_v<Number>)
             VisitNumber(static_cast<double>(value));
         else
-            std::apply([&](const auto&... component) { (VisitNumber(component), ...); }, value.Components());
+            std::apply([&](const auto&... component) { (VisitNumber(static_cast<double>(component)), ...); },
+                       value.Components());
     }
 
     void VisitNumber(double number)

@@ -180,7 +180,7 @@ private:
         }
         else
         {
-            std::apply([this](auto&... component) { (Read(component), ...); }, value.Components());
+            std::apply([this](auto&... component) { (this->Read(component), ...); }, value.Components());
         }
     }
 
