@@ -6,6 +6,7 @@
 #include "tev2_loader/io/wide_string.h"
 
 #include <array>
+#include <bit>
 #include <cstdint>
 #include <memory>
 #include <string>
@@ -175,8 +176,7 @@ private:
         if constexpr (std::is_arithmetic_v<Number>)
         {
             static_assert(sizeof value == 4);
-            value = Number{};
-            cursor_.ReadBlock(&value, sizeof value);
+            value = std::bit_cast<Number>(cursor_.ReadU32());
         }
         else
         {
