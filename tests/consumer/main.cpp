@@ -53,8 +53,10 @@ int main()
     good &= Expect(LoadFile("walk.tv2", loaded).Ok(), "a load");
     loaded.SetTime(0.5f);
     const TEV2_MATRIX_NODE* const node = FindNode(loaded, "t\xC3\xAAte");
-    good &= Expect(node != nullptr && std::fabs(node->worldMatrix.m[1][0] - 1.0f) < 1e-6f, "a quarter of a turn");
-    good &= Expect(UpAxis(loaded) == TEV2_UP_AXIS::Unknown && UpAxis(scene) == TEV2_UP_AXIS::Unknown, "no axis");
+    good &=
+        Expect(node != nullptr && std::fabs(node->worldMatrix.m[1][0] - 1.0f) < 1e-6f, "a quarter of a turn");
+    good &=
+        Expect(UpAxis(loaded) == TEV2_UP_AXIS::Unknown && UpAxis(scene) == TEV2_UP_AXIS::Unknown, "no axis");
     good &= Expect(LoadFile("none.tv2", loaded).Reason().size() > 0, "a reason");
     return good && RunExamples(scene, *scene.matrixHierarchy.nodes[0].translation) == 0 ? 0 : 1;
 }

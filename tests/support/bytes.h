@@ -12,7 +12,7 @@
 namespace tv2_tests
 {
 
-/// Bytes of a file, put together by hand: Bytes().U32(kMagic).Chunk(0, Bytes().F32({1.16f}).Text(u"").Text(u"")).
+/// Bytes of a file, put together by hand: Bytes().U32(kMagic).Chunk(0, Bytes::Of(1.16f, u"", u"")).
 class Bytes
 {
 public:
@@ -20,6 +20,15 @@ public:
 
     Bytes() = default;
     explicit Bytes(std::vector<std::uint8_t> bytes) : data(std::move(bytes)) {}
+
+    /// Texts, numbers of 4 bytes and other bytes one after another: Bytes::Of(u"node", 7u, 0.5f, Bytes().Zeros(8)).
+    template <typename... Items>
+    static Bytes Of(const Items&... items)
+    {
+        Bytes all;
+        (all.Add(items), ...);
+        return all;
+    }
 
     Bytes& U8(std::initializer_list<std::uint8_t> values)
     {
@@ -65,6 +74,11 @@ public:
     }
 
 private:
+    void Add(std::u16string_view text) { Text(text); }
+    void Add(std::uint32_t number) { Number(number); }
+    void Add(float number) { Number(number); }
+    void Add(const Bytes& other) { Append(other); }
+
     template <typename Value>
     Bytes& Number(Value value)
     {

@@ -2,6 +2,7 @@
 
 #include "tests/support/bytes.h"
 #include "tests/support/scratch_folder.h"
+#include "tev2_loader/format.h"
 #include "tev2_loader/io/file_writer.h"
 #include "tev2_loader/io/memory_cursor.h"
 
@@ -52,6 +53,17 @@ std::size_t LoadedBytes(Record& record, const Bytes& bytes, float version)
     EXPECT_TRUE(record.Load(cursor, version));
     EXPECT_FALSE(cursor.Failed());
     return cursor.Offset();
+}
+
+/// Expects that a record is stored as these bytes, and that another one made of them is, too; returns that one.
+template <typename Record>
+Record ExpectStoredAs(const Record& record, const Bytes& bytes)
+{
+    EXPECT_EQ(SavedBytes(record), bytes.data);
+    Record loaded;
+    EXPECT_EQ(LoadedBytes(loaded, bytes, TEV2_LOADER::kVersion), bytes.data.size());
+    EXPECT_EQ(SavedBytes(loaded), bytes.data);
+    return loaded;
 }
 
 } // namespace tv2_tests

@@ -18,11 +18,10 @@ void FillProperties(TEV2_EXTENDED_PROPERTIES& properties)
     properties.floatValues[0].track = FloatTrack(0.5f, 0.75f);
     properties.floatValues.emplace_back().name = Wide(u"empty");
     properties.vector3Values.emplace_back().name = Wide(u"aim");
-    properties.vector3Values[0].track =
-        SampleTrack<TEV2_ANIMATABLE_VECTOR_3_LINEAR>(TEV2_VECTOR_3{1, 2, 3}, TEV2_VECTOR_3{4, 5, 6});
+    properties.vector3Values[0].track = SampleTrack<TEV2_ANIMATABLE_VECTOR_3_LINEAR>({1, 2, 3}, {4, 5, 6});
     properties.vector4Values.emplace_back().name = Wide(u"tint");
     properties.vector4Values[0].track =
-        SampleTrack<TEV2_ANIMATABLE_VECTOR_4_LINEAR>(TEV2_VECTOR_4{1, 2, 3, 4}, TEV2_VECTOR_4{5, 6, 7, 8});
+        SampleTrack<TEV2_ANIMATABLE_VECTOR_4_LINEAR>({1, 2, 3, 4}, {5, 6, 7, 8});
 }
 
 void FillCamera(TEV2_CAMERA& camera)
@@ -32,15 +31,13 @@ void FillCamera(TEV2_CAMERA& camera)
     camera.thirdText = Wide(u"c");
     camera.value = 1;
     FillProperties(camera.properties);
-    camera.bounds = SampleTrack<TEV2_ANIMATABLE_BOUNDING_BOX_LINEAR>(TEV2_BOUNDING_BOX{{0, 0, 0}, {1, 1, 1}},
-                                                                     TEV2_BOUNDING_BOX{{1, 1, 1}, {2, 2, 2}});
+    camera.bounds =
+        SampleTrack<TEV2_ANIMATABLE_BOUNDING_BOX_LINEAR>({{0, 0, 0}, {1, 1, 1}}, {{1, 1, 1}, {2, 2, 2}});
     camera.inverseAspect = 0.5625f;
     camera.distance = FloatTrack(1.0f, 2.0f);
     camera.fieldOfView = FloatTrack(0.5f, 0.75f);
-    camera.secondaryRange =
-        SampleTrack<TEV2_ANIMATABLE_FLOAT32_RANGE_LINEAR>(TEV2_FLOAT32_RANGE{1, 2}, {3, 4});
-    camera.clipRange =
-        SampleTrack<TEV2_ANIMATABLE_FLOAT32_RANGE_LINEAR>(TEV2_FLOAT32_RANGE{0.1f, 100}, {0.2f, 200});
+    camera.secondaryRange = SampleTrack<TEV2_ANIMATABLE_FLOAT32_RANGE_LINEAR>({1, 2}, {3, 4});
+    camera.clipRange = SampleTrack<TEV2_ANIMATABLE_FLOAT32_RANGE_LINEAR>({0.1f, 100}, {0.2f, 200});
 
     auto blur = std::make_unique<TEV2_CAMERA_MOTION_BLUR_EFFECT>();
     blur->shutterTime = FloatTrack(0.01f, 0.02f);
@@ -55,16 +52,12 @@ void FillHierarchy(TEV2_MATRIX_HIERARCHY& hierarchy)
 {
     hierarchy.nodes.resize(3);
     hierarchy.nodes[0].name = Wide(u"Hips");
-    hierarchy.nodes[0].translation =
-        SampleTrack<TEV2_ANIMATABLE_VECTOR_3_LINEAR>(TEV2_VECTOR_3{0, 1, 0}, TEV2_VECTOR_3{1, 1, 0});
-    hierarchy.nodes[0].rotation = SampleTrack<TEV2_ANIMATABLE_QUATERNION_SLERP>(TEV2_QUATERNION{0, 0, 0, 1},
-                                                                                TEV2_QUATERNION{0, 1, 0, 0});
+    hierarchy.nodes[0].translation = SampleTrack<TEV2_ANIMATABLE_VECTOR_3_LINEAR>({0, 1, 0}, {1, 1, 0});
+    hierarchy.nodes[0].rotation = SampleTrack<TEV2_ANIMATABLE_QUATERNION_SLERP>({0, 0, 0, 1}, {0, 1, 0, 0});
     hierarchy.nodes[1].name = Wide(u"Head");
     hierarchy.nodes[1].parentIndex = 0;
-    hierarchy.nodes[1].rotation = SampleTrack<TEV2_ANIMATABLE_QUATERNION_LERP>(TEV2_QUATERNION{0, 0, 0, 1},
-                                                                               TEV2_QUATERNION{1, 0, 0, 0});
-    hierarchy.nodes[1].scale =
-        SampleTrack<TEV2_ANIMATABLE_VECTOR_3_LINEAR>(TEV2_VECTOR_3{1, 1, 1}, TEV2_VECTOR_3{2, 3, 4});
+    hierarchy.nodes[1].rotation = SampleTrack<TEV2_ANIMATABLE_QUATERNION_LERP>({0, 0, 0, 1}, {1, 0, 0, 0});
+    hierarchy.nodes[1].scale = SampleTrack<TEV2_ANIMATABLE_VECTOR_3_LINEAR>({1, 1, 1}, {2, 3, 4});
     hierarchy.nodes[1].userText = Wide(u"text");
     FillProperties(hierarchy.nodes[1].properties);
     hierarchy.nodes[2].parentIndex = 1;
@@ -86,7 +79,7 @@ void FillWithEverything(TEV2& scene, bool with_unsaved_lists)
     scene.information.infoText = Wide(u"line\r\n");
     scene.environment.timeRange = {0.5f, 2.5f};
     scene.environment.environmentColour =
-        SampleTrack<TEV2_ANIMATABLE_COLOUR_LINEAR>(TEV2_COLOUR{1, 0, 0, 1}, TEV2_COLOUR{0, 1, 0, 1});
+        SampleTrack<TEV2_ANIMATABLE_COLOUR_LINEAR>({1, 0, 0, 1}, {0, 1, 0, 1});
     scene.environment.reserved = {1, 2, 3, 4, 5, 6, 7, 8};
     scene.globalLightTint = std::make_unique<TEV2_GLOBAL_LIGHT_TINT>();
     scene.globalLightTint->body.bytes = {3, 3, 3};
@@ -174,61 +167,35 @@ void FillSoundScene(TEV2& scene)
 
 Bytes SceneOfVersion(float version)
 {
-    const Bytes properties = version >= 1.04f ? Bytes()
-                                                    .U32(1)
-                                                    .Text(u"notes")
-                                                    .U32(1)
-                                                    .Text(u"one")
-                                                    .Zeros(4)
-                                                    .U32(1)
-                                                    .Text(u"weight")
-                                                    .Append(FloatTrackBytes(0.5f, 0.75f))
-                                                    .Zeros(8)
+    const Bytes properties = version >= 1.04f ? Bytes::Of(1u, u"notes", 1u, u"one", 0u, 1u, u"weight",
+                                                          FloatTrackBytes(0.5f, 0.75f), 0u, 0u)
                                               : Bytes();
     const Bytes bounds =
         version >= 1.13f ? SampleTrackBytes(11, Bytes().F32({0, 0, 0, 1, 1, 1, 1, 1, 1, 2, 2, 2})) : Bytes();
-    const Bytes camera = Bytes()
-                             .Text(u"camera")
-                             .Text(u"")
-                             .Text(u"c")
-                             .U32(1)
-                             .Append(properties)
-                             .Append(bounds)
-                             .F32({0.5f})
-                             .Append(FloatTrackBytes(1, 2))
-                             .Zeros(4)
-                             .Append(SampleTrackBytes(1, Bytes().F32({1, 2, 3, 4})))
-                             .Zeros(4)
-                             .U32({2, 1, 0})
-                             .Append(FloatTrackBytes(0.25f, 0.5f))
-                             .Zeros(4);
+    const Bytes range = SampleTrackBytes(1, Bytes().F32({1, 2, 3, 4}));
+    const Bytes effects = Bytes::Of(2u, 1u, 0u, FloatTrackBytes(0.25f, 0.5f), 0u);
+    const Bytes camera = Bytes::Of(u"camera", u"", u"c", 1u, properties, bounds, 0.5f, FloatTrackBytes(1, 2),
+                                   0u, range, 0u, effects);
     const Bytes scale = version >= 1.15f ? SampleTrackBytes(3, Bytes().F32({1, 1, 1, 2, 3, 4})) : Bytes();
     const Bytes matrix =
-        version <= 1.05f ? Bytes().F32({1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1}) : Bytes();
+        version <= 1.05f ? Bytes().F32({0, 1, 2, -1, 3, 4, 5, -1, 6, 7, 8, -1, 9, 10, 11, -1}) : Bytes();
+    const Bytes translation = SampleTrackBytes(3, Bytes().F32({1, 2, 3, 4, 5, 6}));
     const auto node = [&](std::uint32_t parent)
     {
-        return Bytes()
-            .Text(u"node")
-            .U32(parent)
-            .Append(SampleTrackBytes(3, Bytes().F32({1, 2, 3, 4, 5, 6})))
-            .Append(SampleTrackBytes(parent == 0 ? 5 : 6, Bytes().F32({0, 0, 0, 1, 1, 0, 0, 0})))
-            .Append(scale)
-            .Append(matrix)
-            .Text(u"user")
-            .Append(properties);
+        const Bytes rotation = SampleTrackBytes(parent == 0 ? 5 : 6, Bytes().F32({0, 0, 0, 1, 1, 0, 0, 0}));
+        return Bytes::Of(u"node", parent, translation, rotation, scale, matrix, u"user", properties);
     };
+    const Bytes colour = SampleTrackBytes(2, Bytes().F32({1, 0, 0, 1, 0, 1, 0, 1}));
+    const Bytes reserved = version >= 1.16f ? Bytes().U8({1, 2, 3, 4, 5, 6, 7, 8}) : Bytes();
     const std::uint32_t lengths = version >= 1.12f ? 23 : version >= 1.1f ? 21 : 18;
     return FileOfVersion(version)
-        .Chunk(1, Bytes().U32(lengths).U32(1).Zeros((lengths - 1) * 4))
-        .Chunk(2, Bytes()
-                      .F32({0.5f, 2.5f})
-                      .Append(SampleTrackBytes(2, Bytes().F32({1, 0, 0, 1, 0, 1, 0, 1})))
-                      .Zeros(version >= 1.16f ? 12 : 4))
+        .Chunk(1, Bytes().U32(0xABCDu).U32(1).Zeros((lengths - 1) * 4))
+        .Chunk(2, Bytes::Of(0.5f, 2.5f, colour, 0u, reserved))
         .Chunk(22, SampleTrackBytes(8, Bytes().U32({0, 0xFFFFFFFFu})))
         .Chunk(5, Bytes().Zeros(7))
         .Chunk(6, camera)
         .Chunk(10, Bytes().Zeros(5))
-        .Chunk(12, Bytes().U32(2).Append(node(0xFFFFFFFFu)).Append(node(0)))
+        .Chunk(12, Bytes::Of(2u, node(0xFFFFFFFFu), node(0)))
         .Chunk(16, Bytes().U32(3).Zeros(2));
 }
 

@@ -101,9 +101,7 @@ inline TEV2_QUATERNION Between(const TEV2_QUATERNION& a, const TEV2_QUATERNION& 
 {
     const float d = a.x * b.x + a.w * b.w + a.y * b.y + a.z * b.z;
     if (!along_arc || d > 0.99f)
-    {
         return {a.x + (b.x - a.x) * t, a.y + (b.y - a.y) * t, a.z + (b.z - a.z) * t, a.w + (b.w - a.w) * t};
-    }
     const float angle = std::acos(d);
     const float s = 1.0f / std::sin(angle);
     const float p = std::sin((1.0f - t) * angle) * s;

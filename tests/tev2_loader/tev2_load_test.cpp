@@ -265,21 +265,31 @@ TEST(Load, KeepsBodiesWithoutLayoutAndReplacesSingleRecords)
     EXPECT_EQ(scene.materials[0]->GetType(), 0xFFFFFFFFu);
 }
 
-TEST(Load, ReadsTheLengthsThatItsVersionHas)
+TEST(Load, ReadsWhatItsVersionHas)
 {
-    const std::pair<float, std::size_t> cases[] = {{1.0f, 18},  {1.09f, 18}, {1.1f, 21},
-                                                   {1.11f, 21}, {1.12f, 23}, {1.16f, 23}};
-    for (const auto& [version, counts] : cases)
+    const TEV2_MATRIX_3X4 legacy{{{0, 3, 6, 9}, {1, 4, 7, 10}, {2, 5, 8, 11}}};
+    for (const float version : kGateVersions)
     {
-        Bytes bytes = Bytes().U32(0xABCDu); // whatever stands there
-        for (std::uint32_t index = 0; index < counts; ++index)
-            bytes.U32(index + 1);
-        TEV2_ARRAY_LENGTH_HELPER lengths;
-        EXPECT_EQ(LoadedBytes(lengths, bytes, version), bytes.data.size()) << version;
-        EXPECT_EQ(lengths.counts[counts - 1], counts) << version;
-        if (counts < lengths.counts.size())
+        SCOPED_TRACE(version);
+        const auto outcome = Load(SceneOfVersion(version));
+        ASSERT_TRUE(outcome->loaded);
+        for (const TEV2_LOAD_FINDING& finding : outcome->report.findings)
+            EXPECT_EQ(finding.code, TEV2_LOAD_CODE::UnparsedOtherVersion) << finding.path;
+        const TEV2& scene = outcome->scene;
+        EXPECT_EQ(scene.environment.reserved[7], version >= 1.16f ? 8 : 0);
+        const TEV2_CAMERA& camera = *scene.cameras.at(0);
+        EXPECT_EQ(camera.thirdText, Wide(u"c"));
+        EXPECT_EQ(camera.properties.floatValues.size(), version >= 1.04f ? 1u : 0u);
+        EXPECT_EQ(camera.bounds != nullptr, version >= 1.13f);
+        EXPECT_EQ(camera.inverseAspect, 0.5f);
+        const TEV2_MATRIX_NODE& node = scene.matrixHierarchy.nodes.at(1);
+        EXPECT_EQ(node.parentIndex, 0);
+        EXPECT_EQ(node.scale != nullptr, version >= 1.15f);
+        EXPECT_EQ(node.userText, Wide(u"user"));
+        EXPECT_EQ(node.properties.floatValues.size(), version >= 1.04f ? 1u : 0u);
+        if (version <= 1.05f)
         {
-            EXPECT_EQ(lengths.counts[counts], 0u) << version;
+            EXPECT_EQ(std::memcmp(node.worldMatrix.m, legacy.m, sizeof legacy.m), 0);
         }
     }
 }

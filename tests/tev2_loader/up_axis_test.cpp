@@ -29,8 +29,7 @@ void Fill(TEV2& scene, const Case& item)
     scene.information.creatorText = Wide(u"MotionBuilder v17.00  Tev2 Exporter v1.14");
     TEV2_MATRIX_NODE& root = scene.matrixHierarchy.nodes.emplace_back();
     root.name = Wide(item.root);
-    root.translation = SampleTrack<TEV2_ANIMATABLE_VECTOR_3_LINEAR>(TEV2_VECTOR_3{-0.0f, 0.0f, -0.0f},
-                                                                    TEV2_VECTOR_3{0.0f, 0.0f, 0.0f});
+    root.translation = SampleTrack<TEV2_ANIMATABLE_VECTOR_3_LINEAR>({-0.0f, 0.0f, -0.0f}, {0.0f, 0.0f, 0.0f});
     root.rotation = SampleTrack<TEV2_ANIMATABLE_QUATERNION_SLERP>(item.rotation, -item.rotation);
     scene.matrixHierarchy.nodes.emplace_back().parentIndex = 0;
     item.change(scene);
@@ -51,7 +50,7 @@ TEST(UpAxis, FollowsFromTheFirstNodeOfAnExport)
          [](TEV2& scene)
          {
              scene.matrixHierarchy.nodes[0].translation =
-                 SampleTrack<TEV2_ANIMATABLE_VECTOR_3_LINEAR>(TEV2_VECTOR_3{}, TEV2_VECTOR_3{0, 0, 0.5f});
+                 SampleTrack<TEV2_ANIMATABLE_VECTOR_3_LINEAR>({}, {0, 0, 0.5f});
          }},
         {"a root that starts to turn", inserted, kNone, TEV2_UP_AXIS::Unknown,
          [](TEV2& scene)
@@ -65,7 +64,7 @@ TEST(UpAxis, FollowsFromTheFirstNodeOfAnExport)
          [](TEV2& scene)
          {
              scene.matrixHierarchy.nodes[0].scale =
-                 SampleTrack<TEV2_ANIMATABLE_VECTOR_3_LINEAR>(TEV2_VECTOR_3{1, 1, 1}, TEV2_VECTOR_3{1, 1, 1});
+                 SampleTrack<TEV2_ANIMATABLE_VECTOR_3_LINEAR>({1, 1, 1}, {1, 1, 1});
          }},
         {"no node", u"", kNone, TEV2_UP_AXIS::Unknown,
          [](TEV2& scene) { scene.matrixHierarchy.nodes.clear(); }},

@@ -30,9 +30,7 @@ TEST(ClosestName, IsTheNameThatWasProbablyMeant)
         {"something else", ""},
     };
     for (const auto& c : cases)
-    {
         EXPECT_EQ(ClosestName(c.unknown, known), c.closest) << c.unknown;
-    }
 }
 
 TEST(ClosestName, GoesIntoAMessageInQuotes)

@@ -23,7 +23,8 @@ public:
     }
     ~ScratchFolder()
     {
-        for (const auto& entry : std::filesystem::directory_iterator(path_)) // read-only files cannot be removed
+        for (const auto& entry :
+             std::filesystem::directory_iterator(path_)) // read-only files cannot be removed
             SetFileAttributesW(entry.path().c_str(), FILE_ATTRIBUTE_NORMAL);
     }
 

@@ -149,9 +149,7 @@ TEST(WholeFile, KeepsTheOldFileWhenTheContentIsIncomplete)
             EXPECT_EQ(WriteWholeFile(path, item.content, "half").Reason(), Words(item.error)) << item.what;
             EXPECT_EQ(folder.Names(), *old ? Names{"a"} : Names{}) << item.what;
             if (*old != 0)
-            {
                 EXPECT_EQ(ReadText(path), old) << item.what;
-            }
         }
     const ScratchFolder folder;
     const std::string path = folder.Make("a", "old");

@@ -1,6 +1,6 @@
 #include "tests/support/sample_scenes.h"
 
-#include "tev2_loader/records/matrix_hierarchy.h"
+#include <cmath>
 
 using namespace TEV2_LOADER;
 using namespace tv2_tests;
@@ -11,103 +11,42 @@ namespace
 void ExpectMatrix(const TEV2_MATRIX_3X4& found, const float (&expected)[3][4], float tolerance = 0.0f)
 {
     for (int row = 0; row < 3; ++row)
-    {
         for (int column = 0; column < 4; ++column)
             EXPECT_NEAR(found.m[row][column], expected[row][column], tolerance) << row << ", " << column;
-    }
 }
 
-std::unique_ptr<TEV2_ANIMATABLE_VECTOR_3> Constant(const TEV2_VECTOR_3& value)
+auto Constant(const TEV2_VECTOR_3& value)
 {
-    auto track = std::make_unique<TEV2_ANIMATABLE_VECTOR_3_LINEAR>();
-    track->Append(0.0f, value);
-    return track;
+    return MakeTrack<TEV2_ANIMATABLE_VECTOR_3_LINEAR>({{0.0f, value}});
 }
 
-std::unique_ptr<TEV2_ANIMATABLE_QUATERNION> Constant(const TEV2_QUATERNION& value)
+auto Constant(const TEV2_QUATERNION& value)
 {
-    auto track = std::make_unique<TEV2_ANIMATABLE_QUATERNION_SLERP>();
-    track->Append(0.0f, value);
-    return track;
+    return MakeTrack<TEV2_ANIMATABLE_QUATERNION_SLERP>({{0.0f, value}});
 }
 
 const Bytes kTranslation = SampleTrackBytes(3, Bytes().F32({1, 2, 3, 4, 5, 6}));
 const Bytes kRotation = SampleTrackBytes(6, Bytes().F32({0, 0, 0, 1, 1, 0, 0, 0}));
-const Bytes kScale = SampleTrackBytes(3, Bytes().F32({1, 1, 1, 2, 2, 2}));
 
 TEST(MatrixNode, WritesSevenItems)
 {
     TEV2_MATRIX_HIERARCHY hierarchy;
-    EXPECT_EQ(SavedBytes(hierarchy), Bytes().U8({0, 0, 0, 0}).data);
+    ExpectStoredAs(hierarchy, Bytes().U32(0));
 
     hierarchy.nodes.resize(2);
     TEV2_MATRIX_NODE& node = hierarchy.nodes[1];
     node.name = Wide(u"n");
     node.parentIndex = 0;
-    node.translation =
-        SampleTrack<TEV2_ANIMATABLE_VECTOR_3_LINEAR>(TEV2_VECTOR_3{1, 2, 3}, TEV2_VECTOR_3{4, 5, 6});
-    node.rotation =
-        SampleTrack<TEV2_ANIMATABLE_QUATERNION_SLERP>(TEV2_QUATERNION{}, TEV2_QUATERNION{1, 0, 0, 0});
+    node.translation = SampleTrack<TEV2_ANIMATABLE_VECTOR_3_LINEAR>({1, 2, 3}, {4, 5, 6});
+    node.rotation = SampleTrack<TEV2_ANIMATABLE_QUATERNION_SLERP>({}, {1, 0, 0, 0});
     node.userText = Wide(u"u");
     node.properties.floatValues.emplace_back();
-    const Bytes expected = Bytes()
-                               .U32(2)
-                               .Text(u"")
-                               .U32(0xFFFFFFFFu)
-                               .Zeros(3 * 4 + 2 + 20)
-                               .Text(u"n")
-                               .U32(0)
-                               .Append(kTranslation)
-                               .Append(kRotation)
-                               .U32(0)
-                               .Text(u"u")
-                               .U32({0, 0, 1})
-                               .Text(u"")
-                               .U32({0, 0, 0});
-    EXPECT_EQ(SavedBytes(hierarchy), expected.data);
-
-    TEV2_MATRIX_HIERARCHY loaded;
-    EXPECT_EQ(LoadedBytes(loaded, expected, kVersion), expected.data.size());
-    EXPECT_EQ(SavedBytes(loaded), expected.data);
-}
-
-TEST(MatrixNode, ReadsWhatItsVersionHas)
-{
-    struct Case
-    {
-        float version;
-        bool scale;
-        bool legacyMatrix;
-        bool properties;
-    };
-    for (const Case& item :
-         {Case{1.0f, false, true, false}, Case{1.03f, false, true, false}, Case{1.04f, false, true, true},
-          Case{1.05f, false, true, true}, Case{1.06f, false, false, true}, Case{1.14f, false, false, true},
-          Case{1.15f, true, false, true}, Case{1.16f, true, false, true}})
-    {
-        Bytes bytes = Bytes().U32(1).Text(u"n").U32(0xFFFFFFFEu).Append(kTranslation).Append(kRotation);
-        if (item.scale)
-            bytes.Append(kScale);
-        if (item.legacyMatrix)
-            bytes.F32({0, 1, 2, -1, 3, 4, 5, -1, 6, 7, 8, -1, 9, 10, 11, -1});
-        bytes.Text(u"user");
-        if (item.properties)
-            bytes.U32({0, 0, 1}).Text(u"p").U32({0, 0, 0});
-
-        TEV2_MATRIX_HIERARCHY hierarchy;
-        hierarchy.nodes.resize(4);
-        EXPECT_EQ(LoadedBytes(hierarchy, bytes, item.version), bytes.data.size()) << item.version;
-        ASSERT_EQ(hierarchy.nodes.size(), 1u);
-        const TEV2_MATRIX_NODE& node = hierarchy.nodes[0];
-        EXPECT_EQ(node.name, Wide(u"n"));
-        EXPECT_EQ(node.parentIndex, -2);
-        EXPECT_EQ(node.parentMatrix, nullptr);
-        EXPECT_EQ(node.scale != nullptr, item.scale) << item.version;
-        EXPECT_EQ(node.userText, Wide(u"user")) << item.version;
-        EXPECT_EQ(node.properties.floatValues.size(), item.properties ? 1u : 0u) << item.version;
-        if (item.legacyMatrix)
-            ExpectMatrix(node.worldMatrix, {{0, 3, 6, 9}, {1, 4, 7, 10}, {2, 5, 8, 11}});
-    }
+    const Bytes empty = Bytes::Of(u"", 0xFFFFFFFFu, Bytes().Zeros(3 * 4 + 2 + 20));
+    const Bytes full = Bytes::Of(u"n", 0u, kTranslation, kRotation, 0u, u"u", 0u, 0u, 1u, u"", 0u, 0u, 0u);
+    const Bytes both = Bytes::Of(2u, empty, full);
+    ExpectStoredAs(hierarchy, both);
+    EXPECT_EQ(LoadedBytes(hierarchy, both, kVersion), both.data.size());
+    EXPECT_EQ(SavedBytes(hierarchy), both.data) << "loaded over what there was";
 }
 
 TEST(MatrixNode, PutsScaleUnderRotationUnderTranslation)
@@ -141,8 +80,7 @@ TEST(MatrixHierarchy, PlacesChildrenInTheirParents)
     hierarchy.nodes[0].translation = Constant(TEV2_VECTOR_3{10, 0, 0});
     hierarchy.nodes[0].rotation = Constant(TEV2_QUATERNION{0, 0, 0.70710678f, 0.70710678f});
     hierarchy.nodes[1].parentIndex = 0;
-    hierarchy.nodes[1].translation =
-        SampleTrack<TEV2_ANIMATABLE_VECTOR_3_LINEAR>(TEV2_VECTOR_3{0, 0, 0}, TEV2_VECTOR_3{4, 0, 0});
+    hierarchy.nodes[1].translation = SampleTrack<TEV2_ANIMATABLE_VECTOR_3_LINEAR>({0, 0, 0}, {4, 0, 0});
     hierarchy.nodes[2].parentIndex = 1;
     hierarchy.nodes[2].translation = Constant(TEV2_VECTOR_3{0, 1, 0});
     hierarchy.LinkParents();
@@ -188,6 +126,17 @@ TEST(MatrixHierarchy, SaveWatchesNamesTracksAndParents)
     TEV2_FILE_WRITER writer(TEV2_WIDE_STRING::FromBytes(folder.Path("guard")), false, true);
     EXPECT_FALSE(hierarchy.Save(writer));
     EXPECT_FALSE(hierarchy.nodes[0].Save(writer));
+}
+
+TEST(Matrix, MultipliesAndInverts)
+{
+    const TEV2_MATRIX_3X4 turn{{{0, -2, 0, 1}, {1, 0, 0, 2}, {0, 0, 4, 3}}};
+    const TEV2_MATRIX_3X4 move{{{1, 0, 0, 10}, {0, 1, 0, 20}, {0, 0, 1, 30}}};
+    ExpectMatrix(Product(turn, move), {{0, -2, 0, -39}, {1, 0, 0, 12}, {0, 0, 4, 123}});
+    ExpectMatrix(Product(Inverse(turn), turn), {{1, 0, 0, 0}, {0, 1, 0, 0}, {0, 0, 1, 0}}, 1e-6f);
+    for (const auto& row : Inverse({{{1, 0, 0, 5}, {2, 0, 0, 6}, {0, 0, 1, 7}}}).m)
+        for (const float number : row)
+            EXPECT_FALSE(std::isfinite(number)) << "singular";
 }
 
 } // namespace

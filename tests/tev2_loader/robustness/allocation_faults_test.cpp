@@ -168,8 +168,7 @@ TEST(AllocationFaults, OfAWriterLeaveAnExceptionOrAWriterThatWrites)
 
 TEST(AllocationFaults, OfACloneLeaveTheOriginal)
 {
-    const auto track =
-        SampleTrack<TEV2_ANIMATABLE_VECTOR_3_LINEAR>(TEV2_VECTOR_3{1, 2, 3}, TEV2_VECTOR_3{4, 5, 6});
+    const auto track = SampleTrack<TEV2_ANIMATABLE_VECTOR_3_LINEAR>({1, 2, 3}, {4, 5, 6});
     TEV2_CAMERA_DEPTH_OF_FIELD_EFFECT effect;
     effect.focusDistance = FloatTrack(1.0f, 2.0f);
     effect.fNumber = FloatTrack(3.0f, 4.0f);

@@ -176,13 +176,7 @@ class DamageOfVersion : public Damage, public testing::WithParamInterface<float>
 
 TEST_P(DamageOfVersion, OfAFileWithWhatEverChanged)
 {
-    const std::vector<std::uint8_t> image = SceneOfVersion(GetParam()).data;
-    TEV2_LOAD_REPORT report;
-    TEV2_MEMORY_CURSOR cursor(image.data(), image.size(), &report);
-    ASSERT_TRUE(TEV2().Load(cursor, true));
-    for (const TEV2_LOAD_FINDING& finding : report.findings)
-        EXPECT_EQ(finding.code, TEV2_LOAD_CODE::UnparsedOtherVersion) << finding.path;
-    Sweep(image);
+    Sweep(SceneOfVersion(GetParam()).data);
     EXPECT_GT(loaded_, 500u);
 }
 
