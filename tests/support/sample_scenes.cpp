@@ -178,7 +178,7 @@ Bytes SceneOfVersion(float version)
                                    0u, range, 0u, effects);
     const Bytes scale = version >= 1.15f ? SampleTrackBytes(3, Bytes().F32({1, 1, 1, 2, 3, 4})) : Bytes();
     const Bytes matrix =
-        version <= 1.05f ? Bytes().F32({0, 1, 2, -1, 3, 4, 5, -1, 6, 7, 8, -1, 9, 10, 11, -1}) : Bytes();
+        version <= 1.05f ? Bytes().F32({1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1}) : Bytes();
     const Bytes translation = SampleTrackBytes(3, Bytes().F32({1, 2, 3, 4, 5, 6}));
     const auto node = [&](std::uint32_t parent)
     {

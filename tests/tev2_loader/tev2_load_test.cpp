@@ -267,7 +267,6 @@ TEST(Load, KeepsBodiesWithoutLayoutAndReplacesSingleRecords)
 
 TEST(Load, ReadsWhatItsVersionHas)
 {
-    const TEV2_MATRIX_3X4 legacy{{{0, 3, 6, 9}, {1, 4, 7, 10}, {2, 5, 8, 11}}};
     for (const float version : kGateVersions)
     {
         SCOPED_TRACE(version);
@@ -287,10 +286,6 @@ TEST(Load, ReadsWhatItsVersionHas)
         EXPECT_EQ(node.scale != nullptr, version >= 1.15f);
         EXPECT_EQ(node.userText, Wide(u"user"));
         EXPECT_EQ(node.properties.floatValues.size(), version >= 1.04f ? 1u : 0u);
-        if (version <= 1.05f)
-        {
-            EXPECT_EQ(std::memcmp(node.worldMatrix.m, legacy.m, sizeof legacy.m), 0);
-        }
     }
 }
 

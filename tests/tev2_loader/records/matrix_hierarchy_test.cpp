@@ -49,6 +49,16 @@ TEST(MatrixNode, WritesSevenItems)
     EXPECT_EQ(SavedBytes(hierarchy), both.data) << "loaded over what there was";
 }
 
+TEST(MatrixNode, TakesTheMatrixOfOldVersionsAsItsWorldMatrix)
+{
+    const Bytes matrix = Bytes().F32({0, 1, 2, -1, 3, 4, 5, -1, 6, 7, 8, -1, 9, 10, 11, -1});
+    const Bytes bytes = Bytes::Of(1u, u"", 0xFFFFFFFEu, 0u, 0u, matrix, u"", Bytes().Zeros(20));
+    TEV2_MATRIX_HIERARCHY hierarchy;
+    EXPECT_EQ(LoadedBytes(hierarchy, bytes, 1.05f), bytes.data.size());
+    ExpectMatrix(hierarchy.nodes[0].worldMatrix, {{0, 3, 6, 9}, {1, 4, 7, 10}, {2, 5, 8, 11}});
+    EXPECT_EQ(hierarchy.nodes[0].parentMatrix, nullptr);
+}
+
 TEST(MatrixNode, PutsScaleUnderRotationUnderTranslation)
 {
     TEV2_MATRIX_NODE node;

@@ -39,29 +39,25 @@ TEST(MalformedTrack, HoldsTheLastValueBeyondItsValues)
 TEST(MalformedTrack, FindsItsWayFromAnyCursor)
 {
     for (const std::uint32_t key : {0u, 1u, 2u, 3u, 0xFFFFFFFFu})
-    {
         for (const float fraction : {0.0f, -1e30f, 1e30f, kNan, kInfinity, -kInfinity})
-        {
-            TEV2_ANIMATABLE_FLOAT32_LINEAR track;
-            for (const float time : {0.0f, 1.0f, 2.0f, 3.0f})
-                track.Append(time, time);
-            track.m_current_key = key;
-            track.m_fraction = fraction;
-            track.Update(0.25f);
-            track.SetTime(5.0f);
-            EXPECT_EQ(track.GetValue(), 3.0f);
-            track.SetTime(1.5f);
-            EXPECT_EQ(track.GetValue(), 1.5f);
-        }
-    }
-    TEV2_ANIMATABLE_FLOAT32_LINEAR lost;
-    for (const float time : {0.0f, 1.0f, 2.0f, 3.0f})
-        lost.Append(time, time);
-    lost.m_fraction = kNan;
-    lost.SetTime(2.5f);
-    EXPECT_EQ(lost.GetValue(), 2.5f);
-    lost.SetTime(kNan);
-    EXPECT_EQ(lost.GetValue(), 2.5f) << "a time that is none changes nothing";
+            for (const bool moved_first : {false, true})
+            {
+                TEV2_ANIMATABLE_FLOAT32_LINEAR track;
+                for (const float time : {0.0f, 1.0f, 2.0f, 3.0f})
+                    track.Append(time, time);
+                track.m_current_key = key;
+                track.m_fraction = fraction;
+                if (moved_first)
+                    track.Update(0.25f);
+                track.SetTime(2.5f);
+                EXPECT_EQ(track.GetValue(), 2.5f);
+                track.SetTime(kNan);
+                EXPECT_EQ(track.GetValue(), 2.5f) << "NaN changes nothing";
+                track.SetTime(5.0f);
+                EXPECT_EQ(track.GetValue(), 3.0f);
+                track.SetTime(1.5f);
+                EXPECT_EQ(track.GetValue(), 1.5f);
+            }
 }
 
 TEST(MalformedTrack, EqualTimesMakeNoNan)

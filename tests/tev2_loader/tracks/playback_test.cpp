@@ -3,8 +3,8 @@
 #include <algorithm>
 #include <cmath>
 #include <gtest/gtest.h>
-#include <limits>
 #include <random>
+#include <tuple>
 
 using namespace TEV2_LOADER;
 namespace plain = tv2_tests::plain;
@@ -22,25 +22,16 @@ TEV2_ANIMATABLE_FLOAT32_LINEAR TrackAt(const std::vector<float>& times)
 
 TEST(SetTime, PlacesTheCursor)
 {
-    struct Case
-    {
-        float time;
-        std::uint32_t key;
-        float fraction;
+    const std::tuple<float, std::uint32_t, float> cases[] = {
+        {-1.0f, 0, 0.0f}, {1.0f, 0, 0.0f},  {1.5f, 0, 0.5f}, {2.0f, 0, 1.0f}, {3.0f, 1, 0.5f},
+        {4.0f, 1, 1.0f},  {7.0f, 2, 0.75f}, {8.0f, 2, 1.0f}, {9.0f, 2, 1.0f}, {INFINITY, 2, 1.0f},
     };
-    const Case cases[] = {
-        {-1.0f, 0, 0.0f}, {1.0f, 0, 0.0f},
-        {1.5f, 0, 0.5f},  {2.0f, 0, 1.0f},
-        {3.0f, 1, 0.5f},  {4.0f, 1, 1.0f},
-        {7.0f, 2, 0.75f}, {8.0f, 2, 1.0f},
-        {9.0f, 2, 1.0f},  {std::numeric_limits<float>::infinity(), 2, 1.0f},
-    };
-    for (const Case& item : cases)
+    for (const auto& [time, key, fraction] : cases)
     {
         TEV2_ANIMATABLE_FLOAT32_LINEAR track = TrackAt({1.0f, 2.0f, 4.0f, 8.0f});
-        track.SetTime(item.time);
-        EXPECT_EQ(track.m_current_key, item.key) << item.time;
-        EXPECT_EQ(track.m_fraction, item.fraction) << item.time;
+        track.SetTime(time);
+        EXPECT_EQ(track.m_current_key, key) << time;
+        EXPECT_EQ(track.m_fraction, fraction) << time;
     }
 }
 
@@ -72,24 +63,18 @@ TEST(Playback, ChangesNothingWithFewerThanTwoKeys)
 
 TEST(Update, MovesOnAndWraps)
 {
-    struct Case
-    {
-        float from;
-        float delta;
-        float value;
-    };
-    // Two to twelve, the value ten times the time.
-    const Case cases[] = {
+    // From, by, and the value, ten times the time; keys are from 2 to 12.
+    const std::tuple<float, float, float> cases[] = {
         {2.0f, 0.0f, 20.0f},   {2.0f, 3.0f, 50.0f},   {5.0f, -2.0f, 30.0f},  {5.0f, -9.0f, 20.0f},
         {12.0f, 0.0f, 120.0f}, {11.0f, 1.0f, 120.0f}, {12.0f, 4.0f, 60.0f},  {12.0f, 6.0f, 20.0f},
         {12.0f, 5.0f, 20.0f},  {12.0f, 10.0f, 20.0f}, {12.0f, 12.5f, 45.0f}, {12.0f, 24.0f, 60.0f},
     };
-    for (const Case& item : cases)
+    for (const auto& [from, delta, value] : cases)
     {
         TEV2_ANIMATABLE_FLOAT32_LINEAR track = TrackAt({2.0f, 4.0f, 8.0f, 12.0f});
-        track.SetTime(item.from);
-        track.Update(item.delta);
-        EXPECT_NEAR(track.GetValue(), item.value, 1e-4f) << item.from << " + " << item.delta;
+        track.SetTime(from);
+        track.Update(delta);
+        EXPECT_NEAR(track.GetValue(), value, 1e-4f) << from << " + " << delta;
     }
 }
 
@@ -189,18 +174,17 @@ TEST(Playback, ACursorBeyondTheKeysIsAtTheLastOne)
 
 TEST(Playback, EndsDoNotDependOnTheTracksBefore)
 {
-    struct Case
+    const struct
     {
         std::vector<float> before; ///< has 2 in the segment that times have it in, too
         std::vector<float> times;  ///< not ascending
         std::uint32_t key;
         float fraction;
-    };
-    const Case cases[] = {
+    } cases[] = {
         {{0.0f, 4.0f, 5.0f}, {0.0f, 5.0f, 1.0f}, 1, 1.0f}, // 2 is after the last key
         {{0.0f, 1.0f, 4.0f}, {3.0f, 0.0f, 5.0f}, 0, 0.0f}, // 2 is before the first
     };
-    for (const Case& item : cases)
+    for (const auto& item : cases)
     {
         TEV2_MATRIX_HIERARCHY hierarchy;
         hierarchy.nodes.resize(2);

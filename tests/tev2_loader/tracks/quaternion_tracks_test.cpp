@@ -1,9 +1,11 @@
-#include "tev2_loader/tracks/quaternion_tracks.h"
+#include "tests/support/tracks.h"
 
+#include <array>
 #include <cmath>
 #include <gtest/gtest.h>
 
 using namespace TEV2_LOADER;
+using namespace tv2_tests;
 
 namespace
 {
@@ -13,11 +15,9 @@ constexpr float kHalf = 0.70710678f;
 template <typename Track>
 TEV2_QUATERNION Between(const TEV2_QUATERNION& opening, const TEV2_QUATERNION& closing, float fraction)
 {
-    Track track;
-    track.Append(0.0f, opening);
-    track.Append(1.0f, closing);
-    track.SetTime(fraction);
-    return track.GetValue();
+    const auto track = MakeTrack<Track>({{0.0f, opening}, {1.0f, closing}});
+    track->SetTime(fraction);
+    return track->GetValue();
 }
 
 void ExpectNear(const TEV2_QUATERNION& found, const TEV2_QUATERNION& expected, float tolerance = 1e-6f)
@@ -71,35 +71,19 @@ TEST(QuaternionSlerp, IsLinearOnlyAboveItsThreshold)
     EXPECT_NEAR(length(halfway(0.995f)), std::sqrt(0.9975f), 1e-5f);
 }
 
-TEST(QuaternionTrack, OneKeyIsAConstant)
-{
-    TEV2_ANIMATABLE_QUATERNION_SLERP track;
-    track.Append(0.0f, {1, 2, 3, 4});
-    track.m_fraction = 0.5f;
-    EXPECT_TRUE(track.GetValue() == (TEV2_QUATERNION{1, 2, 3, 4}));
-}
-
 TEST(QuaternionTrack, MultipliesEveryKeyFromTheRight)
 {
-    struct Case
-    {
-        TEV2_QUATERNION key;
-        TEV2_QUATERNION by;
-        TEV2_QUATERNION product;
+    const std::array<TEV2_QUATERNION, 3> cases[] = {
+        {{{1, 2, 3, 4}, {0, 0, 0, 1}, {1, 2, 3, 4}}},     {{{1, 0, 0, 0}, {0, 1, 0, 0}, {0, 0, 1, 0}}},
+        {{{0, 1, 0, 0}, {1, 0, 0, 0}, {0, 0, -1, 0}}},    {{{0, 0, 1, 0}, {0, 0, 1, 0}, {0, 0, 0, -1}}},
+        {{{1, 2, 3, 4}, {5, 6, 7, 8}, {24, 48, 48, -6}}},
     };
-    const Case cases[] = {
-        {{1, 2, 3, 4}, {0, 0, 0, 1}, {1, 2, 3, 4}},     {{1, 0, 0, 0}, {0, 1, 0, 0}, {0, 0, 1, 0}},
-        {{0, 1, 0, 0}, {1, 0, 0, 0}, {0, 0, -1, 0}},    {{0, 0, 1, 0}, {0, 0, 1, 0}, {0, 0, 0, -1}},
-        {{1, 2, 3, 4}, {5, 6, 7, 8}, {24, 48, 48, -6}},
-    };
-    for (const Case& item : cases)
+    for (const auto& [key, by, product] : cases)
     {
-        TEV2_ANIMATABLE_QUATERNION_LERP track;
-        track.Append(0.0f, item.key);
-        track.Append(1.0f, item.key);
-        track.Multiply(item.by);
-        EXPECT_TRUE(track.m_values[0] == item.product);
-        EXPECT_TRUE(track.m_values[1] == item.product);
+        const auto track = MakeTrack<TEV2_ANIMATABLE_QUATERNION_LERP>({{0.0f, key}, {1.0f, key}});
+        track->Multiply(by);
+        EXPECT_TRUE(track->m_values[0] == product);
+        EXPECT_TRUE(track->m_values[1] == product);
     }
 }
 
