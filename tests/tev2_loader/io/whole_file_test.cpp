@@ -14,6 +14,7 @@
 #include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
+#include <tuple>
 #include <unistd.h>
 
 using namespace TEV2_LOADER;
@@ -54,38 +55,49 @@ pid_t EndedProcess()
     return child;
 }
 
-TEST(WholeFile, ReplacesAFileAndKeepsItsPermissions)
+/// A folder of one file.
+class WholeFile : public testing::Test
 {
+protected:
+    void SetModes(mode_t of_file, mode_t of_folder = 0755) const
+    {
+        ASSERT_EQ(::chmod(path.c_str(), of_file), 0);
+        ASSERT_EQ(::chmod(folder.Path("").c_str(), of_folder), 0);
+    }
+
+    void ExpectAlone(const std::string& content) const
+    {
+        EXPECT_EQ(ReadText(path), content);
+        EXPECT_EQ(folder.Names(), Names{"a"});
+    }
+
     const ScratchFolder folder;
-    const std::string path = folder.Make("a.tv2", "old");
+    const std::string path = folder.Make("a", "old");
+};
+
+TEST_F(WholeFile, ReplacesAFileAndKeepsItsPermissions)
+{
     for (const mode_t mode : {0600u, 0664u, 0755u, 0200u})
     {
-        ASSERT_EQ(::chmod(path.c_str(), mode), 0);
+        SetModes(mode);
         const ino_t before = StatusOf(path).st_ino;
         EXPECT_TRUE(WriteWholeFile(path, "new"));
         EXPECT_EQ(ModeOf(path), mode);
         EXPECT_NE(StatusOf(path).st_ino, before) << "written into the old file";
     }
-    ASSERT_EQ(::chmod(path.c_str(), 0600), 0);
-    EXPECT_EQ(ReadText(path), "new");
-    EXPECT_EQ(folder.Names(), Names{"a.tv2"});
-}
+    SetModes(0600);
+    ExpectAlone("new");
 
-TEST(WholeFile, GivesNewFilesTheUsualPermissions)
-{
-    const ScratchFolder folder;
     const mode_t before = ::umask(027);
-    EXPECT_TRUE(WriteWholeFile(folder.Path("a"), ""));
+    EXPECT_TRUE(WriteWholeFile(folder.Path("b"), ""));
     ::umask(before);
-    EXPECT_EQ(ModeOf(folder.Path("a")), 0640u);
+    EXPECT_EQ(ModeOf(folder.Path("b")), 0640u) << "a new file has the usual ones";
 }
 
-TEST(WholeFile, IsWrittenUnderAnotherNameThatIsAsPrivate)
+TEST_F(WholeFile, IsWrittenUnderAnotherNameThatIsAsPrivate)
 {
-    const ScratchFolder folder;
-    const std::string path = folder.Make("a.tv2", "old");
-    ASSERT_EQ(::chmod(path.c_str(), 0600), 0);
-    const std::string part = ".a.tv2." + std::to_string(::getpid()) + "-";
+    SetModes(0600);
+    const std::string part = ".a." + std::to_string(::getpid()) + "-";
     const auto content = [&](std::unique_ptr<TEV2_FILE_STREAM>& stream)
     {
         const Names names = folder.Names();
@@ -96,29 +108,24 @@ TEST(WholeFile, IsWrittenUnderAnotherNameThatIsAsPrivate)
         return stream->Write("new", 3) == 3;
     };
     EXPECT_TRUE(WriteWholeFile(path, content));
-    EXPECT_EQ(ReadText(path), "new");
+    ExpectAlone("new");
 }
 
-TEST(WholeFile, FollowsLinks)
+TEST_F(WholeFile, FollowsLinks)
 {
-    const ScratchFolder folder;
     std::filesystem::create_directories(folder.Path("far/there"));
-    const std::string old_file = folder.Make("far/there/old.tv2", "old");
-    const struct
+    const std::string old_file = folder.Make("far/there/old", "old");
+    const std::tuple<std::string, std::string, std::string> cases[] = {
+        {"relative", "far/there/old", "far/there/old"},
+        {"far/second", "../relative", "far/there/old"},
+        {"dangling", "far/there/new", "far/there/new"},
+        {"absolute", old_file, "far/there/old"}};
+    for (const auto& [link, to, file] : cases)
     {
-        const char* link;
-        const char* to;
-        const char* file;
-    } cases[] = {{"relative.tv2", "far/there/old.tv2", "far/there/old.tv2"},
-                 {"far/second.tv2", "../relative.tv2", "far/there/old.tv2"},
-                 {"dangling.tv2", "far/there/new.tv2", "far/there/new.tv2"},
-                 {"absolute.tv2", old_file.c_str(), "far/there/old.tv2"}};
-    for (const auto& item : cases)
-    {
-        std::filesystem::create_symlink(item.to, folder.Path(item.link));
-        EXPECT_TRUE(WriteWholeFile(folder.Path(item.link), item.link));
-        EXPECT_TRUE(std::filesystem::is_symlink(folder.Path(item.link))) << item.link;
-        EXPECT_EQ(ReadText(folder.Path(item.file)), item.link);
+        std::filesystem::create_symlink(to, folder.Path(link));
+        EXPECT_TRUE(WriteWholeFile(folder.Path(link), link));
+        EXPECT_TRUE(std::filesystem::is_symlink(folder.Path(link))) << link;
+        EXPECT_EQ(ReadText(folder.Path(file)), link);
     }
     std::filesystem::create_symlink("circle", folder.Path("circle"));
     EXPECT_EQ(WriteWholeFile(folder.Path("circle"), "new").Reason(), Words(ELOOP));
@@ -126,7 +133,7 @@ TEST(WholeFile, FollowsLinks)
 }
 
 /// Every way for the content to be incomplete: the old file stays, and nothing else.
-TEST(WholeFile, KeepsTheOldFileWhenTheContentIsIncomplete)
+TEST_F(WholeFile, KeepsTheOldFileWhenTheContentIsIncomplete)
 {
     using Stream = std::unique_ptr<TEV2_FILE_STREAM>;
     const auto write = [](Stream& stream) { return stream->Write("half", 4) == 4; };
@@ -141,22 +148,16 @@ TEST(WholeFile, KeepsTheOldFileWhenTheContentIsIncomplete)
                   [&](Stream& s) { return write(s) && ::close(::fileno(s->handle)) == 0; }, EBADF},
                  {"it begins otherwise", [&](Stream& s) { return s->Write("Half", 4) == 4; }, EIO},
                  {"it is too short", [&](Stream& s) { return s->Write("h", 1) == 1; }, EIO}};
-    for (const char* const old : {"old", ""})
-        for (const auto& item : cases)
-        {
-            const ScratchFolder folder;
-            const std::string path = *old ? folder.Make("a", old) : folder.Path("a");
-            EXPECT_EQ(WriteWholeFile(path, item.content, "half").Reason(), Words(item.error)) << item.what;
-            EXPECT_EQ(folder.Names(), *old ? Names{"a"} : Names{}) << item.what;
-            if (*old != 0)
-                EXPECT_EQ(ReadText(path), old) << item.what;
-        }
-    const ScratchFolder folder;
-    const std::string path = folder.Make("a", "old");
+    for (const auto& item : cases)
+    {
+        SCOPED_TRACE(item.what);
+        EXPECT_EQ(WriteWholeFile(path, item.content, "half").Reason(), Words(item.error));
+        EXPECT_EQ(WriteWholeFile(folder.Path("new"), item.content, "half").Reason(), Words(item.error));
+        ExpectAlone("old");
+    }
     const FileContent thrower = [&](Stream&) -> bool { throw std::runtime_error("content"); };
     EXPECT_THROW(WriteWholeFile(path, thrower), std::runtime_error);
-    EXPECT_EQ(folder.Names(), Names{"a"});
-    EXPECT_EQ(ReadText(path), "old");
+    ExpectAlone("old");
 }
 
 /// While it lives no file of this process may grow larger, and the signal for that is ignored.
@@ -182,10 +183,8 @@ private:
     rlimit before_{};
 };
 
-TEST(WholeFile, KeepsTheOldSceneWhereverTheDiskEnds)
+TEST_F(WholeFile, KeepsTheOldSceneWhereverTheDiskEnds)
 {
-    const ScratchFolder folder;
-    const std::string path = folder.Path("a.tv2");
     TEV2 scene;
     ASSERT_TRUE(SaveFile(scene, path));
     const std::string old = ReadText(path);
@@ -194,7 +193,7 @@ TEST(WholeFile, KeepsTheOldSceneWhereverTheDiskEnds)
     {
         const FileSizeLimit limit(bytes);
         ASSERT_EQ(SaveFile(scene, path).Reason(), Words(EFBIG)) << bytes;
-        ASSERT_EQ(folder.Names(), Names{"a.tv2"}) << bytes;
+        ASSERT_EQ(folder.Names(), Names{"a"}) << bytes;
         ASSERT_EQ(ReadText(path), old) << bytes;
     }
     const FileSizeLimit limit(old.size() + 600);
@@ -202,18 +201,17 @@ TEST(WholeFile, KeepsTheOldSceneWhereverTheDiskEnds)
     EXPECT_EQ(ReadText(path).size(), old.size() + 600);
 }
 
-TEST(WholeFile, GoesStraightToTheNameWhereThereIsNoOtherWay)
+TEST_F(WholeFile, GoesStraightToTheNameWhereThereIsNoOtherWay)
 {
-    const ScratchFolder folder;
-    const auto written_into = [&](const std::string& path)
+    const auto written_into = [&](const std::string& file)
     {
-        const ino_t before = StatusOf(path).st_ino;
-        EXPECT_TRUE(WriteWholeFile(path, "new"));
-        EXPECT_EQ(ReadText(path), "new");
-        return StatusOf(path).st_ino == before;
+        const ino_t before = StatusOf(file).st_ino;
+        EXPECT_TRUE(WriteWholeFile(file, "new"));
+        EXPECT_EQ(ReadText(file), "new");
+        return StatusOf(file).st_ino == before;
     };
-    const std::string name(255, 'n'); // the longest that file systems take
-    EXPECT_TRUE(written_into(folder.Make(name, "old")));
+    EXPECT_TRUE(written_into(folder.Make(std::string(255, 'n'), "old")))
+        << "the longest that file systems take";
 
     // Paths that only the part file would make too long: ".", ".", process, "-", number and ".part" are at least 12.
     for (const std::size_t length : {kMostPathBytes, kMostPathBytes - 9})
@@ -222,10 +220,8 @@ TEST(WholeFile, GoesStraightToTheNameWhereThereIsNoOtherWay)
         ASSERT_LT(base.size() + 20, length - 120);
         const std::string sub(120, 'd');
         std::filesystem::create_directories(folder.Path(sub));
-        const std::string path =
-            folder.Make(sub + "/" + std::string(length - base.size() - sub.size() - 1, 'n'), "old");
-        ASSERT_EQ(path.size(), length);
-        EXPECT_TRUE(written_into(path));
+        const std::string name(length - base.size() - sub.size() - 1, 'n');
+        EXPECT_TRUE(written_into(folder.Make(sub + "/" + name, "old")));
     }
     EXPECT_TRUE(WriteWholeFile("/dev/null", "new"));
     EXPECT_EQ(StatusOf("/dev/null").st_mode & S_IFMT, mode_t{S_IFCHR});
@@ -251,109 +247,91 @@ void AsOrdinaryUser(Test&& test)
     EXPECT_EQ(WEXITSTATUS(status), 0);
 }
 
-TEST(WholeFile, GoesStraightToTheNameInAFolderThatMayNotBeChanged)
+TEST_F(WholeFile, GoesStraightToTheNameInAFolderThatMayNotBeChanged)
 {
-    const ScratchFolder folder;
-    const std::string path = folder.Make("a", "old");
-    ASSERT_EQ(::chmod(path.c_str(), 0666), 0);
-    ASSERT_EQ(::chmod(folder.Path("").c_str(), 0555), 0);
+    SetModes(0666, 0555);
     AsOrdinaryUser(
         [&]
         {
             return WriteWholeFile(path, "new").Ok() &&
                    WriteWholeFile(folder.Path("b"), "new").Reason() == Words(EACCES);
         });
-    EXPECT_EQ(ReadText(path), "new");
-    EXPECT_EQ(folder.Names(), Names{"a"});
+    ExpectAlone("new");
 }
 
 /// In a folder that all may write to, renaming would replace what its owner alone may write to.
-TEST(WholeFile, DoesNotReplaceWhatMayNotBeWrittenTo)
+TEST_F(WholeFile, DoesNotReplaceWhatMayNotBeWrittenTo)
 {
-    const ScratchFolder folder;
-    const std::string path = folder.Make("a", "old");
-    ASSERT_EQ(::chmod(path.c_str(), 0444), 0);
-    ASSERT_EQ(::chmod(folder.Path("").c_str(), 0777), 0);
+    SetModes(0444, 0777);
     AsOrdinaryUser([&] { return WriteWholeFile(path, "new").Reason() == Words(EACCES); });
-    EXPECT_EQ(ReadText(path), "old");
-    EXPECT_EQ(folder.Names(), Names{"a"});
+    ExpectAlone("old");
 }
 
 /// A file of another owner in a sticky folder may be written to but not replaced.
-TEST(WholeFile, GoesStraightToTheNameWhenReplacingIsRefused)
+TEST_F(WholeFile, GoesStraightToTheNameWhenReplacingIsRefused)
 {
     if (::geteuid() != 0)
         GTEST_SKIP() << "takes a superuser to prepare";
-    const ScratchFolder folder;
-    const std::string path = folder.Make("a", "old");
-    ASSERT_EQ(::chmod(path.c_str(), 0666), 0);
-    ASSERT_EQ(::chmod(folder.Path("").c_str(), 01777), 0);
+    SetModes(0666, 01777);
     const ino_t before = StatusOf(path).st_ino;
     AsOrdinaryUser([&] { return WriteWholeFile(path, "new").Ok(); });
-    EXPECT_EQ(ReadText(path), "new");
+    ExpectAlone("new");
     EXPECT_EQ(StatusOf(path).st_ino, before);
-    EXPECT_EQ(folder.Names(), Names{"a"});
 }
 
-TEST(WholeFile, NeverWaitsForAPipe)
+TEST_F(WholeFile, NeverWaitsForAPipe)
 {
-    const ScratchFolder folder;
-    const std::string path = folder.Path("pipe");
-    ASSERT_EQ(::mkfifo(path.c_str(), 0600), 0);
-    EXPECT_FALSE(WriteWholeFile(path, "new"));
-    const int reader = ::open(path.c_str(), O_RDONLY | O_NONBLOCK);
-    EXPECT_EQ(WriteWholeFile(path, "new").Reason(), Words(ESPIPE));
+    const std::string pipe = folder.Path("pipe");
+    ASSERT_EQ(::mkfifo(pipe.c_str(), 0600), 0);
+    EXPECT_FALSE(WriteWholeFile(pipe, "new"));
+    const int reader = ::open(pipe.c_str(), O_RDONLY | O_NONBLOCK);
+    EXPECT_EQ(WriteWholeFile(pipe, "new").Reason(), Words(ESPIPE));
     ::close(reader);
-    EXPECT_EQ(StatusOf(path).st_mode & S_IFMT, mode_t{S_IFIFO});
+    EXPECT_EQ(StatusOf(pipe).st_mode & S_IFMT, mode_t{S_IFIFO});
     EXPECT_EQ(WriteWholeFile(folder.Path(""), "new").Reason(), Words(EISDIR));
     EXPECT_EQ(WriteWholeFile(folder.Path("no/folder"), "new").Reason(), Words(ENOENT));
     EXPECT_EQ(WriteWholeFile("", "new").Reason(), Words(ENOENT));
-    EXPECT_EQ(folder.Names(), Names{"pipe"});
+    EXPECT_EQ(folder.Names(), (Names{"a", "pipe"}));
 }
 
-TEST(WholeFile, RemovesThePartFilesThatNobodyIsWriting)
+TEST_F(WholeFile, RemovesThePartFilesThatNobodyIsWriting)
 {
-    const ScratchFolder folder;
     const std::string gone = std::to_string(EndedProcess());
     const std::string alive = std::to_string(::getppid());
     const std::string own = std::to_string(::getpid());
-    for (const std::string& name :
-         {".a.tv2." + gone + "-1.part", ".a.tv2." + gone + "-77.part", ".a.tv2." + own + "-9999.part"})
-        folder.Make(name, "abandoned");
-    Names kept = {".a.tv2." + alive + "-1.part",
-                  ".b.tv2." + gone + "-1.part",
-                  ".a.tv2." + gone + "-1.part.tv2",
-                  ".a.tv2." + gone + ".part",
-                  ".a.tv2." + gone + "-.part",
-                  ".a.tv2.x" + gone + "-1.part",
-                  ".a.tv2.-1.part",
-                  "a.tv2." + gone + "-1.part"};
+    for (const std::string& name : {gone + "-1", gone + "-77", own + "-9999"})
+        folder.Make(".a." + name + ".part", "abandoned");
+    Names kept = {".a." + alive + "-1.part",
+                  ".b." + gone + "-1.part",
+                  ".a." + gone + "-1.part.a",
+                  ".a." + gone + ".part",
+                  ".a." + gone + "-.part",
+                  ".a.x" + gone + "-1.part",
+                  ".a.-1.part",
+                  "a." + gone + "-1.part",
+                  "a"};
     for (const std::string& name : kept)
         folder.Make(name, "kept");
-    EXPECT_TRUE(WriteWholeFile(folder.Path("a.tv2"), "new"));
-    kept.emplace_back("a.tv2");
+    EXPECT_TRUE(WriteWholeFile(path, "new"));
     std::ranges::sort(kept);
     EXPECT_EQ(folder.Names(), kept);
 }
 
 /// Another computer that shares the folder numbers its processes on its own.
-TEST(WholeFile, LeavesAPartFileThatIsLockedWhateverItsProcess)
+TEST_F(WholeFile, LeavesAPartFileThatIsLockedWhateverItsProcess)
 {
-    const ScratchFolder folder;
     const std::string part = ".a." + std::to_string(EndedProcess()) + "-1.part";
     const int locked = ::open(folder.Make(part, "half").c_str(), O_RDWR | O_CLOEXEC);
     ASSERT_EQ(::flock(locked, LOCK_EX | LOCK_NB), 0);
-    EXPECT_TRUE(WriteWholeFile(folder.Path("a"), "new"));
+    EXPECT_TRUE(WriteWholeFile(path, "new"));
     EXPECT_EQ(folder.Names(), (Names{part, "a"}));
     ::close(locked);
-    EXPECT_TRUE(WriteWholeFile(folder.Path("a"), "new"));
-    EXPECT_EQ(folder.Names(), Names{"a"});
+    EXPECT_TRUE(WriteWholeFile(path, "newer"));
+    ExpectAlone("newer");
 }
 
-TEST(WholeFile, LeavesThePartFileOfAWriteInProgress)
+TEST_F(WholeFile, LeavesThePartFileOfAWriteInProgress)
 {
-    const ScratchFolder folder;
-    const std::string path = folder.Path("a");
     const auto outer = [&](std::unique_ptr<TEV2_FILE_STREAM>& stream)
     {
         EXPECT_TRUE(WriteWholeFile(path, "inner"));
@@ -361,8 +339,7 @@ TEST(WholeFile, LeavesThePartFileOfAWriteInProgress)
         return stream->Write("outer", 5) == 5;
     };
     EXPECT_TRUE(WriteWholeFile(path, outer));
-    EXPECT_EQ(ReadText(path), "outer");
-    EXPECT_EQ(folder.Names(), Names{"a"});
+    ExpectAlone("outer");
 }
 
 } // namespace
