@@ -64,10 +64,8 @@ TEST(Evaluation, BindsWeightedMeshesToTheSkeletonAtTheStart)
         const TEV2_MATRIX_3X4 identity =
             Product(scene.inverseBindMatrices[node], scene.matrixHierarchy.nodes[node].worldMatrix);
         for (int row = 0; row < 3; ++row)
-        {
             for (int column = 0; column < 4; ++column)
                 EXPECT_NEAR(identity.m[row][column], row == column ? 1.0f : 0.0f, 1e-5f) << node;
-        }
     }
     EXPECT_EQ(scene.matrixHierarchy.nodes[0].worldMatrix.m[0][3], 0.5f);
 

@@ -22,12 +22,6 @@ std::vector<std::pair<std::uint32_t, std::size_t>> Chunks(const std::vector<std:
     return chunks;
 }
 
-bool Loads(const std::vector<std::uint8_t>& image)
-{
-    TEV2_MEMORY_CURSOR cursor(image.data(), image.size());
-    return TEV2().Load(cursor, false);
-}
-
 TEST(Save, WritesTheSmallestFile)
 {
     const Bytes expected = Bytes()
@@ -55,60 +49,18 @@ TEST(Save, WritesTheChunksInTheirOrder)
     EXPECT_EQ(ids, expected);
 }
 
-TEST(Save, PutsTypesAndListsBeforeTheBodies)
-{
-    TEV2 scene;
-    FillWithEverything(scene, true);
-    const std::vector<std::uint8_t> image = SceneImage(scene);
-    std::vector<std::uint32_t> lights;
-    std::vector<std::uint32_t> materials;
-    std::vector<std::uint32_t> lists;
-    for (const auto& [id, body] : Chunks(image))
-    {
-        TEV2_MEMORY_CURSOR cursor(image.data() + body, image.size() - body);
-        if (id == 5)
-            lights.push_back(cursor.ReadU32());
-        if (id == 13)
-            materials.push_back(cursor.ReadU32());
-        if (id == 14 || id == 16 || id == 18 || id == 19)
-        {
-            lists.push_back(cursor.ReadU32());
-            EXPECT_EQ(*cursor.current, lists.back()) << "the body that the sample gave it";
-        }
-    }
-    EXPECT_EQ(lights, (std::vector<std::uint32_t>{0, 2, 77}));
-    EXPECT_EQ(materials, (std::vector<std::uint32_t>{1, 0, 5}));
-    EXPECT_EQ(lists, (std::vector<std::uint32_t>{3, 2, 5, 0, 4, 6, 1, 8}));
-}
-
 TEST(Save, CountsEveryArrayInItsPlace)
 {
     TEV2 scene;
     std::uint32_t next = 1;
     std::vector<std::uint32_t> expected = {23};
-    const auto fill = [&](auto& array)
-    {
-        array.resize(next); // null entries: counted, but no chunk
-        expected.push_back(next++);
-    };
+    const auto fill = [&](auto&... arrays) // with null entries: counted, but no chunk
+    { ((arrays.resize(next), expected.push_back(next++)), ...); };
     auto& lists = scene.instanceLists;
-    fill(scene.lights);
-    fill(scene.cameras);
-    fill(scene.rigids);
-    fill(scene.animMeshes);
-    fill(scene.morphMeshes);
-    fill(scene.weightedMeshes);
-    fill(scene.bezierSplines);
-    fill(scene.helpers);
-    fill(scene.materials);
-    for (const std::size_t list : {3u, 2u, 5u, 0u, 4u, 6u, 1u, 7u})
-        fill(lists[list]);
-    fill(scene.xrefs15);
-    fill(scene.xrefs20);
-    fill(scene.xrefObjects);
-    fill(lists[8]);
-    fill(scene.speedTreeReferences);
-    fill(lists[9]);
+    fill(scene.lights, scene.cameras, scene.rigids, scene.animMeshes, scene.morphMeshes, scene.weightedMeshes,
+         scene.bezierSplines, scene.helpers, scene.materials, lists[3], lists[2], lists[5], lists[0],
+         lists[4], lists[6], lists[1], lists[7], scene.xrefs15, scene.xrefs20, scene.xrefObjects, lists[8],
+         scene.speedTreeReferences, lists[9]);
 
     const std::vector<std::uint8_t> image = SceneImage(scene);
     const auto chunks = Chunks(image);
@@ -122,15 +74,11 @@ TEST(Save, AFileComesBackAndIsWrittenTheSame)
 {
     TEV2 scene;
     FillWithEverything(scene);
-    // The file knows nothing of the null entry.
-    scene.lights.erase(scene.lights.begin() + 1);
-    const std::vector<std::uint8_t> image = SceneImage(scene);
-    TEV2_LOAD_REPORT report;
-    TEV2_MEMORY_CURSOR cursor(image.data(), image.size(), &report);
-    TEV2 loaded;
-    ASSERT_TRUE(loaded.Load(cursor, false));
-    EXPECT_TRUE(report.findings.empty());
-    EXPECT_EQ(SceneImage(loaded), image);
+    scene.lights.erase(scene.lights.begin() + 1); // the null entry: the file knows nothing of it
+    const auto loaded = LoadImageOf(SceneImage(scene));
+    ASSERT_TRUE(loaded->loaded);
+    EXPECT_TRUE(loaded->report.findings.empty());
+    EXPECT_EQ(SceneImage(loaded->scene), SceneImage(scene));
 }
 
 TEST(Save, IsFalseWhereTheFileCannotLoad)
@@ -139,19 +87,19 @@ TEST(Save, IsFalseWhereTheFileCannotLoad)
     const std::string path = folder.Path("more");
     const TEV2 scene;
     {
-        TEV2_FILE_WRITER writer(TEV2_WIDE_STRING::FromBytes(path), false, true);
+        TEV2_FILE_WRITER writer = WriterTo(path);
         EXPECT_TRUE(scene.Save(writer));
         EXPECT_FALSE(scene.Save(writer));
     }
-    EXPECT_FALSE(Loads(ReadBytes(path)));
+    EXPECT_FALSE(LoadImageOf(ReadBytes(path))->loaded);
     for (const bool is_new : {false, true})
     {
         if (is_new)
             std::remove(path.c_str());
-        TEV2_FILE_WRITER writer(TEV2_WIDE_STRING::FromBytes(path), true, true);
+        TEV2_FILE_WRITER writer = WriterTo(path, true);
         EXPECT_FALSE(scene.Save(writer));
         EXPECT_TRUE(writer.stream->Close());
-        EXPECT_FALSE(Loads(ReadBytes(path)));
+        EXPECT_FALSE(LoadImageOf(ReadBytes(path))->loaded);
     }
 }
 
@@ -159,7 +107,7 @@ TEST(Save, WithoutAFileReportsFailure)
 {
     const ScratchFolder folder;
     TEV2 scene;
-    TEV2_FILE_WRITER writer(TEV2_WIDE_STRING::FromBytes(folder.Path("no") + "/such/folder.tv2"), false, true);
+    TEV2_FILE_WRITER writer = WriterTo(folder.Path("no") + "/such/folder.tv2");
     EXPECT_FALSE(scene.Save(writer));
     EXPECT_NE(writer.stream->lastError, 0);
 }
@@ -170,14 +118,14 @@ TEST(Save, AFileThatMetAnErrorDoesNotLoad)
     const std::string path = folder.Path("latched");
     {
         TEV2 scene;
-        TEV2_FILE_WRITER writer(TEV2_WIDE_STRING::FromBytes(path), false, true);
+        TEV2_FILE_WRITER writer = WriterTo(path);
         writer.stream->lastError = 5;
         EXPECT_TRUE(scene.Save(writer));
         EXPECT_EQ(writer.stream->lastError, 5);
     }
     std::vector<std::uint8_t> image = ReadBytes(path);
     EXPECT_EQ(image.size(), 204u);
-    EXPECT_FALSE(Loads(image));
+    EXPECT_FALSE(LoadImageOf(image)->loaded);
     std::fill_n(image.begin(), 4, std::uint8_t{0});
     EXPECT_EQ(image, ReadBytes(path));
 }
