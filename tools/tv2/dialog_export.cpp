@@ -11,6 +11,8 @@
 #include <mobu_host/private_settings.h>
 #include <mobu_host/ui.h>
 
+#include <filesystem>
+#include <map>
 #include <memory>
 #include <optional>
 
@@ -24,6 +26,52 @@ using TEV2_LOADER::Status;
 
 namespace
 {
+
+/// Makes read-only files writable. With the object, those that nobody wrote to become read-only again.
+class WritableForAWhile
+{
+public:
+    WritableForAWhile() = default;
+    ~WritableForAWhile()
+    {
+        for (const auto& [path, opened] : opened_)
+        {
+            if (FileStamp::Of(path) == opened.stamp)
+            {
+                std::error_code ignored;
+                std::filesystem::permissions(path, opened.permissions, ignored);
+            }
+        }
+    }
+    WritableForAWhile(const WritableForAWhile&) = delete;
+    WritableForAWhile& operator=(const WritableForAWhile&) = delete;
+
+    Status Open(const std::vector<FilePlan>& files)
+    {
+        for (const FilePlan& file : files)
+        {
+            if (FileStamp::Of(file.path).read_only)
+            {
+                std::error_code ignored;
+                const auto permissions = std::filesystem::status(file.path, ignored).permissions();
+                if (const Status writable = MakeTargetsWritable({file}); !writable)
+                {
+                    return writable;
+                }
+                opened_[file.path] = {FileStamp::Of(file.path), permissions};
+            }
+        }
+        return {};
+    }
+
+private:
+    struct Opened
+    {
+        FileStamp stamp;
+        std::filesystem::perms permissions{}; ///< before
+    };
+    std::map<std::string, Opened> opened_;
+};
 
 class DialogRun
 {
@@ -62,6 +110,14 @@ public:
         if (!entry)
         {
             return Status::Failure(plugin->Path() + " is no exporter: it has no entry in the export menu");
+        }
+        WritableForAWhile writable;
+        if (request_.overwrite_read_only)
+        {
+            if (Status opened = writable.Open(FilesOfAnyChoice()); !opened)
+            {
+                return opened;
+            }
         }
         return Export(*entry);
     }
@@ -191,13 +247,6 @@ private:
             return;
         }
         plan_ = tev2_exporter::PlanOfDialog(*choices_, FactsOf(request_));
-        if (request_.overwrite_read_only)
-        {
-            if (const Status writable = MakeTargetsWritable(plan_.files); !writable)
-            {
-                result_.failures.push_back(writable.Reason());
-            }
-        }
         for (const FilePlan& file : plan_.files)
         {
             before_.push_back(FileStamp::Of(file.path));
