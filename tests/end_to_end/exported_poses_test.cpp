@@ -56,9 +56,7 @@ Pose RelativeToSceneRoot(const Pose& p)
     return relative;
 }
 
-class ExportedPoses : public testing::TestWithParam<std::string>
-{
-};
+using ExportedPoses = testing::TestWithParam<std::string>;
 
 // Key reduction leaves keys away that differ by no more than this from what stays, in metres and in
 // components of quaternions.

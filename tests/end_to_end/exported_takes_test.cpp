@@ -18,9 +18,7 @@ std::map<std::string, std::string> FilesIn(const tv2_tests::ScratchFolder& folde
     return files;
 }
 
-class ExportedTakes : public testing::TestWithParam<std::pair<std::string, Names>> // scene and files
-{
-};
+using ExportedTakes = testing::TestWithParam<std::pair<std::string, Names>>; // scene and files
 
 TEST_P(ExportedTakes, AreTheSameAloneAndTogether)
 {

@@ -1,6 +1,5 @@
 #include "tests/exporter/export_fixture.h"
 
-#include <algorithm>
 #include <limits>
 #if !defined(_WIN32)
 #include <csignal>
@@ -16,18 +15,8 @@ namespace
 using namespace TEV2_LOADER;
 using platform::TestPlatform;
 
-class ExportDriver : public ExportTest
-{
-};
-
-std::vector<std::string> FileNames(const std::filesystem::path& folder)
-{
-    std::vector<std::string> names;
-    for (const auto& entry : std::filesystem::directory_iterator(folder))
-        names.push_back(entry.path().filename().string());
-    std::ranges::sort(names);
-    return names;
-}
+using ExportDriver = ExportTest;
+using Names = std::vector<std::string>;
 
 void MoveAlongX(FBModel& model, FBTake& take, double centimetres_a_second)
 {
@@ -79,7 +68,7 @@ TEST_F(ExportDriver, WritesOneFileForEachTake)
     FBSystem().CurrentTake = walk;
     options_.AllTakes = 1;
     ASSERT_EQ(Run(), 1u);
-    EXPECT_EQ(FileNames(folder_), (std::vector<std::string>{"run_Run.tv2", "run_Walk_fast.tv2"}));
+    EXPECT_EQ(scratch_.Names(), (Names{"run_Run.tv2", "run_Walk_fast.tv2"}));
 
     // A take exported with others, and after them, is the take exported alone but for the name of its file.
     const auto together = Load("run_Run.tv2");
@@ -164,13 +153,12 @@ TEST_F(ExportDriver, ExportsTheTopmostSelectedModels)
     mobu_host::AddModel("Unselected");
     const auto names = [&]
     {
-        std::vector<std::string> found;
+        Names found;
         const auto scene = Export();
         for (const TEV2_MATRIX_NODE& node : scene->matrixHierarchy.nodes)
             found.push_back(Text(node.name) + " " + std::to_string(node.parentIndex));
         return found;
     };
-    using Names = std::vector<std::string>;
     EXPECT_EQ(names(), (Names{"Scene -1", "Hips 0", "Spine 1", "Prop 0", "Unselected 0"}));
     prop->Selected = true;
     hips->Selected = true;
@@ -187,7 +175,7 @@ TEST_F(ExportDriver, FinishesTheRunWhenFilesCannotBeWritten)
     ExportContext context;
     EXPECT_EQ(ExportScene(context, options_, (folder_ / "missing" / "run.tv2").string().c_str()), 1u);
     EXPECT_EQ(ExportScene(context, options_, "/dev/full"), 1u); // no "." in it: named after the take
-    EXPECT_TRUE(FileNames(folder_).empty());
+    EXPECT_TRUE(scratch_.Names().empty());
 }
 
 #if !defined(_WIN32)
@@ -207,7 +195,7 @@ TEST_F(ExportDriver, KeepsTheOldFileWhenTheNewOneCannotBeWritten)
         EXPECT_EQ(Run(), 1u);
         setrlimit(RLIMIT_FSIZE, &before);
         EXPECT_EQ(Bytes("run.tv2"), old);
-        EXPECT_EQ(FileNames(folder_), std::vector<std::string>{"run.tv2"});
+        EXPECT_EQ(scratch_.Names(), Names{"run.tv2"});
     }
     std::signal(SIGXFSZ, handler);
     ASSERT_EQ(Run(), 1u);
@@ -262,7 +250,7 @@ TEST_F(ExportDriver, RefusesWhatCannotBeSampledAndChangesNothing)
         const mobu_host::SceneObserver observer(std::move(calls));
         EXPECT_EQ(Run(), item.result);
         EXPECT_EQ(changes == 0, item.result == 0);
-        EXPECT_EQ(FileNames(folder_).empty(), item.result == 0);
+        EXPECT_EQ(scratch_.Names().empty(), item.result == 0);
         EXPECT_EQ(static_cast<FBTake*>(FBSystem().CurrentTake), first);
         EXPECT_TRUE(constraint->Active);
         std::filesystem::remove(folder_ / "run.tv2");
@@ -280,7 +268,7 @@ TEST_F(ExportDriver, SurvivesACallerWithoutPathOrTake)
     EXPECT_EQ(ExportScene(context, options_, "never.tv2"), 1u);
     EXPECT_EQ(FillOptionsFromScript(context, {}).CustomEnd, 0.0f);
     std::filesystem::current_path(before);
-    EXPECT_EQ(FileNames(folder_), std::vector<std::string>{"Take_001"});
+    EXPECT_EQ(scratch_.Names(), Names{"Take_001"});
 }
 
 TEST_F(ExportDriver, TakesOptionsFromTheScriptAsTheyAre)
@@ -289,18 +277,14 @@ TEST_F(ExportDriver, TakesOptionsFromTheScriptAsTheyAre)
     mobu_host::SetTransportRate(25.0);
     ExportContext context;
     const ExportOptions options =
-        FillOptionsFromScript(
-            context, {"", 0.0, false, 50, -25, {false, true, false, true, true, true}});
-    EXPECT_EQ(options.CustomStart, 2.0f);
-    EXPECT_EQ(options.CustomEnd, -1.0f);
-    EXPECT_EQ(options.SamplingRate, 0.0f);
-    EXPECT_EQ(options.Cancelled, 0);
-    EXPECT_EQ(options.FilenameSpacesToUnderscores, 0);
-    EXPECT_EQ(options.KeepPositiveZ, 1);
-    EXPECT_EQ(options.RemoveNamespaceFromNames, 0);
-    EXPECT_EQ(options.DisableConstraints, 1);
-    EXPECT_EQ(options.UseCustomRange, 1u);
-    EXPECT_EQ(options.AllTakes, 1u);
+        FillOptionsFromScript(context, {"", 0.0, false, 50, -25, {false, true, false, true, true, true}});
+    ExpectOptions(options, {.CustomStart = 2.0f,
+                            .CustomEnd = -1.0f,
+                            .FilenameSpacesToUnderscores = 0,
+                            .RemoveNamespaceFromNames = 0,
+                            .DisableConstraints = 1,
+                            .UseCustomRange = 1,
+                            .AllTakes = 1});
 }
 
 } // namespace

@@ -70,6 +70,24 @@ protected:
     ExportOptions options_;
 };
 
+inline void ExpectOptions(const ExportOptions& actual, const ExportOptions& expected)
+{
+    const auto numbers = [](const ExportOptions& o)
+    {
+        return std::vector<float>{o.CustomStart,
+                                  o.CustomEnd,
+                                  o.SamplingRate,
+                                  float(o.Cancelled),
+                                  float(o.FilenameSpacesToUnderscores),
+                                  float(o.KeepPositiveZ),
+                                  float(o.RemoveNamespaceFromNames),
+                                  float(o.DisableConstraints),
+                                  float(o.UseCustomRange),
+                                  float(o.AllTakes)};
+    };
+    EXPECT_EQ(numbers(actual), numbers(expected)); // in the order of the structure
+}
+
 // The keys of a track in a loaded file, by way of the class that its kind stands for.
 template <typename Concrete, typename Family>
 const Concrete& Keys(const std::unique_ptr<Family>& track)

@@ -7,7 +7,7 @@ namespace tev2_exporter
 namespace
 {
 
-using Names = std::vector<std::u16string>;
+using Paths = std::vector<std::u16string>;
 
 TEST(FileNaming, NamesOneFileForEachTake)
 {
@@ -15,10 +15,10 @@ TEST(FileNaming, NamesOneFileForEachTake)
     {
         const char* what;
         std::u16string path;
-        Names takes;
+        Paths takes;
         bool all_takes;
         bool underscores;
-        Names expected;
+        Paths expected;
     } cases[] = {
         // clang-format off
         {"the current take keeps the path", u"C:\\out\\run.tv2", {u"Take 001"}, false, false, {u"C:\\out\\run.tv2"}},

@@ -40,7 +40,5 @@ inline nlohmann::json FileOf(const CommandResult& result)
 inline void ExpectParts(const std::string& text, const std::vector<std::string>& parts)
 {
     for (const std::string& part : parts)
-    {
         EXPECT_NE(text.find(part), std::string::npos) << part << "\nin\n" << text;
-    }
 }

@@ -13,18 +13,25 @@ using namespace tv2_tests;
 namespace
 {
 
-void AddNode(TEV2& scene, const char16_t* name, std::int32_t parent, TEV2_VECTOR_3 at_0, TEV2_VECTOR_3 at_1)
+/// A node that moves by `way` in a second.
+void AddNode(TEV2& scene, const char16_t* name, std::int32_t parent, TEV2_VECTOR_3 start,
+             TEV2_VECTOR_3 way = {})
 {
     TEV2_MATRIX_NODE& node = scene.matrixHierarchy.nodes.emplace_back();
     node.name = Wide(name);
     node.parentIndex = parent;
-    node.translation = MakeTrack<TEV2_ANIMATABLE_VECTOR_3_LINEAR>({{0.0f, at_0}, {1.0f, at_1}});
+    const TEV2_VECTOR_3 end = {start.x + way.x, start.y + way.y, start.z + way.z};
+    node.translation = MakeTrack<TEV2_ANIMATABLE_VECTOR_3_LINEAR>({{0.0f, start}, {1.0f, end}});
 }
 
-void AddNode(TEV2& scene, const char16_t* name, std::int32_t parent, TEV2_VECTOR_3 place)
+struct SceneOfASecond : TEV2
 {
-    AddNode(scene, name, parent, place, place);
-}
+    explicit SceneOfASecond(const char16_t* root = u"Scene")
+    {
+        environment.timeRange.maximum = 1.0f;
+        AddNode(*this, root, -1, {});
+    }
+};
 
 /// On the last node.
 void AddCamera(TEV2& scene, float field_of_view, float inverse_aspect)
@@ -60,9 +67,7 @@ protected:
     /// A root, hips that walk one metre along X in a second, and a head one metre from them.
     std::string SaveWalker(const char16_t* root, TEV2_VECTOR_3 head) const
     {
-        TEV2 scene;
-        scene.environment.timeRange.maximum = 1.0f;
-        AddNode(scene, root, -1, {});
+        SceneOfASecond scene(root);
         AddNode(scene, u"Hips", 0, {}, {1.0f, 0.0f, 0.0f});
         AddNode(scene, u"Head", 1, head);
         AddNode(scene, u"Nowhere", 1, {std::numeric_limits<float>::quiet_NaN(), 0.0f, 0.0f});
@@ -83,17 +88,16 @@ protected:
     std::string out_; ///< what the command printed
 };
 
-/// A whole scene has Z up and Y to the front relative to its root, a selection has Y up and Z to the back.
-const struct
-{
-    const char16_t* root;
-    TEV2_VECTOR_3 up, front;
-} kExports[] = {{u"Scene", {0.0f, 0.0f, 1.0f}, {0.0f, 1.0f, 0.0f}},
-                {u"Exporter Inserted Root", {0.0f, 1.0f, 0.0f}, {0.0f, 0.0f, -1.0f}}};
-
+// A whole scene has Z up and Y to the front relative to its root, a selection has Y up and Z to the back.
 TEST_F(PictureTest, DrawsUprightFiguresOfEveryExport)
 {
-    for (const auto& item : kExports)
+    const struct
+    {
+        const char16_t* root;
+        TEV2_VECTOR_3 up, front;
+    } exports[] = {{u"Scene", {0.0f, 0.0f, 1.0f}, {0.0f, 1.0f, 0.0f}},
+                   {u"Exporter Inserted Root", {0.0f, 1.0f, 0.0f}, {0.0f, 0.0f, -1.0f}}};
+    for (const auto& item : exports)
     {
         const std::string svg = Drawing(SaveWalker(item.root, item.up), {"--figures", "3"});
         EXPECT_EQ(svg.find("nan"), std::string::npos);
@@ -108,16 +112,10 @@ TEST_F(PictureTest, DrawsUprightFiguresOfEveryExport)
             EXPECT_NEAR(bones[i][0] - bones[0][0], static_cast<double>(i) * (cell + 130.0), 0.3);
         }
         ExpectParts(svg, {">0.50 s<"});
-    }
-}
 
-TEST_F(PictureTest, FromAboveWhatIsInFrontIsBelow)
-{
-    for (const auto& item : kExports)
-    {
-        const auto bones = Matches(Drawing(SaveWalker(item.root, item.front), {"--view", "top"}), kBone);
-        ASSERT_FALSE(bones.empty());
-        EXPECT_NEAR(bones[0][3] - bones[0][1], 260.0, 0.2);
+        const auto above = Matches(Drawing(SaveWalker(item.root, item.front), {"--view", "top"}), kBone);
+        ASSERT_FALSE(above.empty());
+        EXPECT_NEAR(above[0][3] - above[0][1], 260.0, 0.2) << "what is in front is below";
     }
 }
 
@@ -196,9 +194,7 @@ TEST_F(PictureTest, OneInstantIsOneFigureHoweverFarAway)
 
 TEST_F(PictureTest, ShowsPropsAndCamerasAndWhatTheySee)
 {
-    TEV2 scene;
-    scene.environment.timeRange.maximum = 1.0f;
-    AddNode(scene, u"Scene", -1, {});
+    SceneOfASecond scene;
     AddNode(scene, u"Prop", 0, {1.0f, 0.0f, 2.0f});
     AddNode(scene, u"Camera", 0, {});
     AddCamera(scene, 1.5707964f, 0.5f); // a right angle
@@ -260,9 +256,7 @@ TEST_F(PictureTest, LeavesOutWhatIsFarFromTheSkeleton)
 {
     for (const float distance : {2.0f, 30.0f})
     {
-        TEV2 scene;
-        scene.environment.timeRange.maximum = 1.0f;
-        AddNode(scene, u"Scene", -1, {});
+        SceneOfASecond scene;
         AddNode(scene, u"Hips", 0, {});
         AddNode(scene, u"Head", 1, {0.0f, 0.0f, 2.0f});
         AddNode(scene, u"Lamp", 0, {0.0f, 0.0f, 1.0f + distance});
@@ -277,9 +271,7 @@ TEST_F(PictureTest, LabelsOfLinesDoNotTouchWhateverTheSize)
 {
     for (const float size : {0.003f, 0.7f, 30.0f, 4000.0f})
     {
-        TEV2 scene;
-        scene.environment.timeRange.maximum = 1.0f;
-        AddNode(scene, u"Scene", -1, {});
+        SceneOfASecond scene;
         AddNode(scene, u"Hips", 0, {}, {size, 0.0f, 0.0f});
         AddNode(scene, u"Head", 1, {0.0f, 0.0f, size});
         const std::string svg = Drawing(Save(scene), {"--figures", "2"});

@@ -42,9 +42,7 @@ int Shell(const std::string& command)
     return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
 }
 
-class UsageTest : public ToolTest
-{
-};
+using UsageTest = ToolTest;
 
 TEST_F(UsageTest, HelpListsTheVerbsAndVersionIsPrinted)
 {
@@ -52,9 +50,7 @@ TEST_F(UsageTest, HelpListsTheVerbsAndVersionIsPrinted)
     EXPECT_EQ(help.exit_code, 0);
     std::size_t place = 0;
     for (const std::string& verb : kVerbs) // in this order
-    {
         ASSERT_NE(place = help.out.find("\n  " + verb + " ", place), std::string::npos) << verb << help.out;
-    }
     EXPECT_EQ(RunTv2({"--version"}).out, "tv2 " TV2_EXPECTED_VERSION "\n");
 }
 
@@ -81,17 +77,12 @@ TEST_F(UsageTest, BadUsageCannotRunAndSaysWhatWasProbablyMeant)
         std::string why;
     } cases[] = {
         {{}, "tv2: which command? tv2 --help lists them"},
-        {{"explode", "a.tv2"}, "tv2: there is no command \"explode\""},
         {{"exprot", "a.bvh"}, "tv2: there is no command \"exprot\" (did you mean \"export\"?)"},
         {{"a\x1B[2J"}, "tv2: there is no command \"a\\x1b[2J\""},
         {{"--wrong"}, "tv2: "},
-        {{"export"}, "tv2 export: SCENE is required"},
         {{"export", "a.bvh"}, "tv2 export: OUTPUT is required"},
         {{"scene"}, "tv2 scene: SCENE is required"},
-        {{"scene", "a.bvh", "b.bvh"}, "tv2 scene: one argument too many: \"b.bvh\""},
         {{"menu", "a.tv2"}, "tv2 menu: one argument too many: \"a.tv2\""},
-        {{"info"}, "tv2 info: FILE is required"},
-        {{"dump"}, "tv2 dump: FILE is required"},
         {{"check"}, "tv2 check: FILE is required"},
         {{"picture", "a.tv2"}, "tv2 picture: OUTPUT.svg is required"},
         {{"info", "--wrong", "a.tv2"}, "tv2 info: there is no option --wrong"},
@@ -169,11 +160,9 @@ TEST_F(UsageTest, TerminalsAreNotShownControlCharacters)
 
 TEST_F(UsageTest, JsonNamesFilesThatAreNotUtf8)
 {
-    const std::string name = Path("a\xFF.tv2");
-    for (const auto& bytes : {SoundImage(), std::vector<std::uint8_t>{1, 2, 3, 4}})
+    for (const bool sound : {true, false})
     {
-        const bool sound = bytes.size() > 4;
-        Write(bytes, "a\xFF.tv2");
+        const std::string name = Write(sound ? SoundImage() : std::vector<std::uint8_t>(4), "a\xFF.tv2");
         for (const std::string& verb : kFileVerbs)
         {
             const auto result = RunTv2(AsJson(Call(verb, name)));

@@ -1,6 +1,6 @@
 #include "exporter/base/text.h"
-#include "tests/support/scratch_folder.h"
 #include "exporter/platform/platform.h"
+#include "tests/support/scratch_folder.h"
 
 #include <gtest/gtest.h>
 

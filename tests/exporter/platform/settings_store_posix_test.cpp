@@ -150,13 +150,18 @@ TEST_F(SettingsStore, IsHiddenByPrivateSettingsWhichKeepNothing)
     }
 }
 
-TEST_F(SettingsStore, DoesNotWaitForAPipe)
+TEST_F(SettingsStore, LeavesPipesAndFoldersAlone)
 {
-    fs::create_directories(folder_);
-    ASSERT_EQ(mkfifo((file_).c_str(), 0600), 0);
-    EXPECT_EQ(SettingsReader().Read("a"), std::nullopt);
-    SettingsWriter().Write("a", "1");
-    EXPECT_TRUE(fs::is_fifo(file_));
+    for (const fs::file_type type : {fs::file_type::fifo, fs::file_type::directory})
+    {
+        fs::remove(file_);
+        fs::create_directories(type == fs::file_type::directory ? file_ : folder_);
+        EXPECT_TRUE(fs::exists(file_) || mkfifo(file_.c_str(), 0600) == 0);
+        EXPECT_EQ(SettingsReader().Read("a"), std::nullopt);
+        SettingsWriter().Write("a", "1");
+        EXPECT_EQ(fs::status(file_).type(), type);
+        EXPECT_EQ(std::distance(fs::directory_iterator(folder_), fs::directory_iterator()), 1);
+    }
 }
 
 } // namespace

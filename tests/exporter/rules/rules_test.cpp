@@ -67,9 +67,7 @@ protected:
         scene.models = {{-1, false, false}, {0, false, false}, {1, false, false}, {0, false, true}};
         scene.files = {Path("scene.bvh"), Path("scene.bin")};
         if (change)
-        {
             change(question, scene);
-        }
         return PlanExport(question, &scene);
     }
 
@@ -98,6 +96,7 @@ Change RangeOf(std::optional<int> start, std::optional<int> end)
     };
 }
 
+// clang-format off
 const RuleCase kRateAndRangeCases[] = {
     {nullptr, {}, ""},
     {"rate-unreadable", RateOf("fast"), "--fps \"fast\" is not a rate: give a number"},
@@ -107,22 +106,11 @@ const RuleCase kRateAndRangeCases[] = {
     {"rate-out-of-range", RateOf("nan"), ""},
     {"rate-out-of-range", RateOf("100000000"), "up to 1,000,000"},
     {"rate-out-of-range", [](auto&, SceneFacts& s) { s.transport_rate = 0.0; }, "a rate of 0"},
-    {"rate-fractional",
-     [](ExportQuestion& q, SceneFacts&)
-     {
-         q.rate = "29.97";
-         q.whole_rates_only = true;
-         q.wording = ExportQuestion::Wording::kPython;
-     },
+    {"rate-fractional", [](auto& q, auto&)
+     { q.rate = "29.97", q.whole_rates_only = true, q.wording = ExportQuestion::Wording::kPython; },
      "\"Custom FPS\" in the dialog of the export menu, or give fps a whole number"},
     {"range-reversed", RangeOf(3, 2), "start frame 3 is after the end frame 2"},
-    {"no-scene",
-     [](auto&, SceneFacts& s)
-     {
-         s.models.resize(1);
-         s.files.clear();
-     },
-     "no scene is open"},
+    {"no-scene", [](auto&, SceneFacts& s) { s.models.resize(1), s.files.clear(); }, "no scene is open"},
     {"no-models", [](auto&, SceneFacts& s) { s.models.resize(1); }, "the scene has no models"},
     {"no-take", [](auto&, SceneFacts& s) { s.current_take.reset(); }, "no take is current"},
     {"take-reversed", [](auto&, SceneFacts& s) { s.takes[0].start = 3.0; }, "ends before it starts"},
@@ -132,22 +120,13 @@ const RuleCase kRateAndRangeCases[] = {
     {nullptr, RangeOf(50, {}), ""},
     {nullptr, RangeOf(-9, 0), ""},
     // A step of 1e-6 s is less than half of what a single-precision number near 64 s can differ by (2^-18 s).
-    {"time-stands-still",
-     [](ExportQuestion& q, SceneFacts& s)
-     {
-         q.rate = "1000000";
-         s.takes[0] = {"Walk", 64.0, 65.0};
-     },
+    {"time-stands-still", [](auto& q, SceneFacts& s) { q.rate = "1000000", s.takes[0] = {"Walk", 64.0, 65.0}; },
      "a step of 1e-06 s is lost in the single precision of 65 s; take \"Walk\""},
     // 2,000,001 x (64 x 36 + 20) bytes.
-    {"too-many-samples",
-     [](ExportQuestion& q, SceneFacts& s)
-     {
-         q.rate = "1000000";
-         s.models.resize(64, {0, false, false});
-     },
+    {"too-many-samples", [](auto& q, SceneFacts& s) { q.rate = "1000000", s.models.resize(64, {0, false, false}); },
      "2,000,001 samples of 64 nodes and 1 camera are about 4,648,002,324 bytes"},
 };
+// clang-format on
 
 TEST_F(RulesTest, ObjectOnceToRatesRangesAndScenes)
 {
@@ -159,20 +138,21 @@ TEST_F(RulesTest, ObjectOnceToFiles)
 {
     const std::string long_name = std::string(261 - Path(".tv2").size(), 'a') + ".tv2";
     const auto path = [this](const std::string& name)
-    { return Change([this, name](ExportQuestion& q, SceneFacts&) { q.path = Path(name); }); };
+    { return [this, name](ExportQuestion& q, SceneFacts&) { q.path = Path(name); }; };
     const auto names = [this](const std::string& first, const std::string& second, bool windows)
     {
-        return Change(
-            [=, this](ExportQuestion& q, SceneFacts& s)
-            {
-                q.path = Path(".tv2");
-                q.flags.all_takes = true;
-                s.takes[0].name = first;
-                s.takes[1].name = second;
-                q.file_names =
-                    windows ? ExportQuestion::FileNames::kWindows : ExportQuestion::FileNames::kPosix;
-            });
+        return [=, this](ExportQuestion& q, SceneFacts& s)
+        {
+            q.path = Path(".tv2");
+            q.flags.all_takes = true;
+            s.takes[0].name = first;
+            s.takes[1].name = second;
+            q.file_names = windows ? ExportQuestion::FileNames::kWindows : ExportQuestion::FileNames::kPosix;
+        };
     };
+    const auto scene_files = [this](std::vector<std::string> files)
+    { return [files = std::move(files)](ExportQuestion&, SceneFacts& s) { s.files = files; }; };
+    Write("out.tv2");
     const RuleCase cases[] = {
         {"no-tv2-name", path("out.fbx"), "does not end in .tv2"},
         {"path-too-long", path(long_name), "has 261 bytes; at most 260"},
@@ -193,18 +173,8 @@ TEST_F(RulesTest, ObjectOnceToFiles)
         {"no-folder", path("gone/out.tv2"), "No such file or directory"},
         {"no-folder", path("file/out.tv2"), "Not a directory"},
         {"not-a-file", path("folder.tv2"), "Is a directory"},
-        {"is-the-scene",
-         [this](ExportQuestion&, SceneFacts& s)
-         {
-             Write("out.tv2");
-             s.files = {Path("out.tv2")};
-         },
-         "it is the scene file itself"},
-        {"is-the-scene",
-         [this](ExportQuestion&, SceneFacts& s) {
-             s.files = {Path("scene.bvh"), Path("out.tv2")};
-         },
-         "the scene was read from it"},
+        {"is-the-scene", scene_files({Path("out.tv2")}), "it is the scene file itself"},
+        {"is-the-scene", scene_files({Path("scene.bvh"), Path("out.tv2")}), "the scene was read from it"},
     };
     for (const RuleCase& c : cases)
         Expect(c);
@@ -352,22 +322,13 @@ TEST_F(RulesTest, SpeaksC)
     const tv2_rules_model models[] = {{-1, 0, 0}, {0, 0, 0}};
     const char* const files[] = {scene.c_str()};
     const int32_t start = 30;
-    tv2_rules_request request{};
-    request.size = sizeof request;
-    request.path = path.c_str();
-    request.rate = "48";
-    request.start_frame = &start;
-    request.all_takes = 1;
-    request.python_wording = 1;
-    request.has_scene = 1;
-    request.transport_rate = 25.0;
-    request.takes = takes;
-    request.take_count = 2;
-    request.current_take = 0;
-    request.models = models;
-    request.model_count = 2;
-    request.files = files;
-    request.file_count = 1;
+    // clang-format off
+    tv2_rules_request request = {
+        .size = sizeof request, .path = path.c_str(), .rate = "48", .start_frame = &start, .end_frame = nullptr,
+        .all_takes = 1, .spaces_to_underscores = 0, .whole_rates_only = 0, .python_wording = 1, .file_names = 0,
+        .has_scene = 1, .transport_rate = 25.0, .takes = takes, .take_count = 2, .current_take = 0,
+        .models = models, .model_count = 2, .files = files, .file_count = 1};
+    // clang-format on
     tv2_rules_plan* plan = tv2_rules_check(&request);
     ASSERT_NE(plan, nullptr);
     tv2_rules_result result = tv2_rules_result_of(plan);

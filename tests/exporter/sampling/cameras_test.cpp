@@ -10,9 +10,7 @@ namespace
 
 using namespace TEV2_LOADER;
 
-class Cameras : public ExportTest
-{
-};
+using Cameras = ExportTest;
 
 const std::vector<float>& Values(const std::unique_ptr<TEV2_ANIMATABLE_FLOAT32>& track)
 {

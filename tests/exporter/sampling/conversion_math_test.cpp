@@ -1,11 +1,10 @@
 #include "exporter/sampling/camera_index_table.h"
 #include "exporter/sampling/rigid_transform.h"
+#include "tests/support/bytes.h"
 
 #include <gtest/gtest.h>
 
-#include <bit>
 #include <cmath>
-#include <cstdint>
 #include <random>
 
 namespace tev2_exporter
@@ -13,14 +12,11 @@ namespace tev2_exporter
 namespace
 {
 
-// Four bits from each float, as written into a file.
-std::uint32_t Bits(float value)
-{
-    return std::bit_cast<std::uint32_t>(value);
-}
+using tv2_tests::Bits;
 
 TEST(RigidTransform, TakesTheQuaternionOfAMatrix)
 {
+    const float root = std::sqrt(0.5f);
     struct
     {
         const char* what;
@@ -28,9 +24,7 @@ TEST(RigidTransform, TakesTheQuaternionOfAMatrix)
         TEV2_QUATERNION expected;
     } const cases[] = {
         {"identity", {{{1, 0, 0, 9}, {0, 1, 0, 9}, {0, 0, 1, 9}}}, {0, 0, 0, 1}},
-        {"quarter about X",
-         {{{1, 0, 0, 0}, {0, 0, -1, 0}, {0, 1, 0, 0}}},
-         {std::sqrt(0.5f), 0, 0, std::sqrt(0.5f)}},
+        {"quarter about X", {{{1, 0, 0, 0}, {0, 0, -1, 0}, {0, 1, 0, 0}}}, {root, 0, 0, root}},
         {"half about X", {{{1, 0, 0, 0}, {0, -1, 0, 0}, {0, 0, -1, 0}}}, {1, 0, 0, 0}},
         {"half about Y", {{{-1, 0, 0, 0}, {0, 1, 0, 0}, {0, 0, -1, 0}}}, {0, 1, 0, 0}},
         {"half about Z", {{{-1, 0, 0, 0}, {0, -1, 0, 0}, {0, 0, 1, 0}}}, {0, 0, 1, 0}},
@@ -38,10 +32,9 @@ TEST(RigidTransform, TakesTheQuaternionOfAMatrix)
     for (const auto& c : cases)
     {
         const TEV2_QUATERNION q = ToQuaternion(c.matrix);
-        EXPECT_NEAR(q.x, c.expected.x, 1e-7f) << c.what;
-        EXPECT_NEAR(q.y, c.expected.y, 1e-7f) << c.what;
-        EXPECT_NEAR(q.z, c.expected.z, 1e-7f) << c.what;
-        EXPECT_NEAR(q.w, c.expected.w, 1e-7f) << c.what;
+        for (const auto part :
+             {&TEV2_QUATERNION::x, &TEV2_QUATERNION::y, &TEV2_QUATERNION::z, &TEV2_QUATERNION::w})
+            EXPECT_NEAR(q.*part, c.expected.*part, 1e-7f) << c.what;
     }
     // The bytes that "Keep positive Z?" writes into every file: the half turn's w is a negative zero.
     const TEV2_QUATERNION half = ToQuaternion({{{-1, 0, 0, 0}, {0, 1, 0, 0}, {0, 0, -1, 0}}});

@@ -92,21 +92,5 @@ TEST_F(SampleTake, GuardsAgainstAPlayerThatLandsElsewhere)
     player.SnapMode = kFBTransportSnapModeNoSnap;
 }
 
-TEST_F(SampleTake, ReadsNothingThatIsNotEvaluated)
-{
-    FBTake& take = OneTake(1.0);
-    FBModel* model = mobu_host::AddModel("Moving");
-    mobu_host::AnimateTransform(
-        *model, take,
-        [](double seconds) {
-            return mobu_host::LocalTransform{FBVector3d(100.0 * seconds * seconds, 0, 0), {}};
-        });
-    const auto scene = Export();
-    const auto& keys = Translation(scene->matrixHierarchy.nodes[1]);
-    ASSERT_EQ(keys.m_times, (Instants{0.0f, 0.25f, 0.5f, 0.75f, 1.0f}));
-    for (std::size_t i = 0; i < keys.m_times.size(); ++i)
-        EXPECT_NEAR(keys.m_values[i].x, keys.m_times[i] * keys.m_times[i], 1e-6f);
-}
-
 } // namespace
 } // namespace tev2_exporter

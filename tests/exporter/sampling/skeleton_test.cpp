@@ -12,9 +12,7 @@ namespace
 using namespace TEV2_LOADER;
 using mobu_host::LocalTransform;
 
-class Skeleton : public ExportTest
-{
-};
+using Skeleton = ExportTest;
 
 FBModel* Placed(const char* name, FBModel* parent, FBVector3d translation,
                 FBVector3d rotation = FBVector3d(0, 0, 0))
@@ -143,17 +141,15 @@ TEST_F(Skeleton, DiscardsScaleAndPassesDegenerateAxesOn)
     EXPECT_TRUE(std::isnan(Rotation(nodes[3]).m_values[0].x));
 }
 
-struct ReductionCase
-{
-    const char* what;
-    std::vector<float> values; // of x, at times 0, 1, 2 ...
-    std::vector<float> kept;   // times
-};
-
 TEST(KeyReduction, ThinsRunsOfConstantValueAlone)
 {
     const float nan = std::nanf("");
-    const ReductionCase cases[] = {
+    const struct
+    {
+        const char* what;
+        std::vector<float> values; // of x, at times 0, 1, 2 ...
+        std::vector<float> kept;   // times
+    } cases[] = {
         {"one key stays", {5}, {0}},
         {"two equal keys become one", {5, 5}, {0}},
         {"two unequal keys stay", {5, 6}, {0, 1}},
@@ -162,13 +158,11 @@ TEST(KeyReduction, ThinsRunsOfConstantValueAlone)
         {"a hold keeps its two ends", {0, 0, 0, 1, 1, 1}, {0, 2, 3}},
         {"a run at the end is carried by its first key", {0, 1, 1, 1}, {0, 1}},
         {"within the tolerance", {0, 0.00005f, 0.0f, 0.00005f}, {0}},
-        {"slow drift: kept once it left the last kept key",
-         {0, 0.00006f, 0.00012f, 0.00018f, 0.00024f},
-         {0, 2}},
+        {"slow drift: kept once it left the last", {0, 0.00006f, 0.00012f, 0.00018f, 0.00024f}, {0, 2}},
         {"the last key is compared with the one before it", {0, 0.00006f, 0.00012f}, {0}},
         {"a value that is no number stays, at the end it goes", {nan, nan, nan}, {0, 1}},
     };
-    for (const ReductionCase& c : cases)
+    for (const auto& c : cases)
     {
         TEV2_MATRIX_HIERARCHY hierarchy;
         TEV2_MATRIX_NODE& node = hierarchy.nodes.emplace_back();

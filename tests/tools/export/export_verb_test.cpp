@@ -25,25 +25,27 @@ protected:
 
 TEST_F(ExportVerbTest, WritesTheTakeAndTellsWhatItWrote)
 {
-    const CommandResult run = ExportWalk("out.tv2", {"--json"});
+    const CommandResult run = ExportWalk("out.tv2", {"--json", "--start-frame", "-7"});
     EXPECT_EQ(run.exit_code, 0) << run.err;
-    const auto file = run.Json().at("files").at(0);
-    EXPECT_EQ(file.at("output"), Path("out.tv2"));
-    EXPECT_EQ(file.at("take"), "Motion");
-    EXPECT_EQ(file.at("ok"), true);
-    EXPECT_EQ(file.at("rate"), 25);
-    EXPECT_EQ(file.at("nodes"), 4);
-    EXPECT_EQ(file.at("cameras"), 0);
-    EXPECT_EQ(file.at("samples"), 3);
-    EXPECT_EQ(file.at("keysSampled"), 24);
-    EXPECT_EQ(file.at("bytes"), fs::file_size(Path("out.tv2")));
-
     const auto scene = Load("out.tv2");
+    EXPECT_EQ(NodeName(*scene, 2), u"Leg");
     std::uint64_t keys = 0;
     for (const auto& node : scene->matrixHierarchy.nodes)
         keys += node.translation->m_times.size() + node.rotation->m_times.size();
-    EXPECT_EQ(file.at("keysKept"), keys);
-    EXPECT_EQ(NodeName(*scene, 2), u"Leg");
+    const nlohmann::json expected = {{"output", Path("out.tv2")},
+                                     {"take", "Motion"},
+                                     {"ok", true},
+                                     {"rate", 25},
+                                     {"nodes", 4},
+                                     {"cameras", 0},
+                                     {"samples", 3},
+                                     {"keysSampled", 24},
+                                     {"keysKept", keys},
+                                     {"bytes", fs::file_size(Path("out.tv2"))}};
+    for (const auto& [name, value] : expected.items())
+        EXPECT_EQ(run.Json().at("files").at(0).at(name), value) << name;
+    EXPECT_EQ(run.Json().at("notes").back(),
+              "the range is cut to the take: \"Motion\" has frames 0 to 2 (0 to 0.08 s)");
 
     const CommandResult text = ExportWalk("out.tv2");
     EXPECT_EQ(text.exit_code, 0);
@@ -106,16 +108,13 @@ std::vector<Refusal> Refusals(const PathOf& at)
 {
     const std::string bvh = at("walk.bvh"), gltf = at("takes.gltf"), out = at("out.tv2"),
                       self = at("self.tv2");
-    const std::string long_folder = "/" + std::string(125, 'a') + "/" + std::string(125, 'b') + "/";
     return {
         {{at("gone.bvh"), out}, "there is no such file"},
         {{"-", out}, "SCENE: a scene cannot be read from standard input, since its name and folder go"},
         {{at("empty.bvh"), out}, "is empty"},
         {{at("old.fbx"), out}, "the file ends inside its header"},
         {{at("nothing.gltf"), out}, at("nothing.gltf") + ": the scene has no models"},
-        {{"--fps", "0", bvh, out}, "a rate of 0 samples a second is out of range"},
         {{"--fps", "-30", bvh, out}, "--fps takes numbers above 0"},
-        {{"--fps", "100000000", bvh, out}, "a rate of 100000000 samples a second is out of range"},
         {{"--fps", "fast", bvh, out}, "--fps \"fast\" is not a rate: give a number (50, 29.97)"},
         {{"--scene-rate", "0", bvh, out}, "--scene-rate: needs a rate above 0"},
         {{"--fps", "", bvh, out}, "--fps: is empty"},
@@ -124,8 +123,6 @@ std::vector<Refusal> Refusals(const PathOf& at)
         {{bvh, out, "--settings="}, "--settings needs a value: there is none after its \"=\""},
         {{self, self}, "it is the scene file itself"},
         {{"--start-frame", "2", "--end-frame", "1", bvh, out}, "start frame 2 is after the end frame 1"},
-        {{"--start-frame", "50", bvh, out},
-         "the start frame 50 is after the end of take \"Motion\", which has frames 0 to 2 (0 to 0.08 s)"},
         {{"--end-frame", "-1", bvh, out}, "the end frame -1 is before the start of take \"Motion\""},
         {{"--take", "motoin", bvh, out}, "there is no take \"motoin\" (did you mean \"Motion\"?)\n"},
         {{"--select", "Hpis", bvh, out}, "there is no model \"Hpis\" (did you mean \"Hips\"?)\n"},
@@ -133,15 +130,10 @@ std::vector<Refusal> Refusals(const PathOf& at)
         {{"--take", "C", "--all-takes", gltf, out}, "excludes"},
         {{"--select", "Leg", bvh, out},
          bvh + ": there is no model \"Leg\"; models of that short name: \"ns:Leg\", \"EndSite_ns:Leg\"\n"},
-        {{"--select", "Producer Front", bvh, out}, "there is no model"},
+        {{"--select", "Producer Front", bvh, out}, "there is no model"}, // a camera of the system
         {{bvh, at("out.fbx")}, "does not end in .tv2"},
-        {{bvh, long_folder + "cccc.tv2"}, "has 261 bytes; at most 260"},
-        {{"--all-takes", gltf, long_folder + "c.tv2"}, "at most 260"},
         {{"--all-takes", gltf, out}, "takes \"A b\" and \"A_b\" would both be written to"},
         {{bvh, at("gone/out.tv2")}, "No such file or directory"},
-        {{bvh, at("walk.bvh/out.tv2")}, "Not a directory"},
-        {{bvh, at("folder.tv2")}, "Is a directory"},
-        {{bvh, at("pipe.tv2")}, "it is a device or a pipe, not a file"},
         {{bvh, at("device.tv2")}, "it is a device or a pipe, not a file"},
         {{at("buffer.gltf"), at("keys.tv2")}, "the scene was read from it"},
         {{"--plugin", at("gone.so"), bvh, out}, "gone.so"},
@@ -157,8 +149,6 @@ TEST_F(ExportVerbTest, WhatCannotWorkIsRefusedBeforeAnythingIsWritten)
     Write("nothing.gltf", R"({"asset":{"version":"2.0"},"scenes":[{"nodes":[]}]})");
     Write("keys.tv2", std::string(32, '\0'));
     Write("buffer.gltf", tv2_tests::kKeysInAFile);
-    fs::create_directory(Path("folder.tv2"));
-    ASSERT_EQ(mkfifo(Path("pipe.tv2").c_str(), 0600), 0);
     fs::create_symlink("/dev/full", Path("device.tv2"));
     Write("self.tv2", tv2_tests::kTwoJoints);
     const std::set<std::string> before = Files();
@@ -237,15 +227,6 @@ TEST_F(ExportVerbTest, FractionalRatesNeitherReadNorStoreSettings)
     unsetenv("XDG_CONFIG_HOME");
     EXPECT_EQ(Content("config/Tev2_Exporter_MB/settings"),
               "KEEP_POSITIVE_Z_KEY_NAME=0\nKEYFRAME_RADIO_CHOICE_KEY_NAME=1\n");
-}
-
-TEST_F(ExportVerbTest, NotesSayWhatIsCutOrLeftOut)
-{
-    const auto notes =
-        Export({"--json", "--start-frame", "-7", Path("takes.gltf"), Path("a.tv2")}).Json().at("notes");
-    EXPECT_EQ(notes,
-              (std::vector<std::string>{"the range is cut to the take: \"A b\" has frames 0 to 0 (0 to 0 s)",
-                                        "2 other takes are not exported: \"A_b\", \"C\" (--all-takes)"}));
 }
 
 // Both where the parent ignores the signal for files that are too large, and where it would end the command.

@@ -38,8 +38,6 @@ const HostileScene kScenes[] = {
      "<float_array> \"a1-out-a\" holds 3 numbers"},
     {"orthographic_camera.dae", "\"a2-in-a\" count=\"2\"", "\"a2-in-a\" count=\"inf\"",
      "\"a2-in-a\" has the count \"inf\""},
-    {"huge_frames.bvh", "", "", "Frames is not a whole number from 0 to 2147483647 (line 12)"},
-    {"huge_frames.bvh", "4000000000\nFrame Time: 0.03", "2\nFrame Time: 1e-320\n0 0 0", "frame time"},
     {"no_channels.bvh", "", "", "50000000 frames, but no joint has a channel (line 12)"},
     {"uri_fifo.gltf", "", "", "buffers[0] \"fifo.bin\": uri is not a regular file"},
     {"uri_fifo.gltf", "fifo.bin", "../../../../../../../etc/passwd", "uri leads out of the scene's folder"},
@@ -83,9 +81,7 @@ TEST(HostileScenes, AnOrthographicCameraHasNoMadeUpAngle)
     const CommandResult run =
         RunTv2({"export", SceneIn(folder, {"orthographic_camera.dae", "", "", ""}), folder.Path("out.tv2")});
     EXPECT_EQ(run.exit_code, 0) << run.err;
-    EXPECT_NE(run.out.find("1 orthographic camera has no field of view; the host's default stays: Camera2"),
-              std::string::npos)
-        << run.out;
+    ExpectParts(run.out, {"1 orthographic camera has no field of view; the host's default stays: Camera2"});
 }
 
 } // namespace

@@ -1,31 +1,15 @@
 // What the command tells about scene files.
 
-#include "tests/tools/command.h"
-#include "tests/support/scene_texts.h"
-
-#include <gtest/gtest.h>
-
-#include <fstream>
+#include "tests/tools/export/export_fixture.h"
 
 namespace
 {
 
-class SceneVerbTest : public testing::Test
-{
-protected:
-    std::string Write(const std::string& name, const std::string& content) const
-    {
-        const std::string path = folder_.Path(name);
-        std::ofstream(path, std::ios::binary) << content;
-        return path;
-    }
-
-    ScratchFolder folder_;
-};
+using SceneVerbTest = ExportCommandTest;
 
 TEST_F(SceneVerbTest, JsonHoldsTakesModelsLensesAndProperties)
 {
-    const CommandResult run = RunTv2({"scene", "--json", Write("takes.gltf", tv2_tests::kThreeTakes)});
+    const CommandResult run = RunTv2({"scene", "--json", Path("takes.gltf")});
     EXPECT_EQ(run.exit_code, 0) << run.err;
     const auto scene = run.Json();
     EXPECT_EQ(scene.at("transportRate"), 30.0);
@@ -49,28 +33,26 @@ TEST_F(SceneVerbTest, JsonHoldsTakesModelsLensesAndProperties)
 
 TEST_F(SceneVerbTest, ScreenShowsTheTree)
 {
-    const std::string path = Write("walk.bvh", tv2_tests::kTwoJoints);
-    const CommandResult run = RunTv2({"scene", path});
+    const CommandResult run = RunTv2({"scene", Path("walk.bvh")});
     EXPECT_EQ(run.exit_code, 0) << run.err;
-    EXPECT_EQ(run.out,
-              path +
-                  "\n"
-                  "transport rate 25 frames a second\n"
-                  "1 take\n"
-                  "  Motion  0 to 0.08 s, frames 0 to 2  (current)\n"
-                  "3 models below the root\n"
-                  "  Scene\n"
-                  "    Hips\n"
-                  "      ns:Leg\n"
-                  "        EndSite_ns:Leg\n"
-                  "7 system cameras, no camera switcher\n"
-                  "0 constraints\n"
-                  "note: BVH has no unit; one unit was taken as one centimetre: the figure is 0.05 m tall\n");
+    EXPECT_EQ(run.out, Path("walk.bvh") + R"(
+transport rate 25 frames a second
+1 take
+  Motion  0 to 0.08 s, frames 0 to 2  (current)
+3 models below the root
+  Scene
+    Hips
+      ns:Leg
+        EndSite_ns:Leg
+7 system cameras, no camera switcher
+0 constraints
+note: BVH has no unit; one unit was taken as one centimetre: the figure is 0.05 m tall
+)");
 }
 
 TEST_F(SceneVerbTest, WhatIsNoSceneCannotBeRead)
 {
-    for (const std::string& path : {Write("junk.bvh", "junk"), folder_.Path("gone.bvh")})
+    for (const std::string& path : {folder_.Make("junk.bvh", "junk"), Path("gone.bvh")})
     {
         const CommandResult run = RunTv2({"scene", path});
         EXPECT_EQ(run.exit_code, 2);

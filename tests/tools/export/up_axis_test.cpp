@@ -1,14 +1,7 @@
 // Which way is up in exported files: what the command says is where a known point above another one comes out.
 
-#include "tests/tools/command.h"
+#include "tests/tools/export/export_fixture.h"
 
-#include "tev2_loader/file.h"
-#include "tev2_loader/io/memory_cursor.h"
-#include "tev2_loader/tev2.h"
-
-#include <gtest/gtest.h>
-
-#include <fstream>
 #include <map>
 
 namespace
@@ -36,15 +29,14 @@ constexpr const char* kOneModel = R"({"asset":{"version":"2.0"},"scenes":[{"node
 
 const std::map<std::string, TEV2_VECTOR_3> kAxes = {{"+Y", {0, 1, 0}}, {"+Z", {0, 0, 1}}, {"-Z", {0, 0, -1}}};
 
-TEST(UpAxisOfExports, IsWhereUpComesOut)
+TEST_F(ExportCommandTest, TellsWhereUpComesOut)
 {
-    struct Case
+    const struct
     {
         const char* scene;
-        std::vector<std::string> options;
+        Arguments options;
         const char* axis;
-    };
-    const Case cases[] = {
+    } cases[] = {
         {"walk.bvh", {}, "-Z"},
         {"walk.bvh", {"--no-keep-positive-z"}, "+Z"},
         {"walk.bvh", {"--select", "Hips"}, "+Y"},
@@ -55,39 +47,33 @@ TEST(UpAxisOfExports, IsWhereUpComesOut)
         {"one.gltf", {"--no-keep-positive-z"}, "+Z"},
         {"one.gltf", {"--select", "LeftTop"}, "+Y"},
     };
-    const ScratchFolder folder;
-    std::ofstream(folder.Path("walk.bvh")) << kWalk;
-    std::ofstream(folder.Path("one.gltf")) << kOneModel;
-    const std::string output = folder.Path("out.tv2");
-    for (const Case& item : cases)
+    Write("walk.bvh", kWalk);
+    Write("one.gltf", kOneModel);
+    const std::string output = Path("out.tv2");
+    for (const auto& item : cases)
     {
-        std::vector<std::string> arguments = {"export"};
-        arguments.insert(arguments.end(), item.options.begin(), item.options.end());
-        arguments.insert(arguments.end(), {folder.Path(item.scene), output});
-        const CommandResult run = RunTv2(arguments);
+        Arguments arguments = item.options;
+        arguments.insert(arguments.end(), {Path(item.scene), output});
+        const CommandResult run = Export(arguments);
         ASSERT_EQ(run.exit_code, 0) << run.err;
         SCOPED_TRACE(std::string(item.scene) + ", " + item.axis);
         EXPECT_EQ(RunTv2({"info", "--json", output}).Json()["files"][0]["upAxis"], item.axis);
         EXPECT_EQ(RunTv2({"check", "--json", output}).Json()["files"][0]["upAxis"], item.axis);
-        EXPECT_NE(RunTv2({"check", output}).out.find(std::string("\n  up axis: ") + item.axis + "\n"),
-                  std::string::npos);
+        ExpectParts(RunTv2({"check", output}).out, {std::string("\n  up axis: ") + item.axis + "\n"});
 
-        TEV2 scene;
-        ASSERT_TRUE(LoadFile(output, scene));
+        const auto scene = Load("out.tv2");
         for (const float time : {0.0F, 0.05F, 0.08F})
         {
-            scene.SetTime(time);
+            scene->SetTime(time);
             int found = 0;
-            for (const TEV2_MATRIX_NODE& node : scene.matrixHierarchy.nodes)
+            for (const TEV2_MATRIX_NODE& node : scene->matrixHierarchy.nodes)
             {
                 const std::u16string& name = node.name.Text();
                 if (name != u"LeftTop" && name != u"RightTop")
-                {
                     continue;
-                }
                 ++found;
                 const TEV2_MATRIX_3X4& below =
-                    scene.matrixHierarchy.nodes[static_cast<std::size_t>(node.parentIndex)].worldMatrix;
+                    scene->matrixHierarchy.nodes[static_cast<std::size_t>(node.parentIndex)].worldMatrix;
                 const TEV2_VECTOR_3& up = kAxes.at(item.axis);
                 EXPECT_NEAR(node.worldMatrix.m[0][3] - below.m[0][3], up.x, 1e-5F);
                 EXPECT_NEAR(node.worldMatrix.m[1][3] - below.m[1][3], up.y, 1e-5F);
