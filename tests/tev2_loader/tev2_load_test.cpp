@@ -1,6 +1,6 @@
 #include "tests/support/sample_scenes.h"
 
-#include <limits>
+#include <cmath>
 #include <set>
 
 #if defined(__linux__)
@@ -46,56 +46,51 @@ struct CodeCase
     TEV2_LOAD_LIMITS limits = {};
 };
 
+constexpr std::size_t kBody = kInformationEnd + 8;
+
 std::vector<CodeCase> Errors()
 {
-    const std::size_t body = kInformationEnd + 8;
+    using enum TEV2_LOAD_CODE;
     return {
-        {"no byte", Bytes(), TEV2_LOAD_CODE::EmptyImage, 0, ""},
-        {"three bytes", Bytes().U8({0x01, 0x32, 0x56}), TEV2_LOAD_CODE::RecordOverrun, 0, ""},
-        {"another magic", Bytes().U32(kMagic + 1), TEV2_LOAD_CODE::BadMagic, 0, ""},
-        {"an interrupted save", Bytes().U32(0).Chunk(0), TEV2_LOAD_CODE::BadMagic, 0, ""},
-        {"half a chunk header", Current().Zeros(7), TEV2_LOAD_CODE::TruncatedChunkHeader, kInformationEnd,
-         ""},
-        {"size 7", Current().U32({7, 99}), TEV2_LOAD_CODE::BadChunkSize, kInformationEnd, ""},
-        {"size 0", Current().U32({0, 99}).Zeros(100), TEV2_LOAD_CODE::BadChunkSize, kInformationEnd, ""},
-        {"size past the end", Current().U32({13, 99}).Zeros(4), TEV2_LOAD_CODE::BadChunkSize, kInformationEnd,
-         ""},
-        {"largest size", Current().U32({0xFFFFFFFFu, 99}), TEV2_LOAD_CODE::BadChunkSize, kInformationEnd, ""},
-        {"a newer version", FileOfVersion(1.17f), TEV2_LOAD_CODE::UnsupportedVersion, kVersionField,
-         "information"},
-        {"no version", FileOfVersion(std::numeric_limits<float>::quiet_NaN()),
-         TEV2_LOAD_CODE::UnsupportedVersion, kVersionField, "information"},
-        {"instance list 10", Current().Chunk(14, Bytes().U32(10)), TEV2_LOAD_CODE::BadInstanceList, body, ""},
-        {"instance without list", Current().Chunk(16, Bytes().Zeros(3)).Chunk(99),
-         TEV2_LOAD_CODE::ChunkTooSmall, body, ""},
-        {"light without type", Current().Chunk(5).Chunk(99), TEV2_LOAD_CODE::ChunkTooSmall, body,
-         "lights[0]"},
-        {"material without type", Current().Chunk(13, Bytes().Zeros(2)).Chunk(99),
-         TEV2_LOAD_CODE::ChunkTooSmall, body, "materials[0]"},
+        {"no byte", Bytes(), EmptyImage, 0, ""},
+        {"three bytes", Bytes().U8({0x01, 0x32, 0x56}), RecordOverrun, 0, ""},
+        {"another magic", Bytes().U32(kMagic + 1), BadMagic, 0, ""},
+        {"an interrupted save", Bytes().U32(0).Chunk(0), BadMagic, 0, ""},
+        {"half a chunk header", Current().Zeros(7), TruncatedChunkHeader, kInformationEnd, ""},
+        {"size 7", Current().U32({7, 99}), BadChunkSize, kInformationEnd, ""},
+        {"size 0", Current().U32({0, 99}).Zeros(100), BadChunkSize, kInformationEnd, ""},
+        {"size past the end", Current().U32({13, 99}).Zeros(4), BadChunkSize, kInformationEnd, ""},
+        {"largest size", Current().U32({0xFFFFFFFFu, 99}), BadChunkSize, kInformationEnd, ""},
+        {"a newer version", FileOfVersion(1.17f), UnsupportedVersion, kVersionField, "information"},
+        {"no version", FileOfVersion(NAN), UnsupportedVersion, kVersionField, "information"},
+        {"instance list 10", Current().Chunk(14, Bytes().U32(10)), BadInstanceList, kBody, ""},
+        {"instance without list", Current().Chunk(16, Bytes().Zeros(3)).Chunk(99), ChunkTooSmall, kBody, ""},
+        {"light without type", Current().Chunk(5).Chunk(99), ChunkTooSmall, kBody, "lights[0]"},
+        {"material without type", Current().Chunk(13, Bytes().Zeros(2)).Chunk(99), ChunkTooSmall, kBody,
+         "materials[0]"},
         {"an environment map", Current().Chunk(2, Bytes().Zeros(12).U32(1).Zeros(8)),
-         TEV2_LOAD_CODE::EnvironmentMapUnsupported, body + 12, "environment.environmentMap"},
+         EnvironmentMapUnsupported, kBody + 12, "environment.environmentMap"},
         {"a colour of another kind", Current().Chunk(2, Bytes().Zeros(8).U32({1, 3}).Zeros(24)),
-         TEV2_LOAD_CODE::UnknownTrackKind, body + 12, "environment.environmentColour"},
-        {"a switcher of another kind", Current().Chunk(22, Bytes().U32({1, 0}).Zeros(16)),
-         TEV2_LOAD_CODE::UnknownTrackKind, body + 4, "cameraMan.cameraIndex"},
+         UnknownTrackKind, kBody + 12, "environment.environmentColour"},
+        {"a switcher of another kind", Current().Chunk(22, Bytes().U32({1, 0}).Zeros(16)), UnknownTrackKind,
+         kBody + 4, "cameraMan.cameraIndex"},
         {"a node's rotation of another kind",
          Current().Chunk(12, Bytes().U32(2).Append(kEmptyNode).Text(u"").Zeros(8).U32({1, 3}).Zeros(40)),
-         TEV2_LOAD_CODE::UnknownTrackKind, body + 4 + 40 + 2 + 4 + 4 + 4,
-         "matrixHierarchy.nodes[1].rotation"},
+         UnknownTrackKind, kBody + 4 + 40 + 2 + 4 + 4 + 4, "matrixHierarchy.nodes[1].rotation"},
         {"an effect that there is not", Current().Chunk(6, Bytes().Zeros(54).U32({2, 0, 1, 2})),
-         TEV2_LOAD_CODE::UnknownEffectType, body + 54 + 12, "cameras[0].effects[1]"},
+         UnknownEffectType, kBody + 54 + 12, "cameras[0].effects[1]"},
         {"more nodes than bytes", Current().Chunk(12, Bytes().U32(3).Append(kEmptyNode).Append(kEmptyNode)),
-         TEV2_LOAD_CODE::CountExceedsFile, body, "matrixHierarchy"},
+         CountExceedsFile, kBody, "matrixHierarchy"},
         {"more keys than bytes", Current().Chunk(22, Bytes().U32({1, 8}).Zeros(8).U32(0x40000000u).Zeros(16)),
-         TEV2_LOAD_CODE::CountExceedsFile, body + 16, "cameraMan.cameraIndex"},
-        {"a record past the end", Current().Chunk(2, Bytes().Zeros(20)), TEV2_LOAD_CODE::RecordOverrun,
-         body + 16, "environment"},
-        {"lengths past the end", Current().Chunk(1, Bytes().U32(23).Zeros(40)), TEV2_LOAD_CODE::RecordOverrun,
-         body + 44, "arrayLengths"},
+         CountExceedsFile, kBody + 16, "cameraMan.cameraIndex"},
+        {"a record past the end", Current().Chunk(2, Bytes().Zeros(20)), RecordOverrun, kBody + 16,
+         "environment"},
+        {"lengths past the end", Current().Chunk(1, Bytes().U32(23).Zeros(40)), RecordOverrun, kBody + 44,
+         "arrayLengths"},
         {"more than the limits",
          Current().Chunk(7, Bytes().Zeros(100)),
-         TEV2_LOAD_CODE::LimitExceeded,
-         body,
+         LimitExceeded,
+         kBody,
          "rigids[0]",
          {.bytes = 99}},
     };
@@ -103,25 +98,24 @@ std::vector<CodeCase> Errors()
 
 std::vector<CodeCase> Warnings()
 {
-    const std::size_t body = kInformationEnd + 8;
+    using enum TEV2_LOAD_CODE;
     return {
-        {"unknown chunk", Current().Chunk(99, Bytes().Zeros(4)), TEV2_LOAD_CODE::UnknownChunk, body, ""},
+        {"unknown chunk", Current().Chunk(99, Bytes().Zeros(4)), UnknownChunk, kBody, ""},
         // The four zero bytes behind the record are taken for the size of the next chunk, so more must
         // follow.
         {"record ends before its chunk", Current().Chunk(22, Bytes().U32(0).U32({8, 99})),
-         TEV2_LOAD_CODE::RecordEndsBeforeChunk, body + 4, ""},
-        {"record ends after its chunk", Current().U32({8, 22}).U32(0), TEV2_LOAD_CODE::RecordEndsAfterChunk,
-         body + 4, ""},
-        {"parent outside", Current().Chunk(12, Bytes().U32(1).Text(u"").U32(1).Zeros(34)),
-         TEV2_LOAD_CODE::ParentOutside, body + 4 + 2, "matrixHierarchy.nodes[0]"},
-        {"body of an older version", FileOfVersion(1.15f).Chunk(7, Bytes().Zeros(3)),
-         TEV2_LOAD_CODE::UnparsedOtherVersion, body, "rigids[0]"},
-        {"instance list 7", Current().Chunk(18, Bytes().U32(7)), TEV2_LOAD_CODE::InstanceListNeverSaved,
-         body + 4, "instanceLists[7][0]"},
-        {"instance list 9", Current().Chunk(19, Bytes().U32(9)), TEV2_LOAD_CODE::InstanceListNeverSaved,
-         body + 4, "instanceLists[9][0]"},
+         RecordEndsBeforeChunk, kBody + 4, ""},
+        {"record ends after its chunk", Current().U32({8, 22}).U32(0), RecordEndsAfterChunk, kBody + 4, ""},
+        {"parent outside", Current().Chunk(12, Bytes().U32(1).Text(u"").U32(1).Zeros(34)), ParentOutside,
+         kBody + 4 + 2, "matrixHierarchy.nodes[0]"},
+        {"body of an older version", FileOfVersion(1.15f).Chunk(7, Bytes().Zeros(3)), UnparsedOtherVersion,
+         kBody, "rigids[0]"},
+        {"instance list 7", Current().Chunk(18, Bytes().U32(7)), InstanceListNeverSaved, kBody + 4,
+         "instanceLists[7][0]"},
+        {"instance list 9", Current().Chunk(19, Bytes().U32(9)), InstanceListNeverSaved, kBody + 4,
+         "instanceLists[9][0]"},
         {"clamped text", Bytes().U32(kMagic).Chunk(0, Bytes().F32({1.0f}).Text(u"").U16(3).U16(u'x')),
-         TEV2_LOAD_CODE::StringClamped, 4 + 8 + 4 + 2 + 4, "information"},
+         StringClamped, 4 + 8 + 4 + 2 + 4, "information"},
     };
 }
 

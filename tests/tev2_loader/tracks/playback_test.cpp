@@ -1,4 +1,5 @@
 #include "tests/tev2_loader/plain_evaluation.h"
+#include "tev2_loader/tracks/stepped_integer_track.h"
 
 #include <algorithm>
 #include <cmath>
@@ -198,6 +199,96 @@ TEST(Playback, EndsDoNotDependOnTheTracksBefore)
         hierarchy.SetTime(2.0f);
         EXPECT_EQ(hierarchy.nodes[1].translation->m_current_key, item.key);
         EXPECT_EQ(hierarchy.nodes[1].translation->m_fraction, item.fraction);
+    }
+}
+
+TEST(MalformedTrack, WithoutValuesGivesTheNeutralValue)
+{
+    EXPECT_EQ(TEV2_ANIMATABLE_FLOAT32_LINEAR().GetValue(), 0.0f);
+    EXPECT_EQ(TEV2_ANIMATABLE_INT32_RLE().GetValue(), 0);
+    EXPECT_TRUE(TEV2_ANIMATABLE_VECTOR_3_LINEAR().GetValue() == (TEV2_VECTOR_3{0, 0, 0}));
+    EXPECT_TRUE(TEV2_ANIMATABLE_QUATERNION_SLERP().GetValue() == (TEV2_QUATERNION{0, 0, 0, 1}));
+    EXPECT_TRUE(TEV2_ANIMATABLE_QUATERNION_LERP().GetValue() == (TEV2_QUATERNION{0, 0, 0, 1}));
+}
+
+TEST(MalformedTrack, HoldsTheLastValueBeyondItsValues)
+{
+    TEV2_ANIMATABLE_FLOAT32_LINEAR track;
+    track.m_values = {1.0f, 2.0f, 3.0f};
+    TEV2_ANIMATABLE_INT32_RLE steps;
+    steps.m_values = {1, 2, 3};
+    for (const std::uint32_t key : {2u, 3u, 0x7FFFFFFFu, 0xFFFFFFFEu, 0xFFFFFFFFu})
+    {
+        track.m_current_key = steps.m_current_key = key;
+        EXPECT_EQ(track.GetValue(), 3.0f) << key;
+        EXPECT_EQ(steps.GetValue(), 3) << key;
+    }
+}
+
+TEST(MalformedTrack, FindsItsWayFromAnyCursor)
+{
+    for (const std::uint32_t key : {0u, 1u, 2u, 3u, 0xFFFFFFFFu})
+        for (const float fraction : {0.0f, -1e30f, 1e30f, NAN, INFINITY, -INFINITY})
+            for (const bool moved_first : {false, true})
+            {
+                TEV2_ANIMATABLE_FLOAT32_LINEAR track = TrackAt({0.0f, 1.0f, 2.0f, 3.0f});
+                track.m_current_key = key;
+                track.m_fraction = fraction;
+                if (moved_first)
+                    track.Update(0.25f);
+                track.SetTime(2.5f);
+                EXPECT_EQ(track.GetValue(), 25.0f);
+                track.SetTime(NAN);
+                EXPECT_EQ(track.GetValue(), 25.0f) << "NaN changes nothing";
+                track.SetTime(5.0f);
+                EXPECT_EQ(track.GetValue(), 30.0f);
+                track.SetTime(1.5f);
+                EXPECT_EQ(track.GetValue(), 15.0f);
+            }
+}
+
+TEST(MalformedTrack, EqualTimesMakeNoNan)
+{
+    TEV2_ANIMATABLE_FLOAT32_LINEAR track = TrackAt({0.0f, 1.0f, 1.0f, 1.0f, 2.0f});
+    for (const float time : {2.0f, 1.0f, 0.5f, 1.0f, 1.5f, 1.0f})
+    {
+        track.SetTime(time);
+        EXPECT_EQ(track.GetValue(), time * 10.0f);
+    }
+    TEV2_ANIMATABLE_FLOAT32_LINEAR still = TrackAt({1.0f, 1.0f});
+    still.SetTime(0.0f);
+    still.Update(10.0f);
+    EXPECT_EQ(still.m_current_key, 0u);
+    EXPECT_EQ(still.m_fraction, 0.0f);
+}
+
+TEST(MalformedTrack, PlaysTimesInAnyOrder)
+{
+    const std::vector<float> odd[] = {
+        {3.0f, 2.0f, 1.0f, 0.0f},
+        {0.0f, 5.0f, 1.0f, 4.0f, 2.0f, 3.0f, 1.0f, 9.0f, 8.0f, 2.5f},
+        {NAN, NAN, NAN},
+        {0.0f, NAN, 2.0f, INFINITY},
+        {-INFINITY, 0.0f, INFINITY},
+        {1.0f, NAN, NAN, NAN, NAN, NAN, NAN, NAN, 9.0f},
+    };
+    for (const std::vector<float>& times : odd)
+    {
+        for (std::size_t values = 0; values < times.size() + 2; ++values)
+        {
+            TEV2_ANIMATABLE_VECTOR_3_LINEAR track;
+            track.m_times = times;
+            track.m_values.assign(values, {1.0f, 2.0f, 3.0f});
+            for (const float time : {2.2f, -1.0f, 8.5f, 0.1f, NAN, 1e38f, 4.5f, 1.0f, INFINITY, 0.5f})
+            {
+                track.SetTime(time);
+                EXPECT_LT(track.m_current_key + 1, times.size());
+                track.GetValue();
+                track.Update(time);
+                EXPECT_LT(track.m_current_key + 1, times.size());
+                track.GetValue();
+            }
+        }
     }
 }
 
