@@ -104,15 +104,14 @@ TEST_F(Registry, KeepsTextsWithTheirZeroInAKeyOfItsClass)
 
 TEST_F(Registry, TakesEveryTypeAsTextOfUpTo64Bytes)
 {
-    struct Case
+    const std::string longest(63, '7');
+    const struct
     {
         const char* what;
         DWORD type;
         std::string bytes;
         std::optional<std::string> text;
-    };
-    const std::string longest(63, '7');
-    const Case cases[] = {
+    } cases[] = {
         {"text", REG_SZ, std::string("12\0", 3), "12"},
         {"empty text", REG_SZ, std::string("\0", 1), ""},
         {"no zero", REG_SZ, "50", "50"},
@@ -126,11 +125,10 @@ TEST_F(Registry, TakesEveryTypeAsTextOfUpTo64Bytes)
         {"65 bytes", REG_BINARY, std::string(65, '7'), std::nullopt},
         {"much", REG_BINARY, std::string(5000, '7'), std::nullopt},
     };
-    for (const Case& value : cases)
+    for (const auto& value : cases)
     {
-        SCOPED_TRACE(value.what);
         Store("A", value.type, value.bytes);
-        EXPECT_EQ(SettingsReader().Read("A"), value.text);
+        EXPECT_EQ(SettingsReader().Read("A"), value.text) << value.what;
     }
 }
 
