@@ -36,6 +36,15 @@ inline nlohmann::json FileOf(const CommandResult& result)
     return result.Json()["files"][0];
 }
 
+/// The JSON has these values, each at its pointer.
+inline void ExpectValues(const nlohmann::json& json,
+                         const std::vector<std::pair<std::string, nlohmann::json>>& values)
+{
+    for (const auto& [pointer, value] : values)
+        EXPECT_EQ(json.value(nlohmann::json::json_pointer(pointer), nlohmann::json("missing")), value)
+            << pointer;
+}
+
 /// The text has each of the parts.
 inline void ExpectParts(const std::string& text, const std::vector<std::string>& parts)
 {

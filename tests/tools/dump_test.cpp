@@ -143,12 +143,7 @@ TEST_F(DumpTest, JsonHoldsEveryRecordOfAScene)
     TEV2 scene;
     FillDumpedScene(scene);
     const auto json = DumpJson(scene);
-    for (const auto& [pointer, value] : kDumped)
-    {
-        const nlohmann::json::json_pointer at(pointer);
-        ASSERT_TRUE(json.contains(at)) << pointer;
-        EXPECT_EQ(json[at], value) << pointer;
-    }
+    ExpectValues(json, kDumped);
     // the chunks follow the magic without gaps
     std::size_t offset = 4;
     for (const auto& chunk : json["chunks"])

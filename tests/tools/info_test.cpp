@@ -18,18 +18,18 @@ nlohmann::json Info(const std::string& path)
 TEST_F(InfoTest, JsonSumsUpTheScene)
 {
     const auto file = Info(Write(SoundImage()));
-    const nlohmann::json expected = {
-        {"creatorText", "MotionBuilder v17.00  Tev2 Exporter v1.14"},
-        {"informationLines", {"USERNAME:\tann", "FBX_FILE:\twalk.bvh"}},
-        {"timeRange", {{"start", 0.0}, {"end", 1.0}}},
-        {"nodes", 3},
-        {"topNodes", 1},
-        {"bytes", SoundImage().size()},
-        {"cameras", {{{"name", "Camera"}, {"node", 2}, {"nodeName", "Camera"}, {"inverseAspect", 0.75}}}},
-        {"switcher", {{"keys", 3}, {"cameras", {-1, 0}}}},
-    };
-    for (const auto& [name, value] : expected.items())
-        EXPECT_EQ(file[name], value) << name;
+    ExpectValues(file,
+                 {
+                     {"/creatorText", "MotionBuilder v17.00  Tev2 Exporter v1.14"},
+                     {"/informationLines", {"USERNAME:\tann", "FBX_FILE:\twalk.bvh"}},
+                     {"/timeRange", {{"start", 0.0}, {"end", 1.0}}},
+                     {"/nodes", 3},
+                     {"/topNodes", 1},
+                     {"/bytes", SoundImage().size()},
+                     {"/cameras",
+                      {{{"name", "Camera"}, {"node", 2}, {"nodeName", "Camera"}, {"inverseAspect", 0.75}}}},
+                     {"/switcher", {{"keys", 3}, {"cameras", {-1, 0}}}},
+                 });
     EXPECT_EQ(file["version"].get<float>(), 1.16f);
 
     const std::vector<std::vector<int>> tracks = {{0, 3, 7}, {1, 1, 3}, {3, 4, 10},

@@ -32,18 +32,12 @@ TEST_F(ExportVerbTest, WritesTheTakeAndTellsWhatItWrote)
     std::uint64_t keys = 0;
     for (const auto& node : scene->matrixHierarchy.nodes)
         keys += node.translation->m_times.size() + node.rotation->m_times.size();
-    const nlohmann::json expected = {{"output", Path("out.tv2")},
-                                     {"take", "Motion"},
-                                     {"ok", true},
-                                     {"rate", 25},
-                                     {"nodes", 4},
-                                     {"cameras", 0},
-                                     {"samples", 3},
-                                     {"keysSampled", 24},
-                                     {"keysKept", keys},
-                                     {"bytes", fs::file_size(Path("out.tv2"))}};
-    for (const auto& [name, value] : expected.items())
-        EXPECT_EQ(run.Json().at("files").at(0).at(name), value) << name;
+    // clang-format off
+    ExpectValues(run.Json().at("files").at(0),
+                 {{"/output", Path("out.tv2")}, {"/take", "Motion"}, {"/ok", true}, {"/rate", 25}, {"/nodes", 4},
+                  {"/cameras", 0}, {"/samples", 3}, {"/keysSampled", 24}, {"/keysKept", keys},
+                  {"/bytes", fs::file_size(Path("out.tv2"))}});
+    // clang-format on
     EXPECT_EQ(run.Json().at("notes").back(),
               "the range is cut to the take: \"Motion\" has frames 0 to 2 (0 to 0.08 s)");
 

@@ -12,18 +12,18 @@ TEST_F(SceneVerbTest, JsonHoldsTakesModelsLensesAndProperties)
     const CommandResult run = RunTv2({"scene", "--json", Path("takes.gltf")});
     EXPECT_EQ(run.exit_code, 0) << run.err;
     const auto scene = run.Json();
-    EXPECT_EQ(scene.at("transportRate"), 30.0);
-    ASSERT_EQ(scene.at("takes").size(), 3u);
-    EXPECT_EQ(scene.at("takes").at(0).at("name"), "A b");
-    EXPECT_EQ(scene.at("takes").at(0).at("current"), true);
-    EXPECT_EQ(scene.at("takes").at(1).at("current"), false);
+    ExpectValues(scene, {{"/transportRate", 30.0},
+                         {"/takes/0/name", "A b"},
+                         {"/takes/0/current", true},
+                         {"/takes/1/current", false},
+                         {"/switcher", false},
+                         {"/models/1/name", "Eye"},
+                         {"/models/1/parent", "Scene"},
+                         {"/models/1/type", "camera"}});
+    EXPECT_EQ(scene.at("takes").size(), 3u);
     EXPECT_EQ(scene.at("systemCameras").size(), 7u);
-    EXPECT_EQ(scene.at("switcher"), false);
     ASSERT_EQ(scene.at("models").size(), 2u);
     const auto eye = scene.at("models").at(1);
-    EXPECT_EQ(eye.at("name"), "Eye");
-    EXPECT_EQ(eye.at("parent"), "Scene");
-    EXPECT_EQ(eye.at("type"), "camera");
     EXPECT_NEAR(eye.at("lens").at("fieldOfView").get<double>(), 45.8366, 1e-3);
     EXPECT_NEAR(eye.at("lens").at("far").get<double>(), 1000.0, 1e-6);
     const nlohmann::json properties = {{{"name", "note"}, {"kind", "text"}, {"value", "left"}},
