@@ -25,7 +25,7 @@ build: packages ## Build the command (build/bin/tv2), the plug-in and the librar
 	@cmake --build --preset release --target tv2 tv2_motionbuilder_export_tool mobu_host
 
 test: packages ## Build everything and run all tests
-	@scripts/install_packages.sh xvfb valgrind
+	@scripts/install_packages.sh xvfb valgrind python3-jsonschema
 	@$(CONFIGURE) release > /dev/null
 	@cmake --build --preset release
 	scripts/run_tests.sh $(BUILD)
@@ -73,7 +73,7 @@ windows: packages ## Build the command and the plug-in for 64-bit Windows (build
 	@cmake --preset windows > /dev/null
 	@cmake --build --preset windows --target tv2 tv2_motionbuilder_export_tool
 
-test-windows: build windows ## Run the tests of the Windows build under Wine; compare its files with those of this system
+test-windows: build windows ## Run the tests of the Windows build under Wine; compare its files with those of Linux
 	@scripts/install_packages.sh wine64 xvfb xauth
 	@cmake --build --preset windows
 	scripts/test_windows.sh

@@ -134,13 +134,9 @@ void TEV2_EXPORTER_DIALOG::AddRegions()
                   row.y.attach, row.y.relative, 1.0f, row.width, kAbsolute, kLayout, 1.0f, row.height,
                   kAbsolute, kLayout, 1.0f);
         if (row.control)
-        {
             SetControl(row.name, row.control);
-        }
         else
-        {
             SetBorder(row.name, kFBEmbossSmoothEdgeBorder, true, false, 2, 2, 90.0f, 10);
-        }
     };
     // clang-format off
     const Row rows[] = {
@@ -258,9 +254,7 @@ void TEV2_EXPORTER_DIALOG::ReadControls()
     settings_.end_key = ToInt32(std::round(end_key_.Value));
     settings_.frame_rate = static_cast<float>(static_cast<double>(rate_.Value));
     for (std::size_t i = 0; i < kCheckBoxCount; ++i)
-    {
         settings_.flags.*kCheckBoxes[i].flag = IsSet(check_boxes_[i]);
-    }
 }
 
 void TEV2_EXPORTER_DIALOG::ReadPosition()

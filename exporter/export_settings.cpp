@@ -28,9 +28,7 @@ void VisitStoredValues(Settings& settings, Visit&& visit)
     visit(Option("end_frame").key, settings.end_key);
     visit(Option("fps").key, settings.frame_rate);
     for (const ExportOption& row : kCheckBoxes)
-    {
         visit(row.key, settings.flags.*row.flag);
-    }
     visit("DIALOG_POS_X_KEY_NAME", settings.dialog_x);
     visit("DIALOG_POS_Y_KEY_NAME", settings.dialog_y);
 }

@@ -1,6 +1,6 @@
+#include "host/import/base/parse_error.h"
 #include "host/import/formats.h"
 #include "host/import/host_scene.h"
-#include "host/import/base/parse_error.h"
 
 #include <mobu_host/scene.h>
 

@@ -1,5 +1,5 @@
-#include "host/import/formats.h"
 #include "host/import/base/parse_error.h"
+#include "host/import/formats.h"
 
 #include <cstdint>
 #include <cstdlib>

@@ -38,10 +38,8 @@ std::size_t ComponentTypeIn(JsonValue json, const Place& place)
 {
     const std::size_t type = SizeIn(json, "componentType", 0, std::nullopt, place);
     for (const std::size_t known : {kByte, kUnsignedByte, kShort, kUnsignedShort, kUnsignedInt, kFloat})
-    {
         if (type == known)
             return type;
-    }
     place.Fail("componentType", "is " + std::to_string(type) + ", which is none");
 }
 
@@ -57,10 +55,8 @@ const ElementType& ElementTypeIn(JsonValue json, const Place& place)
     static constexpr ElementType kTypes[] = {{"SCALAR", 1, 1}, {"VEC2", 2, 1}, {"VEC3", 3, 1}, {"VEC4", 4, 1},
                                              {"MAT2", 2, 2},   {"MAT3", 3, 3}, {"MAT4", 4, 4}};
     for (const ElementType& type : kTypes)
-    {
         if (json["type"].Text() == type.name)
             return type;
-    }
     place.Fail("type", "is none of SCALAR, VEC2, VEC3, VEC4, MAT2, MAT3 and MAT4");
 }
 

@@ -224,10 +224,8 @@ JsonValue JsonValue::Find(std::string_view name) const
     if (object.size <= kMostSearchedInOrder)
     {
         for (std::size_t i = object.size; i-- > 0;)
-        {
             if (tree_->NameOf(object, i) == name)
                 return (*this)[i];
-        }
         return {};
     }
     const auto order = tree_->entries_.begin() + object.first + 2 * std::ptrdiff_t{object.size};

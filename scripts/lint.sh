@@ -1,5 +1,6 @@
 #!/bin/sh
-# Formatting of every source; dependencies, widths and lengths of the tree; clang-tidy over the product (not the tests), in the batches that its preset makes.
+# Formatting of every source; dependencies, widths and lengths of the tree; clang-tidy over the product (not the tests),
+# in the batches that its preset makes.
 set -eu
 cd "$(dirname "$0")/.."
 

@@ -6,7 +6,9 @@ cd "$(dirname "$0")/.."
 plugin=build/windows/lib/tv2/tv2_motionbuilder_export_tool.dll
 rules=build/windows/lib/tv2/tv2_export_rules.dll
 headers() { x86_64-w64-mingw32-objdump -p "$1"; }
-exports() { headers "$1" | sed -n '/^\[Ordinal\/Name Pointer\] Table/,/^$/s/.*\[ *[0-9]*\] \([A-Za-z_].*\)$/\1/p' | sort; }
+exports() {
+    headers "$1" | sed -n '/^\[Ordinal\/Name Pointer\] Table/,/^$/s/.*\[ *[0-9]*\] \([A-Za-z_].*\)$/\1/p' | sort
+}
 imports() { headers "$1" | sed -n 's/.*DLL Name: //p' | sort; }
 expect() # what, expected, actual
 {

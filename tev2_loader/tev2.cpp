@@ -1,5 +1,7 @@
 #include "tev2_loader/tev2.h"
 
+#include "tev2_loader/array_length_helper.h"
+
 #include <algorithm>
 #include <cstdio>
 #include <limits>

@@ -1,7 +1,6 @@
 #pragma once
 
 #include "tev2_loader/format.h"
-#include "tev2_loader/records/array_length_helper.h"
 #include "tev2_loader/records/camera.h"
 #include "tev2_loader/records/camera_man.h"
 #include "tev2_loader/records/environment.h"
@@ -181,7 +180,7 @@ constexpr auto MakeSceneLists()
 {
     using enum TEV2_READING;
     return std::make_tuple(
-        //                              chunk                  label                  reading     save, count, update, setTime
+        //                              chunk                   label          reading  save, count, update, setTime
         Row(&TEV2::information,         {kInformationChunk,     "information",         InPlace,     1,  0,  0,  0}),
         Row(&TEV2::environment,         {kEnvironmentChunk,     "environment",         InPlace,     2,  0,  2,  2}),
         Row(&TEV2::globalLightTint,     {kGlobalLightTintChunk, "globalLightTint",     InPlace,     3,  0,  4,  4}),

@@ -28,9 +28,7 @@ std::size_t EditDistance(std::string_view a, std::string_view b)
     std::vector<std::size_t> above(b.size() + 1);
     std::vector<std::size_t> row(b.size() + 1);
     for (std::size_t j = 0; j <= b.size(); ++j)
-    {
         above[j] = j;
-    }
     for (std::size_t i = 1; i <= a.size(); ++i)
     {
         row[0] = i;
@@ -39,9 +37,7 @@ std::size_t EditDistance(std::string_view a, std::string_view b)
             const std::size_t replaced = above[j - 1] + (SameLetter(a[i - 1], b[j - 1]) ? 0 : 1);
             row[j] = std::min({replaced, above[j] + 1, row[j - 1] + 1});
             if (i > 1 && j > 1 && SameLetter(a[i - 1], b[j - 2]) && SameLetter(a[i - 2], b[j - 1]))
-            {
                 row[j] = std::min(row[j], two_above[j - 2] + 1);
-            }
         }
         two_above.swap(above);
         above.swap(row);
@@ -56,9 +52,7 @@ std::string_view ClosestName(std::string_view unknown, std::span<const std::stri
     std::string_view closest;
     std::size_t allowed = std::max<std::size_t>(unknown.size() / kLettersPerError, 1) + 1; // exclusive
     if (unknown.empty() || unknown.size() > kLongestCompared)
-    {
         return closest;
-    }
     for (const std::string_view name : known)
     {
         const std::size_t least =

@@ -45,21 +45,13 @@ void AppendPrintable(std::string_view character, bool valid, std::string& line)
 {
     const unsigned code = valid ? CodePoint(character) : static_cast<unsigned char>(character[0]);
     if (code == '\n' || code == '\r' || code == '\t')
-    {
         line += code == '\n' ? "\\n" : code == '\r' ? "\\r" : "\\t";
-    }
     else if (!valid || code < 0x20 || code == 0x7F)
-    {
         line += "\\x" + Hexadecimal(code, 2);
-    }
     else if ((code >= 0x80 && code < 0xA0) || ChangesTheLine(code))
-    {
         line += "\\u" + Hexadecimal(code, 4);
-    }
     else
-    {
         line += character;
-    }
 }
 
 } // namespace
@@ -81,8 +73,6 @@ std::string OneLine(std::string_view text)
 {
     std::string doubled;
     for (const char c : text)
-    {
         doubled.append(c == '\\' ? 2 : 1, c);
-    }
     return Printable(doubled);
 }

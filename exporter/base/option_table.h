@@ -78,12 +78,8 @@ inline std::string CommandLineName(const ExportOption& row)
 inline void SetFlags(ExportOptions& options, const ExportFlags& flags)
 {
     for (const ExportOption& row : kExportOptions)
-    {
         if (row.applied != nullptr)
-        {
             options.*row.applied = flags.*row.flag;
-        }
-    }
     options.AllTakes = flags.all_takes;
 }
 

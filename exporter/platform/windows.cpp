@@ -1,6 +1,6 @@
 #include "exporter/platform/platform.h"
 
-#include "tev2_loader/detail/windows_path.h"
+#include "tev2_loader/io/detail/windows_path.h"
 
 #include <windows.h>
 

@@ -54,9 +54,7 @@ SceneFacts SceneOf(const tv2_rules_request& request)
         scene.takes.push_back({Text(take.name), take.start, take.stop});
     }
     if (request.current_take >= 0 && static_cast<std::size_t>(request.current_take) < request.take_count)
-    {
         scene.current_take = static_cast<std::size_t>(request.current_take);
-    }
     for (std::size_t i = 0; i < request.model_count; ++i)
     {
         const tv2_rules_model& model = request.models[i];
@@ -64,9 +62,7 @@ SceneFacts SceneOf(const tv2_rules_request& request)
         scene.models.push_back({has_parent ? model.parent : -1, model.selected != 0, model.camera != 0});
     }
     for (std::size_t i = 0; i < request.file_count; ++i)
-    {
         scene.files.push_back(Text(request.files[i]));
-    }
     return scene;
 }
 
@@ -75,9 +71,7 @@ SceneFacts SceneOf(const tv2_rules_request& request)
 tv2_rules_plan* tv2_rules_check(const tv2_rules_request* request)
 {
     if (request == nullptr || request->size != sizeof(tv2_rules_request))
-    {
         return nullptr;
-    }
     try
     {
         const SceneFacts scene = SceneOf(*request);
@@ -114,9 +108,7 @@ tv2_rules_result tv2_rules_result_of(const tv2_rules_plan* plan)
 tv2_rules_file tv2_rules_file_at(const tv2_rules_plan* plan, size_t index)
 {
     if (index >= plan->plan.files.size())
-    {
         return {};
-    }
     const FilePlan& file = plan->plan.files[index];
     return {file.path.c_str(), file.take, static_cast<double>(file.range.start),
             static_cast<double>(file.range.end)};
@@ -140,9 +132,7 @@ size_t tv2_rules_option_count(void)
 tv2_rules_option tv2_rules_option_at(size_t index)
 {
     if (index >= std::size(kExportOptions))
-    {
         return {};
-    }
     const ExportOption& row = kExportOptions[index];
     return {row.name, row.help, row.flag != nullptr, row.flag != nullptr && ExportFlags{}.*row.flag};
 }

@@ -1,6 +1,6 @@
 #include "exporter/rules/file_facts.h"
 
-#include "tev2_loader/detail/windows_path.h"
+#include "tev2_loader/io/detail/windows_path.h"
 
 #include <cerrno>
 
@@ -22,9 +22,7 @@ public:
     ~Handle()
     {
         if (*this)
-        {
             CloseHandle(handle_);
-        }
     }
     Handle(const Handle&) = delete;
     Handle& operator=(const Handle&) = delete;
@@ -61,9 +59,7 @@ FileStamp FileStamp::Of(const std::string& path)
     stamp.exists = true;
     BY_HANDLE_FILE_INFORMATION status{};
     if (GetFileType(file.Get()) != FILE_TYPE_DISK || !GetFileInformationByHandle(file.Get(), &status))
-    {
         return stamp; // a device
-    }
     stamp.folder = (status.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
     stamp.regular = !stamp.folder;
     stamp.read_only = stamp.regular && (status.dwFileAttributes & FILE_ATTRIBUTE_READONLY) != 0;

@@ -15,9 +15,7 @@ std::string_view FileNameOf(std::string_view path)
 {
     const std::size_t separator = path.find_last_of("/\\");
     if (separator != std::string_view::npos)
-    {
         return path.substr(separator + 1);
-    }
     const bool has_drive = path.size() > 1 && path[1] == ':';
     return path.substr(has_drive ? 2 : 0);
 }
@@ -44,9 +42,7 @@ bool IsPortNumber(std::string_view text)
 std::string WindowsDevice(const std::string& path)
 {
     if (path.starts_with("\\\\.\\") || path.starts_with("//./"))
-    {
         return path;
-    }
     // Whatever follows the first dot does not count, nor do blanks in front of it.
     const std::string_view name = FileNameOf(path);
     std::string base = AsciiUpper(name.substr(0, name.find_first_of(".:")));
@@ -61,16 +57,10 @@ std::string WindowsDevice(const std::string& path)
 std::string WhyNoWindowsFile(const std::string& path)
 {
     if (const std::string device = WindowsDevice(path); !device.empty())
-    {
         return Quoted(device) + " is the name of a device";
-    }
     for (const char c : FileNameOf(path))
-    {
         if (static_cast<unsigned char>(c) < 0x20 || std::string_view("<>:\"|?*").find(c) != std::string::npos)
-        {
             return "no name of a file can have the character " + Quoted(std::string_view(&c, 1));
-        }
-    }
     return {};
 }
 

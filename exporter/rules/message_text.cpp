@@ -37,13 +37,9 @@ std::string Listed(const std::vector<std::string>& names)
 {
     std::string list;
     for (std::size_t i = 0; i < std::min(names.size(), kMostNamesShown); ++i)
-    {
         list += (i == 0 ? "" : ", ") + Quoted(names[i]);
-    }
     if (names.size() > kMostNamesShown)
-    {
         list += " and " + CountText(names.size() - kMostNamesShown) + " more";
-    }
     return list;
 }
 

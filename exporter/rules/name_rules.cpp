@@ -3,7 +3,7 @@
 #include "exporter/rules/file_naming.h"
 #include "exporter/rules/message_text.h"
 #include "exporter/rules/rule.h"
-#include "tev2_loader/detail/file_system.h"
+#include "tev2_loader/io/detail/file_system.h"
 #include "tev2_loader/io/file_writer.h"
 
 #include <algorithm>
@@ -36,9 +36,7 @@ bool HasWindowsNames(const ExportQuestion& question)
 Objection TooLong(const std::string& path)
 {
     if (path.size() <= TEV2_LOADER::kMostPathBytes)
-    {
         return {};
-    }
     return {"path-too-long", "the path " + Quoted(path) + " has " + std::to_string(path.size()) +
                                  " bytes; at most " + std::to_string(TEV2_LOADER::kMostPathBytes) +
                                  " can be written to"};
@@ -66,9 +64,7 @@ PlaceOfNew PlaceOfNewFile(const ExportQuestion& question, const std::string& pat
 Objection EndsInTv2(const Case& c)
 {
     if (c.question.path.ends_with(kExtension))
-    {
         return {};
-    }
     return {"no-tv2-name", "the output " + Quoted(c.question.path) + " does not end in .tv2"};
 }
 
@@ -83,9 +79,7 @@ Objection TakesCanNameFiles(const Case& c)
     {
         const std::string& take = file.take_name;
         if (TakeNamesTheFile(c.question) && (take.empty() || take.find_first_of("/\\") != std::string::npos))
-        {
             return {"take-names-no-file", "no file can be named after take " + Quoted(take)};
-        }
     }
     return {};
 }
@@ -93,12 +87,8 @@ Objection TakesCanNameFiles(const Case& c)
 Objection NamesFit(const Case& c)
 {
     for (const FilePlan& file : c.plan.files)
-    {
         if (Objection objection = TooLong(file.path))
-        {
             return objection;
-        }
-    }
     return {};
 }
 
@@ -133,9 +123,7 @@ Objection FilesDiffer(const Case& c)
         const FilePlan* other = first_at(names, FoldsCase(c.question) ? FoldCase(file.path) : file.path);
         const FileStamp stamp = FileStamp::Of(file.path);
         if (!other && stamp.regular && stamp.inode != 0)
-        {
             other = first_at(places, PlaceOf(stamp));
-        }
         if (!other && !stamp.exists)
         {
             const PlaceOfNew place = PlaceOfNewFile(c.question, file.path);
@@ -186,9 +174,7 @@ std::string PathForExporter(const std::string& path, const SceneFacts& scene)
 {
     std::size_t longest_take = 0;
     for (const SceneTake& take : scene.takes)
-    {
         longest_take = std::max(longest_take, take.name.size());
-    }
     std::error_code error;
     const std::string absolute = std::filesystem::absolute(path, error).string();
     const bool fits = absolute.size() + 1 + longest_take <= TEV2_LOADER::kMostPathBytes;

@@ -21,9 +21,7 @@ void NoteRate(const Case& c)
     const bool has_more_digits = RateOfText(NumberText(sampled), 0.0) != c.plan.call.rate;
     double longest = 0.0; // seconds
     for (const FilePlan& file : c.plan.files)
-    {
         longest = std::max(longest, static_cast<double>(file.range.end - file.range.start));
-    }
     const double moved = longest * std::abs(static_cast<double>(sampled) - c.plan.call.rate);
     if ((explicit_rate && has_more_digits) || moved > kMovedVisibly)
     {
@@ -36,9 +34,7 @@ void NoteRate(const Case& c)
 void NoteRange(const Case& c)
 {
     if (c.plan.call.whole_take)
-    {
         return;
-    }
     std::vector<std::string> cut;
     for (const FilePlan& file : c.plan.files)
     {
@@ -47,14 +43,10 @@ void NoteRange(const Case& c)
         const std::int32_t last = FrameAt(take.stop, take.transport_rate);
         if ((c.question.start_frame && *c.question.start_frame < first) ||
             (c.question.end_frame && *c.question.end_frame > last))
-        {
             cut.push_back(Quoted(file.take_name) + " has " + FramesText(take, WholeTake(take, 1.0f)));
-        }
     }
     for (const std::string& take : cut)
-    {
         c.plan.notes.push_back("the range is cut to the take: " + take);
-    }
 }
 
 /// Takes are exported in whole frames of the transport rate.
@@ -83,16 +75,10 @@ void NoteOtherTakes(const Case& c)
     std::vector<std::string> others;
     std::vector<bool> exported(c.scene->takes.size());
     for (const FilePlan& file : c.plan.files)
-    {
         exported[file.take] = true;
-    }
     for (std::size_t i = 0; i < c.scene->takes.size(); ++i)
-    {
         if (!exported[i])
-        {
             others.push_back(c.scene->takes[i].name);
-        }
-    }
     if (!others.empty())
     {
         c.plan.notes.push_back(CountOf(others.size(), "other take is", "other takes are") +

@@ -39,9 +39,7 @@ Objection RateCanBeRead(const Case& c)
     c.plan.call.rate = *rate;
     const auto sampled = static_cast<float>(*rate);
     if (sampled > 0.0f && std::isfinite(1.0f / sampled) && sampled <= kHighestRate)
-    {
         return {};
-    }
     return {"rate-out-of-range", "a rate of " + NumberText(*rate) + " samples a second is out of range; " +
                                      fps + " takes numbers above 0 and up to " +
                                      CountText(static_cast<std::uint64_t>(kHighestRate))};
@@ -50,9 +48,7 @@ Objection RateCanBeRead(const Case& c)
 Objection RateCanBePassedOn(const Case& c)
 {
     if (!c.question.whole_rates_only || IsWholeRate(c.plan.call.rate) || c.scene == nullptr)
-    {
         return {};
-    }
     return {"rate-fractional",
             "scripts can only export at whole rates, and " + NumberText(c.plan.call.rate) +
                 " is not whole: use \"Custom FPS\" in the dialog of the export menu, or give " +
@@ -64,9 +60,7 @@ Objection RangeGoesForward(const Case& c)
     const std::optional<std::int32_t>& start = c.question.start_frame;
     const std::optional<std::int32_t>& end = c.question.end_frame;
     if (!start || !end || *start <= *end)
-    {
         return {};
-    }
     return {"range-reversed",
             "the start frame " + std::to_string(*start) + " is after the end frame " + std::to_string(*end)};
 }
@@ -78,9 +72,7 @@ void SetRanges(const Case& c)
     c.plan.call.start_frame = c.question.start_frame.value_or(std::numeric_limits<std::int32_t>::min());
     c.plan.call.end_frame = c.question.end_frame.value_or(std::numeric_limits<std::int32_t>::max());
     for (FilePlan& file : c.plan.files)
-    {
         file.range = RangeOf(c, file);
-    }
 }
 
 Objection RangeIsInside(const Case& c)
@@ -91,13 +83,9 @@ Objection RangeIsInside(const Case& c)
         const TakeTimes take = TimesOf(c, file);
         const SamplingRange whole = WholeTake(take, static_cast<float>(c.plan.call.rate));
         if (whole.start > whole.end)
-        {
             return {"take-reversed", "take " + Quoted(file.take_name) + " ends before it starts"};
-        }
         if (file.range.start <= file.range.end)
-        {
             continue;
-        }
         const bool late = file.range.start > whole.end;
         return {"range-outside", std::string("the ") + (late ? "start" : "end") + " frame " +
                                      std::to_string(late ? c.plan.call.start_frame : c.plan.call.end_frame) +

@@ -62,12 +62,8 @@ constexpr Rule* kRulesOfSampling[] = {TimeMovesOn, SamplesFit};
 Objection FirstOf(std::span<Rule* const> rules, const Case& c)
 {
     for (Rule* const rule : rules)
-    {
         if (Objection objection = rule(c))
-        {
             return objection;
-        }
-    }
     return {};
 }
 
@@ -76,9 +72,7 @@ Objection FirstOf(std::span<Rule* const> rules, const Case& c)
 Objection CheckScene(const SceneFacts& scene)
 {
     if (scene.models.size() > 1)
-    {
         return {};
-    }
     return scene.files.empty() ? Objection{"no-scene", "no scene is open, or it has no models"}
                                : Objection{"no-models", "the scene has no models"};
 }
@@ -90,15 +84,11 @@ ExportPlan PlanExport(const ExportQuestion& question, const SceneFacts* scene)
     const Case c{question, scene, plan};
     plan.objection = FirstOf(kRulesWithoutScene, c);
     if (plan.objection || scene == nullptr)
-    {
         return plan;
-    }
     plan.call.path = PathForExporter(question.path, *scene);
     plan.objection = FirstOf(kRulesOfScenes, c);
     if (!plan.objection)
-    {
         AddNotes(c);
-    }
     return plan;
 }
 

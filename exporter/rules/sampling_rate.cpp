@@ -38,21 +38,13 @@ std::optional<double> RateOfText(const std::string& text, double scene_rate)
     std::transform(lower.begin(), lower.end(), lower.begin(),
                    [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; });
     if (lower.empty() || lower == "scene")
-    {
         return scene_rate;
-    }
     for (const NamedRate& named : kNamedRates)
-    {
         if (lower == named.name)
-        {
             return named.rate;
-        }
-    }
     const std::size_t slash = lower.find('/');
     if (slash == std::string::npos)
-    {
         return Number(lower);
-    }
     const auto above = Number(std::string_view(lower).substr(0, slash));
     const auto below = Number(std::string_view(lower).substr(slash + 1));
     return above && below && *below != 0.0 ? std::optional(*above / *below) : std::nullopt;

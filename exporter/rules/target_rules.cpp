@@ -21,9 +21,7 @@ Objection CheckFolder(const std::string& path)
     const std::string folder = FolderOf(path);
     const FileStamp place = FileStamp::Of(folder);
     if (place.exists && place.folder)
-    {
         return {};
-    }
     return CannotWrite(path, "no-folder",
                        std::string(std::strerror(place.exists ? ENOTDIR : place.error)) + ": " +
                            Quoted(folder));
@@ -34,9 +32,7 @@ Objection CheckPlace(const std::string& path)
     const std::string folder = FolderOf(path);
     const FileStamp target = FileStamp::Of(path);
     if (!target.exists && target.error != ENOENT)
-    {
         return CannotWrite(path, "not-writable", std::strerror(target.error));
-    }
     if (!target.exists)
     {
         const int obstacle = ObstacleToWriting(folder);
@@ -45,13 +41,9 @@ Objection CheckPlace(const std::string& path)
                                            std::string(std::strerror(obstacle)) + ": " + Quoted(folder));
     }
     if (target.folder)
-    {
         return CannotWrite(path, "not-a-file", std::strerror(EISDIR));
-    }
     if (!target.regular)
-    {
         return CannotWrite(path, "not-a-file", "it is a device or a pipe, not a file");
-    }
     const int obstacle = target.read_only ? 0 : ObstacleToWriting(path);
     return obstacle == 0 ? Objection{} : CannotWrite(path, "not-writable", std::strerror(obstacle));
 }
@@ -66,9 +58,7 @@ public:
         {
             const FileStamp stamp = FileStamp::Of(paths[i]);
             if (stamp.exists)
-            {
                 places_.emplace(PlaceOf(stamp), i);
-            }
         }
     }
 
@@ -101,12 +91,8 @@ Objection CheckTargets(const std::vector<FilePlan>& files, const SceneFacts& sce
     {
         for (const Objection& objection :
              {CheckFolder(file.path), sources.Check(file.path), CheckPlace(file.path)})
-        {
             if (objection)
-            {
                 return objection;
-            }
-        }
     }
     return {};
 }

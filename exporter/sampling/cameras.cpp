@@ -130,9 +130,7 @@ void SampleSwitcher(const SwitcherBinding& binding, float time)
     FBScene& source = *binding.source;
     FBCamera* selected = nullptr;
     if (position >= 0 && position < source.Cameras.GetCount())
-    {
         selected = source.Cameras[static_cast<int>(position)];
-    }
     binding.track->Append(time, binding.indices->Find(selected));
 }
 

@@ -70,14 +70,10 @@ public:
 
         subtrees_.reserve(models_.export_models.size());
         for (FBModel* model : models_.export_models)
-        {
             subtrees_.push_back(CollectSubtree(*model));
-        }
         hierarchy.nodes.reserve(CountExportNodes(subtrees_, first_is_scene_root_));
         if (!subtrees_.empty() && !first_is_scene_root_)
-        {
             InsertExporterRoot(hierarchy, range.start);
-        }
         std::size_t next_camera = 0;
         for (ExportSubtree& subtree : subtrees_)
         {
@@ -100,9 +96,7 @@ public:
             SampleCameras(subtree.cameras, time);
         }
         if (switcher_.switcher)
-        {
             SampleSwitcher(switcher_, time);
-        }
     }
 
     void Finish() { FinishHierarchy(scene_.matrixHierarchy, first_is_scene_root_); }

@@ -40,9 +40,7 @@ std::vector<float> SampledInstants(const SamplingRange& range)
 {
     std::vector<float> instants = {range.start};
     for (RegularInstants regular(range); regular.Next();)
-    {
         instants.push_back(regular.Time());
-    }
     instants.push_back(range.end);
     return instants;
 }

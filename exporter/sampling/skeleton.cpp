@@ -24,9 +24,7 @@ void AppendModels(FBModel& model, std::uint32_t parent, std::vector<ModelBinding
     binding.has_children = children > 0;
     binding.user_properties = CollectUserProperties(model);
     for (int child = 0; child < children; ++child)
-    {
         AppendModels(*model.Children[child], position, models);
-    }
 }
 
 void AppendKey(ModelBinding& binding, float time, const TEV2_VECTOR_3& translation,
@@ -59,9 +57,7 @@ std::uint32_t CountExportNodes(const std::vector<ExportSubtree>& subtrees, bool 
 {
     std::size_t count = first_is_scene_root ? 0 : 1;
     for (const ExportSubtree& subtree : subtrees)
-    {
         count += subtree.models.size();
-    }
     return static_cast<std::uint32_t>(count);
 }
 
@@ -94,9 +90,7 @@ void SampleTransforms(std::vector<ModelBinding>& models, float time)
         const TEV2_QUATERNION rotation = ToQuaternion(converted);
         const TEV2_MATRIX_3X4 global = RigidMatrix(rotation, translation);
         if (binding.has_children)
-        {
             binding.inverse = Inverse(global);
-        }
         if (&binding == &models.front())
         {
             AppendKey(binding, time, translation, rotation);

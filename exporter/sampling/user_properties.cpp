@@ -119,18 +119,14 @@ void BuildExtendedProperties(TEV2_EXTENDED_PROPERTIES& block, const UserProperty
             if constexpr (std::is_same_v<decltype(value), TEV2_VECTOR_3>)
             {
                 if (flip)
-                {
                     value = {-value.x, value.y, -value.z};
-                }
             }
             auto& entry = entries.emplace_back();
             entry.name = WideText(property->GetName());
             MakeTrack(entry.track, range).Append(range.start, value);
         };
         if (!VisitKind(block, type, add_track))
-        {
             AddTexts(block, *property);
-        }
     }
 }
 
@@ -157,9 +153,7 @@ void BindProperties(TEV2_EXTENDED_PROPERTIES& block, const UserPropertySet& prop
 void SampleProperties(const std::vector<PropertyBinding>& bindings, float time)
 {
     for (const PropertyBinding& binding : bindings)
-    {
         std::visit([time](const auto& typed) { typed.Sample(time); }, binding);
-    }
 }
 
 } // namespace tev2_exporter

@@ -31,9 +31,7 @@ std::vector<std::pair<const char*, bool>> ButtonsOf(const ExportCall& call)
         {regions::kAllTakes, call.flags.all_takes},
     };
     for (const tev2_exporter::ExportOption& box : tev2_exporter::kCheckBoxes)
-    {
         buttons.emplace_back(box.region, call.flags.*box.flag);
-    }
     return buttons;
 }
 

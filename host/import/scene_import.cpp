@@ -1,8 +1,8 @@
 #include "host/import/scene_import.h"
 
+#include "host/import/base/parse_error.h"
 #include "host/import/formats.h"
 #include "host/import/host_scene.h"
-#include "host/import/base/parse_error.h"
 
 #include <mobu_host/scene.h>
 

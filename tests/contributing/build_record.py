@@ -1,5 +1,5 @@
-"""Follows CONTRIBUTING.md with its example record: copies the format library, makes every change that the text asks for,
-builds the result and runs marker_test.cpp against it.
+"""Follows CONTRIBUTING.md with its example record: copies the format library, makes every change that the text asks
+for, builds the result and runs marker_test.cpp against it.
 
     build_record.py SOURCE CXX
 """
@@ -10,7 +10,8 @@ import subprocess
 import sys
 import tempfile
 
-STEP = re.compile(r"^(?:New file `(?P<new>[^`]+)`|In `(?P<file>[^`]+)`, (?P<where>before|after) `(?P<anchor>[^`]+)`):\n\n"
+STEP = re.compile(r"^(?:New file `(?P<new>[^`]+)`|"
+                  r"In `(?P<file>[^`]+)`, (?P<where>before|after) `(?P<anchor>[^`]+)`):\n\n"
                   r"```cpp\n(?P<code>.*?)```$", re.MULTILINE | re.DOTALL)
 
 

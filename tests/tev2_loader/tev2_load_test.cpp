@@ -1,4 +1,5 @@
 #include "tests/support/sample_scenes.h"
+#include "tev2_loader/array_length_helper.h"
 
 #include <cmath>
 #include <set>

@@ -231,10 +231,8 @@ private:
         constexpr std::uint32_t kMostTypes = 12; // no family has a type beyond
         std::string known;
         for (std::uint32_t candidate = 0; candidate < kMostTypes; ++candidate)
-        {
             if (Object::Create(candidate))
                 known += (known.empty() ? "" : " or ") + std::to_string(candidate);
-        }
         return cursor_.Fail(Object::kUnknownType, known, std::to_string(type), sizeof type);
     }
 

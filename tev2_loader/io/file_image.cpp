@@ -1,6 +1,6 @@
 #include "tev2_loader/io/file_image.h"
 
-#include "tev2_loader/detail/file_system.h"
+#include "tev2_loader/io/detail/file_system.h"
 
 #include <array>
 #include <cerrno>

@@ -3,7 +3,7 @@
 #include <algorithm>
 
 #if defined(_WIN32)
-#include "tev2_loader/detail/windows_path.h"
+#include "tev2_loader/io/detail/windows_path.h"
 #endif
 
 namespace TEV2_LOADER

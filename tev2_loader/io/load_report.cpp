@@ -79,10 +79,8 @@ std::span<const TEV2_LOAD_CODE_ROW> LoadCodes()
 const char* CodeName(TEV2_LOAD_CODE code)
 {
     for (const TEV2_LOAD_CODE_ROW& row : kLoadCodes)
-    {
         if (row.code == code)
             return row.name;
-    }
     return "unknown";
 }
 

@@ -24,7 +24,13 @@ template <typename Number>
 Number TEV2_MEMORY_CURSOR::ReadNumber()
 {
     Number number{};
-    ReadBlock(&number, sizeof number);
+    if (sizeof number > Remaining())
+    {
+        ReadBlock(&number, sizeof number); // fails
+        return number;
+    }
+    std::memcpy(&number, current, sizeof number);
+    current += sizeof number;
     return number;
 }
 

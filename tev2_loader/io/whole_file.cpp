@@ -1,6 +1,6 @@
 #include "tev2_loader/io/whole_file.h"
 
-#include "tev2_loader/detail/file_system.h"
+#include "tev2_loader/io/detail/file_system.h"
 #include "tev2_loader/io/file_writer.h"
 
 #include <atomic>

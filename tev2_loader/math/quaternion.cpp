@@ -1,6 +1,6 @@
 #include "tev2_loader/math/quaternion.h"
 
-#include "tev2_loader/detail/fast_math.h"
+#include "tev2_loader/math/detail/fast_math.h"
 
 #include <cmath>
 

@@ -24,10 +24,8 @@ const TEV2_KIND* TEV2_INSTANCE::FindKind(std::uint32_t chunk_id)
 {
     for (const TEV2_KIND* kind :
          {&kInstanceChunk, &kGeomInstanceChunk, &kInstanceMaterialsChunk, &kInstanceSubObjectsChunk})
-    {
         if (*kind == chunk_id)
             return kind;
-    }
     return nullptr;
 }
 

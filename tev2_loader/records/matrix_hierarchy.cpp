@@ -1,8 +1,8 @@
 #include "tev2_loader/records/matrix_hierarchy.h"
 
-#include "tev2_loader/detail/fast_math.h"
-#include "tev2_loader/detail/track_mover.h"
+#include "tev2_loader/math/detail/fast_math.h"
 #include "tev2_loader/records/archives.h"
+#include "tev2_loader/tracks/detail/track_mover.h"
 #include "tev2_loader/tracks/linear_tracks.h"
 #include "tev2_loader/tracks/quaternion_tracks.h"
 

@@ -1,6 +1,6 @@
 #include "tev2_loader/tracks/animatable.h"
 
-#include "tev2_loader/detail/track_mover.h"
+#include "tev2_loader/tracks/detail/track_mover.h"
 
 namespace TEV2_LOADER
 {

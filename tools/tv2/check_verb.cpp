@@ -49,14 +49,10 @@ std::string CountsText(const std::array<std::size_t, 3>& counts)
     const auto add = [&text](std::size_t count, const char* singular, const char* plural)
     {
         if (count > 0)
-        {
             text += (text.empty() ? "" : ", ") + CountOf(count, singular, plural);
-        }
     };
     if (counts[1] == 0 && counts[2] == 0)
-    {
         text = "clean";
-    }
     add(counts[2], "error", "errors");
     add(counts[1], "warning", "warnings");
     add(counts[0], "note", "notes");
@@ -70,9 +66,7 @@ void PrintFinding(const Finding& finding, std::ostream& out)
     {
         out << ", " << finding.path;
         if (!finding.name.empty())
-        {
             out << ' ' << Quoted(finding.name);
-        }
     }
     else if (finding.chunk_id)
     {
@@ -116,13 +110,9 @@ void PrintFile(const LoadedFile& file, const std::vector<Finding>& findings, con
     {
         Rest& rest = rests[finding.code];
         if (++rest.found <= kMostOfOneCode || all)
-        {
             PrintFinding(finding, out);
-        }
         else if (!finding.name.empty() && (rest.names.empty() || rest.names.back() != finding.name))
-        {
             rest.names.push_back(finding.name);
-        }
     }
     for (const auto& [code, rest] : rests)
     {
@@ -133,28 +123,20 @@ void PrintFile(const LoadedFile& file, const std::vector<Finding>& findings, con
         }
     }
     if (file.loaded)
-    {
         out << "  up axis: " << TEV2_LOADER::UpAxisName(TEV2_LOADER::UpAxis(*file.scene)) << '\n';
-    }
 }
 
 Json ToJson(const LoadedFile& file, const std::vector<Finding>& findings, bool clean)
 {
     Json json = {{"file", file.argument}, {"loaded", file.loaded}};
     if (file.loaded)
-    {
         json["upAxis"] = TEV2_LOADER::UpAxisName(TEV2_LOADER::UpAxis(*file.scene));
-    }
     else
-    {
         json["error"] = WhyNotLoaded(file);
-    }
     json["clean"] = clean;
     json["findings"] = Json::array();
     for (const Finding& finding : findings)
-    {
         json["findings"].push_back(ToJson(finding));
-    }
     return json;
 }
 
@@ -182,24 +164,18 @@ public:
     void Run(VerbContext& context) override
     {
         if (codes_)
-        {
             return PrintCodes(context);
-        }
         AnswerForEachFile(files_, context,
                           [&](LoadedFile& file) -> Json
                           {
                               const std::vector<Finding> findings = Examine(file);
                               std::array<std::size_t, 3> counts{};
                               for (const Finding& finding : findings)
-                              {
                                   ++counts[static_cast<std::size_t>(finding.severity)];
-                              }
                               const bool clean = counts[1] == 0 && counts[2] == 0;
                               context.Report(clean ? kExitDone : kExitFindings);
                               if (context.json)
-                              {
                                   return ToJson(file, findings, clean);
-                              }
                               PrintFile(file, findings, CountsText(counts), all_, context.out);
                               return {};
                           });

@@ -27,9 +27,7 @@ CLI::Option* AddToParser(CLI::App& command, const OptionRow& row, bool* flag)
 {
     constexpr std::string_view kEitherWay = "--[no-]";
     if (!row.name.starts_with(kEitherWay))
-    {
         return command.add_flag(row.name, *flag, row.help);
-    }
     const std::string name = row.name.substr(kEitherWay.size());
     return command.add_flag("--" + name + ",!--no-" + name, *flag, row.help);
 }
@@ -45,9 +43,7 @@ CLI::Option* AddToParser(CLI::App& command, const OptionRow& row, const TakeText
     const auto take_or_throw = [name = row.name, take](const std::string& text)
     {
         if (const std::string why = take(text); !why.empty())
-        {
             throw CLI::ValidationError(name, why);
-        }
     };
     return command.add_option_function<std::string>(row.name, take_or_throw, row.help);
 }
@@ -64,26 +60,18 @@ void AddOption(CLI::App& command, const OptionRow& row)
         std::visit([&](const auto& value) { return AddToParser(command, row, value); }, row.value);
     option->required(row.required);
     if (row.excludes != nullptr)
-    {
         option->excludes(command.get_option(row.excludes));
-    }
     if (row.check)
     {
         option->check(
             CLI::Validator([check = row.check](const std::string& text) { return check(text); }, ""));
     }
     if (!row.one_of.empty())
-    {
         option->check(CLI::IsMember(row.one_of));
-    }
     if (row.range)
-    {
         option->check(CLI::Range(row.range->first, row.range->second));
-    }
     if (row.show_default)
-    {
         option->capture_default_str();
-    }
 }
 
 std::string FooterOf(const VerbRow& row)
@@ -91,9 +79,7 @@ std::string FooterOf(const VerbRow& row)
     std::string footer = "Examples:";
     std::istringstream examples{std::string(row.examples)};
     for (std::string line; std::getline(examples, line);)
-    {
         footer += "\n  " + line;
-    }
     return footer + (row.remarks.empty() ? "" : "\n") + std::string(row.remarks);
 }
 
@@ -103,9 +89,7 @@ std::unique_ptr<Verb> DeclareOptions(CLI::App& command, const VerbRow& row, Verb
     std::unique_ptr<Verb> verb = row.make();
     command.add_flag("--json", context.json, std::string(row.json_help));
     for (const OptionRow& option : verb->Options())
-    {
         AddOption(command, option);
-    }
     command.footer(FooterOf(row));
     return verb;
 }
@@ -115,12 +99,8 @@ std::set<std::string> GivenOptions(const CLI::App& command)
 {
     std::set<std::string> given;
     for (const CLI::Option* const option : command.get_options())
-    {
         if (option->count() > 0)
-        {
             given.insert(option->get_name());
-        }
-    }
     return given;
 }
 
@@ -128,12 +108,8 @@ std::vector<std::string> OptionsOf(const CLI::App& command)
 {
     std::vector<std::string> names;
     for (const CLI::Option* const option : command.get_options())
-    {
         for (const std::string& name : option->get_lnames())
-        {
             names.push_back("--" + name);
-        }
-    }
     return names;
 }
 
@@ -150,9 +126,7 @@ std::vector<VerbRow> VerbsFor(int argc, char** argv)
         std::sort(rows.begin(), rows.end(),
                   [](const VerbRow& a, const VerbRow& b) { return a.place < b.place; });
         if (!error.empty())
-        {
             std::cerr << "tv2: " << Printable(error) << '\n';
-        }
     }
     return rows;
 }
@@ -161,19 +135,13 @@ std::vector<VerbRow> VerbsFor(int argc, char** argv)
 std::string UnknownCommand(const std::vector<VerbRow>& rows, int argc, char** argv)
 {
     if (argc < 2)
-    {
         return "which command? tv2 --help lists them";
-    }
     const std::string first = argv[1];
     std::vector<std::string> names;
     for (const VerbRow& row : rows)
-    {
         names.emplace_back(row.name);
-    }
     if (first.starts_with('-') || std::find(names.begin(), names.end(), first) != names.end())
-    {
         return {};
-    }
     return "there is no command \"" + first + '"' + DidYouMean(first, names);
 }
 
@@ -182,15 +150,11 @@ std::string Complaint(const CLI::App& command, const CLI::ParseError& error)
 {
     const std::vector<std::string> unexpected = command.remaining();
     if (error.get_exit_code() != static_cast<int>(CLI::ExitCodes::ExtrasError) || unexpected.empty())
-    {
         return error.what();
-    }
     const auto option = std::find_if(unexpected.begin(), unexpected.end(),
                                      [](const std::string& text) { return text.starts_with('-'); });
     if (option == unexpected.end())
-    {
         return "one argument too many: \"" + unexpected.front() + '"';
-    }
     const std::string& first = *option;
     const std::string name = first.substr(0, first.find('='));
     return "there is no option " + name + DidYouMean(name, OptionsOf(command));
@@ -210,9 +174,7 @@ std::string MissingValue(const CLI::App& app, int argc, char** argv)
                                               ? commands.front()->get_option_no_throw(name)
                                               : nullptr;
         if (option && option->get_items_expected_min() > 0)
-        {
             return name + " needs a value: there is none after its \"=\"";
-        }
     }
     return {};
 }
@@ -228,9 +190,7 @@ int Refuse(const std::string& caller, const std::string& why, int argc, char** a
 {
     std::cerr << caller << ": " << Printable(why) << "\nRun with --help for more information.\n";
     if (WantsJson(argc, argv))
-    {
         std::cout << JsonAnswer(Json{{"error", why}}) << std::flush;
-    }
     return kExitCouldNotRun;
 }
 
@@ -272,9 +232,7 @@ std::vector<NamedVerb> AddVerbs(CLI::App& app, const std::vector<VerbRow>& rows,
         CLI::App* const command = app.add_subcommand(std::string(row.name), std::string(row.help));
         command->group("Commands");
         if (std::find(argv + 1, argv + argc, row.name) != argv + argc)
-        {
             named.push_back({command, row, DeclareOptions(*command, row, context)});
-        }
     }
     return named;
 }
@@ -288,9 +246,7 @@ int RunVerb(const CLI::App& app, const std::vector<NamedVerb>& named, VerbContex
                                     [&](const NamedVerb& candidate) { return candidate.command == command; });
     context.verb = found->row.name;
     if (const std::string why = found->verb->Refusal(GivenOptions(*command)); !why.empty())
-    {
         return Refuse("tv2 " + command->get_name(), why, argc, argv);
-    }
     found->verb->Run(context);
     return std::cout.flush()
                ? context.exit_code
@@ -306,16 +262,12 @@ int RunCommandLine(int argc, char** argv)
     VerbContext context{{}, std::cout, std::cerr};
     const std::vector<VerbRow> rows = VerbsFor(argc, argv);
     if (const std::string why = UnknownCommand(rows, argc, argv); !why.empty())
-    {
         return Refuse("tv2", why, argc, argv);
-    }
     CLI::App app("Inspects, validates, draws and makes .tv2 scene files.", "tv2");
     SetUpParser(app);
     const std::vector<NamedVerb> named = AddVerbs(app, rows, argc, argv, context);
     if (const std::string why = MissingValue(app, argc, argv); !why.empty())
-    {
         return Refuse("tv2 " + std::string(argv[1]), why, argc, argv);
-    }
     try
     {
         app.parse(argc, argv);

@@ -49,23 +49,13 @@ Status DialogWatch::Watch(FBPopup& popup)
 {
     std::vector<const char*> buttons = {regions::kExport, regions::kExportAll, regions::kCurrentTake};
     for (const tev2_exporter::ExportOption& box : tev2_exporter::kCheckBoxes)
-    {
         buttons.push_back(box.region);
-    }
     for (const char* const button : buttons)
-    {
         if (!FBIS(popup.GetControl(button), FBButton))
-        {
             return Status::Failure(std::string("the exporter's dialog has no button \"") + button + '"');
-        }
-    }
     for (const char* const box : {regions::kRate, regions::kStartKey, regions::kEndKey})
-    {
         if (!FBIS(popup.GetControl(box), FBEditNumber))
-        {
             return Status::Failure(std::string("the exporter's dialog has no box \"") + box + '"');
-        }
-    }
     popup_ = &popup;
     auto* const button = static_cast<FBButton*>(popup.GetControl(regions::kExport));
     button->OnClick.Add(this, static_cast<FBCallback>(&DialogWatch::OnExport));
@@ -80,9 +70,7 @@ void DialogWatch::OnExport(HISender, HKEvent)
     choices.start_frame = Key(*popup_, regions::kStartKey);
     choices.end_frame = Key(*popup_, regions::kEndKey);
     for (const tev2_exporter::ExportOption& box : tev2_exporter::kCheckBoxes)
-    {
         choices.flags.*box.flag = IsSet(*popup_, box.region);
-    }
     choices.flags.all_takes = !IsSet(*popup_, regions::kCurrentTake);
     on_chosen_(choices);
 }

@@ -55,9 +55,7 @@ public:
                 std::error_code ignored;
                 const auto permissions = std::filesystem::status(file.path, ignored).permissions();
                 if (const Status writable = MakeTargetsWritable({file}); !writable)
-                {
                     return writable;
-                }
                 opened_[file.path] = {FileStamp::Of(file.path), permissions};
             }
         }
@@ -84,40 +82,28 @@ public:
     Status Run(const std::string& plugin_path, const DialogUser& user)
     {
         if (Status found = FindUser(user.script); !found)
-        {
             return found;
-        }
         if (Status opened = OpenScene(); !opened)
-        {
             return opened;
-        }
         std::string error;
         std::unique_ptr<mobu_host::PrivateSettings> private_settings;
         if (!user.stored_settings)
         {
             private_settings = mobu_host::PrivateSettings::Make(error);
             if (!private_settings)
-            {
                 return Status::Failure(error);
-            }
         }
         const std::unique_ptr<mobu_host::Plugin> plugin = LoadExporter(plugin_path, error);
         if (!plugin)
-        {
             return Status::Failure(error);
-        }
         FBMenuItem* const entry = mobu_host::ExportEntry();
         if (!entry)
-        {
             return Status::Failure(plugin->Path() + " is no exporter: it has no entry in the export menu");
-        }
         WritableForAWhile writable;
         if (request_.overwrite_read_only)
         {
             if (Status opened = writable.Open(FilesOfAnyChoice()); !opened)
-            {
                 return opened;
-            }
         }
         return Export(*entry);
     }
@@ -142,17 +128,11 @@ private:
     Status OpenScene()
     {
         if (Status checked = CheckRequest(request_); !checked)
-        {
             return checked;
-        }
         if (Status opened = tv2::OpenScene(request_, result_.report.notes); !opened)
-        {
             return opened;
-        }
         if (Status prepared = PrepareScene(request_); !prepared)
-        {
             return prepared;
-        }
         return StatusOf(request_, tev2_exporter::CheckTargets(FilesOfAnyChoice(), FactsOf(request_)));
     }
 
@@ -184,42 +164,30 @@ private:
             {
                 watched = watched ? watched : dialog.Watch(popup);
                 if (*watched)
-                {
                     Play(popup, played);
-                }
             });
         const std::string path = tev2_exporter::PathForExporter(request_.question.path, FactsOf(request_));
         const bool completed = mobu_host::UseMenuItem(entry, path);
         mobu_host::SetPopupPlayer({});
 
         if (!watched || !*watched)
-        {
             return watched ? *watched : Status::Failure("the exporter has shown no dialog");
-        }
         const Status choices = choices_ ? CheckChoices(*choices_) : Status();
         const bool cancelled = completed && (!choices_ || !choices);
         if (!played && cancelled)
-        {
             return played;
-        }
         result_.report.cancelled = cancelled;
         if (!played)
-        {
             result_.failures.push_back(played.Reason());
-        }
         if (!completed)
         {
             result_.failures.push_back(plan_.objection ? "the exporter refused: " + plan_.objection.text
                                                        : "the exporter gave up before its last file");
         }
         if (cancelled)
-        {
             result_.report.why_cancelled = choices.Reason();
-        }
         else
-        {
             ReadBack();
-        }
         return {};
     }
 
@@ -243,14 +211,10 @@ private:
         choices_ = choices;
         choices_->path = request_.question.path;
         if (!CheckChoices(choices))
-        {
             return;
-        }
         plan_ = tev2_exporter::PlanOfDialog(*choices_, FactsOf(request_));
         for (const FilePlan& file : plan_.files)
-        {
             before_.push_back(FileStamp::Of(file.path));
-        }
     }
 
     void ReadBack()
@@ -260,12 +224,8 @@ private:
         {
             const FilePlan& planned = plan_.files[i];
             for (ExportReport::File& other : files)
-            {
                 if (other.planned.path == planned.path)
-                {
                     other.exported.error = "was overwritten by take \"" + planned.take_name + '"';
-                }
-            }
             files.push_back({planned, CheckExportedFile(planned, plan_, before_[i]), plan_.call.rate, {}});
         }
     }

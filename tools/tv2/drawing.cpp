@@ -40,12 +40,8 @@ double RoundStep(double least)
 {
     const double power = std::pow(10.0, std::floor(std::log10(least)));
     for (const double factor : {1.0, 2.0, 5.0})
-    {
         if (factor * power >= least)
-        {
             return factor * power;
-        }
-    }
     return 10.0 * power;
 }
 
@@ -102,9 +98,7 @@ Frame FrameOf(const std::vector<Figure>& figures)
                [&](const auto& mark)
                {
                    if (!frame.left_out.contains(mark.node))
-                   {
                        frame.box.Add(mark.origin);
-                   }
                });
     return frame;
 }
@@ -117,9 +111,7 @@ double ReachOfMarks(const std::vector<Figure>& figures, const Frame& frame, doub
     for (const Figure& figure : figures)
     {
         if (!figure.props.empty())
-        {
             reach = std::max(reach, kAxisLength);
-        }
         for (const PaperCamera& camera : figure.cameras)
         {
             std::array<PaperPoint, 5> ends{camera.above};
@@ -173,9 +165,7 @@ public:
              << "\" width=\"" << width << "\" height=\"" << height << "\">\n"
              << "<rect width=\"100%\" height=\"100%\" fill=\"#fbfbf8\"/>\n";
         for (std::size_t row = 0; row < rows_; ++row)
-        {
             DrawLines(cell_height_ * static_cast<double>(row), width);
-        }
         for (std::size_t column = 1; column < columns_; ++column)
         {
             const double x = kLabelWidth + cell_width_ * static_cast<double>(column);
@@ -199,9 +189,7 @@ private:
         const double first = std::ceil(box_.least.y / step);
         const double last = std::floor(box_.most.y / step);
         if (!(std::max(std::abs(first), std::abs(last)) < kFarthestLine))
-        {
             return;
-        }
         const int digits = std::max(0, static_cast<int>(-std::floor(std::log10(step) + 1e-9)));
         for (double line = first; line <= last; line += 1.0)
         {
@@ -217,29 +205,19 @@ private:
     void DrawFigure(const Figure& figure)
     {
         for (const PaperProp& prop : figure.props)
-        {
             if (!frame_.left_out.contains(prop.node))
-            {
                 DrawProp(prop);
-            }
-        }
         if (!figure.bones.empty())
         {
             svg_ << "<path class=\"bones\" fill=\"none\" stroke=\"#2b5d8a\" stroke-width=\"2\" "
                     "stroke-linecap=\"round\" d=\"";
             for (const auto& [from, to] : figure.bones)
-            {
                 svg_ << 'M' << Text(OnSheet(from)) << 'L' << Text(OnSheet(to));
-            }
             svg_ << "\"/>\n";
         }
         for (const PaperCamera& camera : figure.cameras)
-        {
             if (!frame_.left_out.contains(camera.node))
-            {
                 DrawCamera(camera);
-            }
-        }
         svg_ << "<text x=\"" << left_ << "\" y=\"" << ground_ + margin_ + kCaptionHeight - 8.0
              << "\" font-family=\"sans-serif\" font-size=\"12\" fill=\"#55544d\">" << std::setprecision(2)
              << static_cast<double>(figure.time) << std::setprecision(1) << " s</text>\n";
@@ -265,9 +243,7 @@ private:
                        [&](const PaperPoint& corner) { return Beside(origin, corner, camera_depth_); });
         svg_ << "<path class=\"camera\" fill=\"#b3541e\" fill-opacity=\"0.12\" stroke=\"#b3541e\" d=\"";
         for (const PaperPoint& corner : corners)
-        {
             svg_ << 'M' << Text(origin) << 'L' << Text(corner);
-        }
         svg_ << 'M' << Text(corners[0]) << 'L' << Text(corners[1]) << 'L' << Text(corners[2]) << 'L'
              << Text(corners[3]) << "ZM" << Text(corners[0]) << 'L'
              << Text(Beside(origin, camera.above, camera_depth_)) << 'L' << Text(corners[1]) << "\"/>\n";

@@ -25,9 +25,7 @@ public:
     {
         Begin(key, '{');
         if (levels_.size() == 1)
-        {
             Integer("schema", kJsonSchema);
-        }
     }
     void EndObject() override { End('}'); }
     void BeginArray(std::string_view key, std::size_t) override { Begin(key, '['); }
@@ -84,13 +82,9 @@ public:
                  [&](std::size_t i)
                  {
                      if (TextTellsUnits(strings[i].Text()))
-                     {
                          out_ << "null";
-                     }
                      else
-                     {
                          Units(strings[i].Text());
-                     }
                  });
         }
     }
@@ -101,9 +95,7 @@ public:
         Member(key);
         out_ << '"';
         for (const std::uint8_t byte : bytes)
-        {
             out_ << kDigits[byte >> 4] << kDigits[byte & 15];
-        }
         out_ << '"';
     }
 
@@ -152,9 +144,7 @@ private:
     void Member(std::string_view key)
     {
         if (levels_.empty())
-        {
             return;
-        }
         out_ << (levels_.back().is_empty ? "\n" : ",\n");
         levels_.back().is_empty = false;
         Indent();
@@ -183,17 +173,13 @@ private:
         }
         out_ << bracket;
         if (levels_.empty())
-        {
             out_ << '\n';
-        }
     }
 
     void Indent()
     {
         for (std::size_t i = 0; i < levels_.size(); ++i)
-        {
             out_ << "  ";
-        }
     }
 
     template <class Entry>
@@ -212,13 +198,9 @@ private:
     {
         const std::string text = FloatText(value);
         if (std::isfinite(value))
-        {
             out_ << text;
-        }
         else
-        {
             Quoted(text);
-        }
     }
 
     void Units(std::u16string_view units)

@@ -54,9 +54,7 @@ public:
     {
         BeginArray(key, strings.size());
         for (const TEV2_WIDE_STRING& string : strings)
-        {
             String({}, string);
-        }
         EndArray();
     }
 
@@ -108,9 +106,7 @@ public:
             {
                 const auto value = view.Value(i);
                 for (std::size_t component = 0; component < view.Width(); ++component)
-                {
                     out_ << ' ' << FloatText(value[component]);
-                }
             }
             out_ << '\n';
         }
@@ -123,9 +119,7 @@ private:
     void Indent(std::size_t more = 0)
     {
         for (std::size_t i = 0; i < entries_.size() + more; ++i)
-        {
             out_ << "  ";
-        }
     }
 
     /// The key, or the index where the entry of an array begins.
@@ -133,13 +127,9 @@ private:
     {
         Indent();
         if (!entries_.empty() && entries_.back() != kNotAnArray)
-        {
             out_ << '[' << entries_.back()++ << ']';
-        }
         else
-        {
             out_ << key << ':';
-        }
     }
 
     void Line(std::string_view key, std::string_view value)

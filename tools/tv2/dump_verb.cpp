@@ -70,9 +70,7 @@ public:
     {
         writer_.BeginArray(label, records.size());
         for (const Object& record : records)
-        {
             Record({}, record, counts);
-        }
         writer_.EndArray();
     }
 
@@ -113,12 +111,8 @@ public:
     {
         writer_.BeginArray(label, 12);
         for (const auto& row : matrix.m)
-        {
             for (const float element : row)
-            {
                 writer_.Float({}, element);
-            }
-        }
         writer_.EndArray();
     }
 
@@ -140,9 +134,7 @@ public:
         writer_.BeginObject(file_.title);
         writer_.Text("file", file_.argument);
         if (!IsUtf8(file_.argument))
-        {
             writer_.Text("fileBytes", PercentEncoded(file_.argument));
-        }
         writer_.Integer("bytes", static_cast<std::int64_t>(file_.image.size()));
         Chunks();
         VisitLists(std::as_const(*file_.scene),
@@ -171,9 +163,7 @@ private:
     {
         archive_.Record(list.label, record, Counts::kNever);
         if (list.kind == kInformationChunk)
-        {
             ArrayLengths();
-        }
     }
 
     template <class Object>
@@ -197,14 +187,10 @@ private:
     void Member(const TEV2_INSTANCE_LIST& list, const TEV2::Array<TEV2_INSTANCE>& instances)
     {
         if (list.index == 0)
-        {
             writer_.BeginArray(list.label, kInstanceListCount);
-        }
         Array({}, instances);
         if (list.index + 1 == kInstanceListCount)
-        {
             writer_.EndArray();
-        }
     }
 
     template <class Object>
@@ -220,13 +206,9 @@ private:
             }
             writer_.BeginObject({});
             if constexpr (requires { object->GetType(); })
-            {
                 writer_.Integer("type", object->GetType());
-            }
             else if constexpr (requires { object->body; })
-            {
                 writer_.Integer("chunkId", object->GetChunkId());
-            }
             Object::Fields(*object, archive_);
             writer_.EndObject();
         }
@@ -243,9 +225,7 @@ private:
         }
         writer_.BeginArray("arrayLengths", lengths->counts.size());
         for (const std::uint32_t count : lengths->counts)
-        {
             writer_.Integer({}, count);
-        }
         writer_.EndArray();
     }
 
@@ -260,13 +240,9 @@ void RunDump(const DumpOptions& options, VerbContext& context)
 {
     LoadedFile file;
     if (const TEV2_LOADER::Status read = ReadFile(options.file, file); !read)
-    {
         return context.Fail(options.file, read.Reason(), kExitCouldNotRun);
-    }
     if (!file.loaded)
-    {
         return context.Fail(options.file, WhyNotLoaded(file), kExitFindings);
-    }
     const std::unique_ptr<DumpWriter> writer =
         context.json ? MakeJsonDump(context.out) : MakeTreeDump(context.out, options.keys);
     SceneDump(file, *writer).Write();

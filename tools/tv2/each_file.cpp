@@ -12,15 +12,11 @@ void AnswerForEachFile(const std::vector<std::string>& files, VerbContext& conte
         LoadedFile file;
         const TEV2_LOADER::Status read = ReadFile(path, file);
         if (!read)
-        {
             context.Complain(read.Reason(), kExitCouldNotRun);
-        }
         json["files"].push_back(read ? examine(file) : JsonFailure(path, read.Reason()));
     }
     if (context.json)
-    {
         context.out << JsonAnswer(json);
-    }
 }
 
 } // namespace tv2

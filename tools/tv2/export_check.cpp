@@ -42,9 +42,7 @@ public:
     {
         const bool is_camera = field.record.starts_with("camera"); // or the switcher
         if (track == nullptr || (!is_camera && field.chunkId != kMatrixHierarchyChunk))
-        {
             return;
-        }
         ++tracks_;
         const std::vector<float>& times = track->m_times;
         result_.keys_kept += times.size();
@@ -54,9 +52,7 @@ public:
                      CountOf(instants_.size(), "sample", "samples"));
         }
         if (times.empty())
-        {
             Complain(field.Path() + " has no key");
-        }
         for (const float time : times)
         {
             if (!std::ranges::binary_search(instants_, time))
@@ -82,9 +78,7 @@ private:
     void Complain(const std::string& what)
     {
         if (result_.error.empty())
-        {
             result_.error = "not what was exported: " + what;
-        }
     }
 
     const TEV2& scene_;
@@ -98,9 +92,7 @@ std::string CompareWithPlan(const LoadedFile& file, const FilePlan& planned, con
     const TEV2& scene = *file.scene;
     const std::u16string line = tev2_exporter::Widen(std::string(kFileNameLine) + planned.named + "\r\n");
     if (scene.information.infoText.Text().find(line) == std::u16string::npos)
-    {
         return "its information does not name it";
-    }
     if (scene.matrixHierarchy.nodes.size() != plan.nodes)
     {
         return "it has " + CountOf(scene.matrixHierarchy.nodes.size(), "node", "nodes") + " instead of " +
@@ -125,9 +117,7 @@ std::string ReadBack(const FilePlan& planned, const ExportPlan& plan, ExportedFi
 {
     LoadedFile file;
     if (const Status read = ReadFile(planned.path, file); !read)
-    {
         return "cannot be read back: " + read.Reason();
-    }
     const auto at = [](const TEV2_LOAD_FINDING& finding)
     { return std::string(CodeName(finding.code)) + " at byte " + std::to_string(finding.offset); };
     const std::vector<TEV2_LOAD_FINDING>& findings = file.report.findings;
@@ -137,13 +127,9 @@ std::string ReadBack(const FilePlan& planned, const ExportPlan& plan, ExportedFi
                           planned, plan);
     }
     if (!findings.empty())
-    {
         return "is not sound: " + at(findings.front());
-    }
     if (const std::string difference = CompareWithPlan(file, planned, plan); !difference.empty())
-    {
         return "not what was exported: " + difference;
-    }
     KeyCounter keys(*file.scene, planned, result);
     WalkScene(*file.scene, file.image.data(), file.report, keys);
     keys.Finish();

@@ -17,18 +17,14 @@ void PrintReport(std::ostream& out, const ExportReport& report, std::size_t colu
         const tev2_exporter::FilePlan& planned = entry.planned;
         const ExportedFile& file = entry.exported;
         if (!file.error.empty())
-        {
             continue;
-        }
         text << Printable(planned.path) << ": take \"" << OneLine(planned.take_name) << "\", "
              << CountOf(file.nodes, "node", "nodes") << ", " << CountOf(file.cameras, "camera", "cameras")
              << ", " << CountOf(file.samples, "sample", "samples") << " (" << ShortNumber(entry.rate)
              << " a second), " << CountText(file.keys_sampled) << " keys sampled, "
              << CountText(file.keys_kept) << " kept, " << CountText(file.bytes) << " bytes";
         if (entry.seconds)
-        {
             text << ", " << std::fixed << std::setprecision(2) << *entry.seconds << " s";
-        }
         text << '\n';
     }
     out << text.str();
@@ -60,9 +56,7 @@ Json FileJson(const ExportReport::File& file)
     json["keysKept"] = exported.keys_kept;
     json["bytes"] = exported.bytes;
     if (file.seconds)
-    {
         json["seconds"] = *file.seconds;
-    }
     return json;
 }
 
@@ -72,22 +66,16 @@ Json ReportJson(const std::string& scene, const ExportReport& report)
 {
     Json json = {{"file", scene}, {"notes", report.notes}};
     if (!report.error.empty())
-    {
         json["error"] = report.error;
-    }
     if (report.cancelled)
     {
         json["cancelled"] = *report.cancelled;
         if (!report.why_cancelled.empty())
-        {
             json["reason"] = report.why_cancelled;
-        }
     }
     json["files"] = Json::array();
     for (const ExportReport::File& file : report.files)
-    {
         json["files"].push_back(FileJson(file));
-    }
     return json;
 }
 

@@ -28,9 +28,7 @@ std::vector<FBTake*> TakesOfScene()
     std::vector<FBTake*> list;
     list.reserve(static_cast<std::size_t>(takes.GetCount()));
     for (int i = 0; i < takes.GetCount(); ++i)
-    {
         list.push_back(takes[i]);
-    }
     return list;
 }
 
@@ -78,9 +76,7 @@ Status SelectModel(const std::string& name)
     {
         names.push_back(LongNameOf(*model));
         if (names.back().ends_with(":" + name))
-        {
             meant.push_back(names.back());
-        }
     }
     return Status::Failure(
         "there is no model " + Quoted(name) +
@@ -126,20 +122,12 @@ Status OpenScene(ExportRequest& request, std::vector<std::string>& notes)
 Status PrepareScene(const ExportRequest& request)
 {
     if (const Objection nothing = tev2_exporter::CheckScene(FactsOf(request)))
-    {
         return StatusOf(request, nothing);
-    }
     if (const Status chosen = request.take.empty() ? Status() : ChooseTake(request.take); !chosen)
-    {
         return OfScene(request, chosen);
-    }
     for (const std::string& name : request.select)
-    {
         if (const Status selected = SelectModel(name); !selected)
-        {
             return OfScene(request, selected);
-        }
-    }
     return {};
 }
 
@@ -152,9 +140,7 @@ SceneFacts FactsOf(const ExportRequest& request)
     {
         const FBTimeSpan span = take->LocalTimeSpan;
         if (take == current)
-        {
             scene.current_take = scene.takes.size();
-        }
         scene.takes.push_back(
             {NameOf(*take), span.GetStart().GetSecondDouble(), span.GetStop().GetSecondDouble()});
     }
@@ -170,9 +156,7 @@ Status MakeTargetsWritable(const std::vector<FilePlan>& files)
     {
         const int error = FileStamp::Of(file.path).read_only ? MakeWritable(file.path) : 0;
         if (error != 0)
-        {
             return Status::Failure("cannot make " + Quoted(file.path) + " writable: " + std::strerror(error));
-        }
     }
     return {};
 }

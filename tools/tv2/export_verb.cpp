@@ -50,16 +50,10 @@ public:
         const bool dialog = options_.dialog || !options_.dialog_script.empty();
         report_.error = (dialog ? UseDialog() : UseScriptEntry()).Reason();
         if (!report_.error.empty())
-        {
             Complain(report_.error, kExitCouldNotRun);
-        }
         for (const ExportReport::File& file : report_.files)
-        {
             if (!file.exported.error.empty())
-            {
                 Complain(file.planned.path + ": " + file.exported.error, kExitFindings);
-            }
-        }
         Print();
     }
 
@@ -69,34 +63,22 @@ private:
     Status UseScriptEntry()
     {
         if (Status checked = CheckRequest(request_); !checked)
-        {
             return checked;
-        }
         if (Status opened = OpenScene(request_, report_.notes); !opened)
-        {
             return opened;
-        }
         if (Status prepared = PrepareScene(request_); !prepared)
-        {
             return prepared;
-        }
         const tev2_exporter::SceneFacts scene = FactsOf(request_);
         plan_ = tev2_exporter::PlanExport(request_.question, &scene);
         if (Status allowed = StatusOf(request_, plan_.objection); !allowed)
-        {
             return allowed;
-        }
         std::string error;
         const auto exporter = mobu_host::Exporter::Load(ExporterPath(options_.plugin), error);
         if (!exporter)
-        {
             return Status::Failure(error);
-        }
         if (Status writable = request_.overwrite_read_only ? MakeTargetsWritable(plan_.files) : Status();
             !writable)
-        {
             return writable;
-        }
         Export(*exporter);
         return {};
     }
@@ -109,9 +91,7 @@ private:
             ExportByDialog(request_, options_.plugin, {options_.dialog_script, stored});
         report_ = std::move(result.report);
         for (const std::string& failure : result.failures)
-        {
             Complain(failure, kExitFindings);
-        }
         if (report_.cancelled.value_or(false))
         {
             const std::string& why = report_.why_cancelled;
@@ -127,9 +107,7 @@ private:
     {
         std::vector<FileStamp> before;
         for (const FilePlan& file : plan_.files)
-        {
             before.push_back(FileStamp::Of(file.path));
-        }
         const bool show = !options_.quiet && ErrorsGoToTerminal();
         ExportWatch watch(plan_.files, show ? &context_.err : nullptr, TerminalColumns(Stream::kErrors));
         std::string error;
@@ -144,21 +122,15 @@ private:
         }
         report_.notes.insert(report_.notes.end(), plan_.notes.begin(), plan_.notes.end());
         if (!completed)
-        {
             Complain(error.empty() ? "the exporter gave up before its last file" : error, kExitFindings);
-        }
     }
 
     void Print() const
     {
         if (context_.json)
-        {
             context_.out << JsonAnswer(ReportJson(request_.scene, report_));
-        }
         else if (!options_.quiet && report_.error.empty())
-        {
             PrintReport(context_.out, report_, OutputColumns());
-        }
     }
 
     const ExportVerbOptions& options_;
@@ -202,16 +174,10 @@ public:
                      "(default: the whole scene)"},
         };
         for (const tev2_exporter::ExportOption& box : tev2_exporter::kCheckBoxes)
-        {
             if (box.help)
-            {
                 rows.push_back(CheckBoxOption(box, question.flags));
-            }
-        }
         for (OptionRow& row : OptionsOfTheCommand())
-        {
             rows.push_back(std::move(row));
-        }
         return rows;
     }
 
@@ -228,9 +194,7 @@ public:
         {
             const std::string name = CommandLineName(option);
             if (given.contains(name))
-            {
                 return name + " is decided in the dialog: leave it out, or leave the dialog out";
-            }
         }
         return {};
     }

@@ -56,16 +56,12 @@ void ExportWatch::OnGoto(double seconds, FBTake* take)
 {
     const auto found = file_of_.find(take);
     if (found == file_of_.end())
-    {
         return;
-    }
     if (found->second != file_)
     {
         // After the last file the player goes back to where it was: a finished take does not start again.
         if (begun_[found->second])
-        {
             return;
-        }
         EndFile();
         file_ = found->second;
         begun_[file_] = true;
@@ -74,13 +70,9 @@ void ExportWatch::OnGoto(double seconds, FBTake* take)
     }
     ++samples_;
     if (samples_ >= samples_of_[file_])
-    {
         Erase(); // the exporter may have a question before the next file
-    }
     else if (terminal_ != nullptr && Clock::now() - last_drawn_ >= kBetweenDrawings)
-    {
         Draw(seconds);
-    }
 }
 
 void ExportWatch::Draw(double seconds)
@@ -99,9 +91,7 @@ void ExportWatch::Draw(double seconds)
     text.seconds = seconds;
     text.end = static_cast<double>(file.range.end);
     if (elapsed >= kBeforeEstimate && whole >= kLeastPartToEstimate)
-    {
         text.seconds_left = elapsed / whole - elapsed;
-    }
     // The last column stays free: some terminals wrap when it is filled.
     *terminal_ << "\r\x1b[K" << ProgressLine(text, columns_ - 1) << std::flush;
     drawn_ = true;
@@ -119,9 +109,7 @@ void ExportWatch::Erase()
 void ExportWatch::EndFile()
 {
     if (file_ == kNoFile)
-    {
         return;
-    }
     seconds_[file_] = SecondsBetween(file_start_, Clock::now());
     done_ += samples_of_[file_];
     file_ = kNoFile;

@@ -21,9 +21,7 @@ std::unique_ptr<mobu_host::Plugin> LoadExporter(const std::string& path, std::st
 {
     std::unique_ptr<mobu_host::Plugin> plugin = mobu_host::Plugin::Load(ExporterPath(path), error);
     if (!plugin)
-    {
         error = "the exporter cannot be loaded: " + error;
-    }
     return plugin;
 }
 

@@ -39,9 +39,7 @@ Paper PaperFor(const TEV2_MATRIX_HIERARCHY& hierarchy, const std::string& view)
     const std::size_t up = selection ? 1 : 2;
     const std::size_t depth = selection ? 2 : 1;
     if (view == "top")
-    {
         return {0, depth, 1.0, selection ? 1.0 : -1.0};
-    }
     return view == "side" ? Paper{depth, up, selection ? -1.0 : 1.0, 1.0} : Paper{0, up, 1.0, 1.0};
 }
 
@@ -70,9 +68,7 @@ std::pair<double, double> HalfPicture(const TEV2_CAMERA& camera)
     {
         const double angle = static_cast<double>(camera.fieldOfView->GetValue());
         if (angle > 0.0)
-        {
             half = std::tan(std::min(angle * 0.5, std::atan(kWidestHalf)));
-        }
     }
     const double aspect = static_cast<double>(camera.inverseAspect);
     return {half, half * (aspect > 0.0 ? std::min(aspect, kTallestAspect) : 1.0)};
@@ -89,12 +85,8 @@ struct Cast
     {
         const auto& nodes = scene.matrixHierarchy.nodes;
         for (const auto& camera : scene.cameras)
-        {
             if (camera->value < nodes.size())
-            {
                 cameras.emplace(camera->value, camera.get());
-            }
-        }
         std::vector<bool> in_bone(nodes.size());
         for (std::size_t i = 0; i < nodes.size(); ++i)
         {
@@ -107,12 +99,8 @@ struct Cast
             }
         }
         for (std::size_t i = 1; i < nodes.size(); ++i)
-        {
             if (!in_bone[i] && !cameras.contains(i))
-            {
                 props.push_back(i);
-            }
-        }
     }
 };
 
@@ -132,26 +120,20 @@ public:
         {
             const std::pair bone(Origin(Place(parent)), Origin(Place(child)));
             if (Finite(bone.first) && Finite(bone.second))
-            {
                 figure.bones.push_back(bone);
-            }
         }
         for (const std::size_t node : cast.props)
         {
             const PaperProp prop = Prop(node);
             if (Finite(prop.origin) && std::all_of(prop.axes.begin(), prop.axes.end(), Finite))
-            {
                 figure.props.push_back(prop);
-            }
         }
         for (const auto& [node, entity] : cast.cameras)
         {
             const PaperCamera camera = Camera(node, *entity);
             if (Finite(camera.origin) && Finite(camera.above) &&
                 std::all_of(camera.corners.begin(), camera.corners.end(), Finite))
-            {
                 figure.cameras.push_back(camera);
-            }
         }
         return figure;
     }
@@ -166,9 +148,7 @@ private:
         const TEV2_MATRIX_3X4 place = Place(node);
         PaperProp prop{node, Origin(place), {}};
         for (int axis = 0; axis < 3; ++axis)
-        {
             prop.axes[static_cast<std::size_t>(axis)] = paper_(OfLengthOne(Column(place, axis)));
-        }
         return prop;
     }
 
@@ -205,9 +185,7 @@ void PaperBox::Add(const PaperPoint& point)
 std::vector<Figure> PoseFigures(TEV2& scene, const std::string& view, std::size_t most)
 {
     if (scene.matrixHierarchy.nodes.empty())
-    {
         return {};
-    }
     const Cast cast(scene);
     const Paper paper = PaperFor(scene.matrixHierarchy, view);
     const float start = scene.environment.timeRange.minimum;
@@ -220,9 +198,7 @@ std::vector<Figure> PoseFigures(TEV2& scene, const std::string& view, std::size_
         const float time = start + (end - start) * part;
         scene.matrixHierarchy.SetTime(time);
         for (const auto& camera : scene.cameras)
-        {
             camera->SetTime(time);
-        }
         figures.push_back(Projection(scene, paper).Draw(cast));
         figures.back().time = time;
     }

@@ -25,9 +25,7 @@ public:
     {
         std::string name = make_option_name(option, is_positional);
         if (name.find("{false}") != std::string::npos) // --flag,--no-flag{false}
-        {
             name = "--[no-]" + option->get_lnames().front();
-        }
         return Row(name + make_option_opts(option), make_option_desc(option));
     }
 

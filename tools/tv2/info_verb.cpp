@@ -60,9 +60,7 @@ Json ToJson(const LoadedFile& file, const Summary& summary)
     }
     json["switcher"] = nullptr;
     if (scene.cameraMan.cameraIndex != nullptr)
-    {
         json["switcher"] = {{"keys", summary.switcher_keys}, {"cameras", summary.active_cameras}};
-    }
     json["tracks"] = Json::array();
     for (const auto& [kind, total] : summary.tracks)
     {
@@ -111,13 +109,9 @@ public:
         {
             const std::size_t tab = line.find(":\t");
             if (tab == std::string::npos)
-            {
                 Line("") << OneLine(line) << '\n';
-            }
             else
-            {
                 Line(OneLine(line.substr(0, tab))) << OneLine(line.substr(tab + 2)) << '\n';
-            }
         }
         const auto& range = scene_.environment.timeRange;
         Line("time range") << (summary_.has_environment
@@ -128,9 +122,7 @@ public:
         PrintExtents();
         Line("nodes") << CountText(scene_.matrixHierarchy.nodes.size());
         if (!scene_.matrixHierarchy.nodes.empty())
-        {
             out_ << ", first \"" << OneLine(ReadableText(scene_.matrixHierarchy.nodes[0].name.Text())) << '"';
-        }
         out_ << '\n';
         PrintCameras();
         PrintTotals();
@@ -179,9 +171,7 @@ private:
                      << camera.value << '\n';
         }
         if (scene_.cameras.size() > kMostCameras)
-        {
             Line("") << "... " << CountText(scene_.cameras.size() - kMostCameras) << " more\n";
-        }
         Line("switcher");
         if (scene_.cameraMan.cameraIndex == nullptr)
         {
@@ -247,9 +237,7 @@ public:
                               }
                               const Summary summary = Summarise(file);
                               if (context.json)
-                              {
                                   return ToJson(file, summary);
-                              }
                               context.out << separator;
                               separator = "\n";
                               Screen(context.out, file, summary).Print();

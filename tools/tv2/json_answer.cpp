@@ -15,22 +15,16 @@ namespace
 void AddBytesOfTexts(Json& json)
 {
     if (!json.is_structured())
-    {
         return;
-    }
     std::vector<std::pair<std::string, std::string>> added;
     for (auto member = json.begin(); member != json.end(); ++member)
     {
         AddBytesOfTexts(*member);
         if (json.is_object() && member->is_string() && !IsUtf8(member->get_ref<const std::string&>()))
-        {
             added.emplace_back(member.key() + "Bytes", PercentEncoded(member->get_ref<const std::string&>()));
-        }
     }
     for (const auto& [key, bytes] : added)
-    {
         json[key] = bytes;
-    }
 }
 
 } // namespace

@@ -59,21 +59,13 @@ public:
     {
         const std::string_view label = field.label;
         if (field.chunkId == kMatrixHierarchyChunk && label == "parentIndex")
-        {
             CheckParent(field);
-        }
         else if (field.chunkId == kCameraChunk && label == "value")
-        {
             CheckCameraNode(field);
-        }
         else if (field.chunkId == kCameraChunk && label == "inverseAspect")
-        {
             CheckLens(field);
-        }
         else if (field.chunkId == kEnvironmentChunk && label == "timeRange" && field.component == 0)
-        {
             CheckTimeRange(field);
-        }
     }
 
     void Text(const TEV2_FIELD& field, const TEV2_WIDE_STRING& text) override
@@ -88,13 +80,9 @@ public:
     void Track(const TEV2_FIELD& field, const TEV2_ANIMATABLE* track) override
     {
         if (field.chunkId == kMatrixHierarchyChunk && std::string_view(field.label) == "translation")
-        {
             CheckNodeTracks(field);
-        }
         if (track == nullptr)
-        {
             return;
-        }
         const TrackView view(*track);
         CheckCounts(field, view);
         CheckCursor(field, *track);
@@ -102,16 +90,12 @@ public:
         if (view.IsInteger())
         {
             if (field.chunkId == kCameraManChunk)
-            {
                 CheckSwitcher(field, view);
-            }
             return;
         }
         CheckFinite(field, view);
         if (view.IsQuaternion())
-        {
             CheckRotations(field, view);
-        }
     }
 
 private:
@@ -176,9 +160,7 @@ private:
     {
         const float inverse_aspect = scene_.cameras[field.index]->inverseAspect;
         if (!std::isfinite(inverse_aspect))
-        {
             AddForRecord("non-finite-value", field, "inverseAspect is " + FloatText(inverse_aspect));
-        }
     }
 
     void CheckChunks()
@@ -197,9 +179,7 @@ private:
             for (const TEV2_CHUNK_SPAN& chunk : chunks)
             {
                 if (chunk.id == id && seen)
-                {
                     AddForChunk("chunk-repeated", chunk, chunk.offset, "", "another chunk " + ChunkTitle(id));
-                }
                 seen = seen || chunk.id == id;
             }
             if (!seen && id != kGlobalLightTintChunk && id != kAmbientLightChunk)
@@ -214,9 +194,7 @@ private:
     {
         const auto announced = AnnouncedLengths(file_);
         if (!announced)
-        {
             return;
-        }
         const TEV2_CHUNK_SPAN& chunk = *LastChunk(file_, kArrayLengthsChunk);
         const TEV2_ARRAY_LENGTH_HELPER present(scene_);
         for (std::size_t i = 0; i < TEV2_ARRAY_LENGTH_HELPER::kCounts; ++i)
@@ -237,28 +215,20 @@ private:
         const auto& range = scene_.environment.timeRange;
         const std::string text = FloatText(range.minimum) + " to " + FloatText(range.maximum);
         if (!std::isfinite(range.minimum) || !std::isfinite(range.maximum))
-        {
             Add("non-finite-value", field, field.offset, text);
-        }
         else if (range.maximum < range.minimum)
-        {
             Add("time-range-reversed", field, field.offset, text);
-        }
     }
 
     void CheckNodeNames()
     {
         const TEV2_CHUNK_SPAN* chunk = LastChunk(file_, kMatrixHierarchyChunk);
         if (chunk == nullptr)
-        {
             return;
-        }
         std::map<std::u16string, std::vector<std::size_t>> nodes_by_name;
         const auto& nodes = scene_.matrixHierarchy.nodes;
         for (std::size_t i = 0; i < nodes.size(); ++i)
-        {
             nodes_by_name[nodes[i].name.Text()].push_back(i);
-        }
         for (const auto& [name, indices] : nodes_by_name)
         {
             if (indices.size() > 1)
@@ -276,17 +246,11 @@ private:
         const std::string counts =
             CountOf(view.TimeCount(), "time", "times") + ", " + CountOf(view.ValueCount(), "value", "values");
         if (view.ValueCount() == 0)
-        {
             Add("track-without-keys", field, field.offset, counts);
-        }
         else if (view.ValueCount() == 1 && view.TimeCount() != 1)
-        {
             Add("constant-with-times", field, field.offset, counts);
-        }
         else if (view.ValueCount() != view.TimeCount())
-        {
             Add("value-count-differs", field, field.offset, counts);
-        }
     }
 
     void CheckCursor(const TEV2_FIELD& field, const TEV2_ANIMATABLE& track)
@@ -299,9 +263,7 @@ private:
                     CountOf(track.m_times.size(), "key", "keys"));
         }
         if (!(track.m_fraction >= 0.0F && track.m_fraction <= 1.0F))
-        {
             Add("cursor-outside", field, field.offset + 12, "fraction " + FloatText(track.m_fraction));
-        }
     }
 
     void CheckTimes(const TEV2_FIELD& field, const TrackView& view)
@@ -337,9 +299,7 @@ private:
             }
         }
         if (finite && ascending && count >= 2)
-        {
             NoteEndPair(field, view);
-        }
     }
 
     /// All tracks of a sampling end alike: one entry for all that share the last two times.
@@ -347,9 +307,7 @@ private:
     {
         const std::size_t count = view.TimeCount();
         for (std::size_t i = 1; i + 1 < count; ++i)
-        {
             shortest_step_ = std::min(shortest_step_, view.Time(i) - view.Time(i - 1));
-        }
         const auto times = std::make_pair(view.Time(count - 2), view.Time(count - 1));
         const EndPair first{field, field.offset + view.TimeOffset(count - 1), 0};
         ++end_pairs_.try_emplace(times, first).first->second.tracks;
@@ -423,9 +381,7 @@ private:
     {
         double dot = 0.0;
         for (std::size_t i = 0; i < 4; ++i)
-        {
             dot += static_cast<double>(a[i]) * static_cast<double>(b[i]);
-        }
         return dot;
     }
 
@@ -481,9 +437,7 @@ std::optional<std::size_t> IndexBehind(std::string_view list, std::string_view p
     std::size_t index = 0;
     if (!path.starts_with(list) ||
         std::from_chars(path.data() + list.size(), path.data() + path.size(), index).ec != std::errc())
-    {
         return std::nullopt;
-    }
     return index;
 }
 
@@ -492,13 +446,9 @@ std::string NameAt(const TEV2& scene, std::string_view path)
 {
     const auto& nodes = scene.matrixHierarchy.nodes;
     if (const auto node = IndexBehind("matrixHierarchy.nodes[", path); node && *node < nodes.size())
-    {
         return ReadableText(nodes[*node].name.Text());
-    }
     if (const auto camera = IndexBehind("cameras[", path); camera && *camera < scene.cameras.size())
-    {
         return ReadableText(scene.cameras[*camera]->name.Text());
-    }
     return {};
 }
 
@@ -508,17 +458,11 @@ std::vector<Finding> Examine(const LoadedFile& file)
 {
     std::vector<Finding> findings;
     for (const TEV2_LOAD_FINDING& loader : file.report.findings)
-    {
         findings.push_back(FromLoader(loader));
-    }
     if (file.loaded)
-    {
         Lint(file, findings).Run();
-    }
     for (Finding& finding : findings)
-    {
         finding.name = NameAt(*file.scene, finding.path);
-    }
     std::stable_sort(findings.begin(), findings.end(),
                      [](const Finding& left, const Finding& right) { return left.offset < right.offset; });
     return findings;

@@ -20,9 +20,7 @@ Status ReadFile(const std::string& argument, LoadedFile& file)
     file.scene = std::make_unique<TEV2>();
     const Status read = piped ? ReadStandardInput(file.image) : ReadFileImage(argument, file.image);
     if (!read)
-    {
         return Status::Failure(file.title + ": " + read.Reason());
-    }
     const LoadOptions options = {.applyStartTime = false, .report = &file.report};
     file.loaded = LoadMemory(file.image.data(), file.image.size(), *file.scene, options).Ok();
     return {};
@@ -40,9 +38,7 @@ std::optional<TEV2_ARRAY_LENGTH_HELPER> AnnouncedLengths(const LoadedFile& file)
 {
     const TEV2_CHUNK_SPAN* lengths = LastChunk(file, kArrayLengthsChunk);
     if (lengths == nullptr)
-    {
         return std::nullopt;
-    }
     const TEV2_CHUNK_SPAN* information = LastChunk(file, kInformationChunk);
     const bool has_version = information != nullptr && information->offset < lengths->offset;
     TEV2_MEMORY_CURSOR cursor(file.image.data(), file.image.size());
@@ -62,9 +58,7 @@ std::string WhyNotLoaded(const LoadedFile& file)
     {
         text += std::string(": ") + CodeName(error->code) + " at byte " + std::to_string(error->offset);
         if (!error->path.empty())
-        {
             text += " in " + error->path;
-        }
         text += ": expected " + error->expected + ", found " + error->found;
     }
     return text;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "tev2_loader/array_length_helper.h"
 #include "tev2_loader/status.h"
 #include "tev2_loader/tev2.h"
 

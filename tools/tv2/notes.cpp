@@ -12,9 +12,7 @@ void PrintNotes(std::ostream& out, const std::vector<std::string>& notes, std::s
     const std::size_t width = columns > 0 ? columns : std::numeric_limits<std::size_t>::max();
     constexpr std::string_view kHead = "note: ";
     for (const std::string& note : notes)
-    {
         out << Wrapped(std::string(kHead) + Printable(note), width, kHead.size()) << '\n';
-    }
 }
 
 } // namespace tv2

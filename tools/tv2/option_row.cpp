@@ -39,10 +39,8 @@ OptionRow SceneRateOption(double& rate)
     {
         const std::optional<double> number = tev2_exporter::RateOfText(text, 0.0);
         if (!number || !(*number > 0.0) || *number > mobu_host::kHighestRate)
-        {
             return "needs a rate above 0 and up to " +
                    CountText(static_cast<std::uint64_t>(mobu_host::kHighestRate)) + ": 24, 29.97, 30000/1001";
-        }
         rate = *number;
         return {};
     };

@@ -56,17 +56,11 @@ public:
         SurviveClosedPipes();
         LoadedFile file;
         if (const std::string why = WhyNotStarted(context.json); !why.empty())
-        {
             return context.Fail(file_, why, kExitCouldNotRun);
-        }
         if (const Status read = ReadFile(file_, file); !read)
-        {
             return context.Fail(file_, read.Reason(), kExitCouldNotRun);
-        }
         if (!file.loaded)
-        {
             return context.Fail(file_, WhyNotLoaded(file), kExitFindings);
-        }
         const std::vector<Figure> figures = PoseFigures(*file.scene, view_, figures_);
         if (std::all_of(figures.begin(), figures.end(), [](const Figure& figure) { return figure.Empty(); }))
         {
@@ -105,13 +99,9 @@ private:
     std::string WhyNotStarted(bool json) const
     {
         if (output_ == kStandardOutput)
-        {
             return json ? "the drawing and JSON cannot both go to standard output" : "";
-        }
         if (!output_.ends_with(".svg"))
-        {
             return output_ + ": a drawing's name ends in .svg";
-        }
         return IsSameFile(file_, output_) ? output_ + ": the drawing would replace the file that it shows"
                                           : "";
     }

@@ -28,9 +28,7 @@ std::string Fixed(double value, int decimals)
 std::string Shortened(std::string_view text, std::size_t columns)
 {
     if (ColumnsOf(text) <= columns)
-    {
         return std::string(text);
-    }
     const std::string_view dots = columns > 3 ? "..." : "";
     std::string cut;
     for (std::size_t left = columns - dots.size(); left > 0; --left)
@@ -61,9 +59,7 @@ std::string ProgressLine(const ProgressText& text, std::size_t columns)
     for (const std::string& piece : pieces)
     {
         if (used + piece.size() > columns)
-        {
             break;
-        }
         line += piece;
         used += piece.size();
     }

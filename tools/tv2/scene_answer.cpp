@@ -14,9 +14,7 @@ namespace
 std::string TypeOf(FBModel& model)
 {
     if (model.Is(FBCameraSwitcher::TypeInfo))
-    {
         return "camera switcher";
-    }
     return model.Is(FBCamera::TypeInfo) ? "camera" : "model";
 }
 
@@ -26,9 +24,7 @@ Json Numbers(FBProperty& property, int count)
     property.GetData(values, static_cast<int>(sizeof(double)) * count);
     Json list = Json::array();
     for (int i = 0; i < count; ++i)
-    {
         list.push_back(values[i]);
-    }
     return list;
 }
 
@@ -88,9 +84,7 @@ Json PropertiesOf(FBComponent& owner)
     {
         FBProperty* property = owner.PropertyList[i];
         if (property == nullptr || !property->IsUserProperty())
-        {
             continue;
-        }
         Json entry = {{"name", TextOf(property->GetName())},
                       {"kind", TextOf(KindOf(*property))},
                       {"value", ValueOf(*property)}};
@@ -98,9 +92,7 @@ Json PropertiesOf(FBComponent& owner)
         {
             entry["items"] = Json::array();
             for (int item = 0; const char* text = property->EnumList(item); ++item)
-            {
                 entry["items"].push_back(text);
-            }
         }
         list.push_back(std::move(entry));
     }
@@ -152,9 +144,7 @@ Json DescribeModel(FBModel& model)
                   {"parent", parent != nullptr ? Json(TextOf(parent->LongName)) : Json()},
                   {"position", {place[0], place[1], place[2]}}};
     if (model.Is(FBCamera::TypeInfo))
-    {
         entry["lens"] = LensOf(static_cast<FBCamera&>(model));
-    }
     entry["properties"] = PropertiesOf(model);
     return entry;
 }
@@ -172,17 +162,11 @@ Json DescribeScene(const std::string& path, const std::vector<std::string>& note
                  {"constraints", Json::array()},
                  {"notes", notes}};
     for (FBModel* model : mobu_host::ModelsInPreOrder())
-    {
         json["models"].push_back(DescribeModel(*model));
-    }
     FBPropertyListCamera& cameras = mobu_host::Scene().Cameras;
     for (int i = 0; i < cameras.GetCount(); ++i)
-    {
         if (cameras[i]->SystemCamera)
-        {
             json["systemCameras"].push_back(TextOf(cameras[i]->LongName));
-        }
-    }
     FBPropertyListConstraint& constraints = mobu_host::Scene().Constraints;
     for (int i = 0; i < constraints.GetCount(); ++i)
     {

@@ -40,9 +40,7 @@ std::vector<std::string> Lines(const std::string& text)
     for (std::string line; std::getline(stream, line);)
     {
         if (!line.empty() && line.back() == '\r')
-        {
             line.pop_back();
-        }
         lines.push_back(line);
     }
     return lines;
@@ -70,14 +68,10 @@ Summary Summarise(LoadedFile& file)
         const TrackView view(*scene.cameraMan.cameraIndex);
         summary.switcher_keys = view.ValueCount();
         for (std::size_t i = 0; i < view.ValueCount(); ++i)
-        {
             summary.active_cameras.insert(view.Integer(i));
-        }
     }
     for (const TEV2_MATRIX_NODE& node : scene.matrixHierarchy.nodes)
-    {
         summary.top_nodes += node.parentIndex < 0 ? 1 : 0;
-    }
     summary.extents = MeasureExtents(scene);
     return summary;
 }

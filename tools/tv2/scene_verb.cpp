@@ -18,16 +18,12 @@ namespace
 std::string Short(const Json& value)
 {
     if (value.is_number_float())
-    {
         return ShortNumber(value.get<double>());
-    }
     if (value.is_array())
     {
         std::string list;
         for (const Json& element : value)
-        {
             list += (list.empty() ? "" : ", ") + Short(element);
-        }
         return "(" + list + ")";
     }
     return value.is_string() ? '"' + OneLine(value.get<std::string>()) + '"' : value.dump();
@@ -40,9 +36,7 @@ void PrintProperties(std::ostream& out, const Json& properties, const std::strin
         out << indent << ". " << OneLine(property["name"].get<std::string>()) << " = "
             << Short(property["value"]) << "  " << property["kind"].get<std::string>();
         if (property.contains("items"))
-        {
             out << " of " << Short(property["items"]);
-        }
         out << '\n';
     }
 }
@@ -53,16 +47,12 @@ void PrintModels(std::ostream& out, const Json& models)
     for (const Json& model : models)
     {
         while (!path.empty() && model["parent"] != path.back())
-        {
             path.pop_back();
-        }
         const std::string indent(2 + 2 * path.size(), ' ');
         const std::string name = model["name"].get<std::string>();
         out << indent << OneLine(name);
         if (model["type"] != "model")
-        {
             out << "  [" << model["type"].get<std::string>() << ']';
-        }
         out << '\n';
         if (model.contains("lens"))
         {
@@ -97,9 +87,7 @@ void PrintScene(std::ostream& out, const Json& scene)
     {
         out << "  " << OneLine(constraint["name"].get<std::string>());
         if (const auto type = constraint["type"].get<std::string>(); !type.empty())
-        {
             out << "  " << OneLine(type);
-        }
         out << (constraint["active"].get<bool>() ? "" : "  (inactive)")
             << (constraint["solved"].get<bool>() ? "" : "  (not solved)") << '\n';
     }
@@ -118,9 +106,7 @@ public:
     {
         const mobu_host::SceneImportResult result = mobu_host::ImportScene(scene_, import_);
         if (!result.ok)
-        {
             return context.Fail(scene_, result.error, kExitCouldNotRun);
-        }
         const Json scene = DescribeScene(scene_, result.notes);
         if (context.json)
         {

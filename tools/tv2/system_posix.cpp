@@ -78,17 +78,11 @@ Status ReadStandardInput(std::vector<std::uint8_t>& bytes)
         const ssize_t got = ::read(STDIN_FILENO, bytes.data() + before, kPiece);
         bytes.resize(before + static_cast<std::size_t>(std::max<ssize_t>(got, 0)));
         if (got == 0)
-        {
             return {};
-        }
         if (got < 0 && errno != EINTR)
-        {
             return Status::Failure(std::strerror(errno));
-        }
         if (bytes.size() > kMostInput)
-        {
             return Status::Failure(std::strerror(EFBIG));
-        }
     }
 }
 
@@ -109,9 +103,7 @@ int WhyNoRoom(const std::string& folder, std::uint64_t bytes)
     std::string name = folder + "/.tv2.XXXXXX";
     const int file = ::mkostemp(name.data(), O_CLOEXEC);
     if (file < 0)
-    {
         return errno;
-    }
     ::unlink(name.c_str());
     const int error = ::fallocate(file, 0, 0, static_cast<off_t>(bytes)) == 0 ? 0 : errno;
     ::close(file);
@@ -129,9 +121,7 @@ std::string WhyNotWritable(const std::string& path, std::uint64_t bytes)
         const int file = ::open(path.c_str(), O_WRONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC);
         error = file < 0 ? errno : 0;
         if (file >= 0)
-        {
             ::close(file);
-        }
     }
     if (error == 0 && (!stamp.exists || stamp.regular))
     {

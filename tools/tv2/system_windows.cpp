@@ -1,6 +1,6 @@
 #include "tools/tv2/system.h"
 
-#include "tev2_loader/detail/windows_path.h"
+#include "tev2_loader/io/detail/windows_path.h"
 
 #include <windows.h>
 
@@ -66,13 +66,9 @@ Status ReadStandardInput(std::vector<std::uint8_t>& bytes)
         const std::size_t got = std::fread(bytes.data() + before, 1, kPiece, stdin);
         bytes.resize(before + got);
         if (got == 0)
-        {
             return std::ferror(stdin) != 0 ? Status::Failure(std::strerror(EIO)) : Status();
-        }
         if (bytes.size() > kMostInput)
-        {
             return Status::Failure(std::strerror(EFBIG));
-        }
     }
 }
 
@@ -89,9 +85,7 @@ std::string WhyNotWritable(const std::string& path, std::uint64_t bytes)
 {
     const FileStamp stamp = FileStamp::Of(path);
     if (const int obstacle = stamp.exists ? ObstacleToWriting(path) : 0; obstacle != 0)
-    {
         return std::strerror(obstacle);
-    }
     const std::string::size_type separator = path.find_last_of("/\\");
     const std::string folder = separator == std::string::npos ? "." : path.substr(0, separator + 1);
     ULARGE_INTEGER left{};

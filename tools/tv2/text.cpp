@@ -27,21 +27,15 @@ bool TextTellsUnits(std::u16string_view units)
 {
     const auto ascii = [](char16_t unit) { return unit < 0x80; };
     if (std::all_of(units.begin(), units.end(), ascii))
-    {
         return true;
-    }
     if (TEV2_LOADER::IsWidenedUtf8(units))
-    {
         return false;
-    }
     for (std::size_t i = 0; i < units.size(); ++i)
     {
         if (units[i] >= 0xD800 && units[i] <= 0xDFFF)
         {
             if (units[i] > 0xDBFF || i + 1 == units.size() || units[i + 1] < 0xDC00 || units[i + 1] > 0xDFFF)
-            {
                 return false;
-            }
             ++i;
         }
     }
@@ -79,9 +73,7 @@ std::string Wrapped(std::string_view text, std::size_t width, std::size_t indent
             line.remove_prefix(std::min(blank + 1, line.size()));
         }
         if (end == text.size())
-        {
             return wrapped;
-        }
         wrapped += new_line;
         used = indent;
         text.remove_prefix(end + 1);
@@ -108,16 +100,12 @@ std::string FloatText(float value)
         return bits == 0x7FC00000U ? "NaN" : "NaN(" + HexText(bits) + ")";
     }
     if (std::isinf(value))
-    {
         return value > 0.0F ? "Infinity" : "-Infinity";
-    }
     std::array<char, 32> buffer{};
     const auto result = std::to_chars(buffer.data(), buffer.data() + buffer.size(), value);
     std::string text(buffer.data(), result.ptr);
     if (text.find_first_of(".e") == std::string::npos)
-    {
         text += ".0";
-    }
     return text;
 }
 

@@ -30,9 +30,7 @@ void VerbContext::Fail(const std::string& file, const std::string& why, ExitCode
 {
     Complain(why, code);
     if (json)
-    {
         out << JsonAnswer(JsonFailure(file, why));
-    }
 }
 
 void VerbContext::Report(ExitCode code)

@@ -1,7 +1,7 @@
 #include "host/import/bvh/bvh_reader.h"
 
-#include "host/import/bvh/text_scanner.h"
 #include "host/import/base/import_options.h"
+#include "host/import/bvh/text_scanner.h"
 
 #include <algorithm>
 #include <cmath>
@@ -164,7 +164,6 @@ private:
         std::vector<std::uint32_t> open; // joints that the current one is below, and itself
         Begin(Name(), open);
         while (!open.empty())
-        {
             if (text_.Take("}"))
                 open.pop_back();
             else if (text_.Take("JOINT"))
@@ -177,7 +176,6 @@ private:
                 ReadChannels(open.back());
             else
                 Unexpected();
-        }
     }
 
     [[noreturn]] void Unexpected()

@@ -2,8 +2,8 @@
 
 /// <camera> elements: lenses, and which of their numbers channels may move.
 
-#include "host/import/collada/xml_document.h"
 #include "host/import/base/scene_description.h"
+#include "host/import/collada/xml_document.h"
 
 #include <array>
 #include <cstddef>

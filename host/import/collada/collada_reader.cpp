@@ -1,11 +1,11 @@
 #include "host/import/collada/collada_reader.h"
 
+#include "host/import/base/parse_error.h"
 #include "host/import/collada/document_index.h"
 #include "host/import/collada/numbers.h"
 #include "host/import/collada/scene_models.h"
 #include "host/import/collada/scene_takes.h"
 #include "host/import/collada/xml_document.h"
-#include "host/import/base/parse_error.h"
 
 #include <limits>
 #include <string>

@@ -2,10 +2,10 @@
 
 /// A node's transform and a camera's lens over time.
 
+#include "host/import/base/scene_description.h"
 #include "host/import/collada/cameras.h"
 #include "host/import/collada/key_curve.h"
 #include "host/import/collada/transforms.h"
-#include "host/import/base/scene_description.h"
 
 #include <cstddef>
 #include <cstdint>

@@ -1,8 +1,8 @@
 #include "host/import/collada/scene_models.h"
 
+#include "host/import/base/exportable_number.h"
 #include "host/import/collada/transforms.h"
 #include "host/import/collada/user_properties.h"
-#include "host/import/base/exportable_number.h"
 
 #include <algorithm>
 #include <string>

@@ -2,11 +2,11 @@
 
 /// From the nodes of the shown visual scene to models.
 
-#include "host/import/collada/cameras.h"
-#include "host/import/collada/document_index.h"
 #include "host/import/base/import_notes.h"
 #include "host/import/base/import_options.h"
 #include "host/import/base/scene_description.h"
+#include "host/import/collada/cameras.h"
+#include "host/import/collada/document_index.h"
 
 #include <cstddef>
 #include <cstdint>

@@ -1,10 +1,10 @@
 #include "host/import/collada/scene_takes.h"
 
+#include "host/import/base/parse_error.h"
 #include "host/import/collada/channel_target.h"
 #include "host/import/collada/key_curve_reader.h"
 #include "host/import/collada/motions.h"
 #include "host/import/collada/numbers.h"
-#include "host/import/base/parse_error.h"
 
 #include <algorithm>
 #include <cmath>

@@ -2,10 +2,10 @@
 
 /// From animations and clips to takes.
 
-#include "host/import/collada/document_index.h"
-#include "host/import/collada/scene_models.h"
 #include "host/import/base/import_notes.h"
 #include "host/import/base/scene_description.h"
+#include "host/import/collada/document_index.h"
+#include "host/import/collada/scene_models.h"
 
 #include <cstddef>
 #include <vector>

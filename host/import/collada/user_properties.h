@@ -3,8 +3,8 @@
 /// The text of <user_properties> in the <extra> of a node, as tools of the FCOLLADA profile write it: one "name =
 /// value" a line.
 
-#include "host/import/collada/xml_document.h"
 #include "host/import/base/scene_description.h"
+#include "host/import/collada/xml_document.h"
 
 #include <vector>
 

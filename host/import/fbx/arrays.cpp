@@ -1,7 +1,7 @@
 #include "host/import/fbx/arrays.h"
 
-#include "host/import/fbx/little_endian.h"
 #include "host/import/base/parse_error.h"
+#include "host/import/fbx/little_endian.h"
 
 #include <zlib.h>
 

@@ -1,6 +1,6 @@
+#include "host/import/base/parse_error.h"
 #include "host/import/fbx/little_endian.h"
 #include "host/import/fbx/record_frames.h"
-#include "host/import/base/parse_error.h"
 
 namespace mobu_host::fbx
 {

@@ -1,9 +1,9 @@
 #include "host/import/fbx/fbx_reader.h"
 
+#include "host/import/base/parse_error.h"
 #include "host/import/fbx/scene_models.h"
 #include "host/import/fbx/scene_settings.h"
 #include "host/import/fbx/scene_takes.h"
-#include "host/import/base/parse_error.h"
 
 #include <algorithm>
 

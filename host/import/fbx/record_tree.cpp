@@ -1,8 +1,8 @@
 #include "host/import/fbx/record_tree.h"
 
+#include "host/import/base/parse_error.h"
 #include "host/import/fbx/little_endian.h"
 #include "host/import/fbx/record_frames.h"
-#include "host/import/base/parse_error.h"
 
 #include <charconv>
 #include <cmath>

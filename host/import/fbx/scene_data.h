@@ -2,10 +2,10 @@
 
 /// The third layer, while it is made: the scene's description, and what transforms are evaluated from.
 
+#include "host/import/base/import_notes.h"
 #include "host/import/fbx/document.h"
 #include "host/import/fbx/layered_value.h"
 #include "host/import/fbx/transform_evaluator.h"
-#include "host/import/base/import_notes.h"
 
 #include <memory>
 

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "host/import/fbx/document.h"
 #include "host/import/base/import_notes.h"
+#include "host/import/fbx/document.h"
 #include "host/math/affine.h"
 
 namespace mobu_host::fbx

@@ -1,11 +1,11 @@
 #include "host/import/fbx/scene_takes.h"
 
 #include "host/import/base/exportable_number.h"
-#include "host/import/fbx/curve_reader.h"
-#include "host/import/fbx/take_motion.h"
 #include "host/import/base/parse_error.h"
 #include "host/import/base/scene_description.h"
 #include "host/import/base/unique_names.h"
+#include "host/import/fbx/curve_reader.h"
+#include "host/import/fbx/take_motion.h"
 
 #include <algorithm>
 #include <cmath>

@@ -1,5 +1,5 @@
-#include "host/import/fbx/record_frames.h"
 #include "host/import/base/parse_error.h"
+#include "host/import/fbx/record_frames.h"
 
 #include <algorithm>
 #include <charconv>
@@ -151,14 +151,12 @@ unsigned VersionOfComment(std::string_view file)
 std::size_t SkipSpace(std::string_view file, std::size_t at, std::size_t end)
 {
     while (at < end)
-    {
         if (file[at] == ';')
             at = std::min(file.find('\n', at), end);
         else if (IsBlank(file[at]) || file[at] == '\n')
             ++at;
         else
             break;
-    }
     return at;
 }
 

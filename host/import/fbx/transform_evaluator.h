@@ -2,8 +2,8 @@
 
 /// Models in space over time: local transforms with their pivots, inheritance of scale, cameras that look at something.
 
-#include "host/import/fbx/layered_value.h"
 #include "host/import/base/scene_description.h"
+#include "host/import/fbx/layered_value.h"
 
 #include <cstdint>
 #include <unordered_map>

@@ -1,5 +1,5 @@
-#include "host/import/fbx/scene_models.h"
 #include "host/import/base/parse_error.h"
+#include "host/import/fbx/scene_models.h"
 
 #include <algorithm>
 #include <limits>

@@ -3,8 +3,8 @@
 #include "gltf/accessor.h"
 #include "gltf/document.h"
 #include "host/import/base/exportable_number.h"
-#include "host/import/gltf/node_motion.h"
 #include "host/import/base/parse_error.h"
+#include "host/import/gltf/node_motion.h"
 
 #include <algorithm>
 #include <cmath>

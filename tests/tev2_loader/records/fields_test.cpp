@@ -1,5 +1,6 @@
 #include "tests/support/record_schema.h"
 #include "tests/support/records.h"
+#include "tev2_loader/array_length_helper.h"
 #include "tev2_loader/tev2.h"
 
 #include <gtest/gtest.h>

@@ -1,6 +1,6 @@
+#include "host/import/base/parse_error.h"
 #include "host/import/fbx/fbx_reader.h"
 #include "host/import/host_scene.h"
-#include "host/import/base/parse_error.h"
 #include "tests/host/import/builders/fbx_writer.h"
 #include "tests/host/import/import_fixture.h"
 

@@ -1,6 +1,6 @@
+#include "host/import/base/parse_error.h"
 #include "host/import/fbx/arrays.h"
 #include "host/import/fbx/document.h"
-#include "host/import/base/parse_error.h"
 #include "tests/host/import/builders/fbx_writer.h"
 
 #include <gtest/gtest.h>

@@ -1,4 +1,4 @@
-#include "tev2_loader/detail/track_mover.h"
+#include "tev2_loader/tracks/detail/track_mover.h"
 
 #include <algorithm>
 #include <cmath>
@@ -30,10 +30,8 @@ std::size_t SearchForward(const std::vector<float>& times, std::size_t key, floa
 {
     const std::size_t segments = times.size() - 1;
     for (const std::size_t nearby = std::min(segments, key + kNearSegments); key < nearby; ++key)
-    {
         if (Holds(times, key, time))
             return key;
-    }
     if (key == segments)
         return kNoSegment;
     std::size_t close = key + 1;

@@ -1,4 +1,4 @@
-#include "tev2_loader/detail/float4.h"
+#include "tev2_loader/math/detail/float4.h"
 
 #include <array>
 #include <bit>

@@ -1,4 +1,4 @@
-#include "tev2_loader/records/array_length_helper.h"
+#include "tev2_loader/array_length_helper.h"
 
 #include "tev2_loader/records/archives.h"
 #include "tev2_loader/tev2.h"

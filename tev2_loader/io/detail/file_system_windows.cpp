@@ -1,7 +1,7 @@
-#include "tev2_loader/detail/file_system.h"
+#include "tev2_loader/io/detail/file_system.h"
 
-#include "tev2_loader/detail/part_file_name.h"
-#include "tev2_loader/detail/windows_path.h"
+#include "tev2_loader/io/detail/part_file_name.h"
+#include "tev2_loader/io/detail/windows_path.h"
 
 #include <cerrno>
 #include <fcntl.h>

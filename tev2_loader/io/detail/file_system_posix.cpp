@@ -1,6 +1,6 @@
-#include "tev2_loader/detail/file_system.h"
+#include "tev2_loader/io/detail/file_system.h"
 
-#include "tev2_loader/detail/part_file_name.h"
+#include "tev2_loader/io/detail/part_file_name.h"
 
 #include <cerrno>
 #include <csignal>

@@ -36,12 +36,10 @@ public:
         std::uint32_t count = kCounts; // not looked at when it is read
         archive.Constant("count", count, count, Counts::kSave);
         for (std::size_t index = 0; index < kCounts; ++index)
-        {
             if (index < kCountsAlways ||
                 archive.Since(index < kCountsWithReferences ? kSinceReferenceLengths
                                                             : kSinceSpeedTreeLengths))
                 archive.Value("counts", lengths.counts[index], Counts::kSave);
-        }
     }
 
     /// Always true. Save is true when all 96 bytes were written.

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "tev2_loader/detail/float4.h"
+#include "tev2_loader/math/detail/float4.h"
 #include "tev2_loader/math/matrix.h"
 
 // The functions of math/ and the interpolation of rotations, inlined for evaluation. Each gives the same bits as the
