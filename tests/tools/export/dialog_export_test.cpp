@@ -156,6 +156,7 @@ TEST_F(DialogExportTest, CancellationsWriteAndRememberNothing)
     } cases[] = {
         {kNtsc + kCancel, by_user, ""},
         {kNtsc + "close\n", by_user, ""},
+        {kNtsc, by_user, ""},
         {reversed + kExport,
          "tv2 export: cancelled by the dialog: the start key 2 is after the end key 1: nothing exported\n",
          "the start key 2 is after the end key 1"},
