@@ -12,6 +12,8 @@ namespace tv2_tests
 /// An archive that notes what a record says of its fields: "scale since 1.15" and the results that each counts in.
 class RecordSchema
 {
+    using Counts = TEV2_LOADER::Counts;
+
 public:
     std::vector<std::string> fields;
     std::vector<std::string> counted; ///< "scale Save Load"; "name" where it never counts
@@ -28,68 +30,19 @@ public:
     bool Since(float version) { return Gate(" since ", version); }
     bool UpTo(float version) { return Gate(" up to ", version); }
 
-    template <typename Field>
-    void Text(const char* label, const Field&)
-    {
-        Add(label, TEV2_LOADER::Counts::kNever);
-    }
+    void Text(const char* label, const auto&) { Add(label, Counts::kNever); }
+    void LegacyMatrix(const char* label, const auto&) { Add(label, Counts::kNever); }
 
-    // All others have the label first and, but for Constant and Records, what they count in last.
-    template <typename Field>
-    void Value(const char* label, const Field&, TEV2_LOADER::Counts counts)
-    {
-        Add(label, counts);
-    }
-    template <typename Field>
-    void Constant(const char* label, const Field&, Field, TEV2_LOADER::Counts counts)
-    {
-        Add(label, counts);
-    }
-    template <typename Field>
-    void Texts(const char* label, const Field&, TEV2_LOADER::Counts counts)
-    {
-        Add(label, counts);
-    }
-    template <typename Field>
-    void Bytes(const char* label, const Field&, TEV2_LOADER::Counts counts)
-    {
-        Add(label, counts);
-    }
-    template <typename Field>
-    void Values(const char* label, const Field&, TEV2_LOADER::Counts counts)
-    {
-        Add(label, counts);
-    }
-    template <typename Field>
-    void Record(const char* label, const Field&, TEV2_LOADER::Counts counts)
-    {
-        Add(label, counts);
-    }
-    template <typename Field, typename... Examine>
-    void Records(const char* label, const Field&, TEV2_LOADER::Counts counts, const Examine&...)
-    {
-        Add(label, counts);
-    }
-    template <typename Field>
-    void Track(const char* label, const Field&, TEV2_LOADER::Counts counts)
-    {
-        Add(label, counts);
-    }
-    template <typename Field>
-    void Objects(const char* label, const Field&, TEV2_LOADER::Counts counts)
-    {
-        Add(label, counts);
-    }
-    template <typename Field>
-    void Map(const char* label, const Field&, TEV2_LOADER::Counts counts)
-    {
-        Add(label, counts);
-    }
-    template <typename Field>
-    void LegacyMatrix(const char* label, const Field&)
-    {
-        Add(label, TEV2_LOADER::Counts::kNever);
-    }
+    void Value(const char* label, const auto&, Counts counts) { Add(label, counts); }
+    void Constant(const char* label, const auto&, const auto&, Counts counts) { Add(label, counts); }
+    void Texts(const char* label, const auto&, Counts counts) { Add(label, counts); }
+    void Bytes(const char* label, const auto&, Counts counts) { Add(label, counts); }
+    void Values(const char* label, const auto&, Counts counts) { Add(label, counts); }
+    void Record(const char* label, const auto&, Counts counts) { Add(label, counts); }
+    void Records(const char* label, const auto&, Counts counts, const auto&...) { Add(label, counts); }
+    void Track(const char* label, const auto&, Counts counts) { Add(label, counts); }
+    void Objects(const char* label, const auto&, Counts counts) { Add(label, counts); }
+    void Map(const char* label, const auto&, Counts counts) { Add(label, counts); }
 
 private:
     bool Gate(const char* word, float version)
@@ -98,7 +51,7 @@ private:
         return true;
     }
 
-    void Add(const std::string& label, TEV2_LOADER::Counts counts)
+    void Add(const std::string& label, Counts counts)
     {
         fields.push_back(label + gate_);
         gate_.clear();

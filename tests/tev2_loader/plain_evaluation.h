@@ -49,21 +49,15 @@ inline void SetTime(TEV2_ANIMATABLE& track, float time)
     const auto holds = [&] { return times[key] <= time && times[key + 1] >= time; };
     const auto search_forward = [&]
     {
-        for (key = present; key < count - 1; ++key)
-        {
-            if (holds())
-                return true;
-        }
-        return false;
+        for (key = present; key < count - 1 && !holds();)
+            ++key;
+        return key < count - 1;
     };
     const auto search_backward = [&]
     {
-        for (key = present + 1; key-- > 0;)
-        {
-            if (holds())
-                return true;
-        }
-        return false;
+        for (key = present; key < count && !holds();) // below 0 it is the largest number
+            --key;
+        return key < count;
     };
     // The present time is rounded: what it says is ahead can be behind by a bit.
     const bool found = time - PresentTime(track) >= 0.0f ? search_forward() || search_backward()

@@ -103,15 +103,6 @@ TEST(Save, IsFalseWhereTheFileCannotLoad)
     }
 }
 
-TEST(Save, WithoutAFileReportsFailure)
-{
-    const ScratchFolder folder;
-    TEV2 scene;
-    TEV2_FILE_WRITER writer = WriterTo(folder.Path("no") + "/such/folder.tv2");
-    EXPECT_FALSE(scene.Save(writer));
-    EXPECT_NE(writer.stream->lastError, 0);
-}
-
 TEST(Save, AFileThatMetAnErrorDoesNotLoad)
 {
     const ScratchFolder folder;

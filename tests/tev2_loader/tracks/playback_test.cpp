@@ -273,7 +273,6 @@ TEST(MalformedTrack, PlaysTimesInAnyOrder)
         {1.0f, NAN, NAN, NAN, NAN, NAN, NAN, NAN, 9.0f},
     };
     for (const std::vector<float>& times : odd)
-    {
         for (std::size_t values = 0; values < times.size() + 2; ++values)
         {
             TEV2_ANIMATABLE_VECTOR_3_LINEAR track;
@@ -289,7 +288,6 @@ TEST(MalformedTrack, PlaysTimesInAnyOrder)
                 track.GetValue();
             }
         }
-    }
 }
 
 } // namespace

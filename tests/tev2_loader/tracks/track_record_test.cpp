@@ -123,7 +123,6 @@ TEST(TrackFamily, TakesItsOwnKindsOnly)
         {&TEV2_ANIMATABLE_BOUNDING_BOX::Create, {11}},
     };
     for (const auto& [create, kinds] : families)
-    {
         for (const std::uint32_t kind : {0u, 1u, 2u, 3u, 4u, 5u, 6u, 7u, 8u, 9u, 10u, 11u, 12u, 0xFFFFFFFFu})
         {
             const std::unique_ptr<TEV2_ANIMATABLE> track = create(kind);
@@ -131,7 +130,6 @@ TEST(TrackFamily, TakesItsOwnKindsOnly)
             EXPECT_EQ(track != nullptr, own) << kind;
             EXPECT_TRUE(!track || track->GetType() == kind);
         }
-    }
 }
 
 TEST(TrackComparison, SeesKindTimesAndValuesButNotTheCursor)

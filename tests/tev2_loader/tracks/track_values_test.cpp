@@ -145,13 +145,11 @@ TEST(QuaternionLerp, LeavesTheUnitSphere)
 TEST(QuaternionSlerp, FollowsTheArc)
 {
     for (const float angle : {0.5f, 1.5f, 3.0f})
-    {
         for (const float fraction : {0.0f, 0.25f, 0.5f, 0.9f, 1.0f})
         {
             ExpectNear(Between<TEV2_ANIMATABLE_QUATERNION_SLERP>({0, 0, 0, 1}, AboutZ(angle), fraction),
                        AboutZ(angle * fraction), 1e-5f);
         }
-    }
     // A negative dot product goes the long way round.
     ExpectNear(Between<TEV2_ANIMATABLE_QUATERNION_SLERP>(AboutZ(0.0f), AboutZ(5.0f), 0.5f), AboutZ(2.5f),
                1e-5f);
