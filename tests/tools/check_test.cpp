@@ -151,8 +151,9 @@ std::vector<SpoiledFile> SpoiledFiles()
 
     Bytes wrong_parent = sound(); // of the last node: "Camera", and four bytes after its name
     const Bytes name = Bytes().Text(u"Camera");
-    const auto last_name = std::ranges::find_end(wrong_parent.data, name.data);
-    *last_name.end() = 77;
+    const auto last_name =
+        std::find_end(wrong_parent.data.begin(), wrong_parent.data.end(), name.data.begin(), name.data.end());
+    last_name[static_cast<std::ptrdiff_t>(name.data.size())] = 77;
 
     Bytes many = sound();
     for (int i = 0; i < 1001; ++i)

@@ -150,7 +150,7 @@ TEST_F(RulesTest, ObjectOnceToFiles)
             q.file_names = windows ? ExportQuestion::FileNames::kWindows : ExportQuestion::FileNames::kPosix;
         };
     };
-    const auto scene_files = [this](std::vector<std::string> files)
+    const auto scene_files = [](std::vector<std::string> files)
     { return [files = std::move(files)](ExportQuestion&, SceneFacts& s) { s.files = files; }; };
     Write("out.tv2");
     const RuleCase cases[] = {
