@@ -61,7 +61,7 @@ protected:
 
     static bool Load(const std::uint8_t* image, std::size_t size, TEV2& scene)
     {
-        const tv2_tests::AllocationPeak peak;
+        const AllocationPeak peak;
         TEV2_LOAD_REPORT report;
         TEV2_MEMORY_CURSOR cursor(image, size, &report);
         const bool loaded = scene.Load(cursor, true);
@@ -96,7 +96,7 @@ protected:
     void SaveAndLoadAgain(TEV2& scene)
     {
         file_.Clear();
-        TEV2_FILE_WRITER writer = tv2_tests::WriterInto(file_);
+        TEV2_FILE_WRITER writer = WriterInto(file_);
         EXPECT_TRUE(scene.Save(writer));
         EXPECT_TRUE(writer.stream->Flush());
         EXPECT_EQ(writer.stream->lastError, 0);
@@ -119,40 +119,33 @@ protected:
         for (std::size_t size = 0; size <= image.size() && !HasFailure(); ++size)
             Try(image, size, "end", size, 0);
         for (std::size_t place = 0; place < image.size() && !HasFailure(); place += step)
-            PatchByte(image, place);
-        for (std::size_t place = 0; place + 4 <= image.size() && !HasFailure(); place += step)
-            PatchWindow(image, place);
-    }
-
-    void PatchByte(std::vector<std::uint8_t>& image, std::size_t place)
-    {
-        const std::uint8_t original = image[place];
-        for (const int patch : {0x00, 0x80, 0xFF, original + 1, original - 1})
         {
-            image[place] = static_cast<std::uint8_t>(patch);
-            if (image[place] != original)
-                Try(image, image.size(), "byte", place, image[place]);
+            const std::uint32_t byte = image[place];
+            Patch<std::uint8_t>(image, place, {0x00, 0x80, 0xFF, byte + 1, byte - 1});
         }
-        image[place] = original;
+        for (std::size_t place = 0; place + 4 <= image.size() && !HasFailure(); place += step)
+            Patch<std::uint32_t>(image, place, {0, 1, 7, 8, 0x7FFFFFFF, 0x80000000, 0xFFFFFFFF});
     }
 
-    void PatchWindow(std::vector<std::uint8_t>& image, std::size_t place)
+    template <typename Number>
+    void Patch(std::vector<std::uint8_t>& image, std::size_t place,
+               std::initializer_list<std::uint32_t> patches)
     {
-        std::uint32_t original = 0;
+        Number original = 0;
         std::memcpy(&original, &image[place], sizeof original);
-        for (const std::uint32_t patch : {0u, 1u, 7u, 8u, 0x7FFFFFFFu, 0x80000000u, 0xFFFFFFFFu})
+        for (const std::uint32_t patch : patches)
         {
-            if (patch == original)
-                continue;
-            std::memcpy(&image[place], &patch, sizeof patch);
-            Try(image, image.size(), "window", place, patch);
+            const Number number = static_cast<Number>(patch);
+            std::memcpy(&image[place], &number, sizeof number);
+            if (number != original)
+                Try(image, image.size(), sizeof number == 1 ? "byte" : "window", place, number);
         }
         std::memcpy(&image[place], &original, sizeof original);
     }
 
     void TearDown() override { std::fclose(file_.stream); }
 
-    tv2_tests::MemoryFile file_{std::size_t{1} << 16};
+    MemoryFile file_{std::size_t{1} << 16};
     std::size_t loaded_ = 0;
 };
 
