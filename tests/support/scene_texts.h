@@ -15,6 +15,15 @@ inline std::string Repeated(const std::string& text, std::size_t times)
     return all;
 }
 
+/// "0, 1, 2", each between two texts.
+inline std::string Numbered(std::size_t count, const std::string& before = "", const std::string& after = "")
+{
+    std::string all;
+    for (std::size_t i = 0; i < count; ++i)
+        all += (i == 0 ? before : "," + before) + std::to_string(i) + after;
+    return all;
+}
+
 /// A BVH file: the text between the outer braces of its root "a", and its motion from "Frames:" on.
 inline std::string BvhText(const std::string& joints, const std::string& motion)
 {

@@ -18,7 +18,8 @@ std::string Joint(const std::string& channels, const std::string& motion, const 
 
 TEST_F(BvhImportTest, JointsMoveAsTheChannelsSay)
 {
-    const auto result = Open("walk.bvh", kTwoJoints);
+    const auto result = Open("walk.fbx", kTwoJoints); // the content decides, not the name
+    EXPECT_EQ(std::string(mobu_host::Scene().FilePath), (folder_ / "walk.fbx").string());
     EXPECT_EQ(result.notes,
               Names{"BVH has no unit; one unit was taken as one centimetre: the figure is 0.05 m tall"});
     EXPECT_EQ(ModelNames(), (Names{"Scene", "Hips", "ns:Leg", "EndSite_ns:Leg"}));
@@ -43,10 +44,6 @@ TEST_F(BvhImportTest, BetweenKeysPlacesGoStraightAndTurnsAlongTheArcOutsideTheyH
     Goto(0.01);
     ExpectRow(Global("Hips"), 3, 0.25, 0.5, 0.75);
     ExpectRow(Global("Hips"), 0, c, s, 0);
-    Goto(0.05); // backwards and forwards again: the order of the questions does not matter
-    ExpectRow(Global("Hips"), 3, 1.5, 2, 3);
-    Goto(0.01);
-    ExpectRow(Global("Hips"), 3, 0.25, 0.5, 0.75);
     Goto(5.0);
     ExpectRow(Global("Hips"), 3, 3, 2, 3);
     Goto(-5.0);
@@ -117,15 +114,6 @@ TEST_F(BvhImportTest, NoFrameIsLostToTheRoundingOfTheFrameTime)
             EXPECT_NEAR(StopOf(0), (frames - 1) * std::atof(frame_time), 1e-9) << frame_time;
         }
     }
-}
-
-TEST_F(BvhImportTest, TheContentDecidesWhateverTheName)
-{
-    Open("walk.txt", kTwoJoints);
-    EXPECT_EQ(ModelNames().size(), 4u);
-    Open("walk.fbx", kTwoJoints);
-    EXPECT_EQ(ModelNames().size(), 4u);
-    EXPECT_EQ(std::string(mobu_host::Scene().FilePath), (folder_ / "walk.fbx").string());
 }
 
 TEST_F(BvhImportTest, FilesOfOtherProgramsOpen)

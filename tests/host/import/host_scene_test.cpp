@@ -59,13 +59,14 @@ TEST_F(HostSceneTest, NamesAreUniqueAndAJointKeepsItsNameBeforeTheMeshOnIt)
     SceneDescription scene;
     scene.models = {At("Hand", kNoModel, {}), At("Hand", 0, {}), At("", 1, {}), At("Scene", kNoModel, {})};
     scene.models[0].has_geometry = true;
-    scene.takes = {Named("a:b", 0, 0), Named("a/b", 0, 0), Named("", 0, 0)};
+    scene.takes = {Named("a:b", 0, 0), Named("a/b", 0, 0), Named("", 0, 0), Named("a\\c:d", 0, 0)};
     EXPECT_EQ(
         Build(std::move(scene)),
         (Names{"3 duplicate names were numbered: Scene -> \"Scene 1\", Hand -> \"Hand 1\", a_b -> \"a_b 1\"",
-               "2 take names with ':', '/' or '\\' were changed: a:b -> \"a_b\", a/b -> \"a_b\""}));
+               "3 take names with ':', '/' or '\\' were changed: a:b -> \"a_b\", a/b -> \"a_b\", "
+               "a\\c:d -> \"a_c_d\""}));
     EXPECT_EQ(ModelNames(), (Names{"Scene", "Hand 1", "Hand", "Node", "Scene 1"}));
-    EXPECT_EQ(TakeNames(), (Names{"a_b", "a_b 1", "Take 003"}));
+    EXPECT_EQ(TakeNames(), (Names{"a_b", "a_b 1", "Take 003", "a_c_d"}));
 }
 
 TEST_F(HostSceneTest, AMirroredModelIsReversedAndNamedWhatIsBelowItStays)

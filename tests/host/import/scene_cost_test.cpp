@@ -26,12 +26,10 @@ std::string Gltf(const std::string& rest, const std::string& shown = "0")
     return "{\"asset\":{\"version\":\"2.0\"},\"scenes\":[{\"nodes\":[" + shown + "]}]" + rest + "}";
 }
 
-std::string GltfNodes(int count)
+std::string GltfNodes(std::size_t count, const std::string& rest = "")
 {
-    std::string shown = "0";
-    for (int i = 1; i < count; ++i)
-        shown += "," + std::to_string(i);
-    return Gltf(",\"nodes\":[{}" + tv2_tests::Repeated(",{}", count - 1) + "]", shown);
+    return Gltf(",\"nodes\":[{}" + tv2_tests::Repeated(",{}", count - 1) + "]" + rest,
+                tv2_tests::Numbered(count));
 }
 
 // Accessor 0 of floats and accessor 1 of vectors, all zero, in one buffer.
@@ -85,14 +83,7 @@ const HungryFile kFiles[] = {
          return tv2_tests::BvhText("CHANNELS 1 Xposition",
                                    "Frames:500000\nFrame Time:.01\n" + tv2_tests::Repeated("0\n", 500'000));
      }},
-    {"nodes that the scene shows", "glTF",
-     []
-     {
-         std::string shown;
-         for (int i = 0; i < 200'000; ++i)
-             shown += (i == 0 ? "" : ",") + std::to_string(i);
-         return Gltf(",\"nodes\":[" + tv2_tests::Repeated("{},", 199'999) + "{}]", shown);
-     }},
+    {"nodes that the scene shows", "glTF", [] { return GltfNodes(200'000); }},
     {"nodes that the scene does not show", "glTF",
      [] { return Gltf(",\"nodes\":[" + tv2_tests::Repeated("{},", 1'000'000) + "{}]"); }},
     {"numbers", "glTF",
@@ -111,19 +102,12 @@ const HungryFile kFiles[] = {
     {"one accessor in many channels", "glTF",
      []
      {
-         std::string nodes, shown, channels;
-         for (int i = 0; i < 2'000; ++i)
-         {
-             const std::string comma = i == 0 ? "" : ",";
-             nodes += comma + "{}";
-             shown += comma + std::to_string(i);
-             channels +=
-                 comma + "{\"sampler\":0,\"target\":{\"path\":\"scale\",\"node\":" + std::to_string(i) + "}}";
-         }
-         return Gltf(",\"nodes\":[" + nodes + "]" + Accessors(40'000) +
-                         ",\"animations\":[{\"samplers\":[{\"input\":0,\"output\":1}],\"channels\":[" +
-                         channels + "]}]",
-                     shown);
+         const std::string channels =
+             tv2_tests::Numbered(2'000, "{\"sampler\":0,\"target\":{\"path\":\"scale\",\"node\":", "}}");
+         return GltfNodes(2'000,
+                          Accessors(40'000) +
+                              ",\"animations\":[{\"samplers\":[{\"input\":0,\"output\":1}],\"channels\":[" +
+                              channels + "]}]");
      }},
     {"nodes", "Collada", [] { return collada_text::Document("", tv2_tests::Repeated("<node/>", 200'000)); }},
     {"elements and texts", "Collada",

@@ -1,9 +1,6 @@
-#include "host/import/collada/collada_reader.h"
-
 #include "host/import/base/parse_error.h"
 #include "tests/host/import/builders/collada_text.h"
-
-#include <gtest/gtest.h>
+#include "tests/host/import/collada/read_document.h"
 
 #include <cmath>
 #include <numbers>
@@ -15,17 +12,6 @@ using namespace collada_text;
 using mobu_host::Affine;
 using mobu_host::Matrix3;
 using mobu_host::SceneDescription;
-
-SceneDescription Read(const std::string& document, std::vector<std::string>* lines = nullptr)
-{
-    mobu_host::ImportNotes notes;
-    SceneDescription scene = mobu_host::collada::ReadScene(document, {}, notes);
-    if (lines)
-        *lines = notes.Lines();
-    else
-        EXPECT_TRUE(notes.Lines().empty()) << notes.Lines().front();
-    return scene;
-}
 
 std::string CauseOf(const std::string& document)
 {

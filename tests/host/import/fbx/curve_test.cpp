@@ -133,24 +133,10 @@ TEST(CurveTest, TensionContinuityBias)
 
 constexpr std::uint32_t kWeights = 6000U | 2000U << 16;
 
-// Weights of 0.6 and 0.2: the curve runs through the points of its Bezier form.
-TEST(CurveTest, WeightedTangents)
-{
-    const std::int32_t weighted = kUser | 0x03000000;
-    const Curve curve = Read({{0.0, 0.0F, weighted}, {1.0, 1.0F, kUser}},
-                             {0.5F, 2.0F, std::bit_cast<float>(kWeights), 0.0F, 0.0F, 0.0F, 0.0F, 0.0F});
-    for (const double s : {0.05, 0.3, 0.5, 0.8, 0.95})
-    {
-        const double t = 1.0 - s;
-        const double time = 3 * t * t * s * 0.6 + 3 * t * s * s * 0.8 + s * s * s;
-        const double value = 3 * t * t * s * 0.5 * 0.6 + 3 * t * s * s * (1.0 - 2.0 * 0.2) + s * s * s;
-        EXPECT_NEAR(curve.At(time), value, 1e-6) << s;
-    }
-}
-
-// Slopes of 0.5 and 2 and the same weights, in the forms of text files: from 7.2 on the floats' bits, before that
-// decimals in which the packed weights are whatever float their bits make. Decimals from 7.2 on are other programs'.
-TEST(CurveTest, TangentsInTextFiles)
+// Slopes of 0.5 and 2, weights of 0.6 and 0.2: the curve runs through the points of its Bezier form. From 7.2 on these
+// are the bits of floats, before that decimals in which the packed weights are whatever float their bits make. Decimals
+// from 7.2 on are other programs'.
+TEST(CurveTest, WeightedTangentsInTextFiles)
 {
     char decimal[32];
     std::snprintf(decimal, sizeof decimal, "%.9g", static_cast<double>(std::bit_cast<float>(kWeights)));
@@ -163,9 +149,6 @@ TEST(CurveTest, TangentsInTextFiles)
                  {"7.2.0", "1056964608,1073741824," + bits + ",0"},
                  {"7.4.0", "0.5,2.0," + bits + ",0"},
                  {"7.1.0", std::string("0.5,2,") + decimal + ",0"}};
-    const double t = 0.7, s = 0.3;
-    const double time = 3 * t * t * s * 0.6 + 3 * t * s * s * 0.8 + s * s * s;
-    const double value = 3 * t * t * s * 0.5 * 0.6 + 3 * t * s * s * (1.0 - 2.0 * 0.2) + s * s * s;
     for (const auto& item : cases)
     {
         const std::string file = std::string("; FBX ") + item.version +
@@ -175,7 +158,13 @@ TEST(CurveTest, TangentsInTextFiles)
                                  item.data + "\n}\nKeyAttrRefCount: *1 {\na: 2\n}\n}\n";
         const RecordTree tree(file);
         const Curve curve = CurveReader().ReadArrays(tree.Root().Child("Curve"));
-        EXPECT_NEAR(curve.At(time), value, 1e-6) << item.version << ' ' << item.data;
+        for (const double s : {0.05, 0.3, 0.5, 0.8, 0.95})
+        {
+            const double t = 1.0 - s;
+            const double time = 3 * t * t * s * 0.6 + 3 * t * s * s * 0.8 + s * s * s;
+            const double value = 3 * t * t * s * 0.5 * 0.6 + 3 * t * s * s * (1.0 - 2.0 * 0.2) + s * s * s;
+            EXPECT_NEAR(curve.At(time), value, 1e-6) << item.version << ' ' << item.data << ' ' << s;
+        }
     }
 }
 
@@ -247,6 +236,13 @@ TEST(CurveTest, DamagedArrays)
     ExpectValues(Read({{0.0, 1.0F}, {2.0, 3.0F}, {1.0, 9.0F}, {3.0, 5.0F}}), {{0, 1}, {3, 5}});
 }
 
+void ExpectSame(const Matrix3& have, const Matrix3& want, double about)
+{
+    for (int row = 0; row < 3; ++row)
+        for (int column = 0; column < 3; ++column)
+            EXPECT_NEAR(have.at[row][column], want.at[row][column], 1e-12) << about;
+}
+
 LayerPart Part(const std::shared_ptr<Layer>& layer, double value)
 {
     LayerPart part;
@@ -309,11 +305,7 @@ TEST(LayeredValueTest, TurnsComposeOrAnglesAdd)
     value.Add(lower_part);
     value.Add(upper_part);
     ASSERT_TRUE(value.ComposesTurns());
-    const Matrix3 turned = EulerTurn({0, 0, 90}, 0) * EulerTurn({90, 0, 0}, 0);
-    const Matrix3 have = value.TurnAt(0.0, 0);
-    for (int row = 0; row < 3; ++row)
-        for (int column = 0; column < 3; ++column)
-            EXPECT_NEAR(have.at[row][column], turned.at[row][column], 1e-12);
+    ExpectSame(value.TurnAt(0.0, 0), EulerTurn({0, 0, 90}, 0) * EulerTurn({90, 0, 0}, 0), 0);
     upper->turns_by_axis = true;
     EXPECT_FALSE(value.ComposesTurns());
     EXPECT_TRUE(value.TurnAt(0.0, 0) == EulerTurn({90, 0, 90}, 0));
@@ -333,21 +325,12 @@ TEST(LayeredValueTest, AnglesAddAboveATurn)
         turn.constants[2] = 90.0;
         angles.constants = {1.0, 2.0, 3.0, 0.0};
         value.Add(turn);
-        const Matrix3 below = value.TurnAt(0.0, order);
         const Matrix3 half = EulerTurn({10, 20, 30}, order) * EulerTurn({0, 0, 45}, order);
+        ExpectSame(EulerTurn(EulerAngles(half, order), order), half, order);
+        ExpectSame(value.TurnAt(0.0, order), half, order);
         value.Add(angles);
-        const Matrix3 have = value.TurnAt(0.0, order);
-        const Matrix3 want = EulerTurn(EulerAngles(half, order) + mobu_host::Vector{1, 2, 3}, order);
-        for (int row = 0; row < 3; ++row)
-        {
-            for (int column = 0; column < 3; ++column)
-            {
-                EXPECT_NEAR(below.at[row][column], half.at[row][column], 1e-12) << order;
-                EXPECT_NEAR(have.at[row][column], want.at[row][column], 1e-12) << order;
-                EXPECT_NEAR(EulerTurn(EulerAngles(half, order), order).at[row][column], half.at[row][column],
-                            1e-12);
-            }
-        }
+        ExpectSame(value.TurnAt(0.0, order),
+                   EulerTurn(EulerAngles(half, order) + mobu_host::Vector{1, 2, 3}, order), order);
     }
 }
 
@@ -356,13 +339,7 @@ TEST(SpaceTest, PartOfATurn)
     const Matrix3 from = EulerTurn({10, 20, 30}, 0);
     const Matrix3 axis = EulerTurn({0, 0, 80}, 0);
     for (const double part : {0.0, 0.125, 0.3, 0.75, 1.0})
-    {
-        const Matrix3 have = TurnBetween(from, from * axis, part);
-        const Matrix3 want = from * EulerTurn({0, 0, 80 * part}, 0);
-        for (int row = 0; row < 3; ++row)
-            for (int column = 0; column < 3; ++column)
-                EXPECT_NEAR(have.at[row][column], want.at[row][column], 1e-12) << part;
-    }
+        ExpectSame(TurnBetween(from, from * axis, part), from * EulerTurn({0, 0, 80 * part}, 0), part);
 }
 
 } // namespace

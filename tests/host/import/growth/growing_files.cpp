@@ -29,17 +29,9 @@ namespace
 {
 
 using namespace mobu_host;
+using tv2_tests::Numbered;
 
 constexpr int kDoublings = 3;
-
-// "0, 1, 2", each between two texts.
-std::string Numbered(std::size_t count, const std::string& before = "", const std::string& after = "")
-{
-    std::string all;
-    for (std::size_t i = 0; i < count; ++i)
-        all += (i == 0 ? before : "," + before) + std::to_string(i) + after;
-    return all;
-}
 
 std::string Gltf(std::size_t nodes, const std::string& rest)
 {
