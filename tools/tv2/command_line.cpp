@@ -113,26 +113,25 @@ std::vector<std::string> OptionsOf(const CLI::App& command)
     return names;
 }
 
-/// The verbs of the program and, unless the first argument is one of them, those of the host.
-std::vector<VerbRow> VerbsFor(int argc, char** argv)
+/// The verbs of the program and, unless the first argument is one of them, those of the host. `error` says why the
+/// latter cannot be loaded.
+std::vector<VerbRow> VerbsFor(int argc, char** argv, std::string& error)
 {
     std::vector<VerbRow> rows = Verbs();
     if (argc > 1 &&
         std::none_of(rows.begin(), rows.end(), [&](const VerbRow& row) { return row.name == argv[1]; }))
     {
-        std::string error;
         const std::vector<VerbRow> more = HostVerbs(error);
         rows.insert(rows.end(), more.begin(), more.end());
         std::sort(rows.begin(), rows.end(),
                   [](const VerbRow& a, const VerbRow& b) { return a.place < b.place; });
-        if (!error.empty())
-            std::cerr << "tv2: " << Printable(error) << '\n';
     }
     return rows;
 }
 
 /// Why the first argument is no command; empty when it is one, or an option.
-std::string UnknownCommand(const std::vector<VerbRow>& rows, int argc, char** argv)
+std::string UnknownCommand(const std::vector<VerbRow>& rows, const std::string& host_error, int argc,
+                           char** argv)
 {
     if (argc < 2)
         return "which command? tv2 --help lists them";
@@ -142,7 +141,8 @@ std::string UnknownCommand(const std::vector<VerbRow>& rows, int argc, char** ar
         names.emplace_back(row.name);
     if (first.starts_with('-') || std::find(names.begin(), names.end(), first) != names.end())
         return {};
-    return "there is no command \"" + first + '"' + DidYouMean(first, names);
+    return "there is no command \"" + first + '"' +
+           (host_error.empty() ? DidYouMean(first, names) : ": " + host_error);
 }
 
 /// The parser's message, or a clearer one.
@@ -260,9 +260,12 @@ int RunCommandLine(int argc, char** argv)
     KeepStandardStreams();
     std::ios::sync_with_stdio(false);
     VerbContext context{{}, std::cout, std::cerr};
-    const std::vector<VerbRow> rows = VerbsFor(argc, argv);
-    if (const std::string why = UnknownCommand(rows, argc, argv); !why.empty())
+    std::string host_error;
+    const std::vector<VerbRow> rows = VerbsFor(argc, argv, host_error);
+    if (const std::string why = UnknownCommand(rows, host_error, argc, argv); !why.empty())
         return Refuse("tv2", why, argc, argv);
+    if (!host_error.empty())
+        std::cerr << "tv2: " << Printable(host_error) << '\n';
     CLI::App app("Inspects, validates, draws and makes .tv2 scene files.", "tv2");
     SetUpParser(app);
     const std::vector<NamedVerb> named = AddVerbs(app, rows, argc, argv, context);
