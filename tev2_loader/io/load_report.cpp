@@ -9,12 +9,12 @@ namespace
 {
 
 constexpr TEV2_LOAD_CODE_ROW kLoadCodes[] = {
-    {TEV2_LOAD_CODE::EmptyImage, "empty-image", TEV2_LOAD_SEVERITY::Error, "The file has no byte at all."},
+    {TEV2_LOAD_CODE::EmptyImage, "empty-image", TEV2_LOAD_SEVERITY::Error, "The file is empty."},
     {TEV2_LOAD_CODE::ImageTooLarge, "image-too-large", TEV2_LOAD_SEVERITY::Error,
      "The file is larger than the format can be."},
     {TEV2_LOAD_CODE::BadMagic, "bad-magic", TEV2_LOAD_SEVERITY::Error,
-     "The file does not begin with 01 32 56 54: no scene file, or (with zeros there) one whose save was cut "
-     "short."},
+     "The file does not begin with 01 32 56 54: not a scene file or, with zeros there, one whose save "
+     "was interrupted."},
     {TEV2_LOAD_CODE::TruncatedChunkHeader, "truncated-chunk-header", TEV2_LOAD_SEVERITY::Error,
      "Fewer than 8 bytes are left where the next chunk should begin."},
     {TEV2_LOAD_CODE::BadChunkSize, "bad-chunk-size", TEV2_LOAD_SEVERITY::Error,
@@ -26,21 +26,21 @@ constexpr TEV2_LOAD_CODE_ROW kLoadCodes[] = {
     {TEV2_LOAD_CODE::BadInstanceList, "bad-instance-list", TEV2_LOAD_SEVERITY::Error,
      "An instance names a list beyond 9."},
     {TEV2_LOAD_CODE::UnknownTrackKind, "unknown-track-kind", TEV2_LOAD_SEVERITY::Error,
-     "A track is of a kind that its place does not take."},
+     "A track is of a kind that is not allowed there."},
     {TEV2_LOAD_CODE::UnknownEffectType, "unknown-effect-type", TEV2_LOAD_SEVERITY::Error,
-     "A camera effect is of a type that there is not."},
+     "A camera effect is of an unknown type."},
     {TEV2_LOAD_CODE::EnvironmentMapUnsupported, "environment-map-unsupported", TEV2_LOAD_SEVERITY::Error,
-     "The environment has a material map, which cannot be read yet."},
+     "The environment has a material map, which cannot be read."},
     {TEV2_LOAD_CODE::CountExceedsFile, "count-exceeds-file", TEV2_LOAD_SEVERITY::Error,
-     "A count is larger than the rest of the file can hold elements."},
+     "A count announces more elements than the rest of the file can hold."},
     {TEV2_LOAD_CODE::RecordOverrun, "record-overrun", TEV2_LOAD_SEVERITY::Error,
-     "A record goes on where the file has ended."},
+     "A record continues past the end of the file."},
     {TEV2_LOAD_CODE::LimitExceeded, "limit-exceeded", TEV2_LOAD_SEVERITY::Error,
-     "The file holds more than the limits that the program has set for it."},
+     "The file exceeds a limit that the program has set."},
     {TEV2_LOAD_CODE::RecordEndsBeforeChunk, "record-ends-before-chunk", TEV2_LOAD_SEVERITY::Warning,
-     "A record ends before its chunk does; reading went on at the end of the record."},
+     "A record ends before its chunk does; reading continued at the end of the record."},
     {TEV2_LOAD_CODE::RecordEndsAfterChunk, "record-ends-after-chunk", TEV2_LOAD_SEVERITY::Warning,
-     "A record ends after its chunk; reading went on at the end of the record."},
+     "A record ends after its chunk; reading continued at the end of the record."},
     {TEV2_LOAD_CODE::UnknownChunk, "unknown-chunk", TEV2_LOAD_SEVERITY::Warning,
      "A chunk has an id that the format does not know; it is skipped, and lost when the scene is saved."},
     {TEV2_LOAD_CODE::StringClamped, "string-clamped", TEV2_LOAD_SEVERITY::Warning,
@@ -50,9 +50,9 @@ constexpr TEV2_LOAD_CODE_ROW kLoadCodes[] = {
     {TEV2_LOAD_CODE::UnparsedOtherVersion, "unparsed-other-version", TEV2_LOAD_SEVERITY::Warning,
      "A body that is kept as bytes comes from another version than the one it would be saved under."},
     {TEV2_LOAD_CODE::InstanceListNeverSaved, "instance-list-never-saved", TEV2_LOAD_SEVERITY::Warning,
-     "An instance stands in list 7 or 9, which are lost when the scene is saved."},
+     "An instance is in list 7 or 9, which are lost when the scene is saved."},
     {TEV2_LOAD_CODE::MoreWarnings, "more-warnings", TEV2_LOAD_SEVERITY::Warning,
-     "The loader met more warnings than it keeps."},
+     "There were more warnings than the loader keeps."},
 };
 
 } // namespace
