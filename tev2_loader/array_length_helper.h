@@ -33,7 +33,7 @@ public:
     template <typename Self, typename Archive>
     static void Fields(Self& lengths, Archive& archive)
     {
-        std::uint32_t count = kCounts; // not looked at when it is read
+        std::uint32_t count = kCounts; // ignored when read
         archive.Constant("count", count, count, Counts::kSave);
         for (std::size_t index = 0; index < kCounts; ++index)
             if (index < kCountsAlways ||

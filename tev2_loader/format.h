@@ -68,7 +68,7 @@ inline constexpr TEV2_KIND kXrefObjectChunk{21, "TEV2_XREF_OBJECT", "cross-refer
 inline constexpr TEV2_KIND kCameraManChunk{22, "TEV2_CAMERA_MAN", "camera switcher"};
 inline constexpr TEV2_KIND kXrefSpeedTreeChunk{23, "TEV2_XREF_SPEEDTREE", "SpeedTree references"};
 
-// Tracks: this number stands before the record of a track.
+// Tracks: this number precedes the record of a track.
 inline constexpr TEV2_KIND kFloatTrack{0, "TEV2_ANIMATABLE_FLOAT32_LINEAR", "float"};
 inline constexpr TEV2_KIND kRangeTrack{1, "TEV2_ANIMATABLE_FLOAT32_RANGE_LINEAR", "range"};
 inline constexpr TEV2_KIND kColourTrack{2, "TEV2_ANIMATABLE_COLOUR_LINEAR", "colour"};
@@ -88,7 +88,7 @@ inline constexpr TEV2_KIND kTrackKinds[] = {
     kFloatTrack, kRangeTrack,     kColourTrack,  kVector3Track, kVector2Track,         kLerpTrack,
     kSlerpTrack, kRectangleTrack, kIntegerTrack, kVector4Track, kBinormalTangentTrack, kBoxTrack};
 
-/// Instances stand in lists 0 to 9.
+/// Instances are in lists 0 to 9.
 inline constexpr std::uint32_t kInstanceListCount = 10;
 
 // What the exporter writes and readers look for. Its creator text is "MotionBuilder v17.00  Tev2 Exporter v1.14".

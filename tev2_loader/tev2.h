@@ -95,7 +95,7 @@ public:
     /// does not load. One save makes one file: the result is false also when the writer appends or is not at the
     /// start of its file, as after another save, because such a file does not load.
     ///
-    /// True is no word on the file: texts, names and whole blocks count in the stream's latch alone, and a full
+    /// True does not mean a good file: texts, names and whole blocks count in the stream's latch alone, and a full
     /// disk may show only when the file is closed. The file is good when Save was true, stream->lastError was 0
     /// after it, and stream->Close() was true.
     bool Save(TEV2_FILE_WRITER& writer) const;

@@ -11,7 +11,7 @@
 namespace TEV2_LOADER
 {
 
-/// A camera. Where it stands is the node of the matrix hierarchy that its value names.
+/// A camera. Its position and rotation are those of the node whose index is `value`.
 class TEV2_CAMERA : public TEV2_POSITIONAL_OBJECT, public TEV2_CHUNK_OBJECT
 {
 public:

@@ -33,7 +33,7 @@ class TEV2_CAMERA_MOTION_BLUR_EFFECT final : public TEV2_CAMERA_EFFECT
 public:
     static constexpr std::uint32_t kType = 0;
 
-    /// How long the shutter stands open, seconds. May be null.
+    /// How long the shutter is open, seconds. May be null.
     std::unique_ptr<TEV2_ANIMATABLE_FLOAT32> shutterTime;
 
     template <typename Self, typename Archive>

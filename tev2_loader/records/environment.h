@@ -28,7 +28,7 @@ public:
     /// Null, unless a program puts a map there; a file that has one is refused.
     std::unique_ptr<TEV2_MATERIAL_MAP> environmentMap;
 
-    /// Kept and written as they stand; from version 1.16.
+    /// Written as read; from version 1.16.
     std::array<std::uint8_t, 8> reserved{};
 
     template <typename Self, typename Archive>

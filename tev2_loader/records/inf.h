@@ -25,7 +25,7 @@ public:
         archive.Text("infoText", information.infoText);
     }
 
-    /// False, and the cursor failed, for a version above kVersion. The version passed in is not looked at.
+    /// False, and the cursor failed, for a version above kVersion. The version passed in is ignored.
     bool Load(TEV2_MEMORY_CURSOR& cursor, float version_before);
 
     /// Always true.

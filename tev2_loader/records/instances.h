@@ -10,8 +10,7 @@
 namespace TEV2_LOADER
 {
 
-/// Another appearance of an object. Body kept as bytes. The list that it stands in is written before its
-/// body.
+/// An instance of an object. Body kept as bytes. The index of its list is written before the body.
 class TEV2_INSTANCE : public UnparsedRecord<kInstanceChunk, TEV2_POSITIONAL_OBJECT,
                                             UNUSED__TEV2_SCALED_OBJECT, TEV2_CHUNK_OBJECT>
 {

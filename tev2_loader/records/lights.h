@@ -20,7 +20,7 @@ class TEV2_GLOBAL_LIGHT_TINT final : public UnparsedRecord<kGlobalLightTintChunk
 {
 };
 
-/// A placed light. Body kept as bytes. Its type stands before the body: 0 point, 1 directional, 2 spot; any
+/// A placed light. Body kept as bytes. Its type precedes the body: 0 point, 1 directional, 2 spot; any
 /// other type is a plain TEV2_LIGHT that keeps its number.
 class TEV2_LIGHT : public UnparsedRecord<kLightChunk, TEV2_POSITIONAL_OBJECT, TEV2_CHUNK_OBJECT>
 {

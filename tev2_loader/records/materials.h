@@ -7,7 +7,7 @@
 namespace TEV2_LOADER
 {
 
-/// A material. Body kept as bytes. Its type stands before the body: 0 standard, 1 shader; any other type is a
+/// A material. Body kept as bytes. Its type precedes the body: 0 standard, 1 shader; any other type is a
 /// plain TEV2_MATERIAL that keeps its number.
 class TEV2_MATERIAL
     : public UnparsedRecord<kMaterialChunk, TEV2_ENTITY, TEV2_INTERNAL_ANIM_OBJECT, TEV2_CHUNK_OBJECT>

@@ -13,8 +13,8 @@
 namespace TEV2_LOADER
 {
 
-/// A joint of the skeleton: its place relative to its parent over time, and its place in the world at the
-/// present time.
+/// A joint of the skeleton: its transform relative to its parent over time, and its transform in the world at the
+/// current time.
 class TEV2_MATRIX_NODE final : public TEV2_ENTITY, public TEV2_INTERNAL_ANIM_OBJECT
 {
 public:
@@ -58,8 +58,8 @@ public:
     bool Load(TEV2_MEMORY_CURSOR& cursor, float version) override;
     bool Save(TEV2_FILE_WRITER& writer) const override;
 
-    /// Move the tracks (not those of the properties), then form worldMatrix from them and from *parentMatrix
-    /// as it stands.
+    /// Move the tracks (not those of the properties), then form worldMatrix from them and from the
+    /// current *parentMatrix.
     void Update(float delta_time) override;
     void SetTime(float time) override;
 

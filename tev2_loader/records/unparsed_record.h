@@ -16,7 +16,7 @@ public:
     std::vector<std::uint8_t> bytes;
 
     /// Takes everything from the cursor to the end of its chunk. Bytes of a version other than the one they
-    /// will be saved under get a warning: nobody can say what that changes.
+    /// will be saved under get a warning, since their meaning may have changed.
     void Load(TEV2_MEMORY_CURSOR& cursor, float version);
 
     /// True when all bytes were written.

@@ -30,7 +30,7 @@ public:
     std::array<float, kMostComponents> Value(std::size_t key) const;
     /// One value of an integer track.
     std::int32_t Integer(std::size_t key) const;
-    /// Where a time, or a value, stands in the file behind the beginning of the optional track (its flag).
+    /// Byte offset of a time, or a value, from the beginning of the optional track (its flag).
     std::uint64_t TimeOffset(std::size_t key) const;
     std::uint64_t ValueOffset(std::size_t key) const;
 
