@@ -3,7 +3,7 @@
 
     bench/run.py BUILD [--repetitions 21] [--scenes FOLDER] [--json FILE]
 
-Every benchmark runs so many times, in an order that chance interleaves. The table gives the median and, in brackets,
+Every benchmark runs that number of times, interleaved at random. The table gives the median and, in brackets,
 the best of them, then the same of the floor, then the mark to reach and whether the median reaches it.
 """
 

@@ -30,7 +30,7 @@ export DISPLAY
 XDG_CONFIG_HOME="$scratch" "$build/bin/tv2" export --dialog samples/robot_14_takes.glb "$scratch/robot.tv2" \
     2>/dev/null >&2 &
 dialog=$!
-# The window stands at 100, 100 on a black screen; a first picture of one colour means that it is not drawn yet.
+# The window is at 100, 100 on a black screen; a first picture of one colour means that it is not drawn yet.
 tries=0
 until import -window root -crop 282x612+100+100 +repage "$scratch/popup.png" &&
     [ "$(identify -format %k "$scratch/popup.png")" -gt 8 ]; do

@@ -232,7 +232,7 @@ TEST_F(ExportDriver, RefusesWhatCannotBeSampledAndChangesNothing)
     } cases[] = {
         {"the step is lost beside 1 s", 1e9f, 0, 0},
         {"it is lost beside the 1000 s of another take", 40000.0f, 1, 0},
-        {"no number", nan, 0, 0},
+        {"NaN", nan, 0, 0},
         {"endless", inf, 0, 0},
         {"backward", -25.0f, 0, 0},
         // 1000 nodes x 36 bytes x 60,001 samples are more than 2^31 bytes, x 59,001 are fewer; of 1 s both are.

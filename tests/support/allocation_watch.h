@@ -26,7 +26,7 @@ private:
     std::size_t before_;
 };
 
-/// While it lives, the call of operator new that so many others precede throws std::bad_alloc. One at a time.
+/// While it lives, the call of operator new after `calls_before` others throws std::bad_alloc. One at a time.
 class AllocationFailure
 {
 public:

@@ -21,7 +21,7 @@ public:
         std::vector<std::uint8_t> bytes;
     };
 
-    /// With so many bytes of buffer in the stream; without a buffer every write goes straight to the disk.
+    /// With `buffer` bytes of buffer in the stream; without a buffer every write goes straight to the disk.
     explicit MemoryFile(std::size_t buffer);
     MemoryFile(const MemoryFile&) = delete;
     MemoryFile& operator=(const MemoryFile&) = delete;

@@ -17,7 +17,7 @@ using Arguments = std::vector<std::string>;
 const Arguments kVerbs = {"export", "scene", "menu", "info", "dump", "check", "picture"};
 const Arguments kFileVerbs = {"info", "dump", "check", "picture"}; // they read .tv2 files
 
-// A file verb with a file; `picture` is told to draw beside it.
+// A file verb with a file; `picture` draws beside it.
 Arguments Call(const std::string& verb, const std::string& file)
 {
     return verb == "picture" ? Arguments{verb, file, file + ".svg"} : Arguments{verb, file};

@@ -139,7 +139,7 @@ TEST_F(Cameras, RecordTheSwitcherByExportedIndex)
     scene = Export();
     EXPECT_EQ(Keys<TEV2_ANIMATABLE_INT32_RLE>(scene->cameraMan.cameraIndex).m_values,
               (std::vector<std::int32_t>{0, 1, 2, -1, -1}))
-        << "indices follow the tree: children of the rig stand before the camera outside";
+        << "indices follow the tree: children of the rig come before the camera outside";
 }
 
 class StereoCamera : public FBCamera

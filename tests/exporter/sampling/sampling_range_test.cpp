@@ -55,7 +55,7 @@ TEST(SamplingRange, EndsItsInstantsWhereTimeStandsStill)
         {"rate 0", {0.0f, 1.0f, 0.0f}, 0, false},
         {"negative rate", {0.0f, 1.0f, -30.0f}, 0, false},
         {"step lost beside the start", {1.0f, 2.0f, 1e9f}, 0, false},
-        {"no number", {0.0f, 1.0f, std::nanf("")}, 0, false},
+        {"NaN", {0.0f, 1.0f, std::nanf("")}, 0, false},
         {"endless rate", {0.0f, 1.0f, inf}, 0, false},
     };
     for (const auto& c : cases)

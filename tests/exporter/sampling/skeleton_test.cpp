@@ -160,7 +160,7 @@ TEST(KeyReduction, ThinsRunsOfConstantValueAlone)
         {"within the tolerance", {0, 0.00005f, 0.0f, 0.00005f}, {0}},
         {"slow drift: kept once it left the last", {0, 0.00006f, 0.00012f, 0.00018f, 0.00024f}, {0, 2}},
         {"the last key is compared with the one before it", {0, 0.00006f, 0.00012f}, {0}},
-        {"a value that is no number stays, at the end it goes", {nan, nan, nan}, {0, 1}},
+        {"a NaN stays, at the end it goes", {nan, nan, nan}, {0, 1}},
     };
     for (const auto& c : cases)
     {

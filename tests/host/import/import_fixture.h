@@ -89,7 +89,7 @@ protected:
         return span.GetStop().GetSecondDouble();
     }
 
-    // The last whole frame of the take, counted as whoever truncates.
+    // The last whole frame of the take, truncated.
     static long LastFrame(int take)
     {
         return static_cast<long>(StopOf(take) * FBPlayerControl().GetTransportFpsValue());

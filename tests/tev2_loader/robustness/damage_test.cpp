@@ -21,8 +21,7 @@ constexpr double kMostSeconds = 1.0;
 constexpr std::size_t kAllocationFactor = 4;
 constexpr std::size_t kAllocationRest = std::size_t{1} << 20;
 
-/// Of so many places one is tried, unless all are asked for. Prime, so that the places fall on every part of numbers
-/// of 4 bytes.
+/// One place in `kShare` is tried, unless all are asked for. Prime, so that every byte of 4-byte numbers is hit.
 constexpr std::size_t kShare = 7;
 
 std::size_t Step()

@@ -211,7 +211,7 @@ TEST(LoadTime, GrowsNoFasterThanTheNumberOfChunks)
     }
 }
 
-/// A skeleton that moves: so many nodes, translated and turned by so many keys each.
+/// A skeleton that moves: each node is translated and turned by `keys` keys.
 void FillWithMotion(TEV2& scene, std::size_t nodes, std::size_t keys)
 {
     scene.matrixHierarchy.nodes.resize(nodes);

@@ -28,7 +28,7 @@ struct Faults
 {
     MemoryFile* file = nullptr;
     Call failing = Call::Write;
-    long before = -1; ///< so many calls of that kind pass; negative: all
+    long before = -1; ///< calls of that kind that pass; negative: all
     long counts[std::size(kCalls)] = {};
 
     bool Strikes(const std::FILE* stream, Call call)
@@ -131,7 +131,7 @@ protected:
         return outcome;
     }
 
-    /// Saves with one call failing; false when there are not so many calls.
+    /// Saves with one call failing; false when there are not enough calls.
     bool SaveWithFault(Call call, long before)
     {
         MemoryFile file(0);

@@ -307,7 +307,7 @@ TEST_F(ExportVerbTest, NothingIsTakenOnTrust)
     Write("junk", "junk");
     Write("cut", Content("true").substr(0, Content("true").size() - 1));
 
-    EXPECT_EQ(lie("true").exit_code, 0); // what is right is right, whoever wrote it
+    EXPECT_EQ(lie("true").exit_code, 0); // a good file is accepted, whichever program wrote it
     fs::remove(Path("out.tv2"));
     const std::pair<const char*, const char*> lies[] = {
         {"gone", "was not written"},

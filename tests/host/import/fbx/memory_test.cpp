@@ -49,7 +49,7 @@ protected:
         return KeysAt(std::move(times));
     }
 
-    /// The arrays with so many blocks of attributes, each for one key.
+    /// The arrays with `blocks` blocks of attributes, each for one key.
     static Arrays WithBlocks(Arrays arrays, std::size_t blocks)
     {
         arrays.flags.assign(blocks, kCubicAuto);
@@ -58,7 +58,7 @@ protected:
         return arrays;
     }
 
-    /// The file of one take with so many curves, each of which moves a model.
+    /// The file of one take with `curves` curves, each of which moves a model.
     static std::string FileWithCurves(const Arrays& arrays, int curves = 1, bool deflate = true)
     {
         std::vector<Node> objects{Object("AnimationStack", 1, "t", "", {}),
@@ -95,7 +95,7 @@ protected:
         return file + behind + "}\n";
     }
 
-    /// A scaled model with so many below it, and so many takes that move it.
+    /// A scaled model with `models` below it, and `takes` takes that move it.
     static std::string FileWithMovingModels(int models, int takes)
     {
         std::string objects =
