@@ -270,9 +270,13 @@ bool TEV2::LoadChunk(TEV2_MEMORY_CURSOR& cursor, std::uint32_t id, float version
 {
     if (id == kArrayLengthsChunk)
     {
-        const RecordScope scope(cursor, "arrayLengths");
         TEV2_ARRAY_LENGTH_HELPER lengths;
-        return lengths.Load(cursor, version) && !cursor.Failed() && lengths.Reserve(*this, cursor);
+        {
+            const RecordScope scope(cursor, "arrayLengths");
+            if (!lengths.Load(cursor, version) || cursor.Failed())
+                return false;
+        }
+        return lengths.Reserve(*this, cursor); // what this finds concerns the scene
     }
     if (TEV2_INSTANCE::FindKind(id) != nullptr)
         return LoadInstance(cursor, version, id, *this);

@@ -94,6 +94,12 @@ std::vector<CodeCase> Errors()
          kBody,
          "rigids[0]",
          {.bytes = 99}},
+        {"lengths that announce more than the limits",
+         Current().Chunk(1, Bytes().U32({23, 100}).Zeros(22 * 4)).Chunk(99, Bytes().Zeros(800)),
+         LimitExceeded,
+         kBody + 96,
+         "",
+         {.bytes = 99}},
     };
 }
 
