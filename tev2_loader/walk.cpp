@@ -288,8 +288,9 @@ void WalkScene(const TEV2& scene, const std::uint8_t* image, const TEV2_LOAD_REP
                        {
                            if (*index < member.size() && IsOf(list, *frame.chunk, image))
                            {
-                               WalkRecord(*member[*index], list, PathOf(list, *index), *index, frame,
-                                          visitor);
+                               if (member[*index])
+                                   WalkRecord(*member[*index], list, PathOf(list, *index), *index, frame,
+                                              visitor);
                                ++*index;
                            }
                        }
