@@ -42,7 +42,7 @@ std::optional<TEV2_ARRAY_LENGTH_HELPER> AnnouncedLengths(const LoadedFile& file)
     const TEV2_CHUNK_SPAN* information = LastChunk(file, kInformationChunk);
     const bool has_version = information != nullptr && information->offset < lengths->offset;
     TEV2_MEMORY_CURSOR cursor(file.image.data(), file.image.size());
-    cursor.current += lengths->offset + 8;
+    cursor.current += lengths->offset + kChunkHeader;
     TEV2_ARRAY_LENGTH_HELPER announced;
     announced.Load(cursor, has_version ? file.report.version : 0.0F);
     return announced;
@@ -55,12 +55,7 @@ std::string WhyNotLoaded(const LoadedFile& file)
                                     { return finding.severity == TEV2_LOAD_SEVERITY::Error; });
     std::string text = file.title + ": not a sound .tv2 file";
     if (error != file.report.findings.end())
-    {
-        text += std::string(": ") + CodeName(error->code) + " at byte " + std::to_string(error->offset);
-        if (!error->path.empty())
-            text += " in " + error->path;
-        text += ": expected " + error->expected + ", found " + error->found;
-    }
+        text += ": " + FindingText(*error);
     return text;
 }
 
