@@ -18,7 +18,7 @@ class TEV2_ARRAY_LENGTH_HELPER final : public TEV2_CHUNK_OBJECT, public TEV2_SER
 public:
     static constexpr std::size_t kCounts = 23;
 
-    /// In the order of kSceneLists (tev2.h): numbers 19 to 21 from version 1.1, 22 and 23 from 1.12.
+    /// In the order of TEV2_LIST::count (tev2.h): numbers 19 to 21 from version 1.1, 22 and 23 from 1.12.
     std::array<std::uint32_t, kCounts> counts{};
 
     TEV2_ARRAY_LENGTH_HELPER() = default;

@@ -40,6 +40,7 @@ public:
     }
 
     /// The number before the track in the file, which the family's Create takes (format.h names them).
+    /// Only the library's class of a number may return it: VisitKeys and UpAxis cast by it.
     virtual std::uint32_t GetType() const = 0;
 
     /// Same kind, times and values, compared with == (a NaN equals nothing); the cursor is ignored.
