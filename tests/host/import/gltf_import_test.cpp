@@ -60,14 +60,6 @@ TEST_F(GltfImportTest, ChannelsReachTheirNodeWhateverItsName)
     ExpectRow(Global("Foot 2"), 3, 0, 0, 100);
 }
 
-TEST_F(GltfImportTest, AJointKeepsItsNameBesideTheMeshOnIt)
-{
-    Document document;
-    document.Node({{"name", "Torso"}, {"mesh", 0}}).Node({{"name", "Torso"}});
-    Open("a.gltf", document.Text());
-    EXPECT_EQ(ModelNames(), (Names{"Scene", "Torso 1", "Torso"}));
-}
-
 TEST_F(GltfImportTest, StepsHoldAndSplinesCurve)
 {
     Document document;
@@ -215,7 +207,7 @@ TEST_F(GltfImportTest, TextBinaryAndEveryBufferGiveTheSame)
 TEST_F(GltfImportTest, WhatIsNoHierarchyAndNoMotionIsPassedOver)
 {
     Document document;
-    document.Node({{"name", "A"}, {"mesh", 7}, {"skin", 9}});
+    document.Node({{"name", "A"}, {"mesh", 7}, {"skin", 9}}).Node({{"name", "A"}});
     document.json["meshes"] = {{{"primitives", {{{"attributes", {{"POSITION", 99}}}}}}}};
     document.json["images"] = {{{"uri", "not_there.png"}}};
     document.json["extensionsRequired"] = {"KHR_draco_mesh_compression"};
@@ -223,9 +215,11 @@ TEST_F(GltfImportTest, WhatIsNoHierarchyAndNoMotionIsPassedOver)
     document.Channel(0, "weights", {0, 0, 0}).Channel(0, "weights", {0, 0, 0});
     document.Animation({{"name", "Smile"}}).Channel(0, "weights", {0, 0, 0});
     const auto result = Open("a.gltf", document.Text());
-    EXPECT_EQ(result.notes, Names{"1 model has animated blend shapes, which are ignored: A"});
+    EXPECT_EQ(result.notes, (Names{"1 model has animated blend shapes, which are ignored: A",
+                                   "1 duplicate name was numbered: A -> \"A 1\""}));
+    EXPECT_EQ(ModelNames(), (Names{"Scene", "A 1", "A"})); // a joint keeps its name beside the mesh on it
     Goto(1.0);
-    ExpectRow(Global("A"), 3, 100, 0, 0);
+    ExpectRow(Global("A 1"), 3, 100, 0, 0);
 }
 
 TEST_F(GltfImportTest, PlacesMustBeFiniteInCentimetres)
