@@ -22,8 +22,7 @@ std::string Hex(std::uint32_t value)
     return text;
 }
 
-/// Writes the chunk of a record. Where numbers stand between id and body, these and the id count in the
-/// result.
+/// Writes the chunk of a record. If there are numbers between id and body, these and the id count in the result.
 template <typename Record, typename... Prefix>
 bool SaveChunk(TEV2_FILE_WRITER& writer, const Record& record, Prefix... prefix)
 {

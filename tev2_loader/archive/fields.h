@@ -18,8 +18,8 @@
 //             archive.Track("scale", marker.scale, Counts::kBoth);
 //     }
 //
-// Archives go over it: SaveArchive writes, LoadArchive reads, SizeArchive measures, WalkScene tells the byte and the
-// path of each field. An archive has these members:
+// Archives go over it: SaveArchive writes, LoadArchive reads, SizeArchive measures, WalkScene reports the byte and
+// the path of each field. An archive has these members:
 //
 //     Since(version), UpTo(version)      whether a field of some versions is there
 //     Text(label, text)                  u16 length, UTF-16; never counts
@@ -32,7 +32,8 @@
 //     Records(label, records, counts)    u32 count, records; a last argument examines each as it is loaded
 //     Track(label, object, counts)       u32 flag, u32 type, record: a track or another object of several classes
 //     Objects(label, objects, counts)    u32 count, then each as Track
-//     Map, LegacyMatrix, Body            what only one record has
+//     Map, LegacyMatrix                  what only one record has
+//     Body(label, body)                  the bytes of an UnparsedRecord; only archives that show a scene have it
 
 namespace TEV2_LOADER
 {

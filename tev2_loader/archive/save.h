@@ -88,7 +88,7 @@ public:
             Record(label, record, counts);
     }
 
-    /// An absent object counts as written, whatever became of its zero.
+    /// An absent object counts as written, even if its zero was not.
     template <typename Object>
     void Track(const char* /*label*/, const std::unique_ptr<Object>& object, Counts counts)
     {

@@ -10,7 +10,7 @@ namespace TEV2_LOADER
 class TEV2_INF : public TEV2_CHUNK_OBJECT
 {
 public:
-    /// The version of the file that was loaded. Save writes kVersion whatever stands here.
+    /// The version of the file that was loaded. Save always writes kVersion.
     float version = kVersion;
     TEV2_WIDE_STRING creatorText{kDefaultCreator};
 

@@ -400,7 +400,7 @@ private:
         }
     }
 
-    /// The first track that ends with a pair of times, where its last time stands, and how many end so.
+    /// The first track that ends with a pair of times, the offset of its last time, and how many end so.
     struct EndPair
     {
         TEV2_FIELD field;

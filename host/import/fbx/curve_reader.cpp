@@ -201,7 +201,7 @@ namespace
 {
 
 // A key list of 6.x: time, value, then a capital that says how the curve goes on, then what that needs. The two numbers
-// before a capital are the next key's, so that what lies between need not be understood.
+// before a capital are the next key's, so what is between need not be understood.
 class KeyListCursor
 {
 public:

@@ -8,7 +8,7 @@
 namespace mobu_host::fbx
 {
 
-static_assert(std::endian::native == std::endian::little, "FBX numbers are read as they lie in the file");
+static_assert(std::endian::native == std::endian::little, "FBX numbers are read as they are in the file");
 
 /// The caller has made sure that the bytes are there.
 template <class Number>

@@ -111,7 +111,7 @@ private:
         return end != std::string_view::npos && file_[end] == ':';
     }
 
-    // Values stand on the line of the name; numbers may begin on the next.
+    // Values are on the line of the name; numbers may begin on the next.
     std::size_t BeginOfValues(std::size_t at) const
     {
         at = SkipBlanks(file_, at);
