@@ -303,17 +303,17 @@ void WalkScene(const TEV2& scene, const std::uint8_t* image, const TEV2_LOAD_REP
                    const auto last =
                        std::find_if(frames.rbegin(), frames.rend(),
                                     [&](const Frame& frame) { return frame.chunk->id == list.kind; });
-                   if constexpr (kIsArray<Member>)
-                       return;
-                   else if (last == frames.rend())
-                       return;
-                   else if constexpr (requires { *member; })
+                   const auto walk = [&](const auto& record)
+                   { WalkRecord(record, list, list.label, TEV2_FIELD::kNoIndex, *last, visitor); };
+                   if constexpr (!kIsArray<Member>)
                    {
-                       if (member)
-                           WalkRecord(*member, list, list.label, TEV2_FIELD::kNoIndex, *last, visitor);
+                       if (last == frames.rend())
+                           return;
+                       if constexpr (!requires { *member; })
+                           walk(member);
+                       else if (member)
+                           walk(*member);
                    }
-                   else
-                       WalkRecord(member, list, list.label, TEV2_FIELD::kNoIndex, *last, visitor);
                });
 }
 

@@ -136,9 +136,8 @@ std::string UnknownCommand(const std::vector<VerbRow>& rows, const std::string& 
     if (argc < 2)
         return "which command? tv2 --help lists them";
     const std::string first = argv[1];
-    std::vector<std::string> names;
-    for (const VerbRow& row : rows)
-        names.emplace_back(row.name);
+    std::vector<std::string> names(rows.size());
+    std::transform(rows.begin(), rows.end(), names.begin(), [](const VerbRow& row) { return row.name; });
     if (first.starts_with('-') || std::find(names.begin(), names.end(), first) != names.end())
         return {};
     return "there is no command \"" + first + '"' +

@@ -54,7 +54,7 @@ public:
             {
                 std::error_code ignored;
                 const auto permissions = std::filesystem::status(file.path, ignored).permissions();
-                if (const Status writable = MakeTargetsWritable({file}); !writable)
+                if (Status writable = MakeTargetsWritable({file}); !writable)
                     return writable;
                 opened_[file.path] = {FileStamp::Of(file.path), permissions};
             }

@@ -156,7 +156,7 @@ TEST_F(WholeFile, KeepsTheOldFileWhenTheContentIsIncomplete)
         ExpectAlone("old");
     }
     const FileContent thrower = [&](Stream&) -> bool { throw std::runtime_error("content"); };
-    EXPECT_THROW(WriteWholeFile(path, thrower), std::runtime_error);
+    EXPECT_THROW((void)WriteWholeFile(path, thrower), std::runtime_error);
     ExpectAlone("old");
 }
 
