@@ -11,7 +11,7 @@ case "$seconds" in
     exit 2
     ;;
 esac
-build=build/fuzz
+build=build/fuzzing # build/fuzz is where the other builds play the corpus
 # Recording the stack of every allocation would take most of the time. Replay a finding with the default options to see
 # where its memory came from.
 export ASAN_OPTIONS="quarantine_size_mb=1:malloc_context_size=1"
