@@ -2,6 +2,7 @@
 
 #include "tev2_loader/requirements.h"
 
+#include <cstddef>
 #include <cstdint>
 #include <string_view>
 
@@ -25,6 +26,19 @@ inline constexpr float kSinceSpeedTreeLengths = 1.12f; ///< array lengths 22 and
 inline constexpr float kSinceBounds = 1.13f;           ///< bounds of placed objects
 inline constexpr float kSinceScale = 1.15f;            ///< scale of nodes
 inline constexpr float kSinceReservedBytes = 1.16f;    ///< reserved bytes of the environment
+
+/// Begins the fields of every body whose classes docs/format.md marks with it: "LY", and the edition of the layout. It
+/// tells bodies of this layout from all others.
+inline constexpr std::uint32_t kLayout = 0x4C590001u;
+
+/// Bytes at the end of the environment that are written as read.
+inline constexpr std::size_t kReservedBytes = 8;
+
+/// An index that names nothing.
+inline constexpr std::uint32_t kNone = 0xFFFFFFFFu;
+
+/// Columns of one group: colours, texture coordinates, influences of a vertex.
+inline constexpr std::uint32_t kMostColumns = 64;
 
 /// A kind of chunk or track: its number in the file, its class, and what it holds in a word or two. Converts to the
 /// number.

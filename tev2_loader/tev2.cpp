@@ -313,6 +313,23 @@ void TEV2::Clear()
     inverseBindMatrices = {};
 }
 
+bool TEV2::HasKeptBodies() const
+{
+    bool kept = environment.environmentMap && !environment.environmentMap->IsTyped();
+    ForEach(cameras, [&kept](const TEV2_CAMERA& camera) { kept = kept || camera.keptEffects.count != 0; });
+    VisitLists(*this,
+               [&kept](const auto&, const auto& member)
+               {
+                   ForEach(member,
+                           [&kept](const auto& record)
+                           {
+                               if constexpr (requires { record.IsTyped(); })
+                                   kept = kept || !record.IsTyped();
+                           });
+               });
+    return kept;
+}
+
 void TEV2::BindMeshes()
 {
     ForEach(weightedMeshes,

@@ -4,12 +4,14 @@
 #include "tev2_loader/records/camera.h"
 #include "tev2_loader/records/camera_man.h"
 #include "tev2_loader/records/environment.h"
+#include "tev2_loader/records/helper.h"
 #include "tev2_loader/records/inf.h"
 #include "tev2_loader/records/instances.h"
 #include "tev2_loader/records/lights.h"
 #include "tev2_loader/records/materials.h"
 #include "tev2_loader/records/matrix_hierarchy.h"
 #include "tev2_loader/records/meshes.h"
+#include "tev2_loader/records/splines.h"
 #include "tev2_loader/records/xrefs.h"
 #include "tev2_loader/tracks/visit_keys.h"
 
@@ -105,6 +107,10 @@ public:
     /// report, and what was read before stays. Throws std::bad_alloc where memory runs out; the scene may then
     /// be loaded again, cleared or destroyed.
     bool Load(TEV2_MEMORY_CURSOR& cursor, bool applyStartTime);
+
+    /// Whether any object, map or effect is kept as bytes. These may hold indices of nodes, materials, lights and objects
+    /// that nobody can see: ask before changing the order of any of those.
+    bool HasKeptBodies() const;
 
     /// Back to the empty scene.
     void Clear();

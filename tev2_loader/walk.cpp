@@ -39,7 +39,7 @@ public:
         field_.offset += DiskSize(text);
     }
 
-    void Texts(const char* label, const std::vector<TEV2_WIDE_STRING>& texts, Counts)
+    void Texts(const char* label, const std::vector<TEV2_WIDE_STRING>& texts, Counts = Counts::kBoth)
     {
         field_.offset += kCount;
         for (std::size_t item = 0; item < texts.size(); ++item)
@@ -51,19 +51,31 @@ public:
     }
 
     template <typename Number>
-    void Value(const char* label, const Number& value, Counts)
+    void Value(const char* label, const Number& value, Counts = Counts::kBoth)
     {
         VisitNumbers(label, TEV2_FIELD::kNoIndex, value);
     }
 
     template <typename Number>
-    void Constant(const char* label, const Number& value, Number /*always*/, Counts counts)
+    void Constant(const char* label, const Number& value, Number /*always*/, Counts counts = Counts::kBoth)
     {
         Value(label, value, counts);
     }
 
-    template <std::size_t kSize>
-    void Bytes(const char* label, const std::array<std::uint8_t, kSize>& bytes, Counts)
+    void Bool(const char* label, bool flag, Counts = Counts::kBoth)
+    {
+        VisitNumbers(label, TEV2_FIELD::kNoIndex, std::uint32_t{flag});
+    }
+
+    template <ChoiceEnum Enum>
+    void Choice(const char* label, Enum choice, Counts = Counts::kBoth)
+    {
+        VisitNumbers(label, TEV2_FIELD::kNoIndex, static_cast<std::uint32_t>(choice));
+    }
+
+    void Layout() { field_.offset += kCount; }
+
+    void Bytes(const char* label, std::span<const std::uint8_t> bytes, Counts = Counts::kBoth)
     {
         Block(label, bytes);
     }
@@ -71,7 +83,7 @@ public:
     void Body(const char* label, const UnparsedBody& body) { Block(label, body.bytes); }
 
     template <typename Element>
-    void Values(const char* label, const std::vector<Element>& values, Counts)
+    void Values(const char* label, const std::vector<Element>& values, Counts = Counts::kBoth)
     {
         field_.offset += kCount;
         for (std::size_t item = 0; item < values.size(); ++item)
@@ -79,14 +91,15 @@ public:
     }
 
     template <typename Object>
-    void Record(const char* label, const Object& record, Counts)
+    void Record(const char* label, const Object& record, Counts = Counts::kBoth)
     {
         const Scope scope(field_, "." + std::string(label));
         Object::Fields(record, *this);
     }
 
     template <typename Object, typename... Examine>
-    void Records(const char* label, const std::vector<Object>& records, Counts, const Examine&...)
+    void Records(const char* label, const std::vector<Object>& records, Counts = Counts::kBoth,
+                 const Examine&...)
     {
         field_.offset += kCount;
         for (std::size_t index = 0; index < records.size(); ++index)
@@ -97,34 +110,109 @@ public:
     }
 
     template <typename Object>
-    void Track(const char* label, const std::unique_ptr<Object>& track, Counts)
+    void Track(const char* label, const std::unique_ptr<Object>& track, Counts = Counts::kBoth)
     {
-        At(label);
-        visitor_.Track(field_, track.get());
-        field_.offset += track ? TrackSize(*track) : kCount;
+        if constexpr (std::is_base_of_v<TEV2_ANIMATABLE, Object>)
+        {
+            At(label);
+            visitor_.Track(field_, track.get());
+            field_.offset += track ? TrackSize(*track) : kCount;
+        }
+        else
+        {
+            field_.offset += kCount;
+            if (track)
+                Typed(label, track);
+        }
     }
 
     template <typename Object>
-    void Objects(const char* label, const std::vector<std::unique_ptr<Object>>& objects, Counts)
+    void Optional(const char* label, const std::unique_ptr<Object>& record, Counts counts = Counts::kBoth)
+    {
+        field_.offset += kCount;
+        if (record)
+            Record(label, *record, counts);
+    }
+
+    template <typename Object>
+    void Typed(const char* label, const std::unique_ptr<Object>& object, Counts = Counts::kBoth)
+    {
+        const Scope scope(field_, "." + std::string(label));
+        VisitTyped(object.get());
+    }
+
+    template <typename Object>
+    void TypedObjects(const char* label, const std::vector<std::unique_ptr<Object>>& objects,
+                      Counts = Counts::kBoth)
     {
         field_.offset += kCount;
         for (std::size_t index = 0; index < objects.size(); ++index)
         {
-            field_.offset += kCount;
-            if (!objects[index])
-                continue;
-            field_.offset += kCount;
             const Scope scope(field_, "." + Indexed(label, index), index);
-            decltype(ClassesOf(*objects[index]))::VisitAs(*objects[index], [this](const auto& object)
-                                                          { object.Fields(object, *this); });
+            VisitTyped(objects[index].get());
         }
     }
 
-    /// No file that loads has a map.
-    template <typename Object>
-    void Map(const char*, const std::unique_ptr<Object>&, Counts)
+    template <typename Object, typename Kept>
+    void Effects(const char* label, const std::vector<std::unique_ptr<Object>>& effects, const Kept& kept,
+                 Counts = Counts::kBoth)
     {
         field_.offset += kCount;
+        for (std::size_t index = 0; index < effects.size(); ++index)
+        {
+            field_.offset += kCount;
+            if (!effects[index])
+                continue;
+            const Scope scope(field_, "." + Indexed(label, index), index);
+            VisitTyped(effects[index].get());
+        }
+        Bytes("keptEffects", kept.bytes);
+    }
+
+    template <typename Object>
+    void Map(const char* label, const std::unique_ptr<Object>& map, Counts = Counts::kBoth)
+    {
+        if (!map || map->IsTyped())
+            return Track(label, map);
+        field_.offset += 2 * kCount;
+        Bytes(label, map->Bytes());
+    }
+
+    void VertexCount(const char*, std::uint32_t, std::size_t /*least*/) { field_.offset += kCount; }
+
+    template <typename Element>
+    void Column(const char* label, const std::vector<Element>& values, std::size_t /*count*/)
+    {
+        for (std::size_t item = 0; item < values.size(); ++item)
+            VisitNumbers(label, item, values[item]);
+    }
+
+    template <typename Element>
+    void OptionalColumn(const char* label, const std::vector<Element>& values, std::size_t count)
+    {
+        field_.offset += kCount;
+        Column(label, values, count);
+    }
+
+    template <typename Element>
+    void ColumnGroup(const char* label, const std::vector<std::vector<Element>>& columns, std::size_t count)
+    {
+        field_.offset += kCount;
+        for (std::size_t index = 0; index < columns.size(); ++index)
+        {
+            const Scope scope(field_, "." + Indexed(label, index), index);
+            Column("values", columns[index], count);
+        }
+    }
+
+    template <typename Object>
+    void Run(const char* label, const std::vector<Object>& records, std::size_t /*count*/)
+    {
+        for (std::size_t index = 0; index < records.size(); ++index)
+        {
+            const Scope scope(field_, "." + Indexed(label, index), index);
+            Object::Fields(records[index], *this);
+        }
     }
 
     template <typename Matrix>
@@ -167,12 +255,29 @@ private:
         field_.component = 0;
     }
 
+    /// The type and the record of an object.
+    template <typename Object>
+    void VisitTyped(const Object* object)
+    {
+        field_.offset += kCount;
+        if (object != nullptr)
+            decltype(ClassesOf(*object))::VisitAs(*object, [this](const auto& concrete)
+                                                  { concrete.Fields(concrete, *this); });
+    }
+
     template <typename Number>
     void VisitNumbers(const char* label, std::size_t item, const Number& value)
     {
         At(label, item);
         if constexpr (std::is_arithmetic_v<Number>)
             VisitNumber(static_cast<double>(value));
+        else if constexpr (requires { value.m; })
+            for (const auto& row : value.m)
+                for (const float number : row)
+                    VisitNumber(static_cast<double>(number));
+        else if constexpr (requires { value.begin(); })
+            for (const auto number : value)
+                VisitNumber(static_cast<double>(number));
         else
             std::apply([&](const auto&... component) { (VisitNumber(static_cast<double>(component)), ...); },
                        value.Components());
@@ -229,7 +334,7 @@ void WalkRecord(const Record& record, const TEV2_LIST& list, std::string path, s
     const bool prefixed = list.reading == TEV2_READING::WithType || list.reading == TEV2_READING::WithList;
     field.offset = frame.chunk->offset + kChunkHeader + (prefixed ? sizeof(std::uint32_t) : 0);
     WalkArchive archive(field, frame.version, visitor);
-    Record::Fields(record, archive);
+    VisitAsClass(record, [&archive](const auto& concrete) { VisitFields(concrete, archive); });
 }
 
 /// Whether a chunk belongs to a list.

@@ -33,16 +33,36 @@ public:
     void Text(const char* label, const auto&) { Add(label, Counts::kNever); }
     void LegacyMatrix(const char* label, const auto&) { Add(label, Counts::kNever); }
 
-    void Value(const char* label, const auto&, Counts counts) { Add(label, counts); }
-    void Constant(const char* label, const auto&, const auto&, Counts counts) { Add(label, counts); }
-    void Texts(const char* label, const auto&, Counts counts) { Add(label, counts); }
-    void Bytes(const char* label, const auto&, Counts counts) { Add(label, counts); }
-    void Values(const char* label, const auto&, Counts counts) { Add(label, counts); }
-    void Record(const char* label, const auto&, Counts counts) { Add(label, counts); }
-    void Records(const char* label, const auto&, Counts counts, const auto&...) { Add(label, counts); }
-    void Track(const char* label, const auto&, Counts counts) { Add(label, counts); }
-    void Objects(const char* label, const auto&, Counts counts) { Add(label, counts); }
-    void Map(const char* label, const auto&, Counts counts) { Add(label, counts); }
+    void Value(const char* label, const auto&, Counts counts = Counts::kBoth) { Add(label, counts); }
+    void Constant(const char* label, const auto&, const auto&, Counts counts = Counts::kBoth)
+    {
+        Add(label, counts);
+    }
+    void Texts(const char* label, const auto&, Counts counts = Counts::kBoth) { Add(label, counts); }
+    void Bytes(const char* label, const auto&, Counts counts = Counts::kBoth) { Add(label, counts); }
+    void Values(const char* label, const auto&, Counts counts = Counts::kBoth) { Add(label, counts); }
+    void Record(const char* label, const auto&, Counts counts = Counts::kBoth) { Add(label, counts); }
+    void Records(const char* label, const auto&, Counts counts = Counts::kBoth, const auto&...)
+    {
+        Add(label, counts);
+    }
+    void Track(const char* label, const auto&, Counts counts = Counts::kBoth) { Add(label, counts); }
+    void Bool(const char* label, bool, Counts counts = Counts::kBoth) { Add(label, counts); }
+    void Choice(const char* label, auto, Counts counts = Counts::kBoth) { Add(label, counts); }
+    void Layout() { Add("layout", Counts::kBoth); }
+    void Optional(const char* label, const auto&, Counts counts = Counts::kBoth) { Add(label, counts); }
+    void Typed(const char* label, const auto&, Counts counts = Counts::kBoth) { Add(label, counts); }
+    void TypedObjects(const char* label, const auto&, Counts counts = Counts::kBoth) { Add(label, counts); }
+    void Effects(const char* label, const auto&, const auto&, Counts counts = Counts::kBoth)
+    {
+        Add(label, counts);
+    }
+    void VertexCount(const char* label, std::uint32_t, std::size_t) { Add(label, Counts::kBoth); }
+    void Column(const char* label, const auto&, std::size_t) { Add(label, Counts::kBoth); }
+    void OptionalColumn(const char* label, const auto&, std::size_t) { Add(label, Counts::kBoth); }
+    void ColumnGroup(const char* label, const auto&, std::size_t) { Add(label, Counts::kBoth); }
+    void Run(const char* label, const auto&, std::size_t) { Add(label, Counts::kBoth); }
+    void Map(const char* label, const auto&, Counts counts = Counts::kBoth) { Add(label, counts); }
 
 private:
     bool Gate(const char* word, float version)
@@ -51,7 +71,7 @@ private:
         return true;
     }
 
-    void Add(const std::string& label, Counts counts)
+    void Add(const std::string& label, Counts counts = Counts::kBoth)
     {
         fields.push_back(label + gate_);
         gate_.clear();

@@ -64,11 +64,16 @@ void FillHierarchy(TEV2_MATRIX_HIERARCHY& hierarchy)
     hierarchy.LinkParents();
 }
 
-/// Appends objects with different bodies and a null entry.
-template <typename Object, typename... Arguments>
-void AddUnparsed(TEV2::Array<Object>& array, std::vector<std::uint8_t> bytes, const Arguments&... arguments)
+/// Appends an object whose body is kept as bytes.
+template <typename Object>
+void AddKept(TEV2::Array<Object>& array, std::vector<std::uint8_t> bytes)
 {
-    array.emplace_back(std::make_unique<Object>(arguments...))->body.bytes = std::move(bytes);
+    auto object = std::make_unique<Object>();
+    if constexpr (requires { object->Keep(bytes); })
+        object->Keep(std::move(bytes));
+    else
+        object->body.bytes = std::move(bytes);
+    array.push_back(std::move(object));
 }
 
 } // namespace
@@ -82,28 +87,30 @@ void FillWithEverything(TEV2& scene, bool with_unsaved_lists)
         SampleTrack<TEV2_ANIMATABLE_COLOUR_LINEAR>({1, 0, 0, 1}, {0, 1, 0, 1});
     scene.environment.reserved = {1, 2, 3, 4, 5, 6, 7, 8};
     scene.globalLightTint = std::make_unique<TEV2_GLOBAL_LIGHT_TINT>();
-    scene.globalLightTint->body.bytes = {3, 3, 3};
+    scene.globalLightTint->Keep({3, 3, 3});
     scene.ambientLight = std::make_unique<TEV2_AMBIENT_LIGHT>();
-    scene.ambientLight->body.bytes = {4};
+    scene.ambientLight->Keep({4});
     scene.cameraMan.cameraIndex = SampleTrack<TEV2_ANIMATABLE_INT32_RLE>(0, -1);
 
     scene.lights.push_back(std::make_unique<TEV2_POINT_LIGHT>());
     scene.lights.push_back(nullptr);
     scene.lights.push_back(std::make_unique<TEV2_SPOT_LIGHT>());
-    scene.lights[2]->body.bytes = {5, 5};
-    AddUnparsed(scene.lights, {6}, 77u);
+    scene.lights[2]->Keep({5, 5});
+    scene.lights.push_back(TEV2_LIGHT::Create(77));
+    scene.lights[3]->Keep({6});
     FillCamera(*scene.cameras.emplace_back(std::make_unique<TEV2_CAMERA>()));
-    AddUnparsed(scene.rigids, {7, 7, 7, 7, 7});
-    AddUnparsed(scene.animMeshes, {8});
-    AddUnparsed(scene.morphMeshes, {});
-    AddUnparsed(scene.weightedMeshes, {10, 10});
-    AddUnparsed(scene.bezierSplines, {11});
-    AddUnparsed(scene.helpers, {17});
-    AddUnparsed(scene.speedTreeReferences, {23});
+    AddKept(scene.rigids, {7, 7, 7, 7, 7});
+    AddKept(scene.animMeshes, {8});
+    AddKept(scene.morphMeshes, {});
+    AddKept(scene.weightedMeshes, {10, 10});
+    AddKept(scene.bezierSplines, {11});
+    AddKept(scene.helpers, {17});
+    AddKept(scene.speedTreeReferences, {23});
     FillHierarchy(scene.matrixHierarchy);
     scene.materials.push_back(std::make_unique<TEV2_SHADER_MATERIAL>());
     scene.materials.push_back(std::make_unique<TEV2_STANDARD_MATERIAL>());
-    AddUnparsed(scene.materials, {13}, 5u);
+    scene.materials.push_back(TEV2_MATERIAL::Create(5));
+    scene.materials[2]->Keep({13});
     const std::uint32_t instanceIds[] = {14, 16, 18, 19};
     for (std::uint32_t list = 0; list < TEV2::kInstanceLists; ++list)
     {
@@ -111,11 +118,11 @@ void FillWithEverything(TEV2& scene, bool with_unsaved_lists)
             continue;
         auto& instances = scene.instanceLists[list];
         instances.push_back(TEV2_INSTANCE::Create(instanceIds[list % 4]));
-        instances[0]->body.bytes = {static_cast<std::uint8_t>(list)};
+        instances[0]->Keep({static_cast<std::uint8_t>(list)});
     }
-    AddUnparsed(scene.xrefs15, {15});
-    AddUnparsed(scene.xrefs20, {20});
-    AddUnparsed(scene.xrefObjects, {21});
+    AddKept(scene.xrefs15, {15});
+    AddKept(scene.xrefs20, {20});
+    AddKept(scene.xrefObjects, {21});
 }
 
 void FillSoundScene(TEV2& scene)

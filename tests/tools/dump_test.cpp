@@ -89,13 +89,13 @@ void FillDumpedScene(TEV2& scene)
         MakeTrack<TEV2_ANIMATABLE_VECTOR_3_LINEAR>({{0.0f, {2.0f, 3.0f, 4.0f}}});
     scene.matrixHierarchy.nodes[2].userText = TEV2_WIDE_STRING(u"kept");
     scene.ambientLight = std::make_unique<TEV2_AMBIENT_LIGHT>();
-    scene.ambientLight->body.bytes = {0xDE, 0xAD};
+    scene.ambientLight->Keep({0xDE, 0xAD});
     scene.lights.push_back(TEV2_LIGHT::Create(2));
-    scene.lights[0]->body.bytes = {1};
+    scene.lights[0]->Keep({1});
     scene.helpers.push_back(std::make_unique<TEV2_HELPER>());
-    scene.helpers[0]->body.bytes = {0xBE, 0xEF};
+    scene.helpers[0]->Keep({0xBE, 0xEF});
     scene.instanceLists[4].push_back(TEV2_INSTANCE::Create(18));
-    scene.instanceLists[4][0]->body.bytes = {0x42};
+    scene.instanceLists[4][0]->Keep({0x42});
 }
 
 /// What dump says of it, by JSON pointer.
@@ -205,7 +205,7 @@ TEST_F(DumpTest, TreeCanBeLimited)
         {
             scene.matrixHierarchy.nodes[1].name = TEV2_WIDE_STRING::FromBytes(name + "\t2");
             scene.helpers.push_back(std::make_unique<TEV2_HELPER>());
-            scene.helpers[0]->body.bytes.assign(100, 0xAB);
+            scene.helpers[0]->Keep(std::vector<std::uint8_t>(100, 0xAB));
         });
     const std::string whole = RunTv2({"dump", path}).out;
     ExpectParts(whole, {"          0.5: 1.0 1.0 0.0\n          1.0: 0.0 1.0 -2.0\n        rotation: ",

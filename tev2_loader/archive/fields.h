@@ -2,6 +2,7 @@
 
 #include "tev2_loader/requirements.h"
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <memory>
@@ -18,22 +19,37 @@
 //             archive.Track("scale", marker.scale, Counts::kBoth);
 //     }
 //
-// Archives go over it: SaveArchive writes, LoadArchive reads, SizeArchive measures, WalkScene reports the byte and
-// the path of each field. An archive has these members:
+// Archives go over it: SaveArchive writes, LoadArchive reads, SizeArchive measures, MoveArchive moves tracks to a time,
+// WalkScene reports the byte and the path of each field. An archive has these members:
 //
-//     Since(version), UpTo(version)      whether a field of some versions is there
-//     Text(label, text)                  u16 length, UTF-16; never counts
-//     Texts(label, texts, counts)        u32 count, texts
-//     Value(label, value, counts)        a number of 4 bytes, or a value of several floats
-//     Constant(label, value, always, counts)  a number that is always written as `always`
-//     Bytes(label, array, counts)        an array of bytes, as it is
-//     Values(label, values, counts)      u32 count, then numbers or values, as one block where possible
-//     Record(label, record, counts)      another record, under its label
-//     Records(label, records, counts)    u32 count, records; a last argument examines each as it is loaded
-//     Track(label, object, counts)       u32 flag, u32 type, record: a track or another object of several classes
-//     Objects(label, objects, counts)    u32 count, then each as Track
-//     Map, LegacyMatrix                  what only one record has
-//     Body(label, body)                  the bytes of an UnparsedRecord; only archives that show a scene have it
+//     Since(version), UpTo(version)   whether a field of some versions is there
+//     Text(label, text)               u16 length, UTF-16; never counts
+//     Texts(label, texts)             u32 count, texts
+//     Value(label, value)             a number of 4 bytes, or a value of several floats
+//     Bool(label, flag)               u32 0 or 1
+//     Choice(label, choice)           u32 position of an enumerator among the ChoiceNames of its enum
+//     Constant(label, value, always)  a number that is always written as `always`
+//     Layout()                        u32 kLayout: the body is one of ours
+//     Bytes(label, array)             an array of bytes, as it is
+//     Values(label, values)           u32 count, then numbers or values, as one block where possible
+//     Record(label, record)           another record, under its label
+//     Optional(label, record)         u32 flag, record: a pointer that may be null
+//     Records(label, records)         u32 count, records; a last argument examines each as it is loaded
+//     Track(label, object)            u32 flag, u32 type, record: a track or another object of several classes
+//     Objects(label, objects)         u32 count, then each as Track
+//     Typed(label, object)            u32 type, record: an object that is always there
+//     TypedObjects(label, objects)    u32 count, then each as Typed
+//     Effects, Map, LegacyMatrix      what only one record has
+//
+// and, for vertices, whose number is written once for all their fields:
+//
+//     VertexCount(label, count, least)         u32, of vertices that take at least so many bytes each
+//     Column(label, values, count)             that many values, as one block
+//     OptionalColumn(label, values, count)     u32 flag, values; empty: absent
+//     ColumnGroup(label, columns, count)       u32 number of columns, at most kMostColumns, then the columns
+//     Run(label, records, count)               that many records
+//
+// Most take a last argument that says in which results the field counts: both unless given.
 
 namespace TEV2_LOADER
 {
@@ -58,6 +74,17 @@ constexpr bool InLoad(Counts counts)
     return (static_cast<unsigned>(counts) & static_cast<unsigned>(Counts::kLoad)) != 0;
 }
 
+/// The names of an enum's enumerators, in the order of their numbers from 0; an enum that a record holds overloads it.
+///     constexpr auto ChoiceNames(TEV2_DECAY) { return std::to_array({"none", "inverse", "inverse square"}); }
+template <typename Enum>
+concept ChoiceEnum = requires(Enum choice)
+{
+    ChoiceNames(choice);
+};
+
+template <ChoiceEnum Enum>
+inline constexpr std::uint32_t kChoiceCount = static_cast<std::uint32_t>(ChoiceNames(Enum{}).size());
+
 /// A value whose memory is its disk form: nothing but 4-byte numbers, without padding.
 template <typename Value>
 concept BlockElement = std::is_trivially_copyable_v<Value> && sizeof(Value) % 4 == 0 && alignof(Value) == 4;
@@ -76,13 +103,39 @@ struct TEV2_CLASSES
         return object;
     }
 
-    /// Calls visit(object) with the object as its class.
+    /// Calls visit(object) with the object as its class. False, without a call, when none of the classes has its type.
     template <typename Visit>
-    static void VisitAs(const Family& object, const Visit& visit)
+    static bool VisitAs(const Family& object, const Visit& visit)
     {
-        const std::uint32_t type = object.GetType();
-        ((type == Classes::kType ? visit(static_cast<const Classes&>(object)) : void()), ...);
+        const std::uint32_t type = TypeOf(object);
+        bool found = false;
+        ((type == Classes::kType ? (found = true, visit(static_cast<const Classes&>(object))) : void()), ...);
+        return found;
+    }
+
+private:
+    static std::uint32_t TypeOf(const Family& object)
+    {
+        if constexpr (requires { object.GetType(); })
+            return object.GetType();
+        else
+            return object.GetChunkId();
     }
 };
+
+/// Calls visit(object) with the object as its class where it is of a family, otherwise as it is.
+template <typename Object, typename Visit>
+void VisitAsClass(const Object& object, const Visit& visit)
+{
+    if constexpr (requires { ClassesOf(object); })
+    {
+        if (!decltype(ClassesOf(object))::VisitAs(object, visit))
+            visit(object);
+    }
+    else
+    {
+        visit(object);
+    }
+}
 
 } // namespace TEV2_LOADER

@@ -2,6 +2,7 @@
 
 #include "tev2_loader/archive/fields.h"
 #include "tev2_loader/archive/size.h"
+#include "tev2_loader/format.h"
 #include "tev2_loader/io/memory_cursor.h"
 #include "tev2_loader/io/wide_string.h"
 
@@ -29,6 +30,59 @@ void LoadBlock(TEV2_MEMORY_CURSOR& cursor, std::vector<Element>& elements)
     cursor.ReadBlock(elements.data(), elements.size() * sizeof(Element));
 }
 
+/// Reads a body that may be of another layout, on a cursor of its own.
+class BodyAttempt
+{
+public:
+    TEV2_MEMORY_CURSOR cursor;
+
+    BodyAttempt(TEV2_MEMORY_CURSOR& outer, float version)
+        : cursor(outer.Attempt(outer.Report() != nullptr ? &reasons_ : nullptr)),
+          outer_(outer),
+          version_(version)
+    {
+    }
+
+    /// Whether bodies of the file's version are read at all; a warning where not.
+    bool Allowed()
+    {
+        if (version_ == kVersion)
+            return true;
+        outer_.Warn(TEV2_LOAD_CODE::UnparsedOtherVersion, "version " + NumberText(kVersion),
+                    "version " + NumberText(version_));
+        return false;
+    }
+
+    void Refuse(const std::string& expected, const std::string& found)
+    {
+        cursor.Fail(TEV2_LOAD_CODE::BodyKept, expected, found);
+    }
+
+    /// Whether the body was read and ends so many bytes before the end of its chunk; if so the outer cursor continues
+    /// there.
+    bool EndsBefore(std::size_t bytes)
+    {
+        if (!cursor.Failed() && cursor.Remaining() != bytes)
+            Refuse("the end of the body", std::to_string(cursor.Remaining() - bytes) + " more bytes");
+        return Accepted();
+    }
+
+    /// Whether the body was read; if so the outer cursor continues where it ends.
+    bool Accepted()
+    {
+        if (outer_.Accept(cursor))
+            return true;
+        if (!outer_.Failed() && !reasons_.findings.empty())
+            outer_.Warn(TEV2_LOAD_CODE::BodyKept, reasons_.findings.front());
+        return false;
+    }
+
+private:
+    TEV2_LOAD_REPORT reasons_;
+    TEV2_MEMORY_CURSOR& outer_;
+    float version_;
+};
+
 /// Reads the fields of records in the layout of a version, replacing what they held. Arrays grow with what is read,
 /// never ahead of it.
 class LoadArchive
@@ -44,7 +98,7 @@ public:
 
     void Text(const char* /*label*/, TEV2_WIDE_STRING& text) { ReadWideString(cursor_, text); }
 
-    void Texts(const char* label, std::vector<TEV2_WIDE_STRING>& texts, Counts counts)
+    void Texts(const char* label, std::vector<TEV2_WIDE_STRING>& texts, Counts counts = Counts::kBoth)
     {
         texts.clear();
         const std::uint32_t count = cursor_.ReadCount(DiskSize(TEV2_WIDE_STRING()));
@@ -58,25 +112,45 @@ public:
     }
 
     template <typename Number>
-    void Value(const char* /*label*/, Number& value, Counts /*counts*/)
+    void Value(const char* /*label*/, Number& value, Counts /*counts*/ = Counts::kBoth)
     {
         Read(value);
     }
 
     template <typename Number>
-    void Constant(const char* /*label*/, Number& value, Number /*always*/, Counts /*counts*/)
+    void Constant(const char* /*label*/, Number& value, Number /*always*/, Counts /*counts*/ = Counts::kBoth)
     {
         Read(value);
     }
 
+    void Bool(const char* /*label*/, bool& flag, Counts /*counts*/ = Counts::kBoth) { flag = ReadFlag(); }
+
+    template <ChoiceEnum Enum>
+    void Choice(const char* label, Enum& choice, Counts /*counts*/ = Counts::kBoth)
+    {
+        const std::uint32_t number = cursor_.ReadU32();
+        if (number < kChoiceCount<Enum>)
+            choice = static_cast<Enum>(number);
+        else
+            Refuse(label, "below " + std::to_string(kChoiceCount<Enum>), number);
+    }
+
+    void Layout()
+    {
+        const std::uint32_t layout = cursor_.ReadU32();
+        if (layout != kLayout)
+            Refuse("layout", std::to_string(kLayout), layout);
+    }
+
     template <std::size_t kSize>
-    void Bytes(const char* /*label*/, std::array<std::uint8_t, kSize>& bytes, Counts /*counts*/)
+    void Bytes(const char* /*label*/, std::array<std::uint8_t, kSize>& bytes,
+               Counts /*counts*/ = Counts::kBoth)
     {
         cursor_.ReadBlock(bytes.data(), kSize);
     }
 
     template <typename Element>
-    void Values(const char* label, std::vector<Element>& values, Counts counts)
+    void Values(const char* label, std::vector<Element>& values, Counts counts = Counts::kBoth)
     {
         if constexpr (BlockElement<Element>)
         {
@@ -94,7 +168,7 @@ public:
     }
 
     template <typename Object>
-    void Record(const char* label, Object& record, Counts counts)
+    void Record(const char* label, Object& record, Counts counts = Counts::kBoth)
     {
         const RecordScope scope(cursor_, label);
         LoadArchive inner(cursor_, version_);
@@ -104,7 +178,8 @@ public:
 
     /// examine(cursor, record, begin, count) is called after each record, with the byte where the record begins.
     template <typename Object, typename... Examine>
-    void Records(const char* label, std::vector<Object>& records, Counts counts, const Examine&... examine)
+    void Records(const char* label, std::vector<Object>& records, Counts counts = Counts::kBoth,
+                 const Examine&... examine)
     {
         LoadEach(label, records, LeastSize<Object>(), counts,
                  [&](Object& record, [[maybe_unused]] std::uint32_t count)
@@ -119,40 +194,151 @@ public:
     }
 
     template <typename Object>
-    void Track(const char* label, std::unique_ptr<Object>& object, Counts counts)
+    void Track(const char* label, std::unique_ptr<Object>& object, Counts counts = Counts::kBoth)
     {
         Count(counts, LoadObject(label, object, RecordScope::kNoIndex));
     }
 
     template <typename Object>
-    void Objects(const char* label, std::vector<std::unique_ptr<Object>>& objects, Counts counts)
+    void Typed(const char* label, std::unique_ptr<Object>& object, Counts counts = Counts::kBoth)
+    {
+        const RecordScope scope(cursor_, label);
+        Count(counts, LoadTyped(object));
+    }
+
+    template <typename Object>
+    void TypedObjects(const char* label, std::vector<std::unique_ptr<Object>>& objects,
+                      Counts counts = Counts::kBoth)
     {
         objects.clear();
         const std::uint32_t count = cursor_.ReadCount(sizeof(std::uint32_t));
         for (std::uint32_t index = 0; index < count && !cursor_.Failed(); ++index)
-            Count(counts,
-                  cursor_.TakeMemory(sizeof objects[0]) && LoadObject(label, objects.emplace_back(), index));
+        {
+            const RecordScope scope(cursor_, label, index);
+            Count(counts, cursor_.TakeMemory(sizeof objects[0]) && LoadTyped(objects.emplace_back()));
+        }
     }
 
-    /// A map of a type that has no class, which every type is, is refused.
     template <typename Object>
-    void Map(const char* label, std::unique_ptr<Object>& map, Counts counts)
+    void Optional(const char* label, std::unique_ptr<Object>& record, Counts counts = Counts::kBoth)
+    {
+        record.reset();
+        if (!ReadFlag() || !cursor_.TakeMemory(sizeof(Object)))
+            return;
+        record = std::make_unique<Object>();
+        Record(label, *record, counts);
+    }
+
+    /// Effects of a layout that is not ours are kept as bytes, and with them all that follow.
+    template <typename Object, typename Kept>
+    void Effects(const char* label, std::vector<std::unique_ptr<Object>>& effects, Kept& kept,
+                 Counts counts = Counts::kBoth)
+    {
+        effects.clear();
+        kept = {};
+        const std::uint32_t count = cursor_.ReadCount(sizeof(std::uint32_t));
+        for (std::uint32_t index = 0; index < count && !cursor_.Failed(); ++index)
+        {
+            const RecordScope scope(cursor_, label, index);
+            const std::uint8_t* const begin = cursor_.current;
+            if (!cursor_.TakeMemory(sizeof effects[0]))
+                break;
+            const bool present = ReadFlag();
+            effects.emplace_back();
+            if (!present)
+                continue;
+            if (LoadEffect(effects.back()))
+                continue;
+            effects.pop_back();
+            if (!cursor_.Failed())
+            {
+                cursor_.current = begin;
+                kept.count = count - index;
+                cursor_.TakeRest(kept.bytes);
+            }
+            break;
+        }
+        Count(counts, !cursor_.Failed());
+    }
+
+    /// A map of the environment, which the reserved bytes follow. One of another layout is kept as bytes.
+    template <typename Object>
+    void Map(const char* label, std::unique_ptr<Object>& map, Counts counts = Counts::kBoth)
     {
         const RecordScope scope(cursor_, label);
         map.reset();
         const std::uint32_t present = cursor_.ReadU32();
         if (present == 0)
             return;
-        TEV2_MEMORY_CURSOR ahead(cursor_.current, cursor_.Remaining());
-        map = Object::Create(ahead.ReadU32());
-        if (!map)
+        const std::uint32_t type = cursor_.ReadU32();
+        const std::size_t after = Since(kSinceReservedBytes) ? kReservedBytes : 0;
+        if (cursor_.Failed() || !cursor_.TakeMemory(Object::kMostBytes) || TryMap(map, present, type, after))
+            return Count(counts, !cursor_.Failed());
+        map = Object::MakeKept(type);
+        std::vector<std::uint8_t> bytes;
+        if (cursor_.TakeRest(bytes, after))
+            map->Keep(std::move(bytes), version_);
+        Count(counts, !cursor_.Failed());
+    }
+
+    void VertexCount(const char* /*label*/, std::uint32_t& count, std::size_t least)
+    {
+        count = cursor_.ReadCount(least);
+    }
+
+    template <BlockElement Element>
+    void Column(const char* label, std::vector<Element>& values, std::size_t count)
+    {
+        values.clear();
+        const std::size_t most = cursor_.Remaining() / sizeof(Element);
+        if (count > most)
+            Refuse(label, "at most " + std::to_string(most), count, 0);
+        else if (cursor_.TakeMemory(count * sizeof(Element)))
         {
-            Count(counts, cursor_.Fail(TEV2_LOAD_CODE::EnvironmentMapUnsupported, "0",
-                                       std::to_string(present), sizeof present));
-            return;
+            values.resize(count);
+            cursor_.ReadBlock(values.data(), count * sizeof(Element));
         }
-        cursor_.ReadU32(); // the type
-        Count(counts, map->Load(cursor_, version_));
+    }
+
+    /// A column without values is absent.
+    template <typename Element>
+    void OptionalColumn(const char* label, std::vector<Element>& values, std::size_t count)
+    {
+        values.clear();
+        if (!ReadFlag())
+            return;
+        if (count == 0)
+            Refuse(label, "0 where there are no vertices", 1);
+        else
+            Column(label, values, count);
+    }
+
+    template <typename Element>
+    void ColumnGroup(const char* label, std::vector<std::vector<Element>>& columns, std::size_t count)
+    {
+        columns.clear();
+        const std::uint32_t number = cursor_.ReadU32();
+        if (number > kMostColumns)
+            Refuse(label, "at most " + std::to_string(kMostColumns), number);
+        for (std::uint32_t index = 0; index < number && !cursor_.Failed(); ++index)
+        {
+            const RecordScope scope(cursor_, label, index);
+            if (cursor_.TakeMemory(sizeof(std::vector<Element>)))
+                Column("values", columns.emplace_back(), count);
+        }
+    }
+
+    template <typename Object>
+    void Run(const char* label, std::vector<Object>& records, std::size_t count)
+    {
+        records.clear();
+        for (std::size_t index = 0; index < count && !cursor_.Failed(); ++index)
+        {
+            const RecordScope scope(cursor_, label, index);
+            LoadArchive inner(cursor_, version_);
+            if (cursor_.TakeMemory(sizeof(Object)))
+                Object::Fields(records.emplace_back(), inner);
+        }
     }
 
     /// A 4x4 matrix column by column; the last row is ignored.
@@ -207,22 +393,76 @@ private:
         Count(counts, loaded && !cursor_.Failed());
     }
 
-    /// Reads a flag and, where it is set, the type and the record of an object. A type that its family does not know
-    /// fails the cursor.
+    bool ReadFlag()
+    {
+        const std::uint32_t flag = cursor_.ReadU32();
+        if (flag > 1 && cursor_.Strict())
+            Refuse("", "0 or 1", flag);
+        return flag != 0 && !cursor_.Failed();
+    }
+
+    /// Fails the cursor: a number of a body is not one that this layout has there.
+    void Refuse(const char* label, const std::string& expected, std::uint64_t found, std::size_t back = 4)
+    {
+        const RecordScope scope(cursor_, label);
+        cursor_.Fail(TEV2_LOAD_CODE::BodyKept, expected, std::to_string(found), back);
+    }
+
+    /// Reads a flag and, where it is set, the type and the record of an object.
     template <typename Object>
     bool LoadObject(const char* label, std::unique_ptr<Object>& object, std::size_t index)
     {
         const RecordScope scope(cursor_, label, index);
         object.reset();
-        if (cursor_.ReadU32() == 0)
-            return !cursor_.Failed();
+        return ReadFlag() ? LoadTyped(object) : !cursor_.Failed();
+    }
 
+    /// Reads the type and the record of an object. A type that its family does not know fails the cursor.
+    template <typename Object>
+    bool LoadTyped(std::unique_ptr<Object>& object)
+    {
         const std::uint32_t type = cursor_.ReadU32();
-        constexpr std::size_t kObjectBytes = 96; // the largest of all classes, and its allocation
-        if (cursor_.Failed() || !cursor_.TakeMemory(kObjectBytes))
+        if (cursor_.Failed() || !cursor_.TakeMemory(Object::kMostBytes))
             return false;
         object = Object::Create(type);
         return object ? object->Load(cursor_, version_) : FailForType<Object>(type);
+    }
+
+    /// False, and the cursor where the type is, when the effect is of another layout.
+    template <typename Object>
+    bool LoadEffect(std::unique_ptr<Object>& effect)
+    {
+        const std::uint32_t type = TEV2_MEMORY_CURSOR(cursor_).ReadU32();
+        effect = Object::Create(type);
+        if (!effect)
+        {
+            cursor_.ReadU32();
+            return FailForType<Object>(type);
+        }
+        BodyAttempt attempt(cursor_, version_);
+        if (!attempt.Allowed())
+            return false;
+        attempt.cursor.ReadU32(); // the type
+        if (attempt.cursor.TakeMemory(Object::kMostBytes))
+            effect->Load(attempt.cursor, version_);
+        return attempt.Accepted();
+    }
+
+    /// False, and a warning, when the map is not one of ours that ends where the environment goes on.
+    template <typename Object>
+    bool TryMap(std::unique_ptr<Object>& map, std::uint32_t present, std::uint32_t type, std::size_t after)
+    {
+        BodyAttempt attempt(cursor_, version_);
+        if (!attempt.Allowed())
+            return false;
+        map = Object::Create(type);
+        if (present != 1)
+            attempt.Refuse("0 or 1", std::to_string(present));
+        else if (!map)
+            attempt.Refuse("a map type that has a class", std::to_string(type));
+        else
+            map->Load(attempt.cursor, version_);
+        return attempt.EndsBefore(after);
     }
 
     template <typename Object>

@@ -1,11 +1,13 @@
 #pragma once
 
 #include "tev2_loader/archive/fields.h"
+#include "tev2_loader/format.h"
 #include "tev2_loader/io/file_writer.h"
 
-#include <array>
+#include <algorithm>
 #include <cstdint>
 #include <memory>
+#include <span>
 #include <tuple>
 #include <type_traits>
 #include <vector>
@@ -28,7 +30,7 @@ public:
     void Text(const char* /*label*/, const TEV2_WIDE_STRING& text) { WriteWideString(*writer_.stream, text); }
 
     /// The count alone counts.
-    void Texts(const char* label, const std::vector<TEV2_WIDE_STRING>& texts, Counts counts)
+    void Texts(const char* label, const std::vector<TEV2_WIDE_STRING>& texts, Counts counts = Counts::kBoth)
     {
         Count(counts, WriteCount(texts));
         for (const TEV2_WIDE_STRING& text : texts)
@@ -36,26 +38,39 @@ public:
     }
 
     template <typename Number>
-    void Value(const char* /*label*/, const Number& value, Counts counts)
+    void Value(const char* /*label*/, const Number& value, Counts counts = Counts::kBoth)
     {
         Count(counts, Write(value));
     }
 
     template <typename Number>
-    void Constant(const char* /*label*/, const Number& /*value*/, Number always, Counts counts)
+    void Constant(const char* /*label*/, const Number& /*value*/, Number always,
+                  Counts counts = Counts::kBoth)
     {
         Count(counts, Write(always));
     }
 
-    template <std::size_t kSize>
-    void Bytes(const char* /*label*/, const std::array<std::uint8_t, kSize>& bytes, Counts counts)
+    void Bool(const char* /*label*/, bool flag, Counts counts = Counts::kBoth)
     {
-        Count(counts, writer_.WriteBlock(bytes.data(), kSize) == kSize);
+        Count(counts, Write(std::uint32_t{flag}));
+    }
+
+    template <ChoiceEnum Enum>
+    void Choice(const char* /*label*/, Enum choice, Counts counts = Counts::kBoth)
+    {
+        Count(counts, Write(static_cast<std::uint32_t>(choice)));
+    }
+
+    void Layout() { Count(Counts::kBoth, Write(kLayout)); }
+
+    void Bytes(const char* /*label*/, std::span<const std::uint8_t> bytes, Counts counts = Counts::kBoth)
+    {
+        Count(counts, writer_.WriteBlock(bytes.data(), bytes.size()) == bytes.size());
     }
 
     /// Of plain numbers the count alone counts, of other values every byte.
     template <typename Element>
-    void Values(const char* /*label*/, const std::vector<Element>& values, Counts counts)
+    void Values(const char* /*label*/, const std::vector<Element>& values, Counts counts = Counts::kBoth)
     {
         Count(counts, WriteCount(values));
         if constexpr (BlockElement<Element>)
@@ -73,7 +88,7 @@ public:
     }
 
     template <typename Object>
-    void Record(const char* /*label*/, const Object& record, Counts counts)
+    void Record(const char* /*label*/, const Object& record, Counts counts = Counts::kBoth)
     {
         SaveArchive inner(writer_);
         Object::Fields(record, inner);
@@ -81,7 +96,8 @@ public:
     }
 
     template <typename Object, typename... Examine>
-    void Records(const char* label, const std::vector<Object>& records, Counts counts, const Examine&...)
+    void Records(const char* label, const std::vector<Object>& records, Counts counts = Counts::kBoth,
+                 const Examine&...)
     {
         Count(counts, WriteCount(records));
         for (const Object& record : records)
@@ -90,7 +106,7 @@ public:
 
     /// An absent object counts as written, even if its zero was not.
     template <typename Object>
-    void Track(const char* /*label*/, const std::unique_ptr<Object>& object, Counts counts)
+    void Track(const char* /*label*/, const std::unique_ptr<Object>& object, Counts counts = Counts::kBoth)
     {
         if (!object)
         {
@@ -98,21 +114,47 @@ public:
             return;
         }
         Count(counts, Write(std::uint32_t{1}));
-        Count(counts, Write(object->GetType()));
-        Count(counts, object->Save(writer_));
+        Typed("", object, counts);
+    }
+
+    /// An object that is missing does not count as written.
+    template <typename Object>
+    void Typed(const char* /*label*/, const std::unique_ptr<Object>& object, Counts counts = Counts::kBoth)
+    {
+        Count(counts, Write(object ? object->GetType() : kNone));
+        Count(counts, object && object->Save(writer_));
+    }
+
+    template <typename Object>
+    void TypedObjects(const char* label, const std::vector<std::unique_ptr<Object>>& objects,
+                      Counts counts = Counts::kBoth)
+    {
+        Count(counts, WriteCount(objects));
+        for (const auto& object : objects)
+            Typed(label, object, counts);
+    }
+
+    template <typename Object>
+    void Optional(const char* label, const std::unique_ptr<Object>& record, Counts counts = Counts::kBoth)
+    {
+        Count(counts, Write(std::uint32_t{record != nullptr}));
+        if (record)
+            Record(label, *record, counts);
     }
 
     /// The write of the count does not count.
-    template <typename Object>
-    void Objects(const char* label, const std::vector<std::unique_ptr<Object>>& objects, Counts counts)
+    template <typename Object, typename Kept>
+    void Effects(const char* label, const std::vector<std::unique_ptr<Object>>& effects, const Kept& kept,
+                 Counts counts = Counts::kBoth)
     {
-        WriteCount(objects);
-        for (const auto& object : objects)
-            Track(label, object, counts);
+        Write(static_cast<std::uint32_t>(effects.size()) + kept.count);
+        for (const auto& effect : effects)
+            Track(label, effect, counts);
+        Bytes(label, kept.bytes, counts);
     }
 
     template <typename Object>
-    void Map(const char* label, const std::unique_ptr<Object>& map, Counts counts)
+    void Map(const char* label, const std::unique_ptr<Object>& map, Counts counts = Counts::kBoth)
     {
         Track(label, map, counts);
     }
@@ -120,6 +162,48 @@ public:
     template <typename Matrix>
     static void LegacyMatrix(const char* /*label*/, const Matrix& /*matrix*/)
     {
+    }
+
+    void VertexCount(const char* /*label*/, std::uint32_t count, std::size_t /*least*/)
+    {
+        Count(Counts::kBoth, Write(count));
+    }
+
+    /// A column of another length than the count is filled up with zeros, or cut, and does not count as written.
+    template <BlockElement Element>
+    void Column(const char* /*label*/, const std::vector<Element>& values, std::size_t count)
+    {
+        const std::size_t size = std::min(values.size(), count) * sizeof(Element);
+        Count(Counts::kBoth, writer_.WriteBlock(values.data(), size) == size && values.size() == count);
+        for (std::size_t missing = values.size(); missing < count; ++missing)
+        {
+            const Element zero{};
+            writer_.WriteBlock(&zero, sizeof zero);
+        }
+    }
+
+    template <typename Element>
+    void OptionalColumn(const char* label, const std::vector<Element>& values, std::size_t count)
+    {
+        Bool(label, !values.empty());
+        if (!values.empty())
+            Column(label, values, count);
+    }
+
+    template <typename Element>
+    void ColumnGroup(const char* label, const std::vector<std::vector<Element>>& columns, std::size_t count)
+    {
+        Count(Counts::kBoth, WriteCount(columns) && columns.size() <= kMostColumns);
+        for (const auto& column : columns)
+            Column(label, column, count);
+    }
+
+    template <typename Object>
+    void Run(const char* label, const std::vector<Object>& records, std::size_t count)
+    {
+        Count(Counts::kBoth, records.size() == count);
+        for (const Object& record : records)
+            Record(label, record, Counts::kBoth);
     }
 
 private:

@@ -10,6 +10,7 @@
 #include <cstdint>
 #include <limits>
 #include <memory>
+#include <span>
 #include <string_view>
 #include <tuple>
 #include <type_traits>
@@ -22,7 +23,7 @@ namespace TEV2_LOADER
 template <typename Value>
 constexpr std::size_t ValueSize()
 {
-    if constexpr (std::is_arithmetic_v<Value>)
+    if constexpr (BlockElement<Value>)
         return sizeof(Value);
     else
         return sizeof(float) * std::tuple_size_v<decltype(std::declval<const Value&>().Components())>;
@@ -41,7 +42,7 @@ public:
 
     void Text(const char*, const TEV2_WIDE_STRING& text) { size_ += DiskSize(text); }
 
-    void Texts(const char* label, const std::vector<TEV2_WIDE_STRING>& texts, Counts)
+    void Texts(const char* label, const std::vector<TEV2_WIDE_STRING>& texts, Counts = Counts::kBoth)
     {
         size_ += kCount;
         for (const TEV2_WIDE_STRING& text : texts)
@@ -49,37 +50,44 @@ public:
     }
 
     template <typename Number>
-    void Value(const char*, const Number&, Counts)
+    void Value(const char*, const Number&, Counts = Counts::kBoth)
     {
         size_ += ValueSize<Number>();
     }
 
     template <typename Number>
-    void Constant(const char*, const Number&, Number, Counts)
+    void Constant(const char*, const Number&, Number, Counts = Counts::kBoth)
     {
         size_ += ValueSize<Number>();
     }
 
-    template <std::size_t kSize>
-    void Bytes(const char*, const std::array<std::uint8_t, kSize>&, Counts)
+    void Bool(const char*, bool, Counts = Counts::kBoth) { size_ += kCount; }
+
+    template <ChoiceEnum Enum>
+    void Choice(const char*, Enum, Counts = Counts::kBoth)
     {
-        size_ += kSize;
+        size_ += kCount;
     }
 
+    void Layout() { size_ += kCount; }
+
+    void Bytes(const char*, std::span<const std::uint8_t> bytes, Counts) { size_ += bytes.size(); }
+
     template <typename Element>
-    void Values(const char*, const std::vector<Element>& values, Counts)
+    void Values(const char*, const std::vector<Element>& values, Counts = Counts::kBoth)
     {
         size_ += kCount + values.size() * ValueSize<Element>();
     }
 
     template <typename Object>
-    void Record(const char*, const Object& record, Counts)
+    void Record(const char*, const Object& record, Counts = Counts::kBoth)
     {
         Object::Fields(record, *this);
     }
 
     template <typename Object, typename... Examine>
-    void Records(const char* label, const std::vector<Object>& records, Counts counts, const Examine&...)
+    void Records(const char* label, const std::vector<Object>& records, Counts counts = Counts::kBoth,
+                 const Examine&...)
     {
         size_ += kCount;
         for (const Object& record : records)
@@ -87,18 +95,18 @@ public:
     }
 
     template <typename Object>
-    void Track(const char*, const std::unique_ptr<Object>& object, Counts)
+    void Track(const char*, const std::unique_ptr<Object>& object, Counts = Counts::kBoth)
     {
         size_ += kCount;
         if (!object)
             return;
         size_ += kCount;
-        decltype(ClassesOf(*object))::VisitAs(*object, [this](const auto& concrete)
-                                              { concrete.Fields(concrete, *this); });
+        VisitConcrete(*object);
     }
 
     template <typename Object>
-    void Objects(const char* label, const std::vector<std::unique_ptr<Object>>& objects, Counts counts)
+    void Objects(const char* label, const std::vector<std::unique_ptr<Object>>& objects,
+                 Counts counts = Counts::kBoth)
     {
         size_ += kCount;
         for (const auto& object : objects)
@@ -106,9 +114,73 @@ public:
     }
 
     template <typename Object>
-    void Map(const char*, const std::unique_ptr<Object>&, Counts)
+    void Optional(const char*, const std::unique_ptr<Object>& record, Counts = Counts::kBoth)
     {
         size_ += kCount;
+        if (record)
+            Object::Fields(*record, *this);
+    }
+
+    template <typename Object>
+    void Typed(const char*, const std::unique_ptr<Object>& object, Counts = Counts::kBoth)
+    {
+        size_ += kCount;
+        if (object)
+            VisitConcrete(*object);
+    }
+
+    template <typename Object>
+    void TypedObjects(const char* label, const std::vector<std::unique_ptr<Object>>& objects,
+                      Counts counts = Counts::kBoth)
+    {
+        size_ += kCount;
+        for (const auto& object : objects)
+            Typed(label, object, counts);
+    }
+
+    template <typename Object, typename Kept>
+    void Effects(const char* label, const std::vector<std::unique_ptr<Object>>& effects, const Kept& kept,
+                 Counts counts = Counts::kBoth)
+    {
+        Objects(label, effects, counts);
+        size_ += kept.bytes.size();
+    }
+
+    template <typename Object>
+    void Map(const char* label, const std::unique_ptr<Object>& map, Counts counts = Counts::kBoth)
+    {
+        Track(label, map, counts);
+    }
+
+    void VertexCount(const char*, std::uint32_t, std::size_t /*least*/) { size_ += kCount; }
+
+    template <typename Element>
+    void Column(const char*, const std::vector<Element>&, std::size_t count)
+    {
+        size_ += count * sizeof(Element);
+    }
+
+    template <typename Element>
+    void OptionalColumn(const char* label, const std::vector<Element>& values, std::size_t count)
+    {
+        size_ += kCount;
+        if (!values.empty())
+            Column(label, values, count);
+    }
+
+    template <typename Element>
+    void ColumnGroup(const char* label, const std::vector<std::vector<Element>>& columns, std::size_t count)
+    {
+        size_ += kCount;
+        for (const auto& column : columns)
+            Column(label, column, count);
+    }
+
+    template <typename Object>
+    void Run(const char* label, const std::vector<Object>& records, std::size_t /*count*/)
+    {
+        for (const Object& record : records)
+            Record(label, record);
     }
 
     template <typename Matrix>
@@ -123,6 +195,13 @@ private:
 
     static constexpr std::size_t kCount = sizeof(std::uint32_t); ///< a count, flag or type
     static constexpr std::size_t kMostGates = 16;
+
+    template <typename Object>
+    void VisitConcrete(const Object& object)
+    {
+        decltype(ClassesOf(object))::VisitAs(object, [this](const auto& concrete)
+                                             { concrete.Fields(concrete, *this); });
+    }
 
     bool Gate(float version, bool open)
     {

@@ -15,20 +15,19 @@ namespace TEV2_LOADER
 enum class TEV2_LOAD_CODE
 {
     // Errors: the load fails.
-    EmptyImage,                ///< no bytes
-    ImageTooLarge,             ///< 4 GiB or more
-    BadMagic,                  ///< not a scene file, or one whose save was interrupted
-    TruncatedChunkHeader,      ///< fewer than 8 bytes where a chunk should begin
-    BadChunkSize,              ///< a chunk size below 8 or beyond the end of the file
-    ChunkTooSmall,             ///< a chunk ends before the number that it must begin with
-    UnsupportedVersion,        ///< the file is newer than this library
-    BadInstanceList,           ///< an instance list index above 9
-    UnknownTrackKind,          ///< a track kind that is not allowed here
-    UnknownEffectType,         ///< a camera effect type that does not exist
-    EnvironmentMapUnsupported, ///< the environment has a material map
-    CountExceedsFile,          ///< an array of more elements than the remaining bytes can hold
-    RecordOverrun,             ///< a record continues past the end of the file
-    LimitExceeded,             ///< a limit set by the caller is exceeded
+    EmptyImage,           ///< no bytes
+    ImageTooLarge,        ///< 4 GiB or more
+    BadMagic,             ///< not a scene file, or one whose save was interrupted
+    TruncatedChunkHeader, ///< fewer than 8 bytes where a chunk should begin
+    BadChunkSize,         ///< a chunk size below 8 or beyond the end of the file
+    ChunkTooSmall,        ///< a chunk ends before the number that it must begin with
+    UnsupportedVersion,   ///< the file is newer than this library
+    BadInstanceList,      ///< an instance list index above 9
+    UnknownTrackKind,     ///< a track kind that is not allowed here
+    UnknownEffectType,    ///< a camera effect type that does not exist
+    CountExceedsFile,     ///< an array of more elements than the remaining bytes can hold
+    RecordOverrun,        ///< a record continues past the end of the file
+    LimitExceeded,        ///< a limit set by the caller is exceeded
 
     // Warnings: the load continues.
     RecordEndsBeforeChunk,  ///< reading continues before the end of this chunk
@@ -36,6 +35,7 @@ enum class TEV2_LOAD_CODE
     UnknownChunk,           ///< skipped, and absent when the scene is saved
     StringClamped,          ///< a string continues past the end of the file; its beginning was kept
     ParentOutside,          ///< a parent index beyond the nodes; the node is treated as top level
+    BodyKept,               ///< a body of another layout, kept as bytes
     UnparsedOtherVersion,   ///< a body kept as bytes, from another version than the one it is saved as
     InstanceListNeverSaved, ///< an instance in list 7 or 9: loaded, but absent when the scene is saved
     MoreWarnings,           ///< there were further warnings

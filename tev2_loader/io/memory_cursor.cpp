@@ -90,6 +90,17 @@ std::uint32_t TEV2_MEMORY_CURSOR::ReadCount(std::size_t leastSize)
     return 0;
 }
 
+bool TEV2_MEMORY_CURSOR::TakeRest(std::vector<std::uint8_t>& bytes, std::size_t but)
+{
+    const std::size_t present = current < chunkEnd ? static_cast<std::size_t>(chunkEnd - current) : 0;
+    const std::size_t size = present < but ? 0 : present - but;
+    if (!TakeMemory(size))
+        return false;
+    bytes.assign(current, current + size);
+    current += size;
+    return true;
+}
+
 bool TEV2_MEMORY_CURSOR::Fail(TEV2_LOAD_CODE code, std::string expected, std::string found, std::size_t back)
 {
     if (!failed_)
@@ -109,8 +120,39 @@ void TEV2_MEMORY_CURSOR::Warn(TEV2_LOAD_CODE code, std::string expected, std::st
                    "at most " + std::to_string(TEV2_LOAD_REPORT::kMostWarnings) + " warnings", "more", back);
 }
 
+void TEV2_MEMORY_CURSOR::Warn(TEV2_LOAD_CODE code, TEV2_LOAD_FINDING cause)
+{
+    Warn(code, std::move(cause.expected), std::move(cause.found));
+    if (report_ == nullptr || warnings_ > TEV2_LOAD_REPORT::kMostWarnings)
+        return;
+    TEV2_LOAD_FINDING& finding = report_->findings.back();
+    finding.offset = cause.offset;
+    finding.path = std::move(cause.path);
+}
+
+TEV2_MEMORY_CURSOR TEV2_MEMORY_CURSOR::Attempt(TEV2_LOAD_REPORT* report) const
+{
+    TEV2_MEMORY_CURSOR attempt = *this;
+    attempt.end = std::max(current, chunkEnd);
+    attempt.report_ = report;
+    attempt.strict_ = true;
+    return attempt;
+}
+
+bool TEV2_MEMORY_CURSOR::Accept(const TEV2_MEMORY_CURSOR& attempt)
+{
+    if (attempt.exceeded_)
+        return FailForMemory();
+    if (attempt.failed_)
+        return false;
+    current = attempt.current;
+    allowance_ = attempt.allowance_;
+    return true;
+}
+
 bool TEV2_MEMORY_CURSOR::FailForMemory()
 {
+    exceeded_ = true;
     return Fail(TEV2_LOAD_CODE::LimitExceeded,
                 "at most " + std::to_string(limits_.bytes) + " bytes in memory", "more");
 }
@@ -131,6 +173,8 @@ std::string TEV2_MEMORY_CURSOR::Path() const
     for (const RecordScope* scope = scope_; scope != nullptr; scope = scope->outer_)
     {
         std::string step = scope->label_;
+        if (step.empty() && scope->index_ == RecordScope::kNoIndex)
+            continue;
         if (scope->index_ != RecordScope::kNoIndex)
             step.append("[").append(std::to_string(scope->index_)).append("]");
         if (!path.empty() && path.front() != '[')

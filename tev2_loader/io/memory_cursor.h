@@ -6,6 +6,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <string>
+#include <vector>
 
 namespace TEV2_LOADER
 {
@@ -62,12 +63,30 @@ public:
     /// Copies exactly `size` bytes; when fewer remain, copies nothing and fails the cursor.
     bool ReadBlock(void* destination, std::size_t size);
 
+    /// Moves the bytes up to the end of the chunk, but for the last `but`, into an array; none where fewer are left. False
+    /// when the limits are exceeded.
+    bool TakeRest(std::vector<std::uint8_t>& bytes, std::size_t but = 0);
+
     /// Fails the cursor permanently and moves it to the end. Records the first failure, `back` bytes before the
     /// current position. Returns false.
     bool Fail(TEV2_LOAD_CODE code, std::string expected, std::string found, std::size_t back = 0);
 
     /// Adds a warning to the report, up to kMostWarnings.
     void Warn(TEV2_LOAD_CODE code, std::string expected, std::string found, std::size_t back = 0);
+
+    /// The same for a finding of an attempt, with its place, path, expectation and find.
+    void Warn(TEV2_LOAD_CODE code, TEV2_LOAD_FINDING cause);
+
+    /// A copy with a report of its own (may be null) for a body that may be of another layout: it ends with the chunk and
+    /// accepts nothing that Save would not write, such as a flag other than 0 and 1.
+    TEV2_MEMORY_CURSOR Attempt(TEV2_LOAD_REPORT* report) const;
+
+    /// Continues after what an attempt has read. False, and nothing changed, when it failed; but an attempt that exceeded
+    /// the limits fails this cursor, too.
+    bool Accept(const TEV2_MEMORY_CURSOR& attempt);
+
+    /// Whether this is an attempt.
+    bool Strict() const { return strict_; }
 
     bool Failed() const { return failed_; }
     TEV2_LOAD_REPORT* Report() const { return report_; }
@@ -95,6 +114,8 @@ private:
     TEV2_CHUNK_SPAN chunk_;
     const RecordScope* scope_ = nullptr;
     bool failed_ = false;
+    bool strict_ = false;
+    bool exceeded_ = false; ///< failed because of the limits
 };
 
 /// Names the record being read during its lifetime, for the paths in the report. Scopes nest and must be destroyed

@@ -116,6 +116,11 @@ void ReadWideString(TEV2_MEMORY_CURSOR& cursor, TEV2_WIDE_STRING& string)
 {
     const std::uint32_t declared = cursor.ReadU16();
     const std::size_t present = std::min<std::size_t>(declared, cursor.Remaining() / sizeof(char16_t));
+    if (present < declared && cursor.Strict())
+    {
+        cursor.ReadBlock(nullptr, declared * sizeof(char16_t)); // fails
+        return;
+    }
     if (!cursor.TakeMemory(present * sizeof(char16_t)))
         return;
     std::u16string units(present, u'\0');

@@ -3,5 +3,125 @@
 // What the Load and Save of a record need.
 
 #include "tev2_loader/archive/load.h"
+#include "tev2_loader/archive/move.h"
 #include "tev2_loader/archive/save.h"
+#include "tev2_loader/records/record_of.h"
 #include "tev2_loader/tracks/visit_keys.h"
+
+#include <concepts>
+
+namespace TEV2_LOADER
+{
+
+/// A class that stands for the types of its family that have no class: its bodies are never typed.
+template <typename Record>
+concept UntypedRecord = requires
+{
+    requires std::same_as<Record, typename Record::Untyped>;
+};
+
+/// Back to as constructed.
+template <typename Record>
+void Reset(Record& record)
+{
+    if constexpr (UntypedRecord<Record>)
+        record = Record(record.GetType());
+    else
+        record = Record();
+}
+
+/// Reads the fields of a body up to the end of its chunk; otherwise the record is as constructed.
+template <typename Record>
+bool LoadTyped(Record& record, TEV2_MEMORY_CURSOR& cursor, float version)
+{
+    Reset(record);
+    BodyAttempt attempt(cursor, version);
+    if (!attempt.Allowed())
+        return false;
+    if constexpr (UntypedRecord<Record>)
+        attempt.Refuse("a type that has a class", "type " + std::to_string(record.GetType()));
+    else
+    {
+        LoadFields(record, attempt.cursor, version);
+        if constexpr (requires { record.Examine(attempt.cursor); })
+            if (!attempt.cursor.Failed())
+                record.Examine(attempt.cursor);
+    }
+    if (attempt.EndsBefore(0))
+        return true;
+    Reset(record);
+    return false;
+}
+
+/// Reads the placed object in front of a body that is kept; otherwise nothing.
+template <typename Record>
+bool LoadPlaced(Record& record, TEV2_MEMORY_CURSOR& cursor, float version)
+{
+    if constexpr (std::derived_from<Record, TEV2_POSITIONAL_OBJECT>)
+    {
+        TEV2_MEMORY_CURSOR attempt = cursor.Attempt(nullptr);
+        LoadArchive archive(attempt, version);
+        TEV2_POSITIONAL_OBJECT::Fields(record, archive);
+        if (cursor.Accept(attempt))
+            return true;
+        Reset(record);
+    }
+    return false;
+}
+
+/// Reads a body, typed or kept. False when the limits are exceeded.
+template <typename Record>
+bool LoadBody(Record& record, TEV2_MEMORY_CURSOR& cursor, float version)
+{
+    if (LoadTyped(record, cursor, version))
+        return true;
+    if (cursor.Failed())
+        return false;
+    const bool placed = LoadPlaced(record, cursor, version);
+    std::vector<std::uint8_t> bytes;
+    if (cursor.Failed() || !cursor.TakeRest(bytes))
+        return false;
+    if (placed)
+        record.KeepAfterPlaced(std::move(bytes));
+    else
+        record.Keep(std::move(bytes), version);
+    return true;
+}
+
+template <typename Record>
+bool TEV2_RECORD_CODE<Record>::Load(Record& record, TEV2_MEMORY_CURSOR& cursor, float version)
+{
+    if constexpr (std::derived_from<Record, TEV2_KEPT_BODY> && std::derived_from<Record, TEV2_CHUNK_OBJECT>)
+        return LoadBody(record, cursor, version);
+    else
+        return LoadFields(record, cursor, version);
+}
+
+template <typename Record>
+bool TEV2_RECORD_CODE<Record>::Save(const Record& record, TEV2_FILE_WRITER& writer)
+{
+    SaveArchive archive(writer);
+    VisitFields(record, archive);
+    if constexpr (std::derived_from<Record, TEV2_KEPT_BODY>)
+        return archive.Result() && record.CanBeSaved();
+    else
+        return archive.Result();
+}
+
+template <typename Record>
+void TEV2_RECORD_CODE<Record>::Update(Record& record, float delta_time)
+{
+    const auto move = [delta_time](TEV2_INTERNAL_ANIM_OBJECT& object) { object.Update(delta_time); };
+    MoveArchive archive(move);
+    VisitFields(record, archive);
+}
+
+template <typename Record>
+void TEV2_RECORD_CODE<Record>::SetTime(Record& record, float time)
+{
+    const auto move = [time](TEV2_INTERNAL_ANIM_OBJECT& object) { object.SetTime(time); };
+    MoveArchive archive(move);
+    VisitFields(record, archive);
+}
+
+} // namespace TEV2_LOADER

@@ -11,6 +11,13 @@
 namespace TEV2_LOADER
 {
 
+/// Effects of a camera in a layout that this library does not read, with those that follow them.
+struct TEV2_KEPT_EFFECTS
+{
+    std::uint32_t count = 0; ///< null entries included
+    std::vector<std::uint8_t> bytes;
+};
+
 /// A camera. Its position and rotation are those of the node whose index is `value`.
 class TEV2_CAMERA : public TEV2_POSITIONAL_OBJECT, public TEV2_CHUNK_OBJECT
 {
@@ -27,6 +34,9 @@ public:
     /// Entries may be null.
     std::vector<std::unique_ptr<TEV2_CAMERA_EFFECT>> effects;
 
+    /// Saved after the others as they were.
+    TEV2_KEPT_EFFECTS keptEffects;
+
     template <typename Self, typename Archive>
     static void Fields(Self& camera, Archive& archive)
     {
@@ -36,7 +46,7 @@ public:
         archive.Track("fieldOfView", camera.fieldOfView, Counts::kBoth);
         archive.Track("secondaryRange", camera.secondaryRange, Counts::kBoth);
         archive.Track("clipRange", camera.clipRange, Counts::kBoth);
-        archive.Objects("effects", camera.effects, Counts::kBoth);
+        archive.Effects("effects", camera.effects, camera.keptEffects, Counts::kBoth);
     }
 
     bool Load(TEV2_MEMORY_CURSOR& cursor, float version) override;

@@ -26,6 +26,9 @@ public:
 
     /// What a load finds where no effect has the type.
     static constexpr TEV2_LOAD_CODE kUnknownType = TEV2_LOAD_CODE::UnknownEffectType;
+
+    /// No class of effects takes more memory.
+    static constexpr std::size_t kMostBytes = 96;
 };
 
 class TEV2_CAMERA_MOTION_BLUR_EFFECT final : public TEV2_CAMERA_EFFECT
@@ -39,7 +42,8 @@ public:
     template <typename Self, typename Archive>
     static void Fields(Self& effect, Archive& archive)
     {
-        archive.Track("shutterTime", effect.shutterTime, Counts::kBoth);
+        archive.Layout();
+        archive.Track("shutterTime", effect.shutterTime);
     }
 
     bool Load(TEV2_MEMORY_CURSOR& cursor, float version) override;
@@ -65,8 +69,9 @@ public:
     template <typename Self, typename Archive>
     static void Fields(Self& effect, Archive& archive)
     {
-        archive.Track("focusDistance", effect.focusDistance, Counts::kBoth);
-        archive.Track("fNumber", effect.fNumber, Counts::kBoth);
+        archive.Layout();
+        archive.Track("focusDistance", effect.focusDistance);
+        archive.Track("fNumber", effect.fNumber);
     }
 
     bool Load(TEV2_MEMORY_CURSOR& cursor, float version) override;

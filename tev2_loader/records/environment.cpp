@@ -5,11 +5,6 @@
 namespace TEV2_LOADER
 {
 
-std::unique_ptr<TEV2_MATERIAL_MAP> TEV2_MATERIAL_MAP::Create(std::uint32_t /*type*/)
-{
-    return nullptr;
-}
-
 bool TEV2_ENVIRONMENT::Load(TEV2_MEMORY_CURSOR& cursor, float version)
 {
     return LoadFields(*this, cursor, version);

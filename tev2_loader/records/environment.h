@@ -2,7 +2,7 @@
 
 #include "tev2_loader/format.h"
 #include "tev2_loader/math/values.h"
-#include "tev2_loader/records/material_map.h"
+#include "tev2_loader/records/material_maps.h"
 #include "tev2_loader/records/object_bases.h"
 #include "tev2_loader/tracks/animatable.h"
 
@@ -25,11 +25,11 @@ public:
     /// May be null.
     std::unique_ptr<TEV2_ANIMATABLE_COLOUR> environmentColour;
 
-    /// Null, unless a program puts a map there; a file that has one is refused.
+    /// Background and reflections. May be null. One of another layout is kept as bytes.
     std::unique_ptr<TEV2_MATERIAL_MAP> environmentMap;
 
     /// Written as read; from version 1.16.
-    std::array<std::uint8_t, 8> reserved{};
+    std::array<std::uint8_t, kReservedBytes> reserved{};
 
     template <typename Self, typename Archive>
     static void Fields(Self& environment, Archive& archive)

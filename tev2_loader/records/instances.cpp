@@ -1,23 +1,18 @@
 #include "tev2_loader/records/instances.h"
 
+#include "tev2_loader/records/archives.h"
+
 namespace TEV2_LOADER
 {
 
+template struct TEV2_RECORD_CODE<TEV2_INSTANCE>;
+template struct TEV2_RECORD_CODE<TEV2_GEOM_INSTANCE>;
+template struct TEV2_RECORD_CODE<TEV2_GEOM_INSTANCE_DIFFERING_MATERIALS>;
+template struct TEV2_RECORD_CODE<TEV2_GEOM_INSTANCE_DIFFERING_SUB_OBJECTS>;
+
 std::unique_ptr<TEV2_INSTANCE> TEV2_INSTANCE::Create(std::uint32_t chunk_id)
 {
-    switch (chunk_id)
-    {
-    case kInstanceChunk:
-        return std::make_unique<TEV2_INSTANCE>();
-    case kGeomInstanceChunk:
-        return std::make_unique<TEV2_GEOM_INSTANCE>();
-    case kInstanceMaterialsChunk:
-        return std::make_unique<TEV2_GEOM_INSTANCE_DIFFERING_MATERIALS>();
-    case kInstanceSubObjectsChunk:
-        return std::make_unique<TEV2_GEOM_INSTANCE_DIFFERING_SUB_OBJECTS>();
-    default:
-        return nullptr;
-    }
+    return decltype(ClassesOf(std::declval<TEV2_INSTANCE&>()))::Create(chunk_id);
 }
 
 const TEV2_KIND* TEV2_INSTANCE::FindKind(std::uint32_t chunk_id)

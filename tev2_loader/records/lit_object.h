@@ -8,10 +8,11 @@
 namespace TEV2_LOADER
 {
 
-/// The light list of an object that lights shine on.
+/// The lights that shine on an object.
 class TEV2_LIT_OBJECT : public TEV2_SERIALISABLE_OBJECT
 {
 public:
+    /// Indices in the scene's lights; empty: all of them.
     std::vector<std::uint32_t> lights;
 
     template <typename Self, typename Archive>

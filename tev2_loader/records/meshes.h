@@ -49,13 +49,4 @@ public:
     }
 };
 
-class TEV2_BEZIER_SPLINE_OBJECT final
-    : public UnparsedRecord<kBezierSplineChunk, TEV2_POSITIONAL_OBJECT, TEV2_CHUNK_OBJECT>
-{
-};
-
-class TEV2_HELPER final : public UnparsedRecord<kHelperChunk, TEV2_POSITIONAL_OBJECT, TEV2_CHUNK_OBJECT>
-{
-};
-
 } // namespace TEV2_LOADER

@@ -18,7 +18,7 @@ public:
     TEV2_WIDE_STRING secondText;
     TEV2_WIDE_STRING thirdText;
 
-    /// For a camera: index of its node in the matrix hierarchy.
+    /// Index of its node in the hierarchy, in whose axes it is; kNone: it is in the world.
     std::uint32_t value = 0;
 
     TEV2_EXTENDED_PROPERTIES properties; ///< from version 1.04

@@ -30,6 +30,9 @@ public:
     /// What a load finds where a kind is not of the family that its place takes.
     static constexpr TEV2_LOAD_CODE kUnknownType = TEV2_LOAD_CODE::UnknownTrackKind;
 
+    /// No class of tracks takes more memory, its allocation included.
+    static constexpr std::size_t kMostBytes = 96;
+
     /// The concrete tracks add their values.
     template <typename Self, typename Archive>
     static void Fields(Self& track, Archive& archive)

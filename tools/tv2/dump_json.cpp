@@ -43,6 +43,12 @@ public:
         Number(value);
     }
 
+    void Boolean(std::string_view key, bool value) override
+    {
+        Member(key);
+        out_ << (value ? "true" : "false");
+    }
+
     void Text(std::string_view key, std::string_view text) override
     {
         Member(key);
@@ -134,6 +140,18 @@ public:
         EndObject();
     }
 
+    void Numbers(std::string_view key, const NumberTable& numbers) override
+    {
+        Member(key);
+        List(numbers.Count(),
+             [&](std::size_t element)
+             {
+                 if (numbers.Width() == 1)
+                     return Number(numbers, element, 0);
+                 List(numbers.Width(), [&](std::size_t component) { Number(numbers, element, component); });
+             });
+    }
+
 private:
     struct Level
     {
@@ -201,6 +219,14 @@ private:
             out_ << text;
         else
             Quoted(text);
+    }
+
+    void Number(const NumberTable& numbers, std::size_t element, std::size_t component)
+    {
+        if (numbers.Whole())
+            out_ << numbers.Integer(element, component);
+        else
+            Number(numbers.Float(element, component));
     }
 
     void Units(std::u16string_view units)

@@ -42,6 +42,7 @@ public:
 
     void Integer(std::string_view key, std::int64_t value) override { Line(key, std::to_string(value)); }
     void Float(std::string_view key, float value) override { Line(key, FloatText(value)); }
+    void Boolean(std::string_view key, bool value) override { Line(key, value ? "yes" : "no"); }
     void Text(std::string_view key, std::string_view text) override { Line(key, OneLine(text)); }
     void Absent(std::string_view key) override { Line(key, "absent"); }
 
@@ -74,6 +75,21 @@ public:
             out_ << '\n';
         }
         More(lines, "more line", "more lines");
+    }
+
+    void Numbers(std::string_view key, const NumberTable& numbers) override
+    {
+        Line(key, CountOf(numbers.Count(), "value", "values"));
+        for (std::size_t element = 0; element < std::min(numbers.Count(), limit_); ++element)
+        {
+            Indent(1);
+            for (std::size_t component = 0; component < numbers.Width(); ++component)
+                out_ << (component == 0 ? "" : " ")
+                     << (numbers.Whole() ? std::to_string(numbers.Integer(element, component))
+                                         : FloatText(numbers.Float(element, component)));
+            out_ << '\n';
+        }
+        More(numbers.Count(), "more value", "more values");
     }
 
     void Track(std::string_view key, const TEV2_ANIMATABLE* track) override

@@ -33,15 +33,21 @@ public:
     bool UpTo(float version) const { return version_ <= version; }
 
     void Text(const char* label, const TEV2_WIDE_STRING& text) { writer_.String(label, text); }
-    void Texts(const char* label, const std::vector<TEV2_WIDE_STRING>& texts, Counts)
+    void Texts(const char* label, const std::vector<TEV2_WIDE_STRING>& texts, Counts = Counts::kBoth)
     {
         writer_.Strings(label, texts);
     }
 
-    void Value(std::string_view label, float value, Counts) { writer_.Float(label, value); }
-    void Value(std::string_view label, std::int32_t value, Counts) { writer_.Integer(label, value); }
-    void Value(std::string_view label, std::uint32_t value, Counts) { writer_.Integer(label, value); }
-    void Value(std::string_view label, const TEV2_FLOAT32_RANGE& range, Counts)
+    void Value(std::string_view label, float value, Counts = Counts::kBoth) { writer_.Float(label, value); }
+    void Value(std::string_view label, std::int32_t value, Counts = Counts::kBoth)
+    {
+        writer_.Integer(label, value);
+    }
+    void Value(std::string_view label, std::uint32_t value, Counts = Counts::kBoth)
+    {
+        writer_.Integer(label, value);
+    }
+    void Value(std::string_view label, const TEV2_FLOAT32_RANGE& range, Counts = Counts::kBoth)
     {
         writer_.BeginObject(label);
         writer_.Float("minimum", range.minimum);
@@ -49,24 +55,28 @@ public:
         writer_.EndObject();
     }
 
-    void Constant(const char* label, float value, float /*always*/, Counts) { writer_.Float(label, value); }
+    void Constant(const char* label, float value, float /*always*/, Counts = Counts::kBoth)
+    {
+        writer_.Float(label, value);
+    }
 
-    void Bytes(const char* label, std::span<const std::uint8_t> bytes, Counts)
+    void Bytes(const char* label, std::span<const std::uint8_t> bytes, Counts = Counts::kBoth)
     {
         writer_.Bytes(label, bytes);
     }
     void Body(const char* label, const UnparsedBody& body) { writer_.Bytes(label, body.bytes); }
 
     template <class Object>
-    void Record(std::string_view label, const Object& record, Counts)
+    void Record(std::string_view label, const Object& record, Counts = Counts::kBoth)
     {
         writer_.BeginObject(label);
-        Object::Fields(record, *this);
+        VisitFields(record, *this);
         writer_.EndObject();
     }
 
     template <class Object, class... Examine>
-    void Records(const char* label, const std::vector<Object>& records, Counts counts, const Examine&...)
+    void Records(const char* label, const std::vector<Object>& records, Counts counts = Counts::kBoth,
+                 const Examine&...)
     {
         writer_.BeginArray(label, records.size());
         for (const Object& record : records)
@@ -75,35 +85,111 @@ public:
     }
 
     template <class Family>
-    void Track(const char* label, const std::unique_ptr<Family>& track, Counts)
+    void Track(const char* label, const std::unique_ptr<Family>& track, Counts = Counts::kBoth)
     {
-        writer_.Track(label, track.get());
+        if constexpr (std::is_base_of_v<TEV2_ANIMATABLE, Family>)
+            writer_.Track(label, track.get());
+        else
+            Typed(label, track);
+    }
+
+    void Bool(const char* label, bool flag, Counts = Counts::kBoth) { writer_.Boolean(label, flag); }
+
+    template <ChoiceEnum Enum>
+    void Choice(const char* label, Enum choice, Counts = Counts::kBoth)
+    {
+        writer_.Text(label, ChoiceNames(choice)[static_cast<std::size_t>(choice)]);
+    }
+
+    static void Layout() {}
+
+    template <class Object>
+    void Optional(const char* label, const std::unique_ptr<Object>& record, Counts counts = Counts::kBoth)
+    {
+        if (record)
+            Record(label, *record, counts);
+        else
+            writer_.Absent(label);
     }
 
     template <class Family>
-    void Objects(const char* label, const std::vector<std::unique_ptr<Family>>& objects, Counts)
+    void Typed(std::string_view label, const std::unique_ptr<Family>& object, Counts = Counts::kBoth)
+    {
+        if (!object)
+            return writer_.Absent(label);
+        writer_.BeginObject(label);
+        writer_.Integer("type", object->GetType());
+        decltype(ClassesOf(*object))::VisitAs(*object, [this](const auto& concrete)
+                                              { concrete.Fields(concrete, *this); });
+        writer_.EndObject();
+    }
+
+    template <class Family>
+    void TypedObjects(const char* label, const std::vector<std::unique_ptr<Family>>& objects,
+                      Counts = Counts::kBoth)
     {
         writer_.BeginArray(label, objects.size());
         for (const auto& object : objects)
-        {
-            if (object == nullptr)
-            {
-                writer_.Absent({});
-                continue;
-            }
-            writer_.BeginObject({});
-            writer_.Integer("type", object->GetType());
-            decltype(ClassesOf(*object))::VisitAs(*object, [this](const auto& concrete)
-                                                  { concrete.Fields(concrete, *this); });
-            writer_.EndObject();
-        }
+            Typed({}, object);
         writer_.EndArray();
     }
 
-    /// No file that loads has a map.
-    template <class Family>
-    void Map(const char*, const std::unique_ptr<Family>&, Counts)
+    template <class Family, class Kept>
+    void Effects(const char* label, const std::vector<std::unique_ptr<Family>>& effects, const Kept& kept,
+                 Counts = Counts::kBoth)
     {
+        TypedObjects(label, effects);
+        if (kept.count != 0)
+            writer_.Bytes("keptEffects", kept.bytes);
+    }
+
+    template <class Family>
+    void Map(const char* label, const std::unique_ptr<Family>& map, Counts = Counts::kBoth)
+    {
+        if (!map || map->IsTyped())
+            return Typed(label, map);
+        writer_.BeginObject(label);
+        writer_.Integer("type", map->GetType());
+        writer_.Bytes("body", map->Bytes());
+        writer_.EndObject();
+    }
+
+    static void VertexCount(const char*, std::uint32_t, std::size_t) {}
+
+    template <class Element>
+    void Values(std::string_view label, const std::vector<Element>& values, Counts = Counts::kBoth)
+    {
+        writer_.Numbers(label, NumberTable(values));
+    }
+
+    template <class Element>
+    void Column(std::string_view label, const std::vector<Element>& values, std::size_t)
+    {
+        Values(label, values);
+    }
+
+    template <class Element>
+    void OptionalColumn(const char* label, const std::vector<Element>& values, std::size_t count)
+    {
+        if (values.empty())
+            writer_.Absent(label);
+        else
+            Column(label, values, count);
+    }
+
+    template <class Element>
+    void ColumnGroup(const char* label, const std::vector<std::vector<Element>>& columns, std::size_t count)
+    {
+        writer_.BeginArray(label, columns.size());
+        for (const auto& column : columns)
+            Column({}, column, count);
+        writer_.EndArray();
+    }
+
+    template <class Object>
+    void Run(const char* label, const std::vector<Object>& records, std::size_t)
+    {
+        Records(label, records);
     }
 
     /// Row after row.
@@ -207,9 +293,9 @@ private:
             writer_.BeginObject({});
             if constexpr (requires { object->GetType(); })
                 writer_.Integer("type", object->GetType());
-            else if constexpr (requires { object->body; })
+            else if constexpr (requires { object->IsTyped(); })
                 writer_.Integer("chunkId", object->GetChunkId());
-            Object::Fields(*object, archive_);
+            VisitAsClass(*object, [this](const auto& concrete) { VisitFields(concrete, archive_); });
             writer_.EndObject();
         }
         writer_.EndArray();
