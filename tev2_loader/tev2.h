@@ -108,8 +108,8 @@ public:
     /// be loaded again, cleared or destroyed.
     bool Load(TEV2_MEMORY_CURSOR& cursor, bool applyStartTime);
 
-    /// Whether any object, map or effect is kept as bytes. These may hold indices of nodes, materials, lights and objects
-    /// that nobody can see: ask before changing the order of any of those.
+    /// Whether any object, map or effect is kept as bytes. These may hold indices of nodes, materials, lights and
+    /// objects that nobody can see: ask before changing the order of any of those.
     bool HasKeptBodies() const;
 
     /// Back to the empty scene.

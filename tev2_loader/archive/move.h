@@ -12,8 +12,8 @@ namespace TEV2_LOADER
 
 class TEV2_EXTENDED_PROPERTIES;
 
-/// Calls move(object) for each track, and each object that holds tracks, among the fields of a record and of the records
-/// inside it. The user's own properties are left alone.
+/// Calls move(object) for each track, and each object that holds tracks, among the fields of a record and of the
+/// records inside it. The user's own properties are left alone.
 template <typename Move>
 class MoveArchive
 {

@@ -63,8 +63,8 @@ public:
     /// Copies exactly `size` bytes; when fewer remain, copies nothing and fails the cursor.
     bool ReadBlock(void* destination, std::size_t size);
 
-    /// Moves the bytes up to the end of the chunk, but for the last `but`, into an array; none where fewer are left. False
-    /// when the limits are exceeded.
+    /// Moves the bytes up to the end of the chunk, but for the last `but`, into an array; none where fewer are left.
+    /// False when the limits are exceeded.
     bool TakeRest(std::vector<std::uint8_t>& bytes, std::size_t but = 0);
 
     /// Fails the cursor permanently and moves it to the end. Records the first failure, `back` bytes before the
@@ -77,12 +77,12 @@ public:
     /// The same for a finding of an attempt, with its place, path, expectation and find.
     void Warn(TEV2_LOAD_CODE code, TEV2_LOAD_FINDING cause);
 
-    /// A copy with a report of its own (may be null) for a body that may be of another layout: it ends with the chunk and
-    /// accepts nothing that Save would not write, such as a flag other than 0 and 1.
+    /// A copy with a report of its own (may be null) for a body that may be of another layout: it ends with the chunk
+    /// and accepts nothing that Save would not write, such as a flag other than 0 and 1.
     TEV2_MEMORY_CURSOR Attempt(TEV2_LOAD_REPORT* report) const;
 
-    /// Continues after what an attempt has read. False, and nothing changed, when it failed; but an attempt that exceeded
-    /// the limits fails this cursor, too.
+    /// Continues after what an attempt has read. False, and nothing changed, when it failed; but an attempt that
+    /// exceeded the limits fails this cursor, too.
     bool Accept(const TEV2_MEMORY_CURSOR& attempt);
 
     /// Whether this is an attempt.

@@ -197,8 +197,8 @@ public:
     }
 };
 
-/// A placed light, which shines along -Z of its node. Its type precedes the body: 0 point, 1 directional, 2 spot; a body
-/// of any other type is kept as bytes by a plain TEV2_LIGHT.
+/// A placed light, which shines along -Z of its node. Its type precedes the body: 0 point, 1 directional, 2 spot; a
+/// body of any other type is kept as bytes by a plain TEV2_LIGHT.
 class TEV2_LIGHT
     : public TEV2_MOVING_RECORD_OF<TEV2_LIGHT, TEV2_POSITIONAL_OBJECT, TEV2_CHUNK_OBJECT, TEV2_KEPT_BODY>
 {

@@ -10,7 +10,8 @@
 namespace TEV2_LOADER
 {
 
-/// The base of material maps, and the class of a map of the environment whose layout is not known, which is kept as bytes.
+/// The base of material maps, and the class of a map of the environment whose layout is not known, which is kept as
+/// bytes.
 class TEV2_MATERIAL_MAP
     : public TEV2_MOVING_RECORD_OF<TEV2_MATERIAL_MAP, TEV2_ENTITY, TEV2_INTERNAL_ANIM_OBJECT, TEV2_KEPT_BODY>
 {

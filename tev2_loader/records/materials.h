@@ -13,8 +13,8 @@
 namespace TEV2_LOADER
 {
 
-/// The look of a surface. Its type precedes the body: 0 standard, 1 shader; a body of any other type is kept as bytes by
-/// a plain TEV2_MATERIAL.
+/// The look of a surface. Its type precedes the body: 0 standard, 1 shader; a body of any other type is kept as bytes
+/// by a plain TEV2_MATERIAL.
 class TEV2_MATERIAL : public TEV2_MOVING_RECORD_OF<TEV2_MATERIAL, TEV2_ENTITY, TEV2_INTERNAL_ANIM_OBJECT,
                                                    TEV2_CHUNK_OBJECT, TEV2_KEPT_BODY>
 {

@@ -22,9 +22,9 @@ struct TEV2_RECORD_CODE
 
 /// A record of these bases. Save is true when everything was written.
 ///
-/// With TEV2_CHUNK_OBJECT and TEV2_KEPT_BODY among the bases it is a body of its own: Load is true whatever the bytes are,
-/// which it keeps unless they are typed, and false only when the limits are exceeded. Other records are true when
-/// everything was there, and what is missing fails the cursor.
+/// With TEV2_CHUNK_OBJECT and TEV2_KEPT_BODY among the bases it is a body of its own: Load is true whatever the bytes
+/// are, which it keeps unless they are typed, and false only when the limits are exceeded. Other records are true
+/// when everything was there, and what is missing fails the cursor.
 template <typename Concrete, typename... Bases>
 class TEV2_RECORD_OF : public Bases...
 {

@@ -7,8 +7,8 @@
 
 #include <cstdint>
 
-// References into other files. The library does not open them: a program resolves them, and moves what it finds with the
-// scene's time plus timeOffset.
+// References into other files. The library does not open them: a program resolves them, and moves what it finds with
+// the scene's time plus timeOffset.
 
 namespace TEV2_LOADER
 {
