@@ -148,6 +148,9 @@ std::vector<SpoiledFile> SpoiledFiles()
     const auto with = [&](std::uint32_t id, std::initializer_list<std::uint32_t> words)
     { return sound().Chunk(id, Words(words)); };
     const auto magic = [] { return Bytes().U32(kMagic); };
+    const auto helper = [&](std::uint32_t layout, std::uint32_t shape) {
+        return sound().Chunk(17, Bytes().Zeros(34).U32({layout, shape}));
+    }; // after a placed object of zeros
 
     Bytes wrong_parent = sound(); // of the last node: "Camera", and four bytes after its name
     const Bytes name = Bytes().Text(u"Camera");
@@ -172,7 +175,6 @@ std::vector<SpoiledFile> SpoiledFiles()
         // a camera of 54 zero bytes up to its effects: one, present, of type 7
         {"unknown-effect-type",
          with(6, {0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0x00010000, 0x00010000, 0x00070000, 0})},
-        {"environment-map-unsupported", with(2, {0, 0, 0, 1})},
         {"count-exceeds-file", with(12, {1000})},
         {"record-overrun", with(2, {0})},
         {"record-ends-before-chunk", with(22, {0, 8, 99}), {"chunk-repeated", "unknown-chunk"}},
@@ -182,15 +184,17 @@ std::vector<SpoiledFile> SpoiledFiles()
          sound().Chunk(0, Bytes().F32({1.16f}).U16(0).U16(10).U8({'a', 0})),
          {"chunk-repeated"}},
         {"parent-outside", wrong_parent, {}, 77},
+        {"body-kept", helper(0x4C590002, 0), {"array-lengths-differ"}, 0x4C590002},
+        {"body-kept", helper(kLayout, 2), {"array-lengths-differ"}, 2},
         {"unparsed-other-version", FileOfVersion(1.13f).Chunk(7, Words({1, 2, 3})), {"chunk-missing"}},
-        {"instance-list-never-saved", with(16, {7, 1}), {"array-lengths-differ"}},
+        {"instance-list-never-saved", with(16, {7, 1}), {"array-lengths-differ", "body-kept"}},
         {"more-warnings", many, {"unknown-chunk"}},
         {"information-not-first",
          magic().Chunk(22, Words({0})).Chunk(0, Bytes().F32({1.16f}).Text(u"").Text(u"")),
          {"chunk-missing"}},
         {"chunk-repeated", with(22, {0})},
         {"chunk-missing", magic()},
-        {"array-lengths-differ", with(17, {1})},
+        {"array-lengths-differ", helper(kLayout, 0)},
     };
 }
 
