@@ -89,6 +89,9 @@ private:
     }
 };
 
+/// The number that bodies of ours have in front.
+inline constexpr std::uint32_t kOurLayout = 0x4C590001u;
+
 /// The bits of an f32.
 inline std::uint32_t Bits(float value)
 {

@@ -1,5 +1,9 @@
 #include "tests/support/sample_scenes.h"
 
+#include "tests/support/sample_records.h"
+
+#include <concepts>
+
 using namespace TEV2_LOADER;
 
 namespace tv2_tests
@@ -7,46 +11,6 @@ namespace tv2_tests
 
 namespace
 {
-
-void FillProperties(TEV2_EXTENDED_PROPERTIES& properties)
-{
-    properties.stringArrays.emplace_back().name = Wide(u"notes");
-    properties.stringArrays[0].strings = {Wide(u"one"), Wide(u""), Wide(u"\u4E2D")};
-    properties.intValues.emplace_back().name = Wide(u"count");
-    properties.intValues[0].track = SampleTrack<TEV2_ANIMATABLE_INT32_RLE>(3, -4);
-    properties.floatValues.emplace_back().name = Wide(u"weight");
-    properties.floatValues[0].track = FloatTrack(0.5f, 0.75f);
-    properties.floatValues.emplace_back().name = Wide(u"empty");
-    properties.vector3Values.emplace_back().name = Wide(u"aim");
-    properties.vector3Values[0].track = SampleTrack<TEV2_ANIMATABLE_VECTOR_3_LINEAR>({1, 2, 3}, {4, 5, 6});
-    properties.vector4Values.emplace_back().name = Wide(u"tint");
-    properties.vector4Values[0].track =
-        SampleTrack<TEV2_ANIMATABLE_VECTOR_4_LINEAR>({1, 2, 3, 4}, {5, 6, 7, 8});
-}
-
-void FillCamera(TEV2_CAMERA& camera)
-{
-    camera.name = Wide(u"Camera");
-    camera.secondText = Wide(u"b");
-    camera.thirdText = Wide(u"c");
-    camera.value = 1;
-    FillProperties(camera.properties);
-    camera.bounds =
-        SampleTrack<TEV2_ANIMATABLE_BOUNDING_BOX_LINEAR>({{0, 0, 0}, {1, 1, 1}}, {{1, 1, 1}, {2, 2, 2}});
-    camera.inverseAspect = 0.5625f;
-    camera.distance = FloatTrack(1.0f, 2.0f);
-    camera.fieldOfView = FloatTrack(0.5f, 0.75f);
-    camera.secondaryRange = SampleTrack<TEV2_ANIMATABLE_FLOAT32_RANGE_LINEAR>({1, 2}, {3, 4});
-    camera.clipRange = SampleTrack<TEV2_ANIMATABLE_FLOAT32_RANGE_LINEAR>({0.1f, 100}, {0.2f, 200});
-
-    auto blur = std::make_unique<TEV2_CAMERA_MOTION_BLUR_EFFECT>();
-    blur->shutterTime = FloatTrack(0.01f, 0.02f);
-    auto depth = std::make_unique<TEV2_CAMERA_DEPTH_OF_FIELD_EFFECT>();
-    depth->fNumber = FloatTrack(2.8f, 4.0f);
-    camera.effects.push_back(std::move(blur));
-    camera.effects.push_back(nullptr);
-    camera.effects.push_back(std::move(depth));
-}
 
 void FillHierarchy(TEV2_MATRIX_HIERARCHY& hierarchy)
 {
@@ -59,7 +23,7 @@ void FillHierarchy(TEV2_MATRIX_HIERARCHY& hierarchy)
     hierarchy.nodes[1].rotation = SampleTrack<TEV2_ANIMATABLE_QUATERNION_LERP>({0, 0, 0, 1}, {1, 0, 0, 0});
     hierarchy.nodes[1].scale = SampleTrack<TEV2_ANIMATABLE_VECTOR_3_LINEAR>({1, 1, 1}, {2, 3, 4});
     hierarchy.nodes[1].userText = Wide(u"text");
-    FillProperties(hierarchy.nodes[1].properties);
+    Fill(hierarchy.nodes[1].properties);
     hierarchy.nodes[2].parentIndex = 1;
     hierarchy.LinkParents();
 }
@@ -76,6 +40,69 @@ void AddKept(TEV2::Array<Object>& array, std::vector<std::uint8_t> bytes)
     array.push_back(std::move(object));
 }
 
+/// Appends an object whose body is kept as bytes, all of it or, if it has a placed object, behind that.
+template <typename Object>
+void AddKept(TEV2::Array<Object>& array, std::unique_ptr<Object> object, bool behind_placed)
+{
+    const std::uint8_t number = static_cast<std::uint8_t>(object->GetChunkId());
+    if constexpr (std::derived_from<Object, TEV2_POSITIONAL_OBJECT>)
+        if (behind_placed)
+            FillPlaced(*object, u"Kept");
+    if (behind_placed)
+        object->KeepAfterPlaced({number, number});
+    else
+        object->Keep({number});
+    array.push_back(std::move(object));
+}
+
+/// Appends a typed object with every field, one that is kept behind its placed object, and one that is kept as a whole.
+template <typename Object>
+void AddEach(TEV2::Array<Object>& array)
+{
+    array.push_back(Filled<Object>());
+    if constexpr (std::derived_from<Object, TEV2_POSITIONAL_OBJECT>)
+        AddKept(array, std::make_unique<Object>(), true);
+    AddKept(array, std::make_unique<Object>(), false);
+}
+
+void FillLights(TEV2& scene)
+{
+    scene.globalLightTint = Filled<TEV2_GLOBAL_LIGHT_TINT>();
+    scene.ambientLight = Filled<TEV2_AMBIENT_LIGHT>();
+    scene.lights.push_back(Filled<TEV2_POINT_LIGHT>());
+    scene.lights.push_back(nullptr);
+    scene.lights.push_back(Filled<TEV2_DIRECTIONAL_LIGHT>());
+    scene.lights.push_back(Filled<TEV2_SPOT_LIGHT>());
+    scene.lights.push_back(std::make_unique<TEV2_SPOT_LIGHT>());
+    AddKept(scene.lights, TEV2_LIGHT::Create(1), true);
+    AddKept(scene.lights, TEV2_LIGHT::Create(77), false);
+}
+
+void FillMaterials(TEV2& scene)
+{
+    scene.materials.push_back(Filled<TEV2_SHADER_MATERIAL>());
+    scene.materials.push_back(Filled<TEV2_STANDARD_MATERIAL>());
+    AddKept(scene.materials, TEV2_MATERIAL::Create(5), false);
+}
+
+/// One instance a list, of each class and kept in both ways.
+void FillInstances(TEV2& scene, bool with_unsaved_lists)
+{
+    auto& lists = scene.instanceLists;
+    lists[0].push_back(Filled<TEV2_INSTANCE>());
+    lists[1].push_back(Filled<TEV2_GEOM_INSTANCE>());
+    lists[2].push_back(Filled<TEV2_GEOM_INSTANCE_DIFFERING_MATERIALS>());
+    lists[3].push_back(Filled<TEV2_GEOM_INSTANCE_DIFFERING_SUB_OBJECTS>());
+    AddKept(lists[4], TEV2_INSTANCE::Create(14), false);
+    AddKept(lists[5], TEV2_INSTANCE::Create(16), true);
+    AddKept(lists[6], TEV2_INSTANCE::Create(18), true);
+    AddKept(lists[8], TEV2_INSTANCE::Create(14), false);
+    if (!with_unsaved_lists)
+        return;
+    lists[7].push_back(Filled<TEV2_INSTANCE>());
+    lists[9].push_back(Filled<TEV2_GEOM_INSTANCE>());
+}
+
 } // namespace
 
 void FillWithEverything(TEV2& scene, bool with_unsaved_lists)
@@ -85,44 +112,27 @@ void FillWithEverything(TEV2& scene, bool with_unsaved_lists)
     scene.environment.timeRange = {0.5f, 2.5f};
     scene.environment.environmentColour =
         SampleTrack<TEV2_ANIMATABLE_COLOUR_LINEAR>({1, 0, 0, 1}, {0, 1, 0, 1});
+    scene.environment.environmentMap = Filled<TEV2_NORMAL_MATERIAL_MAP>();
     scene.environment.reserved = {1, 2, 3, 4, 5, 6, 7, 8};
-    scene.globalLightTint = std::make_unique<TEV2_GLOBAL_LIGHT_TINT>();
-    scene.globalLightTint->Keep({3, 3, 3});
-    scene.ambientLight = std::make_unique<TEV2_AMBIENT_LIGHT>();
-    scene.ambientLight->Keep({4});
     scene.cameraMan.cameraIndex = SampleTrack<TEV2_ANIMATABLE_INT32_RLE>(0, -1);
+    FillHierarchy(scene.matrixHierarchy);
 
-    scene.lights.push_back(std::make_unique<TEV2_POINT_LIGHT>());
-    scene.lights.push_back(nullptr);
-    scene.lights.push_back(std::make_unique<TEV2_SPOT_LIGHT>());
-    scene.lights[2]->Keep({5, 5});
-    scene.lights.push_back(TEV2_LIGHT::Create(77));
-    scene.lights[3]->Keep({6});
-    FillCamera(*scene.cameras.emplace_back(std::make_unique<TEV2_CAMERA>()));
+    FillLights(scene);
+    scene.cameras.push_back(Filled<TEV2_CAMERA>());
+    scene.cameras.push_back(Filled<TEV2_CAMERA>());
+    scene.cameras[1]->keptEffects = {2, Bytes().U32({1, 0, 1}).data};
     AddKept(scene.rigids, {7, 7, 7, 7, 7});
     AddKept(scene.animMeshes, {8});
     AddKept(scene.morphMeshes, {});
     AddKept(scene.weightedMeshes, {10, 10});
-    AddKept(scene.bezierSplines, {11});
-    AddKept(scene.helpers, {17});
-    AddKept(scene.speedTreeReferences, {23});
-    FillHierarchy(scene.matrixHierarchy);
-    scene.materials.push_back(std::make_unique<TEV2_SHADER_MATERIAL>());
-    scene.materials.push_back(std::make_unique<TEV2_STANDARD_MATERIAL>());
-    scene.materials.push_back(TEV2_MATERIAL::Create(5));
-    scene.materials[2]->Keep({13});
-    const std::uint32_t instanceIds[] = {14, 16, 18, 19};
-    for (std::uint32_t list = 0; list < TEV2::kInstanceLists; ++list)
-    {
-        if ((list == 7 || list == 9) && !with_unsaved_lists)
-            continue;
-        auto& instances = scene.instanceLists[list];
-        instances.push_back(TEV2_INSTANCE::Create(instanceIds[list % 4]));
-        instances[0]->Keep({static_cast<std::uint8_t>(list)});
-    }
-    AddKept(scene.xrefs15, {15});
-    AddKept(scene.xrefs20, {20});
-    AddKept(scene.xrefObjects, {21});
+    AddEach(scene.bezierSplines);
+    AddEach(scene.helpers);
+    AddEach(scene.speedTreeReferences);
+    FillMaterials(scene);
+    FillInstances(scene, with_unsaved_lists);
+    AddEach(scene.xrefs15);
+    AddEach(scene.xrefs20);
+    AddEach(scene.xrefObjects);
 }
 
 void FillSoundScene(TEV2& scene)
@@ -180,7 +190,7 @@ Bytes SceneOfVersion(float version)
     const Bytes bounds =
         version >= 1.13f ? SampleTrackBytes(11, Bytes().F32({0, 0, 0, 1, 1, 1, 1, 1, 1, 2, 2, 2})) : Bytes();
     const Bytes range = SampleTrackBytes(1, Bytes().F32({1, 2, 3, 4}));
-    const Bytes effects = Bytes::Of(2u, 1u, 0u, FloatTrackBytes(0.25f, 0.5f), 0u);
+    const Bytes effects = Bytes::Of(2u, 1u, 0u, kOurLayout, FloatTrackBytes(0.25f, 0.5f), 0u);
     const Bytes camera = Bytes::Of(u"camera", u"", u"c", 1u, properties, bounds, 0.5f, FloatTrackBytes(1, 2),
                                    0u, range, 0u, effects);
     const Bytes scale = version >= 1.15f ? SampleTrackBytes(3, Bytes().F32({1, 1, 1, 2, 3, 4})) : Bytes();

@@ -5,6 +5,7 @@
 //     dialog_regions.h  the names of the regions of the exporter's dialog
 //     records.h         what a record writes, and how many bytes it reads
 //     run_command.h     runs a program and collects its output
+//     sample_records.h  records with every field
 //     sample_scenes.h   whole scenes
 //     scene_texts.h     small scene files of other formats, as text
 //     scratch_folder.h  a folder that goes with the test; files read and written as a whole
@@ -21,9 +22,9 @@
 namespace tv2_tests
 {
 
-/// Fills a scene with every kind of record and of track that a file can hold, properties of each kind, null
-/// entries, and bodies that are kept as bytes. Instance lists 7 and 9 are filled when asked for: a saved
-/// scene loses them.
+/// Fills a scene with every kind of record and of track that a file can hold, every field set, properties of each kind,
+/// null entries, and bodies that are kept as bytes: all of them, and behind a placed object. Instance lists 7 and 9 are
+/// filled when asked for: a saved scene loses them.
 void FillWithEverything(TEV2_LOADER::TEV2& scene, bool with_unsaved_lists = false);
 
 /// Fills a scene as an export does, so that no check has anything to say: three nodes in a chain with three keys each,

@@ -47,4 +47,26 @@ inline Bytes FloatTrackBytes(float first, float last)
     return SampleTrackBytes(0, Bytes().F32({first, last}));
 }
 
+/// A track of ranges: the second is the first one turned round.
+inline std::unique_ptr<TEV2_LOADER::TEV2_ANIMATABLE_FLOAT32_RANGE> RangeTrack(float first, float last)
+{
+    return SampleTrack<TEV2_LOADER::TEV2_ANIMATABLE_FLOAT32_RANGE_LINEAR>({first, last}, {last, first});
+}
+
+inline Bytes RangeTrackBytes(float first, float last)
+{
+    return SampleTrackBytes(1, Bytes().F32({first, last, last, first}));
+}
+
+/// A track of colours, which differ in red.
+inline std::unique_ptr<TEV2_LOADER::TEV2_ANIMATABLE_COLOUR> ColourTrack(float first, float last)
+{
+    return SampleTrack<TEV2_LOADER::TEV2_ANIMATABLE_COLOUR_LINEAR>({first, 2, 3, 1}, {last, 2, 3, 1});
+}
+
+inline Bytes ColourTrackBytes(float first, float last)
+{
+    return SampleTrackBytes(2, Bytes().F32({first, 2, 3, 1, last, 2, 3, 1}));
+}
+
 } // namespace tv2_tests

@@ -115,6 +115,8 @@ std::vector<CodeCase> Warnings()
          kBody + 4 + 2, "matrixHierarchy.nodes[0]"},
         {"body of an older version", FileOfVersion(1.15f).Chunk(7, Bytes().Zeros(3)), UnparsedOtherVersion,
          kBody, "rigids[0]"},
+        {"body of another layout", Current().Chunk(3, Bytes().U32(kOurLayout + 1)), BodyKept, kBody,
+         "globalLightTint.layout"},
         {"instance list 7", Current().Chunk(18, Bytes().U32(7)), InstanceListNeverSaved, kBody + 4,
          "instanceLists[7][0]"},
         {"instance list 9", Current().Chunk(19, Bytes().U32(9)), InstanceListNeverSaved, kBody + 4,
@@ -235,7 +237,11 @@ TEST(Load, ReadsWhatItsVersionHas)
         const auto outcome = Load(SceneOfVersion(version));
         ASSERT_TRUE(outcome->loaded);
         for (const TEV2_LOAD_FINDING& finding : outcome->report.findings)
-            EXPECT_EQ(finding.code, TEV2_LOAD_CODE::UnparsedOtherVersion) << finding.path;
+        {
+            EXPECT_EQ(finding.code,
+                      version == 1.16f ? TEV2_LOAD_CODE::BodyKept : TEV2_LOAD_CODE::UnparsedOtherVersion)
+                << finding.path;
+        }
         const TEV2& scene = outcome->scene;
         EXPECT_EQ(scene.environment.reserved[7], version >= 1.16f ? 8 : 0);
         const TEV2_CAMERA& camera = *scene.cameras.at(0);
@@ -243,6 +249,8 @@ TEST(Load, ReadsWhatItsVersionHas)
         EXPECT_EQ(camera.properties.floatValues.size(), version >= 1.04f ? 1u : 0u);
         EXPECT_EQ(camera.bounds != nullptr, version >= 1.13f);
         EXPECT_EQ(camera.inverseAspect, 0.5f);
+        EXPECT_EQ(camera.effects.size(), version == 1.16f ? 2u : 0u);
+        EXPECT_EQ(camera.keptEffects.count, version == 1.16f ? 0u : 2u);
         const TEV2_MATRIX_NODE& node = scene.matrixHierarchy.nodes.at(1);
         EXPECT_EQ(node.parentIndex, 0);
         EXPECT_EQ(node.scale != nullptr, version >= 1.15f);

@@ -45,17 +45,6 @@ TEST(Environment, IsRangeColourMapAndReservedBytes)
     ExpectStoredAs(environment, Bytes::Of(0.5f, 2.0f, colour, 0u, kCounting));
 }
 
-TEST(Environment, RefusesAMapOfEveryType)
-{
-    for (std::uint32_t type = 0; type < 4; ++type)
-    {
-        EXPECT_EQ(TEV2_MATERIAL_MAP::Create(type), nullptr);
-        const Bytes bytes = Bytes().F32({1, 2}).U32({0, 1, type}).Zeros(64);
-        TEV2_MEMORY_CURSOR cursor(bytes.data.data(), bytes.data.size());
-        EXPECT_FALSE(TEV2_ENVIRONMENT().Load(cursor, kVersion));
-    }
-}
-
 TEST(Entity, IsItsName)
 {
     TEV2_ENTITY entity;
@@ -124,8 +113,8 @@ TEST(Camera, IsAspectTracksAndEffectsAndMovesAllButItsBounds)
     camera.effects.push_back(std::move(depth));
     const Bytes ranges = Bytes::Of(SampleTrackBytes(1, Bytes().F32({1, 2, 3, 4})),
                                    SampleTrackBytes(1, Bytes().F32({5, 6, 7, 8})));
-    const Bytes effects = Bytes::Of(3u, 1u, 0u, FloatTrackBytes(0.1f, 0.2f), 0u, 1u, 1u,
-                                    FloatTrackBytes(5, 6), FloatTrackBytes(2, 4));
+    const Bytes effects = Bytes::Of(3u, 1u, 0u, kOurLayout, FloatTrackBytes(0.1f, 0.2f), 0u, 1u, 1u,
+                                    kOurLayout, FloatTrackBytes(5, 6), FloatTrackBytes(2, 4));
     ExpectStoredAs(camera,
                    Bytes::Of(placed, 0.75f, FloatTrackBytes(1, 2), FloatTrackBytes(3, 4), ranges, effects));
 
