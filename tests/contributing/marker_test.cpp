@@ -41,15 +41,40 @@ private:
 };
 
 // clang-format off
-constexpr std::string_view kChunk{"\x44\0\0\0" "\x18\0\0\0"          // 68 bytes of chunk 24
-                                  "\4\0d\0o\0o\0r\0" "\2\0h\0i\0"      // two texts
-                                  "\7\0\0\0"                           // node
-                                  "\1\0\0\0" "\0\0\0\0"                // a track, of kind 0
-                                  "\0\0\0\0" "\0\0\0\0"                // its cursor and present time
+constexpr std::string_view kChunk{"\x48\0\0\0" "\x18\0\0\0"          // 72 bytes of chunk 24
+                                  "\4\0d\0o\0o\0r\0"                 // name
+                                  "\1\0YL"                           // layout
+                                  "\2\0h\0i\0" "\7\0\0\0"           // note, node
+                                  "\1\0\0\0" "\0\0\0\0"             // a track, of kind 0
+                                  "\0\0\0\0" "\0\0\0\0"             // its cursor and present time
                                   "\2\0\0\0" "\0\0\0\0" "\0\0\0\x40"   // times 0 and 2
                                   "\2\0\0\0" "\0\0\0\0" "\0\0\x80\x3F", // values 0 and 1
-                                  68};
+                                  72};
+constexpr std::size_t kLayoutAt = 18;
 // clang-format on
+
+std::string ReadAll(const std::string& path)
+{
+    std::ifstream file(path, std::ios::binary);
+    return {std::istreambuf_iterator<char>(file), {}};
+}
+
+/// A body of another layout comes out of a save as it went in.
+int KeepForeignBody(std::string bytes, const std::string& path)
+{
+    bytes[bytes.find(kChunk) + kLayoutAt] = '\2';
+    TEV2 scene;
+    TEV2_LOAD_REPORT report;
+    if (!LoadMemory(bytes.data(), bytes.size(), scene, {.report = &report}))
+        return Fail("loading another layout");
+    if (report.findings.size() != 1 || report.findings[0].code != TEV2_LOAD_CODE::BodyKept)
+        return Fail("the warning");
+    if (scene.markers.size() != 1 || scene.markers[0]->IsTyped())
+        return Fail("keeping the body");
+    if (!SaveFile(scene, path) || ReadAll(path) != bytes)
+        return Fail("saving the body that was kept");
+    return 0;
+}
 
 } // namespace
 
@@ -69,8 +94,7 @@ int main(int /*count*/, char** arguments)
     if (!SaveFile(made, path))
         return Fail("saving");
 
-    std::ifstream file(path, std::ios::binary);
-    const std::string bytes{std::istreambuf_iterator<char>(file), {}};
+    const std::string bytes = ReadAll(path);
     if (bytes.find(kChunk) == std::string::npos)
         return Fail("the bytes of the chunk");
 
@@ -86,7 +110,7 @@ int main(int /*count*/, char** arguments)
 
     Paths paths;
     WalkScene(loaded, reinterpret_cast<const std::uint8_t*>(bytes.data()), report, paths);
-    if (paths.markers != "markers[0].name 8\nmarkers[0].note 18\nmarkers[0].node 24\nmarkers[0].weight 28\n")
+    if (paths.markers != "markers[0].name 8\nmarkers[0].note 22\nmarkers[0].node 28\nmarkers[0].weight 32\n")
         return Fail(paths.markers.c_str());
-    return 0;
+    return KeepForeignBody(bytes, path);
 }
