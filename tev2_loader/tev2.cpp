@@ -15,6 +15,15 @@ namespace TEV2_LOADER
 namespace
 {
 
+template <typename Object>
+constexpr bool IsSmall()
+{
+    if constexpr (requires(const Object& object) { ClassesOf(object); })
+        return decltype(ClassesOf(std::declval<const Object&>()))::kLargest <= kMostObjectBytes;
+    else
+        return sizeof(Object) <= kMostObjectBytes;
+}
+
 std::string Hex(std::uint32_t value)
 {
     char text[16];
@@ -101,6 +110,7 @@ bool LoadMember(TEV2_MEMORY_CURSOR& cursor, float version, const TEV2_LIST& list
 template <typename Object>
 bool LoadMember(TEV2_MEMORY_CURSOR& cursor, float version, const TEV2_LIST& list, TEV2::Array<Object>& array)
 {
+    static_assert(IsSmall<Object>());
     const RecordScope scope(cursor, list.label, array.size());
     [[maybe_unused]] std::uint32_t type = 0;
     if (list.reading == TEV2_READING::WithType && !ReadPrefix(cursor, type))
@@ -143,6 +153,7 @@ bool LoadInstance(TEV2_MEMORY_CURSOR& cursor, float version, std::uint32_t chunk
                            "at most " + std::to_string(kInstanceListCount - 1), std::to_string(list),
                            sizeof list);
 
+    static_assert(IsSmall<TEV2_INSTANCE>());
     auto& instances = scene.instanceLists[list];
     const RecordScope scope(cursor, "instanceLists", list);
     const RecordScope place(cursor, "", instances.size());

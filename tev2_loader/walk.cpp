@@ -80,8 +80,6 @@ public:
         Block(label, bytes);
     }
 
-    void Body(const char* label, const UnparsedBody& body) { Block(label, body.bytes); }
-
     template <typename Element>
     void Values(const char* label, const std::vector<Element>& values, Counts = Counts::kBoth)
     {
@@ -132,6 +130,21 @@ public:
         field_.offset += kCount;
         if (record)
             Record(label, *record, counts);
+    }
+
+    template <typename Number>
+    void OptionalValue(const char* label, const std::optional<Number>& value)
+    {
+        field_.offset += kCount;
+        if (value)
+            Value(label, *value);
+    }
+
+    template <typename Object, typename... More>
+    void Boxed(const char* label, const TEV2_BOXED<Object>& box, const More&... more)
+    {
+        const Scope scope(field_, "." + std::string(label));
+        Object::Fields(*box, *this, more...);
     }
 
     template <typename Object>
@@ -193,6 +206,8 @@ public:
         field_.offset += kCount;
         Column(label, values, count);
     }
+
+    void ColumnCount(const char* label, std::uint32_t number) { Value(label, number); }
 
     template <typename Element>
     void ColumnGroup(const char* label, const std::vector<std::vector<Element>>& columns, std::size_t count)

@@ -8,6 +8,7 @@
 #include <cstdint>
 #include <cstdlib>
 #include <cxxabi.h>
+#include <optional>
 #include <string>
 #include <type_traits>
 #include <typeinfo>
@@ -45,6 +46,8 @@ template <> inline std::string TypeName<TEV2_LOADER::TEV2_WIDE_STRING>() { retur
 template <> inline std::string TypeName<TEV2_LOADER::TEV2_FLOAT32_RANGE>() { return "range"; }
 template <> inline std::string TypeName<TEV2_LOADER::TEV2_VECTOR_2>() { return "vec2"; }
 template <> inline std::string TypeName<TEV2_LOADER::TEV2_VECTOR_3>() { return "vec3"; }
+template <> inline std::string TypeName<TEV2_LOADER::TEV2_VECTOR_4>() { return "vec4"; }
+template <> inline std::string TypeName<TEV2_LOADER::TEV2_VERTEX_FRAME>() { return "frame"; }
 template <> inline std::string TypeName<TEV2_LOADER::TEV2_MATRIX_3X4>() { return "matrix"; }
 template <> inline std::string TypeName<TEV2_LOADER::TEV2_TRIANGLE>() { return "TEV2_CARD32_TRIPLE"; }
 template <> inline std::string TypeName<TEV2_LOADER::TEV2_BEZIER_POINTS>() { return "TEV2_RIGID_BEZIER_CURVE"; }
@@ -186,6 +189,17 @@ public:
     {
         Add(label, "N " + TypeName<Object>());
     }
+    template <typename Number>
+    void OptionalValue(const char* label, const std::optional<Number>&)
+    {
+        Add(label, "optional " + TypeName<Number>());
+    }
+    template <typename Object>
+    void Boxed(const char* label, const TEV2_LOADER::TEV2_BOXED<Object>&, const auto&...)
+    {
+        Add(label, TypeName<Object>());
+    }
+    void ColumnCount(const char* label, std::uint32_t) { Add(label, "u32"); }
 
 private:
     bool Gate(const char* word, float version)

@@ -2,6 +2,7 @@
 
 #include "tev2_loader/requirements.h"
 
+#include <algorithm>
 #include <array>
 #include <cstddef>
 #include <cstdint>
@@ -34,6 +35,8 @@
 //     Values(label, values)           u32 count, then numbers or values, as one block where possible
 //     Record(label, record)           another record, under its label
 //     Optional(label, record)         u32 flag, record: a pointer that may be null
+//     OptionalValue(label, value)     u32 flag, value: a std::optional
+//     Boxed(label, box, more...)      another record, in a TEV2_BOXED; its Fields gets more, too
 //     Records(label, records)         u32 count, records; a last argument examines each as it is loaded
 //     Track(label, object)            u32 flag, u32 type, record: a track or another object of several classes
 //     Objects(label, objects)         u32 count, then each as Track
@@ -46,7 +49,8 @@
 //     VertexCount(label, count, least)         u32, of vertices that take at least so many bytes each
 //     Column(label, values, count)             that many values, as one block
 //     OptionalColumn(label, values, count)     u32 flag, values; empty: absent
-//     ColumnGroup(label, columns, count)       u32 number of columns, at most kMostColumns, then the columns
+//     ColumnCount(label, number)               u32, at most kMostColumns
+//     ColumnGroup(label, columns, count)       as ColumnCount, then the columns
 //     Run(label, records, count)               that many records
 //
 // Most take a last argument that says in which results the field counts: both unless given.
@@ -95,6 +99,9 @@ concept BlockElement = std::is_trivially_copyable_v<Value> && sizeof(Value) % 4 
 template <typename Family, typename... Classes>
 struct TEV2_CLASSES
 {
+    /// Bytes of the largest of them.
+    static constexpr std::size_t kLargest = std::max({sizeof(Classes)...});
+
     /// An empty object of a type; null for a type that is not in the list.
     static std::unique_ptr<Family> Create(std::uint32_t type)
     {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "tev2_loader/archive/boxed.h"
 #include "tev2_loader/archive/fields.h"
 #include "tev2_loader/archive/size.h"
 #include "tev2_loader/format.h"
@@ -10,6 +11,7 @@
 #include <bit>
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <string>
 #include <tuple>
 #include <type_traits>
@@ -229,6 +231,24 @@ public:
         Record(label, *record, counts);
     }
 
+    template <typename Number>
+    void OptionalValue(const char* /*label*/, std::optional<Number>& value)
+    {
+        value.reset();
+        if (ReadFlag())
+            Read(value.emplace());
+    }
+
+    template <typename Object, typename... More>
+    void Boxed(const char* label, TEV2_BOXED<Object>& box, const More&... more)
+    {
+        const RecordScope scope(cursor_, label);
+        LoadArchive inner(cursor_, version_);
+        if (cursor_.TakeMemory(sizeof(Object)))
+            Object::Fields(*box, inner, more...);
+        Count(Counts::kBoth, inner.Result());
+    }
+
     /// Effects of a layout that is not ours are kept as bytes, and with them all that follow.
     template <typename Object, typename Kept>
     void Effects(const char* label, std::vector<std::unique_ptr<Object>>& effects, Kept& kept,
@@ -313,13 +333,19 @@ public:
             Column(label, values, count);
     }
 
+    void ColumnCount(const char* label, std::uint32_t& number)
+    {
+        number = cursor_.ReadU32();
+        if (number > kMostColumns)
+            Refuse(label, "at most " + std::to_string(kMostColumns), number);
+    }
+
     template <typename Element>
     void ColumnGroup(const char* label, std::vector<std::vector<Element>>& columns, std::size_t count)
     {
         columns.clear();
-        const std::uint32_t number = cursor_.ReadU32();
-        if (number > kMostColumns)
-            Refuse(label, "at most " + std::to_string(kMostColumns), number);
+        std::uint32_t number = 0;
+        ColumnCount(label, number);
         for (std::uint32_t index = 0; index < number && !cursor_.Failed(); ++index)
         {
             const RecordScope scope(cursor_, label, index);

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "tev2_loader/archive/boxed.h"
 #include "tev2_loader/archive/fields.h"
 #include "tev2_loader/format.h"
 
@@ -65,6 +66,14 @@ public:
             Record(label, *record);
     }
 
+    /// A box that is empty stays so.
+    template <typename Object, typename... More>
+    void Boxed(const char* /*label*/, TEV2_BOXED<Object>& box, const More&... more)
+    {
+        if (!box.Empty())
+            Object::Fields(*box, *this, more...);
+    }
+
     template <typename Object>
     void Records(const char* label, std::vector<Object>& records, Counts = Counts::kBoth)
     {
@@ -86,6 +95,8 @@ public:
     static void Choice(const char*, ChoiceEnum auto, Counts = Counts::kBoth) {}
     static void Bytes(const char*, const auto&, Counts = Counts::kBoth) {}
     static void Values(const char*, const auto&, Counts = Counts::kBoth) {}
+    static void OptionalValue(const char*, const auto&) {}
+    static void ColumnCount(const char*, std::uint32_t) {}
     static void VertexCount(const char*, std::uint32_t, std::size_t) {}
     static void Column(const char*, const auto&, std::size_t) {}
     static void OptionalColumn(const char*, const auto&, std::size_t) {}

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "tev2_loader/archive/boxed.h"
 #include "tev2_loader/archive/fields.h"
 #include "tev2_loader/format.h"
 #include "tev2_loader/io/file_writer.h"
@@ -7,6 +8,7 @@
 #include <algorithm>
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <span>
 #include <tuple>
 #include <type_traits>
@@ -142,6 +144,20 @@ public:
             Record(label, *record, counts);
     }
 
+    template <typename Number>
+    void OptionalValue(const char* label, const std::optional<Number>& value)
+    {
+        Bool(label, value.has_value());
+        if (value)
+            Value(label, *value);
+    }
+
+    template <typename Object, typename... More>
+    void Boxed(const char* /*label*/, const TEV2_BOXED<Object>& box, const More&... more)
+    {
+        Object::Fields(*box, *this, more...);
+    }
+
     /// The write of the count does not count.
     template <typename Object, typename Kept>
     void Effects(const char* label, const std::vector<std::unique_ptr<Object>>& effects, const Kept& kept,
@@ -190,10 +206,16 @@ public:
             Column(label, values, count);
     }
 
+    /// More than can be read back do not count as written.
+    void ColumnCount(const char* /*label*/, std::uint32_t number)
+    {
+        Count(Counts::kBoth, Write(number) && number <= kMostColumns);
+    }
+
     template <typename Element>
     void ColumnGroup(const char* label, const std::vector<std::vector<Element>>& columns, std::size_t count)
     {
-        Count(Counts::kBoth, WriteCount(columns) && columns.size() <= kMostColumns);
+        ColumnCount(label, static_cast<std::uint32_t>(columns.size()));
         for (const auto& column : columns)
             Column(label, column, count);
     }

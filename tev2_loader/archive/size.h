@@ -1,5 +1,6 @@
 #pragma once
 
+#include "tev2_loader/archive/boxed.h"
 #include "tev2_loader/archive/fields.h"
 #include "tev2_loader/io/wide_string.h"
 
@@ -10,6 +11,7 @@
 #include <cstdint>
 #include <limits>
 #include <memory>
+#include <optional>
 #include <span>
 #include <string_view>
 #include <tuple>
@@ -121,6 +123,18 @@ public:
             Object::Fields(*record, *this);
     }
 
+    template <typename Number>
+    void OptionalValue(const char*, const std::optional<Number>& value)
+    {
+        size_ += kCount + (value ? ValueSize<Number>() : 0);
+    }
+
+    template <typename Object, typename... More>
+    void Boxed(const char*, const TEV2_BOXED<Object>& box, const More&... more)
+    {
+        Object::Fields(*box, *this, more...);
+    }
+
     template <typename Object>
     void Typed(const char*, const std::unique_ptr<Object>& object, Counts = Counts::kBoth)
     {
@@ -167,6 +181,8 @@ public:
         if (!values.empty())
             Column(label, values, count);
     }
+
+    void ColumnCount(const char*, std::uint32_t) { size_ += kCount; }
 
     template <typename Element>
     void ColumnGroup(const char* label, const std::vector<std::vector<Element>>& columns, std::size_t count)

@@ -42,6 +42,16 @@ struct TEV2_VECTOR_4
     auto Components() const { return std::tie(x, y, z, w); }
 };
 
+/// Two directions along the surface of a vertex; with its normal they are the axes of normal maps.
+struct TEV2_VERTEX_FRAME
+{
+    TEV2_VECTOR_3 binormal;
+    TEV2_VECTOR_3 tangent;
+
+    auto Components() { return std::tuple_cat(binormal.Components(), tangent.Components()); }
+    auto Components() const { return std::tuple_cat(binormal.Components(), tangent.Components()); }
+};
+
 /// A value made of several floats.
 template <typename Value>
 concept ComponentValue = requires(Value value)

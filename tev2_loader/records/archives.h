@@ -46,6 +46,9 @@ bool LoadTyped(Record& record, TEV2_MEMORY_CURSOR& cursor, float version)
         if constexpr (requires { record.Examine(attempt.cursor); })
             if (!attempt.cursor.Failed())
                 record.Examine(attempt.cursor);
+        if constexpr (requires { record.MakeRoom(attempt.cursor); })
+            if (!attempt.cursor.Failed() && attempt.cursor.Remaining() == 0)
+                record.MakeRoom(attempt.cursor);
     }
     if (attempt.EndsBefore(0))
         return true;

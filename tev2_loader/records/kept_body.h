@@ -5,6 +5,7 @@
 #include "tev2_loader/records/positional_object.h"
 
 #include <concepts>
+#include <cstddef>
 #include <cstdint>
 #include <span>
 #include <utility>
@@ -12,6 +13,10 @@
 
 namespace TEV2_LOADER
 {
+
+/// The most bytes that an object of a chunk may take, 432 where an array is three pointers: a chunk of 8 bytes makes one,
+/// and a load takes at most 64 times its file. What is larger goes into a TEV2_BOXED.
+inline constexpr std::size_t kMostObjectBytes = 18 * sizeof(std::vector<std::uint8_t>);
 
 /// A body that is either read field by field (typed) or, where a file has it in a layout of others, kept as bytes and
 /// written back unchanged. docs/format.md says when.

@@ -64,7 +64,6 @@ public:
     {
         writer_.Bytes(label, bytes);
     }
-    void Body(const char* label, const UnparsedBody& body) { writer_.Bytes(label, body.bytes); }
 
     template <class Object>
     void Record(std::string_view label, const Object& record, Counts = Counts::kBoth)
@@ -110,6 +109,23 @@ public:
             Record(label, *record, counts);
         else
             writer_.Absent(label);
+    }
+
+    template <class Number>
+    void OptionalValue(const char* label, const std::optional<Number>& value)
+    {
+        if (value)
+            Value(label, *value);
+        else
+            writer_.Absent(label);
+    }
+
+    template <class Object, class... More>
+    void Boxed(const char* label, const TEV2_BOXED<Object>& box, const More&... more)
+    {
+        writer_.BeginObject(label);
+        Object::Fields(*box, *this, more...);
+        writer_.EndObject();
     }
 
     template <class Family>
@@ -176,6 +192,8 @@ public:
         else
             Column(label, values, count);
     }
+
+    void ColumnCount(const char* label, std::uint32_t number) { Value(label, number); }
 
     template <class Element>
     void ColumnGroup(const char* label, const std::vector<std::vector<Element>>& columns, std::size_t count)
