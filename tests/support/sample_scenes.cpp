@@ -191,8 +191,8 @@ Bytes SceneOfVersion(float version)
         version >= 1.13f ? SampleTrackBytes(11, Bytes().F32({0, 0, 0, 1, 1, 1, 1, 1, 1, 2, 2, 2})) : Bytes();
     const Bytes range = SampleTrackBytes(1, Bytes().F32({1, 2, 3, 4}));
     const Bytes effects = Bytes::Of(2u, 1u, 0u, kOurLayout, FloatTrackBytes(0.25f, 0.5f), 0u);
-    const Bytes camera = Bytes::Of(u"camera", u"", u"c", 1u, properties, bounds, 0.5f, FloatTrackBytes(1, 2),
-                                   0u, range, 0u, effects);
+    const Bytes placed = Bytes::Of(u"placed", u"", u"c", 1u, properties, bounds);
+    const Bytes camera = Bytes::Of(placed, 0.5f, FloatTrackBytes(1, 2), 0u, range, 0u, effects);
     const Bytes scale = version >= 1.15f ? SampleTrackBytes(3, Bytes().F32({1, 1, 1, 2, 3, 4})) : Bytes();
     const Bytes matrix =
         version <= 1.05f ? Bytes().F32({1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1}) : Bytes();
@@ -209,11 +209,11 @@ Bytes SceneOfVersion(float version)
         .Chunk(1, Bytes().U32(0xABCDu).U32(1).Zeros((lengths - 1) * 4))
         .Chunk(2, Bytes::Of(0.5f, 2.5f, colour, 0u, reserved))
         .Chunk(22, SampleTrackBytes(8, Bytes().U32({0, 0xFFFFFFFFu})))
-        .Chunk(5, Bytes().Zeros(7))
+        .Chunk(5, Bytes::Of(0u, placed, Bytes().Zeros(3)))
         .Chunk(6, camera)
-        .Chunk(10, Bytes().Zeros(5))
+        .Chunk(10, Bytes(placed).Zeros(5))
         .Chunk(12, Bytes::Of(2u, node(0xFFFFFFFFu), node(0)))
-        .Chunk(16, Bytes().U32(3).Zeros(2));
+        .Chunk(16, Bytes::Of(3u, placed, Bytes().Zeros(2)));
 }
 
 std::vector<std::uint8_t> SceneImage(const TEV2& scene)

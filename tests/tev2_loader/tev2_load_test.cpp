@@ -249,8 +249,8 @@ TEST(Load, ReadsWhatItsVersionHas)
         EXPECT_EQ(camera.properties.floatValues.size(), version >= 1.04f ? 1u : 0u);
         EXPECT_EQ(camera.bounds != nullptr, version >= 1.13f);
         EXPECT_EQ(camera.inverseAspect, 0.5f);
-        EXPECT_EQ(camera.effects.size(), version == 1.16f ? 2u : 0u);
-        EXPECT_EQ(camera.keptEffects.count, version == 1.16f ? 0u : 2u);
+        EXPECT_EQ(camera.effects.size(), 2u);
+        EXPECT_EQ(camera.keptEffects.count, 0u);
         const TEV2_MATRIX_NODE& node = scene.matrixHierarchy.nodes.at(1);
         EXPECT_EQ(node.parentIndex, 0);
         EXPECT_EQ(node.scale != nullptr, version >= 1.15f);

@@ -74,7 +74,7 @@ public:
     {
         if (outer_.Accept(cursor))
             return true;
-        if (!outer_.Failed() && !reasons_.findings.empty())
+        if (!outer_.Failed() && Allowed() && !reasons_.findings.empty())
             outer_.Warn(TEV2_LOAD_CODE::BodyKept, reasons_.findings.front());
         return false;
     }
@@ -454,10 +454,14 @@ private:
         return object ? object->Load(cursor_, version_) : FailForType<Object>(type);
     }
 
-    /// False, and the cursor where the type is, when the effect is of another layout.
+    /// False, and the cursor where the type is, when the effect is of another layout. Effects are read in files of every
+    /// version: what is kept of one could else be taken for ours, and what follows it for effects, once it is saved as
+    /// the newest.
     template <typename Object>
     bool LoadEffect(std::unique_ptr<Object>& effect)
     {
+        if (cursor_.chunkEnd - cursor_.current < static_cast<std::ptrdiff_t>(sizeof(std::uint32_t)))
+            return cursor_.Fail(TEV2_LOAD_CODE::RecordOverrun, "an effect inside the chunk", "its end");
         const std::uint32_t type = TEV2_MEMORY_CURSOR(cursor_).ReadU32();
         effect = Object::Create(type);
         if (!effect)
@@ -466,8 +470,6 @@ private:
             return FailForType<Object>(type);
         }
         BodyAttempt attempt(cursor_, version_);
-        if (!attempt.Allowed())
-            return false;
         attempt.cursor.ReadU32(); // the type
         if (attempt.cursor.TakeMemory(Object::kMostBytes))
             effect->Load(attempt.cursor, version_);
