@@ -9,7 +9,7 @@
 #include <random>
 #include <vector>
 
-// The mutator of scene files stays inside what it is given, and asks the fuzzer for nothing outside.
+// A mutator of scene files or of bodies stays inside what it is given, and asks the fuzzer for nothing outside.
 
 extern "C" std::size_t LLVMFuzzerMutate(std::uint8_t* data, std::size_t size, std::size_t max_size);
 extern "C" std::size_t LLVMFuzzerCustomMutator(std::uint8_t* data, std::size_t size, std::size_t max_size,
@@ -71,7 +71,7 @@ long MutateOften(const Bytes& file, std::size_t max_size)
     return changed;
 }
 
-TEST(SceneMutator, StaysInItsRoom)
+TEST(Mutator, StaysInItsRoom)
 {
     int files = 0;
     for (const auto& entry : std::filesystem::directory_iterator(TV2_CORPUS_DIR))
