@@ -182,7 +182,7 @@ public:
     template <typename Element>
     void ColumnGroup(const char* label, const std::vector<std::vector<Element>>&, std::size_t)
     {
-        Add(label, "array of N " + TypeName<Element>());
+        Add(label, "columns of N " + TypeName<Element>());
     }
     template <typename Object>
     void Run(const char* label, const std::vector<Object>&, std::size_t)

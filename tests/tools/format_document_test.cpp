@@ -1,11 +1,14 @@
 // docs/format.md says what the library does.
 
 #include "tests/support/record_schema.h"
+#include "tests/support/records.h"
+#include "tests/support/tracks.h"
 #include "tests/tools/tool_test.h"
 
 #include <algorithm>
 #include <set>
 #include <sstream>
+#include <utility>
 
 using namespace TEV2_LOADER;
 using namespace tv2_tests;
@@ -13,28 +16,111 @@ using namespace tv2_tests;
 namespace
 {
 
-TEST(FormatDocument, HexDumpIsTheFileOfAnEmptyScene)
+/// The bytes of the dump after a fence of the document. A line is an offset, up to so many bytes from column 11 on, and a
+/// remark.
+std::vector<std::uint8_t> DumpedBytes(const std::string& fence, std::size_t width)
 {
     const std::string document = ReadText(TV2_FORMAT_DOCUMENT);
-    const std::string fence = "```hexdump\n";
-    const std::size_t begin = document.find(fence);
-    ASSERT_NE(begin, std::string::npos);
-    std::istringstream lines(
-        document.substr(begin + fence.size(), document.find("```", begin + 3) - begin - fence.size()));
-
-    // an offset, up to 8 bytes in columns 11 to 34, a remark
+    const std::size_t begin = document.find(fence) + fence.size();
+    EXPECT_GT(begin, fence.size()) << fence;
+    std::istringstream lines(document.substr(begin, document.find("```", begin) - begin));
     std::vector<std::uint8_t> bytes;
     for (std::string line; std::getline(lines, line);)
     {
         if (line.empty())
             continue;
         EXPECT_EQ(std::stoul(line.substr(0, 8), nullptr, 16), bytes.size()) << line;
-        EXPECT_GT(line.size(), 37U) << "a line without a remark: " << line;
-        std::istringstream columns(line.substr(10, 24));
+        EXPECT_GT(line.size(), 3 * width + 10) << "a line without a remark: " << line;
+        std::istringstream columns(line.substr(10, 3 * width));
         for (std::string byte; columns >> byte;)
             bytes.push_back(static_cast<std::uint8_t>(std::stoul(byte, nullptr, 16)));
     }
-    EXPECT_EQ(bytes, SceneImage(TEV2()));
+    return bytes;
+}
+
+TEST(FormatDocument, HexDumpIsTheFileOfAnEmptyScene)
+{
+    EXPECT_EQ(DumpedBytes("```hexdump\n", 8), SceneImage(TEV2()));
+}
+
+TEST(FormatDocument, HexDumpIsTheChunkOfASkinnedMesh)
+{
+    TEV2 scene;
+    scene.weightedMeshes.push_back(std::make_unique<TEV2_WEIGHTED_MESH>());
+    TEV2_WEIGHTED_MESH& mesh = *scene.weightedMeshes[0];
+    mesh.name = Wide(u"flag");
+    mesh.value = kNone;
+    mesh.subObjects.resize(1);
+    mesh.subObjects[0].triangles = {{0, 1, 2}};
+    mesh.vertices->positions = {{0, 0, 0}, {0, 1, 0}, {2, 1, 0}};
+    mesh.vertices->uvs.push_back({{0, 1}, {0, 0}, {1, 0}});
+    mesh.skin->influences = 2;
+    mesh.skin->boneIndices = {0, 0, 0, 0, 0, 1};
+    mesh.skin->weights = {1, 0, 1, 0, 0.25f, 0.75f};
+    mesh.skin->bones = {0, 1};
+    mesh.skin->bindMatrices.resize(2);
+    mesh.skin->bindMatrices[1].m[0][3] = -1;
+
+    const std::vector<std::uint8_t> image = SceneImage(scene);
+    std::size_t at = 4;
+    while (at < image.size() && WordAt(image, at + 4) != kWeightedMeshChunk)
+        at += WordAt(image, at);
+    ASSERT_LT(at, image.size());
+    const auto begin = image.begin() + static_cast<std::ptrdiff_t>(at);
+    EXPECT_EQ(DumpedBytes("```hexdump16\n", 16), std::vector<std::uint8_t>(begin, begin + WordAt(image, at)));
+}
+
+/// What the second of two like entries adds to columns, after `add` has added one.
+template <typename Columns>
+std::string BytesOfEntry(const std::function<void(Columns&)>& add)
+{
+    Columns columns;
+    add(columns);
+    const std::size_t one = RecordSize(columns, kVersion);
+    add(columns);
+    return std::to_string(RecordSize(columns, kVersion) - one);
+}
+
+std::string BytesOfVertex(const TEV2_RIGID_VERT& vertex)
+{
+    return BytesOfEntry<TEV2_RIGID_VERTICES>([&](TEV2_RIGID_VERTICES& vertices) { vertices.Append(vertex); });
+}
+
+std::string BytesOfOffset(TEV2_TARGET_VERT offset)
+{
+    offset.vertex = 0;
+    return BytesOfEntry<TEV2_TARGET_VERTICES>(
+        [&](TEV2_TARGET_VERTICES& target)
+        {
+            target.SetOffset(offset);
+            ++offset.vertex;
+        });
+}
+
+TEST(FormatDocument, SizesAreThoseOfTheRecords)
+{
+    const auto sizeOf = [](const auto& record) { return std::to_string(RecordSize(record, kVersion)); };
+    TEV2_RIGID_VERT vertex;
+    vertex.normal.emplace();
+    vertex.uvs.resize(1);
+    const std::string plain = BytesOfVertex(vertex);
+    vertex.frame.emplace();
+    TEV2_TARGET_VERT offset;
+    offset.normal.emplace();
+    TEV2_VERTEX_TRACKS moving;
+    moving.position = SampleTrack<TEV2_ANIMATABLE_VECTOR_3_LINEAR>({}, {});
+    const std::string rows[][2] = {
+        {"a point light without name and tracks", sizeOf(TEV2_POINT_LIGHT())},
+        {"a triangle", sizeOf(TEV2_CARD32_TRIPLE())},
+        {"a vertex with position, normal and one set of texture coordinates", plain},
+        {"the same with binormal and tangent", BytesOfVertex(vertex)},
+        {"four weights of a vertex", std::to_string(4 * RecordSize(TEV2_BONE_WEIGHT_DATA(), kVersion))},
+        {"a vertex of a target with a position, or with a normal, too",
+         BytesOfOffset({}) + ", or " + BytesOfOffset(offset)},
+        {"a vertex of an anim mesh with two keys of its position and no other track", sizeOf(moving)},
+    };
+    for (const auto& [what, bytes] : rows)
+        ExpectParts(ReadText(TV2_FORMAT_DOCUMENT), {"| " + what + " | " + bytes + " |"});
 }
 
 TEST(FormatDocument, NamesEveryCodeOfTheLoader)
@@ -58,8 +144,10 @@ std::vector<std::string> Cells(const std::string& row)
 std::string SchemaType(std::string cell)
 {
     std::erase(cell, '`');
-    const std::size_t index = cell.find("index");
-    return index == std::string::npos ? cell : cell.replace(index, 5, "u32");
+    for (const auto& [word, type] : {std::pair{"index", "u32"}, {"N · K", "N"}})
+        if (const std::size_t at = cell.find(word); at != std::string::npos)
+            cell.replace(at, std::string(word).size(), type);
+    return cell;
 }
 
 /// The first table after a line of the document, as a schema.
@@ -101,8 +189,24 @@ std::string TitleOf(const RecordSchema& schema, bool inBody)
 class RecordTables : public testing::Test
 {
 protected:
-    /// The table has the fields of a record but those of its bases; the example is of the record's class or of a class
-    /// derived from it.
+    using Strings = std::vector<std::string>;
+
+    /// The table of a class has what the schema has from field `first` on.
+    template <typename Record>
+    void ExpectTable(const RecordSchema& schema, std::size_t first, bool inBody)
+    {
+        const std::string title = TitleOf<Record>(schema, inBody);
+        const RecordSchema table = TableAfter(document_, title);
+        seen_.insert(title);
+        for (auto part : {&RecordSchema::fields, &RecordSchema::types})
+            EXPECT_EQ(table.*part, Strings((schema.*part).begin() + static_cast<std::ptrdiff_t>(first),
+                                           (schema.*part).end()))
+                << title;
+        for (std::size_t row = 0; row < std::min(table.fields.size(), schema.fields.size() - first); ++row)
+            ExpectParts(table.choices[row], {schema.choices[first + row]});
+    }
+
+    /// The fields of a record but those of its bases; the example is of the record's class or of one derived from it.
     template <typename Record, typename... Bases, typename Example>
     void ExpectOf(const Example& example, bool inBody)
     {
@@ -110,16 +214,17 @@ protected:
         RecordSchema schema;
         (Bases::Fields(example, bases), ...);
         Record::Fields(example, schema);
-        const std::string title = TitleOf<Record>(schema, inBody);
-        const RecordSchema table = TableAfter(document_, title);
-        seen_.insert(title);
-        for (auto part : {&RecordSchema::fields, &RecordSchema::types})
-            EXPECT_EQ(table.*part, std::vector<std::string>((schema.*part).begin() + bases.fields.size(),
-                                                            (schema.*part).end()))
-                << title;
-        for (std::size_t row = 0;
-             row < std::min(table.fields.size(), schema.fields.size() - bases.fields.size()); ++row)
-            ExpectParts(table.choices[row], {schema.choices[bases.fields.size() + row]});
+        ExpectTable<Record>(schema, bases.fields.size(), inBody);
+    }
+
+    /// Of a part of a mesh whose length is that of another part.
+    template <typename Record>
+    void ExpectColumns()
+    {
+        const Record record;
+        RecordSchema schema;
+        Record::Fields(record, schema, 0);
+        ExpectTable<Record>(schema, 0, true);
     }
 
     /// Of a record of a body with a layout number.
@@ -199,9 +304,30 @@ TEST_F(RecordTables, NameFieldsAndTypesOfEachRecordInTheirOrder)
     Expect<TEV2_SHADER_MATERIAL, TEV2_MATERIAL>();
     Expect<TEV2_SHADER_STRING_PARAM>();
     Expect<TEV2_SHADER_LIGHT_PARAM>();
+    Expect<TEV2_RIGID, TEV2_TRI_OBJECT>();
+    Expect<TEV2_ANIM_MESH, TEV2_TRI_OBJECT>();
+    Expect<TEV2_MORPH_MESH, TEV2_TRI_OBJECT>();
+    Expect<TEV2_WEIGHTED_MESH, TEV2_TRI_OBJECT>();
+    Expect<TEV2_TRI_OBJECT, TEV2_GEOM_OBJECT>();
+    Expect<TEV2_GEOM_OBJECT, Placed, TEV2_LIT_OBJECT>();
     Expect<TEV2_LIT_OBJECT>();
     Expect<TEV2_TRI_SUB_OBJECT>();
     Expect<TEV2_CARD32_TRIPLE>();
+    ExpectColumns<TEV2_VERT_COLUMNS>();
+    Expect<TEV2_RIGID_VERTICES>();
+    Expect<TEV2_ANIM_VERTICES>();
+    Expect<TEV2_VERTEX_TRACKS>();
+    ExpectColumns<TEV2_SKIN>();
+    Expect<TEV2_MORPH_TARGET>();
+    Expect<TEV2_TARGET_VERTICES>();
+    Expect<TEV2_VERT>();
+    Expect<TEV2_RIGID_VERT, TEV2_VERT>();
+    Expect<TEV2_ANIM_MESH_VERT, TEV2_VERT>();
+    Expect<TEV2_MORPH_MESH_VERT, TEV2_RIGID_VERT>();
+    Expect<TEV2_TARGET_VERT>();
+    Expect<TEV2_WEIGHTED_MESH_VERT, TEV2_RIGID_VERT>();
+    Expect<TEV2_BONE_WEIGHT_DATA>();
+    Expect<TEV2_TRI_CLIPPER_RIGID_VERT, TEV2_RIGID_VERT>();
     Expect<TEV2_BEZIER_SPLINE_OBJECT, Placed>();
     ExpectOf<TEV2_IBEZIER_SPLINE>(TEV2_RIGID_BEZIER_SPLINE(), true);
     Expect<TEV2_RIGID_BEZIER_SPLINE, TEV2_IBEZIER_SPLINE>();

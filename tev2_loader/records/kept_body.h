@@ -23,7 +23,7 @@ inline constexpr std::size_t kMostObjectBytes = 18 * sizeof(std::vector<std::uin
 ///
 ///     if (!light.IsTyped())
 ///         light.Forget(); // gives up what another program wrote there
-///     light.intensity = ConstantTrack(2.0f);
+///     light.intensity = ConstantTrack<TEV2_ANIMATABLE_FLOAT32_LINEAR>(2.0f);
 ///
 /// Of a kept body only what its placed object holds (name, node, properties, bounds) was read, is saved and moves with
 /// time. The class's own fields are as constructed; a value that a program gives them is saved only after Forget.

@@ -5,6 +5,7 @@
 #include "tev2_loader/tracks/animatable.h"
 
 #include <algorithm>
+#include <memory>
 
 namespace TEV2_LOADER
 {
@@ -19,6 +20,7 @@ namespace TEV2_LOADER
 //     track->SetTime(0.5f);
 //     if (track->GetValue() != 3.0f)
 //         return 1;
+//     track = TEV2_LOADER::ConstantTrack<TEV2_LOADER::TEV2_ANIMATABLE_FLOAT32_LINEAR>(2.0f);
 
 /// The values of a track, with their record, comparison and copy. Concrete is the final class, Family its interface,
 /// kKind its number in the file.
@@ -95,5 +97,14 @@ public:
         return interpolation(m_values[key], m_values[key + 1], this->m_fraction);
     }
 };
+
+/// A track of a concrete class with one key at 0 seconds: a constant.
+template <typename Track>
+std::unique_ptr<Track> ConstantTrack(const typename Track::Value& value)
+{
+    auto track = std::make_unique<Track>();
+    track->Append(0.0f, value);
+    return track;
+}
 
 } // namespace TEV2_LOADER
