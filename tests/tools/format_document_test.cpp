@@ -16,8 +16,8 @@ using namespace tv2_tests;
 namespace
 {
 
-/// The bytes of the dump after a fence of the document. A line is an offset, up to so many bytes from column 11 on, and a
-/// remark.
+/// The bytes of the dump after a fence of the document. A line is an offset, up to `width` bytes from column 11 on, and
+/// a remark.
 std::vector<std::uint8_t> DumpedBytes(const std::string& fence, std::size_t width)
 {
     const std::string document = ReadText(TV2_FORMAT_DOCUMENT);
@@ -190,6 +190,7 @@ class RecordTables : public testing::Test
 {
 protected:
     using Strings = std::vector<std::string>;
+    using Placed = TEV2_POSITIONAL_OBJECT;
 
     /// The table of a class has what the schema has from field `first` on.
     template <typename Record>
@@ -257,91 +258,110 @@ protected:
         EXPECT_EQ(titles, seen_);
     }
 
+    void ExpectScene()
+    {
+        ExpectPlain<TEV2_INF>();
+        ExpectPlain<TEV2_ENVIRONMENT>();
+        ExpectPlain<TEV2_CAMERA_MAN>();
+        ExpectPlain<Placed>();
+        ExpectPlain<TEV2_CAMERA, Placed>();
+        ExpectPlain<TEV2_MATRIX_HIERARCHY>();
+        ExpectPlain<TEV2_MATRIX_NODE>();
+        ExpectPlain<TEV2_EXTENDED_PROPERTIES>();
+        ExpectPlain<TEV2_NAMED_STRING_ARRAY>();
+        ExpectPlain<TEV2_NAMED_ANIMATABLE<TEV2_ANIMATABLE_FLOAT32>>();
+        ExpectPlain<TEV2_ANIMATABLE_VECTOR_3_LINEAR>();
+        Expect<TEV2_CAMERA_MOTION_BLUR_EFFECT>();
+        Expect<TEV2_CAMERA_DEPTH_OF_FIELD_EFFECT>();
+    }
+
+    void ExpectLook()
+    {
+        Expect<TEV2_GLOBAL_LIGHT_TINT>();
+        Expect<TEV2_AMBIENT_LIGHT>();
+        ExpectOf<TEV2_LIGHT, Placed>(TEV2_POINT_LIGHT(), true);
+        Expect<TEV2_POINT_LIGHT, TEV2_LIGHT>();
+        Expect<TEV2_DIRECTIONAL_LIGHT, TEV2_LIGHT>();
+        Expect<TEV2_SPOT_LIGHT, TEV2_LIGHT>();
+        Expect<TEV2_LIGHT_SHADOW_PARAMS>();
+        Expect<TEV2_LIGHT_OBJECT_SHADOW_PARAMS>();
+        Expect<TEV2_LIGHT_ATMOSPHERIC_SHADOW_PARAMS>();
+        Expect<TEV2_LIGHT_SHADOW_MAP_PARAMS>();
+        Expect<TEV2_MAX_LIGHT_PARAMS>();
+        Expect<MAX_ATTENUATION>();
+        ExpectOf<TEV2_MATERIAL_MAP>(TEV2_BITMAP_MATERIAL_MAP(), true);
+        Expect<TEV2_BITMAP_MATERIAL_MAP, TEV2_MATERIAL_MAP>();
+        Expect<TEV2_BITMAP_MATERIAL_MAP_BITMAP_PARAMS>();
+        Expect<TEV2_BITMAP_CROP_PLACE>();
+        Expect<TEV2_BITMAP_MATERIAL_MAP_COORDINATES>();
+        Expect<TEV2_UV_MATERIAL_WRAP_MODE>();
+        Expect<TEV2_BITMAP_MATERIAL_MAP_TIME>();
+        Expect<TEV2_NORMAL_MATERIAL_MAP, TEV2_MATERIAL_MAP>();
+        Expect<TEV2_NORMAL_CHANNEL_DIRECTION>();
+        ExpectOf<TEV2_MATERIAL>(TEV2_STANDARD_MATERIAL(), true);
+        Expect<TEV2_STANDARD_MATERIAL, TEV2_MATERIAL>();
+        Expect<TEV2_CHANNEL_MAP>();
+        Expect<TEV2_SHADER_MATERIAL, TEV2_MATERIAL>();
+        Expect<TEV2_SHADER_STRING_PARAM>();
+        Expect<TEV2_SHADER_LIGHT_PARAM>();
+    }
+
+    void ExpectMeshes()
+    {
+        Expect<TEV2_RIGID, TEV2_TRI_OBJECT>();
+        Expect<TEV2_ANIM_MESH, TEV2_TRI_OBJECT>();
+        Expect<TEV2_MORPH_MESH, TEV2_TRI_OBJECT>();
+        Expect<TEV2_WEIGHTED_MESH, TEV2_TRI_OBJECT>();
+        Expect<TEV2_TRI_OBJECT, TEV2_GEOM_OBJECT>();
+        Expect<TEV2_GEOM_OBJECT, Placed, TEV2_LIT_OBJECT>();
+        Expect<TEV2_LIT_OBJECT>();
+        Expect<TEV2_TRI_SUB_OBJECT>();
+        Expect<TEV2_CARD32_TRIPLE>();
+        ExpectColumns<TEV2_VERT_COLUMNS>();
+        Expect<TEV2_RIGID_VERTICES>();
+        Expect<TEV2_ANIM_VERTICES>();
+        Expect<TEV2_VERTEX_TRACKS>();
+        ExpectColumns<TEV2_SKIN>();
+        Expect<TEV2_MORPH_TARGET>();
+        Expect<TEV2_TARGET_VERTICES>();
+        Expect<TEV2_VERT>();
+        Expect<TEV2_RIGID_VERT, TEV2_VERT>();
+        Expect<TEV2_ANIM_MESH_VERT, TEV2_VERT>();
+        Expect<TEV2_MORPH_MESH_VERT, TEV2_RIGID_VERT>();
+        Expect<TEV2_TARGET_VERT>();
+        Expect<TEV2_WEIGHTED_MESH_VERT, TEV2_RIGID_VERT>();
+        Expect<TEV2_BONE_WEIGHT_DATA>();
+        Expect<TEV2_TRI_CLIPPER_RIGID_VERT, TEV2_RIGID_VERT>();
+    }
+
+    void ExpectOthers()
+    {
+        Expect<TEV2_BEZIER_SPLINE_OBJECT, Placed>();
+        ExpectOf<TEV2_IBEZIER_SPLINE>(TEV2_RIGID_BEZIER_SPLINE(), true);
+        Expect<TEV2_RIGID_BEZIER_SPLINE, TEV2_IBEZIER_SPLINE>();
+        Expect<TEV2_RIGID_BEZIER_CURVE>();
+        Expect<TEV2_ANIM_BEZIER_SPLINE, TEV2_IBEZIER_SPLINE>();
+        Expect<TEV2_ANIM_BEZIER_CURVE>();
+        Expect<TEV2_HELPER, Placed>();
+        Expect<TEV2_INSTANCE, Placed>();
+        Expect<TEV2_GEOM_INSTANCE, TEV2_INSTANCE>();
+        Expect<TEV2_GEOM_INSTANCE_DIFFERING_MATERIALS, TEV2_GEOM_INSTANCE>();
+        Expect<TEV2_GEOM_INSTANCE_DIFFERING_SUB_OBJECTS, TEV2_GEOM_INSTANCE>();
+        Expect<TEV2_XREF<15>>();
+        Expect<TEV2_XREF_OBJECT, Placed, TEV2_LIT_OBJECT>();
+        Expect<TEV2_XREF_SPEEDTREE, Placed, TEV2_LIT_OBJECT>();
+    }
+
     const std::string document_ = ReadText(TV2_FORMAT_DOCUMENT);
     std::set<std::string> seen_;
 };
 
 TEST_F(RecordTables, NameFieldsAndTypesOfEachRecordInTheirOrder)
 {
-    using Placed = TEV2_POSITIONAL_OBJECT;
-    ExpectPlain<TEV2_INF>();
-    ExpectPlain<TEV2_ENVIRONMENT>();
-    ExpectPlain<TEV2_CAMERA_MAN>();
-    ExpectPlain<Placed>();
-    ExpectPlain<TEV2_CAMERA, Placed>();
-    ExpectPlain<TEV2_MATRIX_HIERARCHY>();
-    ExpectPlain<TEV2_MATRIX_NODE>();
-    ExpectPlain<TEV2_EXTENDED_PROPERTIES>();
-    ExpectPlain<TEV2_NAMED_STRING_ARRAY>();
-    ExpectPlain<TEV2_NAMED_ANIMATABLE<TEV2_ANIMATABLE_FLOAT32>>();
-    ExpectPlain<TEV2_ANIMATABLE_VECTOR_3_LINEAR>();
-    Expect<TEV2_CAMERA_MOTION_BLUR_EFFECT>();
-    Expect<TEV2_CAMERA_DEPTH_OF_FIELD_EFFECT>();
-    Expect<TEV2_GLOBAL_LIGHT_TINT>();
-    Expect<TEV2_AMBIENT_LIGHT>();
-    ExpectOf<TEV2_LIGHT, Placed>(TEV2_POINT_LIGHT(), true);
-    Expect<TEV2_POINT_LIGHT, TEV2_LIGHT>();
-    Expect<TEV2_DIRECTIONAL_LIGHT, TEV2_LIGHT>();
-    Expect<TEV2_SPOT_LIGHT, TEV2_LIGHT>();
-    Expect<TEV2_LIGHT_SHADOW_PARAMS>();
-    Expect<TEV2_LIGHT_OBJECT_SHADOW_PARAMS>();
-    Expect<TEV2_LIGHT_ATMOSPHERIC_SHADOW_PARAMS>();
-    Expect<TEV2_LIGHT_SHADOW_MAP_PARAMS>();
-    Expect<TEV2_MAX_LIGHT_PARAMS>();
-    Expect<MAX_ATTENUATION>();
-    ExpectOf<TEV2_MATERIAL_MAP>(TEV2_BITMAP_MATERIAL_MAP(), true);
-    Expect<TEV2_BITMAP_MATERIAL_MAP, TEV2_MATERIAL_MAP>();
-    Expect<TEV2_BITMAP_MATERIAL_MAP_BITMAP_PARAMS>();
-    Expect<TEV2_BITMAP_CROP_PLACE>();
-    Expect<TEV2_BITMAP_MATERIAL_MAP_COORDINATES>();
-    Expect<TEV2_UV_MATERIAL_WRAP_MODE>();
-    Expect<TEV2_BITMAP_MATERIAL_MAP_TIME>();
-    Expect<TEV2_NORMAL_MATERIAL_MAP, TEV2_MATERIAL_MAP>();
-    Expect<TEV2_NORMAL_CHANNEL_DIRECTION>();
-    ExpectOf<TEV2_MATERIAL>(TEV2_STANDARD_MATERIAL(), true);
-    Expect<TEV2_STANDARD_MATERIAL, TEV2_MATERIAL>();
-    Expect<TEV2_CHANNEL_MAP>();
-    Expect<TEV2_SHADER_MATERIAL, TEV2_MATERIAL>();
-    Expect<TEV2_SHADER_STRING_PARAM>();
-    Expect<TEV2_SHADER_LIGHT_PARAM>();
-    Expect<TEV2_RIGID, TEV2_TRI_OBJECT>();
-    Expect<TEV2_ANIM_MESH, TEV2_TRI_OBJECT>();
-    Expect<TEV2_MORPH_MESH, TEV2_TRI_OBJECT>();
-    Expect<TEV2_WEIGHTED_MESH, TEV2_TRI_OBJECT>();
-    Expect<TEV2_TRI_OBJECT, TEV2_GEOM_OBJECT>();
-    Expect<TEV2_GEOM_OBJECT, Placed, TEV2_LIT_OBJECT>();
-    Expect<TEV2_LIT_OBJECT>();
-    Expect<TEV2_TRI_SUB_OBJECT>();
-    Expect<TEV2_CARD32_TRIPLE>();
-    ExpectColumns<TEV2_VERT_COLUMNS>();
-    Expect<TEV2_RIGID_VERTICES>();
-    Expect<TEV2_ANIM_VERTICES>();
-    Expect<TEV2_VERTEX_TRACKS>();
-    ExpectColumns<TEV2_SKIN>();
-    Expect<TEV2_MORPH_TARGET>();
-    Expect<TEV2_TARGET_VERTICES>();
-    Expect<TEV2_VERT>();
-    Expect<TEV2_RIGID_VERT, TEV2_VERT>();
-    Expect<TEV2_ANIM_MESH_VERT, TEV2_VERT>();
-    Expect<TEV2_MORPH_MESH_VERT, TEV2_RIGID_VERT>();
-    Expect<TEV2_TARGET_VERT>();
-    Expect<TEV2_WEIGHTED_MESH_VERT, TEV2_RIGID_VERT>();
-    Expect<TEV2_BONE_WEIGHT_DATA>();
-    Expect<TEV2_TRI_CLIPPER_RIGID_VERT, TEV2_RIGID_VERT>();
-    Expect<TEV2_BEZIER_SPLINE_OBJECT, Placed>();
-    ExpectOf<TEV2_IBEZIER_SPLINE>(TEV2_RIGID_BEZIER_SPLINE(), true);
-    Expect<TEV2_RIGID_BEZIER_SPLINE, TEV2_IBEZIER_SPLINE>();
-    Expect<TEV2_RIGID_BEZIER_CURVE>();
-    Expect<TEV2_ANIM_BEZIER_SPLINE, TEV2_IBEZIER_SPLINE>();
-    Expect<TEV2_ANIM_BEZIER_CURVE>();
-    Expect<TEV2_HELPER, Placed>();
-    Expect<TEV2_INSTANCE, Placed>();
-    Expect<TEV2_GEOM_INSTANCE, TEV2_INSTANCE>();
-    Expect<TEV2_GEOM_INSTANCE_DIFFERING_MATERIALS, TEV2_GEOM_INSTANCE>();
-    Expect<TEV2_GEOM_INSTANCE_DIFFERING_SUB_OBJECTS, TEV2_GEOM_INSTANCE>();
-    Expect<TEV2_XREF<15>>();
-    Expect<TEV2_XREF_OBJECT, Placed, TEV2_LIT_OBJECT>();
-    Expect<TEV2_XREF_SPEEDTREE, Placed, TEV2_LIT_OBJECT>();
+    ExpectScene();
+    ExpectLook();
+    ExpectMeshes();
+    ExpectOthers();
     ExpectSeenAll();
 }
 
