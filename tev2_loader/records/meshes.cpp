@@ -3,7 +3,9 @@
 #include "tev2_loader/records/archives.h"
 
 #include <algorithm>
+#include <functional>
 #include <string>
+#include <utility>
 
 namespace TEV2_LOADER
 {
@@ -24,9 +26,9 @@ void Refuse(TEV2_MEMORY_CURSOR& cursor, const std::string& expected, std::size_t
     cursor.Fail(TEV2_LOAD_CODE::BodyKept, expected, std::to_string(found));
 }
 
-std::string Below(std::size_t count)
+std::uint32_t Largest(std::uint32_t index)
 {
-    return "below " + std::to_string(count);
+    return index;
 }
 
 std::uint32_t Largest(const TEV2_TRIANGLE& triangle)
@@ -34,49 +36,44 @@ std::uint32_t Largest(const TEV2_TRIANGLE& triangle)
     return std::max({triangle[0], triangle[1], triangle[2]});
 }
 
-/// The largest index, or 0. Reads on after one that is too large, so that it takes several at a time.
-std::uint32_t Largest(const std::vector<std::uint32_t>& indices)
+// These go on after what they look for, so that the compiler can take several elements at a time.
+
+bool AllBelow(const std::vector<std::uint32_t>& indices, std::size_t count)
 {
-    std::uint32_t largest = 0;
+    std::uint32_t outside = 0;
     for (const std::uint32_t index : indices)
-        largest = std::max(largest, index);
-    return largest;
+        outside |= std::uint32_t{index >= count};
+    return outside == 0;
 }
 
-std::uint32_t Largest(const std::vector<TEV2_TRIANGLE>& triangles)
+bool AllBelow(const std::vector<TEV2_TRIANGLE>& triangles, std::size_t count)
 {
     TEV2_TRIANGLE largest{};
     for (const TEV2_TRIANGLE& triangle : triangles)
         for (std::size_t corner = 0; corner < largest.size(); ++corner)
             largest[corner] = std::max(largest[corner], triangle[corner]);
-    return Largest(largest);
+    return triangles.empty() || Largest(largest) < count;
 }
 
 bool Ascends(const std::vector<std::uint32_t>& indices)
 {
-    bool ascends = true;
+    std::uint32_t falls = 0;
     for (std::size_t index = 1; index < indices.size(); ++index)
-        ascends &= indices[index - 1] < indices[index];
-    return ascends;
+        falls |= std::uint32_t{indices[index - 1] >= indices[index]};
+    return falls == 0;
 }
 
-/// Fails the cursor at the first element that is not below a count.
-template <typename Element, typename LargestOf>
+/// Fails the cursor at the first index, or triangle, that is not below a count.
+template <typename Element>
 void ExamineIndices(TEV2_MEMORY_CURSOR& cursor, const char* label, const std::vector<Element>& elements,
-                    std::size_t count, const LargestOf& largest)
-{
-    if (elements.empty() || Largest(elements) < count)
-        return;
-    const auto wrong = std::find_if(elements.begin(), elements.end(),
-                                    [&](const Element& element) { return largest(element) >= count; });
-    const RecordScope scope(cursor, label, static_cast<std::size_t>(wrong - elements.begin()));
-    Refuse(cursor, Below(count), largest(*wrong));
-}
-
-void ExamineIndices(TEV2_MEMORY_CURSOR& cursor, const char* label, const std::vector<std::uint32_t>& indices,
                     std::size_t count)
 {
-    ExamineIndices(cursor, label, indices, count, [](std::uint32_t index) { return index; });
+    if (AllBelow(elements, count))
+        return;
+    const auto wrong = std::find_if(elements.begin(), elements.end(),
+                                    [count](const Element& element) { return Largest(element) >= count; });
+    const RecordScope scope(cursor, label, static_cast<std::size_t>(wrong - elements.begin()));
+    Refuse(cursor, "below " + std::to_string(count), Largest(*wrong));
 }
 
 /// Fails the cursor where vertices of a target do not ascend or are not below the number of vertices.
@@ -88,12 +85,17 @@ void ExamineTargets(TEV2_MEMORY_CURSOR& cursor, const std::vector<TEV2_MORPH_TAR
         const RecordScope scope(cursor, "targets", target);
         const RecordScope columns(cursor, "offsets");
         const std::vector<std::uint32_t>& vertices = targets[target].offsets.vertices;
-        ExamineIndices(cursor, "vertices", vertices, vertexCount);
-        if (cursor.Failed() || Ascends(vertices))
-            continue;
-        const auto wrong = std::adjacent_find(vertices.begin(), vertices.end(), std::greater_equal<>()) + 1;
-        const RecordScope place(cursor, "vertices", static_cast<std::size_t>(wrong - vertices.begin()));
-        Refuse(cursor, "above " + std::to_string(wrong[-1]), *wrong);
+        if (!Ascends(vertices))
+        {
+            const auto before = std::adjacent_find(vertices.begin(), vertices.end(), std::greater_equal<>());
+            const RecordScope place(cursor, "vertices",
+                                    static_cast<std::size_t>(before - vertices.begin()) + 1);
+            Refuse(cursor, "above " + std::to_string(*before), before[1]);
+        }
+        else if (!vertices.empty() && vertices.back() >= vertexCount)
+        {
+            ExamineIndices(cursor, "vertices", vertices, vertexCount);
+        }
     }
 }
 
@@ -131,8 +133,7 @@ void TEV2_TRI_OBJECT::ExamineCorners(TEV2_MEMORY_CURSOR& cursor, std::size_t ver
     for (std::size_t index = 0; index < subObjects.size() && !cursor.Failed(); ++index)
     {
         const RecordScope scope(cursor, "subObjects", index);
-        ExamineIndices(cursor, "triangles", subObjects[index].triangles, vertexCount,
-                       [](const TEV2_TRIANGLE& triangle) { return Largest(triangle); });
+        ExamineIndices(cursor, "triangles", subObjects[index].triangles, vertexCount);
     }
 }
 
