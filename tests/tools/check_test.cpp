@@ -1,5 +1,6 @@
 // tv2 check: every code is raised by a file that deserves it, where it deserves it, and by no other.
 
+#include "tests/tools/spoiled_scene.h"
 #include "tests/tools/tool_test.h"
 
 #include <algorithm>
@@ -16,7 +17,6 @@ namespace
 using Image = std::vector<std::uint8_t>;
 using Codes = std::set<std::string>;
 
-constexpr float kNan = std::numeric_limits<float>::quiet_NaN();
 constexpr float kInfinity = std::numeric_limits<float>::infinity();
 
 Codes CodesOf(const nlohmann::json& findings)
@@ -68,16 +68,6 @@ TEV2_WIDE_STRING TooLong()
 }
 constexpr std::uint32_t kCutText = 0x0078FFFF;
 
-/// A scene that is sound but for what `spoil` does to it.
-struct SpoiledScene
-{
-    const char* code;
-    std::string path;
-    std::uint32_t word; ///< the value in the file at the offset of the finding
-    void (*spoil)(TEV2&);
-    Codes others = {}; ///< further codes that it deserves
-};
-
 const std::string kNode = "matrixHierarchy.nodes[";
 const std::string kHips = kNode + "1]";
 const std::string kLast = kNode + "2]";
@@ -93,7 +83,7 @@ const SpoiledScene kSpoiledScenes[] = {
      [](TEV2& s) { Translation(s, 2).m_values[1] = {kInfinity, 3.0f, kNan}; }},
     {"non-finite-value", kMoves, Bits(kInfinity), [](TEV2& s) { Translation(s, 1).m_times[2] = kInfinity; },
      {"key-outside-range"}},
-    {"non-finite-value", "cameras[0]", Bits(kInfinity), [](TEV2& s) { s.cameras[0]->inverseAspect = kInfinity; }},
+    {"non-finite-value", "cameras[0].inverseAspect", Bits(kInfinity), [](TEV2& s) { s.cameras[0]->inverseAspect = kInfinity; }},
     {"times-not-ascending", kMoves, Bits(0.0f), [](TEV2& s) { Translation(s, 1).m_times[1] = 0.0f; }},
     {"times-not-ascending", kSwitcher, Bits(0.25f), [](TEV2& s) { Switcher(s).m_times[2] = 0.25f; }},
     {"end-keys-close", kMoves, Bits(1.0f), [](TEV2& s) { Translation(s, 1).m_times[1] = 0.999f; }},
@@ -117,7 +107,7 @@ const SpoiledScene kSpoiledScenes[] = {
     {"parent-not-before-child", kHips, 2, [](TEV2& s) { Node(s, 1).parentIndex = 2; }},
     {"parent-not-before-child", kHips, 1, [](TEV2& s) { Node(s, 1).parentIndex = 1; }},
     {"duplicate-node-name", "matrixHierarchy", 0 /* set below */, [](TEV2& s) { Node(s, 2).name = Node(s, 1).name; }},
-    {"camera-node-outside", "cameras[0]", 3, [](TEV2& s) { s.cameras[0]->value = 3; }},
+    {"object-node-outside", "cameras[0]", 3, [](TEV2& s) { s.cameras[0]->value = 3; }},
     {"switcher-camera-outside", kSwitcher, 1, [](TEV2& s) { Switcher(s).m_values[2] = 1; }},
     {"switcher-camera-outside", kSwitcher, 0xFFFFFFFE, [](TEV2& s) { Switcher(s).m_values[1] = -2; }},
     {"text-cut", kHips + ".userText", kCutText, [](TEV2& s) { Node(s, 1).userText = TooLong(); }},
@@ -317,8 +307,10 @@ TEST_F(CheckTest, OffsetsHoldInFilesOfEveryVersion)
 
 TEST(Check, EveryListedCodeIsRaisedBySomeFileHere)
 {
-    Codes raised = {"image-too-large",
-                    "limit-exceeded"}; // a file of 4 GiB; limits, of which the verb sets none
+    // a file of 4 GiB; limits, of which the verb sets none; FilesAreLookedForBesideTheSceneWhenAskedFor
+    Codes raised = {"image-too-large", "limit-exceeded", "image-missing"};
+    for (const SpoiledScene& item : SpoiledTypedScenes())
+        raised.insert(item.code);
     for (const SpoiledScene& item : kSpoiledScenes)
         raised.insert(item.code);
     for (const SpoiledFile& item : SpoiledFiles())

@@ -6,6 +6,7 @@
 #include "tools/tv2/lint.h"
 #include "tools/tv2/text.h"
 
+#include <algorithm>
 #include <array>
 #include <iomanip>
 #include <map>
@@ -153,11 +154,16 @@ public:
             {.name = "--all",
              .value = &all_,
              .help = "Show every finding, however many there are of one code"},
+            {.name = "--files",
+             .value = &look_for_.files,
+             .help = "Look whether the images that materials name are there, beside the file"},
         };
     }
 
     std::string Refusal(const std::set<std::string>&) const override
     {
+        if (look_for_.files && std::ranges::find(files_, kStandardInput) != files_.end())
+            return "--files needs to know the folder of the file, but FILE is standard input";
         return files_.empty() && !codes_ ? "FILE is required" : "";
     }
 
@@ -168,7 +174,7 @@ public:
         AnswerForEachFile(files_, context,
                           [&](LoadedFile& file) -> Json
                           {
-                              const std::vector<Finding> findings = Examine(file);
+                              const std::vector<Finding> findings = Examine(file, look_for_);
                               std::array<std::size_t, 3> counts{};
                               for (const Finding& finding : findings)
                                   ++counts[static_cast<std::size_t>(finding.severity)];
@@ -185,6 +191,7 @@ private:
     std::vector<std::string> files_;
     bool codes_ = false;
     bool all_ = false;
+    CheckOptions look_for_;
 };
 
 const VerbRegistration kCheckVerb({
@@ -193,6 +200,7 @@ const VerbRegistration kCheckVerb({
     .help = "Errors and suspicious values in a file",
     .examples = "tv2 check takes/*.tv2\n"
                 "tv2 check --json walk.tv2 | jq -r '.files[].findings[].code'\n"
+                "tv2 check --files scene.tv2\n"
                 "tv2 check --codes",
     .remarks =
         "Exit code: 0: no errors or warnings (notes do not count); 1: errors or warnings; 2: a file cannot "

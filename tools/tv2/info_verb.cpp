@@ -2,6 +2,7 @@
 
 #include "tev2_loader/up_axis.h"
 #include "tools/tv2/each_file.h"
+#include "tools/tv2/scene_objects.h"
 #include "tools/tv2/scene_summary.h"
 #include "tools/tv2/text.h"
 
@@ -61,6 +62,7 @@ Json ToJson(const LoadedFile& file, const Summary& summary)
     json["switcher"] = nullptr;
     if (scene.cameraMan.cameraIndex != nullptr)
         json["switcher"] = {{"keys", summary.switcher_keys}, {"cameras", summary.active_cameras}};
+    json.update(DescribeObjects(file));
     json["tracks"] = Json::array();
     for (const auto& [kind, total] : summary.tracks)
     {
@@ -125,6 +127,7 @@ public:
             out_ << ", first \"" << OneLine(ReadableText(scene_.matrixHierarchy.nodes[0].name.Text())) << '"';
         out_ << '\n';
         PrintCameras();
+        PrintObjects(DescribeObjects(file_), out_);
         PrintTotals();
     }
 

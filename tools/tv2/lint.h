@@ -21,10 +21,21 @@ struct Finding
     std::uint64_t chunk_offset = 0;        ///< of that chunk
     std::string path;                      ///< the record, "matrixHierarchy.nodes[3].rotation"; may be empty
     std::string message;                   ///< what is the matter, with the numbers
-    std::string name{}; ///< of the node or camera that the record is or belongs to; may be empty
+    std::string name{}; ///< of the node or object that the record is or belongs to; may be empty
+    std::size_t more =
+        0; ///< how many numbers, texts or records of the same path it is about, besides the first
+};
+
+/// What to look for besides what is in the file.
+struct CheckOptions
+{
+    bool files = false; ///< whether the images that a scene names exist
 };
 
 /// What the loader reported, and for a file that was loaded what looks wrong in it, by offset.
-std::vector<Finding> Examine(const LoadedFile& file);
+std::vector<Finding> Examine(const LoadedFile& file, const CheckOptions& options);
+
+/// The codes of what loads but looks wrong.
+std::vector<CheckCode> LintCodes();
 
 } // namespace tv2
