@@ -1,10 +1,12 @@
 // tv2 dump: every value of a file, to the bit.
 
 #include "tests/tools/tool_test.h"
+#include "tests/tools/typed_scene.h"
 
 #include <bit>
 #include <limits>
 #include <random>
+#include <set>
 
 using namespace TEV2_LOADER;
 using namespace tv2_tests;
@@ -152,6 +154,116 @@ TEST_F(DumpTest, JsonHoldsEveryRecordOfAScene)
         offset += chunk["size"].get<std::size_t>();
     }
     EXPECT_EQ(json["bytes"], offset);
+}
+
+/// What dump says of the typed scene, by JSON pointer.
+const std::vector<std::pair<std::string, nlohmann::json>> kDumpedTyped = {
+    {"/environment/environmentMap/type", 0},
+    {"/environment/environmentMap/coordinates/projection", "sphere"},
+    {"/ambientLight/colour/m_values/1", {0.0, 0.0, 0.0, 1.0}},
+    {"/globalLightTint/tint", nullptr},
+    {"/lights/0/type", 2},
+    {"/lights/0/name", "Key"},
+    {"/lights/0/layout", "missing"},
+    {"/lights/0/cone/m_values/0", {0.25, 0.5}},
+    {"/lights/0/shadow/method", "traced"},
+    {"/lights/0/shadow/object/usesLightColour", false},
+    {"/lights/0/shadow/atmosphere/opacity", nullptr},
+    {"/lights/0/shadow/map/size", 1024},
+    {"/lights/0/max/affectsDiffuse", true},
+    {"/lights/0/max/decay", "none"},
+    {"/lights/0/max/attenuation/nearRange", nullptr},
+    {"/lights/0/max/projector/params/fileName", "gobo.png"},
+    {"/lights/1/shadow", nullptr},
+    {"/materials/0/shading", "Phong"},
+    {"/materials/0/maps/0/channel", "diffuse"},
+    {"/materials/0/maps/0/map/params/minify", "nearest, mip linear"},
+    {"/materials/0/maps/0/map/params/crop", nullptr},
+    {"/materials/0/maps/0/map/coordinates/wrap", {{"u", "repeat"}, {"v", "clamp"}}},
+    {"/materials/0/maps/1/map/direction/greenDown", true},
+    {"/materials/0/maps/1/map/image/params/fileName", "maps/skin_normals.png"},
+    {"/materials/1/twoSided", true},
+    {"/materials/1/strings/0", {{"name", "alphaMode"}, {"value", "OPAQUE"}}},
+    {"/materials/1/floats/0", {{"name", "metallicFactor"}, {"track", nullptr}}},
+    {"/materials/1/lights/0/light", 0},
+    {"/materials/1/maps/0/name", "baseColorTexture"},
+    {"/rigids/0/lights", {0, 1}},
+    {"/rigids/0/subObjects/0", {{"material", 1}, {"triangles", {{0, 1, 2}, {0, 2, 3}}}}},
+    {"/rigids/0/vertices/colours", nlohmann::json::array()},
+    {"/rigids/0/vertices/uvs/1", {{0.0, 1.0}, {1.0, 1.0}, {1.0, 0.0}, {0.0, 0.0}}},
+    {"/rigids/0/vertices/positions/2", {1.0, 1.0, 0.0}},
+    {"/rigids/0/vertices/frames", nullptr},
+    {"/animMeshes/0/vertices/tracks/1/position/m_values", {{1.0, 0.0, 0.0}, {1.0, 1.0, 0.0}}},
+    {"/animMeshes/0/vertices/tracks/1/normal", nullptr},
+    {"/morphMeshes/0/targets/1/name", "Blink"},
+    {"/morphMeshes/0/targets/1/offsets/vertices", {1, 3}},
+    {"/weightedMeshes/0/value", 0xFFFFFFFF},
+    {"/weightedMeshes/0/skin/influences", 2},
+    {"/weightedMeshes/0/skin/weights", {0.75, 0.25, 0.5, 0.5, 1.0, 0.0, 1.0, 0.0}},
+    {"/weightedMeshes/0/skin/bindMatrices/1", {1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0}},
+    {"/bezierSplines/0/splines/0/type", 0},
+    {"/bezierSplines/0/splines/0/closed", true},
+    {"/bezierSplines/0/splines/0/curves/0", {0, 0, 0, 0, 0, 0, 0, 0, 0, 1, 2, 3}},
+    {"/bezierSplines/0/splines/1/curves/0/start", nullptr},
+    {"/helpers/0/shape", "box"},
+    {"/instanceLists/5/0/chunkId", 18},
+    {"/instanceLists/5/0/source", 0},
+    {"/instanceLists/5/0/materials", {1}},
+    {"/instanceLists/5/1/subObjects/0/triangles", {{0, 1, 3}}},
+    {"/xrefs15/0/timeOffset", 0.5},
+    {"/xrefObjects/0/chunkId", 7},
+    {"/xrefObjects/0/objectName", "Chair"},
+    {"/speedTreeReferences/0/height", 0.0},
+};
+
+TEST_F(DumpTest, JsonHoldsEveryFieldOfTypedBodies)
+{
+    TEV2 scene;
+    FillTypedScene(scene);
+    const auto result = RunTv2({"dump", "--json", Save(scene)});
+    ExpectValues(result.Json(), kDumpedTyped);
+
+    std::vector<std::set<std::string>> keys; // of the open objects
+    const auto look = [&keys](int /*depth*/, nlohmann::json::parse_event_t event, nlohmann::json& value)
+    {
+        if (event == nlohmann::json::parse_event_t::object_start)
+            keys.emplace_back();
+        else if (event == nlohmann::json::parse_event_t::object_end)
+            keys.pop_back();
+        else if (event == nlohmann::json::parse_event_t::key)
+        {
+            EXPECT_TRUE(keys.back().insert(value.get<std::string>()).second) << value << " is there twice";
+        }
+        return true;
+    };
+    EXPECT_FALSE(nlohmann::json::parse(result.out, look).is_discarded());
+}
+
+TEST_F(DumpTest, TreeHoldsEveryFieldOfTypedBodies)
+{
+    TEV2 scene;
+    FillTypedScene(scene);
+    const std::string whole = RunTv2({"dump", Save(scene)}).out;
+    ExpectParts(whole, {"    shadow:\n        method: traced\n        object:\n", "castsShadow: yes\n",
+                        "          triangles: 2 values\n            0 1 2\n            0 2 3\n",
+                        "        positions: 4 values\n          0.0 0.0 0.0\n", "frames: absent\n",
+                        "uvs: (2)\n          [0] 4 values\n            0.0 1.0\n", "shape: box\n"});
+    EXPECT_EQ(whole.find("layout"), std::string::npos);
+    ExpectParts(RunTv2({"dump", "--keys", "1", Save(scene)}).out,
+                {"        positions: 4 values\n          0.0 0.0 0.0\n          ... 3 more values\n"});
+}
+
+TEST_F(DumpTest, KeptBodiesShowWhatWasReadInFrontOfThem)
+{
+    TEV2 scene;
+    FillTypedScene(scene);
+    scene.rigids[0]->KeepAfterPlaced({0xAB, 0xCD});
+    const auto json = DumpJson(scene);
+    ExpectValues(json, {{"/rigids/0/name", "Box"},
+                        {"/rigids/0/value", 1},
+                        {"/rigids/0/bounds/kind", 11},
+                        {"/rigids/0/body", "abcd"},
+                        {"/rigids/0/vertices", "missing"}});
 }
 
 TEST_F(DumpTest, NamesAreReadableAndTheirUnitsAreNotLost)

@@ -6,6 +6,7 @@ Usage: json_schema_test.py COMMAND SCHEMA SAMPLES_FOLDER
 import glob
 import json
 import os
+import struct
 import subprocess
 import sys
 import tempfile
@@ -27,6 +28,44 @@ def strict(schema):
         made.setdefault("additionalProperties", False)
         made["patternProperties"] = {"Bytes$": {"type": "string"}}
     return made
+
+
+def u32(*numbers):
+    return struct.pack("<%dI" % len(numbers), *numbers)
+
+
+def text(string):
+    return struct.pack("<H", len(string)) + string.encode("utf-16-le")
+
+
+def chunk(kind, *parts):
+    body = b"".join(parts)
+    return u32(len(body) + 8, kind) + body
+
+
+LAYOUT, NONE = u32(0x4C590001), 0xFFFFFFFF
+
+
+def scene_of_objects():
+    """A file with a light, a mesh, a material, references, and a helper of another layout."""
+
+    def placed(name, node):
+        return text(name) + text("") * 2 + u32(node) + u32(0) * 6  # no properties, no bounds
+
+    triangle = struct.pack("<9f", 0, 0, 0, 1, 0, 0, 0, 1, 0)
+    return b"".join([
+        u32(0x54563201),
+        chunk(0, struct.pack("<f", 1.16), text(""), text("")),
+        chunk(5, u32(0), placed("Key", NONE), LAYOUT, u32(0) * 6),
+        chunk(7, placed("Box", 3), u32(0), LAYOUT, u32(0, 1, 1), u32(1, 0, 1, 0, 1, 2), u32(3, 0, 0), triangle,
+              u32(0, 0)),
+        chunk(13, u32(1), text("Metal"), LAYOUT, u32(0), text("glow"), text(""), u32(0) * 7),
+        chunk(15, LAYOUT, text("hall.tv2"), u32(NONE, 0)),
+        chunk(20, LAYOUT, text("props.tv2"), u32(NONE, 0)),
+        chunk(21, placed("Chair 1", 0), u32(0), LAYOUT, u32(0, 7), text("Chair")),
+        chunk(17, placed("Old", 0), u32(7)),
+        chunk(13, u32(9)),
+    ])
 
 
 class JsonSchemaTest(unittest.TestCase):
@@ -101,6 +140,17 @@ class JsonSchemaTest(unittest.TestCase):
         for verb in (["dump"], ["picture", self.path("a.svg")]):
             self.answer("failure", 1, verb[0], damaged, *verb[1:])
             self.answer("failure", 2, verb[0], gone, *verb[1:])
+
+    def test_objects(self):
+        path = self.path("objects.tv2", scene_of_objects())
+        info = self.answer("info", 0, "info", path)["files"][0]
+        lists = ("lights", "meshes", "materials", "references", "kept")
+        self.assertEqual([len(info[kind]) for kind in lists], [1, 1, 1, 3, 2])
+        self.assertEqual(info["meshes"][0]["triangles"], 1)
+        dump = self.answer("dump", 0, "dump", path)
+        self.assertEqual(dump["rigids"][0]["vertices"]["positions"][1], [1, 0, 0])
+        findings = self.answer("check", 1, "check", path)["files"][0]["findings"]
+        self.assertLessEqual({"body-kept", "object-node-outside"}, {finding["code"] for finding in findings})
 
     def test_bad_usage(self):
         self.answer("failure", 2, "explode")

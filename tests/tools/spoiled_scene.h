@@ -4,8 +4,8 @@
 
 #include <limits>
 #include <set>
+#include <span>
 #include <string>
-#include <vector>
 
 namespace tv2_tests
 {
@@ -24,6 +24,6 @@ struct SpoiledScene
 };
 
 /// Spoiled scenes of FillTypedScene.
-std::vector<SpoiledScene> SpoiledTypedScenes();
+std::span<const SpoiledScene> SpoiledTypedScenes();
 
 } // namespace tv2_tests

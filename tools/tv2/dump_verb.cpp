@@ -311,7 +311,8 @@ private:
             writer_.BeginObject({});
             if constexpr (requires { object->GetType(); })
                 writer_.Integer("type", object->GetType());
-            else if constexpr (requires { object->IsTyped(); })
+            else if constexpr (
+                requires { object->IsTyped(); } && !requires { object->chunkId; })
                 writer_.Integer("chunkId", object->GetChunkId());
             VisitAsClass(*object, [this](const auto& concrete) { VisitFields(concrete, archive_); });
             writer_.EndObject();

@@ -202,8 +202,11 @@ private:
         const TEV2_LOAD_FINDING& finding = *entry->second;
         if (finding.code == TEV2_LOAD_CODE::UnparsedOtherVersion)
             return "the file has " + finding.found + ", not " + finding.expected;
-        return finding.path + " at byte " + std::to_string(finding.offset) + ": expected " +
-               finding.expected + ", found " + finding.found;
+        std::string_view place = finding.path;
+        if (place.starts_with(field.record))
+            place.remove_prefix(std::min(place.size(), field.record.size() + 1));
+        return (place.empty() ? "at byte " : std::string(place) + " at byte ") +
+               std::to_string(finding.offset) + ": expected " + finding.expected + ", found " + finding.found;
     }
 
     const LoadedFile& file_;
