@@ -33,8 +33,8 @@ bool Save(const TEV2& scene, tv2_tests::MemoryFile& file)
 
 using Chunk = std::span<const std::uint8_t>;
 
-/// The chunks of each kind whose bodies are typed or kept, in their order; of instances those of each list, and the last
-/// of a kind that a scene has once.
+/// The chunks of each kind whose bodies are typed or kept, in their order; of instances those of each list, and the
+/// last of a kind that a scene has once.
 std::map<std::uint32_t, std::vector<Chunk>> BodiesIn(Chunk file, const TEV2_LOAD_REPORT& report)
 {
     std::map<std::uint32_t, std::vector<Chunk>> bodies;

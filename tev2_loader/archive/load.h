@@ -454,9 +454,9 @@ private:
         return object ? object->Load(cursor_, version_) : FailForType<Object>(type);
     }
 
-    /// False, and the cursor where the type is, when the effect is of another layout. Effects are read in files of every
-    /// version: what is kept of one could else be taken for ours, and what follows it for effects, once it is saved as
-    /// the newest.
+    /// False, and the cursor where the type is, when the effect is of another layout. Effects are read in files of
+    /// every version: what is kept of one could else be taken for ours, and what follows it for effects, once it is
+    /// saved as the newest.
     template <typename Object>
     bool LoadEffect(std::unique_ptr<Object>& effect)
     {

@@ -11,7 +11,7 @@
 namespace TEV2_LOADER
 {
 
-/// Effects of a camera in a layout that this library does not read, with those that follow them.
+/// The effects of a camera from the first one on that is of another layout.
 struct TEV2_KEPT_EFFECTS
 {
     std::uint32_t count = 0; ///< null entries included
@@ -34,7 +34,7 @@ public:
     /// Entries may be null.
     std::vector<std::unique_ptr<TEV2_CAMERA_EFFECT>> effects;
 
-    /// Saved after the others as they were.
+    /// Saved unchanged after `effects`.
     TEV2_KEPT_EFFECTS keptEffects;
 
     template <typename Self, typename Archive>

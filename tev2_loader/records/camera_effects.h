@@ -10,7 +10,7 @@
 namespace TEV2_LOADER
 {
 
-/// What a camera's lens or film adds to its picture.
+/// An effect that a camera's lens or film has on the picture.
 class TEV2_CAMERA_EFFECT : public TEV2_SERIALISABLE_OBJECT, public TEV2_INTERNAL_ANIM_OBJECT
 {
 public:
@@ -27,7 +27,7 @@ public:
     /// What a load finds where no effect has the type.
     static constexpr TEV2_LOAD_CODE kUnknownType = TEV2_LOAD_CODE::UnknownEffectType;
 
-    /// No class of effects takes more memory.
+    /// Size of the largest class of effects, for memory limits.
     static constexpr std::size_t kMostBytes = 96;
 };
 

@@ -29,7 +29,7 @@ public:
     /// The kind of an instance's chunk id; null for any other id.
     static const TEV2_KIND* FindKind(std::uint32_t chunk_id);
 
-    /// Index of what is repeated in the array that the list names.
+    /// Index of the repeated object in the array that the list names, or kNone. May lie beyond it.
     std::uint32_t source = kNone;
 
     template <typename Self, typename Archive>
@@ -43,7 +43,7 @@ public:
     std::uint32_t GetChunkId() const override { return kType; }
 };
 
-/// With lights of its own.
+/// An instance with lights of its own.
 class TEV2_GEOM_INSTANCE : public TEV2_MOVING_RECORD_OF<TEV2_GEOM_INSTANCE, TEV2_INSTANCE, TEV2_LIT_OBJECT>
 {
 public:
@@ -59,7 +59,7 @@ public:
     std::uint32_t GetChunkId() const override { return kType; }
 };
 
-/// With materials of its own.
+/// An instance with materials of its own.
 class TEV2_GEOM_INSTANCE_DIFFERING_MATERIALS final
     : public TEV2_MOVING_RECORD_OF<TEV2_GEOM_INSTANCE_DIFFERING_MATERIALS, TEV2_GEOM_INSTANCE>
 {
@@ -79,14 +79,14 @@ public:
     std::uint32_t GetChunkId() const override { return kType; }
 };
 
-/// With triangles of its own over the vertices of the source.
+/// An instance with triangles of its own over the vertices of its source.
 class TEV2_GEOM_INSTANCE_DIFFERING_SUB_OBJECTS final
     : public TEV2_MOVING_RECORD_OF<TEV2_GEOM_INSTANCE_DIFFERING_SUB_OBJECTS, TEV2_GEOM_INSTANCE>
 {
 public:
     static constexpr std::uint32_t kType = kInstanceSubObjectsChunk;
 
-    /// Corners may lie beyond the source's vertices: a load cannot know. Compare them before use.
+    /// Corners may lie beyond the vertices of the source, which a load does not check: compare them before use.
     std::vector<TEV2_TRI_SUB_OBJECT> subObjects;
 
     template <typename Self, typename Archive>

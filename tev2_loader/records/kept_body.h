@@ -14,15 +14,15 @@
 namespace TEV2_LOADER
 {
 
-/// The most bytes that an object of a chunk may take, 432 where an array is three pointers: a chunk of 8 bytes makes one,
-/// and a load takes at most 64 times its file. What is larger goes into a TEV2_BOXED.
+/// The most bytes that an object of a chunk may take, 432 where an array is three pointers: a chunk of 8 bytes makes
+/// one, and a load takes at most 64 times its file. What is larger goes into a TEV2_BOXED.
 inline constexpr std::size_t kMostObjectBytes = 18 * sizeof(std::vector<std::uint8_t>);
 
-/// A body that is either read field by field (typed) or, where a file has it in a layout of others, kept as bytes and
-/// written back unchanged. docs/format.md says when.
+/// A body that is either typed, which means read field by field, or of another program's layout: then its bytes are
+/// kept and saved unchanged. docs/format.md has the rules.
 ///
 ///     if (!light.IsTyped())
-///         light.Forget(); // gives up what another program wrote there
+///         light.Forget(); // discards what another program wrote
 ///     light.intensity = ConstantTrack<TEV2_ANIMATABLE_FLOAT32_LINEAR>(2.0f);
 ///
 /// Of a kept body only what its placed object holds (name, node, properties, bounds) was read, is saved and moves with
@@ -35,7 +35,7 @@ public:
     /// The bytes that are kept; empty when typed.
     std::span<const std::uint8_t> Bytes() const { return bytes_; }
 
-    /// Drops the bytes: from now on the fields count.
+    /// Discards the bytes: from now on the fields are saved.
     void Forget() { *this = {}; }
 
     /// Whether the fields of the placed object in front of the bytes were read.

@@ -53,7 +53,7 @@ public:
     std::uint32_t GetChunkId() const override { return kGlobalLightTintChunk; }
 };
 
-/// The look of the shadows that objects throw.
+/// The shadows that objects cast.
 class TEV2_LIGHT_OBJECT_SHADOW_PARAMS
     : public TEV2_MOVING_RECORD_OF<TEV2_LIGHT_OBJECT_SHADOW_PARAMS, TEV2_SERIALISABLE_OBJECT,
                                    TEV2_INTERNAL_ANIM_OBJECT>
@@ -72,7 +72,7 @@ public:
     }
 };
 
-/// The shadows that fog throws.
+/// The shadows that fog casts.
 class TEV2_LIGHT_ATMOSPHERIC_SHADOW_PARAMS
     : public TEV2_MOVING_RECORD_OF<TEV2_LIGHT_ATMOSPHERIC_SHADOW_PARAMS, TEV2_SERIALISABLE_OBJECT,
                                    TEV2_INTERNAL_ANIM_OBJECT>
@@ -89,6 +89,7 @@ public:
     }
 };
 
+/// How the shadow map of a light is made.
 class TEV2_LIGHT_SHADOW_MAP_PARAMS
     : public TEV2_MOVING_RECORD_OF<TEV2_LIGHT_SHADOW_MAP_PARAMS, TEV2_SERIALISABLE_OBJECT,
                                    TEV2_INTERNAL_ANIM_OBJECT>
@@ -118,7 +119,7 @@ constexpr auto ChoiceNames(TEV2_SHADOW_METHOD)
     return std::to_array({"shadow map", "traced"});
 }
 
-/// The shadow of a light.
+/// How a light casts shadows.
 class TEV2_LIGHT_SHADOW_PARAMS
     : public TEV2_MOVING_RECORD_OF<TEV2_LIGHT_SHADOW_PARAMS, TEV2_SERIALISABLE_OBJECT,
                                    TEV2_INTERNAL_ANIM_OBJECT>
@@ -126,8 +127,8 @@ class TEV2_LIGHT_SHADOW_PARAMS
 public:
     TEV2_SHADOW_METHOD method = TEV2_SHADOW_METHOD::ShadowMap;
     TEV2_LIGHT_OBJECT_SHADOW_PARAMS object;
-    std::unique_ptr<TEV2_LIGHT_ATMOSPHERIC_SHADOW_PARAMS> atmosphere; ///< null: fog throws none
-    std::unique_ptr<TEV2_LIGHT_SHADOW_MAP_PARAMS> map;                ///< null: the program's own
+    std::unique_ptr<TEV2_LIGHT_ATMOSPHERIC_SHADOW_PARAMS> atmosphere; ///< null: fog casts none
+    std::unique_ptr<TEV2_LIGHT_SHADOW_MAP_PARAMS> map;                ///< null: the renderer's own settings
 
     template <typename Self, typename Archive>
     static void Fields(Self& params, Archive& archive)
@@ -167,7 +168,7 @@ constexpr auto ChoiceNames(TEV2_DECAY)
     return std::to_array({"none", "inverse", "inverse square"});
 }
 
-/// A light as a modeller has it, which need not be physical.
+/// A light as modelling programs describe it: decay and fading as the artist wants them, not as light behaves.
 class TEV2_MAX_LIGHT_PARAMS
     : public TEV2_MOVING_RECORD_OF<TEV2_MAX_LIGHT_PARAMS, TEV2_SERIALISABLE_OBJECT, TEV2_INTERNAL_ANIM_OBJECT>
 {
@@ -180,7 +181,7 @@ public:
     TEV2_DECAY decay = TEV2_DECAY::None;
     std::unique_ptr<TEV2_ANIMATABLE_FLOAT32> decayStart; ///< no decay up to there, metres; null: 1
     MAX_ATTENUATION attenuation;
-    std::unique_ptr<TEV2_MATERIAL_MAP> projector; ///< the image that the light throws; null: none
+    std::unique_ptr<TEV2_MATERIAL_MAP> projector; ///< the image that the light projects; null: none
 
     template <typename Self, typename Archive>
     static void Fields(Self& params, Archive& archive)
@@ -217,7 +218,7 @@ public:
     std::unique_ptr<TEV2_ANIMATABLE_FLOAT32> intensity;
 
     std::unique_ptr<TEV2_ANIMATABLE_INT32> on;        ///< 0 is off; null: on
-    std::unique_ptr<TEV2_LIGHT_SHADOW_PARAMS> shadow; ///< null: throws none
+    std::unique_ptr<TEV2_LIGHT_SHADOW_PARAMS> shadow; ///< null: casts none
     std::unique_ptr<TEV2_MAX_LIGHT_PARAMS> max;       ///< null: a physical light
 
     template <typename Self, typename Archive>
@@ -242,13 +243,14 @@ private:
     std::uint32_t type_;
 };
 
+/// A light that shines in all directions.
 class TEV2_POINT_LIGHT final : public TEV2_MOVING_RECORD_OF<TEV2_POINT_LIGHT, TEV2_LIGHT>
 {
 public:
     static constexpr std::uint32_t kType = 0;
     TEV2_POINT_LIGHT() : TEV2_MOVING_RECORD_OF(kType) {}
 
-    /// Beyond it the light does nothing, metres. Null: no end.
+    /// No light beyond this distance, metres. Null: no end.
     std::unique_ptr<TEV2_ANIMATABLE_FLOAT32> range;
 
     template <typename Self, typename Archive>
@@ -259,6 +261,7 @@ public:
     }
 };
 
+/// A light with parallel rays.
 class TEV2_DIRECTIONAL_LIGHT final : public TEV2_MOVING_RECORD_OF<TEV2_DIRECTIONAL_LIGHT, TEV2_LIGHT>
 {
 public:
@@ -276,13 +279,14 @@ public:
     }
 };
 
+/// A light that shines in a cone.
 class TEV2_SPOT_LIGHT final : public TEV2_MOVING_RECORD_OF<TEV2_SPOT_LIGHT, TEV2_LIGHT>
 {
 public:
     static constexpr std::uint32_t kType = 2;
     TEV2_SPOT_LIGHT() : TEV2_MOVING_RECORD_OF(kType) {}
 
-    /// Beyond it the light does nothing, metres. Null: no end.
+    /// No light beyond this distance, metres. Null: no end.
     std::unique_ptr<TEV2_ANIMATABLE_FLOAT32> range;
 
     /// Half angles, radians: full inside the first, nothing outside the second. Null: 0 and a quarter of pi.

@@ -25,7 +25,7 @@ public:
     /// The type in front of the map in the file.
     std::uint32_t GetType() const { return type_; }
 
-    /// How much it does, 0 to 1. Null: fully.
+    /// How much of the map is applied, 0 to 1. Null: 1.
     std::unique_ptr<TEV2_ANIMATABLE_FLOAT32> amount;
 
     template <typename Self, typename Archive>
@@ -35,7 +35,7 @@ public:
         archive.Track("amount", map.amount);
     }
 
-    /// No class of maps takes more memory.
+    /// Size of the largest class of maps, for memory limits.
     static constexpr std::size_t kMostBytes = 512;
 
     /// What a load finds where no map has the type.

@@ -9,18 +9,19 @@
 #include <cstdint>
 #include <memory>
 
-// Images that materials, lights and the environment use. Texture coordinates begin in the upper left corner of the
-// image; v runs down. Where a track may be null, the comment says what counts then.
+// Images that materials, lights and the environment use. (0, 0) is the upper left corner of an image; v runs down.
+// Where a track may be null, the comment gives the value that counts instead.
 
 namespace TEV2_LOADER
 {
 
-/// A part of an image.
+/// A rectangle that crops or places an image.
 class TEV2_BITMAP_CROP_PLACE : public TEV2_MOVING_RECORD_OF<TEV2_BITMAP_CROP_PLACE, TEV2_INTERNAL_ANIM_OBJECT,
                                                             TEV2_SERIALISABLE_OBJECT>
 {
 public:
-    /// False: the part is cut out and fills the map. True: the image is put there, with nothing around it.
+    /// False: the map shows this part of the image alone. True: the image is scaled into this part of the map, with
+    /// nothing around it.
     bool place = false;
 
     /// In parts of the image, 0 to 1. Null: all of it.
@@ -34,6 +35,7 @@ public:
     }
 };
 
+/// How colours are stored in the image.
 enum class TEV2_BITMAP_ENCODING : std::uint32_t
 {
     Srgb,
@@ -45,6 +47,7 @@ constexpr auto ChoiceNames(TEV2_BITMAP_ENCODING)
     return std::to_array({"sRGB", "linear"});
 }
 
+/// Where the alpha of the map comes from.
 enum class TEV2_BITMAP_ALPHA : std::uint32_t
 {
     Straight,
@@ -73,6 +76,7 @@ constexpr auto ChoiceNames(TEV2_BITMAP_CHANNEL)
     return std::to_array({"brightness", "red", "green", "blue", "alpha"});
 }
 
+/// Filter where the image is enlarged.
 enum class TEV2_BITMAP_MAGNIFY : std::uint32_t
 {
     Linear,
@@ -84,7 +88,7 @@ constexpr auto ChoiceNames(TEV2_BITMAP_MAGNIFY)
     return std::to_array({"linear", "nearest"});
 }
 
-/// Filter within a mip level, and between them.
+/// Filter where the image is reduced: within a mip level, and between levels.
 enum class TEV2_BITMAP_MINIFY : std::uint32_t
 {
     LinearMipLinear,
@@ -128,7 +132,7 @@ public:
     }
 };
 
-/// What is outside the image.
+/// What a lookup outside the image gives.
 enum class TEV2_UV_WRAP : std::uint32_t
 {
     Repeat,
@@ -142,6 +146,7 @@ constexpr auto ChoiceNames(TEV2_UV_WRAP)
     return std::to_array({"repeat", "mirror", "clamp", "nothing"});
 }
 
+/// Wrapping along both texture coordinates.
 class TEV2_UV_MATERIAL_WRAP_MODE : public TEV2_RECORD_OF<TEV2_UV_MATERIAL_WRAP_MODE, TEV2_SERIALISABLE_OBJECT>
 {
 public:
@@ -168,7 +173,7 @@ constexpr auto ChoiceNames(TEV2_MAP_PROJECTION)
     return std::to_array({"texture coordinates", "sphere", "screen"});
 }
 
-/// Where the image lies.
+/// How the image is projected and moved.
 class TEV2_BITMAP_MATERIAL_MAP_COORDINATES
     : public TEV2_MOVING_RECORD_OF<TEV2_BITMAP_MATERIAL_MAP_COORDINATES, TEV2_INTERNAL_ANIM_OBJECT,
                                    TEV2_SERIALISABLE_OBJECT>
@@ -214,7 +219,7 @@ class TEV2_BITMAP_MATERIAL_MAP_TIME
 {
 public:
     float start = 0.0f; ///< time of the scene at which the first image shows, seconds
-    float rate = 1.0f;  ///< speed
+    float rate = 1.0f;  ///< playback speed; 1 is that of the film
     TEV2_BITMAP_END end = TEV2_BITMAP_END::Restart;
 
     template <typename Self, typename Archive>
@@ -226,7 +231,7 @@ public:
     }
 };
 
-/// An image.
+/// A map that reads an image.
 class TEV2_BITMAP_MATERIAL_MAP final
     : public TEV2_MOVING_RECORD_OF<TEV2_BITMAP_MATERIAL_MAP, TEV2_MATERIAL_MAP>
 {
@@ -234,7 +239,7 @@ public:
     static constexpr std::uint32_t kType = 0;
     TEV2_BITMAP_MATERIAL_MAP() : TEV2_MOVING_RECORD_OF(kType) {}
 
-    /// Makes a map of type 0; null for any other, for places that take images alone.
+    /// Makes a map of type 0; null for any other type. For fields that take bitmap maps alone.
     static std::unique_ptr<TEV2_BITMAP_MATERIAL_MAP> Create(std::uint32_t type);
 
     TEV2_BITMAP_MATERIAL_MAP_BITMAP_PARAMS params;
@@ -252,6 +257,7 @@ public:
     }
 };
 
+/// The axes that the normals of an image are in.
 enum class TEV2_NORMAL_SPACE : std::uint32_t
 {
     Tangent,

@@ -27,7 +27,7 @@ public:
     std::uint32_t GetType() const { return type_; }
     std::uint32_t GetChunkId() const override { return kMaterialChunk; }
 
-    bool twoSided = false;
+    bool twoSided = false; ///< back faces are drawn, too
 
     template <typename Self, typename Archive>
     static void Fields(Self& material, Archive& archive)
@@ -47,6 +47,7 @@ private:
     std::uint32_t type_;
 };
 
+/// How a standard material reflects light.
 enum class TEV2_SHADING : std::uint32_t
 {
     Blinn,
@@ -87,7 +88,7 @@ struct TEV2_CHANNEL_MAP
 {
     TEV2_MATERIAL_CHANNEL channel = TEV2_MATERIAL_CHANNEL::Diffuse;
 
-    /// Never null in a scene that is saved.
+    /// Not null: Save fails otherwise.
     std::unique_ptr<TEV2_MATERIAL_MAP> map;
 
     template <typename Self, typename Archive>
@@ -98,7 +99,7 @@ struct TEV2_CHANNEL_MAP
     }
 };
 
-/// A material with a highlight, as renderers without shaders know it. Colours are linear.
+/// The classic material: diffuse and ambient reflection, a highlight and emission. Colours are linear.
 class TEV2_STANDARD_MATERIAL final : public TEV2_MOVING_RECORD_OF<TEV2_STANDARD_MATERIAL, TEV2_MATERIAL>
 {
 public:
@@ -131,7 +132,7 @@ public:
     }
 };
 
-/// A text for a shader.
+/// A text parameter of a shader.
 class TEV2_SHADER_STRING_PARAM : public TEV2_RECORD_OF<TEV2_SHADER_STRING_PARAM, TEV2_ENTITY>
 {
 public:
@@ -145,11 +146,11 @@ public:
     }
 };
 
-/// A light for a shader.
+/// A light parameter of a shader.
 class TEV2_SHADER_LIGHT_PARAM : public TEV2_RECORD_OF<TEV2_SHADER_LIGHT_PARAM, TEV2_ENTITY>
 {
 public:
-    /// Index in the scene's lights.
+    /// Index in the scene's lights, or kNone. May lie beyond them.
     std::uint32_t light = kNone;
 
     template <typename Self, typename Archive>
@@ -160,7 +161,7 @@ public:
     }
 };
 
-/// A material that a shader draws, and its parameters by name.
+/// A material that a shader of the program draws: its name, and its parameters by name.
 class TEV2_SHADER_MATERIAL final : public TEV2_MOVING_RECORD_OF<TEV2_SHADER_MATERIAL, TEV2_MATERIAL>
 {
 public:
@@ -176,7 +177,7 @@ public:
     std::vector<TEV2_NAMED_ANIMATABLE<TEV2_ANIMATABLE_VECTOR_4>> vector4s;
     std::vector<TEV2_SHADER_LIGHT_PARAM> lights;
 
-    /// The name of a map is that of its parameter. None is null in a scene that is saved.
+    /// Each map has the name of its parameter. None is null: Save fails otherwise.
     std::vector<std::unique_ptr<TEV2_MATERIAL_MAP>> maps;
 
     template <typename Self, typename Archive>

@@ -39,7 +39,8 @@ public:
     }
 };
 
-/// A mesh, but for its vertices. In a mesh that was loaded and is typed every corner is below the number of vertices.
+/// The part of a mesh that does not depend on the kind of its vertices. In a mesh that was loaded and is typed every
+/// corner is below the number of vertices.
 class TEV2_TRI_OBJECT : public TEV2_MOVING_RECORD_OF<TEV2_TRI_OBJECT, TEV2_GEOM_OBJECT>
 {
 public:
@@ -57,7 +58,7 @@ public:
     TEV2_CARD32_TRIPLE Triangle(std::size_t index) const;
 
 protected:
-    /// Fails the cursor where a corner is not below a number of vertices.
+    /// Fails the cursor where a corner is not below `vertexCount`.
     void ExamineCorners(TEV2_MEMORY_CURSOR& cursor, std::size_t vertexCount) const;
 };
 
@@ -153,8 +154,8 @@ public:
 
     std::uint32_t GetChunkId() const override { return kMorphMeshChunk; }
 
-    /// A vertex and what the targets do to it. Setting one changes the targets, too: those for which it has no entry, or
-    /// one without a vertex, leave it alone. Entries beyond the targets are ignored.
+    /// A vertex and what the targets do to it. Setting one changes the targets, too: those for which it has no entry,
+    /// or one without a vertex, leave it alone. Entries beyond the targets are ignored.
     TEV2_MORPH_MESH_VERT Vertex(std::size_t index) const;
     void SetVertex(std::size_t index, const TEV2_MORPH_MESH_VERT& vertex);
     void Append(const TEV2_MORPH_MESH_VERT& vertex);

@@ -15,15 +15,16 @@ namespace TEV2_LOADER
 class TEV2_POSITIONAL_OBJECT : public TEV2_ENTITY, public TEV2_INTERNAL_ANIM_OBJECT
 {
 public:
-    TEV2_WIDE_STRING secondText;
-    TEV2_WIDE_STRING thirdText;
+    TEV2_WIDE_STRING secondText; ///< no meaning; kept
+    TEV2_WIDE_STRING thirdText;  ///< no meaning; kept
 
-    /// Index of its node in the hierarchy, in whose axes it is; kNone: it is in the world.
+    /// Index of the node in the hierarchy that places the object; kNone: it is placed in the world. May lie beyond the
+    /// nodes: check it before use.
     std::uint32_t value = 0;
 
     TEV2_EXTENDED_PROPERTIES properties; ///< from version 1.04
 
-    /// May be null; metres.
+    /// A box around the object in the axes of its node, metres. May be null.
     std::unique_ptr<TEV2_ANIMATABLE_BOUNDING_BOX> bounds; ///< from version 1.13
 
     template <typename Self, typename Archive>

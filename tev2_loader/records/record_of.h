@@ -6,8 +6,8 @@
 namespace TEV2_LOADER
 {
 
-/// What the operations of a record come to, given its Fields. records/archives.h defines it; the source of each record
-/// instantiates it, so that nobody else has to compile it.
+/// Implements the operations of a record by its Fields. records/archives.h defines it; the .cpp of each record
+/// instantiates it, so that users need not compile it.
 template <typename Record>
 struct TEV2_RECORD_CODE
 {
@@ -43,7 +43,7 @@ protected:
     using Bases::Bases...;
 };
 
-/// The same with time, which moves every track that Fields names but those of user properties.
+/// A record with tracks. Update and SetTime move every track that Fields names except those of user properties.
 template <typename Concrete, typename... Bases>
 class TEV2_MOVING_RECORD_OF : public TEV2_RECORD_OF<Concrete, Bases...>
 {

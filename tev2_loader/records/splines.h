@@ -44,6 +44,7 @@ struct TEV2_BEZIER_POINTS
 /// The point of a cubic curve at a parameter from 0 to 1.
 TEV2_VECTOR_3 BezierPoint(const TEV2_BEZIER_POINTS& points, float parameter);
 
+/// One piece of a rigid spline as a record of its own.
 class TEV2_RIGID_BEZIER_CURVE final : public TEV2_RECORD_OF<TEV2_RIGID_BEZIER_CURVE, TEV2_IBEZIER_CURVE>
 {
 public:
@@ -86,7 +87,7 @@ public:
     TEV2_BEZIER_POINTS Points() const;
 };
 
-/// Pieces that each start where the one before ends.
+/// A chain of cubic pieces, each of which starts where the one before ends.
 class TEV2_IBEZIER_SPLINE : public TEV2_SERIALISABLE_OBJECT
 {
 public:
@@ -98,7 +99,7 @@ public:
 
     virtual std::size_t CurveCount() const = 0;
 
-    /// The control points of a piece at the present time of its tracks.
+    /// The control points of a piece below CurveCount() at the present time of its tracks.
     virtual TEV2_BEZIER_POINTS Curve(std::size_t index) const = 0;
 
     /// The last piece ends where the first one starts.
@@ -114,6 +115,7 @@ public:
     static constexpr TEV2_LOAD_CODE kUnknownType = TEV2_LOAD_CODE::BodyKept;
 };
 
+/// A spline whose control points do not move.
 class TEV2_RIGID_BEZIER_SPLINE final : public TEV2_RECORD_OF<TEV2_RIGID_BEZIER_SPLINE, TEV2_IBEZIER_SPLINE>
 {
 public:
@@ -133,6 +135,7 @@ public:
     TEV2_BEZIER_POINTS Curve(std::size_t index) const override { return curves[index]; }
 };
 
+/// A spline whose control points move.
 class TEV2_ANIM_BEZIER_SPLINE final
     : public TEV2_MOVING_RECORD_OF<TEV2_ANIM_BEZIER_SPLINE, TEV2_IBEZIER_SPLINE, TEV2_INTERNAL_ANIM_OBJECT>
 {
@@ -162,7 +165,7 @@ class TEV2_BEZIER_SPLINE_OBJECT final
                                    TEV2_KEPT_BODY>
 {
 public:
-    /// None is null in a scene that is saved.
+    /// None is null: Save fails otherwise.
     std::vector<std::unique_ptr<TEV2_IBEZIER_SPLINE>> splines;
 
     template <typename Self, typename Archive>

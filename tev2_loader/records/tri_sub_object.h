@@ -42,7 +42,7 @@ public:
     /// Index in the scene's materials, or kNone. May lie beyond them.
     std::uint32_t material = kNone;
 
-    /// An index buffer as it stands. In a typed mesh all indices are below its number of vertices.
+    /// An index buffer, ready for upload. In a typed mesh that was loaded every index is below its number of vertices.
     std::vector<TEV2_TRIANGLE> triangles;
 
     TEV2_CARD32_TRIPLE Triangle(std::size_t index) const

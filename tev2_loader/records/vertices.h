@@ -15,11 +15,11 @@
 namespace TEV2_LOADER
 {
 
-// Vertices. A mesh holds them column by column (TEV2_RIGID_VERTICES and the others): plain arrays that can be uploaded as
-// they are, of one length. TEV2_RIGID_VERT and the others are one vertex as a record of its own, which a mesh gives out
-// and takes back.
+// Vertices. A mesh holds them column by column (TEV2_RIGID_VERTICES and the others): plain arrays that can be uploaded
+// as they are, of one length. TEV2_RIGID_VERT and the others are one vertex as a record of its own, which a mesh gives
+// out and takes back.
 
-/// A vertex: what all kinds have.
+/// What all kinds of vertices have.
 class TEV2_VERT : public TEV2_RECORD_OF<TEV2_VERT, TEV2_SERIALISABLE_OBJECT>
 {
 public:
@@ -35,12 +35,12 @@ public:
     }
 };
 
-/// A vertex that stays where it is, in the axes of the mesh.
+/// A vertex that does not move by itself, in the axes of the mesh.
 class TEV2_RIGID_VERT : public TEV2_RECORD_OF<TEV2_RIGID_VERT, TEV2_VERT>
 {
 public:
     TEV2_VECTOR_3 position;              ///< metres
-    std::optional<TEV2_VECTOR_3> normal; ///< without: its triangles are flat
+    std::optional<TEV2_VECTOR_3> normal; ///< none: its triangles are flat
     std::optional<TEV2_VERTEX_FRAME> frame;
 
     template <typename Self, typename Archive>
@@ -118,7 +118,7 @@ public:
     }
 };
 
-/// How far a vertex follows a bone.
+/// A bone that a vertex follows, and how far.
 class TEV2_BONE_WEIGHT_DATA final : public TEV2_RECORD_OF<TEV2_BONE_WEIGHT_DATA, TEV2_SERIALISABLE_OBJECT>
 {
 public:
@@ -150,7 +150,7 @@ public:
     }
 };
 
-/// A vertex that cutting a triangle gives. It is in no chunk.
+/// A vertex on an edge of a triangle that was cut. No chunk holds one.
 class TEV2_TRI_CLIPPER_RIGID_VERT final : public TEV2_RECORD_OF<TEV2_TRI_CLIPPER_RIGID_VERT, TEV2_RIGID_VERT>
 {
 public:
@@ -168,8 +168,8 @@ public:
     }
 };
 
-/// What the vertices of all meshes may have: sets of colours and of texture coordinates, at most kMostColumns of each. A
-/// set has one value for each vertex.
+/// What the vertices of all meshes may have: sets of colours and of texture coordinates, at most kMostColumns of each.
+/// A set has one value for each vertex.
 struct TEV2_VERT_COLUMNS
 {
     std::vector<std::vector<TEV2_VECTOR_4>> colours; ///< linear red, green, blue, and alpha
@@ -208,7 +208,8 @@ struct TEV2_RIGID_VERTICES : TEV2_VERT_COLUMNS
     TEV2_RIGID_VERT Vertex(std::size_t index) const;
     void Get(std::size_t index, TEV2_RIGID_VERT& vertex) const;
 
-    /// Replaces a vertex below Count(). A column that only this or only the other vertices have is filled up with zeros.
+    /// Replaces a vertex below Count(). A column that only this or only the other vertices have is filled up with
+    /// zeros.
     void SetVertex(std::size_t index, const TEV2_RIGID_VERT& vertex);
     void Append(const TEV2_RIGID_VERT& vertex);
 };
@@ -241,8 +242,9 @@ struct TEV2_ANIM_VERTICES : TEV2_RIGID_VERTICES
     /// Bytes that Evaluate allocates where the columns are empty.
     std::size_t EvaluatedBytes() const;
 
-    /// Fills the columns from the tracks as they stand. Allocates only where vertices came or went since the last call, or
-    /// the first normal or frame. Normals and frames are there if any vertex has a track for them, and zero for others.
+    /// Fills the columns from the tracks as they stand. Allocates only where vertices came or went since the last call,
+    /// or the first normal or frame. Normals and frames are there if any vertex has a track for them, and zero for
+    /// others.
     void Evaluate();
 };
 
@@ -281,8 +283,8 @@ struct TEV2_TARGET_VERTICES
     void Remove(std::uint32_t vertex);
 };
 
-/// How the vertices of a mesh follow bones. Each vertex has `influences` entries, an index in `bones` and a weight: those
-/// of vertex v begin at v * influences. Entries that are not used are 0 and 0.
+/// How the vertices of a mesh follow bones. Each vertex has `influences` entries, an index in `bones` and a weight:
+/// those of vertex v begin at v * influences. Entries that are not used are 0 and 0.
 struct TEV2_SKIN
 {
     std::uint32_t influences = 0; ///< at most kMostColumns; engines take 4 or 8
@@ -312,8 +314,8 @@ struct TEV2_SKIN
     /// The entries of a vertex.
     std::vector<TEV2_BONE_WEIGHT_DATA> Weights(std::size_t vertex) const;
 
-    /// Replaces the entries of one of `vertexCount` vertices. Where they are more than `influences`, all vertices get room
-    /// for as many.
+    /// Replaces the entries of one of `vertexCount` vertices. Where they are more than `influences`, all vertices get
+    /// room for as many.
     void SetWeights(std::size_t vertex, std::size_t vertexCount,
                     std::span<const TEV2_BONE_WEIGHT_DATA> entries);
 

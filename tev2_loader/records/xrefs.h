@@ -42,8 +42,8 @@ class TEV2_XREF_OBJECT final
 {
 public:
     std::uint32_t library = kNone; ///< index in the scene's xrefs20
-    std::uint32_t chunkId = 0;     ///< kind of the object
-    TEV2_WIDE_STRING objectName;
+    std::uint32_t chunkId = 0;     ///< kind of the object: the chunk that it is in there
+    TEV2_WIDE_STRING objectName;   ///< its name there
 
     template <typename Self, typename Archive>
     static void Fields(Self& object, Archive& archive)
@@ -59,15 +59,15 @@ public:
     std::uint32_t GetChunkId() const override { return kXrefObjectChunk; }
 };
 
-/// A tree that a model file describes.
+/// A tree, grown from a file of its own.
 class TEV2_XREF_SPEEDTREE final
     : public TEV2_MOVING_RECORD_OF<TEV2_XREF_SPEEDTREE, TEV2_POSITIONAL_OBJECT, UNUSED__TEV2_SCALED_OBJECT,
                                    TEV2_LIT_OBJECT, TEV2_CHUNK_OBJECT, TEV2_KEPT_BODY>
 {
 public:
     TEV2_WIDE_STRING fileName; ///< relative to the folder of this file, with / between folders
-    std::uint32_t seed = 0;
-    float height = 0.0f; ///< metres; 0: the model's own
+    std::uint32_t seed = 0;    ///< of its random numbers
+    float height = 0.0f;       ///< metres; 0: the model's own
 
     template <typename Self, typename Archive>
     static void Fields(Self& tree, Archive& archive)
