@@ -1,5 +1,6 @@
 #include "tev2_loader/records/meshes.h"
 
+#include "tev2_loader/math/detail/fast_math.h"
 #include "tev2_loader/records/archives.h"
 
 #include <algorithm>
@@ -247,6 +248,39 @@ void TEV2_WEIGHTED_MESH::Examine(TEV2_MEMORY_CURSOR& cursor) const
         ExamineSkin(cursor, *skin);
     if (!cursor.Failed())
         ExamineTargets(cursor, targets, vertices->Count());
+}
+
+void TEV2_WEIGHTED_MESH::MakeRoom(TEV2_MEMORY_CURSOR& cursor)
+{
+    if (cursor.TakeMemory(skin->bones.size() * sizeof(TEV2_MATRIX_3X4)))
+        skin->palette.resize(skin->bones.size());
+}
+
+void TEV2_WEIGHTED_MESH::Bind(const TEV2_MATRIX_HIERARCHY& skeleton,
+                              const std::vector<TEV2_MATRIX_3X4>& inverse_bind_matrices)
+{
+    hierarchy = &skeleton;
+    inverseBindMatrices = &inverse_bind_matrices;
+    if (!IsTyped() || skin.Empty())
+        return;
+    static constexpr TEV2_MATRIX_3X4 kIdentity;
+    const std::vector<TEV2_MATRIX_NODE>& nodes = skeleton.nodes;
+    const std::vector<std::uint32_t>& bones = skin->bones;
+    const bool own = skin->bindMatrices.size() == bones.size();
+    const std::vector<TEV2_MATRIX_3X4>& bind_matrices = own ? skin->bindMatrices : inverse_bind_matrices;
+    std::vector<TEV2_MATRIX_3X4>& palette = skin->palette;
+    palette.resize(bones.size());
+    for (std::size_t bone = 0; bone < bones.size(); ++bone)
+    {
+        const std::size_t node = bones[bone];
+        const std::size_t place = own ? bone : node;
+        if (node >= nodes.size())
+            palette[bone] = kIdentity;
+        else if (place >= bind_matrices.size())
+            palette[bone] = nodes[node].worldMatrix;
+        else
+            palette[bone] = FastProduct(nodes[node].worldMatrix, bind_matrices[place]);
+    }
 }
 
 } // namespace TEV2_LOADER

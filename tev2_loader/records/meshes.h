@@ -193,14 +193,15 @@ public:
     void SetVertex(std::size_t index, const TEV2_WEIGHTED_MESH_VERT& vertex);
     void Append(const TEV2_WEIGHTED_MESH_VERT& vertex);
 
+    /// Forms the palette of the skin: of each bone, world matrix of its node * bind matrix; the identity for a bone
+    /// beyond the nodes. Where the skin does not have one bind matrix for each bone, that of a bone is the entry of its
+    /// node in `inverse_bind_matrices`, the identity beyond them. Allocates when the number of bones has changed since
+    /// the last time or the load. A mesh that is kept or has no skin gets no palette.
     void Bind(const TEV2_MATRIX_HIERARCHY& skeleton,
-              const std::vector<TEV2_MATRIX_3X4>& inverse_bind_matrices)
-    {
-        hierarchy = &skeleton;
-        inverseBindMatrices = &inverse_bind_matrices;
-    }
+              const std::vector<TEV2_MATRIX_3X4>& inverse_bind_matrices);
 
     void Examine(TEV2_MEMORY_CURSOR& cursor) const;
+    void MakeRoom(TEV2_MEMORY_CURSOR& cursor);
 };
 
 } // namespace TEV2_LOADER
