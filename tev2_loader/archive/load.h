@@ -20,16 +20,29 @@
 namespace TEV2_LOADER
 {
 
+/// Appends `count` elements of the image, which must have them, to an empty array. In pieces: resize writes zeros first,
+/// and what is read replaces them while they are in the first-level cache.
+template <BlockElement Element>
+void ReadElements(TEV2_MEMORY_CURSOR& cursor, std::vector<Element>& elements, std::size_t count)
+{
+    constexpr std::size_t kPiece = 16384 / sizeof(Element);
+    elements.reserve(count);
+    while (elements.size() < count)
+    {
+        const std::size_t begin = elements.size();
+        elements.resize(std::min(count, begin + kPiece));
+        cursor.ReadBlock(&elements[begin], (elements.size() - begin) * sizeof(Element));
+    }
+}
+
 /// Reads u32 count and that many elements as one block, replacing what the array held.
 template <BlockElement Element>
 void LoadBlock(TEV2_MEMORY_CURSOR& cursor, std::vector<Element>& elements)
 {
     elements.clear();
     const std::size_t count = cursor.ReadCount(sizeof(Element));
-    if (!cursor.TakeMemory(count * sizeof(Element)))
-        return;
-    elements.resize(count);
-    cursor.ReadBlock(elements.data(), elements.size() * sizeof(Element));
+    if (cursor.TakeMemory(count * sizeof(Element)))
+        ReadElements(cursor, elements, count);
 }
 
 /// Reads a body that may be of another layout, on a cursor of its own.
@@ -314,10 +327,7 @@ public:
         if (count > most)
             Refuse(label, "at most " + std::to_string(most), count, 0);
         else if (cursor_.TakeMemory(count * sizeof(Element)))
-        {
-            values.resize(count);
-            cursor_.ReadBlock(values.data(), count * sizeof(Element));
-        }
+            ReadElements(cursor_, values, count);
     }
 
     /// A column without values is absent.
