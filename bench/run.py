@@ -18,6 +18,9 @@ import tempfile
 BYTES = ("bytes_per_second", 1e-9, "GB/s", max)
 NODES = ("s/node", 1e9, "ns/node", min)
 MILLISECONDS = ("real_time", 1.0, "ms", min)
+CPU_MILLISECONDS = ("cpu_time", 1.0, "ms", min)
+BONES = ("s/bone", 1e9, "ns/bone", min)
+VERTICES = ("s/vertex", 1e9, "ns/vertex", min)
 
 
 class Share(float):
@@ -49,6 +52,12 @@ def rows():
     yield ("save W2", "SaveFile/W2/real_time", "WriteImage/W2/real_time", BYTES, 1.0)
     yield ("save W2, against one fwrite", "SaveFile/W2/real_time", "WriteImage/W2/real_time", BYTES, Share(0.8))
     yield ("save W3", "SaveFile/W3/real_time", "WriteImage/W3/real_time", BYTES, None)
+    yield ("load 200,000 skinned vertices, 8 targets", "LoadCharacter", "CopyCharacter", CPU_MILLISECONDS, Share(2))
+    for bones in (24, 100):
+        yield (f"palettes, {bones} bones, own bind matrices", f"FormPalettes/own/{bones}", None, BONES, 8)
+        yield (f"palettes, {bones} bones, the root's table", f"FormPalettes/table/{bones}", None, BONES, 8)
+    yield ("SkinVertices, 4 bones, position and normal", "SkinMesh", None, VERTICES, None)
+    yield ("SetTime of an anim mesh, positions", "MoveAnimMesh", None, VERTICES, None)
     yield ("ReduceKeys, keys", "ReduceAllKept", None, per_second("keys"), 50)
     for nodes, frames, mark in ((1000, 1000, 1.5), (250, 250, 1.5), (500, 250, None), (1000, 250, None),
                                 (2000, 250, None), (250, 500, None), (250, 1000, None), (250, 2000, None)):
@@ -138,7 +147,7 @@ def main():
         found.update(run(os.path.join(programs, "format_bench"), scenes, options.repetitions))
     found.update(run(os.path.join(programs, "format_bench"), ["--benchmark_filter=(Evaluate|ReadKeys)/W2"],
                      options.repetitions, {"GLIBC_TUNABLES": "glibc.malloc.hugetlb=1"}, " huge pages"))
-    for program in ("export_bench", "fbx_bench"):
+    for program in ("mesh_bench", "export_bench", "fbx_bench"):
         path = os.path.join(programs, program)
         if os.path.exists(path):
             found.update(run(path, [], options.repetitions))
