@@ -31,20 +31,26 @@ Status LoadMemory(const void* bytes, std::size_t size, TEV2& scene, const LoadOp
     return Status::Failure(error != report.findings.end() ? FindingText(*error) : "not a sound scene file");
 }
 
-Status SaveFile(const TEV2& scene, const std::string& path)
+Status SaveFile(const TEV2& scene, const std::string& path, TEV2_SAVE_REPORT* report)
 {
+    TEV2_SAVE_REPORT own;
+    TEV2_SAVE_REPORT& said = report != nullptr ? *report : own;
+    said = {};
     char magic[sizeof kMagic];
     std::memcpy(magic, &kMagic, sizeof magic);
-    return WriteWholeFile(path,
-                          [&](std::unique_ptr<TEV2_FILE_STREAM>& stream)
-                          {
-                              TEV2_FILE_WRITER writer(std::move(stream), TEV2_WIDE_STRING::FromBytes(path),
-                                                      true);
-                              const bool saved = scene.Save(writer);
-                              stream = std::move(writer.stream);
-                              return saved;
-                          },
-                          {magic, sizeof magic});
+    bool refused = false;
+    const Status written = WriteWholeFile(path,
+                                          [&](std::unique_ptr<TEV2_FILE_STREAM>& stream)
+                                          {
+                                              TEV2_FILE_WRITER writer(
+                                                  std::move(stream), TEV2_WIDE_STRING::FromBytes(path), true);
+                                              const bool saved = scene.Save(writer, &said);
+                                              refused = !saved && writer.stream->lastError == 0;
+                                              stream = std::move(writer.stream);
+                                              return saved;
+                                          },
+                                          {magic, sizeof magic});
+    return refused && !said.refused.empty() ? Status::Failure(said.refused) : written;
 }
 
 } // namespace TEV2_LOADER

@@ -53,7 +53,8 @@ Status LoadFile(const std::string& path, TEV2& scene, const LoadOptions& options
 Status LoadMemory(const void* bytes, std::size_t size, TEV2& scene, const LoadOptions& options = {});
 
 /// Saves a scene. On success the file is complete and loads. On failure an existing file is unchanged, except where
-/// WriteWholeFile (io/whole_file.h) has to write to it directly.
-Status SaveFile(const TEV2& scene, const std::string& path);
+/// WriteWholeFile (io/whole_file.h) has to write to it directly; the reason is the system's, or names the object whose
+/// Save was false. The report, if given, is replaced; of a path that cannot be written to it says nothing.
+Status SaveFile(const TEV2& scene, const std::string& path, TEV2_SAVE_REPORT* report = nullptr);
 
 } // namespace TEV2_LOADER

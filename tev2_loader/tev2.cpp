@@ -1,6 +1,8 @@
 #include "tev2_loader/tev2.h"
 
 #include "tev2_loader/array_length_helper.h"
+#include "tev2_loader/io/utf8.h"
+#include "tev2_loader/records/archives.h"
 
 #include <algorithm>
 #include <cstdio>
@@ -15,13 +17,14 @@ namespace TEV2_LOADER
 namespace
 {
 
+/// Bytes that an object takes at most, whichever class of its family it is.
 template <typename Object>
-constexpr bool IsSmall()
+constexpr std::size_t MostBytes()
 {
     if constexpr (requires(const Object& object) { ClassesOf(object); })
-        return decltype(ClassesOf(std::declval<const Object&>()))::kLargest <= kMostObjectBytes;
+        return decltype(ClassesOf(std::declval<const Object&>()))::kLargest;
     else
-        return sizeof(Object) <= kMostObjectBytes;
+        return sizeof(Object);
 }
 
 std::string Hex(std::uint32_t value)
@@ -54,24 +57,82 @@ bool SaveListed(TEV2_FILE_WRITER& writer, const List& list, const Record& record
         return SaveChunk(writer, record);
 }
 
-/// Calls use(object) for a record, for an object that may be null, or for each such object of an array.
+/// Calls use(object, index) for a record, for an object that may be null, or for each such object of an array.
 template <typename Member, typename Use>
-void ForEach(Member& member, const Use& use)
+void ForEachAt(Member& member, const Use& use, std::size_t index = RecordScope::kNoIndex)
 {
     if constexpr (requires { member.begin(); })
     {
-        for (auto& object : member)
-            ForEach(object, use);
+        for (std::size_t at = 0; at < member.size(); ++at)
+            ForEachAt(member[at], use, at);
     }
     else if constexpr (requires { *member; })
     {
         if (member)
-            use(*member);
+            use(*member, index);
     }
     else
     {
-        use(member);
+        use(member, index);
     }
+}
+
+/// The same without the index.
+template <typename Member, typename Use>
+void ForEach(Member& member, const Use& use)
+{
+    ForEachAt(member, [&use](auto& object, std::size_t) { use(object); });
+}
+
+/// How messages name an object: lights[2] "Sun".
+template <typename Record>
+std::string TitleOf(std::string path, const Record& record)
+{
+    if constexpr (std::derived_from<Record, TEV2_ENTITY>)
+        if (!record.name.Text().empty())
+            path += " \"" + ReadableText(record.name.Text()) + "\"";
+    return path;
+}
+
+template <typename Record>
+void ReportIgnored(TEV2_SAVE_REPORT& report, const std::string& path, const Record& record)
+{
+    VisitAsClass(record,
+                 [&](const auto& concrete)
+                 {
+                     if (HasUnsavedValues(concrete))
+                         report.ignored.push_back(TitleOf(path, record));
+                 });
+}
+
+template <typename Record>
+void ReportSaved(TEV2_SAVE_REPORT& report, const TEV2_FILE_WRITER::Refusal& refusal, const std::string& path,
+                 const Record& record)
+{
+    if (refusal.reason != nullptr && report.refused.empty())
+        report.refused = TitleOf(path, record) + ", " + refusal.field + ": " + refusal.reason;
+    if constexpr (requires { record.IsTyped(); })
+        ReportIgnored(report, path, record);
+    else if constexpr (std::same_as<Record, TEV2_ENVIRONMENT>)
+        if (record.environmentMap)
+            ReportIgnored(report, path + ".environmentMap", *record.environmentMap);
+}
+
+/// Writes all objects of a list; false when one of them was not saved.
+template <typename List, typename Member>
+bool SaveList(TEV2_FILE_WRITER& writer, const List& list, const Member& member, TEV2_SAVE_REPORT* report)
+{
+    bool saved = true;
+    ForEachAt(member,
+              [&](const auto& record, std::size_t index)
+              {
+                  writer.refusal = {};
+                  saved &= SaveListed(writer, list, record);
+                  if (report != nullptr)
+                      ReportSaved(*report, writer.refusal,
+                                  index == RecordScope::kNoIndex ? list.label : PathOf(list, index), record);
+              });
+    return saved;
 }
 
 /// The number between id and body.
@@ -110,12 +171,12 @@ bool LoadMember(TEV2_MEMORY_CURSOR& cursor, float version, const TEV2_LIST& list
 template <typename Object>
 bool LoadMember(TEV2_MEMORY_CURSOR& cursor, float version, const TEV2_LIST& list, TEV2::Array<Object>& array)
 {
-    static_assert(IsSmall<Object>());
+    static_assert(MostBytes<Object>() <= kMostObjectBytes);
     const RecordScope scope(cursor, list.label, array.size());
     [[maybe_unused]] std::uint32_t type = 0;
     if (list.reading == TEV2_READING::WithType && !ReadPrefix(cursor, type))
         return false;
-    if (!cursor.TakeMemory(sizeof(Object) + sizeof array[0]))
+    if (!cursor.TakeMemory(MostBytes<Object>() + sizeof array[0]))
         return false;
     if constexpr (requires(const Object& object) { object.GetType(); })
     {
@@ -153,14 +214,14 @@ bool LoadInstance(TEV2_MEMORY_CURSOR& cursor, float version, std::uint32_t chunk
                            "at most " + std::to_string(kInstanceListCount - 1), std::to_string(list),
                            sizeof list);
 
-    static_assert(IsSmall<TEV2_INSTANCE>());
+    static_assert(MostBytes<TEV2_INSTANCE>() <= kMostObjectBytes);
     auto& instances = scene.instanceLists[list];
     const RecordScope scope(cursor, "instanceLists", list);
     const RecordScope place(cursor, "", instances.size());
     if (!IsSaved(scene, list))
         cursor.Warn(TEV2_LOAD_CODE::InstanceListNeverSaved, "a list other than 7 and 9",
                     std::to_string(list));
-    if (!cursor.TakeMemory(sizeof(TEV2_GEOM_INSTANCE) + sizeof instances[0]))
+    if (!cursor.TakeMemory(MostBytes<TEV2_INSTANCE>() + sizeof instances[0]))
         return false;
     return instances.emplace_back(TEV2_INSTANCE::Create(chunkId))->Load(cursor, version);
 }
@@ -188,8 +249,10 @@ void WarnWhereRecordEnds(TEV2_MEMORY_CURSOR& cursor)
 
 } // namespace
 
-bool TEV2::Save(TEV2_FILE_WRITER& writer) const
+bool TEV2::Save(TEV2_FILE_WRITER& writer, TEV2_SAVE_REPORT* report) const
 {
+    if (report != nullptr)
+        *report = {};
     TEV2_FILE_STREAM& stream = *writer.stream;
     const std::int32_t magicPosition = stream.Tell();
     const std::uint32_t unfinished = 0;
@@ -199,8 +262,7 @@ bool TEV2::Save(TEV2_FILE_WRITER& writer) const
     VisitListsBy<&TEV2_LIST::save>(*this,
                                    [&](const auto& list, const auto& member)
                                    {
-                                       ForEach(member, [&](const auto& record)
-                                               { saved &= SaveListed(writer, list, record); });
+                                       saved &= SaveList(writer, list, member, report);
                                        if (list.kind == kInformationChunk)
                                            saved &= SaveChunk(writer, TEV2_ARRAY_LENGTH_HELPER(*this));
                                    });
@@ -369,6 +431,16 @@ void TEV2::SetTime(float time)
                                           if (list.kind == kBezierSplineChunk)
                                               BindMeshes();
                                       });
+}
+
+std::string PathOf(const TEV2_LIST& list, std::size_t index)
+{
+    return list.label + ("[" + std::to_string(index) + "]");
+}
+
+std::string PathOf(const TEV2_INSTANCE_LIST& list, std::size_t index)
+{
+    return PathOf(static_cast<const TEV2_LIST&>(list), list.index) + "[" + std::to_string(index) + "]";
 }
 
 const TEV2_KIND* FindChunkKind(std::uint32_t id)

@@ -48,6 +48,18 @@
 namespace TEV2_LOADER
 {
 
+/// What a save has to say beside its result. Objects are named as `lights[2] "Sun"`.
+struct TEV2_SAVE_REPORT
+{
+    /// The first object whose Save was false although its bytes were written, its field, and what is wrong with it:
+    /// `rigids[0] "Wall", normals: not one for each vertex`. Empty: none.
+    std::string refused;
+
+    /// Objects whose bodies are kept as bytes, and whose fields were changed: the file does not have these changes. The
+    /// objects' Forget would save them.
+    std::vector<std::string> ignored;
+};
+
 /// A whole scene: it owns every record of a file.
 ///
 /// A file is the magic and then chunks, each u32 size (of all of it), u32 kind and a body. Lengths are
@@ -100,7 +112,9 @@ public:
     /// True does not mean a good file: texts, names and whole blocks count in the stream's latch alone, and a full
     /// disk may show only when the file is closed. The file is good when Save was true, stream->lastError was 0
     /// after it, and stream->Close() was true.
-    bool Save(TEV2_FILE_WRITER& writer) const;
+    ///
+    /// The report, if given, is replaced.
+    bool Save(TEV2_FILE_WRITER& writer, TEV2_SAVE_REPORT* report = nullptr) const;
 
     /// Clears the scene and reads a whole file, which must begin at the cursor's image. With applyStartTime
     /// it is then evaluated at the start of its time range. On failure: false, the reason in the cursor's
@@ -265,6 +279,10 @@ void VisitListsBy(Scene& scene, const Visit& visit)
     };
     visit_all(std::make_index_sequence<kOrder.count>());
 }
+
+/// What reports call an object of a list: "lights[2]", "instanceLists[3][0]".
+std::string PathOf(const TEV2_LIST& list, std::size_t index);
+std::string PathOf(const TEV2_INSTANCE_LIST& list, std::size_t index);
 
 /// The kind of a chunk id; null for an id that the format does not know.
 const TEV2_KIND* FindChunkKind(std::uint32_t id);

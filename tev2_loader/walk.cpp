@@ -370,15 +370,6 @@ bool IsOf(const List& list, const TEV2_CHUNK_SPAN& chunk, const std::uint8_t* im
     }
 }
 
-template <typename List>
-std::string PathOf(const List& list, std::size_t index)
-{
-    if constexpr (requires { list.index; })
-        return Indexed(list.label, list.index) + "[" + std::to_string(index) + "]";
-    else
-        return Indexed(list.label, index);
-}
-
 template <typename Member>
 constexpr bool kIsArray = requires(const Member& member)
 {

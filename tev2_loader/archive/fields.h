@@ -8,6 +8,7 @@
 #include <cstdint>
 #include <memory>
 #include <type_traits>
+#include <utility>
 
 // How records describe themselves. Each record has one template that names its fields in file order:
 //
@@ -21,7 +22,7 @@
 //     }
 //
 // Archives go over it: SaveArchive writes, LoadArchive reads, SizeArchive measures, MoveArchive moves tracks to a time,
-// WalkScene reports the byte and the path of each field. An archive has these members:
+// StateArchive notes what fields hold, WalkScene reports the byte and the path of each field. An archive has these members:
 //
 //     Since(version), UpTo(version)   whether a field of some versions is there
 //     Text(label, text)               u16 length, UTF-16; never counts
@@ -118,6 +119,13 @@ struct TEV2_CLASSES
         bool found = false;
         ((type == Classes::kType ? (found = true, visit(static_cast<const Classes&>(object))) : void()), ...);
         return found;
+    }
+
+    template <typename Visit>
+    static bool VisitAs(Family& object, const Visit& visit)
+    {
+        return VisitAs(std::as_const(object), [&visit]<typename Class>(const Class& as_class)
+                       { visit(const_cast<Class&>(as_class)); });
     }
 
 private:

@@ -68,9 +68,10 @@ public:
         return false;
     }
 
-    void Refuse(const std::string& expected, const std::string& found)
+    /// Refuses a type in front of the body that has no class.
+    void RefuseType(std::uint32_t type)
     {
-        cursor.Fail(TEV2_LOAD_CODE::BodyKept, expected, found);
+        cursor.Fail(TEV2_LOAD_CODE::BodyKept, "a type that has a class", std::to_string(type), sizeof type);
     }
 
     /// Whether the body was read and ends so many bytes before the end of its chunk; if so the outer cursor continues
@@ -78,7 +79,10 @@ public:
     bool EndsBefore(std::size_t bytes)
     {
         if (!cursor.Failed() && cursor.Remaining() != bytes)
-            Refuse("the end of the body", std::to_string(cursor.Remaining() - bytes) + " more bytes");
+        {
+            cursor.Fail(TEV2_LOAD_CODE::BodyKept, std::to_string(bytes) + " bytes after the body",
+                        std::to_string(cursor.Remaining()));
+        }
         return Accepted();
     }
 
@@ -138,7 +142,7 @@ public:
         Read(value);
     }
 
-    void Bool(const char* /*label*/, bool& flag, Counts /*counts*/ = Counts::kBoth) { flag = ReadFlag(); }
+    void Bool(const char* label, bool& flag, Counts /*counts*/ = Counts::kBoth) { flag = ReadFlag(label); }
 
     template <ChoiceEnum Enum>
     void Choice(const char* label, Enum& choice, Counts /*counts*/ = Counts::kBoth)
@@ -238,7 +242,7 @@ public:
     void Optional(const char* label, std::unique_ptr<Object>& record, Counts counts = Counts::kBoth)
     {
         record.reset();
-        if (!ReadFlag() || !cursor_.TakeMemory(sizeof(Object)))
+        if (!ReadFlag(label) || !cursor_.TakeMemory(sizeof(Object)))
             return;
         record = std::make_unique<Object>();
         Record(label, *record, counts);
@@ -270,26 +274,19 @@ public:
         effects.clear();
         kept = {};
         const std::uint32_t count = cursor_.ReadCount(sizeof(std::uint32_t));
-        for (std::uint32_t index = 0; index < count && !cursor_.Failed(); ++index)
+        for (std::uint32_t index = 0; index < count && kept.count == 0 && !cursor_.Failed(); ++index)
         {
             const RecordScope scope(cursor_, label, index);
             const std::uint8_t* const begin = cursor_.current;
             if (!cursor_.TakeMemory(sizeof effects[0]))
                 break;
-            const bool present = ReadFlag();
             effects.emplace_back();
-            if (!present)
-                continue;
-            if (LoadEffect(effects.back()))
+            if (!ReadFlag() || LoadEffect(effects.back()) || cursor_.Failed())
                 continue;
             effects.pop_back();
-            if (!cursor_.Failed())
-            {
-                cursor_.current = begin;
-                kept.count = count - index;
-                cursor_.TakeRest(kept.bytes);
-            }
-            break;
+            kept.count = count - index;
+            cursor_.current = begin;
+            cursor_.TakeRest(kept.bytes);
         }
         Count(counts, !cursor_.Failed());
     }
@@ -300,17 +297,13 @@ public:
     {
         const RecordScope scope(cursor_, label);
         map.reset();
-        const std::uint32_t present = cursor_.ReadU32();
-        if (present == 0)
-            return;
-        const std::uint32_t type = cursor_.ReadU32();
-        const std::size_t after = Since(kSinceReservedBytes) ? kReservedBytes : 0;
-        if (cursor_.Failed() || !cursor_.TakeMemory(Object::kMostBytes) || TryMap(map, present, type, after))
-            return Count(counts, !cursor_.Failed());
-        map = Object::MakeKept(type);
-        std::vector<std::uint8_t> bytes;
-        if (cursor_.TakeRest(bytes, after))
-            map->Keep(std::move(bytes), version_);
+        if (ReadFlag())
+        {
+            const std::uint32_t type = cursor_.ReadU32();
+            const std::size_t after = Since(kSinceReservedBytes) ? kReservedBytes : 0;
+            if (!cursor_.Failed() && cursor_.TakeMemory(Object::kMostBytes) && !TryMap(map, type, after))
+                KeepMap(map, type, after);
+        }
         Count(counts, !cursor_.Failed());
     }
 
@@ -335,7 +328,7 @@ public:
     void OptionalColumn(const char* label, std::vector<Element>& values, std::size_t count)
     {
         values.clear();
-        if (!ReadFlag())
+        if (!ReadFlag(label))
             return;
         if (count == 0)
             Refuse(label, "0 where there are no vertices", 1);
@@ -429,11 +422,11 @@ private:
         Count(counts, loaded && !cursor_.Failed());
     }
 
-    bool ReadFlag()
+    bool ReadFlag(const char* label = "")
     {
         const std::uint32_t flag = cursor_.ReadU32();
         if (flag > 1 && cursor_.Strict())
-            Refuse("", "0 or 1", flag);
+            Refuse(label, "0 or 1", flag);
         return flag != 0 && !cursor_.Failed();
     }
 
@@ -464,43 +457,47 @@ private:
         return object ? object->Load(cursor_, version_) : FailForType<Object>(type);
     }
 
-    /// False, and the cursor where the type is, when the effect is of another layout. Effects are read in files of
-    /// every version: what is kept of one could else be taken for ours, and what follows it for effects, once it is
-    /// saved as the newest.
+    /// False when the effect is of another layout. Effects are read in files of every version: what is kept of one could
+    /// else be taken for ours, and what follows it for effects, once it is saved as the newest.
     template <typename Object>
     bool LoadEffect(std::unique_ptr<Object>& effect)
     {
         if (cursor_.chunkEnd - cursor_.current < static_cast<std::ptrdiff_t>(sizeof(std::uint32_t)))
             return cursor_.Fail(TEV2_LOAD_CODE::RecordOverrun, "an effect inside the chunk", "its end");
-        const std::uint32_t type = TEV2_MEMORY_CURSOR(cursor_).ReadU32();
+        const std::uint32_t type = cursor_.ReadU32();
+        if (!cursor_.TakeMemory(Object::kMostBytes))
+            return false;
         effect = Object::Create(type);
         if (!effect)
-        {
-            cursor_.ReadU32();
             return FailForType<Object>(type);
-        }
         BodyAttempt attempt(cursor_, version_);
-        attempt.cursor.ReadU32(); // the type
-        if (attempt.cursor.TakeMemory(Object::kMostBytes))
-            effect->Load(attempt.cursor, version_);
+        effect->Load(attempt.cursor, version_);
         return attempt.Accepted();
     }
 
     /// False, and a warning, when the map is not one of ours that ends where the environment goes on.
     template <typename Object>
-    bool TryMap(std::unique_ptr<Object>& map, std::uint32_t present, std::uint32_t type, std::size_t after)
+    bool TryMap(std::unique_ptr<Object>& map, std::uint32_t type, std::size_t after)
     {
         BodyAttempt attempt(cursor_, version_);
         if (!attempt.Allowed())
             return false;
         map = Object::Create(type);
-        if (present != 1)
-            attempt.Refuse("0 or 1", std::to_string(present));
-        else if (!map)
-            attempt.Refuse("a map type that has a class", std::to_string(type));
-        else
+        if (map)
             map->Load(attempt.cursor, version_);
+        else
+            attempt.RefuseType(type);
         return attempt.EndsBefore(after);
+    }
+
+    /// Keeps the bytes of a map up to where the environment goes on.
+    template <typename Object>
+    void KeepMap(std::unique_ptr<Object>& map, std::uint32_t type, std::size_t after)
+    {
+        map = Object::MakeKept(type);
+        std::vector<std::uint8_t> bytes;
+        if (!cursor_.Failed() && cursor_.TakeRest(bytes, after))
+            map->Keep(std::move(bytes), version_);
     }
 
     template <typename Object>

@@ -44,12 +44,12 @@ public:
     }
 
     template <typename Object>
-    void TypedObjects(const char* label, const std::vector<std::unique_ptr<Object>>& objects,
+    void TypedObjects(const char* /*label*/, const std::vector<std::unique_ptr<Object>>& objects,
                       Counts = Counts::kBoth)
     {
-        if constexpr (requires(Object & object) { move_(object); })
-            for (const auto& object : objects)
-                Track(label, object);
+        for (const auto& object : objects)
+            if (object)
+                MoveOne(*object);
     }
 
     template <typename Object>
@@ -103,6 +103,25 @@ public:
     static void ColumnGroup(const char*, const auto&, std::size_t) {}
 
 private:
+    /// Of a family that does not move as such, some classes may.
+    template <typename Object>
+    void MoveOne(Object& object)
+    {
+        if constexpr (requires { move_(object); })
+        {
+            move_(object);
+        }
+        else
+        {
+            decltype(ClassesOf(object))::VisitAs(object,
+                                                 [this](auto& concrete)
+                                                 {
+                                                     if constexpr (requires { move_(concrete); })
+                                                         move_(concrete);
+                                                 });
+        }
+    }
+
     const Move& move_;
 };
 

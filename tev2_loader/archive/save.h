@@ -108,7 +108,7 @@ public:
 
     /// An absent object counts as written, even if its zero was not.
     template <typename Object>
-    void Track(const char* /*label*/, const std::unique_ptr<Object>& object, Counts counts = Counts::kBoth)
+    void Track(const char* label, const std::unique_ptr<Object>& object, Counts counts = Counts::kBoth)
     {
         if (!object)
         {
@@ -116,15 +116,15 @@ public:
             return;
         }
         Count(counts, Write(std::uint32_t{1}));
-        Typed("", object, counts);
+        Typed(label, object, counts);
     }
 
     /// An object that is missing does not count as written.
     template <typename Object>
-    void Typed(const char* /*label*/, const std::unique_ptr<Object>& object, Counts counts = Counts::kBoth)
+    void Typed(const char* label, const std::unique_ptr<Object>& object, Counts counts = Counts::kBoth)
     {
         Count(counts, Write(object ? object->GetType() : kNone));
-        Count(counts, object && object->Save(writer_));
+        Count(counts, object ? object->Save(writer_) : writer_.Refuse(label, "missing"));
     }
 
     template <typename Object>
@@ -187,10 +187,11 @@ public:
 
     /// A column of another length than the count is filled up with zeros, or cut, and does not count as written.
     template <BlockElement Element>
-    void Column(const char* /*label*/, const std::vector<Element>& values, std::size_t count)
+    void Column(const char* label, const std::vector<Element>& values, std::size_t count)
     {
         const std::size_t size = std::min(values.size(), count) * sizeof(Element);
-        Count(Counts::kBoth, writer_.WriteBlock(values.data(), size) == size && values.size() == count);
+        Count(Counts::kBoth, writer_.WriteBlock(values.data(), size) == size);
+        Require(values.size() == count, label, kNotOneEach);
         for (std::size_t missing = values.size(); missing < count; ++missing)
         {
             const Element zero{};
@@ -207,9 +208,10 @@ public:
     }
 
     /// More than can be read back do not count as written.
-    void ColumnCount(const char* /*label*/, std::uint32_t number)
+    void ColumnCount(const char* label, std::uint32_t number)
     {
-        Count(Counts::kBoth, Write(number) && number <= kMostColumns);
+        Count(Counts::kBoth, Write(number));
+        Require(number <= kMostColumns, label, "more than can be read back");
     }
 
     template <typename Element>
@@ -223,12 +225,20 @@ public:
     template <typename Object>
     void Run(const char* label, const std::vector<Object>& records, std::size_t count)
     {
-        Count(Counts::kBoth, records.size() == count);
+        Require(records.size() == count, label, kNotOneEach);
         for (const Object& record : records)
             Record(label, record, Counts::kBoth);
     }
 
 private:
+    static constexpr const char* kNotOneEach = "not one for each vertex";
+
+    /// Refuses a field that does not hold what the format needs there.
+    void Require(bool fulfilled, const char* label, const char* reason)
+    {
+        Count(Counts::kBoth, fulfilled || writer_.Refuse(label, reason));
+    }
+
     void Count(Counts counts, bool written) { result_ &= written || !InSave(counts); }
 
     template <typename Element>

@@ -54,6 +54,13 @@ TEV2_FILE_WRITER::TEV2_FILE_WRITER(std::unique_ptr<TEV2_FILE_STREAM> openStream,
 {
 }
 
+bool TEV2_FILE_WRITER::Refuse(const char* field, const char* reason)
+{
+    if (refusal.reason == nullptr)
+        refusal = {field, reason};
+    return false;
+}
+
 std::uint32_t TEV2_FILE_WRITER::Write(const void* data, std::uint32_t size)
 {
     return static_cast<std::uint32_t>(WriteBlock(data, size));

@@ -43,6 +43,18 @@ public:
     std::unique_ptr<TEV2_FILE_STREAM> stream;
     TEV2_WIDE_STRING fileName;
 
+    /// Why the Save of a record is false although all of it was written: a field that does not hold what the format
+    /// needs there.
+    struct Refusal
+    {
+        const char* field = "";
+        const char* reason = nullptr; ///< in words; null: nothing was refused
+    };
+    Refusal refusal;
+
+    /// Notes a refusal if it is the first; both texts are literals. Returns false.
+    bool Refuse(const char* field, const char* reason);
+
     /// Guarded write: returns the number of bytes written, 0 outside a chunk if requireChunk is set.
     std::uint32_t Write(const void* data, std::uint32_t size);
 

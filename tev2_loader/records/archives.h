@@ -5,6 +5,7 @@
 #include "tev2_loader/archive/load.h"
 #include "tev2_loader/archive/move.h"
 #include "tev2_loader/archive/save.h"
+#include "tev2_loader/archive/state.h"
 #include "tev2_loader/records/record_of.h"
 #include "tev2_loader/tracks/visit_keys.h"
 
@@ -39,7 +40,7 @@ bool LoadTyped(Record& record, TEV2_MEMORY_CURSOR& cursor, float version)
     if (!attempt.Allowed())
         return false;
     if constexpr (UntypedRecord<Record>)
-        attempt.Refuse("a type that has a class", "type " + std::to_string(record.GetType()));
+        attempt.RefuseType(record.GetType());
     else
     {
         LoadFields(record, attempt.cursor, version);
@@ -91,13 +92,47 @@ bool LoadBody(Record& record, TEV2_MEMORY_CURSOR& cursor, float version)
     return true;
 }
 
+/// What the fields of a record hold, with or without those of its placed object.
+template <typename Record>
+std::vector<std::uint32_t> StateOf(const Record& record, bool with_placed)
+{
+    StateArchive all;
+    Record::Fields(record, all);
+    StateArchive left_out;
+    if constexpr (std::derived_from<Record, TEV2_POSITIONAL_OBJECT>)
+        if (!with_placed)
+            TEV2_POSITIONAL_OBJECT::Fields(record, left_out); // they come first
+    return {all.notes.begin() + static_cast<std::ptrdiff_t>(left_out.notes.size()), all.notes.end()};
+}
+
+/// Whether a record has values that its Save leaves out, because the body is kept as bytes, and that it did not have as
+/// constructed.
+template <typename Record>
+bool HasUnsavedValues(const Record& record)
+{
+    if (record.IsTyped())
+        return false;
+    const auto differs = [&record](const auto& constructed)
+    {
+        return StateOf(record, !record.HasPlaced()) !=
+               StateOf(static_cast<const Record&>(constructed), !record.HasPlaced());
+    };
+    if constexpr (!UntypedRecord<Record>)
+        return differs(Record());
+    else if constexpr (requires { Record::MakeKept(0); })
+        return differs(*Record::MakeKept(record.GetType()));
+    else
+        return differs(*Record::Create(record.GetType()));
+}
+
 template <typename Record>
 bool TEV2_RECORD_CODE<Record>::Load(Record& record, TEV2_MEMORY_CURSOR& cursor, float version)
 {
     if constexpr (std::derived_from<Record, TEV2_KEPT_BODY> && std::derived_from<Record, TEV2_CHUNK_OBJECT>)
         return LoadBody(record, cursor, version);
-    else
-        return LoadFields(record, cursor, version);
+    if constexpr (std::derived_from<Record, TEV2_KEPT_BODY>)
+        record.Forget();
+    return LoadFields(record, cursor, version);
 }
 
 template <typename Record>
@@ -105,10 +140,14 @@ bool TEV2_RECORD_CODE<Record>::Save(const Record& record, TEV2_FILE_WRITER& writ
 {
     SaveArchive archive(writer);
     VisitFields(record, archive);
+    bool saved = archive.Result();
     if constexpr (std::derived_from<Record, TEV2_KEPT_BODY>)
-        return archive.Result() && record.CanBeSaved();
-    else
-        return archive.Result();
+        if (!record.CanBeSaved())
+            saved = writer.Refuse("body", "kept from a file of another version");
+    if constexpr (UntypedRecord<Record>)
+        if (record.IsTyped())
+            saved = writer.Refuse("type", "without a class, and no bytes are kept");
+    return saved;
 }
 
 template <typename Record>

@@ -16,10 +16,12 @@ class TEV2_MATERIAL_MAP
     : public TEV2_MOVING_RECORD_OF<TEV2_MATERIAL_MAP, TEV2_ENTITY, TEV2_INTERNAL_ANIM_OBJECT, TEV2_KEPT_BODY>
 {
 public:
+    using Untyped = TEV2_MATERIAL_MAP;
+
     /// Makes the map of a type; null for a type without a class.
     static std::unique_ptr<TEV2_MATERIAL_MAP> Create(std::uint32_t type);
 
-    /// Makes a map of any type for bytes to keep.
+    /// Makes a map of any type for bytes to keep; never null.
     static std::unique_ptr<TEV2_MATERIAL_MAP> MakeKept(std::uint32_t type);
 
     /// The type in front of the map in the file.

@@ -25,7 +25,8 @@ std::unique_ptr<TEV2_MATERIAL_MAP> TEV2_MATERIAL_MAP::Create(std::uint32_t type)
 
 std::unique_ptr<TEV2_MATERIAL_MAP> TEV2_MATERIAL_MAP::MakeKept(std::uint32_t type)
 {
-    return std::unique_ptr<TEV2_MATERIAL_MAP>(new TEV2_MATERIAL_MAP(type));
+    auto map = Create(type);
+    return map ? std::move(map) : std::unique_ptr<TEV2_MATERIAL_MAP>(new TEV2_MATERIAL_MAP(type));
 }
 
 std::unique_ptr<TEV2_BITMAP_MATERIAL_MAP> TEV2_BITMAP_MATERIAL_MAP::Create(std::uint32_t type)
