@@ -141,7 +141,7 @@ const SpoiledScene kTypedScenes[] = {
     {"image-path-leaves", "materials[0].maps[0].map.params.fileName", TextWord(u'.', 11),
      [](TEV2& s) { SkinImage(s).params.fileName = Wide(u"../skin.png"); }, {}, "\"../skin.png\" goes up by .."},
     {"non-finite-value", "rigids[0].vertices.uvs[1].values", Bits(kNan),
-     [](TEV2& s) { s.rigids[0]->vertices->uvs[1][2].y = kNan; }, {}, "number 2 is NaN"},
+     [](TEV2& s) { s.rigids[0]->vertices->uvs[1][2].y = kNan; }, {}, "value 2 has NaN"},
     {"non-finite-value", "morphMeshes[0].targets[0].offsets.positions", Bits(kNan),
      [](TEV2& s) { s.morphMeshes[0]->targets[0].offsets.positions[1].x = kNan; }},
     {"non-finite-value", "xrefs15[0].timeOffset", Bits(kNan), [](TEV2& s) { s.xrefs15[0]->timeOffset = kNan; }},
@@ -189,13 +189,13 @@ TEST_F(CheckObjectsTest, WhatManyVerticesShareIsOneFindingWithTheirNumber)
     const std::string path = SaveTyped(
         [](TEV2& scene)
         {
-            scene.rigids[0]->vertices->positions.assign(4, {5.0f, kNan, 0.0f});
+            scene.rigids[0]->vertices->positions.assign(4, {5.0f, kNan, kNan});
             scene.rigids[0]->subObjects[0].triangles.assign(1000, {3, 3, 3});
             BodySkin(scene).weights.assign(8, 0.25f);
         });
     ExpectParts(RunTv2({"check", path}).out,
                 {": 2 warnings, 2 notes\n",
-                 "rigids[0].vertices.positions \"Box\": number 0 is NaN, and 3 more\n",
+                 "rigids[0].vertices.positions \"Box\": value 0 has NaN, and 3 more\n",
                  "rigids[0] \"Box\": triangle 0 of sub-object 0 has the corners 3, 3, 3, and 999 more\n",
                  "rigids[0] \"Box\": vertex 0 is 4.0 m outside, and 3 more\n",
                  "weightedMeshes[0] \"Body\": those of vertex 0 have the sum 0.5, and 3 more\n"});

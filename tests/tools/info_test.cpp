@@ -1,6 +1,9 @@
 // tv2 info: what is in a file, on one screen.
 
 #include "tests/tools/tool_test.h"
+#include "tests/tools/typed_scene.h"
+
+#include <map>
 
 using namespace TEV2_LOADER;
 using namespace tv2_tests;
@@ -83,6 +86,94 @@ TEST_F(InfoTest, ScreenNamesWhatAReaderLooksFor)
                  "0: \"" + name + "\" at node 2\n",
                  "switcher     3 keys, active cameras: none (not exported), 0\n", "4          10  3-vector\n",
                  "1         104  array lengths\n"});
+}
+
+TEST_F(InfoTest, JsonHasTheObjectsOfAScene)
+{
+    TEV2 scene;
+    FillTypedScene(scene);
+    const std::string path = Save(scene);
+    const auto file = Info(path);
+    ExpectValues(
+        file,
+        {{"/lights/0",
+          {{"path", "lights[0]"}, {"name", "Key"}, {"type", "spot"}, {"node", 2}, {"nodeName", "Camera"}}},
+         {"/lights/1",
+          {{"path", "lights[1]"},
+           {"name", "Sun"},
+           {"type", "directional"},
+           {"node", nullptr},
+           {"nodeName", ""}}},
+         {"/meshes/1/type", "anim"},
+         {"/meshes/1/vertices", 3},
+         {"/meshes/2/targets", 2},
+         {"/meshes/3",
+          {{"path", "weightedMeshes[0]"},
+           {"name", "Body"},
+           {"type", "weighted"},
+           {"node", nullptr},
+           {"nodeName", ""},
+           {"vertices", 4},
+           {"triangles", 2},
+           {"bones", 2},
+           {"targets", 1}}},
+         {"/materials",
+          {{{"path", "materials[0]"}, {"name", "Skin"}, {"type", "standard"}},
+           {{"path", "materials[1]"},
+            {"name", "Metal"},
+            {"type", "shader"},
+            {"shader", "metallic-roughness"}}}},
+         {"/splines", 1},
+         {"/helpers", 1},
+         {"/instances", 2},
+         {"/references/0", {{"path", "xrefs15[0]"}, {"type", "scene"}, {"fileName", "../sets/hall.tv2"}}},
+         {"/references/2",
+          {{"path", "xrefObjects[0]"},
+           {"type", "object"},
+           {"fileName", "props.tv2"},
+           {"objectName", "Chair"}}},
+         {"/kept", nlohmann::json::array()}});
+    ExpectParts(RunTv2({"info", path}).out,
+                {"  lights       2\n               \"Key\", spot, at node 2 \"Camera\"\n"
+                 "               \"Sun\", directional, in the world\n",
+                 "\"Body\", weighted, 4 vertices, 2 triangles, 2 bones, 1 target\n", "\"Skin\", standard\n",
+                 "\"Metal\", shader \"metallic-roughness\"\n", "  splines      1\n", "  instances    2\n",
+                 "object \"Chair\" of \"props.tv2\"\n"});
+}
+
+TEST_F(InfoTest, KeptBodiesSayWhy)
+{
+    const std::string path = SaveSound(
+        [](TEV2& scene)
+        {
+            scene.helpers.push_back(std::make_unique<TEV2_HELPER>());
+            scene.helpers[0]->name = Wide(u"Grip");
+            scene.helpers[0]->value = 1;
+            scene.helpers[0]->KeepAfterPlaced(Bytes().U32({kLayout, 2}).data);
+            scene.cameras[0]->keptEffects = {1, Bytes().U32({1, 0, 7}).data};
+            scene.environment.environmentMap = TEV2_MATERIAL_MAP::MakeKept(0);
+            scene.environment.environmentMap->Keep({1, 2, 3});
+        });
+    const auto kept = Info(path)["kept"];
+    ASSERT_EQ(kept.size(), 3U) << kept.dump(2);
+    std::map<std::string, nlohmann::json> bodies;
+    for (const auto& body : kept)
+        bodies[body["path"]] = body;
+    ExpectValues(
+        bodies["helpers[0]"],
+        {{"/class", "TEV2_HELPER"}, {"/name", "Grip"}, {"/node", 1}, {"/nodeName", "Hips"}, {"/bytes", 8}});
+    const auto offset = bodies["helpers[0]"]["offset"].get<std::size_t>();
+    EXPECT_EQ(WordAt(ReadBytes(path), offset), kLayout);
+    EXPECT_EQ(bodies["helpers[0]"]["reason"],
+              "shape at byte " + std::to_string(offset + 4) + ": expected below 2, found 2");
+    EXPECT_EQ(bodies["cameras[0].keptEffects"]["bytes"], 12);
+    EXPECT_EQ(bodies["environment.environmentMap"]["bytes"], 3);
+    ExpectParts(RunTv2({"info", path}).out,
+                {"  kept         3\n",
+                 "helpers[0] \"Grip\" at node 1 \"Hips\", kept as bytes, 8 bytes, because shape at"});
+    ExpectParts(
+        RunTv2({"info", Write(FileOfVersion(1.13f).Chunk(17, Bytes().U32(7)).data)}).out,
+        {"helpers[0], kept as bytes, 4 bytes, because the file has version 1.13, not version 1.16\n"});
 }
 
 TEST_F(InfoTest, WhatAFileLacksIsMissingAndNotADefault)

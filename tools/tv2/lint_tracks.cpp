@@ -6,6 +6,7 @@
 #include <cmath>
 #include <limits>
 #include <map>
+#include <utility>
 
 namespace tv2
 {
@@ -111,16 +112,20 @@ public:
     void Finish() override { CheckEndPairs(); }
 
 private:
-    /// A number of a record, or the first of many in a column.
+    /// Once for each value, of however many numbers it is.
     void NoteNonFinite(const TEV2_FIELD& field, float number)
     {
-        findings_.AddOnce(
-            kNonFiniteValue, field, field.record + '.' + field.label,
-            [&]
-            {
-                return (field.item == TEV2_FIELD::kNoIndex ? "" : "number " + CountText(field.item) + " ") +
-                       ("is " + FloatText(number));
-            });
+        const std::uint64_t value = field.offset - field.component * sizeof number;
+        if (std::exchange(non_finite_value_, value) == value)
+            return;
+        findings_.AddOnce(kNonFiniteValue, field, field.record + '.' + field.label,
+                          [&]
+                          {
+                              return (field.item == TEV2_FIELD::kNoIndex
+                                          ? "is "
+                                          : "value " + CountText(field.item) + " has ") +
+                                     FloatText(number);
+                          });
     }
 
     void CheckParent(const TEV2_FIELD& field)
@@ -345,6 +350,7 @@ private:
     const TEV2& scene_;
     Findings& findings_;
     std::map<std::pair<float, float>, EndPair> end_pairs_;
+    std::uint64_t non_finite_value_ = 0;                           ///< the offset of the last one
     float shortest_step_ = std::numeric_limits<float>::infinity(); // between keys that are not the last two
 };
 
