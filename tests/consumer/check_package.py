@@ -54,6 +54,11 @@ def examples(prefix):
 
 
 def write_examples(prefix, folder):
+    """examples.inc: a function for each example, and RunExamples. engine.inc: the code of docs/engine.md as it is."""
+    with open(os.path.join(HERE, "..", "..", "docs", "engine.md"), encoding="utf-8") as file:
+        blocks = re.findall(r"```cpp\n(.*?)```", file.read(), re.DOTALL)
+    with open(os.path.join(folder, "engine.inc"), "w", encoding="utf-8") as file:
+        file.write("\n".join(blocks))
     includes, functions, calls = [], [], []
     for number, (header, code) in enumerate(examples(prefix)):
         includes += [f'#include "{header}"'] + re.findall(r"^#include .*$", code, re.MULTILINE)

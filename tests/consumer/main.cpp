@@ -1,5 +1,5 @@
-// Uses the installed library as another project would, and runs the examples of its headers. Also compiled without
-// exceptions and run-time type information.
+// Uses the installed library as another project would, and runs the examples of its headers and of docs/engine.md. Also
+// compiled without exceptions and run-time type information.
 
 #include "tev2_loader/file.h"
 #include "tev2_loader/names.h"
@@ -11,12 +11,11 @@
 
 static void Draw(const TEV2_LOADER::TEV2_MATRIX_3X4&) {} // of the README
 
+#include "engine.inc"
 #include "examples.inc"
 
 namespace
 {
-
-using namespace TEV2_LOADER;
 
 void FillScene(TEV2& scene)
 {
@@ -40,6 +39,49 @@ bool Expect(bool condition, const char* what)
     return condition;
 }
 
+bool Near(const TEV2_VECTOR_3& point, const TEV2_VECTOR_3& expected)
+{
+    const TEV2_VECTOR_3 off = point - expected;
+    return std::fabs(off.x) + std::fabs(off.y) + std::fabs(off.z) < 1e-5f;
+}
+
+/// The first half of docs/engine.md reads what its second half writes.
+bool RunEngine()
+{
+    TEV2 scene;
+    if (!Expect(SaveArm("arm.tv2").Ok(), "a saved arm") || !Expect(LoadFile("arm.tv2", scene).Ok(), "an arm"))
+        return false;
+    scene.rigids.push_back(std::make_unique<TEV2_RIGID>()); // on the forearm
+    scene.rigids[0]->value = 1;
+    bool good = Expect(!scene.HasKeptBodies() && scene.lights.size() == 1, "typed bodies");
+
+    const std::vector<EngineMesh> meshes = MakeEngineMeshes(scene);
+    if (!Expect(meshes.size() == 2 && meshes[0].vertices.empty(), "two meshes"))
+        return false;
+    const EngineMesh& arm = meshes[1];
+    good &= Expect(arm.vertices.size() == 4 && arm.vertices[2].position == TEV2_VECTOR_3{2, 0, 0} &&
+                       arm.vertices[2].normal == TEV2_VECTOR_3{0, 0, -1} &&
+                       arm.vertices[2].uv == TEV2_VECTOR_2{1, 1},
+                   "vertices");
+    good &= Expect(arm.triangles == std::vector<TEV2_TRIANGLE>{{0, 1, 2}, {2, 1, 3}}, "triangles");
+    good &= Expect(arm.ranges.size() == 1 && arm.ranges[0].image == "textures/sleeve.png" &&
+                       arm.ranges[0].firstIndex == 0 && arm.ranges[0].indexCount == 6,
+                   "a range");
+
+    const EngineFrame frame = PlayTo(scene, 1.0f); // the forearm has turned a quarter: x to y
+    good &= Expect(frame.worlds.size() == 1 && std::fabs(frame.worlds[0].m[1][0] - 1.0f) < 1e-6f, "a world");
+    good &= Expect(frame.weights.size() == 1 && frame.weights[0].empty(), "no targets");
+    good &= Expect(frame.palettes.size() == 1 && frame.palettes[0].size() == 2 &&
+                       frame.palettes[0][0].m[1][0] == 0.0f &&
+                       std::fabs(frame.palettes[0][1].m[1][0] - 1.0f) < 1e-6f,
+                   "a palette");
+    const std::vector<TEV2_VECTOR_3> positions = SkinnedPositions(*scene.weightedMeshes[0]);
+    good &= Expect(positions.size() == 4 && Near(positions[1], {0, 1, 0}) && Near(positions[2], {0, 2, 0}) &&
+                       Near(positions[3], {-1, 2, 0}),
+                   "skinned positions");
+    return good;
+}
+
 } // namespace
 
 int main()
@@ -58,5 +100,6 @@ int main()
     good &=
         Expect(UpAxis(loaded) == TEV2_UP_AXIS::Unknown && UpAxis(scene) == TEV2_UP_AXIS::Unknown, "no axis");
     good &= Expect(LoadFile("none.tv2", loaded).Reason().size() > 0, "a reason");
+    good &= RunEngine();
     return good && RunExamples(scene, *scene.matrixHierarchy.nodes[0].translation) == 0 ? 0 : 1;
 }
