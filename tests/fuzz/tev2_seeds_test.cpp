@@ -1,6 +1,6 @@
 #include "tests/support/sample_scenes.h"
+#include "tests/support/typed_seeds.h"
 
-#include <filesystem>
 #include <set>
 
 // The seeds of typed records are still typed, and every kind of chunk whose bodies may be kept has one.
@@ -14,12 +14,10 @@ namespace
 TEST(TypedSeeds, AreTyped)
 {
     std::set<std::uint32_t> kinds;
-    for (const auto& entry : std::filesystem::directory_iterator(TV2_CORPUS_DIR))
+    for (const auto& [name, image] : TypedSeeds())
     {
-        if (!entry.path().filename().string().starts_with("typed_"))
-            continue;
-        SCOPED_TRACE(entry.path());
-        const auto outcome = LoadImageOf(ReadBytes(entry.path().string()));
+        SCOPED_TRACE(name);
+        const auto outcome = LoadImageOf(image);
         EXPECT_TRUE(outcome->loaded);
         EXPECT_TRUE(outcome->report.findings.empty());
         EXPECT_FALSE(outcome->scene.HasKeptBodies());

@@ -10,6 +10,7 @@
 //     scene_texts.h     small scene files of other formats, as text
 //     scratch_folder.h  a folder that goes with the test; files read and written as a whole
 //     tracks.h          tracks from lists of keys
+//     typed_seeds.h     small files of one typed record each
 // To be linked one by one: allocation_watch.h (counts and fails operator new), memory_file.h (a disk that fails),
 // test_platform.h (the exporter's clock, user and messages).
 

@@ -1,6 +1,8 @@
 #include "tests/support/allocation_watch.h"
 #include "tests/support/memory_file.h"
 #include "tests/support/sample_scenes.h"
+#include "tests/support/typed_seeds.h"
+#include "tests/tev2_loader/robustness/dense_files.h"
 #include "tev2_loader/tracks/visit_keys.h"
 
 #include <filesystem>
@@ -49,8 +51,13 @@ TEST(AllocationFaults, OfALoadLeaveASceneThatLoadsTheNextTime)
     FillWithEverything(everything, true);
     const std::vector<std::uint8_t> sound = SceneImage(everything);
     const Bytes refused = FileOfVersion(kVersion).Chunk(24).Chunk(6, Bytes().Zeros(54).U32({1, 1, 2}));
+    std::vector<std::vector<std::uint8_t>> images = {sound, refused.data};
+    for (const auto& [name, image] : TypedSeeds())
+        images.push_back(image);
+    for (const DenseBody& body : DenseBodies(20))
+        images.push_back(body.Kept().data);
     TEV2 scene;
-    for (const auto& image : {sound, refused.data})
+    for (const auto& image : images)
         for (const bool reported : {false, true})
         {
             const long allocations = WithEachAllocationFailing(
@@ -58,7 +65,7 @@ TEST(AllocationFaults, OfALoadLeaveASceneThatLoadsTheNextTime)
                 {
                     TEV2_LOAD_REPORT report;
                     TEV2_MEMORY_CURSOR cursor(image.data(), image.size(), reported ? &report : nullptr);
-                    EXPECT_EQ(scene.Load(cursor, true), image == sound);
+                    EXPECT_EQ(scene.Load(cursor, true), image != refused.data);
                 },
                 [&]
                 {

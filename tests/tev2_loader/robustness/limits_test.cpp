@@ -1,5 +1,6 @@
 #include "tests/support/allocation_watch.h"
 #include "tests/support/sample_scenes.h"
+#include "tests/tev2_loader/robustness/dense_files.h"
 #include "tev2_loader/file.h"
 
 // How much memory a file can ask for, and limits that the caller sets.
@@ -15,88 +16,14 @@ namespace
 constexpr std::size_t kMostPerByte = 64;
 constexpr std::size_t kMostBesides = std::size_t{1} << 20;
 
-constexpr std::size_t kFileSize = 400'000;
-
-struct DenseFile
-{
-    const char* what;
-    Bytes image;
-};
-
-Bytes Current()
-{
-    return FileOfVersion(kVersion);
-}
-
-/// As many as fit of something small.
-Bytes Many(const Bytes& one)
-{
-    Bytes all;
-    while (all.data.size() < kFileSize)
-        all.Append(one);
-    return all;
-}
-
-/// An array of many: its count and its elements.
-Bytes ArrayOf(const Bytes& one)
-{
-    const Bytes all = Many(one);
-    return Bytes().U32(static_cast<std::uint32_t>(all.data.size() / one.data.size())).Append(all);
-}
-
-/// The hierarchy of one node with such properties.
-Bytes NodeWith(const Bytes& properties)
-{
-    return Current().Chunk(12, Bytes().U32(1).Text(u"").Zeros(4 + 3 * 4 + 2).Append(properties));
-}
-
-Bytes Node(std::uint32_t parent)
-{
-    return Bytes().Text(u"").U32(parent).Zeros(3 * 4 + 2 + 20);
-}
-
-std::vector<DenseFile> DenseFiles()
-{
-    const Bytes node = Node(0xFFFFFFFFu);
-    const Bytes camera_head = Bytes().Zeros(50);
-    const Bytes track = Bytes().Text(u"").U32({1, 0}).Zeros(16);
-    return {
-        {"rigids", Current().Append(Many(Bytes().Chunk(7)))},
-        {"weighted meshes", Current().Append(Many(Bytes().Chunk(10)))},
-        {"rigids of another version", FileOfVersion(1.0f).Append(Many(Bytes().Chunk(7)))},
-        {"instances", Current().Append(Many(Bytes().Chunk(18, Bytes().U32(0))))},
-        {"instances that are never saved", Current().Append(Many(Bytes().Chunk(18, Bytes().U32(7))))},
-        {"lights", Current().Append(Many(Bytes().Chunk(5, Bytes().U32(9))))},
-        {"materials", Current().Append(Many(Bytes().Chunk(13, Bytes().U32(9))))},
-        {"cameras", Current().Append(Many(Bytes().Chunk(6, Bytes().Zeros(54 + 4))))},
-        {"unknown chunks", Current().Append(Many(Bytes().Chunk(99)))},
-        {"nodes", Current().Chunk(12, ArrayOf(node))},
-        {"nodes with a mesh that follows them", Current().Chunk(10).Chunk(12, ArrayOf(node))},
-        {"nodes without their parents", Current().Chunk(12, ArrayOf(Node(0x7FFFFFFFu)))},
-        {"nodes of an old version", FileOfVersion(1.0f).Chunk(12, ArrayOf(Bytes().Zeros(80)))},
-        {"string arrays", NodeWith(ArrayOf(Bytes().Zeros(6)).Zeros(16))},
-        {"strings", NodeWith(Bytes().U32(1).Text(u"").Append(ArrayOf(Bytes().Zeros(2))).Zeros(16))},
-        {"strings of 8 units",
-         NodeWith(Bytes().U32(1).Text(u"").Append(ArrayOf(Bytes().Text(u"12345678"))).Zeros(16))},
-        {"named values", NodeWith(Bytes().Zeros(4).Append(ArrayOf(Bytes().Zeros(6))).Zeros(12))},
-        {"named tracks", NodeWith(Bytes().Zeros(8).Append(ArrayOf(track)).Zeros(8))},
-        {"effects", Current().Chunk(6, Bytes(camera_head).Zeros(4).Append(ArrayOf(Bytes().U32(0))))},
-        {"empty effects",
-         Current().Chunk(6, Bytes(camera_head).Zeros(4).Append(ArrayOf(Bytes().U32({1, 0, 0}))))},
-        {"keys", Current().Chunk(22, Bytes().U32({1, 8, 0, 0}).Append(ArrayOf(Bytes().U32(0))).U32(0))},
-        {"ranges", Current().Chunk(
-                       6, Bytes().Zeros(46).U32({1, 1, 0, 0, 0}).Append(ArrayOf(Bytes().Zeros(8))).Zeros(8))},
-        {"one large body", Current().Chunk(7, Bytes().Zeros(kFileSize))},
-        {"one large light", Current().Chunk(5, Bytes().U32(9).Zeros(kFileSize))},
-        {"one large ambient light", Current().Chunk(4, Bytes().Zeros(kFileSize))},
-    };
-}
+constexpr std::size_t kFileSize = 200'000;
 
 struct Outcome
 {
     bool loaded;
     std::size_t peak;
     TEV2_LOAD_REPORT report;
+    bool kept;
 };
 
 Outcome Load(const Bytes& image, const TEV2_LOAD_LIMITS& limits)
@@ -107,6 +34,7 @@ Outcome Load(const Bytes& image, const TEV2_LOAD_LIMITS& limits)
     TEV2_MEMORY_CURSOR cursor(image.data.data(), image.data.size(), &outcome.report, limits);
     outcome.loaded = scene.Load(cursor, true);
     outcome.peak = peak.Bytes();
+    outcome.kept = scene.HasKeptBodies();
     return outcome;
 }
 
@@ -117,25 +45,43 @@ void ExpectRefusedForLimits(const Outcome& outcome)
     EXPECT_EQ(outcome.report.findings.back().code, TEV2_LOAD_CODE::LimitExceeded);
 }
 
-TEST(LoadMemory, StaysInProportionToTheFileAndWithinTheLimit)
+/// Loads a file and expects it within the promise, and refused with less memory; returns whether bodies were kept.
+bool ExpectProportion(const DenseFile& file)
 {
     constexpr std::size_t kLimit = kFileSize / 4;
-    for (const DenseFile& file : DenseFiles())
+    const testing::ScopedTrace trace(__FILE__, __LINE__, file.what);
+    const Outcome unlimited = Load(file.image, {});
+    EXPECT_TRUE(unlimited.loaded) << CodeName(unlimited.report.findings.back().code);
+    EXPECT_LE(unlimited.peak, kMostPerByte * file.image.data.size() + kMostBesides);
+    const Outcome limited = Load(file.image, {.bytes = kLimit});
+    ExpectRefusedForLimits(limited);
+    EXPECT_LE(limited.peak, 3 * kLimit + kMostBesides);
+    return unlimited.kept;
+}
+
+TEST(LoadMemory, StaysInProportionToTheFileAndWithinTheLimit)
+{
+    for (const DenseFile& file : DenseFiles(kFileSize))
+        ExpectProportion(file);
+    for (const DenseFile& file : DenseChunks(kFileSize))
+        EXPECT_TRUE(ExpectProportion(file)) << file.what;
+}
+
+/// What an attempt to read a body takes, it gives back before the bytes are kept.
+TEST(LoadMemory, OfBodiesStaysInProportionTypedAndKept)
+{
+    for (const DenseBody& body : DenseBodies(kFileSize))
     {
-        SCOPED_TRACE(file.what);
-        const Outcome unlimited = Load(file.image, {});
-        EXPECT_TRUE(unlimited.loaded) << CodeName(unlimited.report.findings.back().code);
-        EXPECT_LE(unlimited.peak, kMostPerByte * file.image.data.size() + kMostBesides);
-        const Outcome limited = Load(file.image, {.bytes = kLimit});
-        ExpectRefusedForLimits(limited);
-        EXPECT_LE(limited.peak, 3 * kLimit + kMostBesides);
+        EXPECT_FALSE(ExpectProportion({body.what, body.Typed()})) << body.what;
+        EXPECT_TRUE(ExpectProportion({body.what, body.Kept()})) << body.what;
     }
 }
 
 TEST(LoadMemory, IsNotTakenForClaims)
 {
-    const Bytes claim =
-        Current().Chunk(1, Bytes().U32({23, 0xFFFFFFFFu}).Zeros(88)).Append(Many(Bytes().Chunk(99)));
+    const Bytes claim = Current()
+                            .Chunk(1, Bytes().U32({23, 0xFFFFFFFFu}).Zeros(88))
+                            .Append(Many(kFileSize, Bytes().Chunk(99)));
     EXPECT_LE(Load(claim, {.bytes = 1000}).peak, kMostBesides);
     ExpectRefusedForLimits(Load(claim, {.bytes = 1000}));
 }
@@ -275,6 +221,24 @@ TEST(LoadLimits, OfBytesThatSufficeChangeNothing)
     const auto limited = LoadImageOf(image.data, false, {.bytes = enough});
     ASSERT_TRUE(limited->loaded);
     EXPECT_EQ(SceneImage(limited->scene), SceneImage(LoadImageOf(image.data)->scene));
+}
+
+/// An attempt to read a body must fit the limit; when it fails, what it took may be taken for the bytes.
+TEST(LoadLimits, OfBytesHoldForEachAttemptAlone)
+{
+    constexpr std::size_t kSize = 2'000;
+    constexpr std::size_t kFieldsBefore = 150; // are among the bytes
+    for (const DenseBody& body : DenseBodies(kSize))
+    {
+        SCOPED_TRACE(body.what);
+        std::size_t enough = 1;
+        while (!Load(body.Typed(), {.bytes = enough}).loaded)
+            enough += 16;
+        EXPECT_GT(enough, kSize);
+        const Outcome kept = Load(body.Kept(), {.bytes = enough + kFieldsBefore});
+        EXPECT_TRUE(kept.loaded && kept.kept);
+        ExpectRefusedForLimits(Load(body.Kept(), {.bytes = kSize / 2}));
+    }
 }
 
 /// Nodes with these parents.
