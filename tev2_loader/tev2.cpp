@@ -5,7 +5,6 @@
 #include "tev2_loader/records/archives.h"
 
 #include <algorithm>
-#include <cstdio>
 #include <limits>
 #include <string>
 #include <type_traits>
@@ -25,13 +24,6 @@ constexpr std::size_t MostBytes()
         return decltype(ClassesOf(std::declval<const Object&>()))::kLargest;
     else
         return sizeof(Object);
-}
-
-std::string Hex(std::uint32_t value)
-{
-    char text[16];
-    std::snprintf(text, sizeof text, "0x%08x", value);
-    return text;
 }
 
 /// Writes the chunk of a record. If there are numbers between id and body, these and the id count in the result.
@@ -292,8 +284,8 @@ bool TEV2::Load(TEV2_MEMORY_CURSOR& cursor, bool applyStartTime)
         return false;
     if (magic != kMagic)
     {
-        return cursor.Fail(TEV2_LOAD_CODE::BadMagic, "the magic " + Hex(kMagic),
-                           magic == 0 ? "0, an interrupted save" : Hex(magic), sizeof magic);
+        return cursor.Fail(TEV2_LOAD_CODE::BadMagic, "the magic " + HexText(kMagic),
+                           magic == 0 ? "0, an interrupted save" : HexText(magic), sizeof magic);
     }
 
     float version = 0.0f;

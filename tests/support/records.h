@@ -50,6 +50,7 @@ std::size_t LoadedBytes(Record& record, const Bytes& bytes, float version)
     std::vector<std::uint8_t> image = bytes.data;
     image.insert(image.end(), 256, std::uint8_t{0xEE});
     TEV2_LOADER::TEV2_MEMORY_CURSOR cursor(image.data(), image.size());
+    cursor.chunkEnd = cursor.begin + bytes.data.size();
     EXPECT_TRUE(record.Load(cursor, version));
     EXPECT_FALSE(cursor.Failed());
     return cursor.Offset();

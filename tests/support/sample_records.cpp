@@ -207,6 +207,88 @@ void Fill(TEV2_SHADER_MATERIAL& material)
     material.maps.push_back(Filled<TEV2_NORMAL_MATERIAL_MAP>());
 }
 
+namespace
+{
+
+/// All but the vertices, of which there must be three.
+void FillMesh(TEV2_TRI_OBJECT& mesh, std::u16string_view name)
+{
+    FillPlaced(mesh, name);
+    mesh.lights = {0, 2};
+    mesh.visibility = FloatTrack(0.25f, 0.75f);
+    mesh.castsShadow = false;
+    mesh.subObjects.resize(2);
+    mesh.subObjects[0].material = 1;
+    mesh.subObjects[0].triangles = {{0, 1, 2}};
+    mesh.subObjects[1].triangles = {{2, 1, 0}, {0, 2, 1}};
+}
+
+void FillSets(TEV2_VERT_COLUMNS& vertices)
+{
+    vertices.colours = {{{1, 0, 0, 1}, {0, 1, 0, 1}, {0, 0, 1, 1}}};
+    vertices.uvs = {{{0, 0}, {1, 0}, {0, 1}}, {{0.5f, 0}, {1, 0.5f}, {0, 0.5f}}};
+}
+
+void FillVertices(TEV2_RIGID_VERTICES& vertices)
+{
+    FillSets(vertices);
+    vertices.positions = {{0, 0, 0}, {1, 0, 0}, {0, 1, 0}};
+    vertices.normals = {{0, 0, 1}, {0, 0, 1}, {0, 0.6f, 0.8f}};
+    vertices.frames = {{{0, 1, 0}, {1, 0, 0}}, {{0, 1, 0}, {1, 0, 0}}, {{0, 0.8f, -0.6f}, {1, 0, 0}}};
+}
+
+/// One target that moves two of three vertices.
+void FillTargets(std::vector<TEV2_MORPH_TARGET>& targets)
+{
+    TEV2_MORPH_TARGET& target = targets.emplace_back();
+    target.name = Wide(u"smile");
+    target.track = FloatTrack(0, 1);
+    target.offsets.vertices = {0, 2};
+    target.offsets.positions = {{0, 0, 1}, {0, 0, 2}};
+    target.offsets.normals = {{1, 0, 0}, {0, 1, 0}};
+    target.offsets.tangents = {{0, 0, 1}, {0, 1, 1}};
+}
+
+} // namespace
+
+void Fill(TEV2_RIGID& mesh)
+{
+    FillMesh(mesh, u"Wall");
+    FillVertices(*mesh.vertices);
+}
+
+void Fill(TEV2_ANIM_MESH& mesh)
+{
+    FillMesh(mesh, u"Flag");
+    FillSets(*mesh.vertices);
+    mesh.vertices->tracks.resize(3);
+    TEV2_VERTEX_TRACKS& vertex = mesh.vertices->tracks[1];
+    vertex.position = SampleTrack<TEV2_ANIMATABLE_VECTOR_3_LINEAR>({1, 2, 3}, {4, 5, 6});
+    vertex.normal = SampleTrack<TEV2_ANIMATABLE_VECTOR_3_LINEAR>({0, 0, 1}, {0, 1, 0});
+    vertex.frame =
+        SampleTrack<TEV2_ANIMATABLE_BINORMAL_TANGENT_LINEAR>({{0, 1, 0}, {1, 0, 0}}, {{0, 0, 1}, {1, 0, 0}});
+}
+
+void Fill(TEV2_MORPH_MESH& mesh)
+{
+    FillMesh(mesh, u"Face");
+    FillVertices(*mesh.vertices);
+    FillTargets(mesh.targets);
+}
+
+void Fill(TEV2_WEIGHTED_MESH& mesh)
+{
+    FillMesh(mesh, u"Body");
+    FillVertices(*mesh.vertices);
+    mesh.skin->influences = 2;
+    mesh.skin->boneIndices = {0, 1, 1, 0, 0, 0};
+    mesh.skin->weights = {0.25f, 0.75f, 1, 0, 1, 0};
+    mesh.skin->bones = {1, 0};
+    mesh.skin->bindMatrices.resize(2);
+    mesh.skin->bindMatrices[1].m[1][3] = 2.0f;
+    FillTargets(mesh.targets);
+}
+
 void Fill(TEV2_BEZIER_SPLINE_OBJECT& object)
 {
     FillPlaced(object, u"Path");

@@ -28,18 +28,6 @@ void FillHierarchy(TEV2_MATRIX_HIERARCHY& hierarchy)
     hierarchy.LinkParents();
 }
 
-/// Appends an object whose body is kept as bytes.
-template <typename Object>
-void AddKept(TEV2::Array<Object>& array, std::vector<std::uint8_t> bytes)
-{
-    auto object = std::make_unique<Object>();
-    if constexpr (requires { object->Keep(bytes); })
-        object->Keep(std::move(bytes));
-    else
-        object->body.bytes = std::move(bytes);
-    array.push_back(std::move(object));
-}
-
 /// Appends an object whose body is kept as bytes, all of it or, if it has a placed object, behind that.
 template <typename Object>
 void AddKept(TEV2::Array<Object>& array, std::unique_ptr<Object> object, bool behind_placed)
@@ -121,10 +109,10 @@ void FillWithEverything(TEV2& scene, bool with_unsaved_lists)
     scene.cameras.push_back(Filled<TEV2_CAMERA>());
     scene.cameras.push_back(Filled<TEV2_CAMERA>());
     scene.cameras[1]->keptEffects = {2, Bytes().U32({1, 0, 1}).data};
-    AddKept(scene.rigids, {7, 7, 7, 7, 7});
-    AddKept(scene.animMeshes, {8});
-    AddKept(scene.morphMeshes, {});
-    AddKept(scene.weightedMeshes, {10, 10});
+    AddEach(scene.rigids);
+    AddEach(scene.animMeshes);
+    AddEach(scene.morphMeshes);
+    AddEach(scene.weightedMeshes);
     AddEach(scene.bezierSplines);
     AddEach(scene.helpers);
     AddEach(scene.speedTreeReferences);

@@ -1,9 +1,11 @@
 #include "tev2_loader/file.h"
 
+#include "tests/support/sample_records.h"
 #include "tests/support/sample_scenes.h"
 #include "tev2_loader/names.h"
 
 #include <cerrno>
+#include <functional>
 
 // Scenes by file name, and names as UTF-8.
 
@@ -71,6 +73,94 @@ TEST(File, SaysWhyItWasNotSaved)
     const ScratchFolder folder;
     EXPECT_EQ(SaveFile(TEV2(), folder.Path("no/folder.tv2")).Reason(), Status::FromErrno(ENOENT).Reason());
     EXPECT_FALSE(SaveFile(TEV2(), ""));
+}
+
+TEST(File, NamesWhatItRefusesAndWhatItLeavesOut)
+{
+    const ScratchFolder folder;
+    const std::string path = folder.Make("old.tv2", "old");
+    TEV2 scene;
+    scene.rigids.push_back(nullptr);
+    scene.rigids.push_back(Filled<TEV2_RIGID>());
+    TEV2_SAVE_REPORT report;
+    EXPECT_TRUE(SaveFile(scene, folder.Path("whole.tv2"), &report));
+    EXPECT_TRUE(report.refused.empty());
+    EXPECT_TRUE(report.ignored.empty());
+
+    const struct
+    {
+        std::function<void()> spoil;
+        const char* reason;
+    } cases[] = {
+        {[&] { scene.rigids[1]->vertices->normals.pop_back(); },
+         "rigids[1] \"Wall\", normals: not one for each vertex"},
+        {[&]
+         {
+             scene.rigids[1] = Filled<TEV2_RIGID>();
+             scene.rigids[1]->vertices->uvs.assign(65, std::vector<TEV2_VECTOR_2>(3));
+         },
+         "rigids[1] \"Wall\", uvs: more than can be read back"},
+        {[&]
+         {
+             auto material = Filled<TEV2_SHADER_MATERIAL>();
+             material->maps[0] = nullptr;
+             scene.rigids.clear();
+             scene.materials.push_back(std::move(material));
+         },
+         "materials[0] \"Glass\", maps: missing"},
+    };
+    for (const auto& item : cases)
+    {
+        item.spoil();
+        EXPECT_EQ(SaveFile(scene, path).Reason(), item.reason);
+        EXPECT_EQ(SaveFile(scene, path, &report).Reason(), item.reason);
+        EXPECT_EQ(report.refused, item.reason);
+        EXPECT_EQ(ReadBytes(path), Bytes().U8({'o', 'l', 'd'}).data);
+    }
+    EXPECT_EQ(SaveFile(scene, folder.Path("no/folder.tv2"), &report).Reason(),
+              Status::FromErrno(ENOENT).Reason());
+    EXPECT_TRUE(report.refused.empty());
+}
+
+TEST(File, ReportsChangesOfObjectsThatAreKept)
+{
+    const ScratchFolder folder;
+    TEV2 scene;
+    const auto ignored = [&]
+    {
+        TEV2_SAVE_REPORT report;
+        EXPECT_TRUE(SaveFile(scene, folder.Path("a.tv2"), &report)) << report.refused;
+        return report.ignored;
+    };
+    using Paths = std::vector<std::string>;
+    auto light = std::make_unique<TEV2_SPOT_LIGHT>();
+    FillPlaced(*light, u"Sun");
+    light->KeepAfterPlaced({1});
+    scene.lights.push_back(std::move(light));
+    scene.lights.push_back(TEV2_LIGHT::Create(9));
+    scene.lights[1]->Keep({1});
+    scene.instanceLists[3].push_back(TEV2_INSTANCE::Create(14));
+    scene.instanceLists[3][0]->Keep({1});
+    scene.weightedMeshes.push_back(std::make_unique<TEV2_WEIGHTED_MESH>());
+    scene.weightedMeshes[0]->Keep({1});
+    scene.environment.environmentMap = TEV2_MATERIAL_MAP::MakeKept(0);
+    scene.environment.environmentMap->Keep({1});
+    scene.xrefs15.push_back(std::make_unique<TEV2_XREF<15>>()); // typed
+    scene.xrefs15[0]->timeOffset = 2.0f;
+    EXPECT_EQ(ignored(), Paths()) << "the fields of a placed object that was read are saved";
+
+    scene.lights[0]->intensity = FloatTrack(1, 2);
+    scene.lights[1]->name = Wide(u"t\u00EAte");
+    scene.instanceLists[3][0]->source = 1;
+    scene.weightedMeshes[0]->castsShadow = false;
+    scene.environment.environmentMap->amount = FloatTrack(1, 2);
+    EXPECT_EQ(ignored(), (Paths{"environment.environmentMap", "lights[0] \"Sun\"",
+                                "lights[1] \"t\xC3\xAAte\"", "weightedMeshes[0]", "instanceLists[3][0]"}));
+    scene.lights[0]->Forget();
+    scene.weightedMeshes[0]->castsShadow = true;
+    scene.weightedMeshes[0]->vertices->positions.resize(1);
+    EXPECT_EQ(ignored(), (Paths{"environment.environmentMap", "lights[1] \"t\xC3\xAAte\"",
+                                "weightedMeshes[0]", "instanceLists[3][0]"}));
 }
 
 TEST(Status, IsSuccessUntilItIsGivenAReason)

@@ -43,9 +43,10 @@ TEST(Save, WritesTheChunksInTheirOrder)
     std::vector<std::uint32_t> ids;
     for (const auto& [id, body] : Chunks(SceneImage(scene)))
         ids.push_back(id);
-    const std::vector<std::uint32_t> expected = {
-        0,  1,  2,  3,  4,  22, 5,  5,  5,  5,  5,  5,  6,  6,  7,  8,  9,  10, 11, 11, 11, 17, 17,
-        17, 23, 23, 23, 12, 13, 13, 13, 19, 18, 16, 14, 14, 18, 16, 15, 15, 20, 20, 21, 21, 21, 14};
+    const std::vector<std::uint32_t> expected = {0,  1,  2,  3,  4,  22, 5,  5,  5,  5,  5,  5,  6,  6,
+                                                 7,  7,  7,  8,  8,  8,  9,  9,  9,  10, 10, 10, 11, 11,
+                                                 11, 17, 17, 17, 23, 23, 23, 12, 13, 13, 13, 19, 18, 16,
+                                                 14, 14, 18, 16, 15, 15, 20, 20, 21, 21, 21, 14};
     EXPECT_EQ(ids, expected);
 }
 

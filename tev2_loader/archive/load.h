@@ -158,7 +158,10 @@ public:
     {
         const std::uint32_t layout = cursor_.ReadU32();
         if (layout != kLayout)
-            Refuse("layout", std::to_string(kLayout), layout);
+        {
+            const RecordScope scope(cursor_, "layout");
+            cursor_.Fail(TEV2_LOAD_CODE::BodyKept, HexText(kLayout), HexText(layout), sizeof layout);
+        }
     }
 
     template <std::size_t kSize>

@@ -1,6 +1,7 @@
 #include "tev2_loader/io/load_report.h"
 
 #include <charconv>
+#include <cstdio>
 
 namespace TEV2_LOADER
 {
@@ -61,6 +62,13 @@ std::string NumberText(float number)
 {
     char text[32];
     return {text, std::to_chars(text, text + sizeof text, number).ptr};
+}
+
+std::string HexText(std::uint32_t number)
+{
+    char text[16];
+    std::snprintf(text, sizeof text, "0x%08x", number);
+    return text;
 }
 
 std::string FindingText(const TEV2_LOAD_FINDING& finding)

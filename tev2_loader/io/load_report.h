@@ -44,6 +44,9 @@ enum class TEV2_LOAD_CODE
 /// The shortest text that reads back as this number.
 std::string NumberText(float number);
 
+/// "0x4c590001"
+std::string HexText(std::uint32_t number);
+
 enum class TEV2_LOAD_SEVERITY
 {
     Error,
