@@ -31,7 +31,9 @@ void Reset(Record& record)
         record = Record();
 }
 
-/// Reads the fields of a body up to the end of its chunk; otherwise the record is as constructed.
+/// Reads the fields of a body up to the end of its chunk; otherwise the record is as constructed. A record whose fields
+/// may disagree has Examine, which fails the cursor then; one that evaluation fills has MakeRoom, which allocates for
+/// it.
 template <typename Record>
 bool LoadTyped(Record& record, TEV2_MEMORY_CURSOR& cursor, float version)
 {

@@ -101,6 +101,7 @@ public:
     void SetVertex(std::size_t index, const TEV2_RIGID_VERT& vertex) { vertices->SetVertex(index, vertex); }
     void Append(const TEV2_RIGID_VERT& vertex) { vertices->Append(vertex); }
 
+    /// Called after a load: fails the cursor where fields disagree.
     void Examine(TEV2_MEMORY_CURSOR& cursor) const;
 };
 
@@ -129,7 +130,10 @@ public:
     void Update(float delta_time) override;
     void SetTime(float time) override;
 
+    /// Called after a load: fails the cursor where fields disagree.
     void Examine(TEV2_MEMORY_CURSOR& cursor) const;
+
+    /// Called after that: allocates what evaluation fills. Fails the cursor where its limits do not allow that.
     void MakeRoom(TEV2_MEMORY_CURSOR& cursor);
 
 private:
@@ -160,6 +164,7 @@ public:
     void SetVertex(std::size_t index, const TEV2_MORPH_MESH_VERT& vertex);
     void Append(const TEV2_MORPH_MESH_VERT& vertex);
 
+    /// Called after a load: fails the cursor where fields disagree.
     void Examine(TEV2_MEMORY_CURSOR& cursor) const;
 };
 
@@ -200,7 +205,10 @@ public:
     void Bind(const TEV2_MATRIX_HIERARCHY& skeleton,
               const std::vector<TEV2_MATRIX_3X4>& inverse_bind_matrices);
 
+    /// Called after a load: fails the cursor where fields disagree.
     void Examine(TEV2_MEMORY_CURSOR& cursor) const;
+
+    /// Called after that: allocates what evaluation fills. Fails the cursor where its limits do not allow that.
     void MakeRoom(TEV2_MEMORY_CURSOR& cursor);
 };
 

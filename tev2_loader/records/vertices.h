@@ -172,9 +172,11 @@ public:
 /// A set has one value for each vertex.
 struct TEV2_VERT_COLUMNS
 {
-    std::vector<std::vector<TEV2_VECTOR_4>> colours; ///< linear red, green, blue, and alpha
-    std::vector<std::vector<TEV2_VECTOR_2>>
-        uvs; ///< (0, 0) is the upper left corner of the image, v runs down
+    /// Linear red, green, blue, and alpha.
+    std::vector<std::vector<TEV2_VECTOR_4>> colours;
+
+    /// (0, 0) is the upper left corner of the image, v runs down.
+    std::vector<std::vector<TEV2_VECTOR_2>> uvs;
 
     template <typename Self, typename Archive>
     static void Fields(Self& vertices, Archive& archive, std::size_t count)
