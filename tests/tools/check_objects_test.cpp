@@ -184,6 +184,17 @@ TEST_F(CheckObjectsTest, EachSpoiledSceneGetsItsCodeAtTheByteItIsAbout)
     }
 }
 
+TEST_F(CheckObjectsTest, NothingIsSaidOfWhatIsInsideKeptBodies)
+{
+    const auto findings =
+        FileOf(RunTv2({"check", "--json",
+                       SaveTyped([](TEV2& scene) { scene.rigids[0]->KeepAfterPlaced({1}); })}))["findings"];
+    ASSERT_EQ(findings.size(), 1U) << findings.dump(
+        2); // though instances have materials and triangles of the box
+    EXPECT_EQ(findings[0]["code"], "body-kept");
+    EXPECT_EQ(findings[0]["name"], "Box");
+}
+
 TEST_F(CheckObjectsTest, WhatManyVerticesShareIsOneFindingWithTheirNumber)
 {
     const std::string path = SaveTyped(

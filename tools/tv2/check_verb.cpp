@@ -156,7 +156,7 @@ public:
              .help = "Show every finding, however many there are of one code"},
             {.name = "--files",
              .value = &look_for_.files,
-             .help = "Look whether the images that materials name are there, beside the file"},
+             .help = "Look whether the images that a scene names are there, beside the file"},
         };
     }
 

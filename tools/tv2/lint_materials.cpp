@@ -140,7 +140,8 @@ private:
                     AddUser(part.material, uv_sets_of(*mesh), mesh->name);
         for (const auto& instance : scene_.instanceLists[instance_list])
         {
-            if (!instance || instance->source >= meshes.size() || !meshes[instance->source])
+            if (!instance || instance->source >= meshes.size() || !meshes[instance->source] ||
+                !meshes[instance->source]->IsTyped())
                 continue;
             const std::size_t uv_sets = uv_sets_of(*meshes[instance->source]);
             if (instance->GetChunkId() == kInstanceMaterialsChunk)

@@ -54,7 +54,10 @@ struct Point
 {
     double x, y, z;
 
-    explicit Point(const TEV2_VECTOR_3& v) : x(v.x), y(v.y), z(v.z) {}
+    explicit Point(const TEV2_VECTOR_3& v)
+        : x(static_cast<double>(v.x)), y(static_cast<double>(v.y)), z(static_cast<double>(v.z))
+    {
+    }
     Point(double the_x, double the_y, double the_z) : x(the_x), y(the_y), z(the_z) {}
     Point operator-(const Point& b) const { return {x - b.x, y - b.y, z - b.z}; }
     Point operator+(const Point& b) const { return {x + b.x, y + b.y, z + b.z}; }
