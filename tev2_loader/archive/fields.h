@@ -21,10 +21,11 @@
 //             archive.Track("scale", marker.scale, Counts::kBoth);
 //     }
 //
-// Archives go over it: SaveArchive writes, LoadArchive reads, SizeArchive measures, MoveArchive moves tracks to a time,
-// StateArchive notes what fields hold, WalkScene reports the byte and the path of each field. An archive has these members:
+// Fields is called with an archive: SaveArchive writes, LoadArchive reads, SizeArchive measures, MoveArchive moves
+// tracks to a time, StateArchive notes what fields hold, WalkScene reports the byte and the path of each field. An
+// archive has these members:
 //
-//     Since(version), UpTo(version)   whether a field of some versions is there
+//     Since(version), UpTo(version)   whether a field that only some versions have is there
 //     Text(label, text)               u16 length, UTF-16; never counts
 //     Texts(label, texts)             u32 count, texts
 //     Value(label, value)             a number of 4 bytes, or a value of several floats
@@ -37,7 +38,7 @@
 //     Record(label, record)           another record, under its label
 //     Optional(label, record)         u32 flag, record: a pointer that may be null
 //     OptionalValue(label, value)     u32 flag, value: a std::optional
-//     Boxed(label, box, more...)      another record, in a TEV2_BOXED; its Fields gets more, too
+//     Boxed(label, box, more...)      another record, in a TEV2_BOXED; `more` is passed to its Fields
 //     Records(label, records)         u32 count, records; a last argument examines each as it is loaded
 //     Track(label, object)            u32 flag, u32 type, record: a track or another object of several classes
 //     Objects(label, objects)         u32 count, then each as Track
@@ -47,14 +48,14 @@
 //
 // and, for vertices, whose number is written once for all their fields:
 //
-//     VertexCount(label, count, least)         u32, of vertices that take at least so many bytes each
+//     VertexCount(label, count, least)         u32, of vertices of at least `least` bytes each
 //     Column(label, values, count)             that many values, as one block
 //     OptionalColumn(label, values, count)     u32 flag, values; empty: absent
 //     ColumnCount(label, number)               u32, at most kMostColumns
 //     ColumnGroup(label, columns, count)       as ColumnCount, then the columns
 //     Run(label, records, count)               that many records
 //
-// Most take a last argument that says in which results the field counts: both unless given.
+// Most take a last argument that says in which results the field counts; both by default.
 
 namespace TEV2_LOADER
 {

@@ -20,8 +20,8 @@
 namespace TEV2_LOADER
 {
 
-/// Appends `count` elements of the image, which must have them, to an empty array. In pieces: resize writes zeros first,
-/// and what is read replaces them while they are in the first-level cache.
+/// Appends `count` elements of the image, which must have them, to an empty array. In pieces: resize writes zeros
+/// first, and what is read replaces them while they are in the first-level cache.
 template <BlockElement Element>
 void ReadElements(TEV2_MEMORY_CURSOR& cursor, std::vector<Element>& elements, std::size_t count)
 {
@@ -460,8 +460,8 @@ private:
         return object ? object->Load(cursor_, version_) : FailForType<Object>(type);
     }
 
-    /// False when the effect is of another layout. Effects are read in files of every version: what is kept of one could
-    /// else be taken for ours, and what follows it for effects, once it is saved as the newest.
+    /// False when the effect is of another layout. Effects are read in files of every version: what is kept of one
+    /// could else be taken for ours, and what follows it for effects, once it is saved as the newest.
     template <typename Object>
     bool LoadEffect(std::unique_ptr<Object>& effect)
     {

@@ -14,14 +14,14 @@
 namespace TEV2_LOADER
 {
 
-/// A class that stands for the types of its family that have no class: its bodies are never typed.
+/// The class for the types of a family that have no class of their own. Its bodies are never typed.
 template <typename Record>
 concept UntypedRecord = requires
 {
     requires std::same_as<Record, typename Record::Untyped>;
 };
 
-/// Back to as constructed.
+/// Makes the record as it was constructed.
 template <typename Record>
 void Reset(Record& record)
 {
@@ -31,9 +31,9 @@ void Reset(Record& record)
         record = Record();
 }
 
-/// Reads the fields of a body up to the end of its chunk; otherwise the record is as constructed. A record whose fields
-/// may disagree has Examine, which fails the cursor then; one that evaluation fills has MakeRoom, which allocates for
-/// it.
+/// Reads a body field by field, if it is typed. Otherwise false, and the record is as constructed. A record whose
+/// fields may disagree has Examine, which fails the cursor then; one that evaluation fills has MakeRoom, which
+/// allocates for it.
 template <typename Record>
 bool LoadTyped(Record& record, TEV2_MEMORY_CURSOR& cursor, float version)
 {
@@ -59,7 +59,7 @@ bool LoadTyped(Record& record, TEV2_MEMORY_CURSOR& cursor, float version)
     return false;
 }
 
-/// Reads the placed object in front of a body that is kept; otherwise nothing.
+/// Reads the placed object in front of a body that is kept. False, and nothing read, where there is none.
 template <typename Record>
 bool LoadPlaced(Record& record, TEV2_MEMORY_CURSOR& cursor, float version)
 {
