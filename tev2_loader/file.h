@@ -11,8 +11,11 @@
 //         return 1;
 //     }
 //     scene.SetTime(0.5f); // scene.matrixHierarchy.nodes[i].worldMatrix
-//     if (const TEV2_LOADER::Status saved = TEV2_LOADER::SaveFile(scene, "copy.tv2"); !saved)
+//     TEV2_LOADER::TEV2_SAVE_REPORT report;
+//     if (const TEV2_LOADER::Status saved = TEV2_LOADER::SaveFile(scene, "copy.tv2", &report); !saved)
 //         std::fprintf(stderr, "copy.tv2: %s\n", saved.Reason().c_str());
+//     for (const std::string& object : report.ignored) // `lights[2] "Sun"`
+//         std::fprintf(stderr, "%s is saved as it was loaded\n", object.c_str());
 //
 // Paths are UTF-8 on every system. All functions throw std::bad_alloc when memory runs out; nothing leaks, and every
 // object may be used again.

@@ -10,7 +10,21 @@ namespace
 std::vector<const TEV2_ANIMATABLE*> MovingTracks(const TEV2& scene)
 {
     const TEV2_CAMERA& camera = *scene.cameras.at(0);
-    return {scene.matrixHierarchy.nodes[0].translation.get(),
+    const auto& material = static_cast<const TEV2_STANDARD_MATERIAL&>(*scene.materials.at(1));
+    return {scene.globalLightTint->tint.get(),
+            scene.ambientLight->colour.get(),
+            scene.environment.environmentMap->amount.get(),
+            scene.lights[0]->colour.get(),
+            scene.lights[scene.lights.size() - 2]->bounds.get(), // of a kept body
+            scene.rigids[0]->visibility.get(),
+            scene.animMeshes[0]->vertices->tracks[1].position.get(),
+            scene.morphMeshes[0]->targets[0].track.get(),
+            scene.bezierSplines[0]->bounds.get(),
+            scene.speedTreeReferences[0]->bounds.get(),
+            scene.instanceLists[0][0]->bounds.get(),
+            material.diffuse.get(),
+            material.maps[0].map->amount.get(),
+            scene.matrixHierarchy.nodes[0].translation.get(),
             scene.matrixHierarchy.nodes[0].rotation.get(),
             scene.matrixHierarchy.nodes[1].scale.get(),
             scene.environment.environmentColour.get(),
@@ -19,7 +33,15 @@ std::vector<const TEV2_ANIMATABLE*> MovingTracks(const TEV2& scene)
             scene.cameraMan.cameraIndex.get()};
 }
 
-TEST(Evaluation, ReachesEveryRecord)
+/// And those that it leaves alone.
+std::vector<const TEV2_ANIMATABLE*> StillTracks(const TEV2& scene)
+{
+    return {scene.helpers.at(0)->bounds.get(), scene.xrefObjects.at(0)->bounds.get(),
+            scene.instanceLists[2].at(0)->bounds.get(), scene.cameras.at(0)->bounds.get(),
+            scene.lights[0]->properties.floatValues[0].track.get()};
+}
+
+TEST(Evaluation, ReachesEveryRecordThatMoves)
 {
     TEV2 scene;
     FillWithEverything(scene);
@@ -29,6 +51,9 @@ TEST(Evaluation, ReachesEveryRecord)
     scene.Update(0.5f);
     for (const TEV2_ANIMATABLE* track : MovingTracks(scene))
         EXPECT_EQ(track->m_fraction, 0.75f);
+    EXPECT_EQ(scene.weightedMeshes[0]->targets[0].track->m_fraction, 0.75f);
+    for (const TEV2_ANIMATABLE* track : StillTracks(scene))
+        EXPECT_EQ(track->m_fraction, 0.0f);
     EXPECT_EQ(scene.matrixHierarchy.nodes[0].worldMatrix.m[0][3], 0.75f);
 }
 

@@ -10,6 +10,9 @@ namespace TEV2_LOADER
 /// A large member of a small object: takes one pointer until it is first written to, and reads as an empty value until
 /// then. Reading through a const box never allocates. Moves as a pointer does and leaves an empty box.
 ///
+///     #include "tev2_loader/records/meshes.h"
+///
+///     TEV2_RIGID mesh;
 ///     mesh.vertices->positions = {{0, 0, 0}, {1, 0, 0}, {0, 1, 0}};
 template <typename Value>
 class TEV2_BOXED

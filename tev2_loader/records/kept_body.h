@@ -21,9 +21,13 @@ inline constexpr std::size_t kMostObjectBytes = 18 * sizeof(std::vector<std::uin
 /// A body that is either typed, which means read field by field, or of another program's layout: then its bytes are
 /// kept and saved unchanged. docs/format.md has the rules.
 ///
-///     if (!light.IsTyped())
-///         light.Forget(); // discards what another program wrote
-///     light.intensity = ConstantTrack<TEV2_ANIMATABLE_FLOAT32_LINEAR>(2.0f);
+///     #include "tev2_loader/tev2.h"
+///
+///     for (const auto& light : scene.lights)
+///     {
+///         if (light && !light->IsTyped())
+///             light->Forget(); // discards what another program wrote
+///     }
 ///
 /// Of a kept body only what its placed object holds (name, node, properties, bounds) was read, is saved and moves with
 /// time. The class's own fields are as constructed; a value that a program gives them is saved only after Forget.

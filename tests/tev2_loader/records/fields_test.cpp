@@ -3,7 +3,10 @@
 #include "tev2_loader/array_length_helper.h"
 #include "tev2_loader/tev2.h"
 
+#include <algorithm>
 #include <gtest/gtest.h>
+#include <tuple>
+#include <type_traits>
 
 using namespace TEV2_LOADER;
 using namespace tv2_tests;
@@ -63,6 +66,30 @@ TEST(Fields, CountInTheResultsOfSaveAndLoad)
     };
     for (const Case& item : cases)
         EXPECT_EQ(item.counted, item.expected) << item.record;
+}
+
+/// Whether all fields of a record count in both results, but for its texts and those of a placed object.
+template <typename Record>
+void ExpectAllCount()
+{
+    const Lines never = {"name",        "secondText", "thirdText", "value",    "properties", "bounds Save",
+                         "lights Save", "shader",     "technique", "fileName", "objectName"};
+    for (const std::string& line : RecordSchema::Of(Record()).counted)
+        EXPECT_TRUE(line.ends_with(" Save Load") || std::ranges::find(never, line) != never.end())
+            << line << " of chunk " << Record().GetChunkId();
+}
+
+TEST(Fields, OfTypedBodiesCountInBothResults)
+{
+    [&]<typename... Records>(std::type_identity<std::tuple<Records...>>) {
+        (ExpectAllCount<Records>(), ...);
+    }(std::type_identity<
+        std::tuple<TEV2_AMBIENT_LIGHT, TEV2_GLOBAL_LIGHT_TINT, TEV2_POINT_LIGHT, TEV2_DIRECTIONAL_LIGHT,
+                   TEV2_SPOT_LIGHT, TEV2_STANDARD_MATERIAL, TEV2_SHADER_MATERIAL, TEV2_RIGID, TEV2_ANIM_MESH,
+                   TEV2_MORPH_MESH, TEV2_WEIGHTED_MESH, TEV2_BEZIER_SPLINE_OBJECT, TEV2_HELPER, TEV2_INSTANCE,
+                   TEV2_GEOM_INSTANCE, TEV2_GEOM_INSTANCE_DIFFERING_MATERIALS,
+                   TEV2_GEOM_INSTANCE_DIFFERING_SUB_OBJECTS, TEV2_XREF<15>, TEV2_XREF<20>, TEV2_XREF_OBJECT,
+                   TEV2_XREF_SPEEDTREE>>());
 }
 
 TEST(Fields, TakeAtLeastTheirSmallestLayout)
