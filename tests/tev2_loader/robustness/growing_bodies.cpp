@@ -25,7 +25,7 @@ namespace
 
 using namespace tv2_tests;
 
-constexpr std::size_t kSmallest = 10'000;
+constexpr std::size_t kSmallest = 4'000;
 constexpr int kDoublings = 3;
 
 std::vector<DenseFile> AllFiles(std::size_t size)
