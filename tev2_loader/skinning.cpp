@@ -25,9 +25,9 @@ float Dot(const TEV2_VECTOR_3& left, const TEV2_VECTOR_3& right)
 
 TEV2_VECTOR_3 Normalised(const TEV2_VECTOR_3& vector)
 {
-    const double x = vector.x;
-    const double y = vector.y;
-    const double z = vector.z;
+    const auto x = static_cast<double>(vector.x);
+    const auto y = static_cast<double>(vector.y);
+    const auto z = static_cast<double>(vector.z);
     const double square = x * x + y * y + z * z; // neither overflows nor vanishes
     if (!(square > 0.0 && square <= std::numeric_limits<double>::max()))
         return vector;
