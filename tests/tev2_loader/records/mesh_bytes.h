@@ -15,7 +15,7 @@ namespace tv2_tests
 {
 
 /// The numbers first, first + 1 and so on.
-inline Bytes Counting(std::size_t count, float first)
+inline Bytes CountingFloats(std::size_t count, float first)
 {
     Bytes bytes;
     for (std::size_t index = 0; index < count; ++index)
@@ -27,7 +27,7 @@ inline Bytes Counting(std::size_t count, float first)
 template <typename Element>
 std::vector<Element> CountingElements(std::size_t count, float first)
 {
-    const Bytes bytes = Counting(count * sizeof(Element) / sizeof(float), first);
+    const Bytes bytes = CountingFloats(count * sizeof(Element) / sizeof(float), first);
     std::vector<Element> elements(count);
     std::memcpy(static_cast<void*>(elements.data()), bytes.data.data(), bytes.data.size());
     return elements;
@@ -64,7 +64,7 @@ inline void FillColumns(TEV2_LOADER::TEV2_VERT_COLUMNS& vertices)
 
 inline Bytes ColumnBytes()
 {
-    return Bytes::Of(3u, 1u, Counting(12, 0), 2u, Counting(6, 100), Counting(6, 200));
+    return Bytes::Of(3u, 1u, CountingFloats(12, 0), 2u, CountingFloats(6, 100), CountingFloats(6, 200));
 }
 
 inline void FillVertices(TEV2_LOADER::TEV2_RIGID_VERTICES& vertices)
@@ -77,7 +77,8 @@ inline void FillVertices(TEV2_LOADER::TEV2_RIGID_VERTICES& vertices)
 
 inline Bytes VertexBytes()
 {
-    return Bytes::Of(ColumnBytes(), Counting(9, 300), 1u, Counting(9, 400), 1u, Counting(18, 500));
+    return Bytes::Of(ColumnBytes(), CountingFloats(9, 300), 1u, CountingFloats(9, 400), 1u,
+                     CountingFloats(18, 500));
 }
 
 /// Two targets: one with all columns that moves vertices 0 and 2, and one that moves none.
@@ -94,8 +95,8 @@ inline void FillTargets(std::vector<TEV2_LOADER::TEV2_MORPH_TARGET>& targets)
 
 inline Bytes TargetBytes()
 {
-    const Bytes smile = Bytes::Of(u"smile", FloatTrackBytes(0.5f, 1), 2u, 0u, 2u, Counting(6, 600), 1u,
-                                  Counting(6, 700), 1u, Counting(6, 800));
+    const Bytes smile = Bytes::Of(u"smile", FloatTrackBytes(0.5f, 1), 2u, 0u, 2u, CountingFloats(6, 600), 1u,
+                                  CountingFloats(6, 700), 1u, CountingFloats(6, 800));
     return Bytes::Of(2u, smile, u"", Bytes().Zeros(16));
 }
 
@@ -160,7 +161,8 @@ inline Bytes BytesOf(const TEV2_LOADER::TEV2_MORPH_MESH&)
 inline Bytes BytesOf(const TEV2_LOADER::TEV2_WEIGHTED_MESH&)
 {
     const Bytes weights = Bytes().U32({2, 0, 1, 1, 0, 1, 1}).F32({0.25f, 0.75f, 1, 0, 0.5f, 0.5f});
-    return Bytes::Of(HeadBytes(), VertexBytes(), weights, 2u, 5u, 9u, 2u, Counting(24, 900), TargetBytes());
+    return Bytes::Of(HeadBytes(), VertexBytes(), weights, 2u, 5u, 9u, 2u, CountingFloats(24, 900),
+                     TargetBytes());
 }
 
 /// Loads a body that fills its chunk; returns the finding "path: expected, found", empty where there is none.

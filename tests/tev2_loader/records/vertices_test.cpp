@@ -17,8 +17,8 @@ void FillVertex(TEV2_RIGID_VERT& vertex)
     vertex.frame = {{15, 16, 17}, {18, 19, 20}};
 }
 
-const Bytes kRigidVertex = Bytes::Of(1u, Counting(4, 1), 2u, Counting(4, 5), Counting(3, 9), 1u,
-                                     Counting(3, 12), 1u, Counting(6, 15));
+const Bytes kRigidVertex = Bytes::Of(1u, CountingFloats(4, 1), 2u, CountingFloats(4, 5), CountingFloats(3, 9),
+                                     1u, CountingFloats(3, 12), 1u, CountingFloats(6, 15));
 
 TEST(Vertex, IsItsColumnsWithoutACount)
 {
@@ -26,7 +26,7 @@ TEST(Vertex, IsItsColumnsWithoutACount)
     ExpectStoredAs(vertex, Bytes().Zeros(8));
     vertex.colours = {{1, 2, 3, 4}};
     vertex.uvs = {{5, 6}, {7, 8}};
-    ExpectStoredAs(vertex, Bytes::Of(1u, Counting(4, 1), 2u, Counting(4, 5)));
+    ExpectStoredAs(vertex, Bytes::Of(1u, CountingFloats(4, 1), 2u, CountingFloats(4, 5)));
 
     TEV2_RIGID_VERT rigid;
     ExpectStoredAs(rigid, Bytes().Zeros(8 + 12 + 4 + 4));
@@ -40,7 +40,8 @@ TEST(Vertex, IsItsColumnsWithoutACount)
     target.position = {1, 2, 3};
     target.normal = {4, 5, 6};
     target.tangent = {7, 8, 9};
-    const Bytes targetBytes = Bytes::Of(7u, Counting(3, 1), 1u, Counting(3, 4), 1u, Counting(3, 7));
+    const Bytes targetBytes =
+        Bytes::Of(7u, CountingFloats(3, 1), 1u, CountingFloats(3, 4), 1u, CountingFloats(3, 7));
     ExpectStoredAs(target, targetBytes);
 
     TEV2_MORPH_MESH_VERT morph;
@@ -68,7 +69,8 @@ TEST(Vertex, OfAnAnimMeshIsItsTracksAndMovesThem)
     ExpectStoredAs(vertex, Bytes().Zeros(8 + 12));
     vertex.uvs = {{5, 6}};
     vertex.tracks.normal = SampleTrack<TEV2_ANIMATABLE_VECTOR_3_LINEAR>({1, 2, 3}, {4, 5, 6});
-    ExpectStoredAs(vertex, Bytes::Of(0u, 1u, Counting(2, 5), 0u, SampleTrackBytes(3, Counting(6, 1)), 0u));
+    ExpectStoredAs(
+        vertex, Bytes::Of(0u, 1u, CountingFloats(2, 5), 0u, SampleTrackBytes(3, CountingFloats(6, 1)), 0u));
     vertex.SetTime(1.5f);
     EXPECT_EQ(vertex.tracks.normal->GetValue(), (TEV2_VECTOR_3{2.5f, 3.5f, 4.5f}));
 }
