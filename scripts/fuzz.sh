@@ -26,8 +26,8 @@ largest_input()
     esac
 }
 
-# The mutators of TEV2 inputs change enough at once: of bodies that were changed more, one in 150 instead of one in 15 is
-# still typed.
+# The mutators of TEV2 inputs change enough at once: of bodies that are changed five times, one in 150 instead of one
+# in 15 is still typed.
 most_mutations()
 {
     case "$1" in
