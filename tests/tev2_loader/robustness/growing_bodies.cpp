@@ -1,8 +1,8 @@
-// Loads one growing file at four sizes, each double the one before, through MeasuredRead. growth.py counts the
+// Loads growing files at four sizes, each double the one before, through MeasuredRead. growth.py counts the
 // instructions.
 //
-// usage: growing_bodies          prints the names of the cases
-//        growing_bodies NAME     plays one
+// usage: growing_bodies             prints the names of the cases
+//        growing_bodies NAME...     plays these
 
 #include "tests/tev2_loader/robustness/dense_files.h"
 
@@ -49,9 +49,16 @@ int main(int count, char** arguments)
     if (count == 1)
         for (const DenseFile& file : AllFiles(kSmallest))
             std::puts(file.what.c_str());
-    for (int doubling = 0; count == 2 && doubling <= kDoublings; ++doubling)
-        for (const DenseFile& file : AllFiles(kSmallest << doubling))
-            if (file.what == std::string_view(arguments[1]))
-                MeasuredRead([&] { LoadImageOf(file.image.data, true); });
+    std::vector<std::vector<DenseFile>> sizes;
+    for (int doubling = 0; count > 1 && doubling <= kDoublings; ++doubling)
+        sizes.push_back(AllFiles(kSmallest << doubling));
+    for (int name = 1; name < count; ++name)
+    {
+        for (const std::vector<DenseFile>& files : sizes)
+        {
+            const auto named = std::ranges::find(files, std::string_view(arguments[name]), &DenseFile::what);
+            MeasuredRead([&] { LoadImageOf(named->image.data, true); });
+        }
+    }
     return 0;
 }

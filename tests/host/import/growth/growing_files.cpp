@@ -1,8 +1,8 @@
 // Reads one growing scene at four sizes, each double the one before, through MeasuredRead. growth.py counts the
 // instructions.
 //
-// usage: growing_files          prints the names of the cases
-//        growing_files NAME     plays one
+// usage: growing_files             prints the names of the cases
+//        growing_files NAME...     plays these
 
 #include "host/import/formats.h"
 #include "host/import/host_scene.h"
@@ -295,11 +295,10 @@ void Play(std::string_view name)
 
 int main(int count, char** arguments)
 {
-    if (count == 2)
-    {
-        Play(arguments[1]);
+    for (int name = 1; name < count; ++name)
+        Play(arguments[name]);
+    if (count > 1)
         return 0;
-    }
     for (const GrowingFile& growing : kFiles)
         std::puts(growing.name);
     for (const GrowingScene& growing : kScenes)

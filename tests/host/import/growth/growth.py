@@ -12,17 +12,18 @@ import subprocess
 import sys
 import tempfile
 
+SIZES = 4  # of each case
 MOST = 2.3  # times the instructions for twice the size
 SKIPPED = 77
 
 
-def instructions(program, name):
-    """Of each call of MeasuredRead, in order."""
+def instructions(program, names):
+    """Of each call of MeasuredRead for each name, in order."""
     with tempfile.TemporaryDirectory() as folder:
         subprocess.run(
             ["valgrind", "--tool=callgrind", "--callgrind-out-file=" + os.path.join(folder, "out"),
              "--collect-atstart=no", "--toggle-collect=MeasuredRead", "--dump-after=MeasuredRead",
-             program, name],
+             program] + names,
             check=True, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
         counts = []
         number = 1
@@ -30,7 +31,7 @@ def instructions(program, name):
             with open(os.path.join(folder, "out." + str(number)), encoding="utf-8", errors="replace") as dump:
                 counts.append(int(re.search(r"^(?:summary|totals): (\d+)", dump.read(), re.M).group(1)))
             number += 1
-    return counts
+    return [counts[SIZES * at:SIZES * (at + 1)] for at in range(len(names))]
 
 
 def main():
@@ -40,11 +41,13 @@ def main():
     program = sys.argv[1]
     names = subprocess.run([program], check=True, stdout=subprocess.PIPE, text=True).stdout.split()
     failed = False
-    with concurrent.futures.ThreadPoolExecutor(os.cpu_count()) as pool:
-        results = pool.map(lambda name: instructions(program, name), names)
-    for name, counts in zip(names, results):
+    workers = os.cpu_count()
+    with concurrent.futures.ThreadPoolExecutor(workers) as pool:
+        results = list(pool.map(lambda first: instructions(program, names[first::workers]), range(workers)))
+    for index, name in enumerate(names):
+        counts = results[index % workers][index // workers]
         factors = [after / before for before, after in zip(counts, counts[1:])]
-        good = len(counts) == 4 and all(factor <= MOST for factor in factors)
+        good = len(counts) == SIZES and all(factor <= MOST for factor in factors)
         failed = failed or not good
         print("%-24s %12s instructions, times %s%s" % (
             name, counts[0] if counts else "no", " ".join("%.2f" % factor for factor in factors),
