@@ -101,7 +101,7 @@ template <typename Record>
 void ReportSaved(TEV2_SAVE_REPORT& report, const TEV2_FILE_WRITER::Refusal& refusal, const std::string& path,
                  const Record& record)
 {
-    if (refusal.reason != nullptr && report.refused.empty())
+    if (!refusal.reason.empty() && report.refused.empty())
         report.refused = TitleOf(path, record) + ", " + refusal.field + ": " + refusal.reason;
     if constexpr (requires { record.IsTyped(); })
         ReportIgnored(report, path, record);

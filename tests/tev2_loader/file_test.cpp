@@ -102,6 +102,12 @@ TEST(File, NamesWhatItRefusesAndWhatItLeavesOut)
          "rigids[1] \"Wall\", uvs: more than can be read back"},
         {[&]
          {
+             scene.rigids[1] = Filled<TEV2_RIGID>();
+             scene.rigids[1]->subObjects[0].triangles[0][2] = 3;
+         },
+         "rigids[1] \"Wall\", subObjects[0].triangles[0]: expected below 3, found 3"},
+        {[&]
+         {
              auto material = Filled<TEV2_SHADER_MATERIAL>();
              material->maps[0] = nullptr;
              scene.rigids.clear();

@@ -1,6 +1,7 @@
 #include "tev2_loader/io/file_writer.h"
 
 #include <algorithm>
+#include <utility>
 
 #if defined(_WIN32)
 #include "tev2_loader/io/detail/windows_path.h"
@@ -54,10 +55,10 @@ TEV2_FILE_WRITER::TEV2_FILE_WRITER(std::unique_ptr<TEV2_FILE_STREAM> openStream,
 {
 }
 
-bool TEV2_FILE_WRITER::Refuse(const char* field, const char* reason)
+bool TEV2_FILE_WRITER::Refuse(std::string field, std::string reason)
 {
-    if (refusal.reason == nullptr)
-        refusal = {field, reason};
+    if (refusal.reason.empty())
+        refusal = {std::move(field), std::move(reason)};
     return false;
 }
 

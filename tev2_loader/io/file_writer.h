@@ -47,13 +47,13 @@ public:
     /// needs there.
     struct Refusal
     {
-        const char* field = "";
-        const char* reason = nullptr; ///< in words; null: nothing was refused
+        std::string field;
+        std::string reason; ///< in words; empty: nothing was refused
     };
     Refusal refusal;
 
-    /// Notes a refusal if it is the first; both texts are literals. Returns false.
-    bool Refuse(const char* field, const char* reason);
+    /// Notes a refusal if it is the first. Returns false.
+    bool Refuse(std::string field, std::string reason);
 
     /// Guarded write: returns the number of bytes written, 0 outside a chunk if requireChunk is set.
     std::uint32_t Write(const void* data, std::uint32_t size);

@@ -137,6 +137,19 @@ bool TEV2_RECORD_CODE<Record>::Load(Record& record, TEV2_MEMORY_CURSOR& cursor, 
     return LoadFields(record, cursor, version);
 }
 
+/// Whether the fields of a record agree, so that a load will take them. Otherwise the writer notes which do not.
+template <typename Record>
+bool FieldsAgree(const Record& record, TEV2_FILE_WRITER& writer)
+{
+    TEV2_LOAD_REPORT report;
+    TEV2_MEMORY_CURSOR cursor(nullptr, 0, &report);
+    record.Examine(cursor);
+    if (!cursor.Failed())
+        return true;
+    const TEV2_LOAD_FINDING& finding = report.findings.front();
+    return writer.Refuse(finding.path, "expected " + finding.expected + ", found " + finding.found);
+}
+
 template <typename Record>
 bool TEV2_RECORD_CODE<Record>::Save(const Record& record, TEV2_FILE_WRITER& writer)
 {
@@ -149,6 +162,9 @@ bool TEV2_RECORD_CODE<Record>::Save(const Record& record, TEV2_FILE_WRITER& writ
     if constexpr (UntypedRecord<Record>)
         if (record.IsTyped())
             saved = writer.Refuse("type", "without a class, and no bytes are kept");
+    if constexpr (requires(TEV2_MEMORY_CURSOR & cursor) { record.Examine(cursor); })
+        if (record.IsTyped())
+            saved &= FieldsAgree(record, writer);
     return saved;
 }
 

@@ -40,7 +40,7 @@ public:
 };
 
 /// The part of a mesh that does not depend on the kind of its vertices. In a mesh that was loaded and is typed every
-/// corner is below the number of vertices.
+/// corner is below the number of vertices; a mesh with other corners is not saved.
 class TEV2_TRI_OBJECT : public TEV2_MOVING_RECORD_OF<TEV2_TRI_OBJECT, TEV2_GEOM_OBJECT>
 {
 public:

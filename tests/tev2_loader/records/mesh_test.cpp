@@ -101,14 +101,19 @@ TYPED_TEST(EveryMesh, MovesItsVisibilityAndBounds)
     }
 }
 
-/// Spoils a mesh, saves it and expects that a load keeps the body for this reason.
+/// Spoils a mesh and expects that its save is false for this reason, and that a load of what it wrote keeps the body.
 template <typename Mesh>
 void ExpectKept(void (*spoil)(Mesh& mesh), const std::string& finding)
 {
     Mesh mesh;
     FillMesh(mesh);
     spoil(mesh);
-    const std::vector<std::uint8_t> bytes = SavedBytes(mesh);
+    const std::vector<std::uint8_t> bytes = WrittenBy(
+        [&](TEV2_FILE_WRITER& writer)
+        {
+            EXPECT_FALSE(mesh.Save(writer)) << finding;
+            EXPECT_EQ(writer.refusal.field, finding.substr(0, finding.find(": ")));
+        });
     EXPECT_EQ(LoadBodyOf(mesh, bytes), finding);
     EXPECT_FALSE(mesh.IsTyped()) << finding;
     ExpectAsConstructed(mesh);
