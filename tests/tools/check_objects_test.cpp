@@ -88,6 +88,8 @@ const SpoiledScene kTypedScenes[] = {
      {}, "library 1, but there is 1 library"},
     {"instance-source-outside", "instanceLists[5][0]", 1, [](TEV2& s) { s.instanceLists[5][0]->source = 1; },
      {}, "rigid 1, but there is 1 rigid"},
+    {"instance-source-outside", "instanceLists[5][1]", kNone, [](TEV2& s) { s.instanceLists[5][1]->source = kNone; },
+     {}, "repeats nothing"},
     {"instance-materials-differ", "instanceLists[5][0]", 0,
      [](TEV2& s) { BoxInstance<TEV2_GEOM_INSTANCE_DIFFERING_MATERIALS>(s, 0).materials = {}; },
      {}, "0 materials, but \"Box\" has 1 sub-object"},

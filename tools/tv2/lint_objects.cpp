@@ -23,7 +23,7 @@ constexpr CheckCode kLibraryOutside = {"library-outside", Severity::Warning,
                                        "The library of an object is beyond the libraries."};
 constexpr CheckCode kInstanceSourceOutside = {
     "instance-source-outside", Severity::Warning,
-    "What an instance repeats is beyond the objects that its list names."};
+    "An instance repeats nothing, or an object beyond those that its list names."};
 constexpr CheckCode kInstanceMaterialsDiffer = {
     "instance-materials-differ", Severity::Warning,
     "An instance has more or fewer materials than its source has sub-objects."};
@@ -244,10 +244,12 @@ private:
         const auto index = static_cast<std::uint32_t>(number);
         source_ = SourceOf(scene_, list, index);
         source_record_ = field.record;
-        if (index != kNone && index >= source_.count)
+        if (index >= source_.count)
         {
             findings_.AddForRecord(kInstanceSourceOutside, field,
-                                   BeyondText(source_.singular, source_.plural, index, source_.count));
+                                   index == kNone
+                                       ? "it repeats nothing"
+                                       : BeyondText(source_.singular, source_.plural, index, source_.count));
         }
         if (!source_.is_mesh || field.chunkId != kInstanceMaterialsChunk)
             return;
