@@ -276,6 +276,7 @@ public:
     {
         effects.clear();
         kept = {};
+        const std::size_t place = cursor_.Offset();
         const std::uint32_t count = cursor_.ReadCount(sizeof(std::uint32_t));
         for (std::uint32_t index = 0; index < count && kept.count == 0 && !cursor_.Failed(); ++index)
         {
@@ -290,6 +291,13 @@ public:
             kept.count = count - index;
             cursor_.current = begin;
             cursor_.TakeRest(kept.bytes);
+        }
+        // Nothing that follows these bytes in a file once saved could make up for what they lack.
+        const std::size_t most = kept.bytes.size() / sizeof(std::uint32_t);
+        if (kept.count > most)
+        {
+            cursor_.Fail(TEV2_LOAD_CODE::CountExceedsFile, "at most " + std::to_string(effects.size() + most),
+                         std::to_string(count), cursor_.Offset() - place);
         }
         Count(counts, !cursor_.Failed());
     }

@@ -322,6 +322,24 @@ TEST(CameraEffects, AreKeptFromTheFirstOfAnotherLayout)
     }
 }
 
+TEST(CameraEffects, OfMoreThanTheChunkHoldsAreRefused)
+{
+    const Bytes head = Bytes().Zeros(54);
+    const auto load = [&head](std::uint32_t count)
+    {
+        const Bytes effects = Bytes::Of(count, 0u, 1u, 0u, 7u); // one that is absent, one of another layout
+        return LoadImageOf(
+            FileOfVersion(kVersion).Chunk(6, Bytes::Of(head, effects)).Chunk(99, Bytes().Zeros(40)).data);
+    };
+    EXPECT_TRUE(load(4)->loaded);
+    const auto outcome = load(5);
+    EXPECT_FALSE(outcome->loaded);
+    const TEV2_LOAD_FINDING& finding = outcome->report.findings.back();
+    EXPECT_EQ(finding.code, TEV2_LOAD_CODE::CountExceedsFile);
+    EXPECT_EQ(finding.offset, 4u + 16 + 8 + head.data.size());
+    EXPECT_EQ(finding.expected + ", " + finding.found, "at most 4, 5");
+}
+
 TEST(EnvironmentMap, IsTypedWhereItEndsBeforeTheReservedBytes)
 {
     const Bytes image = Bytes::Of(u"", 0u, u"", Bytes().Zeros(24 + 28 + 4));
