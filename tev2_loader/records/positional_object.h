@@ -18,8 +18,8 @@ public:
     TEV2_WIDE_STRING secondText; ///< no meaning; kept
     TEV2_WIDE_STRING thirdText;  ///< no meaning; kept
 
-    /// Index of the node in the hierarchy that places the object; kNone: it is placed in the world. May lie beyond the
-    /// nodes: check it before use.
+    /// Index of the node in the hierarchy that places the object; kNone: it is placed in the world. As constructed
+    /// the first node. May lie beyond the nodes: check it before use.
     std::uint32_t value = 0;
 
     TEV2_EXTENDED_PROPERTIES properties; ///< from version 1.04
