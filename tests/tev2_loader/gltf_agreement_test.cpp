@@ -5,10 +5,9 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
-#include <functional>
 
-// A real character, converted here, against what glTF says about its vertices: the sum of weight * world(joint) *
-// inverse bind matrix * (position + weighted targets), in double precision and straight from the glTF.
+// A real character, its numbers put into records as they are, against what glTF says about its vertices: the sum of
+// weight * world(joint) * inverse bind matrix * (position + weighted targets), here in double precision.
 
 using namespace TEV2_LOADER;
 using namespace tv2_tests;
@@ -17,11 +16,10 @@ namespace
 {
 
 using Vector = std::array<double, 3>;
-using Quaternion = std::array<double, 4>; // x, y, z, w
 
 struct Affine
 {
-    double m[3][4] = {{1, 0, 0, 0}, {0, 1, 0, 0}, {0, 0, 1, 0}};
+    double m[3][4];
 };
 
 Affine operator*(const Affine& a, const Affine& b)
@@ -29,10 +27,8 @@ Affine operator*(const Affine& a, const Affine& b)
     Affine product;
     for (int row = 0; row < 3; ++row)
         for (int column = 0; column < 4; ++column)
-        {
             product.m[row][column] = a.m[row][0] * b.m[0][column] + a.m[row][1] * b.m[1][column] +
                                      a.m[row][2] * b.m[2][column] + (column == 3 ? a.m[row][3] : 0.0);
-        }
     return product;
 }
 
@@ -54,421 +50,297 @@ Affine ToAffine(const gltf::Trs& trs)
          {s[0] * 2 * (x * z - w * y), s[1] * 2 * (y * z + w * x), s[2] * (1 - 2 * (x * x + y * y)), t[2]}}};
 }
 
-/// A mesh of the glTF with its primitives end to end.
-struct GltfMesh
+Affine ToAffine(const TEV2_MATRIX_3X4& matrix)
 {
-    std::size_t influences = 0; // 4 with a skin, otherwise 0
-    std::vector<Vector> positions;
-    std::vector<std::uint32_t> joints;
-    std::vector<double> weights;
-    std::vector<std::vector<Vector>> targets;
-};
+    Affine affine;
+    for (int row = 0; row < 3; ++row)
+        std::copy_n(matrix.m[row], 4, affine.m[row]);
+    return affine;
+}
 
-/// The sample, its accessors, and what the JSON says about meshes and skins.
+void Add(Vector& to, double weight, const Vector& v)
+{
+    for (std::size_t axis = 0; axis < 3; ++axis)
+        to[axis] += weight * v[axis];
+}
+
+double Largest(const Vector& v)
+{
+    return std::max({std::abs(v[0]), std::abs(v[1]), std::abs(v[2])});
+}
+
+Vector Exact(const TEV2_VECTOR_3& v)
+{
+    return {v.x, v.y, v.z};
+}
+
+/// In single precision.
+template <typename Value, std::size_t Count>
+Value Rounded(const std::array<double, Count>& numbers)
+{
+    return std::apply([](auto... number) { return Value{static_cast<float>(number)...}; }, numbers);
+}
+
+/// The sample as a scene with its skeleton in some poses, one each half second, and with the meshes that are added.
 class Robot
 {
 public:
-    gltf::Node NodeAt(std::size_t place) const { return document_.NodeAt(shown[place].index); }
+    TEV2 scene;
+    std::vector<std::vector<gltf::Trs>> poses; // each the local transforms of all nodes
 
-    std::size_t PlaceOf(std::size_t node) const
+    Robot()
     {
-        const auto found = std::find_if(shown.begin(), shown.end(),
-                                        [node](const gltf::ShownNode& at) { return at.index == node; });
-        return static_cast<std::size_t>(found - shown.begin());
+        for (const std::size_t animation : {0u, 5u, 10u, 12u}) // Dance, Punch, Walking, Wave
+            for (const std::size_t half : {0u, 1u, 2u})
+                poses.push_back(PoseAt(animation, half));
+        scene.environment.timeRange.maximum = TimeOf(poses.size() - 1);
+        for (std::size_t place = 0; place < shown_.size(); ++place)
+        {
+            auto translation = std::make_unique<TEV2_ANIMATABLE_VECTOR_3_LINEAR>();
+            auto rotation = std::make_unique<TEV2_ANIMATABLE_QUATERNION_SLERP>();
+            auto scale = std::make_unique<TEV2_ANIMATABLE_VECTOR_3_LINEAR>();
+            for (std::size_t pose = 0; pose < poses.size(); ++pose)
+            {
+                const gltf::Trs& local = poses[pose][place];
+                translation->Append(TimeOf(pose), Rounded<TEV2_VECTOR_3>(local.translation));
+                rotation->Append(TimeOf(pose), Rounded<TEV2_QUATERNION>(local.rotation));
+                scale->Append(TimeOf(pose), Rounded<TEV2_VECTOR_3>(local.scale));
+            }
+            TEV2_MATRIX_NODE& node = scene.matrixHierarchy.nodes.emplace_back();
+            node.parentIndex = shown_[place].parent ? static_cast<std::int32_t>(*shown_[place].parent) : -1;
+            node.translation = std::move(translation);
+            node.rotation = std::move(rotation);
+            node.scale = std::move(scale);
+        }
+    }
+
+    static float TimeOf(std::size_t pose) { return 0.5f * static_cast<float>(pose); }
+
+    std::vector<Affine> WorldsIn(std::size_t pose) const
+    {
+        std::vector<Affine> worlds;
+        for (std::size_t place = 0; place < shown_.size(); ++place)
+        {
+            const Affine local = ToAffine(poses[pose][place]);
+            worlds.push_back(shown_[place].parent ? worlds[*shown_[place].parent] * local : local);
+        }
+        return worlds;
     }
 
     /// Of the node of this name that has a mesh; bones have the same names.
-    std::size_t PlaceOfMesh(std::string_view name) const
+    std::uint32_t PlaceOfMesh(std::string_view name) const
     {
-        std::size_t place = 0;
+        std::uint32_t place = 0;
         while (NodeAt(place).name != name || !NodeAt(place).mesh)
             ++place;
         return place;
     }
 
-    GltfMesh MeshAt(std::size_t index)
+    /// Positions, and targets with only the vertices that they move.
+    void ReadVertices(std::size_t place, TEV2_RIGID_VERTICES& vertices,
+                      std::vector<TEV2_MORPH_TARGET>& targets)
     {
-        GltfMesh mesh;
-        const gltf::JsonValue primitives = document_.Root()["meshes"][index]["primitives"];
+        const gltf::JsonValue primitives = PrimitivesAt(place);
         for (std::size_t p = 0; p < primitives.Size(); ++p)
         {
-            const gltf::JsonValue attributes = primitives[p]["attributes"];
-            Append(attributes["POSITION"], mesh.positions);
-            if (attributes["JOINTS_0"])
+            const std::size_t before = vertices.positions.size();
+            for (const TEV2_VECTOR_3& position : Vectors(primitives[p]["attributes"]["POSITION"]))
+                vertices.positions.push_back(position);
+            targets.resize(primitives[p]["targets"].Size());
+            for (std::size_t t = 0; t < targets.size(); ++t)
             {
-                mesh.influences = 4;
-                for (const double joint : Numbers(attributes["JOINTS_0"]))
-                    mesh.joints.push_back(static_cast<std::uint32_t>(joint));
-                for (const double weight : Numbers(attributes["WEIGHTS_0"]))
-                    mesh.weights.push_back(weight);
+                const std::vector<TEV2_VECTOR_3> offsets = Vectors(primitives[p]["targets"][t]["POSITION"]);
+                for (std::size_t vertex = 0; vertex < offsets.size(); ++vertex)
+                    if (offsets[vertex] != TEV2_VECTOR_3{})
+                    {
+                        targets[t].offsets.vertices.push_back(static_cast<std::uint32_t>(before + vertex));
+                        targets[t].offsets.positions.push_back(offsets[vertex]);
+                    }
             }
-            const gltf::JsonValue targets = primitives[p]["targets"];
-            mesh.targets.resize(targets.Size());
-            for (std::size_t t = 0; t < targets.Size(); ++t)
-                Append(targets[t]["POSITION"], mesh.targets[t]);
         }
-        return mesh;
     }
 
-    /// The joints of a skin as places among the shown nodes.
-    std::vector<std::uint32_t> JointsOf(std::size_t skin) const
+    void ReadSkin(std::size_t place, TEV2_SKIN& skin)
     {
-        std::vector<std::uint32_t> joints;
-        const gltf::JsonValue listed = document_.Root()["skins"][skin]["joints"];
-        for (std::size_t j = 0; j < listed.Size(); ++j)
-            joints.push_back(
-                static_cast<std::uint32_t>(PlaceOf(static_cast<std::size_t>(listed[j].Whole().value()))));
-        return joints;
-    }
-
-    std::vector<Affine> InverseBindMatricesOf(std::size_t skin)
-    {
-        const std::vector<double>& numbers = Numbers(document_.Root()["skins"][skin]["inverseBindMatrices"]);
-        std::vector<Affine> matrices(numbers.size() / 16);
+        const gltf::JsonValue primitives = PrimitivesAt(place);
+        skin.influences = 4;
+        for (std::size_t p = 0; p < primitives.Size(); ++p)
+        {
+            for (const double joint : Numbers(primitives[p]["attributes"]["JOINTS_0"]))
+                skin.boneIndices.push_back(static_cast<std::uint32_t>(joint));
+            for (const double weight : Numbers(primitives[p]["attributes"]["WEIGHTS_0"]))
+                skin.weights.push_back(static_cast<float>(weight));
+        }
+        const gltf::JsonValue json = document_.Root()["skins"][NodeAt(place).skin.value()];
+        for (std::size_t joint = 0; joint < json["joints"].Size(); ++joint)
+            skin.bones.push_back(PlaceOf(static_cast<std::size_t>(json["joints"][joint].Whole().value())));
+        const std::vector<double>& numbers = Numbers(json["inverseBindMatrices"]);
+        skin.bindMatrices.resize(numbers.size() / 16);
         for (std::size_t i = 0; i < numbers.size(); ++i)
             if (i % 4 < 3) // column by column
-                matrices[i / 16].m[i % 4][i / 4 % 4] = numbers[i];
-        return matrices;
-    }
-
-    /// Seconds of the keys of an animation; all channels have the same.
-    std::vector<double> TimesOf(std::size_t animation)
-    {
-        const gltf::Animation read = document_.AnimationAt(animation);
-        const std::size_t input = document_.SamplerAt(read, 0).input;
-        for (std::size_t i = 0; i < read.samplers.Size(); ++i)
-            EXPECT_EQ(document_.SamplerAt(read, i).input, input);
-        return *accessors_.Read(input);
-    }
-
-    /// The local transforms of the shown nodes at a key of an animation.
-    std::vector<gltf::Trs> LocalsAt(std::size_t animation, std::size_t key)
-    {
-        std::vector<gltf::Trs> locals;
-        for (const gltf::ShownNode& node : shown)
-            locals.push_back(std::get<gltf::Trs>(document_.NodeAt(node.index).local));
-        const gltf::Animation read = document_.AnimationAt(animation);
-        for (std::size_t c = 0; c < read.channels.Size(); ++c)
-        {
-            const gltf::Channel channel = document_.ChannelAt(read, c);
-            const std::vector<double>& values =
-                *accessors_.Read(document_.SamplerAt(read, channel.sampler).output);
-            gltf::Trs& local = locals[PlaceOf(channel.node.value())];
-            if (channel.target == gltf::Target::Translation)
-                std::copy_n(values.begin() + static_cast<std::ptrdiff_t>(3 * key), 3,
-                            local.translation.begin());
-            else if (channel.target == gltf::Target::Rotation)
-                std::copy_n(values.begin() + static_cast<std::ptrdiff_t>(4 * key), 4, local.rotation.begin());
-        }
-        return locals;
-    }
-
-    std::vector<Affine> Worlds(const std::vector<gltf::Trs>& locals) const
-    {
-        std::vector<Affine> worlds;
-        for (std::size_t place = 0; place < shown.size(); ++place)
-        {
-            const Affine local = ToAffine(locals[place]);
-            worlds.push_back(shown[place].parent ? worlds[*shown[place].parent] * local : local);
-        }
-        return worlds;
+                skin.bindMatrices[i / 16].m[i % 4][i / 4 % 4] = static_cast<float>(numbers[i]);
     }
 
 private:
+    gltf::Node NodeAt(std::size_t place) const { return document_.NodeAt(shown_[place].index); }
+
+    std::uint32_t PlaceOf(std::size_t node) const
+    {
+        return static_cast<std::uint32_t>(std::ranges::find(shown_, node, &gltf::ShownNode::index) -
+                                          shown_.begin());
+    }
+
+    gltf::JsonValue PrimitivesAt(std::size_t place) const
+    {
+        return document_.Root()["meshes"][NodeAt(place).mesh.value()]["primitives"];
+    }
+
     const std::vector<double>& Numbers(gltf::JsonValue accessor)
     {
         return *accessors_.Read(static_cast<std::size_t>(accessor.Whole().value()));
     }
 
-    void Append(gltf::JsonValue accessor, std::vector<Vector>& to)
+    std::vector<TEV2_VECTOR_3> Vectors(gltf::JsonValue accessor)
     {
         const std::vector<double>& numbers = Numbers(accessor);
+        std::vector<TEV2_VECTOR_3> vectors;
         for (std::size_t i = 0; i + 2 < numbers.size(); i += 3)
-            to.push_back({numbers[i], numbers[i + 1], numbers[i + 2]});
+            vectors.push_back(Rounded<TEV2_VECTOR_3>(Vector{numbers[i], numbers[i + 1], numbers[i + 2]}));
+        return vectors;
+    }
+
+    /// At the first, the middle or the last key of an animation.
+    std::vector<gltf::Trs> PoseAt(std::size_t animation, std::size_t half)
+    {
+        std::vector<gltf::Trs> locals;
+        for (std::size_t place = 0; place < shown_.size(); ++place)
+            locals.push_back(std::get<gltf::Trs>(NodeAt(place).local));
+        const gltf::Animation read = document_.AnimationAt(animation);
+        for (std::size_t c = 0; c < read.channels.Size(); ++c)
+        {
+            const gltf::Channel channel = document_.ChannelAt(read, c);
+            const gltf::Sampler sampler = document_.SamplerAt(read, channel.sampler);
+            const std::size_t key = half * (accessors_.Read(sampler.input)->size() - 1) / 2;
+            const double* const values = accessors_.Read(sampler.output)->data();
+            gltf::Trs& local = locals[PlaceOf(channel.node.value())];
+            if (channel.target == gltf::Target::Translation)
+                std::copy_n(values + 3 * key, 3, local.translation.begin());
+            else if (channel.target == gltf::Target::Rotation)
+                std::copy_n(values + 4 * key, 4, local.rotation.begin());
+        }
+        return locals;
     }
 
     std::string bytes_ = ReadText(TV2_SAMPLES_DIR "/robot_14_takes.glb");
     gltf::FolderFiles files_{TV2_SAMPLES_DIR};
     gltf::Document document_{bytes_, files_};
     gltf::AccessorReader accessors_{document_};
-
-public:
-    const std::vector<gltf::ShownNode> shown = document_.ShownNodes(100);
+    std::vector<gltf::ShownNode> shown_ = document_.ShownNodes(100);
 };
 
-constexpr std::size_t kSwapped[] = {0, 2,
-                                    1}; // y and z exchanged: the axes of nodes other than cameras and lights
-
-TEV2_VECTOR_3 Swapped(const std::array<double, 3>& v)
+/// Of a target in a pose. Exact in single precision: below 0, above 1, and each target alone.
+double WeightOf(std::size_t target, std::size_t pose)
 {
-    return {static_cast<float>(v[0]), static_cast<float>(v[2]), static_cast<float>(v[1])};
+    return pose == target ? 1.0 : 0.25 * static_cast<double>((pose * 5 + target * 3) % 7) - 0.5;
 }
 
-TEV2_MATRIX_3X4 Swapped(const Affine& affine)
+std::vector<Vector> Expected(const TEV2_WEIGHTED_MESH& mesh, const Robot& robot, std::size_t pose)
 {
-    TEV2_MATRIX_3X4 swapped;
-    for (std::size_t row = 0; row < 3; ++row)
-        for (std::size_t column = 0; column < 4; ++column)
-            swapped.m[row][column] =
-                static_cast<float>(affine.m[kSwapped[row]][column < 3 ? kSwapped[column] : 3]);
-    return swapped;
-}
+    const TEV2_SKIN& skin = *mesh.skin;
+    std::vector<Affine> palette;
+    const std::vector<Affine> worlds = robot.WorldsIn(pose);
+    for (const std::uint32_t bone : skin.bones)
+        palette.push_back(worlds[bone] * ToAffine(skin.bindMatrices[palette.size()]));
 
-Quaternion Times(const Quaternion& a, const Quaternion& b)
-{
-    return {a[3] * b[0] + a[0] * b[3] + a[1] * b[2] - a[2] * b[1],
-            a[3] * b[1] - a[0] * b[2] + a[1] * b[3] + a[2] * b[0],
-            a[3] * b[2] + a[0] * b[1] - a[1] * b[0] + a[2] * b[3],
-            a[3] * b[3] - a[0] * b[0] - a[1] * b[1] - a[2] * b[2]};
-}
-
-/// The world of the records is the glTF's with z negated; below the top level only y and z are exchanged.
-TEV2_VECTOR_3 Translation(const gltf::Trs& trs, bool top)
-{
-    const auto& [x, y, z] = trs.translation;
-    return top ? TEV2_VECTOR_3{static_cast<float>(x), static_cast<float>(y), static_cast<float>(-z)}
-               : Swapped(trs.translation);
-}
-
-TEV2_QUATERNION Rotation(const gltf::Trs& trs, bool top)
-{
-    const auto& [x, y, z, w] = trs.rotation;
-    Quaternion q = {-x, -z, -y, w};
-    if (top)
-        q = Times({-std::sqrt(0.5), 0.0, 0.0, std::sqrt(0.5)}, q);
-    return {static_cast<float>(q[0]), static_cast<float>(q[1]), static_cast<float>(q[2]),
-            static_cast<float>(q[3])};
-}
-
-/// The robot as a scene of records, with a key for each pose that is added.
-class Records
-{
-public:
-    TEV2 scene;
-
-    explicit Records(const Robot& robot) : robot_(robot)
+    std::vector<Vector> vertices;
+    for (const TEV2_VECTOR_3& position : mesh.vertices->positions)
+        vertices.push_back(Exact(position));
+    for (std::size_t target = 0; target < mesh.targets.size(); ++target)
     {
-        for (const gltf::ShownNode& shown : robot.shown)
-        {
-            TEV2_MATRIX_NODE& node = scene.matrixHierarchy.nodes.emplace_back();
-            node.parentIndex = shown.parent ? static_cast<std::int32_t>(*shown.parent) : -1;
-            node.translation = std::make_unique<TEV2_ANIMATABLE_VECTOR_3_LINEAR>();
-            node.rotation = std::make_unique<TEV2_ANIMATABLE_QUATERNION_SLERP>();
-            node.scale = std::make_unique<TEV2_ANIMATABLE_VECTOR_3_LINEAR>();
-        }
+        const TEV2_TARGET_VERTICES& offsets = mesh.targets[target].offsets;
+        for (std::size_t moved = 0; moved < offsets.vertices.size(); ++moved)
+            Add(vertices[offsets.vertices[moved]], WeightOf(target, pose), Exact(offsets.positions[moved]));
     }
-
-    void AddPose(float time, const std::vector<gltf::Trs>& locals)
+    for (std::size_t vertex = 0; vertex < vertices.size(); ++vertex)
     {
-        for (std::size_t place = 0; place < locals.size(); ++place)
-        {
-            const bool top = !robot_.shown[place].parent;
-            TEV2_MATRIX_NODE& node = scene.matrixHierarchy.nodes[place];
-            Track<TEV2_ANIMATABLE_VECTOR_3_LINEAR>(*node.translation)
-                .Append(time, Translation(locals[place], top));
-            auto& rotation = Track<TEV2_ANIMATABLE_QUATERNION_SLERP>(*node.rotation);
-            const TEV2_QUATERNION q = Rotation(locals[place], top);
-            const bool turned = !rotation.m_values.empty() && Dot(rotation.m_values.back(), q) < 0.0f;
-            rotation.Append(time, turned ? -q : q);
-            Track<TEV2_ANIMATABLE_VECTOR_3_LINEAR>(*node.scale).Append(time, Swapped(locals[place].scale));
-        }
-        scene.environment.timeRange.maximum = time;
+        Vector sum{};
+        for (std::size_t entry = vertex * skin.influences; entry < (vertex + 1) * skin.influences; ++entry)
+            Add(sum, skin.weights[entry], palette[skin.boneIndices[entry]] * vertices[vertex]);
+        vertices[vertex] = sum;
     }
-
-private:
-    template <typename Concrete, typename Family>
-    static Concrete& Track(Family& track)
-    {
-        return dynamic_cast<Concrete&>(track);
-    }
-
-    const Robot& robot_;
-};
-
-/// Positions and targets, with only the vertices that they move.
-void Convert(const GltfMesh& from, TEV2_RIGID_VERTICES& vertices, std::vector<TEV2_MORPH_TARGET>& targets)
-{
-    for (const Vector& position : from.positions)
-        vertices.positions.push_back(Swapped(position));
-    for (const std::vector<Vector>& offsets : from.targets)
-    {
-        TEV2_MORPH_TARGET& target = targets.emplace_back();
-        target.track = std::make_unique<TEV2_ANIMATABLE_FLOAT32_LINEAR>();
-        for (std::size_t vertex = 0; vertex < offsets.size(); ++vertex)
-        {
-            if (offsets[vertex] == Vector{})
-                continue;
-            target.offsets.vertices.push_back(static_cast<std::uint32_t>(vertex));
-            target.offsets.positions.push_back(Swapped(offsets[vertex]));
-        }
-    }
+    return vertices;
 }
 
-/// How far vertices of the records' world are from those of the glTF's at most, and how large the latter are.
-struct Distance
+/// Expects the distances to be below 1e-5 of the size.
+void ExpectNear(const std::vector<TEV2_VECTOR_3>& found, const std::vector<Vector>& expected)
 {
     double largest = 0.0;
     double size = 0.0;
-
-    void Add(const std::vector<TEV2_VECTOR_3>& found, const std::vector<Vector>& expected)
+    ASSERT_EQ(found.size(), expected.size());
+    for (std::size_t vertex = 0; vertex < found.size(); ++vertex)
     {
-        ASSERT_EQ(found.size(), expected.size());
-        for (std::size_t vertex = 0; vertex < found.size(); ++vertex)
-        {
-            const auto& [x, y, z] = expected[vertex];
-            const Vector at{found[vertex].x, found[vertex].y, found[vertex].z};
-            largest = std::max({largest, std::abs(at[0] - x), std::abs(at[1] - y), std::abs(at[2] + z)});
-            size = std::max({size, std::abs(x), std::abs(y), std::abs(z)});
-        }
+        Vector difference = expected[vertex];
+        Add(difference, -1.0, Exact(found[vertex]));
+        largest = std::max(largest, Largest(difference));
+        size = std::max(size, Largest(expected[vertex]));
     }
-};
-
-constexpr double kAgreement = 1e-5; // of the size
-
-/// Some keys of some animations, far apart.
-struct Pose
-{
-    float time; // in the records
-    std::vector<gltf::Trs> locals;
-};
-
-std::vector<Pose> SomePoses(Robot& robot)
-{
-    std::vector<Pose> poses;
-    for (const std::size_t animation : {0u, 5u, 10u, 12u}) // Dance, Punch, Walking, Wave
-        for (const std::size_t part : {0u, 1u, 2u})
-        {
-            const std::size_t last = robot.TimesOf(animation).size() - 1;
-            poses.push_back(
-                {0.5f * static_cast<float>(poses.size()), robot.LocalsAt(animation, part * last / 2)});
-        }
-    return poses;
+    EXPECT_LE(largest, 1e-5 * size);
 }
 
-/// The sum of weight * world * inverse bind matrix * position.
-std::vector<Vector> GltfSkinned(const GltfMesh& mesh, const std::vector<Affine>& palette)
-{
-    std::vector<Vector> skinned;
-    for (std::size_t vertex = 0; vertex < mesh.positions.size(); ++vertex)
-    {
-        Vector sum{};
-        for (std::size_t entry = vertex * mesh.influences; entry < (vertex + 1) * mesh.influences; ++entry)
-        {
-            const Vector moved = palette[mesh.joints[entry]] * mesh.positions[vertex];
-            for (std::size_t axis = 0; axis < 3; ++axis)
-                sum[axis] += mesh.weights[entry] * moved[axis];
-        }
-        skinned.push_back(sum);
-    }
-    return skinned;
-}
-
-TEST(GltfAgreement, OfSkinnedHands)
+/// The head is a mesh with three targets on a bone: as a mesh with one bone, and as a morph mesh on that bone's node.
+TEST(GltfAgreement, OfSkinnedHandsAndAMorphedHead)
 {
     Robot robot;
-    const std::vector<Pose> poses = SomePoses(robot);
-    Records records(robot);
-    for (const Pose& pose : poses)
-        records.AddPose(pose.time, pose.locals);
-    std::vector<gltf::Node> nodes;
-    std::vector<GltfMesh> meshes;
+    auto& meshes = robot.scene.weightedMeshes;
     for (const char* name : {"Hand.L", "Hand.R"})
     {
-        const gltf::Node node = nodes.emplace_back(robot.NodeAt(robot.PlaceOfMesh(name)));
-        const GltfMesh& from = meshes.emplace_back(robot.MeshAt(node.mesh.value()));
-        EXPECT_GT(from.positions.size(), 500u);
-        TEV2_WEIGHTED_MESH& mesh =
-            *records.scene.weightedMeshes.emplace_back(std::make_unique<TEV2_WEIGHTED_MESH>());
-        Convert(from, *mesh.vertices, mesh.targets);
-        mesh.skin->influences = 4;
-        mesh.skin->boneIndices = from.joints;
-        mesh.skin->weights.assign(from.weights.begin(), from.weights.end());
-        mesh.skin->bones = robot.JointsOf(node.skin.value());
-        for (const Affine& matrix : robot.InverseBindMatricesOf(node.skin.value()))
-            mesh.skin->bindMatrices.push_back(Swapped(matrix));
+        TEV2_WEIGHTED_MESH& hand = *meshes.emplace_back(std::make_unique<TEV2_WEIGHTED_MESH>());
+        robot.ReadVertices(robot.PlaceOfMesh(name), *hand.vertices, hand.targets);
+        robot.ReadSkin(robot.PlaceOfMesh(name), *hand.skin);
+        EXPECT_GT(hand.vertices->positions.size(), 500u);
     }
+    TEV2_WEIGHTED_MESH& head = *meshes.emplace_back(std::make_unique<TEV2_WEIGHTED_MESH>());
+    TEV2_MORPH_MESH& morphed = *robot.scene.morphMeshes.emplace_back(std::make_unique<TEV2_MORPH_MESH>());
+    const std::uint32_t place = robot.PlaceOfMesh("Head");
+    robot.ReadVertices(place, *head.vertices, head.targets);
+    robot.ReadVertices(place, *morphed.vertices, morphed.targets);
+    ASSERT_EQ(head.targets.size(), 3u);
+    for (auto* const targets : {&head.targets, &morphed.targets})
+        for (std::size_t target = 0; target < targets->size(); ++target)
+        {
+            auto track = std::make_unique<TEV2_ANIMATABLE_FLOAT32_LINEAR>();
+            for (std::size_t pose = 0; pose < robot.poses.size(); ++pose)
+                track->Append(Robot::TimeOf(pose), static_cast<float>(WeightOf(target, pose)));
+            (*targets)[target].track = std::move(track);
+        }
+    const std::vector<std::uint32_t> zeros(head.vertices->positions.size(), 0);
+    const std::vector<float> ones(zeros.size(), 1.0f);
+    head.skin->influences = 1;
+    head.skin->boneIndices = zeros;
+    head.skin->weights = ones;
+    head.skin->bones = {place};
+    head.skin->bindMatrices.resize(1); // the head's own axes
 
-    const auto loaded = LoadImageOf(SceneImage(records.scene));
+    const auto loaded = LoadImageOf(SceneImage(robot.scene));
     ASSERT_TRUE(loaded->loaded);
     ASSERT_FALSE(loaded->scene.HasKeptBodies());
-    for (const Pose& pose : poses)
+    for (std::size_t pose = 0; pose < robot.poses.size(); ++pose)
     {
-        loaded->scene.SetTime(pose.time);
-        const std::vector<Affine> worlds = robot.Worlds(pose.locals);
+        SCOPED_TRACE(pose);
+        loaded->scene.SetTime(Robot::TimeOf(pose));
+        std::vector<Vector> expected;
+        std::vector<TEV2_VECTOR_3> found;
         for (std::size_t index = 0; index < meshes.size(); ++index)
         {
-            std::vector<Affine> palette = robot.InverseBindMatricesOf(nodes[index].skin.value());
-            const std::vector<std::uint32_t> joints = robot.JointsOf(nodes[index].skin.value());
-            for (std::size_t joint = 0; joint < palette.size(); ++joint)
-                palette[joint] = worlds[joints[joint]] * palette[joint];
-            std::vector<TEV2_VECTOR_3> found(meshes[index].positions.size());
+            expected = Expected(*meshes[index], robot, pose);
+            found.resize(expected.size());
             SkinVertices(*loaded->scene.weightedMeshes[index], {.positions = found});
-            Distance distance;
-            distance.Add(found, GltfSkinned(meshes[index], palette));
-            EXPECT_LE(distance.largest, kAgreement * distance.size) << pose.time;
+            ExpectNear(found, expected);
         }
-    }
-}
-
-/// The head, a mesh with three targets on a bone: as a morph mesh on that bone's node, and as a mesh with one bone.
-TEST(GltfAgreement, OfAMorphedHead)
-{
-    Robot robot;
-    const std::vector<Pose> poses = SomePoses(robot);
-    const std::size_t place = robot.PlaceOfMesh("Head");
-    Records records(robot);
-    const GltfMesh head = robot.MeshAt(robot.NodeAt(place).mesh.value());
-    ASSERT_EQ(head.targets.size(), 3u);
-    TEV2_MORPH_MESH& morphed = *records.scene.morphMeshes.emplace_back(std::make_unique<TEV2_MORPH_MESH>());
-    TEV2_WEIGHTED_MESH& skinned =
-        *records.scene.weightedMeshes.emplace_back(std::make_unique<TEV2_WEIGHTED_MESH>());
-    Convert(head, *morphed.vertices, morphed.targets);
-    Convert(head, *skinned.vertices, skinned.targets);
-    skinned.skin->influences = 1;
-    skinned.skin->boneIndices.assign(head.positions.size(), 0);
-    skinned.skin->weights.assign(head.positions.size(), 1.0f);
-    skinned.skin->bones = {static_cast<std::uint32_t>(place)};
-    skinned.skin->bindMatrices.resize(1); // the head's own axes
-    // Exact in single precision: below 0, above 1, and each target alone.
-    const auto weight = [](std::size_t pose, std::size_t target)
-    { return pose == target ? 1.0 : 0.25 * static_cast<double>((pose * 5 + target * 3) % 7) - 0.5; };
-    for (std::size_t pose = 0; pose < poses.size(); ++pose)
-    {
-        records.AddPose(poses[pose].time, poses[pose].locals);
-        for (std::size_t target = 0; target < head.targets.size(); ++target)
-            for (const auto& track :
-                 {morphed.targets[target].track.get(), skinned.targets[target].track.get()})
-                dynamic_cast<TEV2_ANIMATABLE_FLOAT32_LINEAR&>(*track).Append(
-                    poses[pose].time, static_cast<float>(weight(pose, target)));
-    }
-
-    const auto loaded = LoadImageOf(SceneImage(records.scene));
-    ASSERT_TRUE(loaded->loaded);
-    ASSERT_FALSE(loaded->scene.HasKeptBodies());
-    for (std::size_t pose = 0; pose < poses.size(); ++pose)
-    {
-        loaded->scene.SetTime(poses[pose].time);
-        const Affine world = robot.Worlds(poses[pose].locals)[place];
-        std::vector<Vector> expected = head.positions;
-        for (std::size_t vertex = 0; vertex < expected.size(); ++vertex)
-        {
-            for (std::size_t target = 0; target < head.targets.size(); ++target)
-                for (std::size_t axis = 0; axis < 3; ++axis)
-                    expected[vertex][axis] += weight(pose, target) * head.targets[target][vertex][axis];
-            expected[vertex] = world * expected[vertex];
-        }
-        std::vector<TEV2_VECTOR_3> found(head.positions.size());
-        SkinVertices(*loaded->scene.weightedMeshes[0], {.positions = found});
-        Distance distance;
-        distance.Add(found, expected);
-
         MorphVertices(*loaded->scene.morphMeshes[0], {.positions = found});
         const std::vector<TEV2_MATRIX_3X4> node{loaded->scene.matrixHierarchy.nodes[place].worldMatrix};
-        const std::vector<std::uint32_t> bones(found.size(), 0);
-        const std::vector<float> ones(found.size(), 1.0f);
-        SkinVertices({.positions = found}, {1, bones, ones, node}, {.positions = found});
-        distance.Add(found, expected);
-        EXPECT_LE(distance.largest, kAgreement * distance.size) << pose;
+        SkinVertices({.positions = found}, {1, zeros, ones, node}, {.positions = found});
+        ExpectNear(found, expected);
     }
 }
 
