@@ -101,6 +101,19 @@ TYPED_TEST(EveryMesh, MovesItsVisibilityAndBounds)
     }
 }
 
+/// Expects that a load keeps this body for this reason.
+template <typename Mesh>
+void ExpectKept(const std::vector<std::uint8_t>& bytes, const std::string& finding)
+{
+    Mesh mesh;
+    FillMesh(mesh);
+    EXPECT_EQ(LoadBodyOf(mesh, bytes), finding);
+    EXPECT_FALSE(mesh.IsTyped()) << finding;
+    EXPECT_EQ(mesh.name, Wide(u"m"));
+    ExpectAsConstructed(mesh);
+    EXPECT_EQ(SavedBytes(mesh), bytes) << finding;
+}
+
 /// Spoils a mesh and expects that its save is false for this reason, and that a load of what it wrote keeps the body.
 template <typename Mesh>
 void ExpectKept(void (*spoil)(Mesh& mesh), const std::string& finding)
@@ -114,93 +127,57 @@ void ExpectKept(void (*spoil)(Mesh& mesh), const std::string& finding)
             EXPECT_FALSE(mesh.Save(writer)) << finding;
             EXPECT_EQ(writer.refusal.field, finding.substr(0, finding.find(": ")));
         });
-    EXPECT_EQ(LoadBodyOf(mesh, bytes), finding);
-    EXPECT_FALSE(mesh.IsTyped()) << finding;
-    ExpectAsConstructed(mesh);
-    EXPECT_EQ(SavedBytes(mesh), bytes) << finding;
+    ExpectKept<Mesh>(bytes, finding);
 }
 
 TEST(Meshes, AreKeptWhereIndicesLeadOutOfThem)
 {
-    ExpectKept<TEV2_RIGID>(
-        [](auto& mesh) {
-            mesh.subObjects[1].triangles[1] = {0, 3, 1};
-        },
-        "subObjects[1].triangles[1]: below 3, 3");
-    ExpectKept<TEV2_RIGID>([](auto& mesh) { *mesh.vertices = {}; }, "subObjects[0].triangles[0]: below 0, 2");
-    ExpectKept<TEV2_ANIM_MESH>(
-        [](auto& mesh) {
-            mesh.subObjects[0].triangles[0] = {0, 1, 0xFFFFFFFFu};
-        },
-        "subObjects[0].triangles[0]: below 3, 4294967295");
-    ExpectKept<TEV2_MORPH_MESH>(
-        [](auto& mesh) {
-            mesh.subObjects[1].triangles[0] = {3, 4, 0};
+    using Rigid = TEV2_RIGID;
+    using Anim = TEV2_ANIM_MESH;
+    using Morph = TEV2_MORPH_MESH;
+    using Weighted = TEV2_WEIGHTED_MESH;
+    ExpectKept<Rigid>([](auto& m) { m.subObjects[1].triangles[1][1] = 3; },
+                      "subObjects[1].triangles[1]: below 3, 3");
+    ExpectKept<Rigid>([](auto& m) { *m.vertices = {}; }, "subObjects[0].triangles[0]: below 0, 2");
+    ExpectKept<Anim>([](auto& m) { m.subObjects[0].triangles[0][2] = 0xFFFFFFFFu; },
+                     "subObjects[0].triangles[0]: below 3, 4294967295");
+    ExpectKept<Morph>(
+        [](auto& m) {
+            m.subObjects[1].triangles[0] = TEV2_TRIANGLE{3, 4, 0};
         },
         "subObjects[1].triangles[0]: below 3, 4");
-    ExpectKept<TEV2_MORPH_MESH>(
-        [](auto& mesh) {
-            mesh.targets[0].offsets.vertices = {1, 1};
-        },
-        "targets[0].offsets.vertices[1]: above 1, 1");
-    ExpectKept<TEV2_MORPH_MESH>(
-        [](auto& mesh) {
-            mesh.targets[0].offsets.vertices = {9, 1};
-        },
-        "targets[0].offsets.vertices[1]: above 9, 1");
-    ExpectKept<TEV2_MORPH_MESH>(
-        [](auto& mesh) {
-            mesh.targets[0].offsets.vertices = {2, 3};
-        },
-        "targets[0].offsets.vertices[1]: below 3, 3");
-    ExpectKept<TEV2_WEIGHTED_MESH>(
-        [](auto& mesh) {
-            mesh.subObjects[0].triangles[0] = {3, 0, 0};
-        },
-        "subObjects[0].triangles[0]: below 3, 3");
-    ExpectKept<TEV2_WEIGHTED_MESH>([](auto& mesh) { mesh.skin->boneIndices[4] = 2; },
-                                   "skin.boneIndices[4]: below 2, 2");
-    ExpectKept<TEV2_WEIGHTED_MESH>([](auto& mesh) { mesh.skin->bones = {}; },
-                                   "skin.boneIndices[0]: below 0, 0");
-    ExpectKept<TEV2_WEIGHTED_MESH>([](auto& mesh) { mesh.skin->bindMatrices.resize(1); },
-                                   "skin.bindMatrices: none or 2, 1");
-    ExpectKept<TEV2_WEIGHTED_MESH>(
-        [](auto& mesh) {
-            mesh.targets[0].offsets.vertices = {0, 3};
-        },
-        "targets[0].offsets.vertices[1]: below 3, 3");
+    ExpectKept<Morph>([](auto& m) { m.targets[0].offsets.vertices[1] = 0; },
+                      "targets[0].offsets.vertices[1]: above 0, 0");
+    ExpectKept<Morph>([](auto& m) { m.targets[0].offsets.vertices[0] = 9; },
+                      "targets[0].offsets.vertices[1]: above 9, 2");
+    ExpectKept<Morph>([](auto& m) { m.targets[0].offsets.vertices[1] = 3; },
+                      "targets[0].offsets.vertices[1]: below 3, 3");
+    ExpectKept<Weighted>([](auto& m) { m.subObjects[0].triangles[0][0] = 3; },
+                         "subObjects[0].triangles[0]: below 3, 3");
+    ExpectKept<Weighted>([](auto& m) { m.skin->boneIndices[4] = 2; }, "skin.boneIndices[4]: below 2, 2");
+    ExpectKept<Weighted>([](auto& m) { m.skin->bones = {}; }, "skin.boneIndices[0]: below 0, 0");
+    ExpectKept<Weighted>([](auto& m) { m.skin->bindMatrices.resize(1); }, "skin.bindMatrices: none or 2, 1");
+    ExpectKept<Weighted>([](auto& m) { m.targets[0].offsets.vertices[1] = 3; },
+                         "targets[0].offsets.vertices[1]: below 3, 3");
 }
 
 TEST(Meshes, AreKeptWhereNumbersAreNotOfTheLayout)
 {
-    struct Case
-    {
-        const char* finding;
-        std::size_t offset;
-        std::uint32_t word;
-    };
-    TEV2_WEIGHTED_MESH mesh;
+    const std::vector<std::uint8_t> whole = BytesOf(TEV2_WEIGHTED_MESH()).data;
     const std::size_t head = HeadBytes().data.size();
     const std::size_t skin = head + VertexBytes().data.size();
     const std::size_t normals = head + 4 + 4 + 48 + 4 + 48 + 36;
-    const std::vector<std::uint8_t> whole = BytesOf(mesh).data;
-    const std::size_t past_count = whole.size() - head - 4;
-    const std::string most_vertices = "at most " + std::to_string(past_count / 12);
-    const std::string too_many = "vertices: " + most_vertices + ", 4294967295";
-    const Case cases[] = {
-        {too_many.c_str(), head, 0xFFFFFFFFu},
-        {"vertices.colours: at most 64, 65", head + 4, 65},
-        {"vertices.normals: 0 or 1, 2", normals, 2},
-        {"skin.influences: at most 64, 65", skin, 65},
-    };
-    for (const Case& item : cases)
+    const std::string most_vertices = std::to_string((whole.size() - head - 4) / 12);
+    const auto expect_kept = [&](std::size_t offset, std::uint32_t word, const std::string& finding)
     {
         std::vector<std::uint8_t> bytes = whole;
-        SetWordAt(bytes, item.offset, item.word);
-        EXPECT_EQ(LoadBodyOf(mesh, bytes), item.finding);
-        EXPECT_FALSE(mesh.IsTyped()) << item.finding;
-        EXPECT_EQ(SavedBytes(mesh), bytes) << item.finding;
-    }
+        SetWordAt(bytes, offset, word);
+        ExpectKept<TEV2_WEIGHTED_MESH>(bytes, finding);
+    };
+    expect_kept(head, 0xFFFFFFFFu, "vertices: at most " + most_vertices + ", 4294967295");
+    expect_kept(head + 4, 65, "vertices.colours: at most 64, 65");
+    expect_kept(normals, 2, "vertices.normals: 0 or 1, 2");
+    expect_kept(skin, 65, "skin.influences: at most 64, 65");
 }
 
 TEST(Meshes, WithColumnsOfOtherLengthsAreNotSaved)

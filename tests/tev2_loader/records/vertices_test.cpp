@@ -75,45 +75,34 @@ TEST(Vertex, OfAnAnimMeshIsItsTracksAndMovesThem)
     EXPECT_EQ(vertex.tracks.normal->GetValue(), (TEV2_VECTOR_3{2.5f, 3.5f, 4.5f}));
 }
 
-TEST(Vertices, AreGivenOutAndTakenBack)
+template <typename Mesh>
+void ExpectGivenOutAndTakenBack()
 {
-    TEV2_RIGID from;
+    Mesh from;
     FillMesh(from);
-    TEV2_RIGID to;
+    Mesh to;
+    if constexpr (requires { to.targets; })
+        FillTargets(to.targets);
+    if constexpr (std::is_same_v<Mesh, TEV2_MORPH_MESH>)
+        to.targets[0].offsets = {};
+    if constexpr (std::is_same_v<Mesh, TEV2_WEIGHTED_MESH>)
+    {
+        to.skin->bones = from.skin->bones;
+        to.skin->bindMatrices = from.skin->bindMatrices;
+    }
     for (std::size_t index = 0; index < 3; ++index)
         to.Append(from.Vertex(index));
+    to.SetVertex(1, from.Vertex(1));
     FillHead(to);
     EXPECT_EQ(SavedBytes(to), BytesOf(from).data);
+}
 
-    TEV2_ANIM_MESH anim;
-    FillMesh(anim);
-    TEV2_ANIM_MESH animTo;
-    for (std::size_t index = 0; index < 3; ++index)
-        animTo.Append(anim.Vertex(index));
-    FillHead(animTo);
-    animTo.SetVertex(1, anim.Vertex(1));
-    EXPECT_EQ(SavedBytes(animTo), BytesOf(anim).data);
-
-    TEV2_MORPH_MESH morph;
-    FillMesh(morph);
-    TEV2_MORPH_MESH morphTo;
-    FillTargets(morphTo.targets);
-    morphTo.targets[0].offsets = {};
-    for (std::size_t index = 0; index < 3; ++index)
-        morphTo.Append(morph.Vertex(index));
-    FillHead(morphTo);
-    EXPECT_EQ(SavedBytes(morphTo), BytesOf(morph).data);
-
-    TEV2_WEIGHTED_MESH weighted;
-    FillMesh(weighted);
-    TEV2_WEIGHTED_MESH weightedTo;
-    weightedTo.skin->bones = weighted.skin->bones;
-    weightedTo.skin->bindMatrices = weighted.skin->bindMatrices;
-    FillTargets(weightedTo.targets);
-    for (std::size_t index = 0; index < 3; ++index)
-        weightedTo.Append(weighted.Vertex(index));
-    FillHead(weightedTo);
-    EXPECT_EQ(SavedBytes(weightedTo), BytesOf(weighted).data);
+TEST(Vertices, AreGivenOutAndTakenBack)
+{
+    ExpectGivenOutAndTakenBack<TEV2_RIGID>();
+    ExpectGivenOutAndTakenBack<TEV2_ANIM_MESH>();
+    ExpectGivenOutAndTakenBack<TEV2_MORPH_MESH>();
+    ExpectGivenOutAndTakenBack<TEV2_WEIGHTED_MESH>();
 }
 
 TEST(Vertices, ThatHaveMoreThanTheOthersMakeColumns)
