@@ -20,10 +20,8 @@ struct Chunk
     Bytes prefix;
     std::vector<std::uint8_t> body;
 
-    Bytes In(float version) const
-    {
-        return FileOfVersion(version).Chunk(id, Bytes(prefix).Append(Bytes(body)));
-    }
+    Bytes In(float version) const { return FileOfVersion(version).Append(Whole()); }
+    Bytes Whole() const { return Bytes().Chunk(id, Bytes(prefix).Append(Bytes(body))); }
 };
 
 bool IsPrefixed(std::uint32_t id)
@@ -51,28 +49,6 @@ std::vector<Chunk> BodiesOf(const std::vector<std::uint8_t>& image)
     return chunks;
 }
 
-/// What comes of a chunk that is loaded in a file of a version and saved.
-struct Outcome
-{
-    std::vector<TEV2_LOAD_FINDING> findings;
-    bool saved = false;
-    Chunk chunk;
-};
-
-Outcome Pass(const Chunk& chunk, float version)
-{
-    const auto loaded = LoadImageOf(chunk.In(version).data);
-    EXPECT_TRUE(loaded->loaded);
-    Outcome outcome{.findings = loaded->report.findings, .saved = false, .chunk = {}};
-    const auto image =
-        WrittenBy([&](TEV2_FILE_WRITER& writer) { outcome.saved = loaded->scene.Save(writer); });
-    const std::vector<Chunk> chunks = BodiesOf(image);
-    EXPECT_EQ(chunks.size(), 1u);
-    if (!chunks.empty())
-        outcome.chunk = chunks.front();
-    return outcome;
-}
-
 /// Expects that a body that cannot be typed passes as it is: in the newest version it is saved, in an older one it is
 /// saved where the placed object in front of it was read, which leaves no bytes of another version.
 void ExpectKept(const Chunk& chunk)
@@ -81,18 +57,19 @@ void ExpectKept(const Chunk& chunk)
     {
         SCOPED_TRACE(testing::Message() << ChunkTitle(chunk.id) << " of version " << version << ", "
                                         << chunk.body.size() << " bytes");
-        const Outcome outcome = Pass(chunk, version);
-        ASSERT_EQ(outcome.findings.size(), 1u);
-        EXPECT_EQ(outcome.findings[0].code,
+        const auto outcome = LoadImageOf(chunk.In(version).data);
+        ASSERT_TRUE(outcome->loaded);
+        ASSERT_EQ(outcome->report.findings.size(), 1u);
+        EXPECT_EQ(outcome->report.findings[0].code,
                   version == kVersion ? TEV2_LOAD_CODE::BodyKept : TEV2_LOAD_CODE::UnparsedOtherVersion);
         TEV2_POSITIONAL_OBJECT placed;
         TEV2_MEMORY_CURSOR cursor(chunk.body.data(), chunk.body.size());
         const bool has_placed = placed.Load(cursor, version) && !cursor.Failed();
-        EXPECT_TRUE(outcome.saved || version != kVersion);
-        EXPECT_FALSE(outcome.saved && version != kVersion && !has_placed);
-        EXPECT_EQ(outcome.chunk.id, chunk.id);
-        EXPECT_EQ(outcome.chunk.prefix.data, chunk.prefix.data);
-        EXPECT_EQ(outcome.chunk.body, chunk.body);
+        bool saved = false;
+        const auto image = WrittenBy([&](TEV2_FILE_WRITER& writer) { saved = outcome->scene.Save(writer); });
+        EXPECT_TRUE(saved || version != kVersion);
+        EXPECT_FALSE(saved && version != kVersion && !has_placed);
+        EXPECT_FALSE(std::ranges::search(image, chunk.Whole().data).empty());
     }
 }
 
@@ -111,7 +88,7 @@ TEST(KeptBodies, OfEveryKindAreSavedAsTheyWere)
     std::set<std::uint32_t> typed;
     for (const Chunk& sample : SampleBodies())
     {
-        EXPECT_TRUE(Pass(sample, kVersion).findings.empty());
+        EXPECT_TRUE(LoadImageOf(sample.In(kVersion).data)->report.findings.empty());
         typed.insert(sample.id);
         Chunk damaged = sample;
         damaged.body.push_back(0);
