@@ -84,9 +84,7 @@ TEST(File, NamesWhatItRefusesAndWhatItLeavesOut)
     scene.rigids.push_back(Filled<TEV2_RIGID>());
     TEV2_SAVE_REPORT report;
     EXPECT_TRUE(SaveFile(scene, folder.Path("whole.tv2"), &report));
-    EXPECT_TRUE(report.refused.empty());
-    EXPECT_TRUE(report.ignored.empty());
-
+    EXPECT_TRUE(report.refused.empty() && report.ignored.empty());
     const struct
     {
         std::function<void()> spoil;
@@ -114,6 +112,19 @@ TEST(File, NamesWhatItRefusesAndWhatItLeavesOut)
              scene.materials.push_back(std::move(material));
          },
          "materials[0] \"Glass\", maps: missing"},
+        {[&]
+         {
+             scene.materials[0] = Filled<TEV2_SHADER_MATERIAL>();
+             static_cast<TEV2_SHADER_MATERIAL&>(*scene.materials[0]).maps[0]->Keep({1});
+         },
+         "materials[0] \"Glass\", maps: kept as bytes"},
+        {[&]
+         {
+             scene.materials.clear();
+             scene.helpers.push_back(Filled<TEV2_HELPER>());
+             scene.helpers[0]->shape = static_cast<TEV2_HELPER_SHAPE>(2);
+         },
+         "helpers[0] \"Door\", shape: not among the choices"},
     };
     for (const auto& item : cases)
     {

@@ -58,9 +58,11 @@ public:
     }
 
     template <ChoiceEnum Enum>
-    void Choice(const char* /*label*/, Enum choice, Counts counts = Counts::kBoth)
+    void Choice(const char* label, Enum choice, Counts counts = Counts::kBoth)
     {
-        Count(counts, Write(static_cast<std::uint32_t>(choice)));
+        const auto number = static_cast<std::uint32_t>(choice);
+        Count(counts, Write(number));
+        Require(number < kChoiceCount<Enum>, label, "not among the choices");
     }
 
     void Layout() { Count(Counts::kBoth, Write(kLayout)); }
@@ -119,12 +121,14 @@ public:
         Typed(label, object, counts);
     }
 
-    /// An object that is missing does not count as written.
+    /// An object that is missing does not count as written, nor does one that is kept as bytes: what it is in would be
+    /// kept, too, when it is loaded.
     template <typename Object>
     void Typed(const char* label, const std::unique_ptr<Object>& object, Counts counts = Counts::kBoth)
     {
-        Count(counts, Write(object ? object->GetType() : kNone));
-        Count(counts, object ? object->Save(writer_) : writer_.Refuse(label, "missing"));
+        WriteTyped(label, object, counts);
+        if constexpr (requires { object->IsTyped(); })
+            Require(!object || object->IsTyped(), label, "kept as bytes");
     }
 
     template <typename Object>
@@ -172,7 +176,9 @@ public:
     template <typename Object>
     void Map(const char* label, const std::unique_ptr<Object>& map, Counts counts = Counts::kBoth)
     {
-        Track(label, map, counts);
+        Count(counts, Write(std::uint32_t{map != nullptr}));
+        if (map)
+            WriteTyped(label, map, counts);
     }
 
     template <typename Matrix>
@@ -240,6 +246,14 @@ private:
     }
 
     void Count(Counts counts, bool written) { result_ &= written || !InSave(counts); }
+
+    /// The type and the record of an object.
+    template <typename Object>
+    void WriteTyped(const char* label, const std::unique_ptr<Object>& object, Counts counts)
+    {
+        Count(counts, Write(object ? object->GetType() : kNone));
+        Count(counts, object ? object->Save(writer_) : writer_.Refuse(label, "missing"));
+    }
 
     template <typename Element>
     bool WriteCount(const std::vector<Element>& elements)

@@ -55,6 +55,8 @@ public:
 
     /// The triangles of all sub-objects, one after another.
     std::size_t TriangleCount() const;
+
+    /// A triangle below TriangleCount().
     TEV2_CARD32_TRIPLE Triangle(std::size_t index) const;
 
 protected:

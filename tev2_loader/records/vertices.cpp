@@ -263,15 +263,16 @@ void TEV2_TARGET_VERTICES::Remove(std::uint32_t vertex)
 
 std::size_t TEV2_SKIN::EntryCount(std::size_t vertices, std::size_t influences)
 {
-    constexpr std::size_t kMost = std::numeric_limits<std::size_t>::max();
-    return influences != 0 && vertices > kMost / influences ? kMost : vertices * influences;
+    constexpr std::size_t kMost = std::numeric_limits<std::size_t>::max() / kMostColumns;
+    return influences > kMostColumns ? 0 : std::min(vertices, kMost) * influences;
 }
 
 std::vector<TEV2_BONE_WEIGHT_DATA> TEV2_SKIN::Weights(std::size_t vertex) const
 {
     std::vector<TEV2_BONE_WEIGHT_DATA> entries;
-    entries.reserve(influences);
-    for (std::size_t entry = vertex * influences; entry < (vertex + 1) * influences; ++entry)
+    const std::size_t count = EntryCount(1, influences);
+    entries.reserve(count);
+    for (std::size_t entry = vertex * count; entry < (vertex + 1) * count; ++entry)
         entries.emplace_back(At(boneIndices, entry), At(weights, entry));
     return entries;
 }

@@ -324,7 +324,7 @@ struct TEV2_SKIN
 private:
     void Widen(std::uint32_t wider, std::size_t vertexCount);
 
-    /// The product, or as much as fits: no image holds that.
+    /// The product, or as much as fits: no image holds that. 0 for more influences than can be read back.
     static std::size_t EntryCount(std::size_t vertices, std::size_t influences);
 };
 
