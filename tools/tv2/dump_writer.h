@@ -26,7 +26,7 @@ public:
     explicit NumberTable(const std::vector<Element>& elements)
         : bytes_(reinterpret_cast<const char*>(elements.data())),
           count_(elements.size()),
-          width_(sizeof(Element) / sizeof(float)),
+          width_(sizeof(Element) / kNumberBytes),
           whole_(kWhole<Element>)
     {
     }
@@ -41,6 +41,8 @@ public:
     float Float(std::size_t element, std::size_t component) const { return Read<float>(element, component); }
 
 private:
+    static constexpr std::size_t kNumberBytes = 4;
+
     template <typename Element>
     static constexpr bool kWhole = []
     {
