@@ -80,8 +80,8 @@ private:
     std::minstd_rand random_;
 };
 
-/// Mutations of the body of a record from `begin` to `end` of an input: mostly of its words, which stand at even places
-/// since texts take two bytes a unit.
+/// Mutations of the body of a record from `begin` to `end` of an input: mostly of its 4-byte words, which begin at
+/// even offsets because text units take two bytes.
 class Body
 {
 public:

@@ -74,7 +74,7 @@ public:
         cursor.Fail(TEV2_LOAD_CODE::BodyKept, "a type that has a class", std::to_string(type), sizeof type);
     }
 
-    /// Whether the body was read and ends so many bytes before the end of its chunk; if so the outer cursor continues
+    /// Whether the body was read and ends `bytes` before the end of its chunk; if so, the outer cursor continues
     /// there.
     bool EndsBefore(std::size_t bytes)
     {

@@ -23,7 +23,7 @@ constexpr double kMostSeconds = 1.0;
 constexpr std::size_t kAllocationFactor = 4;
 constexpr std::size_t kAllocationRest = std::size_t{1} << 20;
 
-/// One place in so many is tried, unless all are asked for. Prime, so that every byte of 4-byte numbers is hit.
+/// Every kShare-th offset is damaged unless a test asks for all. Prime, so that each byte of a 4-byte number is hit.
 constexpr std::size_t kShare = 7;
 constexpr std::size_t kShareOfLargeFiles = 41;
 

@@ -31,14 +31,14 @@ struct DenseBody
 /// A file of the newest version without records.
 Bytes Current();
 
-/// As many of something small as make so many bytes.
+/// Copies of `one`, at least `size` bytes in all.
 Bytes Many(std::size_t size, const Bytes& one);
 
 /// A node without tracks.
 Bytes Node(std::uint32_t parent);
 
-/// Files of about so many bytes: of many chunks or many elements outside of bodies; of the smallest chunks of
-/// each kind that may be kept, and bodies with many elements.
+/// Files of about `size` bytes. DenseFiles: many chunks, or many elements outside bodies. DenseChunks: the smallest
+/// chunks of each kind that can be kept. DenseBodies: bodies with many elements.
 std::vector<DenseFile> DenseFiles(std::size_t size);
 std::vector<DenseFile> DenseChunks(std::size_t size);
 std::vector<DenseBody> DenseBodies(std::size_t size);
