@@ -80,9 +80,10 @@ TEST(Mutator, StaysInItsRoom)
         ++files;
         std::ifstream stream(entry.path(), std::ios::binary);
         const Bytes whole(std::istreambuf_iterator<char>(stream), {});
-        for (const std::size_t size : {std::size_t{0}, std::size_t{3}, std::size_t{4}, std::size_t{12},
-                                       whole.size() / 2, whole.size()})
+        for (const std::size_t cut : {std::size_t{0}, std::size_t{3}, std::size_t{4}, std::size_t{12},
+                                      whole.size() / 2, whole.size()})
         {
+            const std::size_t size = std::min(cut, whole.size());
             const Bytes file(whole.begin(), whole.begin() + static_cast<std::ptrdiff_t>(size));
             for (const std::size_t room : {0u, 1u, 7u, 8u, 100u, 5000u})
             {
