@@ -60,6 +60,15 @@ struct PlainFloat4
         return {{a * e, b * f, c * g, d * h}};
     }
 
+    /// A bit for each lane in which left is above right.
+    static unsigned Above(const PlainFloat4& left, const PlainFloat4& right)
+    {
+        unsigned above = 0;
+        for (unsigned lane = 0; lane < 4; ++lane)
+            above |= left.lanes[lane] > right.lanes[lane] ? 1u << lane : 0u;
+        return above;
+    }
+
     /// Floats a and b of left, c and d of right.
     template <int a, int b, int c, int d>
     static PlainFloat4 Picked(const PlainFloat4& left, const PlainFloat4& right)
@@ -108,6 +117,11 @@ struct SseFloat4
     friend SseFloat4 operator*(SseFloat4 left, SseFloat4 right)
     {
         return {_mm_mul_ps(left.lanes, right.lanes)};
+    }
+
+    static unsigned Above(SseFloat4 left, SseFloat4 right)
+    {
+        return static_cast<unsigned>(_mm_movemask_ps(_mm_cmpgt_ps(left.lanes, right.lanes)));
     }
 
     template <int a, int b, int c, int d>

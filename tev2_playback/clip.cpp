@@ -1,0 +1,33 @@
+#include "tev2_playback/clip.h"
+
+#include "tev2_playback/detail/clip_builder.h"
+#include "tev2_playback/detail/clip_data.h"
+#include "tev2_playback/detail/scene_source.h"
+
+namespace TEV2_PLAYBACK
+{
+
+using namespace TEV2_LOADER;
+
+Clip::Clip(const TEV2& scene, const ClipOptions& options)
+    : block_(BuildClip(SourceOf(scene),
+                       options.memory != nullptr ? options.memory : std::pmr::new_delete_resource()))
+{
+}
+
+std::size_t Clip::NodeCount() const
+{
+    return Data().skeleton.parents.size();
+}
+
+int Clip::Parent(std::size_t node) const
+{
+    return Data().skeleton.parents[node];
+}
+
+TEV2_FLOAT32_RANGE Clip::TimeRange() const
+{
+    return {Data().begin, Data().end};
+}
+
+} // namespace TEV2_PLAYBACK

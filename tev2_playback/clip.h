@@ -1,0 +1,50 @@
+#pragma once
+
+#include "tev2_loader/tev2.h"
+#include "tev2_playback/detail/block.h"
+
+#include <cstddef>
+#include <memory_resource>
+
+namespace TEV2_PLAYBACK
+{
+
+struct ClipData;
+
+struct ClipOptions
+{
+    /// Where the clip takes its memory, in one piece; not owned. Null: operator new.
+    std::pmr::memory_resource* memory = nullptr;
+};
+
+/// The animation of a scene, laid out for playing: what moves, and when. Never changes, so any number of players on any
+/// threads may play it.
+class Clip
+{
+public:
+    /// A clip without nodes.
+    Clip() : Clip(TEV2_LOADER::TEV2()) {}
+
+    /// The clip of a scene, which is not needed afterwards.
+    explicit Clip(const TEV2_LOADER::TEV2& scene, const ClipOptions& options = {});
+
+    std::size_t NodeCount() const;
+
+    /// -1 for a node at top level.
+    int Parent(std::size_t node) const;
+
+    /// Seconds.
+    TEV2_LOADER::TEV2_FLOAT32_RANGE TimeRange() const;
+
+    /// Bytes of memory.
+    std::size_t Size() const { return block_.Size(); }
+
+private:
+    friend class Player;
+
+    const ClipData& Data() const { return *reinterpret_cast<const ClipData*>(block_.Begin()); }
+
+    Block block_;
+};
+
+} // namespace TEV2_PLAYBACK

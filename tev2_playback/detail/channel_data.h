@@ -1,0 +1,19 @@
+#pragma once
+
+#include <cstdint>
+
+namespace TEV2_PLAYBACK
+{
+
+inline constexpr std::uint32_t kNobody = 0xFFFFFFFFu;
+
+/// A track that is evaluated alone: of properties, of cameras, and of the few nodes that fit into no group.
+struct Channel
+{
+    std::uint32_t kind = 0;        ///< of kTrackKinds
+    std::uint32_t clock = kNobody; ///< none: the cursor stays at the first key
+    std::uint32_t values = 0;      ///< the first, in the words of all channels
+    std::uint32_t count = 0;
+};
+
+} // namespace TEV2_PLAYBACK

@@ -1,0 +1,66 @@
+#include "tev2_playback/detail/clip_builder.h"
+
+#include "tev2_playback/detail/skeleton_layout.h"
+
+#include <cstring>
+#include <new>
+
+namespace TEV2_PLAYBACK
+{
+
+namespace
+{
+
+void TakeClocks(const ClockTable& table, BlockPlan& plan, ClipData& data)
+{
+    std::size_t times = 0;
+    for (const ClockTable::Entry& entry : table.Entries())
+        times += entry.times.size();
+    data.times = plan.Take<float>(times);
+    data.clocks = plan.Take<Clock>(table.Entries().size());
+}
+
+void FillClocks(const ClockTable& table, ClipData& data)
+{
+    std::uint32_t first = 0;
+    for (std::size_t clock = 0; clock < data.clocks.size(); ++clock)
+    {
+        const ClockTable::Entry& entry = table.Entries()[clock];
+        const auto count = static_cast<std::uint32_t>(entry.times.size());
+        data.clocks[clock] = {first, count, entry.ascending};
+        std::memcpy(&data.times[first], entry.times.data(), count * sizeof(float));
+        first += count;
+    }
+}
+
+} // namespace
+
+Block BuildClip(const ClipSource& source, std::pmr::memory_resource* memory)
+{
+    ClockTable clocks;
+    const SkeletonLayout skeleton(source, clocks);
+    const std::size_t node_clocks = clocks.Entries().size();
+
+    const auto take = [&](BlockPlan& plan, ClipData& data)
+    {
+        TakeClocks(clocks, plan, data);
+        skeleton.TakeArrays(plan, data.skeleton);
+    };
+    BlockPlan measure;
+    ClipData measured;
+    measure.Take<ClipData>(1);
+    take(measure, measured);
+
+    Block block(measure.Size(), memory);
+    BlockPlan plan(block.Begin());
+    ClipData& data = *new (plan.Take<ClipData>(1).data()) ClipData;
+    take(plan, data);
+    data.begin = source.begin;
+    data.end = source.end;
+    data.nodeClocks = static_cast<std::uint32_t>(node_clocks);
+    FillClocks(clocks, data);
+    skeleton.Fill(data.skeleton);
+    return block;
+}
+
+} // namespace TEV2_PLAYBACK

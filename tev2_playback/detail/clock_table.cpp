@@ -1,0 +1,97 @@
+#include "tev2_playback/detail/clock_table.h"
+
+#include <algorithm>
+#include <cstring>
+#include <utility>
+
+namespace TEV2_PLAYBACK
+{
+
+namespace
+{
+
+/// Entries compared at most before times are taken for new ones: nothing depends on that, and no file is slow.
+constexpr std::size_t kMostProbes = 16;
+
+bool SameBytes(const KeyView<float>& left, const KeyView<float>& right)
+{
+    return left.size() == right.size() &&
+           std::memcmp(left.data(), right.data(), left.size() * sizeof(float)) == 0;
+}
+
+std::uint64_t HashOf(const KeyView<float>& times)
+{
+    constexpr std::uint64_t kPrime = 0x9E3779B97F4A7C15u;
+    const std::size_t size = times.size() * sizeof(float);
+    const auto* const bytes = static_cast<const unsigned char*>(times.data());
+    std::uint64_t hash = size * kPrime;
+    for (std::size_t at = 0; at < size; at += sizeof(std::uint64_t))
+    {
+        std::uint64_t word = 0;
+        std::memcpy(&word, bytes + at, std::min(sizeof word, size - at));
+        hash = (hash ^ word) * kPrime;
+        hash ^= hash >> 29;
+    }
+    return hash;
+}
+
+bool IsAscending(const KeyView<float>& times)
+{
+    float before = times[0];
+    bool ascending = before == before;
+    for (std::size_t key = 1; key < times.size(); ++key)
+    {
+        const float time = times[key];
+        ascending &= before <= time;
+        before = time;
+    }
+    return ascending;
+}
+
+} // namespace
+
+std::uint32_t ClockTable::Add(const KeyView<float>& times)
+{
+    if (!entries_.empty() && SameBytes(entries_[latest_].times, times))
+    {
+        ++entries_[latest_].tracks;
+        return latest_;
+    }
+    if (2 * (entries_.size() + 1) > slots_.size())
+        FillSlots(slots_.empty() ? 16 : 2 * slots_.size());
+    const std::uint64_t hash = HashOf(times);
+    std::size_t slot = hash % slots_.size();
+    for (std::size_t probe = 0; slots_[slot] != 0; ++probe, slot = (slot + 1) % slots_.size())
+    {
+        const std::uint32_t at = slots_[slot] - 1;
+        if (probe < kMostProbes && entries_[at].hash == hash && SameBytes(entries_[at].times, times))
+        {
+            ++entries_[at].tracks;
+            return latest_ = at;
+        }
+    }
+    entries_.push_back({times, hash, 1, IsAscending(times)});
+    latest_ = static_cast<std::uint32_t>(entries_.size() - 1);
+    slots_[slot] = latest_ + 1;
+    return latest_;
+}
+
+void ClockTable::PutFirst(std::uint32_t entry)
+{
+    std::swap(entries_[0], entries_[entry]);
+    FillSlots(slots_.size());
+}
+
+void ClockTable::FillSlots(std::size_t count)
+{
+    slots_.assign(count, 0);
+    for (std::uint32_t entry = 0; entry < entries_.size(); ++entry)
+    {
+        std::size_t slot = entries_[entry].hash % slots_.size();
+        while (slots_[slot] != 0)
+            slot = (slot + 1) % slots_.size();
+        slots_[slot] = entry + 1;
+    }
+}
+
+} // namespace TEV2_PLAYBACK
