@@ -1,7 +1,7 @@
 #pragma once
 
 #include "tev2_loader/tev2.h"
-#include "tev2_playback/detail/block.h"
+#include "tev2_playback/block.h"
 
 #include <cstddef>
 #include <memory_resource>

@@ -1,7 +1,9 @@
 #include "tev2_playback/player.h"
 
+#include "tev2_playback/detail/block_plan.h"
 #include "tev2_playback/detail/clip_data.h"
 #include "tev2_playback/detail/evaluate.h"
+#include "tev2_playback/detail/seek.h"
 
 #include <algorithm>
 
@@ -43,9 +45,9 @@ Player::Player(const Clip& clip, std::pmr::memory_resource* memory)
     BlockPlan plan(block_.Begin());
     const Arrays arrays = TakeArrays(plan, *clip_);
     worlds_ = arrays.worlds;
-    places_ = arrays.places;
+    places_ = arrays.places.data();
     std::ranges::copy(clip_->skeleton.worlds, worlds_.begin());
-    std::ranges::fill(places_, Place());
+    std::ranges::fill(arrays.places, Place());
     SetTime(clip_->begin);
 }
 
@@ -75,7 +77,7 @@ std::span<const TEV2_MATRIX_3X4> Player::World()
     {
         Seek();
         const SkeletonData& skeleton = clip_->skeleton;
-        const Evaluation evaluation(skeleton, places_.data());
+        const Evaluation evaluation(skeleton, places_);
         MatrixSink sink{worlds_.data()};
         const WorldProduct* product = skeleton.products.data();
         for (const Group& group : skeleton.groups)
@@ -98,7 +100,7 @@ void Player::Sample(std::span<Transform> pose)
 {
     Seek();
     std::ranges::copy(clip_->skeleton.transforms, pose.begin());
-    const Evaluation evaluation(clip_->skeleton, places_.data());
+    const Evaluation evaluation(clip_->skeleton, places_);
     TransformSink sink{pose.data()};
     for (const Group& group : clip_->skeleton.groups)
         evaluation.Evaluate(group, sink);

@@ -1,13 +1,14 @@
 #pragma once
 
 #include "tev2_playback/clip.h"
-#include "tev2_playback/detail/seek.h"
 #include "tev2_playback/transform.h"
 
 #include <span>
 
 namespace TEV2_PLAYBACK
 {
+
+struct Place;
 
 /// Plays a clip: one instance of a character at a time of its own. The clip must outlive it. Players of one clip may be
 /// used on any threads, each by one thread at a time. Allocates when it is made or copied, never afterwards.
@@ -37,7 +38,7 @@ private:
     const ClipData* clip_;
     Block block_;
     std::span<TEV2_LOADER::TEV2_MATRIX_3X4> worlds_;
-    std::span<Place> places_;
+    Place* places_ = nullptr; ///< of each clock
     float time_ = 0.0f;
     bool sought_ = false;
     bool has_worlds_ = false;

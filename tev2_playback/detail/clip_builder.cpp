@@ -1,5 +1,6 @@
 #include "tev2_playback/detail/clip_builder.h"
 
+#include "tev2_playback/detail/block_plan.h"
 #include "tev2_playback/detail/skeleton_layout.h"
 
 #include <cstring>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "tev2_playback/detail/block.h"
+#include "tev2_playback/block.h"
 #include "tev2_playback/detail/clip_data.h"
 #include "tev2_playback/detail/clip_source.h"
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "tev2_playback/detail/block.h"
+#include "tev2_playback/detail/block_plan.h"
 #include "tev2_playback/detail/clip_source.h"
 #include "tev2_playback/detail/clock_table.h"
 #include "tev2_playback/detail/skeleton_data.h"

@@ -1,0 +1,38 @@
+#pragma once
+
+#include "tev2_playback/block.h"
+
+#include <cstddef>
+#include <span>
+#include <type_traits>
+
+namespace TEV2_PLAYBACK
+{
+
+/// What the contents of a block are described with. A function that takes an array for everything it needs is called
+/// twice: with a plan that measures, then with one that places.
+class BlockPlan
+{
+public:
+    BlockPlan() = default;
+    explicit BlockPlan(std::byte* block) : block_(block) {}
+
+    /// Room for `count` elements, aligned for vectors. Empty while measuring. The elements are not initialised.
+    template <typename Element>
+    std::span<Element> Take(std::size_t count)
+    {
+        static_assert(std::is_trivially_copyable_v<Element> && alignof(Element) <= Block::kAlignment);
+        const std::size_t begin = size_;
+        size_ += (count * sizeof(Element) + Block::kAlignment - 1) / Block::kAlignment * Block::kAlignment;
+        return block_ == nullptr ? std::span<Element>()
+                                 : std::span<Element>(reinterpret_cast<Element*>(block_ + begin), count);
+    }
+
+    std::size_t Size() const { return size_; }
+
+private:
+    std::byte* block_ = nullptr;
+    std::size_t size_ = 0;
+};
+
+} // namespace TEV2_PLAYBACK
