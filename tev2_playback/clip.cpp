@@ -25,6 +25,16 @@ int Clip::Parent(std::size_t node) const
     return Data().skeleton.parents[node];
 }
 
+std::string_view Clip::NodeName(std::size_t node) const
+{
+    return Data().nodeNames[node];
+}
+
+int Clip::Find(std::string_view utf8_name) const
+{
+    return Data().nodeNames.Find(utf8_name);
+}
+
 TEV2_FLOAT32_RANGE Clip::TimeRange() const
 {
     return {Data().begin, Data().end};

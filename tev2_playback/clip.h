@@ -5,6 +5,7 @@
 
 #include <cstddef>
 #include <memory_resource>
+#include <string_view>
 
 namespace TEV2_PLAYBACK
 {
@@ -32,6 +33,12 @@ public:
 
     /// -1 for a node at top level.
     int Parent(std::size_t node) const;
+
+    /// As UTF-8, with a zero after it. Valid while the clip lives.
+    std::string_view NodeName(std::size_t node) const;
+
+    /// The first node of this name, or -1. Takes the same time however many nodes there are.
+    int Find(std::string_view utf8_name) const;
 
     /// Seconds.
     TEV2_LOADER::TEV2_FLOAT32_RANGE TimeRange() const;

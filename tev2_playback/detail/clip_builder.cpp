@@ -41,11 +41,15 @@ Block BuildClip(const ClipSource& source, std::pmr::memory_resource* memory)
     ClockTable clocks;
     const SkeletonLayout skeleton(source, clocks);
     const std::size_t node_clocks = clocks.Entries().size();
+    NameLayout node_names(source.nodes.size());
+    for (const NodeSource& node : source.nodes)
+        node_names.Add(node.name);
 
     const auto take = [&](BlockPlan& plan, ClipData& data)
     {
         TakeClocks(clocks, plan, data);
         skeleton.TakeArrays(plan, data.skeleton);
+        node_names.TakeArrays(plan, data.nodeNames);
     };
     BlockPlan measure;
     ClipData measured;
@@ -61,6 +65,7 @@ Block BuildClip(const ClipSource& source, std::pmr::memory_resource* memory)
     data.nodeClocks = static_cast<std::uint32_t>(node_clocks);
     FillClocks(clocks, data);
     skeleton.Fill(data.skeleton);
+    node_names.Fill(data.nodeNames);
     return block;
 }
 

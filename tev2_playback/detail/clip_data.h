@@ -1,5 +1,6 @@
 #pragma once
 
+#include "tev2_playback/detail/name_table.h"
 #include "tev2_playback/detail/skeleton_data.h"
 
 #include <cstdint>
@@ -25,6 +26,7 @@ struct ClipData
     std::uint32_t nodeClocks = 0;
 
     SkeletonData skeleton;
+    NameTable nodeNames;
 
     float begin = 0.0f; ///< of the time range, seconds
     float end = 0.0f;

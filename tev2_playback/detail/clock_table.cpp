@@ -1,6 +1,7 @@
 #include "tev2_playback/detail/clock_table.h"
 
-#include <algorithm>
+#include "tev2_playback/detail/hash.h"
+
 #include <cstring>
 #include <utility>
 
@@ -17,22 +18,6 @@ bool SameBytes(const KeyView<float>& left, const KeyView<float>& right)
 {
     return left.size() == right.size() &&
            std::memcmp(left.data(), right.data(), left.size() * sizeof(float)) == 0;
-}
-
-std::uint64_t HashOf(const KeyView<float>& times)
-{
-    constexpr std::uint64_t kPrime = 0x9E3779B97F4A7C15u;
-    const std::size_t size = times.size() * sizeof(float);
-    const auto* const bytes = static_cast<const unsigned char*>(times.data());
-    std::uint64_t hash = size * kPrime;
-    for (std::size_t at = 0; at < size; at += sizeof(std::uint64_t))
-    {
-        std::uint64_t word = 0;
-        std::memcpy(&word, bytes + at, std::min(sizeof word, size - at));
-        hash = (hash ^ word) * kPrime;
-        hash ^= hash >> 29;
-    }
-    return hash;
 }
 
 bool IsAscending(const KeyView<float>& times)
@@ -59,7 +44,7 @@ std::uint32_t ClockTable::Add(const KeyView<float>& times)
     }
     if (2 * (entries_.size() + 1) > slots_.size())
         FillSlots(slots_.empty() ? 16 : 2 * slots_.size());
-    const std::uint64_t hash = HashOf(times);
+    const std::uint64_t hash = HashOf(times.data(), times.size() * sizeof(float));
     std::size_t slot = hash % slots_.size();
     for (std::size_t probe = 0; slots_[slot] != 0; ++probe, slot = (slot + 1) % slots_.size())
     {
