@@ -15,36 +15,7 @@ namespace
 
 using namespace TEV2_LOADER;
 
-// The scenes of a workload and the bytes of each as a file.
-struct Workload
-{
-    std::vector<std::unique_ptr<TEV2>> scenes;
-    std::vector<std::vector<std::uint8_t>> images;
-
-    void Add(std::unique_ptr<TEV2> scene)
-    {
-        images.push_back(bench::Saved(*scene));
-        scenes.push_back(std::move(scene));
-    }
-
-    std::size_t Bytes() const
-    {
-        std::size_t bytes = 0;
-        for (const auto& image : images)
-            bytes += image.size();
-        return bytes;
-    }
-
-    std::size_t Nodes() const
-    {
-        std::size_t nodes = 0;
-        for (const auto& scene : scenes)
-            nodes += scene->matrixHierarchy.nodes.size();
-        return nodes;
-    }
-};
-
-std::map<std::string, Workload> g_workloads;
+using bench::Scenes;
 
 // Warm: freed memory stays with the process. Fresh: every large block comes from the system and goes back.
 enum class Heap
@@ -69,7 +40,7 @@ void CountBytes(benchmark::State& state, std::size_t bytes)
 
 // Measures a step, which a warm heap has seen once before.
 template <typename Step>
-void Run(benchmark::State& state, const Workload& workload, Heap heap, Step step)
+void Run(benchmark::State& state, const Scenes& workload, Heap heap, Step step)
 {
     SetHeap(heap);
     if (heap == Heap::Warm)
@@ -79,7 +50,7 @@ void Run(benchmark::State& state, const Workload& workload, Heap heap, Step step
     CountBytes(state, workload.Bytes());
 }
 
-void CopyImage(benchmark::State& state, const Workload& workload, Heap heap)
+void CopyImage(benchmark::State& state, const Scenes& workload, Heap heap)
 {
     Run(state, workload, heap,
         [&]
@@ -102,7 +73,7 @@ void Load(benchmark::State& state, const std::vector<std::uint8_t>& image)
         state.SkipWithError("load failed");
 }
 
-void LoadImage(benchmark::State& state, const Workload& workload, Heap heap)
+void LoadImage(benchmark::State& state, const Scenes& workload, Heap heap)
 {
     Run(state, workload, heap,
         [&]
@@ -119,7 +90,7 @@ enum class Then
     Forget
 };
 
-void ReadFile(benchmark::State& state, const Workload& workload, Heap heap, Then then)
+void ReadFile(benchmark::State& state, const Scenes& workload, Heap heap, Then then)
 {
     const std::string path = bench::ScratchFile("load.tv2");
     {
@@ -139,7 +110,7 @@ void ReadFile(benchmark::State& state, const Workload& workload, Heap heap, Then
 }
 
 // What the nodes of a workload take, a time.
-void CountNodes(benchmark::State& state, const Workload& workload)
+void CountNodes(benchmark::State& state, const Scenes& workload)
 {
     const auto nodes = static_cast<double>(state.iterations()) * static_cast<double>(workload.Nodes());
     state.counters["s/node"] =
@@ -187,7 +158,7 @@ private:
     std::size_t next_ = 0;
 };
 
-void Evaluate(benchmark::State& state, const Workload& workload, Motion motion)
+void Evaluate(benchmark::State& state, const Scenes& workload, Motion motion)
 {
     std::vector<Path> paths;
     for (const auto& scene : workload.scenes)
@@ -212,7 +183,7 @@ void Evaluate(benchmark::State& state, const Workload& workload, Motion motion)
 
 // Nothing but reading the keys around a time: of every node, two times, a translation and a rotation each. The times
 // lie a 30th of a second apart.
-void ReadKeys(benchmark::State& state, const Workload& workload, Motion motion)
+void ReadKeys(benchmark::State& state, const Scenes& workload, Motion motion)
 {
     struct Keys
     {
@@ -247,7 +218,7 @@ void ReadKeys(benchmark::State& state, const Workload& workload, Motion motion)
     CountNodes(state, workload);
 }
 
-void SaveFile(benchmark::State& state, const Workload& workload)
+void SaveFile(benchmark::State& state, const Scenes& workload)
 {
     const std::string path = bench::MemoryFile("save.tv2");
     for (auto _ : state)
@@ -263,7 +234,7 @@ void SaveFile(benchmark::State& state, const Workload& workload)
     CountBytes(state, workload.Bytes());
 }
 
-void WriteImage(benchmark::State& state, const Workload& workload)
+void WriteImage(benchmark::State& state, const Scenes& workload)
 {
     const std::string path = bench::MemoryFile("floor.tv2");
     for (auto _ : state)
@@ -299,14 +270,14 @@ BENCHMARK(Clock);
 
 template <typename... Arguments>
 benchmark::internal::Benchmark* Register(const std::string& name,
-                                         void (*function)(benchmark::State&, const Workload&, Arguments...),
-                                         const Workload& workload, Arguments... arguments)
+                                         void (*function)(benchmark::State&, const Scenes&, Arguments...),
+                                         const Scenes& workload, Arguments... arguments)
 {
     return benchmark::RegisterBenchmark(name.c_str(), [=, &workload](benchmark::State& state)
                                         { function(state, workload, arguments...); });
 }
 
-void RegisterAll(const std::string& name, const Workload& workload)
+void RegisterAll(const std::string& name, const Scenes& workload)
 {
     const bool real = name == "W3";
     for (const auto& [heap_name, heap] : {std::pair("warm", Heap::Warm), std::pair("fresh", Heap::Fresh)})
@@ -341,22 +312,8 @@ void RegisterAll(const std::string& name, const Workload& workload)
 int main(int argc, char** argv)
 {
     benchmark::Initialize(&argc, argv);
-    for (const bench::Workload& made : {bench::kW1, bench::kW2})
-    {
-        auto scene = std::make_unique<TEV2>();
-        bench::Fill(*scene, made);
-        g_workloads[made.name].Add(std::move(scene));
-    }
-    for (int i = 1; i < argc; ++i)
-    {
-        const std::vector<std::uint8_t> image = bench::ReadWhole(argv[i]);
-        TEV2_MEMORY_CURSOR cursor(image.data(), image.size());
-        auto scene = std::make_unique<TEV2>();
-        if (!scene->Load(cursor, true))
-            throw std::runtime_error(std::string(argv[i]) + ": does not load");
-        g_workloads["W3"].Add(std::move(scene));
-    }
-    for (const auto& [name, workload] : g_workloads)
+    const std::map<std::string, Scenes> workloads = bench::AllScenes(argc, argv);
+    for (const auto& [name, workload] : workloads)
         RegisterAll(name, workload);
     benchmark::RunSpecifiedBenchmarks();
 }

@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <cstdio>
 #include <filesystem>
+#include <map>
 #include <memory>
 #include <stdexcept>
 #include <string>
@@ -101,6 +102,58 @@ inline std::vector<std::uint8_t> Saved(const TEV2_LOADER::TEV2& scene)
     std::vector<std::uint8_t> image = ReadWhole(path);
     std::remove(path.c_str());
     return image;
+}
+
+// The scenes of a workload and the bytes of each as a file.
+struct Scenes
+{
+    std::vector<std::unique_ptr<TEV2_LOADER::TEV2>> scenes;
+    std::vector<std::vector<std::uint8_t>> images;
+
+    void Add(std::unique_ptr<TEV2_LOADER::TEV2> scene)
+    {
+        images.push_back(Saved(*scene));
+        scenes.push_back(std::move(scene));
+    }
+
+    std::size_t Bytes() const
+    {
+        std::size_t bytes = 0;
+        for (const auto& image : images)
+            bytes += image.size();
+        return bytes;
+    }
+
+    std::size_t Nodes() const
+    {
+        std::size_t nodes = 0;
+        for (const auto& scene : scenes)
+            nodes += scene->matrixHierarchy.nodes.size();
+        return nodes;
+    }
+};
+
+// W1 and W2, made by code, and as W3 the scenes of the files that the command line names.
+inline std::map<std::string, Scenes> AllScenes(int argc, char** argv)
+{
+    using namespace TEV2_LOADER;
+    std::map<std::string, Scenes> workloads;
+    for (const Workload& made : {kW1, kW2})
+    {
+        auto scene = std::make_unique<TEV2>();
+        Fill(*scene, made);
+        workloads[made.name].Add(std::move(scene));
+    }
+    for (int i = 1; i < argc; ++i)
+    {
+        const std::vector<std::uint8_t> image = ReadWhole(argv[i]);
+        TEV2_MEMORY_CURSOR cursor(image.data(), image.size());
+        auto scene = std::make_unique<TEV2>();
+        if (!scene->Load(cursor, true))
+            throw std::runtime_error(std::string(argv[i]) + ": does not load");
+        workloads["W3"].Add(std::move(scene));
+    }
+    return workloads;
 }
 
 } // namespace bench

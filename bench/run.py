@@ -21,6 +21,8 @@ MILLISECONDS = ("real_time", 1.0, "ms", min)
 CPU_MILLISECONDS = ("cpu_time", 1.0, "ms", min)
 BONES = ("s/bone", 1e9, "ns/bone", min)
 VERTICES = ("s/vertex", 1e9, "ns/vertex", min)
+SCALING = ("scaling", 1.0, "x", max)
+MEMORY = ("share", 1.0, "x tracks", min)
 
 
 class Share(float):
@@ -34,7 +36,7 @@ def per_second(counter):
 def rows():
     """Title, benchmark, floor (or None), what to read, mark (or None)."""
     yield ("clock of the processor meanwhile", "Clock", None, ("cycles", 1e-9, "GHz", max), None)
-    for workload, warm, fresh in (("W1", 2.8, 0.8), ("W2", 3.4, 0.8), ("W3", None, None)):
+    for workload, warm, fresh in (("W1", 2.8, 0.8), ("W2", 3.4, 0.8), ("W3", 1.5, None)):
         for heap, mark in (("warm", warm), ("fresh", fresh)):
             yield (f"load {workload} from memory, {heap} heap", f"LoadImage/{workload}/{heap}",
                    f"CopyImage/{workload}/{heap}", BYTES, mark)
@@ -49,6 +51,7 @@ def rows():
                    f"ReadKeys/{base}/{motion}{suffix}", NODES, forward if motion == "forward" else other)
         yield (f"Update {workload} (beside SetTime forward)", f"Evaluate/{base}/update{suffix}",
                f"Evaluate/{base}/forward{suffix}", NODES, Share(1.1) if forward else None)
+    yield from playback_rows()
     yield ("save W2", "SaveFile/W2/real_time", "WriteImage/W2/real_time", BYTES, 1.0)
     yield ("save W2, against one fwrite", "SaveFile/W2/real_time", "WriteImage/W2/real_time", BYTES, Share(0.8))
     yield ("save W3", "SaveFile/W3/real_time", "WriteImage/W3/real_time", BYTES, None)
@@ -63,6 +66,29 @@ def rows():
                                 (2000, 250, None), (250, 500, None), (250, 1000, None), (250, 2000, None)):
         yield (f"export {nodes} nodes x {frames} frames, node-samples",
                f"Export/nodes:{nodes}/frames:{frames}/manual_time", None, per_second("samples"), mark)
+
+
+def playback_rows():
+    for workload, marks, build in (("W1", (0.45, 0.5, 0.5), None), ("W2", (0.25, 0.25, 0.15), 1.5),
+                                   ("W3", (0.62, 0.65, 0.72), 1.0)):
+        for motion, mark in zip(("forward", "backward", "random"), marks):
+            place = f"{workload}/{motion}"
+            yield (f"play {workload}, {motion} (beside SetTime)", "PlayWorld/" + place, "MoveScenes/" + place, NODES,
+                   Share(mark))
+            yield (f"sample {workload}, {motion}", "PlayPose/" + place, "MoveScenes/" + place, NODES, None)
+        yield (f"clip of {workload} from a scene", f"ClipFromScene/{workload}", None, BYTES, None)
+        yield (f"clip of {workload} from an image", f"ClipFromImage/{workload}", None, BYTES, build)
+        yield (f"memory of a clip of {workload}", f"ClipMemory/{workload}/iterations:1", None, MEMORY, 1.3)
+    yield ("1,000 players of W1, two threads (beside registers)", "PlayCrowd/scaling", "Spin/scaling", SCALING,
+           Share(0.9))
+
+
+def add_scaling(found):
+    """How much more two threads do than one, run by run."""
+    for name in ("PlayCrowd", "Spin"):
+        alone, both = (found.get(f"{name}/real_time/threads:{threads}", []) for threads in (1, 2))
+        found[name + "/scaling"] = [{"scaling": two["items_per_second"] / one["items_per_second"]}
+                                    for one, two in zip(alone, both)]
 
 
 def fbx_rows(found):
@@ -144,7 +170,9 @@ def main():
     found = {}
     with tempfile.TemporaryDirectory() as folder:
         scenes = export_scenes(build, [samples, *([options.scenes] if options.scenes else [])], folder)
-        found.update(run(os.path.join(programs, "format_bench"), scenes, options.repetitions))
+        for program in ("format_bench", "playback_bench"):
+            found.update(run(os.path.join(programs, program), scenes, options.repetitions))
+    add_scaling(found)
     found.update(run(os.path.join(programs, "format_bench"), ["--benchmark_filter=(Evaluate|ReadKeys)/W2"],
                      options.repetitions, {"GLIBC_TUNABLES": "glibc.malloc.hugetlb=1"}, " huge pages"))
     for program in ("mesh_bench", "export_bench", "fbx_bench"):
