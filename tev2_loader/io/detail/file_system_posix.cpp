@@ -7,6 +7,7 @@
 #include <dirent.h>
 #include <fcntl.h>
 #include <memory>
+#include <poll.h>
 #include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -38,9 +39,9 @@ public:
     bool IsOpen() const { return number_ >= 0; }
 
     /// As a stream that owns it; null, and errno set, on failure.
-    std::FILE* Stream()
+    std::FILE* Stream(const char* mode = "wb")
     {
-        std::FILE* const stream = ::fdopen(number_, "wb");
+        std::FILE* const stream = ::fdopen(number_, mode);
         if (stream)
             number_ = -1;
         return stream;
@@ -145,6 +146,19 @@ std::filesystem::path NativePath(const std::string& path)
 std::FILE* OpenForReading(const std::string& path)
 {
     return std::fopen(path.c_str(), "rb");
+}
+
+std::FILE* OpenWithoutWaiting(const std::string& path)
+{
+    Descriptor file(::open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC));
+    return file.IsOpen() ? file.Stream("rb") : nullptr;
+}
+
+bool AwaitBytes(std::FILE* file)
+{
+    constexpr int kMilliseconds = 5;
+    pollfd waiting = {::fileno(file), POLLIN, 0};
+    return ::poll(&waiting, 1, kMilliseconds) != 0;
 }
 
 std::size_t FolderLength(const std::string& path)

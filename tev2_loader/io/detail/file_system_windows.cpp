@@ -126,6 +126,16 @@ std::FILE* OpenForReading(const std::string& path)
     return _wfopen(Utf16Path(path).c_str(), L"rb");
 }
 
+std::FILE* OpenWithoutWaiting(const std::string& path)
+{
+    return OpenForReading(path);
+}
+
+bool AwaitBytes(std::FILE*)
+{
+    return true;
+}
+
 std::size_t FolderLength(const std::string& path)
 {
     const std::size_t separator = path.find_last_of("/\\:");
