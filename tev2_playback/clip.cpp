@@ -9,11 +9,7 @@ namespace TEV2_PLAYBACK
 
 using namespace TEV2_LOADER;
 
-Clip::Clip(const TEV2& scene, const ClipOptions& options)
-    : block_(BuildClip(SourceOf(scene),
-                       options.memory != nullptr ? options.memory : std::pmr::new_delete_resource()))
-{
-}
+Clip::Clip(const TEV2& scene, const ClipOptions& options) : block_(BuildClip(SourceOf(scene), options)) {}
 
 std::size_t Clip::NodeCount() const
 {
@@ -33,6 +29,16 @@ std::string_view Clip::NodeName(std::size_t node) const
 int Clip::Find(std::string_view utf8_name) const
 {
     return Data().nodeNames.Find(utf8_name);
+}
+
+TEV2_UP_AXIS Clip::UpAxis() const
+{
+    return Data().upAxis;
+}
+
+Frame Clip::WorldFrame() const
+{
+    return Data().frame;
 }
 
 TEV2_FLOAT32_RANGE Clip::TimeRange() const

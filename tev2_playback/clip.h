@@ -1,6 +1,7 @@
 #pragma once
 
 #include "tev2_loader/tev2.h"
+#include "tev2_playback/axes.h"
 #include "tev2_playback/block.h"
 
 #include <cstddef>
@@ -16,6 +17,9 @@ struct ClipOptions
 {
     /// Where the clip takes its memory, in one piece; not owned. Null: operator new.
     std::pmr::memory_resource* memory = nullptr;
+
+    /// The axes of everything that players of the clip deliver. Costs nothing while playing.
+    Frame frame = Frame::AsStored;
 };
 
 /// The animation of a scene, laid out for playing: what moves, and when. Never changes, so any number of players on any
@@ -39,6 +43,12 @@ public:
 
     /// The first node of this name, or -1. Takes the same time however many nodes there are.
     int Find(std::string_view utf8_name) const;
+
+    /// The direction that was up in the world of the file, as the file's own exporter is recognised.
+    TEV2_LOADER::TEV2_UP_AXIS UpAxis() const;
+
+    /// As in the options.
+    Frame WorldFrame() const;
 
     /// Seconds.
     TEV2_LOADER::TEV2_FLOAT32_RANGE TimeRange() const;

@@ -1,9 +1,11 @@
 #include "tev2_playback/detail/clip_builder.h"
 
 #include "tev2_playback/detail/block_plan.h"
+#include "tev2_playback/detail/framed_source.h"
 #include "tev2_playback/detail/skeleton_layout.h"
 
 #include <cstring>
+#include <memory>
 #include <new>
 
 namespace TEV2_PLAYBACK
@@ -36,8 +38,11 @@ void FillClocks(const ClockTable& table, ClipData& data)
 
 } // namespace
 
-Block BuildClip(const ClipSource& source, std::pmr::memory_resource* memory)
+Block BuildClip(ClipSource source, const ClipOptions& options)
 {
+    std::unique_ptr<float[]> keys;
+    if (options.frame == Frame::RightHandedYUp)
+        keys = MakeRightHandedYUp(source);
     ClockTable clocks;
     const SkeletonLayout skeleton(source, clocks);
     const std::size_t node_clocks = clocks.Entries().size();
@@ -56,10 +61,12 @@ Block BuildClip(const ClipSource& source, std::pmr::memory_resource* memory)
     measure.Take<ClipData>(1);
     take(measure, measured);
 
-    Block block(measure.Size(), memory);
+    Block block(measure.Size(), options.memory != nullptr ? options.memory : std::pmr::new_delete_resource());
     BlockPlan plan(block.Begin());
     ClipData& data = *new (plan.Take<ClipData>(1).data()) ClipData;
     take(plan, data);
+    data.upAxis = source.upAxis;
+    data.frame = options.frame;
     data.begin = source.begin;
     data.end = source.end;
     data.nodeClocks = static_cast<std::uint32_t>(node_clocks);

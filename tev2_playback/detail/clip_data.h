@@ -1,5 +1,7 @@
 #pragma once
 
+#include "tev2_loader/up_axis.h"
+#include "tev2_playback/axes.h"
 #include "tev2_playback/detail/name_table.h"
 #include "tev2_playback/detail/skeleton_data.h"
 
@@ -27,6 +29,9 @@ struct ClipData
 
     SkeletonData skeleton;
     NameTable nodeNames;
+
+    TEV2_LOADER::TEV2_UP_AXIS upAxis = TEV2_LOADER::TEV2_UP_AXIS::Unknown;
+    Frame frame = Frame::AsStored;
 
     float begin = 0.0f; ///< of the time range, seconds
     float end = 0.0f;

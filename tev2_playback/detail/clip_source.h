@@ -3,10 +3,12 @@
 #include "tev2_loader/format.h"
 #include "tev2_loader/math/matrix.h"
 #include "tev2_loader/math/values.h"
+#include "tev2_loader/up_axis.h"
 
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
+#include <optional>
 #include <string_view>
 #include <vector>
 
@@ -90,6 +92,10 @@ struct ClipSource
     std::vector<PropertySource> properties; ///< of nodes in their order, then of cameras
     float begin = 0.0f;                     ///< of the time range, seconds
     float end = 0.0f;
+    TEV2_LOADER::TEV2_UP_AXIS upAxis = TEV2_LOADER::TEV2_UP_AXIS::Unknown;
+
+    /// What the nodes at top level are relative to; none: the world.
+    std::optional<TEV2_LOADER::TEV2_MATRIX_3X4> top;
 };
 
 } // namespace TEV2_PLAYBACK

@@ -33,6 +33,7 @@ ClipSource SourceOf(const TEV2& scene)
     ClipSource source;
     source.begin = scene.environment.timeRange.minimum;
     source.end = scene.environment.timeRange.maximum;
+    source.upAxis = UpAxis(scene);
     source.nodes.reserve(scene.matrixHierarchy.nodes.size());
     for (const TEV2_MATRIX_NODE& node : scene.matrixHierarchy.nodes)
         source.nodes.push_back({node.name.Text(), node.parentIndex, SourceOf(node.translation),

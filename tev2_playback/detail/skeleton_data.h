@@ -85,9 +85,10 @@ struct SkeletonData
     std::span<WorldProduct> products;
     std::span<TEV2_LOADER::TEV2_MATRIX_3X4> locals;
 
-    /// World matrices before any time: right for nodes that never move. Behind those of the nodes come matrices that
-    /// some have for a parent.
+    /// World matrices before any time: right for nodes that never move. After those of the nodes come matrices that
+    /// some have for a parent: `top`, if there is one, then one for each node whose parent does not come before it.
     std::span<TEV2_LOADER::TEV2_MATRIX_3X4> worlds;
+    std::uint32_t top = kNobody; ///< in the world matrices: the parent of nodes at top level
 
     /// Right for what does not move.
     std::span<Transform> transforms;

@@ -101,6 +101,11 @@ void SkeletonLayout::PutRowClockFirst()
 
 void SkeletonLayout::PlanNodes()
 {
+    if (source_.top)
+    {
+        top_ = static_cast<std::uint32_t>(nodes_.size());
+        outside_.push_back(*source_.top);
+    }
     for (std::uint32_t index = 0; index < nodes_.size(); ++index)
     {
         NodePlan& node = nodes_[index];
@@ -114,8 +119,10 @@ void SkeletonLayout::PlanNodes()
         else if (parent < nodes_.size())
         {
             node.parent = static_cast<std::uint32_t>(nodes_.size() + outside_.size());
-            outside_.push_back(index);
+            outside_.push_back(source_.nodes[parent].worldMatrix);
         }
+        else
+            node.parent = top_;
 
         const bool moves_t = node.translation.play != Play::Resting;
         const bool moves_r = node.rotation.play != Play::Resting;
@@ -310,6 +317,7 @@ void SkeletonLayout::TakeArrays(BlockPlan& plan, SkeletonData& data) const
 void SkeletonLayout::Fill(SkeletonData& data) const
 {
     data.rowSize = row_size_;
+    data.top = top_;
     FillNodes(data);
     std::ranges::copy(groups_, data.groups.begin());
     std::ranges::copy(products_, data.products.begin());
@@ -467,11 +475,7 @@ void SkeletonLayout::FillChannels(SkeletonData& data) const
 
 void SkeletonLayout::FillWorlds(SkeletonData& data) const
 {
-    for (std::size_t at = 0; at < outside_.size(); ++at)
-    {
-        const auto parent = static_cast<std::size_t>(source_.nodes[outside_[at]].parent);
-        data.worlds[nodes_.size() + at] = source_.nodes[parent].worldMatrix;
-    }
+    std::ranges::copy(outside_, data.worlds.begin() + static_cast<std::ptrdiff_t>(nodes_.size()));
     for (std::size_t node = 0; node < nodes_.size(); ++node)
     {
         const NodePlan& plan = nodes_[node];

@@ -82,8 +82,10 @@ private:
     ClockTable& clocks_;
     std::vector<Group> groups_;
     std::vector<WorldProduct> products_;
-    std::vector<std::uint32_t> outside_; ///< nodes whose parents come after them
-    std::vector<std::uint32_t> locals_;  ///< nodes that rest below a parent that moves
+    std::uint32_t top_ = kNobody;
+    std::vector<TEV2_LOADER::TEV2_MATRIX_3X4>
+        outside_;                       ///< world matrices of parents that come after their children
+    std::vector<std::uint32_t> locals_; ///< nodes that rest below a parent that moves
     std::vector<LoneNode> alone_;
     std::vector<Channel> channels_;
     std::vector<const TrackSource*> channel_sources_;
