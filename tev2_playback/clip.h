@@ -3,6 +3,7 @@
 #include "tev2_loader/tev2.h"
 #include "tev2_playback/axes.h"
 #include "tev2_playback/block.h"
+#include "tev2_playback/property.h"
 
 #include <cstddef>
 #include <memory_resource>
@@ -53,12 +54,41 @@ public:
     /// Seconds.
     TEV2_LOADER::TEV2_FLOAT32_RANGE TimeRange() const;
 
+    std::size_t CameraCount() const;
+
+    /// As UTF-8, with a zero after it. Valid while the clip lives.
+    std::string_view CameraName(std::size_t camera) const;
+
+    /// The node that has the camera, or -1: the camera is placed in the world.
+    int CameraNode(std::size_t camera) const;
+
+    /// The first camera of this name, or -1.
+    int FindCamera(std::string_view utf8_name) const;
+
+    /// User properties of all nodes, then of all cameras.
+    std::size_t PropertyCount() const;
+    PropertyInfo PropertyAt(std::size_t index) const;
+
+    /// The first property of an owner with this name and these values; none where there is no such property:
+    ///
+    ///     clip.FindProperty<float>(TEV2_PLAYBACK::OfNode(hips), "glow")
+    template <typename Value>
+    Property<Value> FindProperty(Owner owner, std::string_view utf8_name) const
+    {
+        return {FindProperty(owner, utf8_name, TypeOf(Property<Value>()))};
+    }
+
+    /// The texts of a property, as UTF-8 with a zero after each. Valid while the clip lives.
+    std::size_t TextCount(Property<Texts> property) const;
+    std::string_view Text(Property<Texts> property, std::size_t index) const;
+
     /// Bytes of memory.
     std::size_t Size() const { return block_.Size(); }
 
 private:
     friend class Player;
 
+    std::uint32_t FindProperty(Owner owner, std::string_view utf8_name, PropertyType type) const;
     const ClipData& Data() const { return *reinterpret_cast<const ClipData*>(block_.Begin()); }
 
     Block block_;

@@ -1,45 +1,116 @@
 #pragma once
 
+#include "tev2_playback/camera.h"
 #include "tev2_playback/clip.h"
+#include "tev2_playback/events.h"
+#include "tev2_playback/playhead.h"
+#include "tev2_playback/property.h"
 #include "tev2_playback/transform.h"
 
+#include <cstddef>
+#include <cstdint>
+#include <memory_resource>
 #include <span>
 
 namespace TEV2_PLAYBACK
 {
 
+struct Channel;
 struct Place;
 
-/// Plays a clip: one instance of a character at a time of its own. The clip must outlive it. Players of one clip may be
-/// used on any threads, each by one thread at a time. Allocates when it is made or copied, never afterwards.
+/// Plays a clip: one instance of a character at a time of its own.
 ///
 ///     TEV2_PLAYBACK::Player player(clip);
-///     player.SetTime(0.5f);
+///     player.SetRepeat(TEV2_PLAYBACK::Repeat::Loop);
+///     ...
+///     player.Advance(1.0 / 60.0);
 ///     player.World()[hips]; // metres
+///
+/// What it gives depends on the clip and the time alone, not on the times before: the numbers of a scene just loaded,
+/// its cursors at their first keys, after one SetTime. At a key's own time that is the end of the segment before the
+/// key. (A scene that comes from above gives the next segment's beginning there, which may differ in the last bit.)
+///
+/// The clip must outlive it; the Clip object may be moved meanwhile. Players of one clip may be used on any threads,
+/// each by one thread at a time. Takes one piece of memory when it is made or copied, and none afterwards.
 class Player
 {
 public:
-    /// At the start of the clip's time range. `memory` as in ClipOptions.
+    /// At the start of the clip's time range, at speed 1, Repeat::Once. `memory` as in ClipOptions.
     explicit Player(const Clip& clip, std::pmr::memory_resource* memory = nullptr);
+    explicit Player(const Clip&& clip, std::pmr::memory_resource* memory = nullptr) = delete;
 
-    /// Goes to a time in seconds.
+    /// A copy is at the same time and goes on alone. Its memory is from `memory`, or from the same resource as the
+    /// other's. Assignment keeps the resource, and the memory if both play the same clip.
+    Player(const Player& other) : Player(other, nullptr) {}
+    Player(const Player& other, std::pmr::memory_resource* memory);
+    Player& operator=(const Player& other);
+
+    /// Takes the memory along, with its resource. The other may then be assigned to or destroyed, nothing else.
+    Player(Player&& other) noexcept = default;
+    Player& operator=(Player&& other) noexcept = default;
+
+    // The clock. playhead.h describes it.
+
+    void SetRepeat(Repeat repeat) { playhead_.SetRepeat(repeat); }
+    void SetSpeed(double speed) { playhead_.SetSpeed(speed); }
+
+    /// Plays on by `seconds` times the speed, within the clip's time range.
+    void Advance(double seconds);
+
+    /// Goes to any time in seconds.
     void SetTime(float seconds);
-    float Time() const { return time_; }
+
+    float Time() const { return playhead_.Time(); }
+    const Playhead& GetPlayhead() const { return playhead_; }
+
+    // Poses.
 
     /// The transform of each node from its own axes to the world, at the present time. Valid until the time changes.
     std::span<const TEV2_LOADER::TEV2_MATRIX_3X4> World();
 
-    /// Writes the transform of each node relative to its parent at the present time, as many as there is room for... one each.
+    /// Writes the transform of each node relative to its parent at the present time; there must be room for all.
     void Sample(std::span<Transform> pose);
 
+    // Cameras and properties.
+
+    /// A camera of the clip at the present time.
+    CameraView Camera(std::size_t camera);
+
+    /// The camera that the clip's switcher shows, or -1: there is no switcher, or it shows none of the clip's cameras.
+    int ActiveCamera() const;
+
+    /// A property at the present time: the number of the scene's own track. Zero where there is no such property, or
+    /// it has no value.
+    std::int32_t Value(Property<std::int32_t> property) const;
+    float Value(Property<float> property) const;
+    TEV2_LOADER::TEV2_VECTOR_3 Value(Property<TEV2_LOADER::TEV2_VECTOR_3> property) const;
+    TEV2_LOADER::TEV2_VECTOR_4 Value(Property<TEV2_LOADER::TEV2_VECTOR_4> property) const;
+
+    /// What a property did during the last Advance, in order. None after SetTime. See events.h.
+    EventList<std::int32_t> Events(Property<std::int32_t> property) const;
+    EventList<float> Events(Property<float> property) const;
+    EventList<TEV2_LOADER::TEV2_VECTOR_3> Events(Property<TEV2_LOADER::TEV2_VECTOR_3> property) const;
+    EventList<TEV2_LOADER::TEV2_VECTOR_4> Events(Property<TEV2_LOADER::TEV2_VECTOR_4> property) const;
+
+    /// What the switcher did: cameras as the file has them, maybe none of the clip's.
+    EventList<std::int32_t> CameraCuts() const;
+
 private:
+    void PlaceArrays();
+    void Forget();
     void Seek();
+    Place PlaceOn(const Channel& channel) const;
+    std::uint32_t ChannelOf(std::uint32_t property, PropertyType type) const;
+    template <typename Value>
+    Value ValueOf(std::uint32_t channel) const;
+    template <typename Value>
+    EventList<Value> EventsOf(std::uint32_t channel) const;
 
     const ClipData* clip_;
     Block block_;
     std::span<TEV2_LOADER::TEV2_MATRIX_3X4> worlds_;
-    Place* places_ = nullptr; ///< of each clock
-    float time_ = 0.0f;
+    Place* places_ = nullptr; ///< of each clock of the nodes
+    Playhead playhead_;
     bool sought_ = false;
     bool has_worlds_ = false;
 };

@@ -8,10 +8,28 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <span>
+#include <cstring>
+#include <type_traits>
 
 namespace TEV2_PLAYBACK
 {
+
+/// The values of a channel, whose memory is its words.
+template <typename Value>
+struct ChannelValues
+{
+    const std::uint32_t* words = nullptr;
+    std::size_t count = 0;
+
+    std::size_t size() const { return count; }
+    Value operator[](std::size_t index) const
+    {
+        static_assert(std::is_trivially_copyable_v<Value> && sizeof(Value) % sizeof *words == 0);
+        Value value;
+        std::memcpy(static_cast<void*>(&value), words + index * (sizeof value / sizeof *words), sizeof value);
+        return value;
+    }
+};
 
 /// The value that a track has at a place, whatever its number of values is. `values[i]` gives value i;
 /// interpolate(opening, closing, fraction) is that of the track's kind.

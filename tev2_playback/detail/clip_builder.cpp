@@ -1,6 +1,7 @@
 #include "tev2_playback/detail/clip_builder.h"
 
 #include "tev2_playback/detail/block_plan.h"
+#include "tev2_playback/detail/extras_layout.h"
 #include "tev2_playback/detail/framed_source.h"
 #include "tev2_playback/detail/skeleton_layout.h"
 
@@ -49,12 +50,14 @@ Block BuildClip(ClipSource source, const ClipOptions& options)
     NameLayout node_names(source.nodes.size());
     for (const NodeSource& node : source.nodes)
         node_names.Add(node.name);
+    const ExtrasLayout extras(source, clocks);
 
     const auto take = [&](BlockPlan& plan, ClipData& data)
     {
         TakeClocks(clocks, plan, data);
         skeleton.TakeArrays(plan, data.skeleton);
         node_names.TakeArrays(plan, data.nodeNames);
+        extras.TakeArrays(plan, data.extras);
     };
     BlockPlan measure;
     ClipData measured;
@@ -73,6 +76,7 @@ Block BuildClip(ClipSource source, const ClipOptions& options)
     FillClocks(clocks, data);
     skeleton.Fill(data.skeleton);
     node_names.Fill(data.nodeNames);
+    extras.Fill(data.extras);
     return block;
 }
 

@@ -2,6 +2,7 @@
 
 #include "tev2_loader/up_axis.h"
 #include "tev2_playback/axes.h"
+#include "tev2_playback/detail/extras_data.h"
 #include "tev2_playback/detail/name_table.h"
 #include "tev2_playback/detail/skeleton_data.h"
 
@@ -29,6 +30,7 @@ struct ClipData
 
     SkeletonData skeleton;
     NameTable nodeNames;
+    ExtrasData extras;
 
     TEV2_LOADER::TEV2_UP_AXIS upAxis = TEV2_LOADER::TEV2_UP_AXIS::Unknown;
     Frame frame = Frame::AsStored;

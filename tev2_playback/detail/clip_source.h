@@ -43,13 +43,13 @@ private:
     std::size_t count_ = 0;
 };
 
-/// A track; without values it is absent.
 struct TrackSource
 {
     bool present = false;
-    std::uint32_t kind = 0; ///< of kTrackKinds
+    std::uint32_t kind = 0; ///< of kTrackKinds; of a property also where the track is absent
     KeyView<float> times;
-    const void* values = nullptr;
+    const void* values = nullptr; ///< the first number of the first
+    std::size_t valueStride = 0;  ///< bytes from one to the next; those of nodes follow one another
     std::size_t valueCount = 0;
 };
 

@@ -46,27 +46,6 @@ void TurnAlongArcs(const Float4 (&open)[4], const Float4 (&close)[4], Float4 dot
         turned[component] = Float4::Load(out.component[component]);
 }
 
-namespace
-{
-
-/// The values of a channel of numbers.
-template <typename Value>
-struct ChannelValues
-{
-    const std::uint32_t* words;
-    std::size_t count;
-
-    std::size_t size() const { return count; }
-    Value operator[](std::size_t index) const
-    {
-        Value value;
-        std::memcpy(static_cast<void*>(&value), words + index * (sizeof value / sizeof *words), sizeof value);
-        return value;
-    }
-};
-
-} // namespace
-
 Transform Evaluation::Alone(const LoneNode& node) const
 {
     const auto value = [this]<typename Value>(std::uint32_t index, Value absent, const auto& interpolate)
