@@ -117,21 +117,7 @@ std::span<const TEV2_MATRIX_3X4> Player::World()
     if (!has_worlds_)
     {
         Seek();
-        const SkeletonData& skeleton = clip_->skeleton;
-        const Evaluation evaluation(skeleton, places_);
-        MatrixSink sink{worlds_.data()};
-        const WorldProduct* product = skeleton.products.data();
-        for (const Group& group : skeleton.groups)
-        {
-            evaluation.Evaluate(group, sink);
-            for (const WorldProduct* const end = skeleton.products.data() + group.products; product < end;
-                 ++product)
-            {
-                const TEV2_MATRIX_3X4& local =
-                    product->resting == kNobody ? worlds_[product->node] : skeleton.locals[product->resting];
-                worlds_[product->node] = FastProduct(worlds_[product->parent], local);
-            }
-        }
+        EvaluateWorlds(clip_->skeleton, places_, worlds_.data());
         has_worlds_ = true;
     }
     return worlds_.first(clip_->skeleton.parents.size());
@@ -140,11 +126,7 @@ std::span<const TEV2_MATRIX_3X4> Player::World()
 void Player::Sample(std::span<Transform> pose)
 {
     Seek();
-    std::ranges::copy(clip_->skeleton.transforms, pose.begin());
-    const Evaluation evaluation(clip_->skeleton, places_);
-    TransformSink sink{pose.data()};
-    for (const Group& group : clip_->skeleton.groups)
-        evaluation.Evaluate(group, sink);
+    EvaluateTransforms(clip_->skeleton, places_, pose.data());
 }
 
 CameraView Player::Camera(std::size_t camera)

@@ -11,7 +11,8 @@ namespace TEV2_PLAYBACK
 namespace
 {
 
-/// Entries compared at most before times are taken for new ones: nothing depends on that, and no file is slow.
+/// Slots tried for an entry. Files can be made whose hashes all agree; times that find no slot are not shared with later
+/// ones, which costs memory and nothing else.
 constexpr std::size_t kMostProbes = 16;
 
 bool SameBytes(const KeyView<float>& left, const KeyView<float>& right)
@@ -45,19 +46,23 @@ std::uint32_t ClockTable::Add(const KeyView<float>& times)
     if (2 * (entries_.size() + 1) > slots_.size())
         FillSlots(slots_.empty() ? 16 : 2 * slots_.size());
     const std::uint64_t hash = HashOf(times.data(), times.size() * sizeof(float));
-    std::size_t slot = hash % slots_.size();
-    for (std::size_t probe = 0; slots_[slot] != 0; ++probe, slot = (slot + 1) % slots_.size())
+    latest_ = static_cast<std::uint32_t>(entries_.size());
+    for (std::size_t probe = 0; probe < kMostProbes; ++probe)
     {
-        const std::uint32_t at = slots_[slot] - 1;
-        if (probe < kMostProbes && entries_[at].hash == hash && SameBytes(entries_[at].times, times))
+        std::uint32_t& slot = slots_[(hash + probe) % slots_.size()];
+        if (slot == 0)
         {
-            ++entries_[at].tracks;
-            return latest_ = at;
+            slot = latest_ + 1;
+            break;
+        }
+        Entry& entry = entries_[slot - 1];
+        if (entry.hash == hash && SameBytes(entry.times, times))
+        {
+            ++entry.tracks;
+            return latest_ = slot - 1;
         }
     }
     entries_.push_back({times, hash, 1, IsAscending(times)});
-    latest_ = static_cast<std::uint32_t>(entries_.size() - 1);
-    slots_[slot] = latest_ + 1;
     return latest_;
 }
 
@@ -72,10 +77,15 @@ void ClockTable::FillSlots(std::size_t count)
     slots_.assign(count, 0);
     for (std::uint32_t entry = 0; entry < entries_.size(); ++entry)
     {
-        std::size_t slot = entries_[entry].hash % slots_.size();
-        while (slots_[slot] != 0)
-            slot = (slot + 1) % slots_.size();
-        slots_[slot] = entry + 1;
+        for (std::size_t probe = 0; probe < kMostProbes; ++probe)
+        {
+            std::uint32_t& slot = slots_[(entries_[entry].hash + probe) % slots_.size()];
+            if (slot == 0)
+            {
+                slot = entry + 1;
+                break;
+            }
+        }
     }
 }
 

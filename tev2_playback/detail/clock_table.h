@@ -20,7 +20,7 @@ public:
         bool ascending = true;    ///< and all of them numbers
     };
 
-    /// The entry of these times; a new one for times that were not there. Two or more.
+    /// The entry of these times; a new one for times that were not there, or were not found again. Two or more.
     std::uint32_t Add(const KeyView<float>& times);
 
     const std::vector<Entry>& Entries() const { return entries_; }
@@ -32,7 +32,7 @@ private:
     void FillSlots(std::size_t count);
 
     std::vector<Entry> entries_;
-    std::vector<std::uint32_t> slots_; ///< entry + 1, by hash; 0: free
+    std::vector<std::uint32_t> slots_; ///< entry + 1, by hash, as far as there is room; 0: free
     std::uint32_t latest_ = 0;
 };
 

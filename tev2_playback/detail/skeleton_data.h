@@ -44,13 +44,15 @@ struct Lane
 struct Group
 {
     std::uint32_t nodes[4] = {kNobody, kNobody, kNobody, kNobody};
-    std::uint32_t lanes = 0; ///< with nodes
+    std::uint32_t parents[4] = {}; ///< in the world matrices; of a group that is below its parents
     std::uint32_t keys =
         0; ///< Rows: float in a row. Gathered: first of its lanes, four for each track. Alone: channels
     std::uint32_t resting = 0;  ///< float of what does not move, component by component
     std::uint32_t products = 0; ///< the products up to here can be formed once this group is evaluated
+    std::uint8_t lanes = 0;     ///< with nodes
     Way way = Way::Rows;
     Moves moves = Moves::Both;
+    bool belowParents = false; ///< every node has a parent, whose world matrix is formed before
     std::uint8_t straight = 0; ///< a bit for each lane whose rotation never takes the arc
 };
 

@@ -184,7 +184,7 @@ void SkeletonLayout::FormGroups()
 void SkeletonLayout::AddGroup(NodeWay way, Moves moves, std::span<const std::uint32_t> nodes)
 {
     Group group;
-    group.lanes = static_cast<std::uint32_t>(nodes.size());
+    group.lanes = static_cast<std::uint8_t>(nodes.size());
     group.moves = moves;
     for (std::uint32_t lane = 0; lane < kLanes; ++lane)
     {
@@ -263,14 +263,16 @@ void SkeletonLayout::PlanProducts()
         has_world[node] = nodes_[node].restsInWorld;
     }
     std::vector<std::uint32_t> queue;
-    const auto form = [&](std::uint32_t node)
+    const auto has_parent_world = [&](std::uint32_t node)
+    { return nodes_[node].parent >= count || has_world[nodes_[node].parent]; };
+    const auto form = [&](std::uint32_t node, bool in_group)
     {
         const NodePlan& plan = nodes_[node];
-        if (has_world[node] || !has_local[node] || (plan.parent < count && !has_world[plan.parent]))
+        if (has_world[node] || !has_local[node] || !has_parent_world(node))
             return;
         has_world[node] = 1;
         queue.push_back(node);
-        if (plan.parent == kNobody)
+        if (plan.parent == kNobody || in_group)
             return;
         WorldProduct product{node, plan.parent, kNobody};
         if (plan.way == NodeWay::Resting)
@@ -283,14 +285,20 @@ void SkeletonLayout::PlanProducts()
     for (Group& group : groups_)
     {
         queue.clear();
+        group.belowParents =
+            group.way != Way::Alone &&
+            std::ranges::all_of(group.nodes, [&](std::uint32_t node)
+                                { return nodes_[node].parent != kNobody && has_parent_world(node); });
+        for (std::uint32_t lane = 0; lane < kLanes && group.belowParents; ++lane)
+            group.parents[lane] = nodes_[group.nodes[lane]].parent;
         for (std::uint32_t lane = 0; lane < group.lanes; ++lane)
         {
             has_local[group.nodes[lane]] = 1;
-            form(group.nodes[lane]);
+            form(group.nodes[lane], group.belowParents);
         }
         for (std::size_t at = 0; at < queue.size(); ++at)
             for (std::uint32_t child = child_ends[queue[at]]; child < child_ends[queue[at] + 1]; ++child)
-                form(children[child]);
+                form(children[child], false);
         group.products = static_cast<std::uint32_t>(products_.size());
     }
 }
