@@ -1,0 +1,211 @@
+#include "tests/support/tracks.h"
+#include "tev2_playback/player.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstdio>
+#include <limits>
+#include <memory>
+#include <random>
+#include <string>
+#include <utility>
+#include <vector>
+
+using namespace TEV2_LOADER;
+using namespace TEV2_PLAYBACK;
+
+namespace
+{
+
+using Keys = std::vector<std::pair<float, int>>;
+
+/// A clip of 0 to 4 seconds whose node has "int" and "float" with these keys; the switcher has them too.
+Clip ClipOf(const Keys& keys)
+{
+    TEV2 scene;
+    scene.environment.timeRange = {0.0f, 4.0f};
+    TEV2_EXTENDED_PROPERTIES& properties = scene.matrixHierarchy.nodes.emplace_back().properties;
+    auto whole = std::make_unique<TEV2_ANIMATABLE_INT32_RLE>();
+    auto real = std::make_unique<TEV2_ANIMATABLE_FLOAT32_LINEAR>();
+    for (const auto& [time, value] : keys)
+    {
+        whole->Append(time, value);
+        real->Append(time, static_cast<float>(value));
+    }
+    scene.cameraMan.cameraIndex = CloneTrack<TEV2_ANIMATABLE_INT32>(
+        std::unique_ptr<TEV2_ANIMATABLE_INT32>(std::make_unique<TEV2_ANIMATABLE_INT32_RLE>(*whole)));
+    properties.intValues.emplace_back().track = std::move(whole);
+    properties.floatValues.emplace_back().track = std::move(real);
+    return Clip(scene);
+}
+
+template <typename Value>
+std::string Text(const EventList<Value>& events)
+{
+    std::string text;
+    for (const Event<Value>& event : events)
+    {
+        char line[64];
+        std::snprintf(line, sizeof line, "%g:%g>%g ", static_cast<double>(event.time),
+                      static_cast<double>(event.before), static_cast<double>(event.after));
+        text += line;
+    }
+    return text;
+}
+
+/// The events of the property, which are also those of the float property and of the switcher.
+std::string EventsOf(const Clip& clip, const Player& player)
+{
+    const std::string text = Text(player.CameraCuts());
+    EXPECT_EQ(Text(player.Events(clip.FindProperty<std::int32_t>(OfNode(0), ""))), text);
+    EXPECT_EQ(Text(player.Events(clip.FindProperty<float>(OfNode(0), ""))), text);
+    return text;
+}
+
+} // namespace
+
+TEST(Events, AreTheChangesOfWhatWasPlayed)
+{
+    const Keys steps = {{0.0f, 1}, {1.0f, 2}, {2.0f, 2}, {3.0f, 3}, {4.0f, 3}};
+    const Keys at_end = {{0.0f, 1}, {4.0f, 2}};
+    const Keys outside = {{-1.0f, 1}, {0.0f, 2}, {2.0f, 3}, {9.0f, 4}};
+    const Keys at_once = {{0.0f, 1}, {2.0f, 2}, {2.0f, 3}, {4.0f, 3}};
+    const Keys late = {{2.0f, 1}, {3.0f, 2}};
+    constexpr auto once = Repeat::Once;
+    constexpr auto loop = Repeat::Loop;
+    constexpr auto ping_pong = Repeat::PingPong;
+    const struct
+    {
+        const Keys& keys;
+        Repeat repeat;
+        float start;
+        std::vector<double> advances;
+        std::vector<std::string> events; // of each
+    } rows[] = {
+        {steps, once, 0.0f, {0.5, 0.5, 0.5}, {"", "1:1>2 ", ""}},
+        {steps, once, 0.0f, {9.0, 1.0}, {"1:1>2 3:2>3 ", ""}},
+        {steps, once, 1.0f, {2.0}, {"3:2>3 "}},
+        // Going back passes the same keys, also where it turned exactly at one.
+        {steps, once, 0.0f, {1.0, -0.5, 0.5}, {"1:1>2 ", "1:2>1 ", "1:1>2 "}},
+        {steps, once, 4.0f, {-1.0, -1.0, -9.0}, {"", "3:3>2 ", "1:2>1 "}},
+        // Nothing is an event that was not played.
+        {steps, once, 2.5f, {0.0, std::numeric_limits<double>::quiet_NaN()}, {"", ""}},
+        {steps, once, 9.0f, {0.5}, {""}},
+        // The jump of a loop.
+        {steps, loop, 3.5f, {0.5, 0.5, 0.5}, {"0:3>1 ", "", "1:1>2 "}},
+        {steps, loop, 3.5f, {4.0}, {"0:3>1 1:1>2 3:2>3 "}},
+        {steps, loop, 2.5f, {8.0}, {"3:2>3 0:3>1 1:1>2 3:2>3 0:3>1 1:1>2 "}},
+        {steps, loop, 0.5f, {-0.5, -0.5, -0.5}, {"", "4:1>3 ", ""}},
+        {steps, loop, 1.5f, {-8.0}, {"1:2>1 4:1>3 3:3>2 1:2>1 4:1>3 3:3>2 "}},
+        {at_end, loop, 3.0f, {1.0, 1.0}, {"4:1>2 0:2>1 ", ""}},
+        {at_end, loop, 1.0f, {-2.0}, {"4:1>2 4:2>1 "}},
+        // The turn.
+        {steps, ping_pong, 2.5f, {2.0, 1.5}, {"3:2>3 ", "3:3>2 "}},
+        {steps, ping_pong, 2.5f, {8.0}, {"3:2>3 3:3>2 1:2>1 1:1>2 "}},
+        {steps, ping_pong, 2.5f, {-6.0}, {"1:2>1 1:1>2 3:2>3 "}},
+        {at_end, ping_pong, 3.0f, {1.0, 1.0}, {"4:1>2 ", "4:2>1 "}},
+        // Keys out of the range are not reached; values before the first key are the first.
+        {outside, loop, 1.0f, {4.0, -4.0}, {"2:2>3 0:3>2 ", "4:2>3 2:3>2 "}},
+        {late, loop, 0.0f, {4.0, -4.0}, {"3:1>2 0:2>1 ", "4:1>2 3:2>1 "}},
+        {at_once, once, 1.0f, {2.0, -2.0}, {"2:1>2 2:2>3 ", "2:3>2 2:2>1 "}},
+        {{{1.0f, 5}}, loop, 0.0f, {9.0}, {""}},
+        {{}, loop, 0.0f, {9.0}, {""}},
+        {{{0.0f, 5}, {2.0f, 5}, {4.0f, 5}}, loop, 0.0f, {4e15}, {""}},
+        {{{0.0f, 5}, {2.0f, 5}, {4.0f, 5}}, ping_pong, 0.0f, {4e15}, {""}},
+        {{{3.0f, 1}, {2.0f, 2}, {4.0f, 3}}, loop, 0.0f, {9.0}, {""}}, // not ascending
+    };
+    for (const auto& row : rows)
+    {
+        SCOPED_TRACE(testing::Message() << "row " << &row - rows);
+        const Clip clip = ClipOf(row.keys);
+        Player player(clip);
+        player.SetRepeat(row.repeat);
+        player.SetTime(row.start);
+        EXPECT_EQ(EventsOf(clip, player), "");
+        for (std::size_t step = 0; step < row.advances.size(); ++step)
+        {
+            player.Advance(row.advances[step]);
+            EXPECT_EQ(EventsOf(clip, player), row.events[step]) << "advance " << step;
+        }
+        player.SetTime(2.5f);
+        EXPECT_EQ(EventsOf(clip, player), "");
+    }
+}
+
+TEST(Events, LeadFromValueToValueInStepsOfAnySize)
+{
+    std::mt19937 random(1);
+    for (int round = 0; round < 300; ++round)
+    {
+        Keys keys;
+        for (int key = 0; key < 12; ++key) // quarters of a second: all sums are exact
+            keys.emplace_back(static_cast<float>(random() % 20) / 4.0f - 0.5f, random() % 3);
+        std::ranges::sort(keys, {}, &std::pair<float, int>::first);
+        keys.erase(std::ranges::unique(keys, {}, &std::pair<float, int>::first).begin(), keys.end());
+        const Clip clip = ClipOf(keys);
+        const auto property = clip.FindProperty<std::int32_t>(OfNode(0), "");
+        Player small(clip);
+        small.SetRepeat(static_cast<Repeat>(random() % 3));
+        small.SetTime(static_cast<float>(random() % 17) / 4.0f);
+        Player large = small;
+        int value = small.Value(property);
+        std::string text;
+        double moved = 0.0;
+        const double sign = random() % 2 == 0 ? 1.0 : -1.0;
+        for (int step = 0; step < 20; ++step)
+        {
+            const double seconds = sign * static_cast<double>(random() % 30) / 8.0;
+            small.Advance(seconds);
+            moved += seconds;
+            text += Text(small.Events(property));
+            for (const Event<std::int32_t>& event : small.Events(property))
+            {
+                EXPECT_EQ(event.before, value);
+                EXPECT_NE(event.before, event.after);
+                value = event.after;
+            }
+            ASSERT_EQ(small.Value(property), value) << "round " << round << " at " << small.Time();
+        }
+        large.Advance(moved);
+        EXPECT_EQ(large.Time(), small.Time());
+        ASSERT_EQ(Text(large.Events(property)), text) << "round " << round;
+    }
+}
+
+TEST(Events, CanBeLeftEarly)
+{
+    const Clip clip = ClipOf({{0.0f, 1}, {1.0f, 2}});
+    Player player(clip);
+    player.SetRepeat(Repeat::Loop);
+    player.Advance(4e12);
+    EXPECT_EQ(player.GetPlayhead().Wraps(), 1'000'000'000'000u);
+    int count = 0;
+    for ([[maybe_unused]] const Event<std::int32_t>& event : player.CameraCuts())
+        if (++count == 5)
+            break;
+    EXPECT_EQ(count, 5);
+}
+
+TEST(Events, TakeNaNForEqualAndVectorsComponentByComponent)
+{
+    const float nan = std::numeric_limits<float>::quiet_NaN();
+    TEV2 scene;
+    scene.environment.timeRange = {0.0f, 4.0f};
+    auto& values = scene.matrixHierarchy.nodes.emplace_back().properties.vector3Values;
+    values.emplace_back().track =
+        tv2_tests::MakeTrack<TEV2_ANIMATABLE_VECTOR_3_LINEAR>({{0.0f, {nan, 1.0f, 2.0f}},
+                                                               {1.0f, {nan, 1.0f, 2.0f}},
+                                                               {2.0f, {nan, 1.0f, 3.0f}},
+                                                               {3.0f, {4.0f, 1.0f, 3.0f}}});
+    const Clip clip(scene);
+    Player player(clip);
+    player.Advance(4.0);
+    std::vector<float> times;
+    for (const auto& event : player.Events(clip.FindProperty<TEV2_VECTOR_3>(OfNode(0), "")))
+    {
+        times.push_back(event.time);
+        EXPECT_EQ(event.after.z, 3.0f);
+    }
+    EXPECT_EQ(times, (std::vector<float>{2.0f, 3.0f}));
+}
