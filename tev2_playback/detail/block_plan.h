@@ -3,6 +3,7 @@
 #include "tev2_playback/block.h"
 
 #include <cstddef>
+#include <new>
 #include <span>
 #include <type_traits>
 
@@ -17,13 +18,17 @@ public:
     BlockPlan() = default;
     explicit BlockPlan(std::byte* block) : block_(block) {}
 
-    /// Room for `count` elements, aligned for vectors. Empty while measuring. The elements are not initialised.
+    /// Room for `count` elements, aligned for vectors. Empty while measuring. The elements are not initialised. Throws
+    /// std::bad_alloc where no memory is that large.
     template <typename Element>
     std::span<Element> Take(std::size_t count)
     {
         static_assert(std::is_trivially_copyable_v<Element> && alignof(Element) <= Block::kAlignment);
         const std::size_t begin = size_;
-        size_ += (count * sizeof(Element) + Block::kAlignment - 1) / Block::kAlignment * Block::kAlignment;
+        constexpr std::size_t kPadding = Block::kAlignment - 1;
+        if (count > (static_cast<std::size_t>(-1) - kPadding - begin) / sizeof(Element))
+            throw std::bad_alloc();
+        size_ += (count * sizeof(Element) + kPadding) / Block::kAlignment * Block::kAlignment;
         return block_ == nullptr ? std::span<Element>()
                                  : std::span<Element>(reinterpret_cast<Element*>(block_ + begin), count);
     }

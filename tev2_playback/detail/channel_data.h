@@ -1,11 +1,21 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
+#include <new>
 
 namespace TEV2_PLAYBACK
 {
 
 inline constexpr std::uint32_t kNobody = 0xFFFFFFFFu;
+
+/// An index into an array of the clip. Throws std::bad_alloc where it needs more than 32 bits: the clip is too large.
+inline std::uint32_t IndexOf(std::size_t index)
+{
+    if (index >= kNobody)
+        throw std::bad_alloc();
+    return static_cast<std::uint32_t>(index);
+}
 
 /// A track that is evaluated alone: of properties, of cameras, and of the few nodes that fit into no group.
 struct Channel

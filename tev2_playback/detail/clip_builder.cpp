@@ -26,12 +26,12 @@ void TakeClocks(const ClockTable& table, BlockPlan& plan, ClipData& data)
 
 void FillClocks(const ClockTable& table, ClipData& data)
 {
-    std::uint32_t first = 0;
+    std::size_t first = 0;
     for (std::size_t clock = 0; clock < data.clocks.size(); ++clock)
     {
         const ClockTable::Entry& entry = table.Entries()[clock];
-        const auto count = static_cast<std::uint32_t>(entry.times.size());
-        data.clocks[clock] = {first, count, entry.ascending};
+        const std::size_t count = entry.times.size();
+        data.clocks[clock] = {IndexOf(first), IndexOf(count), entry.ascending};
         std::memcpy(&data.times[first], entry.times.data(), count * sizeof(float));
         first += count;
     }

@@ -11,8 +11,8 @@ namespace TEV2_PLAYBACK
 namespace
 {
 
-/// Slots tried for an entry. Files can be made whose hashes all agree; times that find no slot are not shared with later
-/// ones, which costs memory and nothing else.
+/// Slots tried for an entry. Files can be made whose hashes all agree; times that find no slot are not shared with
+/// later ones, which costs memory and nothing else.
 constexpr std::size_t kMostProbes = 16;
 
 bool SameBytes(const KeyView<float>& left, const KeyView<float>& right)

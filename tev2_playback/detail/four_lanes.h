@@ -45,6 +45,11 @@ inline Float4 LoadFour(const float* floats)
     return Float4::Load(*reinterpret_cast<const float(*)[4]>(floats));
 }
 
+inline void StoreFour(Float4 four, float* floats)
+{
+    four.Store(*reinterpret_cast<float(*)[4]>(floats));
+}
+
 inline Float3x4 LoadVectors(const float* floats)
 {
     return {LoadFour(floats), LoadFour(floats + 4), LoadFour(floats + 8)};

@@ -1,6 +1,7 @@
 #include "tev2_playback/detail/skeleton_layout.h"
 
 #include "tev2_playback/detail/channel.h"
+#include "tev2_playback/detail/four_lanes.h"
 #include "tev2_playback/detail/transform_matrix.h"
 
 #include <algorithm>
@@ -204,18 +205,18 @@ void SkeletonLayout::AddGroup(NodeWay way, Moves moves, std::span<const std::uin
     }
     else
     {
-        group.resting = resting_;
+        group.resting = IndexOf(resting_);
         resting_ += RestingFloats(moves);
         if (way == NodeWay::Rows)
         {
             group.way = Way::Rows;
-            group.keys = row_size_;
+            group.keys = IndexOf(row_size_);
             row_size_ += RowFloats(moves);
         }
         else
         {
             group.way = Way::Gathered;
-            group.keys = lanes_;
+            group.keys = IndexOf(lanes_);
             lanes_ += moves == Moves::Both ? 2 * kLanes : kLanes;
             for (const std::uint32_t node : nodes)
             {
@@ -224,6 +225,7 @@ void SkeletonLayout::AddGroup(NodeWay way, Moves moves, std::span<const std::uin
                 if (HasRotation(moves))
                     gathered_ += 4 * source_.nodes[node].rotation.times.size();
             }
+            IndexOf(gathered_); // of every lane that FillGathered will place
         }
     }
     groups_.push_back(group);
@@ -233,10 +235,10 @@ std::uint32_t SkeletonLayout::AddChannel(const TrackSource& track, const TrackPl
 {
     if (!track.present)
         return kNobody;
-    channels_.push_back({track.kind, plan.play == Play::Resting ? kNobody : plan.clock, words_,
-                         static_cast<std::uint32_t>(track.valueCount)});
+    channels_.push_back({track.kind, plan.play == Play::Resting ? kNobody : plan.clock, IndexOf(words_),
+                         IndexOf(track.valueCount)});
     channel_sources_.push_back(&track);
-    words_ += static_cast<std::uint32_t>(track.valueCount * (track.kind == kVector3Track ? 3 : 4));
+    words_ += track.valueCount * (track.kind == kVector3Track ? std::size_t{3} : std::size_t{4});
     return static_cast<std::uint32_t>(channels_.size() - 1);
 }
 
@@ -324,7 +326,7 @@ void SkeletonLayout::TakeArrays(BlockPlan& plan, SkeletonData& data) const
 
 void SkeletonLayout::Fill(SkeletonData& data) const
 {
-    data.rowSize = row_size_;
+    data.rowSize = IndexOf(row_size_);
     data.top = top_;
     FillNodes(data);
     std::ranges::copy(groups_, data.groups.begin());
@@ -399,34 +401,91 @@ void SkeletonLayout::FillGroups(SkeletonData& data) const
     }
 }
 
+namespace
+{
+
+/// The keys of four lanes, into the floats of a group in one row after another.
+class RowWriter
+{
+public:
+    RowWriter(const std::vector<NodeSource>& nodes, const Group& group) : moves_(group.moves)
+    {
+        for (std::uint32_t lane = 0; lane < kLanes; ++lane)
+        {
+            translations_[lane] = ValuesOf<TEV2_VECTOR_3>(nodes[group.nodes[lane]].translation);
+            rotations_[lane] = ValuesOf<TEV2_QUATERNION>(nodes[group.nodes[lane]].rotation);
+        }
+    }
+
+    void Write(std::size_t key, float* to) const
+    {
+        if (HasTranslation(moves_))
+        {
+            const Float4x4 keys =
+                Transposed({Vector(0, key), Vector(1, key), Vector(2, key), Vector(3, key)});
+            StoreFour(keys.x, to);
+            StoreFour(keys.y, to + 4);
+            StoreFour(keys.z, to + 8);
+            to += 12;
+        }
+        if (HasRotation(moves_))
+        {
+            const Float4x4 keys =
+                Transposed({Rotation(0, key), Rotation(1, key), Rotation(2, key), Rotation(3, key)});
+            StoreFour(keys.x, to);
+            StoreFour(keys.y, to + 4);
+            StoreFour(keys.z, to + 8);
+            StoreFour(keys.w, to + 12);
+        }
+    }
+
+private:
+    static Float4 LoadUnaligned(const std::byte* from)
+    {
+        float floats[4];
+        std::memcpy(floats, from, sizeof floats);
+        return Float4::Load(floats);
+    }
+
+    /// With any number after it.
+    Float4 Vector(std::size_t lane, std::size_t key) const
+    {
+        const KeyView<TEV2_VECTOR_3>& keys = translations_[lane];
+        if (key + 1 < keys.size()) [[likely]]
+            return LoadUnaligned(static_cast<const std::byte*>(keys.data()) + key * sizeof(TEV2_VECTOR_3));
+        const TEV2_VECTOR_3 last = keys[key];
+        return Float4::Of(last.x, last.y, last.z, 0.0f);
+    }
+
+    Float4 Rotation(std::size_t lane, std::size_t key) const
+    {
+        return LoadUnaligned(static_cast<const std::byte*>(rotations_[lane].data()) +
+                             key * sizeof(TEV2_QUATERNION));
+    }
+
+    Moves moves_;
+    KeyView<TEV2_VECTOR_3> translations_[kLanes];
+    KeyView<TEV2_QUATERNION> rotations_[kLanes];
+};
+
+} // namespace
+
 void SkeletonLayout::FillRows(SkeletonData& data) const
 {
-    const std::size_t count = row_size_ == 0 ? 0 : data.rows.size() / row_size_;
+    std::vector<const Group*> in_rows;
+    for (const Group& group : groups_)
+        if (group.way == Way::Rows)
+            in_rows.push_back(&group);
+    const std::size_t count = in_rows.empty() ? 0 : data.rows.size() / row_size_;
     for (std::size_t begin = 0; begin < count; begin += kRowsAtOnce)
     {
         const std::size_t end = std::min(count, begin + kRowsAtOnce);
-        for (const Group& group : groups_)
+        for (const Group* const group : in_rows)
         {
-            if (group.way != Way::Rows)
-                continue;
-            for (std::uint32_t lane = 0; lane < kLanes; ++lane)
-            {
-                const NodeSource& node = source_.nodes[group.nodes[lane]];
-                float* to = &data.rows[begin * row_size_ + group.keys + lane];
-                const auto translations = ValuesOf<TEV2_VECTOR_3>(node.translation);
-                const auto rotations = ValuesOf<TEV2_QUATERNION>(node.rotation);
-                for (std::size_t key = begin; key < end; ++key, to += row_size_)
-                {
-                    float* part = to;
-                    if (HasTranslation(group.moves))
-                    {
-                        PutLane(part, translations[key]);
-                        part += 3 * kLanes;
-                    }
-                    if (HasRotation(group.moves))
-                        PutLane(part, rotations[key]);
-                }
-            }
+            const RowWriter writer(source_.nodes, *group);
+            float* to = &data.rows[begin * row_size_ + group->keys];
+            for (std::size_t key = begin; key < end; ++key, to += row_size_)
+                writer.Write(key, to);
         }
     }
 }

@@ -89,10 +89,10 @@ private:
     std::vector<LoneNode> alone_;
     std::vector<Channel> channels_;
     std::vector<const TrackSource*> channel_sources_;
-    std::uint32_t words_ = 0;
-    std::uint32_t row_size_ = 0;
-    std::uint32_t resting_ = 0;
-    std::uint32_t lanes_ = 0;
+    std::size_t words_ = 0;
+    std::size_t row_size_ = 0;
+    std::size_t resting_ = 0;
+    std::size_t lanes_ = 0;
     std::size_t gathered_ = 0;
 };
 
