@@ -26,6 +26,11 @@ Status LoadMemory(const void* bytes, std::size_t size, TEV2& scene, const LoadOp
     TEV2_MEMORY_CURSOR cursor(bytes, size, &report, options.limits);
     if (scene.Load(cursor, options.applyStartTime))
         return {};
+    return FailureOf(report);
+}
+
+Status FailureOf(const TEV2_LOAD_REPORT& report)
+{
     const auto error =
         std::ranges::find(report.findings, TEV2_LOAD_SEVERITY::Error, &TEV2_LOAD_FINDING::severity);
     return Status::Failure(error != report.findings.end() ? FindingText(*error) : "not a sound scene file");

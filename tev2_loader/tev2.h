@@ -138,7 +138,6 @@ public:
     void SetTime(float time) override;
 
 private:
-    bool LoadChunk(TEV2_MEMORY_CURSOR& cursor, std::uint32_t id, float version);
     bool AfterLoad(TEV2_MEMORY_CURSOR& cursor);
     void BindMeshes();
 };

@@ -3,6 +3,7 @@
 #include "tev2_loader/archive/boxed.h"
 #include "tev2_loader/archive/fields.h"
 #include "tev2_loader/archive/size.h"
+#include "tev2_loader/archive/views.h"
 #include "tev2_loader/format.h"
 #include "tev2_loader/io/memory_cursor.h"
 #include "tev2_loader/io/wide_string.h"
@@ -43,6 +44,15 @@ void LoadBlock(TEV2_MEMORY_CURSOR& cursor, std::vector<Element>& elements)
     const std::size_t count = cursor.ReadCount(sizeof(Element));
     if (cursor.TakeMemory(count * sizeof(Element)))
         ReadElements(cursor, elements, count);
+}
+
+/// Notes where the elements are.
+template <BlockElement Element>
+void LoadBlock(TEV2_MEMORY_CURSOR& cursor, TEV2_VIEW<Element>& elements)
+{
+    const std::uint32_t count = cursor.ReadCount(sizeof(Element));
+    elements = {cursor.current, count};
+    cursor.current += count * sizeof(Element);
 }
 
 /// Reads a body that may be of another layout, on a cursor of its own.
@@ -102,6 +112,9 @@ private:
     float version_;
 };
 
+template <typename Record>
+bool LoadFields(Record& record, TEV2_MEMORY_CURSOR& cursor, float version);
+
 /// Reads the fields of records in the layout of a version, replacing what they held. Arrays grow with what is read,
 /// never ahead of it.
 class LoadArchive
@@ -115,16 +128,21 @@ public:
     bool Since(float version) const { return version_ >= version; }
     bool UpTo(float version) const { return version_ <= version; }
 
-    void Text(const char* /*label*/, TEV2_WIDE_STRING& text) { ReadWideString(cursor_, text); }
+    template <typename String>
+    void Text(const char* /*label*/, String& text)
+    {
+        ReadWideString(cursor_, text);
+    }
 
-    void Texts(const char* label, std::vector<TEV2_WIDE_STRING>& texts, Counts counts = Counts::kBoth)
+    template <typename String>
+    void Texts(const char* label, std::vector<String>& texts, Counts counts = Counts::kBoth)
     {
         texts.clear();
         const std::uint32_t count = cursor_.ReadCount(DiskSize(TEV2_WIDE_STRING()));
         for (std::uint32_t index = 0; index < count && !cursor_.Failed(); ++index)
         {
             const RecordScope scope(cursor_, label, index);
-            if (cursor_.TakeMemory(sizeof(TEV2_WIDE_STRING)))
+            if (cursor_.TakeMemory(sizeof(String)))
                 ReadWideString(cursor_, texts.emplace_back());
         }
         Count(counts, !cursor_.Failed());
@@ -171,9 +189,10 @@ public:
         cursor_.ReadBlock(bytes.data(), kSize);
     }
 
-    template <typename Element>
-    void Values(const char* label, std::vector<Element>& values, Counts counts = Counts::kBoth)
+    template <typename Array>
+    void Values(const char* label, Array& values, [[maybe_unused]] Counts counts = Counts::kBoth)
     {
+        using Element = typename Array::value_type;
         if constexpr (BlockElement<Element>)
         {
             LoadBlock(cursor_, values);
@@ -194,17 +213,17 @@ public:
     {
         const RecordScope scope(cursor_, label);
         LoadArchive inner(cursor_, version_);
-        Object::Fields(record, inner);
+        ViewedBy<Object>::Fields(record, inner);
         Count(counts, inner.Result());
     }
 
     /// examine(cursor, record, begin, count) is called after each record, with the byte where the record begins.
-    template <typename Object, typename... Examine>
-    void Records(const char* label, std::vector<Object>& records, Counts counts = Counts::kBoth,
-                 const Examine&... examine)
+    template <typename Array, typename... Examine>
+    void Records(const char* label, Array& records, Counts counts = Counts::kBoth, const Examine&... examine)
     {
+        using Object = ViewedBy<typename Array::value_type>;
         LoadEach(label, records, LeastSize<Object>(), counts,
-                 [&](Object& record, [[maybe_unused]] std::uint32_t count)
+                 [&](auto& record, [[maybe_unused]] std::uint32_t count)
                  {
                      [[maybe_unused]] const std::size_t begin = cursor_.Offset();
                      LoadArchive inner(cursor_, version_);
@@ -218,7 +237,17 @@ public:
     template <typename Object>
     void Track(const char* label, std::unique_ptr<Object>& object, Counts counts = Counts::kBoth)
     {
-        Count(counts, LoadObject(label, object, RecordScope::kNoIndex));
+        const RecordScope scope(cursor_, label);
+        object.reset();
+        Count(counts, ReadFlag() ? LoadTyped(object) : !cursor_.Failed());
+    }
+
+    template <typename Family>
+    void Track(const char* label, TEV2_TRACK_VIEW<Family>& track, Counts counts = Counts::kBoth)
+    {
+        const RecordScope scope(cursor_, label);
+        track = {};
+        Count(counts, ReadFlag() ? LoadTyped(track) : !cursor_.Failed());
     }
 
     template <typename Object>
@@ -417,8 +446,8 @@ private:
     }
 
     /// Reads u32 count and that many elements of at least leastSize bytes each.
-    template <typename Element, typename ReadOne>
-    void LoadEach(const char* label, std::vector<Element>& elements, std::size_t leastSize, Counts counts,
+    template <typename Array, typename ReadOne>
+    void LoadEach(const char* label, Array& elements, std::size_t leastSize, Counts counts,
                   const ReadOne& read)
     {
         elements.clear();
@@ -427,7 +456,7 @@ private:
         for (std::uint32_t index = 0; index < count && !cursor_.Failed(); ++index)
         {
             const RecordScope scope(cursor_, label, index);
-            if (cursor_.TakeMemory(sizeof(Element)))
+            if (cursor_.TakeMemory(sizeof(typename Array::value_type)))
                 loaded &= read(elements.emplace_back(), count);
         }
         Count(counts, loaded && !cursor_.Failed());
@@ -448,15 +477,6 @@ private:
         cursor_.Fail(TEV2_LOAD_CODE::BodyKept, expected, std::to_string(found), back);
     }
 
-    /// Reads a flag and, where it is set, the type and the record of an object.
-    template <typename Object>
-    bool LoadObject(const char* label, std::unique_ptr<Object>& object, std::size_t index)
-    {
-        const RecordScope scope(cursor_, label, index);
-        object.reset();
-        return ReadFlag() ? LoadTyped(object) : !cursor_.Failed();
-    }
-
     /// Reads the type and the record of an object. A type that its family does not know fails the cursor.
     template <typename Object>
     bool LoadTyped(std::unique_ptr<Object>& object)
@@ -466,6 +486,16 @@ private:
             return false;
         object = Object::Create(type);
         return object ? object->Load(cursor_, version_) : FailForType<Object>(type);
+    }
+
+    template <typename Family>
+    bool LoadTyped(TEV2_TRACK_VIEW<Family>& track)
+    {
+        track.type = cursor_.ReadU32();
+        if (cursor_.Failed())
+            return false;
+        track.present = Family::Has(track.type);
+        return track.present ? LoadFields(track, cursor_, version_) : FailForType<Family>(track.type);
     }
 
     /// False when the effect is of another layout. Effects are read in files of every version: what is kept of one
@@ -532,7 +562,7 @@ template <typename Record>
 bool LoadFields(Record& record, TEV2_MEMORY_CURSOR& cursor, float version)
 {
     LoadArchive archive(cursor, version);
-    Record::Fields(record, archive);
+    ViewedBy<Record>::Fields(record, archive);
     return archive.Result();
 }
 

@@ -13,6 +13,16 @@ namespace TEV2_LOADER
 
 class RecordScope;
 
+/// Units or values where they are in the image, maybe not aligned. The image must outlive it.
+template <typename Element>
+struct TEV2_VIEW
+{
+    using value_type = Element;
+
+    const std::uint8_t* begin = nullptr;
+    std::uint32_t count = 0;
+};
+
 /// What every record's Load reads from: the whole file in memory. It accepts any bytes safely: no read leaves
 /// the image. A number read past the end is 0 and fails the cursor. A failed cursor moves to the end and stays
 /// there, and the load of the scene fails with it. The image is not copied and must outlive the cursor.

@@ -6,6 +6,8 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <cstring>
+#include <utility>
 
 namespace TEV2_LOADER
 {
@@ -112,26 +114,59 @@ void WriteWideString(TEV2_FILE_STREAM& stream, const TEV2_WIDE_STRING& string)
     stream.Write(string.Text().data(), length * sizeof(char16_t));
 }
 
+namespace
+{
+
+/// The length of a string, and the units of it that the image has.
+struct StringHead
+{
+    std::uint32_t declared;
+    std::uint32_t present;
+};
+
+/// False, and the cursor failed, where a body ends inside the string.
+bool ReadHead(TEV2_MEMORY_CURSOR& cursor, StringHead& head)
+{
+    head.declared = cursor.ReadU16();
+    head.present = static_cast<std::uint32_t>(
+        std::min<std::size_t>(head.declared, cursor.Remaining() / sizeof(char16_t)));
+    if (head.present == head.declared || !cursor.Strict())
+        return true;
+    return cursor.ReadBlock(nullptr, head.declared * sizeof(char16_t)); // fails
+}
+
+/// Continues after the units.
+void EndString(TEV2_MEMORY_CURSOR& cursor, const StringHead& head)
+{
+    cursor.current += head.present * sizeof(char16_t);
+    if (head.present == head.declared)
+        return;
+    cursor.current = cursor.end;
+    cursor.Warn(TEV2_LOAD_CODE::StringClamped, std::to_string(head.declared) + " units",
+                std::to_string(head.present) + " units");
+}
+
+} // namespace
+
 void ReadWideString(TEV2_MEMORY_CURSOR& cursor, TEV2_WIDE_STRING& string)
 {
-    const std::uint32_t declared = cursor.ReadU16();
-    const std::size_t present = std::min<std::size_t>(declared, cursor.Remaining() / sizeof(char16_t));
-    if (present < declared && cursor.Strict())
-    {
-        cursor.ReadBlock(nullptr, declared * sizeof(char16_t)); // fails
+    StringHead head{};
+    if (!ReadHead(cursor, head) || !cursor.TakeMemory(head.present * sizeof(char16_t)))
         return;
-    }
-    if (!cursor.TakeMemory(present * sizeof(char16_t)))
-        return;
-    std::u16string units(present, u'\0');
-    cursor.ReadBlock(units.data(), present * sizeof(char16_t));
+    std::u16string units(head.present, u'\0');
+    if (head.present != 0)
+        std::memcpy(units.data(), cursor.current, head.present * sizeof(char16_t));
     string = TEV2_WIDE_STRING(std::move(units));
-    if (present < declared)
-    {
-        cursor.current = cursor.end;
-        cursor.Warn(TEV2_LOAD_CODE::StringClamped, std::to_string(declared) + " units",
-                    std::to_string(present) + " units");
-    }
+    EndString(cursor, head);
+}
+
+void ReadWideString(TEV2_MEMORY_CURSOR& cursor, TEV2_VIEW<char16_t>& string)
+{
+    StringHead head{};
+    if (!ReadHead(cursor, head))
+        return;
+    string = {cursor.current, head.present};
+    EndString(cursor, head);
 }
 
 } // namespace TEV2_LOADER

@@ -14,6 +14,9 @@ namespace TEV2_LOADER
 class TEV2_FILE_STREAM;
 class TEV2_MEMORY_CURSOR;
 
+template <typename Element>
+struct TEV2_VIEW;
+
 /// UTF-16 code units, the form of every name and text of a scene. Units are not checked: unpaired surrogates and zeros
 /// pass through unchanged. names.h converts from and to UTF-8.
 class TEV2_WIDE_STRING
@@ -68,5 +71,8 @@ void WriteWideString(TEV2_FILE_STREAM& stream, const TEV2_WIDE_STRING& string);
 /// Reads what WriteWideString wrote. If the image ends inside the string, the complete units are kept, the cursor
 /// moves to the end and a warning is reported.
 void ReadWideString(TEV2_MEMORY_CURSOR& cursor, TEV2_WIDE_STRING& string);
+
+/// The same without a copy: where the units are.
+void ReadWideString(TEV2_MEMORY_CURSOR& cursor, TEV2_VIEW<char16_t>& string);
 
 } // namespace TEV2_LOADER

@@ -6,6 +6,7 @@
 #include "tev2_loader/tracks/linear_tracks.h"
 #include "tev2_loader/tracks/quaternion_tracks.h"
 
+#include <algorithm>
 #include <typeinfo>
 
 namespace TEV2_LOADER
@@ -46,22 +47,20 @@ typename Family::Value PresentValue(const std::unique_ptr<Family>& track)
 }
 
 /// Whether no node has more than most nodes from itself up to the top level. Parents in a circle have.
-bool NestsWithin(const std::vector<TEV2_MATRIX_NODE>& nodes, std::size_t most)
+bool NestsWithin(std::size_t count, const std::function<std::int32_t(std::size_t)>& parent_index,
+                 std::size_t most)
 {
-    const auto parent_of = [&nodes](std::size_t node)
-    {
-        const auto parent = static_cast<std::size_t>(nodes[node].parentIndex); // a negative one is beyond all
-        return parent < nodes.size() ? parent : nodes.size();
-    };
-    std::vector<std::uint32_t> depths(nodes.size() + 1, 0); // 0: not known yet, and that of no node
+    const auto parent_of = [&](std::size_t node)
+    { return std::min(static_cast<std::size_t>(parent_index(node)), count); }; // a negative one is beyond all
+    std::vector<std::uint32_t> depths(count + 1, 0); // 0: not known yet, and that of no node
     std::vector<std::size_t> way;
-    for (std::size_t node = 0; node < nodes.size(); ++node)
+    for (std::size_t node = 0; node < count; ++node)
     {
         way.clear();
-        for (std::size_t at = node; at != nodes.size() && depths[at] == 0; at = parent_of(at))
+        for (std::size_t at = node; at != count && depths[at] == 0; at = parent_of(at))
         {
             way.push_back(at);
-            if (way.size() > nodes.size())
+            if (way.size() > count)
                 return false;
         }
         for (; !way.empty(); way.pop_back())
@@ -134,33 +133,40 @@ void TEV2_MATRIX_HIERARCHY::LinkParents()
     }
 }
 
-void TEV2_MATRIX_HIERARCHY::ExamineParent(TEV2_MEMORY_CURSOR& cursor, const TEV2_MATRIX_NODE& node,
-                                          std::size_t begin, std::uint32_t count)
+void TEV2_MATRIX_HIERARCHY::ExamineParent(TEV2_MEMORY_CURSOR& cursor, std::int32_t parent, std::size_t offset,
+                                          std::uint32_t count)
 {
-    if (node.parentIndex < 0 || static_cast<std::uint32_t>(node.parentIndex) < count)
-        return;
-    const std::size_t parent = begin + DiskSize(node.name);
-    cursor.Warn(TEV2_LOAD_CODE::ParentOutside, "below " + std::to_string(count),
-                std::to_string(node.parentIndex), cursor.Offset() - parent);
+    if (parent >= 0 && static_cast<std::uint32_t>(parent) >= count)
+        cursor.Warn(TEV2_LOAD_CODE::ParentOutside, "below " + std::to_string(count), std::to_string(parent),
+                    cursor.Offset() - offset);
+}
+
+bool TEV2_MATRIX_HIERARCHY::AllowCount(TEV2_MEMORY_CURSOR& cursor)
+{
+    const std::size_t most = cursor.Limits().nodes;
+    TEV2_MEMORY_CURSOR ahead(cursor.current, cursor.Remaining());
+    const std::uint32_t count = ahead.ReadU32();
+    return most == 0 || count <= most ||
+           cursor.Fail(TEV2_LOAD_CODE::LimitExceeded, "at most " + std::to_string(most) + " nodes",
+                       std::to_string(count));
+}
+
+bool TEV2_MATRIX_HIERARCHY::AllowNesting(TEV2_MEMORY_CURSOR& cursor, std::size_t count,
+                                         const std::function<std::int32_t(std::size_t)>& parent_of)
+{
+    const std::size_t most = cursor.Limits().nesting;
+    return most == 0 || cursor.Failed() || NestsWithin(count, parent_of, most) ||
+           cursor.Fail(TEV2_LOAD_CODE::LimitExceeded,
+                       "nodes nested at most " + std::to_string(most) + " deep", "deeper");
 }
 
 bool TEV2_MATRIX_HIERARCHY::Load(TEV2_MEMORY_CURSOR& cursor, float version)
 {
-    const TEV2_LOAD_LIMITS limits = cursor.Limits();
-    if (limits.nodes != 0)
-    {
-        TEV2_MEMORY_CURSOR ahead(cursor.current, cursor.Remaining());
-        const std::uint32_t count = ahead.ReadU32();
-        if (count > limits.nodes)
-            return cursor.Fail(TEV2_LOAD_CODE::LimitExceeded,
-                               "at most " + std::to_string(limits.nodes) + " nodes", std::to_string(count));
-    }
+    if (!AllowCount(cursor))
+        return false;
     LoadFields(*this, cursor, version);
     LinkParents();
-    if (!cursor.Failed() && limits.nesting != 0 && !NestsWithin(nodes, limits.nesting))
-        return cursor.Fail(TEV2_LOAD_CODE::LimitExceeded,
-                           "nodes nested at most " + std::to_string(limits.nesting) + " deep", "deeper");
-    return true;
+    return AllowNesting(cursor, nodes.size(), [this](std::size_t node) { return nodes[node].parentIndex; });
 }
 
 bool TEV2_MATRIX_HIERARCHY::Save(TEV2_FILE_WRITER& writer) const

@@ -7,6 +7,7 @@
 #include "tev2_loader/tracks/animatable.h"
 
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <vector>
 
@@ -87,8 +88,18 @@ public:
     template <typename Self, typename Archive>
     static void Fields(Self& hierarchy, Archive& archive)
     {
-        archive.Records("nodes", hierarchy.nodes, Counts::kSave, ExamineParent);
+        archive.Records(
+            "nodes", hierarchy.nodes, Counts::kSave,
+            [](TEV2_MEMORY_CURSOR& cursor, const auto& node, std::size_t begin, std::uint32_t count)
+            { ExamineParent(cursor, node.parentIndex, begin + DiskSize(node.name), count); });
     }
+
+    /// Whether the limits allow the number of nodes that the cursor is at; if not, it fails. Reads nothing.
+    static bool AllowCount(TEV2_MEMORY_CURSOR& cursor);
+
+    /// Whether the limits allow the depth of `count` nodes; if not, the cursor fails.
+    static bool AllowNesting(TEV2_MEMORY_CURSOR& cursor, std::size_t count,
+                             const std::function<std::int32_t(std::size_t)>& parent_of);
 
     /// False, and the cursor failed, where there are more nodes, or deeper ones, than its limits allow; otherwise true:
     /// a node that could not be read fails the cursor alone.
@@ -101,7 +112,7 @@ public:
     void SetTime(float time) override;
 
 private:
-    static void ExamineParent(TEV2_MEMORY_CURSOR& cursor, const TEV2_MATRIX_NODE& node, std::size_t begin,
+    static void ExamineParent(TEV2_MEMORY_CURSOR& cursor, std::int32_t parent, std::size_t offset,
                               std::uint32_t count);
 
     template <typename Move>

@@ -72,6 +72,9 @@ public:
     /// An empty track of a kind; null when no track of this family has that kind.
     static std::unique_ptr<Family> Create(std::uint32_t kind);
 
+    /// Whether a track of this family has that kind.
+    static bool Has(std::uint32_t kind);
+
     /// The value at the cursor. A track with one value is constant; a track without values gives Value{}: zeros,
     /// for rotations the identity.
     virtual Value GetValue() const = 0;

@@ -26,12 +26,24 @@ std::unique_ptr<Family> CreateOneOf(TEV2_CLASSES<TEV2_ANIMATABLE, Tracks...>, st
     return track;
 }
 
+template <typename Family, typename... Tracks>
+bool HasOneOf(TEV2_CLASSES<TEV2_ANIMATABLE, Tracks...>, std::uint32_t kind)
+{
+    return ((std::is_base_of_v<Family, Tracks> && kind == Tracks::kType) || ...);
+}
+
 } // namespace
 
 template <typename Family, typename ValueType>
 std::unique_ptr<Family> TrackOf<Family, ValueType>::Create(std::uint32_t kind)
 {
     return CreateOneOf<Family>(AllTracks(), kind);
+}
+
+template <typename Family, typename ValueType>
+bool TrackOf<Family, ValueType>::Has(std::uint32_t kind)
+{
+    return HasOneOf<Family>(AllTracks(), kind);
 }
 
 template class TrackOf<TEV2_ANIMATABLE_FLOAT32, float>;
