@@ -12,7 +12,9 @@ namespace TEV2_PLAYBACK
 
 using namespace TEV2_LOADER;
 
-Clip::Clip(const TEV2& scene, const ClipOptions& options) : block_(BuildClip(SourceOf(scene), options)) {}
+Clip::Clip(const TEV2& scene, const ClipOptions& options) : Clip(SourceOf(scene), options) {}
+
+Clip::Clip(ClipSource source, const ClipOptions& options) : block_(BuildClip(std::move(source), options)) {}
 
 std::size_t Clip::NodeCount() const
 {

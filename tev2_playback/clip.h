@@ -1,5 +1,6 @@
 #pragma once
 
+#include "tev2_loader/status.h"
 #include "tev2_loader/tev2.h"
 #include "tev2_playback/axes.h"
 #include "tev2_playback/block.h"
@@ -13,6 +14,8 @@ namespace TEV2_PLAYBACK
 {
 
 struct ClipData;
+struct ClipSource;
+struct LoadClipOptions;
 
 struct ClipOptions
 {
@@ -87,6 +90,10 @@ public:
 
 private:
     friend class Player;
+    friend TEV2_LOADER::Status LoadClipMemory(const void* bytes, std::size_t size, Clip& clip,
+                                              const LoadClipOptions& options);
+
+    Clip(ClipSource source, const ClipOptions& options);
 
     std::uint32_t FindProperty(Owner owner, std::string_view utf8_name, PropertyType type) const;
     const ClipData& Data() const { return *reinterpret_cast<const ClipData*>(block_.Begin()); }

@@ -5,8 +5,8 @@
 #include <cstddef>
 #include <cstdint>
 
-// Fields where they are in the image. An object whose members are named as those of a record, with views instead of texts
-// and values, is loaded by the record's Fields as the record is, without copies:
+// Fields where they are in the image. An object whose members are named as those of a record, with views instead of
+// texts and values, is loaded by the record's Fields as the record is, without copies:
 //
 //     struct NameView
 //     {
