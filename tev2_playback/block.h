@@ -30,9 +30,10 @@ public:
     }
     Block& operator=(Block&& other) noexcept
     {
-        std::swap(memory_, other.memory_);
-        std::swap(size_, other.size_);
-        std::swap(begin_, other.begin_);
+        Block taken(std::move(other));
+        std::swap(memory_, taken.memory_);
+        std::swap(size_, taken.size_);
+        std::swap(begin_, taken.begin_);
         return *this;
     }
     ~Block()

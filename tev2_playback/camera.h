@@ -11,7 +11,7 @@
 //     {
 //         const TEV2_PLAYBACK::CameraView camera = player.Camera(static_cast<std::size_t>(active));
 //         const auto projection = camera.Projection(TEV2_PLAYBACK::Depth::ZeroToOne, 16.0f / 9.0f);
-//         std::printf("%g %g\n", camera.view.m[0][3], projection.m[0][0]);
+//         std::printf("%g %g\n", static_cast<double>(camera.view.m[0][3]), static_cast<double>(projection.m[0][0]));
 //     }
 
 namespace TEV2_PLAYBACK

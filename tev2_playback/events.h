@@ -10,9 +10,10 @@
 
 // What a property or the camera switcher did while a player advanced.
 //
+//     const auto footstep = clip.FindProperty<std::int32_t>(TEV2_PLAYBACK::OfNode(0), "footstep");
 //     player.Advance(1.0 / 60.0);
 //     for (const TEV2_PLAYBACK::Event<std::int32_t>& step : player.Events(footstep))
-//         std::printf("at %g s: %d, was %d\n", step.time, step.after, step.before);
+//         std::printf("at %g s: %d, was %d\n", static_cast<double>(step.time), step.after, step.before);
 //
 // The *key value* of a property at a time is that of its last key at or before it, and that of its first key before all
 // of them. Of whole numbers and the switcher it is the value itself; of others, where interpolation was last. An event

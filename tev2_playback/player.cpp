@@ -81,22 +81,26 @@ void Player::PlaceArrays()
     places_ = arrays.places.data();
 }
 
-void Player::Forget()
-{
-    sought_ = false;
-    has_worlds_ = false;
-}
-
 void Player::SetTime(float seconds)
 {
+    const float before = Time();
     playhead_.SetTime(seconds);
-    Forget();
+    KeepIfAt(before);
 }
 
 void Player::Advance(double seconds)
 {
+    const float before = Time();
     playhead_.Advance(seconds);
-    Forget();
+    KeepIfAt(before);
+}
+
+/// Whether what is known of a time is still right.
+void Player::KeepIfAt(float time)
+{
+    const bool same = Time() == time;
+    sought_ &= same;
+    has_worlds_ &= same;
 }
 
 void Player::Seek()

@@ -20,11 +20,16 @@ struct Place;
 
 /// Plays a clip: one instance of a character at a time of its own.
 ///
+///     const TEV2_PLAYBACK::Clip clip(scene);
+///     const int hips = clip.Find("Hips");
 ///     TEV2_PLAYBACK::Player player(clip);
 ///     player.SetRepeat(TEV2_PLAYBACK::Repeat::Loop);
-///     ...
-///     player.Advance(1.0 / 60.0);
-///     player.World()[hips]; // metres
+///     for (int frame = 0; hips >= 0 && frame < 120; ++frame)
+///     {
+///         player.Advance(1.0 / 60.0);
+///         const TEV2_LOADER::TEV2_MATRIX_3X4& world = player.World()[static_cast<std::size_t>(hips)];
+///         std::printf("%g m up at %g s\n", static_cast<double>(world.m[1][3]), static_cast<double>(player.Time()));
+///     }
 ///
 /// What it gives depends on the clip and the time alone, not on the times before: the numbers of a scene just loaded,
 /// its cursors at their first keys, after one SetTime. At a key's own time that is the end of the segment before the
@@ -49,15 +54,15 @@ public:
     Player(Player&& other) noexcept = default;
     Player& operator=(Player&& other) noexcept = default;
 
-    // The clock. playhead.h describes it.
+    // The clock, described in playhead.h.
 
     void SetRepeat(Repeat repeat) { playhead_.SetRepeat(repeat); }
     void SetSpeed(double speed) { playhead_.SetSpeed(speed); }
 
-    /// Plays on by `seconds` times the speed, within the clip's time range.
+    /// Plays on by `seconds` times the speed, within the clip's time range; Events and CameraCuts say what happened.
     void Advance(double seconds);
 
-    /// Goes to any time in seconds.
+    /// Goes to any time in seconds, inside the clip's range or not. A jump: there are no events.
     void SetTime(float seconds);
 
     float Time() const { return playhead_.Time(); }
@@ -97,7 +102,7 @@ public:
 
 private:
     void PlaceArrays();
-    void Forget();
+    void KeepIfAt(float time);
     void Seek();
     Place PlaceOn(const Channel& channel) const;
     std::uint32_t ChannelOf(std::uint32_t property, PropertyType type) const;

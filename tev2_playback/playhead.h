@@ -29,7 +29,9 @@ struct PlayedSpan
 ///
 ///     TEV2_PLAYBACK::Playhead playhead(0.0f, 2.0f);
 ///     playhead.SetRepeat(TEV2_PLAYBACK::Repeat::Loop);
-///     playhead.Advance(4.5); // playhead.Time() is 0.5f
+///     playhead.Advance(4.5);
+///     if (playhead.Time() != 0.5f)
+///         return 1;
 ///
 /// Counts in double precision: after hours of steps of 1.0 / 60 it is still at the right frame. (Pass a double: the
 /// float nearest to 1/60 is 0.2 ms off in every hour.)

@@ -8,9 +8,9 @@
 
 // User properties of nodes and cameras: found once by owner and name, then read from any player.
 //
-//     const auto glow = clip.FindProperty<float>(TEV2_PLAYBACK::OfNode(hips), "glow");
-//     ...
-//     player.Value(glow); // 0 where there is no such property
+//     const auto glow = clip.FindProperty<float>(TEV2_PLAYBACK::OfNode(0), "glow");
+//     player.SetTime(0.5f);
+//     const float value = player.Value(glow); // 0 where there is no such property
 
 namespace TEV2_PLAYBACK
 {

@@ -116,7 +116,11 @@ TEST(Player, CopiesIntoMemoryOfItsOwn)
         EXPECT_EQ(elsewhere.Time(), 0.75f);
         EXPECT_EQ(first.taken + second.taken, taken);
         moved = elsewhere; // what was moved from can be assigned to
+        EXPECT_NE(moved.World().data(), worlds);
         EXPECT_EQ(Numbers(moved), Numbers(elsewhere));
+        plays_other = std::move(elsewhere);
+        elsewhere = moved;
+        EXPECT_EQ(Numbers(plays_other), Numbers(elsewhere));
     }
     EXPECT_EQ(first.pieces, 0);
     EXPECT_EQ(second.pieces, 0);
