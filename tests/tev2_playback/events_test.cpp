@@ -63,61 +63,64 @@ std::string EventsOf(const Clip& clip, const Player& player)
     return text;
 }
 
+const Keys steps = {{0.0f, 1}, {1.0f, 2}, {2.0f, 2}, {3.0f, 3}, {4.0f, 3}};
+const Keys at_end = {{0.0f, 1}, {4.0f, 2}};
+const Keys outside = {{-1.0f, 1}, {0.0f, 2}, {2.0f, 3}, {9.0f, 4}};
+const Keys at_once = {{0.0f, 1}, {2.0f, 2}, {2.0f, 3}, {4.0f, 3}};
+const Keys late = {{2.0f, 1}, {3.0f, 2}};
+constexpr auto once = Repeat::Once;
+constexpr auto loop = Repeat::Loop;
+constexpr auto ping_pong = Repeat::PingPong;
+struct PlayedCourse
+{
+    Keys keys;
+    Repeat repeat;
+    float start;
+    std::vector<double> advances;
+    std::vector<std::string> events; // of each
+};
+
+const PlayedCourse kPlayedCourses[] = {
+    {steps, once, 0.0f, {0.5, 0.5, 0.5}, {"", "1:1>2 ", ""}},
+    {steps, once, 0.0f, {9.0, 1.0}, {"1:1>2 3:2>3 ", ""}},
+    {steps, once, 1.0f, {2.0}, {"3:2>3 "}},
+    // Going back passes the same keys, also where it turned exactly at one.
+    {steps, once, 0.0f, {1.0, -0.5, 0.5}, {"1:1>2 ", "1:2>1 ", "1:1>2 "}},
+    {steps, once, 4.0f, {-1.0, -1.0, -9.0}, {"", "3:3>2 ", "1:2>1 "}},
+    // Nothing is an event that was not played.
+    {steps, once, 2.5f, {0.0, std::numeric_limits<double>::quiet_NaN()}, {"", ""}},
+    {steps, once, 9.0f, {0.5}, {""}},
+    // The jump of a loop.
+    {steps, loop, 3.5f, {0.5, 0.5, 0.5}, {"0:3>1 ", "", "1:1>2 "}},
+    {steps, loop, 3.5f, {4.0}, {"0:3>1 1:1>2 3:2>3 "}},
+    {steps, loop, 2.5f, {8.0}, {"3:2>3 0:3>1 1:1>2 3:2>3 0:3>1 1:1>2 "}},
+    {steps, loop, 0.5f, {-0.5, -0.5, -0.5}, {"", "4:1>3 ", ""}},
+    {steps, loop, 1.5f, {-8.0}, {"1:2>1 4:1>3 3:3>2 1:2>1 4:1>3 3:3>2 "}},
+    {at_end, loop, 3.0f, {1.0, 1.0}, {"4:1>2 0:2>1 ", ""}},
+    {at_end, loop, 1.0f, {-2.0}, {"4:1>2 4:2>1 "}},
+    // The turn.
+    {steps, ping_pong, 2.5f, {2.0, 1.5}, {"3:2>3 ", "3:3>2 "}},
+    {steps, ping_pong, 2.5f, {8.0}, {"3:2>3 3:3>2 1:2>1 1:1>2 "}},
+    {steps, ping_pong, 2.5f, {-6.0}, {"1:2>1 1:1>2 3:2>3 "}},
+    {at_end, ping_pong, 3.0f, {1.0, 1.0}, {"4:1>2 ", "4:2>1 "}},
+    // Keys out of the range are not reached; values before the first key are the first.
+    {outside, loop, 1.0f, {4.0, -4.0}, {"2:2>3 0:3>2 ", "4:2>3 2:3>2 "}},
+    {late, loop, 0.0f, {4.0, -4.0}, {"3:1>2 0:2>1 ", "4:1>2 3:2>1 "}},
+    {at_once, once, 1.0f, {2.0, -2.0}, {"2:1>2 2:2>3 ", "2:3>2 2:2>1 "}},
+    {{{1.0f, 5}}, loop, 0.0f, {9.0}, {""}},
+    {{}, loop, 0.0f, {9.0}, {""}},
+    {{{0.0f, 5}, {2.0f, 5}, {4.0f, 5}}, loop, 0.0f, {4e15}, {""}},
+    {{{0.0f, 5}, {2.0f, 5}, {4.0f, 5}}, ping_pong, 0.0f, {4e15}, {""}},
+    {{{3.0f, 1}, {2.0f, 2}, {4.0f, 3}}, loop, 0.0f, {9.0}, {""}}, // not ascending
+};
+
 } // namespace
 
 TEST(Events, AreTheChangesOfWhatWasPlayed)
 {
-    const Keys steps = {{0.0f, 1}, {1.0f, 2}, {2.0f, 2}, {3.0f, 3}, {4.0f, 3}};
-    const Keys at_end = {{0.0f, 1}, {4.0f, 2}};
-    const Keys outside = {{-1.0f, 1}, {0.0f, 2}, {2.0f, 3}, {9.0f, 4}};
-    const Keys at_once = {{0.0f, 1}, {2.0f, 2}, {2.0f, 3}, {4.0f, 3}};
-    const Keys late = {{2.0f, 1}, {3.0f, 2}};
-    constexpr auto once = Repeat::Once;
-    constexpr auto loop = Repeat::Loop;
-    constexpr auto ping_pong = Repeat::PingPong;
-    const struct
+    for (const PlayedCourse& row : kPlayedCourses)
     {
-        const Keys& keys;
-        Repeat repeat;
-        float start;
-        std::vector<double> advances;
-        std::vector<std::string> events; // of each
-    } rows[] = {
-        {steps, once, 0.0f, {0.5, 0.5, 0.5}, {"", "1:1>2 ", ""}},
-        {steps, once, 0.0f, {9.0, 1.0}, {"1:1>2 3:2>3 ", ""}},
-        {steps, once, 1.0f, {2.0}, {"3:2>3 "}},
-        // Going back passes the same keys, also where it turned exactly at one.
-        {steps, once, 0.0f, {1.0, -0.5, 0.5}, {"1:1>2 ", "1:2>1 ", "1:1>2 "}},
-        {steps, once, 4.0f, {-1.0, -1.0, -9.0}, {"", "3:3>2 ", "1:2>1 "}},
-        // Nothing is an event that was not played.
-        {steps, once, 2.5f, {0.0, std::numeric_limits<double>::quiet_NaN()}, {"", ""}},
-        {steps, once, 9.0f, {0.5}, {""}},
-        // The jump of a loop.
-        {steps, loop, 3.5f, {0.5, 0.5, 0.5}, {"0:3>1 ", "", "1:1>2 "}},
-        {steps, loop, 3.5f, {4.0}, {"0:3>1 1:1>2 3:2>3 "}},
-        {steps, loop, 2.5f, {8.0}, {"3:2>3 0:3>1 1:1>2 3:2>3 0:3>1 1:1>2 "}},
-        {steps, loop, 0.5f, {-0.5, -0.5, -0.5}, {"", "4:1>3 ", ""}},
-        {steps, loop, 1.5f, {-8.0}, {"1:2>1 4:1>3 3:3>2 1:2>1 4:1>3 3:3>2 "}},
-        {at_end, loop, 3.0f, {1.0, 1.0}, {"4:1>2 0:2>1 ", ""}},
-        {at_end, loop, 1.0f, {-2.0}, {"4:1>2 4:2>1 "}},
-        // The turn.
-        {steps, ping_pong, 2.5f, {2.0, 1.5}, {"3:2>3 ", "3:3>2 "}},
-        {steps, ping_pong, 2.5f, {8.0}, {"3:2>3 3:3>2 1:2>1 1:1>2 "}},
-        {steps, ping_pong, 2.5f, {-6.0}, {"1:2>1 1:1>2 3:2>3 "}},
-        {at_end, ping_pong, 3.0f, {1.0, 1.0}, {"4:1>2 ", "4:2>1 "}},
-        // Keys out of the range are not reached; values before the first key are the first.
-        {outside, loop, 1.0f, {4.0, -4.0}, {"2:2>3 0:3>2 ", "4:2>3 2:3>2 "}},
-        {late, loop, 0.0f, {4.0, -4.0}, {"3:1>2 0:2>1 ", "4:1>2 3:2>1 "}},
-        {at_once, once, 1.0f, {2.0, -2.0}, {"2:1>2 2:2>3 ", "2:3>2 2:2>1 "}},
-        {{{1.0f, 5}}, loop, 0.0f, {9.0}, {""}},
-        {{}, loop, 0.0f, {9.0}, {""}},
-        {{{0.0f, 5}, {2.0f, 5}, {4.0f, 5}}, loop, 0.0f, {4e15}, {""}},
-        {{{0.0f, 5}, {2.0f, 5}, {4.0f, 5}}, ping_pong, 0.0f, {4e15}, {""}},
-        {{{3.0f, 1}, {2.0f, 2}, {4.0f, 3}}, loop, 0.0f, {9.0}, {""}}, // not ascending
-    };
-    for (const auto& row : rows)
-    {
-        SCOPED_TRACE(testing::Message() << "row " << &row - rows);
+        SCOPED_TRACE(testing::Message() << "row " << &row - kPlayedCourses);
         const Clip clip = ClipOf(row.keys);
         Player player(clip);
         player.SetRepeat(row.repeat);

@@ -210,20 +210,32 @@ bool SameBits(const Value& left, const Value& right)
     return same;
 }
 
-/// Compares with a track that is rewound before each SetTime.
+template <typename Family>
+typename Family::Value RewoundValue(Family& track, float time)
+{
+    track.m_current_key = 0;
+    track.m_fraction = 0.0f;
+    track.SetTime(time);
+    return track.GetValue();
+}
+
 template <typename Value, typename Family>
 void Compare(Player& player, Property<Value> property, const std::unique_ptr<Family>& track, float time)
 {
-    Value expected{};
-    if (track)
-    {
-        track->m_current_key = 0;
-        track->m_fraction = 0.0f;
-        track->SetTime(time);
-        expected = track->GetValue();
-    }
     ASSERT_TRUE(property);
-    ASSERT_TRUE(SameBits(player.Value(property), expected)) << "at " << time;
+    ASSERT_TRUE(SameBits(player.Value(property), track ? RewoundValue(*track, time) : Value{}))
+        << "at " << time;
+}
+
+/// Times inside and outside, and those of the keys.
+std::vector<float> TimesAround(const TEV2_ANIMATABLE& track, std::mt19937& random)
+{
+    std::vector<float> times = {-1.0f, 9.0f, std::numeric_limits<float>::quiet_NaN(),
+                                std::numeric_limits<float>::infinity()};
+    for (int time = 0; time < 20; ++time)
+        times.push_back(static_cast<float>(random() % 1000) / 300.0f);
+    times.insert(times.end(), track.m_times.begin(), track.m_times.end());
+    return times;
 }
 
 } // namespace
@@ -242,57 +254,45 @@ TEST(Properties, HaveTheNumbersOfTheirTracks)
     {
         TEV2 scene;
         auto& node = scene.matrixHierarchy.nodes.emplace_back().properties;
-        auto& camera = scene.cameras.emplace_back(std::make_unique<TEV2_CAMERA>());
-        auto& of_camera = camera->properties;
-        node.intValues.emplace_back().track =
-            OddTrack<TEV2_ANIMATABLE_INT32_RLE>(random, [&] { return static_cast<int>(random()); });
-        node.floatValues.emplace_back().track = OddTrack<TEV2_ANIMATABLE_FLOAT32_LINEAR>(random, number);
-        of_camera.vector3Values.emplace_back().track =
+        auto& camera = scene.cameras.emplace_back(std::make_unique<TEV2_CAMERA>())->properties;
+        auto& whole = node.intValues.emplace_back().track;
+        auto& real = node.floatValues.emplace_back().track;
+        auto& three = camera.vector3Values.emplace_back().track;
+        auto& four = camera.vector4Values.emplace_back().track;
+        auto& none = camera.floatValues.emplace_back().track;
+        whole = OddTrack<TEV2_ANIMATABLE_INT32_RLE>(random, [&] { return static_cast<int>(random()); });
+        real = OddTrack<TEV2_ANIMATABLE_FLOAT32_LINEAR>(random, number);
+        three =
             OddTrack<TEV2_ANIMATABLE_VECTOR_3_LINEAR>(random,
                                                       [&] {
                                                           return TEV2_VECTOR_3{number(), number(), number()};
                                                       });
-        of_camera.vector4Values.emplace_back().track = OddTrack<TEV2_ANIMATABLE_VECTOR_4_LINEAR>(
+        four = OddTrack<TEV2_ANIMATABLE_VECTOR_4_LINEAR>(
             random,
             [&] {
                 return TEV2_VECTOR_4{number(), number(), number(), number()};
             });
-        of_camera.floatValues.emplace_back(); // without a track
-        camera->fieldOfView = OddTrack<TEV2_ANIMATABLE_FLOAT32_LINEAR>(random, number);
-        camera->clipRange =
+        auto& lens = *scene.cameras[0];
+        lens.fieldOfView = OddTrack<TEV2_ANIMATABLE_FLOAT32_LINEAR>(random, number);
+        lens.clipRange =
             OddTrack<TEV2_ANIMATABLE_FLOAT32_RANGE_LINEAR>(random,
                                                            [&] {
                                                                return TEV2_FLOAT32_RANGE{number(), number()};
                                                            });
         const Clip clip(scene);
         Player player(clip);
-        std::vector<float> times = {-1.0f, 9.0f, std::numeric_limits<float>::quiet_NaN(),
-                                    std::numeric_limits<float>::infinity()};
-        for (int time = 0; time < 20; ++time)
-            times.push_back(static_cast<float>(random() % 1000) / 300.0f);
-        for (const float time : node.floatValues[0].track->m_times)
-            times.push_back(time);
-        for (const float time : times)
+        for (const float time : TimesAround(*real, random))
         {
             player.SetTime(time);
-            Compare(player, clip.FindProperty<std::int32_t>(OfNode(0), ""), node.intValues[0].track, time);
-            Compare(player, clip.FindProperty<float>(OfNode(0), ""), node.floatValues[0].track, time);
-            Compare(player, clip.FindProperty<TEV2_VECTOR_3>(OfCamera(0), ""),
-                    of_camera.vector3Values[0].track, time);
-            Compare(player, clip.FindProperty<TEV2_VECTOR_4>(OfCamera(0), ""),
-                    of_camera.vector4Values[0].track, time);
-            Compare(player, clip.FindProperty<float>(OfCamera(0), ""), of_camera.floatValues[0].track, time);
-            for (TEV2_ANIMATABLE* track : {static_cast<TEV2_ANIMATABLE*>(camera->fieldOfView.get()),
-                                           static_cast<TEV2_ANIMATABLE*>(camera->clipRange.get())})
-            {
-                track->m_current_key = 0;
-                track->m_fraction = 0.0f;
-                track->SetTime(time);
-            }
+            Compare(player, clip.FindProperty<std::int32_t>(OfNode(0), ""), whole, time);
+            Compare(player, clip.FindProperty<float>(OfNode(0), ""), real, time);
+            Compare(player, clip.FindProperty<TEV2_VECTOR_3>(OfCamera(0), ""), three, time);
+            Compare(player, clip.FindProperty<TEV2_VECTOR_4>(OfCamera(0), ""), four, time);
+            Compare(player, clip.FindProperty<float>(OfCamera(0), ""), none, time);
             const CameraView view = player.Camera(0);
-            EXPECT_TRUE(SameBits(view.fieldOfView, camera->fieldOfView->GetValue()));
-            EXPECT_TRUE(SameBits(view.nearPlane, camera->clipRange->GetValue().minimum));
-            EXPECT_TRUE(SameBits(view.farPlane, camera->clipRange->GetValue().maximum));
+            EXPECT_TRUE(SameBits(view.fieldOfView, RewoundValue(*lens.fieldOfView, time)));
+            EXPECT_TRUE(SameBits(view.nearPlane, RewoundValue(*lens.clipRange, time).minimum));
+            EXPECT_TRUE(SameBits(view.farPlane, RewoundValue(*lens.clipRange, time).maximum));
         }
     }
 }

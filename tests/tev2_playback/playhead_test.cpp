@@ -17,68 +17,71 @@ constexpr auto kOnce = Repeat::Once;
 constexpr auto kLoop = Repeat::Loop;
 constexpr auto kPingPong = Repeat::PingPong;
 
+/// Of a range of 1 to 3 seconds.
+struct Course
+{
+    Repeat repeat;
+    double speed;
+    float start;
+    std::vector<double> steps;
+    float time;
+    int direction;
+    std::uint64_t wraps; // of the last step
+    bool ended;
+};
+
+const Course kCourses[] = {
+    {kOnce, 1.0, 1.0f, {0.5}, 1.5f, 1, 0, false},
+    {kOnce, 1.0, 1.0f, {2.0}, 3.0f, 1, 0, true},
+    {kOnce, 1.0, 1.0f, {9.0, 0.5}, 3.0f, 1, 0, true},
+    {kOnce, 1.0, 1.0f, {9.0, -0.5}, 2.5f, 1, 0, false},
+    {kOnce, 1.0, 1.0f, {-0.5}, 1.0f, 1, 0, false},
+    {kOnce, -2.0, 3.0f, {0.5}, 2.0f, -1, 0, false},
+    {kOnce, -2.0, 3.0f, {1.5}, 1.0f, -1, 0, true},
+    {kOnce, 0.0, 3.0f, {1.5}, 3.0f, 0, 0, false},
+    {kLoop, 1.0, 1.0f, {0.5}, 1.5f, 1, 0, false},
+    {kLoop, 1.0, 1.0f, {2.0}, 1.0f, 1, 1, false},
+    {kLoop, 1.0, 1.0f, {1.5, 1.0}, 1.5f, 1, 1, false},
+    {kLoop, 1.0, 1.0f, {1.5, 1.0, 0.5}, 2.0f, 1, 0, false},
+    {kLoop, 1.0, 1.5f, {2000.25}, 1.75f, 1, 1000, false},
+    {kLoop, 1.0, 3.0f, {0.5}, 1.5f, 1, 1, false},
+    {kLoop, 1.0, 3.0f, {-0.5}, 2.5f, 1, 0, false},
+    {kLoop, -1.0, 1.5f, {0.5}, 1.0f, -1, 0, false},
+    {kLoop, -1.0, 1.5f, {0.5, 0.5}, 2.5f, -1, 1, false},
+    {kLoop, -1.0, 1.5f, {5.0}, 2.5f, -1, 3, false},
+    {kPingPong, 1.0, 1.0f, {1.5}, 2.5f, 1, 0, false},
+    {kPingPong, 1.0, 1.0f, {2.0}, 3.0f, 1, 0, false},
+    {kPingPong, 1.0, 1.0f, {2.0, 0.5}, 2.5f, -1, 1, false},
+    {kPingPong, 1.0, 1.0f, {2.5, 0.5}, 2.0f, -1, 0, false},
+    {kPingPong, 1.0, 1.0f, {2.5, 1.5}, 1.0f, -1, 0, false},
+    {kPingPong, 1.0, 1.0f, {2.5, 1.5, 0.25}, 1.25f, 1, 1, false},
+    {kPingPong, 1.0, 1.0f, {2.5, -0.75}, 2.75f, 1, 1, false},
+    {kPingPong, 1.0, 1.0f, {4000.5}, 1.5f, 1, 2000, false},
+    {kPingPong, 1.0, 1.0f, {4002.5}, 2.5f, -1, 2001, false},
+    {kPingPong, -1.0, 2.0f, {1.5}, 1.5f, 1, 1, false},
+    {kPingPong, -1.0, 2.0f, {1.5, 2.0}, 2.5f, -1, 1, false},
+    // From outside, and after what is not a time.
+    {kOnce, 1.0, 9.0f, {0.5}, 3.0f, 1, 0, true},
+    {kLoop, 1.0, -9.0f, {0.5}, 1.5f, 1, 0, false},
+    {kLoop, 1.0, 9.0f, {}, 9.0f, 1, 0, false},
+    {kPingPong, 1.0, std::numeric_limits<float>::quiet_NaN(), {0.5}, 1.5f, 1, 0, false},
+    {kPingPong, 1.0, std::numeric_limits<float>::infinity(), {0.5}, 2.5f, -1, 1, false},
+    // What moves nothing.
+    {kLoop, 1.0, 1.5f, {kNaN}, 1.5f, 1, 0, false},
+    {kLoop, 1.0, 1.5f, {kInfinity, 0.25}, 1.75f, 1, 0, false},
+    {kPingPong, 1.0, 1.5f, {-kInfinity, 0.0}, 1.5f, 1, 0, false},
+    {kOnce, kNaN, 1.5f, {0.5}, 1.5f, 0, 0, false},
+    {kOnce, kInfinity, 1.5f, {0.5, 0.0}, 1.5f, 1, 0, false},
+    {kLoop, 1e300, 1.5f, {1e300}, 1.5f, 1, 0, false},
+};
+
 } // namespace
 
 TEST(Playhead, GoesRoundItsRange)
 {
-    // The range is 1 to 3 seconds.
-    const struct
+    for (const Course& row : kCourses)
     {
-        Repeat repeat;
-        double speed;
-        float start;
-        std::vector<double> steps;
-        float time;
-        int direction;
-        std::uint64_t wraps; // of the last step
-        bool ended;
-    } rows[] = {
-        {kOnce, 1.0, 1.0f, {0.5}, 1.5f, 1, 0, false},
-        {kOnce, 1.0, 1.0f, {2.0}, 3.0f, 1, 0, true},
-        {kOnce, 1.0, 1.0f, {9.0, 0.5}, 3.0f, 1, 0, true},
-        {kOnce, 1.0, 1.0f, {9.0, -0.5}, 2.5f, 1, 0, false},
-        {kOnce, 1.0, 1.0f, {-0.5}, 1.0f, 1, 0, false},
-        {kOnce, -2.0, 3.0f, {0.5}, 2.0f, -1, 0, false},
-        {kOnce, -2.0, 3.0f, {1.5}, 1.0f, -1, 0, true},
-        {kOnce, 0.0, 3.0f, {1.5}, 3.0f, 0, 0, false},
-        {kLoop, 1.0, 1.0f, {0.5}, 1.5f, 1, 0, false},
-        {kLoop, 1.0, 1.0f, {2.0}, 1.0f, 1, 1, false},
-        {kLoop, 1.0, 1.0f, {1.5, 1.0}, 1.5f, 1, 1, false},
-        {kLoop, 1.0, 1.0f, {1.5, 1.0, 0.5}, 2.0f, 1, 0, false},
-        {kLoop, 1.0, 1.5f, {2000.25}, 1.75f, 1, 1000, false},
-        {kLoop, 1.0, 3.0f, {0.5}, 1.5f, 1, 1, false},
-        {kLoop, 1.0, 3.0f, {-0.5}, 2.5f, 1, 0, false},
-        {kLoop, -1.0, 1.5f, {0.5}, 1.0f, -1, 0, false},
-        {kLoop, -1.0, 1.5f, {0.5, 0.5}, 2.5f, -1, 1, false},
-        {kLoop, -1.0, 1.5f, {5.0}, 2.5f, -1, 3, false},
-        {kPingPong, 1.0, 1.0f, {1.5}, 2.5f, 1, 0, false},
-        {kPingPong, 1.0, 1.0f, {2.0}, 3.0f, 1, 0, false},
-        {kPingPong, 1.0, 1.0f, {2.0, 0.5}, 2.5f, -1, 1, false},
-        {kPingPong, 1.0, 1.0f, {2.5, 0.5}, 2.0f, -1, 0, false},
-        {kPingPong, 1.0, 1.0f, {2.5, 1.5}, 1.0f, -1, 0, false},
-        {kPingPong, 1.0, 1.0f, {2.5, 1.5, 0.25}, 1.25f, 1, 1, false},
-        {kPingPong, 1.0, 1.0f, {2.5, -0.75}, 2.75f, 1, 1, false},
-        {kPingPong, 1.0, 1.0f, {4000.5}, 1.5f, 1, 2000, false},
-        {kPingPong, 1.0, 1.0f, {4002.5}, 2.5f, -1, 2001, false},
-        {kPingPong, -1.0, 2.0f, {1.5}, 1.5f, 1, 1, false},
-        {kPingPong, -1.0, 2.0f, {1.5, 2.0}, 2.5f, -1, 1, false},
-        // From outside, and after what is not a time.
-        {kOnce, 1.0, 9.0f, {0.5}, 3.0f, 1, 0, true},
-        {kLoop, 1.0, -9.0f, {0.5}, 1.5f, 1, 0, false},
-        {kLoop, 1.0, 9.0f, {}, 9.0f, 1, 0, false},
-        {kPingPong, 1.0, std::numeric_limits<float>::quiet_NaN(), {0.5}, 1.5f, 1, 0, false},
-        {kPingPong, 1.0, std::numeric_limits<float>::infinity(), {0.5}, 2.5f, -1, 1, false},
-        // What moves nothing.
-        {kLoop, 1.0, 1.5f, {kNaN}, 1.5f, 1, 0, false},
-        {kLoop, 1.0, 1.5f, {kInfinity, 0.25}, 1.75f, 1, 0, false},
-        {kPingPong, 1.0, 1.5f, {-kInfinity, 0.0}, 1.5f, 1, 0, false},
-        {kOnce, kNaN, 1.5f, {0.5}, 1.5f, 0, 0, false},
-        {kOnce, kInfinity, 1.5f, {0.5, 0.0}, 1.5f, 1, 0, false},
-        {kLoop, 1e300, 1.5f, {1e300}, 1.5f, 1, 0, false},
-    };
-    for (const auto& row : rows)
-    {
-        SCOPED_TRACE(testing::Message() << "row " << &row - rows);
+        SCOPED_TRACE(testing::Message() << "row " << &row - kCourses);
         Playhead playhead(1.0f, 3.0f);
         EXPECT_EQ(playhead.Time(), 1.0f);
         playhead.SetRepeat(row.repeat);
