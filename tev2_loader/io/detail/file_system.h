@@ -16,8 +16,8 @@ std::filesystem::path NativePath(const std::string& path);
 /// Opens a file for reading; null and errno on failure.
 std::FILE* OpenForReading(const std::string& path);
 
-/// The same for a reader that asks AwaitBytes before each read: neither opening nor reading waits for the other end of a
-/// pipe, and a read of a pipe that has no more yet fails with EAGAIN. On Windows both wait.
+/// The same for a reader that asks AwaitBytes before each read: neither opening nor reading waits for the other end of
+/// a pipe, and a read of a pipe that has no more yet fails with EAGAIN. On Windows both wait.
 std::FILE* OpenWithoutWaiting(const std::string& path);
 
 /// Waits some milliseconds for something to read, or the end.
