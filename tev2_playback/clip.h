@@ -92,6 +92,7 @@ private:
     friend class Player;
     friend TEV2_LOADER::Status LoadClipMemory(const void* bytes, std::size_t size, Clip& clip,
                                               const LoadClipOptions& options);
+    friend const ClipData& DataOf(const Clip& clip) { return clip.Data(); }
 
     Clip(ClipSource source, const ClipOptions& options);
 

@@ -2,8 +2,10 @@
 
 #include <array>
 #include <bit>
+#include <cmath>
 #include <cstdint>
 #include <gtest/gtest.h>
+#include <limits>
 
 using namespace TEV2_LOADER;
 
@@ -55,6 +57,23 @@ TYPED_TEST(Float4Test, DoesWithEachWhatIsDoneWithOne)
     EXPECT_EQ(Bits(TypeParam::All(a[3])), Bits(TypeParam::Of(a[3], a[3], a[3], a[3])));
     EXPECT_EQ(left.First(), a[0]);
     EXPECT_EQ(Bits(left.LastAlone()), Bits(TypeParam::Of(-0.0f, -0.0f, -0.0f, a[3])));
+    const auto divisor = TypeParam::Of(3.0f, 7.0f, -7.0f, 0.0f);
+    EXPECT_EQ(Bits(left / divisor),
+              Bits(TypeParam::Of(a[0] / 3.0f, -0.0f, a[2] / -7.0f, std::numeric_limits<float>::infinity())));
+    EXPECT_EQ(Bits(TypeParam::Root(TypeParam::Of(2.0f, 9.0f, -0.0f, 1e-39f))),
+              Bits(TypeParam::Of(std::sqrt(2.0f), 3.0f, -0.0f, std::sqrt(1e-39f))));
+}
+
+TYPED_TEST(Float4Test, ChoosesLanes)
+{
+    const float nan = std::numeric_limits<float>::quiet_NaN();
+    const auto left = TypeParam::Of(1.0f, 2.0f, -0.0f, nan);
+    const auto right = TypeParam::Of(0.5f, 3.0f, 0.0f, nan);
+    const auto yes = TypeParam::Of(1.0f, 2.0f, 3.0f, 4.0f);
+    const auto no = TypeParam::Of(-1.0f, -2.0f, -3.0f, -4.0f);
+    EXPECT_EQ(TypeParam::Above(left, right), 1u);
+    EXPECT_EQ(Bits(TypeParam::IfAbove(left, right, yes, no)), Bits(TypeParam::Of(1.0f, -2.0f, -3.0f, -4.0f)));
+    EXPECT_EQ(Bits(TypeParam::IfEqual(left, right, yes, no)), Bits(TypeParam::Of(-1.0f, -2.0f, 3.0f, -4.0f)));
 }
 
 } // namespace

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cmath>
 #include <cstring>
 
 #if defined(__SSE2__) || defined(_M_X64)
@@ -59,6 +60,18 @@ struct PlainFloat4
         const auto& [e, f, g, h] = right.lanes;
         return {{a * e, b * f, c * g, d * h}};
     }
+    friend PlainFloat4 operator/(const PlainFloat4& left, const PlainFloat4& right)
+    {
+        const auto& [a, b, c, d] = left.lanes;
+        const auto& [e, f, g, h] = right.lanes;
+        return {{a / e, b / f, c / g, d / h}};
+    }
+
+    static PlainFloat4 Root(const PlainFloat4& of)
+    {
+        const auto& [a, b, c, d] = of.lanes;
+        return {{std::sqrt(a), std::sqrt(b), std::sqrt(c), std::sqrt(d)}};
+    }
 
     /// A bit for each lane in which left is above right.
     static unsigned Above(const PlainFloat4& left, const PlainFloat4& right)
@@ -67,6 +80,28 @@ struct PlainFloat4
         for (unsigned lane = 0; lane < 4; ++lane)
             above |= left.lanes[lane] > right.lanes[lane] ? 1u << lane : 0u;
         return above;
+    }
+
+    /// Lanes of `then` where left is above right, of `otherwise` elsewhere.
+    static PlainFloat4 IfAbove(const PlainFloat4& left, const PlainFloat4& right, const PlainFloat4& then,
+                               const PlainFloat4& otherwise)
+    {
+        PlainFloat4 chosen;
+        for (int lane = 0; lane < 4; ++lane)
+            chosen.lanes[lane] =
+                left.lanes[lane] > right.lanes[lane] ? then.lanes[lane] : otherwise.lanes[lane];
+        return chosen;
+    }
+
+    /// The same where they are equal.
+    static PlainFloat4 IfEqual(const PlainFloat4& left, const PlainFloat4& right, const PlainFloat4& then,
+                               const PlainFloat4& otherwise)
+    {
+        PlainFloat4 chosen;
+        for (int lane = 0; lane < 4; ++lane)
+            chosen.lanes[lane] =
+                left.lanes[lane] == right.lanes[lane] ? then.lanes[lane] : otherwise.lanes[lane];
+        return chosen;
     }
 
     /// Floats a and b of left, c and d of right.
@@ -118,10 +153,26 @@ struct SseFloat4
     {
         return {_mm_mul_ps(left.lanes, right.lanes)};
     }
+    friend SseFloat4 operator/(SseFloat4 left, SseFloat4 right)
+    {
+        return {_mm_div_ps(left.lanes, right.lanes)};
+    }
+
+    static SseFloat4 Root(SseFloat4 of) { return {_mm_sqrt_ps(of.lanes)}; }
 
     static unsigned Above(SseFloat4 left, SseFloat4 right)
     {
         return static_cast<unsigned>(_mm_movemask_ps(_mm_cmpgt_ps(left.lanes, right.lanes)));
+    }
+
+    static SseFloat4 IfAbove(SseFloat4 left, SseFloat4 right, SseFloat4 then, SseFloat4 otherwise)
+    {
+        return Chosen(_mm_cmpgt_ps(left.lanes, right.lanes), then, otherwise);
+    }
+
+    static SseFloat4 IfEqual(SseFloat4 left, SseFloat4 right, SseFloat4 then, SseFloat4 otherwise)
+    {
+        return Chosen(_mm_cmpeq_ps(left.lanes, right.lanes), then, otherwise);
     }
 
     template <int a, int b, int c, int d>
@@ -134,6 +185,12 @@ struct SseFloat4
     {
         const __m128 last = _mm_castsi128_ps(_mm_set_epi32(-1, 0, 0, 0));
         return {_mm_or_ps(_mm_and_ps(lanes, last), _mm_set_ps(0.0f, -0.0f, -0.0f, -0.0f))};
+    }
+
+private:
+    static SseFloat4 Chosen(__m128 which, SseFloat4 then, SseFloat4 otherwise)
+    {
+        return {_mm_or_ps(_mm_and_ps(which, then.lanes), _mm_andnot_ps(which, otherwise.lanes))};
     }
 };
 
