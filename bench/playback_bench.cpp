@@ -1,5 +1,7 @@
 #include "bench/format_workloads.h"
+#include "tev2_playback/clip_file.h"
 #include "tev2_playback/player.h"
+#include "tev2_playback/pose.h"
 
 #include <algorithm>
 #include <benchmark/benchmark.h>
@@ -140,6 +142,24 @@ void PlayPose(benchmark::State& state, const Scenes& workload, Motion motion)
          });
 }
 
+// Two poses of the first scene into one.
+void BlendPoses(benchmark::State& state, const Scenes& workload)
+{
+    const Clip clip(*workload.scenes.front());
+    Player player(clip);
+    std::vector<Transform> from(clip.NodeCount());
+    std::vector<Transform> to(clip.NodeCount());
+    player.Sample(to);
+    player.SetTime(clip.TimeRange().maximum * 0.5f);
+    player.Sample(from);
+    for (auto _ : state)
+    {
+        TEV2_PLAYBACK::Blend(to, from, 0.01f);
+        benchmark::DoNotOptimize(to.data());
+    }
+    CountNodes(state, clip.NodeCount());
+}
+
 // A heap that keeps what was freed, and has seen the step once.
 template <typename Step>
 void RunWarm(benchmark::State& state, const Scenes& workload, Step step)
@@ -159,6 +179,21 @@ void ClipFromScene(benchmark::State& state, const Scenes& workload)
             {
                 for (const auto& scene : workload.scenes)
                     benchmark::DoNotOptimize(Clip(*scene).NodeCount());
+            });
+}
+
+void ClipFromImage(benchmark::State& state, const Scenes& workload)
+{
+    RunWarm(state, workload,
+            [&]
+            {
+                for (const auto& image : workload.images)
+                {
+                    Clip clip;
+                    if (!TEV2_PLAYBACK::LoadClipMemory(image.data(), image.size(), clip))
+                        state.SkipWithError("load failed");
+                    benchmark::DoNotOptimize(clip.NodeCount());
+                }
             });
 }
 
@@ -273,6 +308,7 @@ void RegisterAll(const std::string& name, const Scenes& workload)
         Register("PlayPose" + suffix, PlayPose, workload, motion);
     }
     Register("ClipFromScene/" + name, ClipFromScene, workload);
+    Register("ClipFromImage/" + name, ClipFromImage, workload);
     Register("ClipMemory/" + name, ClipMemory, workload)->Iterations(1);
 }
 
@@ -284,6 +320,7 @@ int main(int argc, char** argv)
     const std::map<std::string, Scenes> workloads = bench::AllScenes(argc, argv);
     for (const auto& [name, workload] : workloads)
         RegisterAll(name, workload);
+    Register("BlendPoses/W1", BlendPoses, workloads.at("W1"));
     Crowd crowd(*workloads.at("W1").scenes.front());
     for (const int threads : {1, 2})
     {

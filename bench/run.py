@@ -79,6 +79,7 @@ def playback_rows():
         yield (f"clip of {workload} from a scene", f"ClipFromScene/{workload}", None, BYTES, None)
         yield (f"clip of {workload} from an image", f"ClipFromImage/{workload}", None, BYTES, build)
         yield (f"memory of a clip of {workload}", f"ClipMemory/{workload}/iterations:1", None, MEMORY, 1.3)
+    yield ("blend two poses of W1", "BlendPoses/W1", None, NODES, None)
     yield ("1,000 players of W1, two threads (beside registers)", "PlayCrowd/scaling", "Spin/scaling", SCALING,
            Share(0.9))
 
