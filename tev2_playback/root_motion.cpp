@@ -1,0 +1,116 @@
+#include "tev2_playback/root_motion.h"
+
+#include "tev2_playback/player.h"
+
+#include <cmath>
+#include <vector>
+
+namespace TEV2_PLAYBACK
+{
+
+using namespace TEV2_LOADER;
+
+RootMotion::RootMotion(const Clip& clip, std::size_t node, std::pmr::memory_resource* memory) : node_(node)
+{
+    if (memory == nullptr)
+        memory = std::pmr::new_delete_resource();
+    Player player(clip, memory);
+    std::pmr::vector<Transform> pose(clip.NodeCount(), memory);
+    player.SetTime(clip.TimeRange().maximum);
+    player.Sample(pose);
+    const Rigid end = RigidOf(pose[node]);
+    player.SetTime(clip.TimeRange().minimum);
+    player.Sample(pose);
+    start_ = pose[node];
+    earlier_ = RigidOf(start_);
+    lap_ = Product(end, Inverse(earlier_));
+}
+
+Transform RootMotion::Movement(std::span<const Transform> pose, const PlayedSpan& played)
+{
+    const Rigid later = RigidOf(pose[node_]);
+    const Rigid lap = played.backward ? Inverse(lap_) : lap_;
+    const Rigid laps = Power(lap, played.turns ? 0 : played.crossings);
+    const Rigid movement = Product(Product(Inverse(earlier_), laps), later);
+    earlier_ = later;
+
+    const auto& [x, y, z, w] = movement.rotation;
+    const auto& [tx, ty, tz] = movement.translation;
+    if (!std::isfinite(x + y + z + w + tx + ty + tz))
+        return {};
+    Transform step;
+    step.rotation = {static_cast<float>(x), static_cast<float>(y), static_cast<float>(z),
+                     static_cast<float>(w)};
+    step.translation = {static_cast<float>(tx), static_cast<float>(ty), static_cast<float>(tz)};
+    return step;
+}
+
+void RootMotion::Restart(std::span<const Transform> pose)
+{
+    earlier_ = RigidOf(pose[node_]);
+}
+
+void RootMotion::Hold(std::span<Transform> pose) const
+{
+    pose[node_] = start_;
+}
+
+/// The rotation made of length 1; none where that cannot be.
+RootMotion::Rigid RootMotion::RigidOf(const Transform& transform)
+{
+    const auto& [x, y, z, w] = transform.rotation;
+    const double numbers[4] = {x, y, z, w};
+    double square = 0.0;
+    for (const double number : numbers)
+        square += number * number;
+    Rigid rigid;
+    if (square > 0.0 && std::isfinite(square))
+        for (int i = 0; i < 4; ++i)
+            rigid.rotation[i] = numbers[i] / std::sqrt(square);
+    rigid.translation[0] = transform.translation.x;
+    rigid.translation[1] = transform.translation.y;
+    rigid.translation[2] = transform.translation.z;
+    return rigid;
+}
+
+RootMotion::Rigid RootMotion::Product(const Rigid& left, const Rigid& right)
+{
+    const auto& [lx, ly, lz, lw] = left.rotation;
+    const auto& [rx, ry, rz, rw] = right.rotation;
+    const auto& [x, y, z] = right.translation;
+    Rigid product{{lw * rx + lx * rw + ly * rz - lz * ry, lw * ry - lx * rz + ly * rw + lz * rx,
+                   lw * rz + lx * ry - ly * rx + lz * rw, lw * rw - lx * rx - ly * ry - lz * rz},
+                  {}};
+    double square = 0.0;
+    for (const double number : product.rotation)
+        square += number * number;
+    for (double& number : product.rotation) // rounding does not grow in powers
+        number /= std::sqrt(square);
+    // A vector v turned by q is v + 2w (q x v) + 2 q x (q x v).
+    const double cross[3] = {ly * z - lz * y, lz * x - lx * z, lx * y - ly * x};
+    product.translation[0] = left.translation[0] + x + 2.0 * (lw * cross[0] + ly * cross[2] - lz * cross[1]);
+    product.translation[1] = left.translation[1] + y + 2.0 * (lw * cross[1] + lz * cross[0] - lx * cross[2]);
+    product.translation[2] = left.translation[2] + z + 2.0 * (lw * cross[2] + lx * cross[1] - ly * cross[0]);
+    return product;
+}
+
+RootMotion::Rigid RootMotion::Inverse(const Rigid& rigid)
+{
+    const auto& [x, y, z, w] = rigid.rotation;
+    const auto& [tx, ty, tz] = rigid.translation;
+    return Product({{-x, -y, -z, w}, {}}, {{0.0, 0.0, 0.0, 1.0}, {-tx, -ty, -tz}});
+}
+
+RootMotion::Rigid RootMotion::Power(Rigid rigid, std::uint64_t exponent)
+{
+    Rigid power;
+    for (; exponent != 0; exponent /= 2)
+    {
+        if (exponent % 2 != 0)
+            power = Product(power, rigid);
+        rigid = Product(rigid, rigid);
+    }
+    return power;
+}
+
+} // namespace TEV2_PLAYBACK
