@@ -22,6 +22,17 @@ namespace TEV2_LOADER
 //         return 1;
 //     track = TEV2_LOADER::ConstantTrack<TEV2_LOADER::TEV2_ANIMATABLE_FLOAT32_LINEAR>(2.0f);
 
+/// What all tracks with keys have in the file.
+struct TEV2_KEYED_FIELDS
+{
+    template <typename Self, typename Archive>
+    static void Fields(Self& track, Archive& archive)
+    {
+        TEV2_ANIMATABLE::Fields(track, archive);
+        archive.Values("m_values", track.m_values, Counts::kSave);
+    }
+};
+
 /// The values of a track, with their record, comparison and copy. Concrete is the final class, Family its interface,
 /// kKind its number in the file.
 template <typename Concrete, typename Family, std::uint32_t kKind>
@@ -52,8 +63,7 @@ public:
     template <typename Self, typename Archive>
     static void Fields(Self& track, Archive& archive)
     {
-        TEV2_ANIMATABLE::Fields(track, archive);
-        archive.Values("m_values", track.m_values, Counts::kSave);
+        TEV2_KEYED_FIELDS::Fields(track, archive);
     }
 
     /// Always true; what is missing fails the cursor.

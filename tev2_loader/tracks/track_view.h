@@ -12,8 +12,7 @@ namespace TEV2_LOADER
 template <typename Family>
 struct TEV2_TRACK_VIEW
 {
-    /// All tracks with keys have the same fields.
-    using Viewed = KeyedTrack<void, Family, 0>;
+    using Viewed = TEV2_KEYED_FIELDS;
 
     bool present = false;
     std::uint32_t type = 0;
