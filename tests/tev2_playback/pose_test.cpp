@@ -154,11 +154,12 @@ TEST(Add, TurnsAboutTheAxesOfTheParent)
             }
             const auto& t = begin[node].translation;
             const auto& dt = delta[node].translation;
-            ExpectNear(to[node].translation, {t.x + dt.x * w, t.y + dt.y * w, t.z + dt.z * w});
+            ExpectNear(to[node].translation, {double{t.x} + double{dt.x} * w, double{t.y} + double{dt.y} * w,
+                                              double{t.z} + double{dt.z} * w});
             const auto& s = begin[node].scale;
             const auto& ds = delta[node].scale;
-            const auto factor = [w](double d) { return 1 + (d - 1) * w; };
-            ExpectNear(to[node].scale, {s.x * factor(ds.x), s.y * factor(ds.y), s.z * factor(ds.z)});
+            const auto scaled = [w](double factor, double d) { return factor * (1 + (d - 1) * w); };
+            ExpectNear(to[node].scale, {scaled(s.x, ds.x), scaled(s.y, ds.y), scaled(s.z, ds.z)});
             const Numbers turn = NormalisedTowards({0, 0, 0, 1}, NumbersOf(delta[node].rotation), w);
             ExpectNear(to[node].rotation, Multiplied(turn, NumbersOf(begin[node].rotation)));
         }
