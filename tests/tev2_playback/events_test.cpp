@@ -63,14 +63,14 @@ std::string EventsOf(const Clip& clip, const Player& player)
     return text;
 }
 
-const Keys steps = {{0.0f, 1}, {1.0f, 2}, {2.0f, 2}, {3.0f, 3}, {4.0f, 3}};
-const Keys at_end = {{0.0f, 1}, {4.0f, 2}};
-const Keys outside = {{-1.0f, 1}, {0.0f, 2}, {2.0f, 3}, {9.0f, 4}};
-const Keys at_once = {{0.0f, 1}, {2.0f, 2}, {2.0f, 3}, {4.0f, 3}};
-const Keys late = {{2.0f, 1}, {3.0f, 2}};
-constexpr auto once = Repeat::Once;
-constexpr auto loop = Repeat::Loop;
-constexpr auto ping_pong = Repeat::PingPong;
+const Keys kSteps = {{0.0f, 1}, {1.0f, 2}, {2.0f, 2}, {3.0f, 3}, {4.0f, 3}};
+const Keys kAtEnd = {{0.0f, 1}, {4.0f, 2}};
+const Keys kOutside = {{-1.0f, 1}, {0.0f, 2}, {2.0f, 3}, {9.0f, 4}};
+const Keys kAtOnce = {{0.0f, 1}, {2.0f, 2}, {2.0f, 3}, {4.0f, 3}};
+const Keys kLate = {{2.0f, 1}, {3.0f, 2}};
+
+using enum Repeat;
+
 struct PlayedCourse
 {
     Keys keys;
@@ -81,37 +81,37 @@ struct PlayedCourse
 };
 
 const PlayedCourse kPlayedCourses[] = {
-    {steps, once, 0.0f, {0.5, 0.5, 0.5}, {"", "1:1>2 ", ""}},
-    {steps, once, 0.0f, {9.0, 1.0}, {"1:1>2 3:2>3 ", ""}},
-    {steps, once, 1.0f, {2.0}, {"3:2>3 "}},
+    {kSteps, Once, 0.0f, {0.5, 0.5, 0.5}, {"", "1:1>2 ", ""}},
+    {kSteps, Once, 0.0f, {9.0, 1.0}, {"1:1>2 3:2>3 ", ""}},
+    {kSteps, Once, 1.0f, {2.0}, {"3:2>3 "}},
     // Going back passes the same keys, also where it turned exactly at one.
-    {steps, once, 0.0f, {1.0, -0.5, 0.5}, {"1:1>2 ", "1:2>1 ", "1:1>2 "}},
-    {steps, once, 4.0f, {-1.0, -1.0, -9.0}, {"", "3:3>2 ", "1:2>1 "}},
+    {kSteps, Once, 0.0f, {1.0, -0.5, 0.5}, {"1:1>2 ", "1:2>1 ", "1:1>2 "}},
+    {kSteps, Once, 4.0f, {-1.0, -1.0, -9.0}, {"", "3:3>2 ", "1:2>1 "}},
     // Nothing is an event that was not played.
-    {steps, once, 2.5f, {0.0, std::numeric_limits<double>::quiet_NaN()}, {"", ""}},
-    {steps, once, 9.0f, {0.5}, {""}},
+    {kSteps, Once, 2.5f, {0.0, std::numeric_limits<double>::quiet_NaN()}, {"", ""}},
+    {kSteps, Once, 9.0f, {0.5}, {""}},
     // The jump of a loop.
-    {steps, loop, 3.5f, {0.5, 0.5, 0.5}, {"0:3>1 ", "", "1:1>2 "}},
-    {steps, loop, 3.5f, {4.0}, {"0:3>1 1:1>2 3:2>3 "}},
-    {steps, loop, 2.5f, {8.0}, {"3:2>3 0:3>1 1:1>2 3:2>3 0:3>1 1:1>2 "}},
-    {steps, loop, 0.5f, {-0.5, -0.5, -0.5}, {"", "4:1>3 ", ""}},
-    {steps, loop, 1.5f, {-8.0}, {"1:2>1 4:1>3 3:3>2 1:2>1 4:1>3 3:3>2 "}},
-    {at_end, loop, 3.0f, {1.0, 1.0}, {"4:1>2 0:2>1 ", ""}},
-    {at_end, loop, 1.0f, {-2.0}, {"4:1>2 4:2>1 "}},
+    {kSteps, Loop, 3.5f, {0.5, 0.5, 0.5}, {"0:3>1 ", "", "1:1>2 "}},
+    {kSteps, Loop, 3.5f, {4.0}, {"0:3>1 1:1>2 3:2>3 "}},
+    {kSteps, Loop, 2.5f, {8.0}, {"3:2>3 0:3>1 1:1>2 3:2>3 0:3>1 1:1>2 "}},
+    {kSteps, Loop, 0.5f, {-0.5, -0.5, -0.5}, {"", "4:1>3 ", ""}},
+    {kSteps, Loop, 1.5f, {-8.0}, {"1:2>1 4:1>3 3:3>2 1:2>1 4:1>3 3:3>2 "}},
+    {kAtEnd, Loop, 3.0f, {1.0, 1.0}, {"4:1>2 0:2>1 ", ""}},
+    {kAtEnd, Loop, 1.0f, {-2.0}, {"4:1>2 4:2>1 "}},
     // The turn.
-    {steps, ping_pong, 2.5f, {2.0, 1.5}, {"3:2>3 ", "3:3>2 "}},
-    {steps, ping_pong, 2.5f, {8.0}, {"3:2>3 3:3>2 1:2>1 1:1>2 "}},
-    {steps, ping_pong, 2.5f, {-6.0}, {"1:2>1 1:1>2 3:2>3 "}},
-    {at_end, ping_pong, 3.0f, {1.0, 1.0}, {"4:1>2 ", "4:2>1 "}},
+    {kSteps, PingPong, 2.5f, {2.0, 1.5}, {"3:2>3 ", "3:3>2 "}},
+    {kSteps, PingPong, 2.5f, {8.0}, {"3:2>3 3:3>2 1:2>1 1:1>2 "}},
+    {kSteps, PingPong, 2.5f, {-6.0}, {"1:2>1 1:1>2 3:2>3 "}},
+    {kAtEnd, PingPong, 3.0f, {1.0, 1.0}, {"4:1>2 ", "4:2>1 "}},
     // Keys out of the range are not reached; values before the first key are the first.
-    {outside, loop, 1.0f, {4.0, -4.0}, {"2:2>3 0:3>2 ", "4:2>3 2:3>2 "}},
-    {late, loop, 0.0f, {4.0, -4.0}, {"3:1>2 0:2>1 ", "4:1>2 3:2>1 "}},
-    {at_once, once, 1.0f, {2.0, -2.0}, {"2:1>2 2:2>3 ", "2:3>2 2:2>1 "}},
-    {{{1.0f, 5}}, loop, 0.0f, {9.0}, {""}},
-    {{}, loop, 0.0f, {9.0}, {""}},
-    {{{0.0f, 5}, {2.0f, 5}, {4.0f, 5}}, loop, 0.0f, {4e15}, {""}},
-    {{{0.0f, 5}, {2.0f, 5}, {4.0f, 5}}, ping_pong, 0.0f, {4e15}, {""}},
-    {{{3.0f, 1}, {2.0f, 2}, {4.0f, 3}}, loop, 0.0f, {9.0}, {""}}, // not ascending
+    {kOutside, Loop, 1.0f, {4.0, -4.0}, {"2:2>3 0:3>2 ", "4:2>3 2:3>2 "}},
+    {kLate, Loop, 0.0f, {4.0, -4.0}, {"3:1>2 0:2>1 ", "4:1>2 3:2>1 "}},
+    {kAtOnce, Once, 1.0f, {2.0, -2.0}, {"2:1>2 2:2>3 ", "2:3>2 2:2>1 "}},
+    {{{1.0f, 5}}, Loop, 0.0f, {9.0}, {""}},
+    {{}, Loop, 0.0f, {9.0}, {""}},
+    {{{0.0f, 5}, {2.0f, 5}, {4.0f, 5}}, Loop, 0.0f, {4e15}, {""}},
+    {{{0.0f, 5}, {2.0f, 5}, {4.0f, 5}}, PingPong, 0.0f, {4e15}, {""}},
+    {{{3.0f, 1}, {2.0f, 2}, {4.0f, 3}}, Loop, 0.0f, {9.0}, {""}}, // not ascending
 };
 
 } // namespace

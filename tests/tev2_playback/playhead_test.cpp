@@ -13,9 +13,7 @@ namespace
 
 constexpr double kInfinity = std::numeric_limits<double>::infinity();
 constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
-constexpr auto kOnce = Repeat::Once;
-constexpr auto kLoop = Repeat::Loop;
-constexpr auto kPingPong = Repeat::PingPong;
+using enum Repeat;
 
 /// Of a range of 1 to 3 seconds.
 struct Course
@@ -31,48 +29,48 @@ struct Course
 };
 
 const Course kCourses[] = {
-    {kOnce, 1.0, 1.0f, {0.5}, 1.5f, 1, 0, false},
-    {kOnce, 1.0, 1.0f, {2.0}, 3.0f, 1, 0, true},
-    {kOnce, 1.0, 1.0f, {9.0, 0.5}, 3.0f, 1, 0, true},
-    {kOnce, 1.0, 1.0f, {9.0, -0.5}, 2.5f, 1, 0, false},
-    {kOnce, 1.0, 1.0f, {-0.5}, 1.0f, 1, 0, false},
-    {kOnce, -2.0, 3.0f, {0.5}, 2.0f, -1, 0, false},
-    {kOnce, -2.0, 3.0f, {1.5}, 1.0f, -1, 0, true},
-    {kOnce, 0.0, 3.0f, {1.5}, 3.0f, 0, 0, false},
-    {kLoop, 1.0, 1.0f, {0.5}, 1.5f, 1, 0, false},
-    {kLoop, 1.0, 1.0f, {2.0}, 1.0f, 1, 1, false},
-    {kLoop, 1.0, 1.0f, {1.5, 1.0}, 1.5f, 1, 1, false},
-    {kLoop, 1.0, 1.0f, {1.5, 1.0, 0.5}, 2.0f, 1, 0, false},
-    {kLoop, 1.0, 1.5f, {2000.25}, 1.75f, 1, 1000, false},
-    {kLoop, 1.0, 3.0f, {0.5}, 1.5f, 1, 1, false},
-    {kLoop, 1.0, 3.0f, {-0.5}, 2.5f, 1, 0, false},
-    {kLoop, -1.0, 1.5f, {0.5}, 1.0f, -1, 0, false},
-    {kLoop, -1.0, 1.5f, {0.5, 0.5}, 2.5f, -1, 1, false},
-    {kLoop, -1.0, 1.5f, {5.0}, 2.5f, -1, 3, false},
-    {kPingPong, 1.0, 1.0f, {1.5}, 2.5f, 1, 0, false},
-    {kPingPong, 1.0, 1.0f, {2.0}, 3.0f, 1, 0, false},
-    {kPingPong, 1.0, 1.0f, {2.0, 0.5}, 2.5f, -1, 1, false},
-    {kPingPong, 1.0, 1.0f, {2.5, 0.5}, 2.0f, -1, 0, false},
-    {kPingPong, 1.0, 1.0f, {2.5, 1.5}, 1.0f, -1, 0, false},
-    {kPingPong, 1.0, 1.0f, {2.5, 1.5, 0.25}, 1.25f, 1, 1, false},
-    {kPingPong, 1.0, 1.0f, {2.5, -0.75}, 2.75f, 1, 1, false},
-    {kPingPong, 1.0, 1.0f, {4000.5}, 1.5f, 1, 2000, false},
-    {kPingPong, 1.0, 1.0f, {4002.5}, 2.5f, -1, 2001, false},
-    {kPingPong, -1.0, 2.0f, {1.5}, 1.5f, 1, 1, false},
-    {kPingPong, -1.0, 2.0f, {1.5, 2.0}, 2.5f, -1, 1, false},
+    {Once, 1.0, 1.0f, {0.5}, 1.5f, 1, 0, false},
+    {Once, 1.0, 1.0f, {2.0}, 3.0f, 1, 0, true},
+    {Once, 1.0, 1.0f, {9.0, 0.5}, 3.0f, 1, 0, true},
+    {Once, 1.0, 1.0f, {9.0, -0.5}, 2.5f, 1, 0, false},
+    {Once, 1.0, 1.0f, {-0.5}, 1.0f, 1, 0, false},
+    {Once, -2.0, 3.0f, {0.5}, 2.0f, -1, 0, false},
+    {Once, -2.0, 3.0f, {1.5}, 1.0f, -1, 0, true},
+    {Once, 0.0, 3.0f, {1.5}, 3.0f, 0, 0, false},
+    {Loop, 1.0, 1.0f, {0.5}, 1.5f, 1, 0, false},
+    {Loop, 1.0, 1.0f, {2.0}, 1.0f, 1, 1, false},
+    {Loop, 1.0, 1.0f, {1.5, 1.0}, 1.5f, 1, 1, false},
+    {Loop, 1.0, 1.0f, {1.5, 1.0, 0.5}, 2.0f, 1, 0, false},
+    {Loop, 1.0, 1.5f, {2000.25}, 1.75f, 1, 1000, false},
+    {Loop, 1.0, 3.0f, {0.5}, 1.5f, 1, 1, false},
+    {Loop, 1.0, 3.0f, {-0.5}, 2.5f, 1, 0, false},
+    {Loop, -1.0, 1.5f, {0.5}, 1.0f, -1, 0, false},
+    {Loop, -1.0, 1.5f, {0.5, 0.5}, 2.5f, -1, 1, false},
+    {Loop, -1.0, 1.5f, {5.0}, 2.5f, -1, 3, false},
+    {PingPong, 1.0, 1.0f, {1.5}, 2.5f, 1, 0, false},
+    {PingPong, 1.0, 1.0f, {2.0}, 3.0f, 1, 0, false},
+    {PingPong, 1.0, 1.0f, {2.0, 0.5}, 2.5f, -1, 1, false},
+    {PingPong, 1.0, 1.0f, {2.5, 0.5}, 2.0f, -1, 0, false},
+    {PingPong, 1.0, 1.0f, {2.5, 1.5}, 1.0f, -1, 0, false},
+    {PingPong, 1.0, 1.0f, {2.5, 1.5, 0.25}, 1.25f, 1, 1, false},
+    {PingPong, 1.0, 1.0f, {2.5, -0.75}, 2.75f, 1, 1, false},
+    {PingPong, 1.0, 1.0f, {4000.5}, 1.5f, 1, 2000, false},
+    {PingPong, 1.0, 1.0f, {4002.5}, 2.5f, -1, 2001, false},
+    {PingPong, -1.0, 2.0f, {1.5}, 1.5f, 1, 1, false},
+    {PingPong, -1.0, 2.0f, {1.5, 2.0}, 2.5f, -1, 1, false},
     // From outside, and after what is not a time.
-    {kOnce, 1.0, 9.0f, {0.5}, 3.0f, 1, 0, true},
-    {kLoop, 1.0, -9.0f, {0.5}, 1.5f, 1, 0, false},
-    {kLoop, 1.0, 9.0f, {}, 9.0f, 1, 0, false},
-    {kPingPong, 1.0, std::numeric_limits<float>::quiet_NaN(), {0.5}, 1.5f, 1, 0, false},
-    {kPingPong, 1.0, std::numeric_limits<float>::infinity(), {0.5}, 2.5f, -1, 1, false},
+    {Once, 1.0, 9.0f, {0.5}, 3.0f, 1, 0, true},
+    {Loop, 1.0, -9.0f, {0.5}, 1.5f, 1, 0, false},
+    {Loop, 1.0, 9.0f, {}, 9.0f, 1, 0, false},
+    {PingPong, 1.0, std::numeric_limits<float>::quiet_NaN(), {0.5}, 1.5f, 1, 0, false},
+    {PingPong, 1.0, std::numeric_limits<float>::infinity(), {0.5}, 2.5f, -1, 1, false},
     // What moves nothing.
-    {kLoop, 1.0, 1.5f, {kNaN}, 1.5f, 1, 0, false},
-    {kLoop, 1.0, 1.5f, {kInfinity, 0.25}, 1.75f, 1, 0, false},
-    {kPingPong, 1.0, 1.5f, {-kInfinity, 0.0}, 1.5f, 1, 0, false},
-    {kOnce, kNaN, 1.5f, {0.5}, 1.5f, 0, 0, false},
-    {kOnce, kInfinity, 1.5f, {0.5, 0.0}, 1.5f, 1, 0, false},
-    {kLoop, 1e300, 1.5f, {1e300}, 1.5f, 1, 0, false},
+    {Loop, 1.0, 1.5f, {kNaN}, 1.5f, 1, 0, false},
+    {Loop, 1.0, 1.5f, {kInfinity, 0.25}, 1.75f, 1, 0, false},
+    {PingPong, 1.0, 1.5f, {-kInfinity, 0.0}, 1.5f, 1, 0, false},
+    {Once, kNaN, 1.5f, {0.5}, 1.5f, 0, 0, false},
+    {Once, kInfinity, 1.5f, {0.5, 0.0}, 1.5f, 1, 0, false},
+    {Loop, 1e300, 1.5f, {1e300}, 1.5f, 1, 0, false},
 };
 
 } // namespace
@@ -98,7 +96,7 @@ TEST(Playhead, GoesRoundItsRange)
 
 TEST(Playhead, IsAtTheRightFrameAfterHours)
 {
-    for (const Repeat repeat : {kLoop, kPingPong})
+    for (const Repeat repeat : {Loop, PingPong})
     {
         for (const double speed : {1.0, -1.0})
         {
@@ -114,15 +112,15 @@ TEST(Playhead, IsAtTheRightFrameAfterHours)
             for (std::int64_t step = 1; step <= 10 * 3600 * 60; ++step)
             {
                 playhead.Advance(1.0 / 60.0);
-                std::int64_t frame = step % (repeat == kLoop ? kFrames : 2 * kFrames);
-                if (repeat == kPingPong && frame > kFrames)
+                std::int64_t frame = step % (repeat == Loop ? kFrames : 2 * kFrames);
+                if (repeat == PingPong && frame > kFrames)
                     frame = 2 * kFrames - frame;
-                if (repeat == kLoop && speed < 0.0)
+                if (repeat == Loop && speed < 0.0)
                     frame = kFrames - frame;
                 const double at = (static_cast<double>(playhead.Time()) - static_cast<double>(begin)) * 60.0;
                 const double off = std::fabs(at - static_cast<double>(frame));
                 // The begin of a loop is its end.
-                wrong += std::min(off, repeat == kLoop ? std::fabs(off - kFrames) : off) > 1e-4;
+                wrong += std::min(off, repeat == Loop ? std::fabs(off - kFrames) : off) > 1e-4;
             }
             EXPECT_EQ(wrong, 0) << static_cast<int>(repeat) << " " << speed;
         }
@@ -140,7 +138,7 @@ TEST(Playhead, StaysWhereARangeHasNoLength)
                 {-kInf, 1.0f, 0.0f}, {nan, 1.0f, 0.0f},  {nan, nan, 0.0f}};
     for (const auto& row : rows)
     {
-        for (const Repeat repeat : {kOnce, kLoop, kPingPong})
+        for (const Repeat repeat : {Once, Loop, PingPong})
         {
             Playhead playhead(row.begin, row.end);
             playhead.SetRepeat(repeat);
@@ -157,7 +155,7 @@ TEST(Playhead, StaysWhereARangeHasNoLength)
     }
     // The longest of all ranges.
     Playhead playhead(std::numeric_limits<float>::lowest(), std::numeric_limits<float>::max());
-    playhead.SetRepeat(kLoop);
+    playhead.SetRepeat(Loop);
     playhead.Advance(static_cast<double>(std::numeric_limits<float>::max()) * 2.5);
     EXPECT_EQ(playhead.Time(), -std::numeric_limits<float>::max() / 2.0f);
     EXPECT_EQ(playhead.Wraps(), 1u);
