@@ -95,8 +95,11 @@ bool EventList<Value>::FindKey(Event<Value>& event)
 template <typename Value>
 bool EventList<Value>::CrossEnd(Event<Value>& event)
 {
-    if (whole_ && !found_) // then all other whole parts are without events too
-        played_.crossings = played_.turns ? 2 - played_.crossings % 2 : 1;
+    if (whole_ && !found_) // then there are none in other parts either
+    {
+        played_.crossings = 0;
+        return false;
+    }
     whole_ = true;
     --played_.crossings;
     const float reached = played_.backward ? played_.begin : played_.end;

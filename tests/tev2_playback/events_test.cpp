@@ -105,6 +105,7 @@ const PlayedCourse kPlayedCourses[] = {
     {kAtEnd, PingPong, 3.0f, {1.0, 1.0}, {"4:1>2 ", "4:2>1 "}},
     // Keys out of the range are not reached; values before the first key are the first.
     {kOutside, Loop, 1.0f, {4.0, -4.0}, {"2:2>3 0:3>2 ", "4:2>3 2:3>2 "}},
+    {kOutside, Once, 10.0f, {-3.0, -2.0}, {"2:3>2 ", ""}}, // from the end of the range
     {kLate, Loop, 0.0f, {4.0, -4.0}, {"3:1>2 0:2>1 ", "4:1>2 3:2>1 "}},
     {kAtOnce, Once, 1.0f, {2.0, -2.0}, {"2:1>2 2:2>3 ", "2:3>2 2:2>1 "}},
     {{{1.0f, 5}}, Loop, 0.0f, {9.0}, {""}},
@@ -183,6 +184,8 @@ TEST(Events, CanBeLeftEarly)
     player.SetRepeat(Repeat::Loop);
     player.Advance(4e12);
     EXPECT_EQ(player.GetPlayhead().Wraps(), 1'000'000'000'000u);
+    player.Advance(1e30);
+    EXPECT_EQ(player.GetPlayhead().Wraps(), std::uint64_t{1} << 53); // as many as are counted
     int count = 0;
     for ([[maybe_unused]] const Event<std::int32_t>& event : player.CameraCuts())
         if (++count == 5)

@@ -94,6 +94,23 @@ TEST(Playhead, GoesRoundItsRange)
     }
 }
 
+TEST(Playhead, TurnsToTheSpeedsDirection)
+{
+    Playhead playhead(1.0f, 3.0f);
+    for (int way = 0; way < 2; ++way)
+    {
+        playhead.SetRepeat(PingPong);
+        playhead.SetTime(1.0f);
+        playhead.Advance(2.5);
+        EXPECT_EQ(playhead.Direction(), -1);
+        if (way == 0)
+            playhead.SetTime(1.5f);
+        else
+            playhead.SetRepeat(Loop);
+        EXPECT_EQ(playhead.Direction(), 1);
+    }
+}
+
 TEST(Playhead, IsAtTheRightFrameAfterHours)
 {
     for (const Repeat repeat : {Loop, PingPong})
