@@ -29,7 +29,7 @@ TEV2_VECTOR_4 Projected(const ProjectionMatrix& matrix, const TEV2_VECTOR_3& poi
     return {row(matrix.m[0]) / w, row(matrix.m[1]) / w, row(matrix.m[2]) / w, w};
 }
 
-void ExpectNear(const TEV2_VECTOR_3& value, const TEV2_VECTOR_3& expected, float within = 1e-5f)
+void ExpectPoint(const TEV2_VECTOR_3& value, const TEV2_VECTOR_3& expected, float within = 1e-5f)
 {
     EXPECT_NEAR(value.x, expected.x, within);
     EXPECT_NEAR(value.y, expected.y, within);
@@ -80,10 +80,10 @@ TEST(Camera, LooksAlongZOfItsNode)
     player.SetTime(0.5f);
     const CameraView camera = player.Camera(0);
     // A quarter turn about Y takes Z to X: the camera is at (2, 2, 3) and looks along X; right in the picture is -Z.
-    ExpectNear(Times(camera.world, {0.0f, 0.0f, 4.0f}), {6.0f, 2.0f, 3.0f});
-    ExpectNear(Times(camera.view, {2.0f, 2.0f, 3.0f}), {0.0f, 0.0f, 0.0f});
-    ExpectNear(Times(camera.view, {6.0f, 2.0f, 3.0f}), {0.0f, 0.0f, 4.0f});
-    ExpectNear(Times(camera.view, {2.0f, 3.0f, 2.0f}), {1.0f, 1.0f, 0.0f});
+    ExpectPoint(Times(camera.world, {0.0f, 0.0f, 4.0f}), {6.0f, 2.0f, 3.0f});
+    ExpectPoint(Times(camera.view, {2.0f, 2.0f, 3.0f}), {0.0f, 0.0f, 0.0f});
+    ExpectPoint(Times(camera.view, {6.0f, 2.0f, 3.0f}), {0.0f, 0.0f, 4.0f});
+    ExpectPoint(Times(camera.view, {2.0f, 3.0f, 2.0f}), {1.0f, 1.0f, 0.0f});
     EXPECT_EQ(camera.distance, 7.0f);
     EXPECT_EQ(camera.fieldOfView, 1.2f);
     EXPECT_EQ(camera.nearPlane, 1.0f);
@@ -99,7 +99,7 @@ TEST(Camera, LooksAlongZOfItsNode)
     EXPECT_EQ(clip.FindCamera("on no node"), 2);
     EXPECT_EQ(clip.FindCamera("on node"), -1);
     for (const std::size_t in_world : {1, 2})
-        ExpectNear(Times(player.Camera(in_world).view, {1.0f, 2.0f, 3.0f}), {1.0f, 2.0f, 3.0f});
+        ExpectPoint(Times(player.Camera(in_world).view, {1.0f, 2.0f, 3.0f}), {1.0f, 2.0f, 3.0f});
 }
 
 TEST(Camera, ProjectsOntoItsPicture)

@@ -53,7 +53,7 @@ Clip SoundClip()
     return Clip(scene);
 }
 
-std::vector<float> Numbers(Player& player)
+std::vector<float> WorldNumbers(Player& player)
 {
     const auto worlds = player.World();
     std::vector<float> numbers(worlds.size() * 12);
@@ -73,26 +73,26 @@ TEST(Player, CopiesIntoMemoryOfItsOwn)
         Player player(clip, &first);
         player.SetRepeat(Repeat::Loop);
         player.Advance(0.25);
-        const auto numbers = Numbers(player);
+        const auto numbers = WorldNumbers(player);
 
         Player copy = player;
         EXPECT_EQ(first.pieces, 2);
         Player elsewhere(player, &second);
         EXPECT_EQ(second.pieces, 1);
         player.Advance(0.5);
-        EXPECT_NE(Numbers(player), numbers);
-        EXPECT_EQ(Numbers(copy), numbers);
-        EXPECT_EQ(Numbers(elsewhere), numbers);
+        EXPECT_NE(WorldNumbers(player), numbers);
+        EXPECT_EQ(WorldNumbers(copy), numbers);
+        EXPECT_EQ(WorldNumbers(elsewhere), numbers);
         EXPECT_NE(copy.World().data(), elsewhere.World().data());
         EXPECT_EQ(copy.GetPlayhead().GetRepeat(), Repeat::Loop);
 
         // Of the same clip: in the same memory.
         elsewhere = player;
         EXPECT_EQ(elsewhere.Time(), 0.75f);
-        EXPECT_EQ(Numbers(elsewhere), Numbers(player));
+        EXPECT_EQ(WorldNumbers(elsewhere), WorldNumbers(player));
         const Player& self = elsewhere;
         elsewhere = self;
-        EXPECT_EQ(Numbers(elsewhere), Numbers(player));
+        EXPECT_EQ(WorldNumbers(elsewhere), WorldNumbers(player));
         EXPECT_EQ(second.taken, 1);
 
         // Of another clip: other memory of its own resource.
@@ -103,7 +103,7 @@ TEST(Player, CopiesIntoMemoryOfItsOwn)
         EXPECT_TRUE(elsewhere.World().empty());
         EXPECT_EQ(second.pieces, 2);
         elsewhere = player;
-        EXPECT_EQ(Numbers(elsewhere), Numbers(player));
+        EXPECT_EQ(WorldNumbers(elsewhere), WorldNumbers(player));
         EXPECT_EQ(second.pieces, 2);
 
         // Moving takes nothing.
@@ -117,10 +117,10 @@ TEST(Player, CopiesIntoMemoryOfItsOwn)
         EXPECT_EQ(first.taken + second.taken, taken);
         moved = elsewhere; // what was moved from can be assigned to
         EXPECT_NE(moved.World().data(), worlds);
-        EXPECT_EQ(Numbers(moved), Numbers(elsewhere));
+        EXPECT_EQ(WorldNumbers(moved), WorldNumbers(elsewhere));
         plays_other = std::move(elsewhere);
         elsewhere = moved;
-        EXPECT_EQ(Numbers(plays_other), Numbers(elsewhere));
+        EXPECT_EQ(WorldNumbers(plays_other), WorldNumbers(elsewhere));
     }
     EXPECT_EQ(first.pieces, 0);
     EXPECT_EQ(second.pieces, 0);
@@ -131,11 +131,11 @@ TEST(Player, OutlivesTheMoveOfItsClip)
     Clip clip = SoundClip();
     Player player(clip);
     player.SetTime(0.25f);
-    const auto numbers = Numbers(player);
+    const auto numbers = WorldNumbers(player);
     const Clip moved = std::move(clip);
     player.SetTime(0.5f);
     player.SetTime(0.25f);
-    EXPECT_EQ(Numbers(player), numbers);
+    EXPECT_EQ(WorldNumbers(player), numbers);
 }
 
 TEST(Player, TakesNoMemoryOnceItIsMade)

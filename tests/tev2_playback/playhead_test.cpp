@@ -11,8 +11,8 @@ using namespace TEV2_PLAYBACK;
 namespace
 {
 
-constexpr double kInfinity = std::numeric_limits<double>::infinity();
-constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
+constexpr double kEndless = std::numeric_limits<double>::infinity();
+constexpr double kNoTime = std::numeric_limits<double>::quiet_NaN();
 using enum Repeat;
 
 /// Of a range of 1 to 3 seconds.
@@ -65,11 +65,11 @@ const Course kCourses[] = {
     {PingPong, 1.0, std::numeric_limits<float>::quiet_NaN(), {0.5}, 1.5f, 1, 0, false},
     {PingPong, 1.0, std::numeric_limits<float>::infinity(), {0.5}, 2.5f, -1, 1, false},
     // What moves nothing.
-    {Loop, 1.0, 1.5f, {kNaN}, 1.5f, 1, 0, false},
-    {Loop, 1.0, 1.5f, {kInfinity, 0.25}, 1.75f, 1, 0, false},
-    {PingPong, 1.0, 1.5f, {-kInfinity, 0.0}, 1.5f, 1, 0, false},
-    {Once, kNaN, 1.5f, {0.5}, 1.5f, 0, 0, false},
-    {Once, kInfinity, 1.5f, {0.5, 0.0}, 1.5f, 1, 0, false},
+    {Loop, 1.0, 1.5f, {kNoTime}, 1.5f, 1, 0, false},
+    {Loop, 1.0, 1.5f, {kEndless, 0.25}, 1.75f, 1, 0, false},
+    {PingPong, 1.0, 1.5f, {-kEndless, 0.0}, 1.5f, 1, 0, false},
+    {Once, kNoTime, 1.5f, {0.5}, 1.5f, 0, 0, false},
+    {Once, kEndless, 1.5f, {0.5, 0.0}, 1.5f, 1, 0, false},
     {Loop, 1e300, 1.5f, {1e300}, 1.5f, 1, 0, false},
 };
 
