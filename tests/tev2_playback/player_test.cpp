@@ -1,6 +1,7 @@
 #include "tests/support/allocation_watch.h"
 #include "tests/support/sample_scenes.h"
 #include "tests/support/tracks.h"
+#include "tests/tev2_playback/counter.h"
 #include "tev2_playback/player.h"
 
 #include <gtest/gtest.h>
@@ -24,28 +25,6 @@ static_assert(std::is_nothrow_move_constructible_v<Player> && std::is_nothrow_mo
 namespace
 {
 
-/// Counts what is taken from it.
-class Counter final : public std::pmr::memory_resource
-{
-public:
-    int pieces = 0;
-    int taken = 0;
-
-private:
-    void* do_allocate(std::size_t size, std::size_t alignment) override
-    {
-        ++pieces;
-        ++taken;
-        return std::pmr::new_delete_resource()->allocate(size, alignment);
-    }
-    void do_deallocate(void* memory, std::size_t size, std::size_t alignment) override
-    {
-        --pieces;
-        std::pmr::new_delete_resource()->deallocate(memory, size, alignment);
-    }
-    bool do_is_equal(const memory_resource& other) const noexcept override { return this == &other; }
-};
-
 Clip SoundClip()
 {
     TEV2 scene;
@@ -67,8 +46,8 @@ TEST(Player, CopiesIntoMemoryOfItsOwn)
 {
     const Clip clip = SoundClip();
     const Clip other_clip;
-    Counter first;
-    Counter second;
+    tv2_tests::Counter first;
+    tv2_tests::Counter second;
     {
         Player player(clip, &first);
         player.SetRepeat(Repeat::Loop);
