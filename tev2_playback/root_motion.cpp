@@ -59,7 +59,7 @@ void RootMotion::Hold(std::span<Transform> pose) const
 RootMotion::Rigid RootMotion::RigidOf(const Transform& transform)
 {
     const auto& [x, y, z, w] = transform.rotation;
-    const double numbers[4] = {x, y, z, w};
+    const double numbers[4] = {double{x}, double{y}, double{z}, double{w}};
     double square = 0.0;
     for (const double number : numbers)
         square += number * number;
@@ -67,9 +67,9 @@ RootMotion::Rigid RootMotion::RigidOf(const Transform& transform)
     if (square > 0.0 && std::isfinite(square))
         for (int i = 0; i < 4; ++i)
             rigid.rotation[i] = numbers[i] / std::sqrt(square);
-    rigid.translation[0] = transform.translation.x;
-    rigid.translation[1] = transform.translation.y;
-    rigid.translation[2] = transform.translation.z;
+    rigid.translation[0] = double{transform.translation.x};
+    rigid.translation[1] = double{transform.translation.y};
+    rigid.translation[2] = double{transform.translation.z};
     return rigid;
 }
 
