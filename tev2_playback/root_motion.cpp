@@ -59,7 +59,8 @@ void RootMotion::Hold(std::span<Transform> pose) const
 RootMotion::Rigid RootMotion::RigidOf(const Transform& transform)
 {
     const auto& [x, y, z, w] = transform.rotation;
-    const double numbers[4] = {double{x}, double{y}, double{z}, double{w}};
+    const double numbers[4] = {static_cast<double>(x), static_cast<double>(y), static_cast<double>(z),
+                               static_cast<double>(w)};
     double square = 0.0;
     for (const double number : numbers)
         square += number * number;
@@ -67,9 +68,9 @@ RootMotion::Rigid RootMotion::RigidOf(const Transform& transform)
     if (square > 0.0 && std::isfinite(square))
         for (int i = 0; i < 4; ++i)
             rigid.rotation[i] = numbers[i] / std::sqrt(square);
-    rigid.translation[0] = double{transform.translation.x};
-    rigid.translation[1] = double{transform.translation.y};
-    rigid.translation[2] = double{transform.translation.z};
+    rigid.translation[0] = static_cast<double>(transform.translation.x);
+    rigid.translation[1] = static_cast<double>(transform.translation.y);
+    rigid.translation[2] = static_cast<double>(transform.translation.z);
     return rigid;
 }
 
