@@ -3,6 +3,7 @@
 #include "tev2_playback/clip_file.h"
 #include "tev2_playback/player.h"
 #include "tev2_playback/pose.h"
+#include "tev2_playback/root_motion.h"
 
 #include <algorithm>
 #include <cstddef>
@@ -25,6 +26,12 @@ struct tev2_player
 {
     std::shared_ptr<const Clip> clip; ///< outlives the player
     Player player;
+};
+
+struct tev2_root_motion
+{
+    RootMotion motion;
+    std::int32_t node;
 };
 
 static_assert(sizeof(tev2_matrix) == sizeof(TEV2_MATRIX_3X4));
@@ -515,4 +522,65 @@ void tev2_clip_to_world(const tev2_clip* clip, const tev2_transform* pose, tev2_
 {
     const std::span<const Transform> transforms = AsPose(pose, count);
     ToWorld(*clip->clip, transforms, {reinterpret_cast<TEV2_MATRIX_3X4*>(world), transforms.size()});
+}
+
+void tev2_form_palette(const tev2_matrix* world, std::int32_t nodes, const std::int32_t* bones,
+                       const tev2_matrix* bind, std::int32_t count, tev2_matrix* palette)
+{
+    const auto* const worlds = reinterpret_cast<const TEV2_MATRIX_3X4*>(world);
+    const auto* const binds = reinterpret_cast<const TEV2_MATRIX_3X4*>(bind);
+    auto* const matrices = reinterpret_cast<TEV2_MATRIX_3X4*>(palette);
+    for (std::int32_t at = 0; at < count; ++at)
+    {
+        if (bones[at] < 0 || bones[at] >= nodes)
+            matrices[at] = TEV2_MATRIX_3X4();
+        else
+            matrices[at] = binds != nullptr ? Product(worlds[bones[at]], binds[at]) : worlds[bones[at]];
+    }
+}
+
+tev2_result tev2_root_motion_create(const tev2_clip* clip, std::int32_t node, tev2_root_motion** motion)
+{
+    *motion = nullptr;
+    if (!IsIndex(node, clip->clip->NodeCount()))
+        return TEV2_ERROR_ARGUMENT;
+    return Guarded(
+        [=]
+        {
+            *motion = new tev2_root_motion{RootMotion(*clip->clip, static_cast<std::size_t>(node)), node};
+            return tev2_result{TEV2_OK};
+        });
+}
+
+void tev2_root_motion_destroy(tev2_root_motion* motion)
+{
+    delete motion;
+}
+
+tev2_result tev2_root_motion_movement(tev2_root_motion* motion, const tev2_player* player,
+                                      const tev2_transform* pose, std::int32_t count,
+                                      tev2_transform* movement)
+{
+    if (count <= motion->node)
+        return TEV2_ERROR_ARGUMENT;
+    const Transform step =
+        motion->motion.Movement(AsPose(pose, count), player->player.GetPlayhead().Played());
+    std::memcpy(movement, &step, sizeof step);
+    return TEV2_OK;
+}
+
+tev2_result tev2_root_motion_restart(tev2_root_motion* motion, const tev2_transform* pose, std::int32_t count)
+{
+    if (count <= motion->node)
+        return TEV2_ERROR_ARGUMENT;
+    motion->motion.Restart(AsPose(pose, count));
+    return TEV2_OK;
+}
+
+tev2_result tev2_root_motion_hold(const tev2_root_motion* motion, tev2_transform* pose, std::int32_t count)
+{
+    if (count <= motion->node)
+        return TEV2_ERROR_ARGUMENT;
+    motion->motion.Hold(AsPose(pose, count));
+    return TEV2_OK;
 }

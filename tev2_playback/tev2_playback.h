@@ -213,8 +213,7 @@ TEV2_PLAYBACK_API int32_t tev2_player_has_ended(const tev2_player* player);
 TEV2_PLAYBACK_API uint64_t tev2_player_wraps(const tev2_player* player);
 
 // From the axes of each node to the world, at the present time: tev2_clip_node_count of them. Valid until the time of
-// the player changes or it is destroyed. Sums of products are formed here: the first call after a change of time is
-// the one that costs.
+// the player changes or it is destroyed. The first call after a change of time computes them.
 TEV2_PLAYBACK_API const tev2_matrix* tev2_player_world(tev2_player* player);
 
 // ---- Cameras, properties and events of a player
@@ -307,3 +306,37 @@ TEV2_PLAYBACK_API tev2_result tev2_clip_mask_below(const tev2_clip* clip, int32_
 // World matrices of a pose.
 TEV2_PLAYBACK_API void tev2_clip_to_world(const tev2_clip* clip, const tev2_transform* pose,
                                           tev2_matrix* world, int32_t count);
+
+// The palette of a skinned mesh: palette[i] = world[bones[i]] * bind[i], from bind space to the world. `bind` brings
+// vertices to the axes of the bone, both in the frame of the clip; null: the identity. `world` is what
+// tev2_player_world or tev2_clip_to_world gave, `nodes` how many matrices it has; a bone beyond them has the identity.
+TEV2_PLAYBACK_API void tev2_form_palette(const tev2_matrix* world, int32_t nodes, const int32_t* bones,
+                                         const tev2_matrix* bind, int32_t count, tev2_matrix* palette);
+
+// ---- Root motion: how a node moves the character of one player, and poses without that movement. root_motion.h has
+// the rules.
+
+typedef struct tev2_root_motion tev2_root_motion;
+
+// The first movement begins where the node is at the start of the clip's time range. Choose the topmost node that moves.
+// The clip is not needed afterwards. On failure it is null.
+TEV2_PLAYBACK_API tev2_result tev2_root_motion_create(const tev2_clip* clip, int32_t node,
+                                                      tev2_root_motion** motion);
+
+// Null: nothing happens.
+TEV2_PLAYBACK_API void tev2_root_motion_destroy(tev2_root_motion* motion);
+
+// The movement from the last call, or restart, to this one, at which the node is as in the pose: earlier place *
+// movement = later place. Call it once after each tev2_player_advance; it goes on across the ends of loops. All three
+// fail where the pose does not have the node.
+TEV2_PLAYBACK_API tev2_result tev2_root_motion_movement(tev2_root_motion* motion, const tev2_player* player,
+                                                        const tev2_transform* pose, int32_t count,
+                                                        tev2_transform* movement);
+
+// The next movement begins where the node is in the pose. For use after tev2_player_set_time.
+TEV2_PLAYBACK_API tev2_result tev2_root_motion_restart(tev2_root_motion* motion, const tev2_transform* pose,
+                                                       int32_t count);
+
+// Puts the node where it is at the start of the clip's time range.
+TEV2_PLAYBACK_API tev2_result tev2_root_motion_hold(const tev2_root_motion* motion, tev2_transform* pose,
+                                                    int32_t count);

@@ -33,7 +33,7 @@ class Examples(unittest.TestCase):
         self.assertRegex(lines[0], r"^75 nodes, \d+ bytes$")
         times = [line.split(":")[0] for line in lines[1:]]
         self.assertEqual(times, [f"{tenth / 10:.2f} s" for tenth in range(34)])  # 80 / 24 s
-        self.assertGreater(len({line.split(":")[1] for line in lines[1:]}), 10)  # the head moves
+        self.assertGreater(len({line.split(":")[1] for line in lines[1:]}), 5)  # the head moves
 
     def test_failures_have_a_reason_and_a_code(self):
         for program in (PLAY, PLAY_C):

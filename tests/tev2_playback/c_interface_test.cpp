@@ -5,9 +5,14 @@
 
 #include <cerrno>
 #include <cmath>
+#include <cstddef>
+#include <cstdint>
 #include <cstring>
 #include <gtest/gtest.h>
 #include <limits>
+#include <string>
+#include <utility>
+#include <vector>
 
 using namespace tv2_tests;
 
@@ -293,6 +298,58 @@ TEST_F(CInterface, MixesPoses)
     tev2_matrix world[3];
     tev2_clip_to_world(clip, middle, world, 3);
     EXPECT_EQ(std::memcmp(world, tev2_player_world(player), sizeof world), 0);
+}
+
+TEST_F(CInterface, FormsPalettes)
+{
+    tev2_player_set_time(player, 1.0f); // nothing is turned, each node is at (0, 1, -2) of its parent
+    const tev2_matrix* const world = tev2_player_world(player);
+    const std::int32_t bones[] = {2, -1, 3, 1};
+    tev2_matrix bind[4] = {}, palette[4];
+    for (tev2_matrix& matrix : bind)
+        matrix.m[0][0] = matrix.m[1][1] = matrix.m[2][2] = 2.0f;
+    bind[0].m[1][3] = -5.0f;
+    tev2_form_palette(world, 3, bones, bind, 4, palette);
+    EXPECT_EQ(palette[0].m[0][0], 2.0f);
+    EXPECT_EQ(palette[0].m[1][3], -2.0f);
+    EXPECT_EQ(palette[0].m[2][3], -6.0f);
+    for (const int none : {1, 2})
+    {
+        EXPECT_EQ(palette[none].m[1][1], 1.0f);
+        EXPECT_EQ(palette[none].m[1][3], 0.0f);
+    }
+    EXPECT_EQ(palette[3].m[2][3], -4.0f);
+    tev2_form_palette(world, 3, bones, nullptr, 1, palette);
+    EXPECT_EQ(std::memcmp(&palette[0], &world[2], sizeof palette[0]), 0);
+}
+
+TEST_F(CInterface, TakesRootMotionOut)
+{
+    tev2_root_motion* motion = nullptr;
+    EXPECT_EQ(tev2_root_motion_create(clip, 3, &motion), TEV2_ERROR_ARGUMENT);
+    EXPECT_EQ(motion, nullptr);
+    ASSERT_EQ(tev2_root_motion_create(clip, 0, &motion), TEV2_OK);
+    tev2_transform pose[3], step;
+    tev2_player_set_repeat(player, TEV2_REPEAT_LOOP);
+    tev2_player_advance(player, 3.0); // three times from (0, 1, 0) to (0, 1, -2)
+    ASSERT_EQ(tev2_player_sample(player, pose, 3), TEV2_OK);
+    EXPECT_EQ(tev2_root_motion_movement(motion, player, pose, 0, &step), TEV2_ERROR_ARGUMENT);
+    ASSERT_EQ(tev2_root_motion_movement(motion, player, pose, 3, &step), TEV2_OK);
+    EXPECT_NEAR(step.translation[2], -6.0f, 1e-5f);
+    EXPECT_NEAR(step.translation[0], 0.0f, 1e-5f);
+
+    tev2_player_set_time(player, 0.5f);
+    ASSERT_EQ(tev2_player_sample(player, pose, 3), TEV2_OK);
+    EXPECT_EQ(tev2_root_motion_restart(motion, pose, 3), TEV2_OK);
+    EXPECT_EQ(tev2_root_motion_restart(motion, pose, 0), TEV2_ERROR_ARGUMENT);
+    ASSERT_EQ(tev2_root_motion_movement(motion, player, pose, 3, &step), TEV2_OK);
+    EXPECT_NEAR(step.translation[2], 0.0f, 1e-5f);
+    EXPECT_EQ(pose[0].translation[0], 1.0f);
+    EXPECT_EQ(tev2_root_motion_hold(motion, pose, 3), TEV2_OK);
+    EXPECT_EQ(tev2_root_motion_hold(motion, pose, 0), TEV2_ERROR_ARGUMENT);
+    EXPECT_EQ(pose[0].translation[0], 0.0f);
+    tev2_root_motion_destroy(motion);
+    tev2_root_motion_destroy(nullptr);
 }
 
 } // namespace
