@@ -67,7 +67,7 @@ public:
     }
 
     template <typename Sink>
-    void Evaluate(const Group& group, const Sink& sink) const
+    TEV2_HOT void Evaluate(const Group& group, const Sink& sink) const
     {
         if (group.way == Way::Alone)
             return sink.Put(group, Alone(skeleton_.alone[group.keys]));
@@ -75,7 +75,7 @@ public:
     }
 
 private:
-    FourTransforms FromRows(const Group& group) const
+    TEV2_HOT FourTransforms FromRows(const Group& group) const
     {
         const float* open = open_ + group.keys;
         const float* close = close_ + group.keys;
@@ -122,7 +122,7 @@ private:
 
     /// Of four lanes the keys at their places, or the ones after these.
     template <std::size_t kFloats>
-    Float4x4 Gathered(const Lane* lanes, std::size_t after) const
+    TEV2_HOT Float4x4 Gathered(const Lane* lanes, std::size_t after) const
     {
         const auto key = [this, lanes, after](int lane)
         {
@@ -171,7 +171,7 @@ struct MatrixSink
 {
     TEV2_MATRIX_3X4* matrices;
 
-    void Put(const Group& group, const FourTransforms& four) const
+    TEV2_HOT void Put(const Group& group, const FourTransforms& four) const
     {
         const FourMatrices local = MatricesOf(four);
         TEV2_MATRIX_3X4* const to[4] = {&matrices[group.nodes[0]], &matrices[group.nodes[1]],
@@ -200,7 +200,7 @@ struct MatrixSink
 
 private:
     template <int row>
-    static Float4x4 Row(const TEV2_MATRIX_3X4* const (&from)[4])
+    TEV2_HOT static Float4x4 Row(const TEV2_MATRIX_3X4* const (&from)[4])
     {
         return Transposed({Float4::Load(from[0]->m[row]), Float4::Load(from[1]->m[row]),
                            Float4::Load(from[2]->m[row]), Float4::Load(from[3]->m[row])});
@@ -208,7 +208,7 @@ private:
 
     /// Lanes without a node repeat the first, which is written last for that.
     template <int row>
-    static void PutRow(TEV2_MATRIX_3X4* const (&to)[4], const Float4x4& elements)
+    TEV2_HOT static void PutRow(TEV2_MATRIX_3X4* const (&to)[4], const Float4x4& elements)
     {
         const Float4x4 rows = Transposed(elements);
         rows.w.Store(to[3]->m[row]);
@@ -223,7 +223,7 @@ struct TransformSink
 {
     Transform* transforms;
 
-    void Put(const Group& group, const FourTransforms& four) const
+    TEV2_HOT void Put(const Group& group, const FourTransforms& four) const
     {
         const Float3x4& moved = four.translation;
         const Float4x4 translations = Transposed({moved.x, moved.y, moved.z, Float4::All(1.0f)});

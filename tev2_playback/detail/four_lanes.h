@@ -1,6 +1,7 @@
 #pragma once
 
 #include "tev2_loader/math/detail/fast_math.h"
+#include "tev2_loader/tracks/detail/track_mover.h" // TEV2_HOT
 
 // The arithmetic of playing: the same, number for number, as that of tracks and nodes, four nodes at a time, in
 // registers.
@@ -30,7 +31,7 @@ struct FourTransforms
     Float4x4 rotation;
 };
 
-inline Float4x4 Transposed(const Float4x4& from)
+TEV2_HOT Float4x4 Transposed(const Float4x4& from)
 {
     const Float4 low01 = Pick<0, 1, 0, 1>(from.x, from.y);
     const Float4 high01 = Pick<2, 3, 2, 3>(from.x, from.y);
@@ -40,32 +41,32 @@ inline Float4x4 Transposed(const Float4x4& from)
             Pick<1, 3, 1, 3>(high01, high23)};
 }
 
-inline Float4 LoadFour(const float* floats)
+TEV2_HOT Float4 LoadFour(const float* floats)
 {
     return Float4::Load(*reinterpret_cast<const float(*)[4]>(floats));
 }
 
-inline void StoreFour(Float4 four, float* floats)
+TEV2_HOT void StoreFour(Float4 four, float* floats)
 {
     four.Store(*reinterpret_cast<float(*)[4]>(floats));
 }
 
-inline Float3x4 LoadVectors(const float* floats)
+TEV2_HOT Float3x4 LoadVectors(const float* floats)
 {
     return {LoadFour(floats), LoadFour(floats + 4), LoadFour(floats + 8)};
 }
 
-inline Float4x4 LoadRotations(const float* floats)
+TEV2_HOT Float4x4 LoadRotations(const float* floats)
 {
     return {LoadFour(floats), LoadFour(floats + 4), LoadFour(floats + 8), LoadFour(floats + 12)};
 }
 
-inline Float4 Between(Float4 open, Float4 close, Float4 fraction)
+TEV2_HOT Float4 Between(Float4 open, Float4 close, Float4 fraction)
 {
     return open + (close - open) * fraction;
 }
 
-inline Float3x4 Between(const Float3x4& open, const Float3x4& close, Float4 fraction)
+TEV2_HOT Float3x4 Between(const Float3x4& open, const Float3x4& close, Float4 fraction)
 {
     return {Between(open.x, close.x, fraction), Between(open.y, close.y, fraction),
             Between(open.z, close.z, fraction)};
@@ -84,8 +85,8 @@ struct Turn
 /// Along the arc, one by one, but for the lanes of a mask.
 Float4x4 TurnedAlongArcs(const Turn& turn, unsigned straight);
 
-inline Float4x4 TurnedBetween(const Float4x4& open, const Float4x4& close, Float4 fraction,
-                              unsigned always_straight)
+TEV2_HOT Float4x4 TurnedBetween(const Float4x4& open, const Float4x4& close, Float4 fraction,
+                                unsigned always_straight)
 {
     const Float4 dot = open.x * close.x + open.w * close.w + open.y * close.y + open.z * close.z;
     const Float4x4 turned = {Between(open.x, close.x, fraction), Between(open.y, close.y, fraction),
@@ -103,7 +104,7 @@ struct FourMatrices
     Float4x4 rows[3];
 };
 
-inline FourMatrices MatricesOf(const FourTransforms& transforms)
+TEV2_HOT FourMatrices MatricesOf(const FourTransforms& transforms)
 {
     const auto& [x, y, z, w] = transforms.rotation;
     const Float4 x2 = x + x;
@@ -127,7 +128,7 @@ inline FourMatrices MatricesOf(const FourTransforms& transforms)
 
 /// A row of four products, from that row of the left matrices. Sums have no zero for the last row of a matrix in the
 /// first three columns: it would be -0, which changes no number.
-inline Float4x4 ProductRow(const Float4x4& left, const FourMatrices& right)
+TEV2_HOT Float4x4 ProductRow(const Float4x4& left, const FourMatrices& right)
 {
     const auto& [first, second, third] = right.rows;
     return {left.x * first.x + left.y * second.x + left.z * third.x,
