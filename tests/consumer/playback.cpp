@@ -87,6 +87,35 @@ bool RunPoses(const Clip& clip)
     return good;
 }
 
+bool RunRootMotion(const Clip& clip)
+{
+    Walker walker = {Player(clip), RootMotion(clip, 0), {}};
+    walker.player.SetRepeat(Repeat::Loop);
+    std::vector<Transform> pose(2);
+    std::vector<TEV2_MATRIX_3X4> world(2);
+    for (int step = 0; step < 5; ++step)
+        Walk(walker, clip, 0.5, pose, world); // two times and a half through the clip
+    return Expect(IsAt(walker.place, 5.0f, 0.0f, 10.0f), "a walk goes on") &&
+           Expect(IsAt(world[1], 0.0f, 1.0f, 0.5f), "a pose without the walk");
+}
+
+bool RunSkin()
+{
+    TEV2 scene;
+    if (!Expect(LoadFile("walk.tv2", scene).Ok(), "a scene"))
+        return false;
+    auto sleeve = std::make_unique<TEV2_WEIGHTED_MESH>();
+    sleeve->skin->bones = {1};
+    sleeve->skin->bindMatrices.resize(1);
+    sleeve->skin->bindMatrices[0].m[1][3] = -1.0f; // the hand was 1 m up
+    scene.weightedMeshes.push_back(std::move(sleeve));
+    const SkinnedCharacter character = MakeCharacter(scene);
+    Player player(character.clip);
+    player.SetTime(1.0f);
+    const std::vector<TEV2_MATRIX_3X4> palette = PaletteOf(character, 0, player);
+    return Expect(palette.size() == 1 && IsAt(palette[0], 2.0f, 0.0f, 5.0f), "a palette");
+}
+
 bool RunLoads()
 {
     Clip clip;
@@ -113,7 +142,8 @@ int main()
                 Expect(LoadClip("walk.tv2", clip).Ok(), "a load");
     if (!good)
         return 1;
-    good &= RunPoses(clip) && RunLoads();
+    good &= RunPoses(clip) && RunRootMotion(clip) && RunSkin() && RunLoads();
+    scene.weightedMeshes.push_back(std::make_unique<TEV2_WEIGHTED_MESH>());
     Player player(clip), walk(clip), run(clip);
     std::vector<TEV2_MATRIX_3X4> matrices(2);
     return good && RunExamples(scene, clip, player, walk, run, 0, 1, Property<std::int32_t>(), matrices) == 0
