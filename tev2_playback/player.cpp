@@ -135,7 +135,8 @@ void Player::Sample(std::span<Transform> pose)
 
 CameraView Player::Camera(std::size_t camera)
 {
-    const CameraData& data = clip_->extras.cameras[camera];
+    const auto cameras = clip_->extras.cameras;
+    const CameraData data = camera < cameras.size() ? cameras[camera] : CameraData();
     CameraView view;
     if (const std::uint32_t node = data.node != kNobody ? data.node : clip_->skeleton.top; node != kNobody)
     {

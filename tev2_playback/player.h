@@ -78,7 +78,7 @@ public:
 
     // Cameras and properties.
 
-    /// A camera of the clip at the present time.
+    /// A camera of the clip at the present time; in the world without a lens where there is no such camera.
     CameraView Camera(std::size_t camera);
 
     /// The camera that the clip's switcher shows, or -1: there is no switcher, or it shows none of the clip's cameras.

@@ -146,7 +146,9 @@ TEST(Events, LeadFromValueToValueInStepsOfAnySize)
         for (int key = 0; key < 12; ++key) // quarters of a second: all sums are exact
             keys.emplace_back(static_cast<float>(random() % 20) / 4.0f - 0.5f, random() % 3);
         std::ranges::sort(keys, {}, &std::pair<float, int>::first);
-        keys.erase(std::ranges::unique(keys, {}, &std::pair<float, int>::first).begin(), keys.end());
+        keys.erase(std::unique(keys.begin(), keys.end(),
+                               [](const auto& left, const auto& right) { return left.first == right.first; }),
+                   keys.end());
         const Clip clip = ClipOf(keys);
         const auto property = clip.FindProperty<std::int32_t>(OfNode(0), "");
         Player small(clip);
