@@ -1,5 +1,7 @@
 #pragma once
 
+#include "tev2_loader/requirements.h"
+
 #include <cstdint>
 
 namespace TEV2_PLAYBACK

@@ -253,8 +253,8 @@ TEV2_PLAYBACK_API tev2_result tev2_camera_projection(const tev2_camera* camera, 
 // A property at the present time; 0 for one of another type.
 TEV2_PLAYBACK_API int32_t tev2_player_int(const tev2_player* player, int32_t property);
 
-// Writes the 1, 3 or 4 numbers of a property of floats at the present time, and returns how many these are; 0 for one of
-// another type.
+// Writes the 1, 3 or 4 numbers of a property of floats at the present time, and returns how many these are; 0 for one
+// of another type.
 TEV2_PLAYBACK_API int32_t tev2_player_floats(const tev2_player* player, int32_t property, float values[4]);
 
 // What a property or the switcher did: a change from one key's value to another's. Whole numbers have i; others have as
@@ -280,9 +280,9 @@ TEV2_PLAYBACK_API uint64_t tev2_player_events(const tev2_player* player, int32_t
 TEV2_PLAYBACK_API uint64_t tev2_player_camera_cuts(const tev2_player* player, tev2_event_callback callback,
                                                    void* user);
 
-// ---- Poses: arrays with a transform for each node relative to its parent, in the order of nodes. Masks are arrays with
-// a factor for each node, by which the weight is multiplied; null: 1. Outputs may be the memory of inputs. pose.h has
-// the formulas.
+// ---- Poses: arrays with a transform for each node relative to its parent, in the order of nodes. Masks are arrays
+// with a factor for each node, by which the weight is multiplied; null: 1. Outputs may be the memory of inputs. pose.h
+// has the formulas.
 
 // The pose at the present time. Fails, and writes nothing, where `count` is less than the number of nodes.
 TEV2_PLAYBACK_API tev2_result tev2_player_sample(tev2_player* player, tev2_transform* pose, int32_t count);
@@ -318,8 +318,8 @@ TEV2_PLAYBACK_API void tev2_form_palette(const tev2_matrix* world, int32_t nodes
 
 typedef struct tev2_root_motion tev2_root_motion;
 
-// The first movement begins where the node is at the start of the clip's time range. Choose the topmost node that moves.
-// The clip is not needed afterwards. On failure it is null.
+// The first movement begins where the node is at the start of the clip's time range. Choose the topmost node that
+// moves. The clip is not needed afterwards. On failure it is null.
 TEV2_PLAYBACK_API tev2_result tev2_root_motion_create(const tev2_clip* clip, int32_t node,
                                                       tev2_root_motion** motion);
 
