@@ -110,8 +110,9 @@ void Player::Seek()
     for (std::uint32_t at = 0; at < clip_->nodeClocks; ++at)
     {
         const Clock& clock = clip_->clocks[at];
-        places_[at] =
-            TEV2_PLAYBACK::Seek(clip_->TimesOf(clock), Time(), clock.ascending ? places_[at].key : 0);
+        const std::span<const float> times = clip_->TimesOf(clock);
+        places_[at] = clock.ascending ? SeekNear(times, Time(), places_[at].key)
+                                      : TEV2_PLAYBACK::Seek(times, Time(), 0);
     }
     sought_ = true;
 }

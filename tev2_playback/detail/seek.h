@@ -53,4 +53,18 @@ inline Place Seek(std::span<const float> times, float time, std::uint32_t hint)
     return {key, span > 0.0f ? (time - open) / span : 0.0f};
 }
 
+/// The same for ascending times, quicker near the hint: it does not look at the ends of the times, which may be far
+/// away in memory.
+inline Place SeekNear(std::span<const float> times, float time, std::uint32_t hint)
+{
+    const std::size_t segments = times.size() - 1;
+    for (const std::size_t key : {std::size_t{hint}, hint + std::size_t{1}, hint - std::size_t{1}})
+    {
+        // Not at a closing key: there may be equal times after it.
+        if (key < segments && times[key] < time && time < times[key + 1])
+            return {static_cast<std::uint32_t>(key), (time - times[key]) / (times[key + 1] - times[key])};
+    }
+    return Seek(times, time, hint);
+}
+
 } // namespace TEV2_PLAYBACK
