@@ -7,11 +7,11 @@ FUZZ_SECONDS := 60
 SCENES ?=
 CONFIGURE := cmake -DTV2_SCENES_DIR=$(SCENES) --preset
 
-.PHONY: help demo build test test-asan test-bytes sweep fuzz coverage bench screenshot windows test-windows \
-        lint format install clean packages
+.PHONY: help demo build test test-asan test-tsan test-arm64 test-bytes sweep fuzz coverage bench screenshot windows \
+        test-windows lint format install clean packages
 
 help: ## Show this list
-	@awk -F ':.*## ' '/^[a-z-]+:.*## / { printf "  make %-12s %s\n", $$1, $$2 }' $(MAKEFILE_LIST)
+	@awk -F ':.*## ' '/^[a-z0-9-]+:.*## / { printf "  make %-12s %s\n", $$1, $$2 }' $(MAKEFILE_LIST)
 
 demo: build ## Export a take of a sample scene, validate the file and draw it
 	@mkdir -p out
@@ -35,6 +35,18 @@ test-asan: packages ## Run all tests under AddressSanitizer and UndefinedBehavio
 	@$(CONFIGURE) asan > /dev/null
 	@cmake --build --preset asan
 	scripts/run_tests.sh $(BUILD)/asan
+
+test-tsan: packages ## Play one clip on many threads, and load on others, under ThreadSanitizer
+	@cmake --preset tsan > /dev/null
+	@cmake --build --preset tsan
+	$(BUILD)/tsan/bin/tev2_playback_thread_tests --gtest_brief=1
+
+test-arm64: packages ## Test format library and playback built for 64-bit ARM, in an emulator
+	@scripts/install_packages.sh g++-aarch64-linux-gnu qemu-user googletest
+	@cmake --preset arm64 > /dev/null
+	@cmake --build --preset arm64
+	ctest --test-dir $(BUILD)/arm64 --output-on-failure --no-tests=error -j$$(nproc) \
+	    -R '^tev2_(loader|playback|evaluation)_tests$$'
 
 test-bytes: build ## Export the samples with plug-ins of g++ and clang++ at -O0 and -O2; compare the files
 	@scripts/install_packages.sh clang

@@ -1,6 +1,8 @@
-// Exports real scenes through the plug-in and compares the pose in the file with that of the scene, at every sample.
+// Exports real scenes through the plug-in and compares the pose in the file with that of the scene, at every sample,
+// and with that of a player.
 
 #include "tests/end_to_end/opened_scene.h"
+#include "tests/tev2_playback/rewound_scene.h"
 
 #include "tev2_loader/file.h"
 
@@ -162,6 +164,30 @@ Deviation CompareTake(FBTake& take, const std::string& path, float rate)
     return deviation;
 }
 
+// A player shows what the file shows once it is rewound: at every key, beside them, between and outside.
+void ExpectPlayedAlike(const std::string& path)
+{
+    TEV2 file;
+    EXPECT_TRUE(LoadFile(path, file, {.applyStartTime = false})) << path;
+    std::vector<float> times = {-1.0f, 0.0f, 1e6f};
+    std::size_t most = 0;
+    for (const TEV2_MATRIX_NODE& node : file.matrixHierarchy.nodes)
+    {
+        if (!node.rotation || node.rotation->m_times.size() <= most)
+            continue;
+        most = node.rotation->m_times.size();
+        times.resize(3);
+        for (const float key : node.rotation->m_times)
+            times.insert(times.end(), {key, std::nextafter(key, 1e9f), key + 0.003f});
+    }
+    tv2_tests::RewoundScene rewound(file);
+    const TEV2_PLAYBACK::Clip clip(file);
+    TEV2_PLAYBACK::Player player(clip);
+    const std::size_t step = 1 + times.size() / 500;
+    for (std::size_t at = 0; at < times.size(); at += step)
+        ASSERT_EQ(rewound.Difference(player, times[at]), "") << path;
+}
+
 TEST_P(ExportedPoses, AreThoseOfTheScene)
 {
     const fs::path scene = GetParam();
@@ -177,6 +203,7 @@ TEST_P(ExportedPoses, AreThoseOfTheScene)
         std::string name = static_cast<const char*>(take.Name);
         std::replace(name.begin(), name.end(), ' ', '_');
         const Deviation deviation = CompareTake(take, folder.Path(name + ".tv2"), static_cast<float>(rate));
+        ExpectPlayedAlike(folder.Path(name + ".tv2"));
         EXPECT_LE(deviation.relative, 1.0) << name;
         EXPECT_GT(deviation.poses, 0u);
         std::cout << scene.filename().string() << " " << name << ": " << deviation.poses

@@ -13,9 +13,9 @@
 namespace tv2_tests
 {
 
-/// Fills a scene with a skeleton such as no exporter writes, always the same one for a seed: most tracks on a few shared
-/// times, others on their own, constant, empty, with more or fewer values than times; both kinds of rotation, near,
-/// far, not of unit length; numbers of every size; parents that come after their children, or are none.
+/// Fills a scene with a skeleton such as no exporter writes, always the same one for a seed: most tracks on a few
+/// shared times, others on their own, constant, empty, with more or fewer values than times; both kinds of rotation,
+/// near, far, not of unit length; numbers of every size; parents that come after their children, or are none.
 class RandomSkeleton
 {
 public:
