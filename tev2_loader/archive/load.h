@@ -27,7 +27,8 @@ template <BlockElement Element>
 void ReadElements(TEV2_MEMORY_CURSOR& cursor, std::vector<Element>& elements, std::size_t count)
 {
     constexpr std::size_t kPiece = 16384 / sizeof(Element);
-    elements.reserve(count);
+    if (count > kPiece)
+        elements.reserve(count);
     while (elements.size() < count)
     {
         const std::size_t begin = elements.size();
@@ -452,6 +453,17 @@ private:
     {
         elements.clear();
         const std::uint32_t count = cursor_.ReadCount(leastSize);
+        if (count != 0)
+            LoadSome(label, elements, count, counts, read);
+        else
+            Count(counts, !cursor_.Failed());
+    }
+
+    template <typename Array, typename ReadOne>
+    void LoadSome(const char* label, Array& elements, std::uint32_t count, Counts counts, const ReadOne& read)
+    {
+        if (count > 1)
+            Reserve(elements, count);
         bool loaded = true;
         for (std::uint32_t index = 0; index < count && !cursor_.Failed(); ++index)
         {
@@ -462,13 +474,24 @@ private:
         Count(counts, loaded && !cursor_.Failed());
     }
 
+    /// Makes room for elements that are going to be read, as long as it takes no more than twice the bytes that are
+    /// left: the others may not be there.
+    template <typename Array>
+    void Reserve(Array& elements, std::size_t count)
+    {
+        const std::size_t most = std::min(2 * cursor_.Remaining(), cursor_.Allowance());
+        elements.reserve(std::min(count, most / sizeof(typename Array::value_type)));
+    }
+
     bool ReadFlag(const char* label = "")
     {
         const std::uint32_t flag = cursor_.ReadU32();
-        if (flag > 1 && cursor_.Strict())
-            Refuse(label, "0 or 1", flag);
+        if (flag > 1 && cursor_.Strict()) [[unlikely]]
+            RefuseFlag(label, flag);
         return flag != 0 && !cursor_.Failed();
     }
+
+    void RefuseFlag(const char* label, std::uint32_t flag) { Refuse(label, "0 or 1", flag); }
 
     /// Fails the cursor: a number of a body is not one that this layout has there.
     void Refuse(const char* label, const std::string& expected, std::uint64_t found, std::size_t back = 4)

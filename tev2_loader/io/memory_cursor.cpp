@@ -1,7 +1,6 @@
 #include "tev2_loader/io/memory_cursor.h"
 
 #include <algorithm>
-#include <cstring>
 #include <limits>
 #include <utility>
 
@@ -20,56 +19,10 @@ TEV2_MEMORY_CURSOR::TEV2_MEMORY_CURSOR(const void* image, std::size_t size, TEV2
 {
 }
 
-template <typename Number>
-Number TEV2_MEMORY_CURSOR::ReadNumber()
+bool TEV2_MEMORY_CURSOR::FailForBytes(std::size_t size)
 {
-    Number number{};
-    if (sizeof number > Remaining())
-    {
-        ReadBlock(&number, sizeof number); // fails
-        return number;
-    }
-    std::memcpy(&number, current, sizeof number);
-    current += sizeof number;
-    return number;
-}
-
-std::uint16_t TEV2_MEMORY_CURSOR::ReadU16()
-{
-    return ReadNumber<std::uint16_t>();
-}
-
-std::uint32_t TEV2_MEMORY_CURSOR::ReadU32()
-{
-    return ReadNumber<std::uint32_t>();
-}
-
-std::int32_t TEV2_MEMORY_CURSOR::ReadI32()
-{
-    return ReadNumber<std::int32_t>();
-}
-
-std::uint64_t TEV2_MEMORY_CURSOR::ReadU64()
-{
-    return ReadNumber<std::uint64_t>();
-}
-
-float TEV2_MEMORY_CURSOR::ReadF32()
-{
-    return ReadNumber<float>();
-}
-
-bool TEV2_MEMORY_CURSOR::ReadBlock(void* destination, std::size_t size)
-{
-    if (size > Remaining())
-    {
-        return Fail(TEV2_LOAD_CODE::RecordOverrun, std::to_string(size) + " bytes",
-                    std::to_string(Remaining()) + " bytes");
-    }
-    if (size != 0)
-        std::memcpy(destination, current, size);
-    current += size;
-    return true;
+    return Fail(TEV2_LOAD_CODE::RecordOverrun, std::to_string(size) + " bytes",
+                std::to_string(Remaining()) + " bytes");
 }
 
 std::uint32_t TEV2_MEMORY_CURSOR::ReadBytes(void* destination, std::uint32_t size)
@@ -79,12 +32,8 @@ std::uint32_t TEV2_MEMORY_CURSOR::ReadBytes(void* destination, std::uint32_t siz
     return taken;
 }
 
-std::uint32_t TEV2_MEMORY_CURSOR::ReadCount(std::size_t leastSize)
+std::uint32_t TEV2_MEMORY_CURSOR::RefuseCount(std::uint32_t count, std::size_t most)
 {
-    const std::uint32_t count = ReadU32();
-    const std::size_t most = Remaining() / leastSize;
-    if (count <= most)
-        return count;
     Fail(TEV2_LOAD_CODE::CountExceedsFile, "at most " + std::to_string(most), std::to_string(count),
          sizeof count);
     return 0;

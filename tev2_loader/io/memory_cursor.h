@@ -5,6 +5,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 #include <string>
 #include <vector>
 
@@ -45,18 +46,24 @@ public:
     std::size_t Offset() const { return static_cast<std::size_t>(current - begin); }
     std::size_t Remaining() const { return static_cast<std::size_t>(end - current); }
 
-    std::uint16_t ReadU16();
-    std::uint32_t ReadU32();
-    std::int32_t ReadI32();
-    std::uint64_t ReadU64();
-    float ReadF32();
+    std::uint16_t ReadU16() { return ReadNumber<std::uint16_t>(); }
+    std::uint32_t ReadU32() { return ReadNumber<std::uint32_t>(); }
+    std::int32_t ReadI32() { return ReadNumber<std::int32_t>(); }
+    std::uint64_t ReadU64() { return ReadNumber<std::uint64_t>(); }
+    float ReadF32() { return ReadNumber<float>(); }
 
     /// Copies at most the remaining bytes and returns how many. Never fails.
     std::uint32_t ReadBytes(void* destination, std::uint32_t size);
 
     /// Reads the u32 count of an array whose elements take at least leastSize (> 0) bytes each. A count that
     /// the remaining bytes cannot hold fails the cursor and gives 0.
-    std::uint32_t ReadCount(std::size_t leastSize);
+    std::uint32_t ReadCount(std::size_t leastSize)
+    {
+        const std::uint32_t count = ReadU32();
+        if (std::uint64_t{count} * leastSize > Remaining()) [[unlikely]]
+            return RefuseCount(count, Remaining() / leastSize);
+        return count;
+    }
 
     /// Call before allocating for file contents. Fails the cursor when the limits are exceeded.
     bool TakeMemory(std::size_t bytes)
@@ -71,7 +78,18 @@ public:
     std::size_t Allowance() const { return allowance_; }
 
     /// Copies exactly `size` bytes; when fewer remain, copies nothing and fails the cursor.
-    bool ReadBlock(void* destination, std::size_t size);
+    bool ReadBlock(void* destination, std::size_t size)
+    {
+        if (size > Remaining()) [[unlikely]]
+            return FailForBytes(size);
+        if (size != 0)
+            std::memcpy(destination, current, size);
+        current += size;
+        return true;
+    }
+
+    /// Fails the cursor as a read of more bytes does than remain. Returns false.
+    bool FailForBytes(std::size_t size);
 
     /// Moves the bytes up to the end of the chunk, but for the last `but`, into an array; none where fewer are left.
     /// False when the limits are exceeded.
@@ -111,7 +129,13 @@ private:
     friend class RecordScope;
 
     template <typename Number>
-    Number ReadNumber();
+    Number ReadNumber()
+    {
+        Number number{};
+        ReadBlock(&number, sizeof number);
+        return number;
+    }
+    std::uint32_t RefuseCount(std::uint32_t count, std::size_t most);
     void AddFinding(TEV2_LOAD_CODE code, TEV2_LOAD_SEVERITY severity, std::string expected, std::string found,
                     std::size_t back);
     std::string Path() const;

@@ -132,18 +132,22 @@ bool ReadHead(TEV2_MEMORY_CURSOR& cursor, StringHead& head)
         std::min<std::size_t>(head.declared, cursor.Remaining() / sizeof(char16_t)));
     if (head.present == head.declared || !cursor.Strict())
         return true;
-    return cursor.ReadBlock(nullptr, head.declared * sizeof(char16_t)); // fails
+    return cursor.FailForBytes(head.declared * sizeof(char16_t));
+}
+
+void WarnOfEnd(TEV2_MEMORY_CURSOR& cursor, const StringHead& head)
+{
+    cursor.current = cursor.end;
+    cursor.Warn(TEV2_LOAD_CODE::StringClamped, std::to_string(head.declared) + " units",
+                std::to_string(head.present) + " units");
 }
 
 /// Continues after the units.
 void EndString(TEV2_MEMORY_CURSOR& cursor, const StringHead& head)
 {
     cursor.current += head.present * sizeof(char16_t);
-    if (head.present == head.declared)
-        return;
-    cursor.current = cursor.end;
-    cursor.Warn(TEV2_LOAD_CODE::StringClamped, std::to_string(head.declared) + " units",
-                std::to_string(head.present) + " units");
+    if (head.present != head.declared) [[unlikely]]
+        WarnOfEnd(cursor, head);
 }
 
 } // namespace
@@ -153,10 +157,9 @@ void ReadWideString(TEV2_MEMORY_CURSOR& cursor, TEV2_WIDE_STRING& string)
     StringHead head{};
     if (!ReadHead(cursor, head) || !cursor.TakeMemory(head.present * sizeof(char16_t)))
         return;
-    std::u16string units(head.present, u'\0');
+    string.text_.resize(head.present);
     if (head.present != 0)
-        std::memcpy(units.data(), cursor.current, head.present * sizeof(char16_t));
-    string = TEV2_WIDE_STRING(std::move(units));
+        std::memcpy(string.text_.data(), cursor.current, head.present * sizeof(char16_t));
     EndString(cursor, head);
 }
 

@@ -39,6 +39,8 @@ public:
     bool operator==(const TEV2_WIDE_STRING&) const = default;
 
 private:
+    friend void ReadWideString(TEV2_MEMORY_CURSOR& cursor, TEV2_WIDE_STRING& string);
+
     std::u16string text_;
 };
 

@@ -109,8 +109,11 @@ public:
     {
         source_.nodes.clear();
         source_.properties.clear();
+        last_ = {};
         has_last_ = false;
     }
+
+    void reserve(std::size_t count) { source_.nodes.reserve(count); }
 
     NodeView& emplace_back()
     {
@@ -125,16 +128,20 @@ public:
             return;
         has_last_ = false;
         const auto node = static_cast<std::uint32_t>(source_.nodes.size());
-        source_.nodes.push_back({from_.Text(last_.name), last_.parentIndex, from_.Track(last_.translation),
-                                 from_.Track(last_.rotation), from_.Track(last_.scale), last_.worldMatrix});
+        NodeSource& kept = source_.nodes.emplace_back();
+        kept.name = from_.Text(last_.name);
+        kept.parent = last_.parentIndex;
+        kept.translation = from_.Track(last_.translation);
+        kept.rotation = from_.Track(last_.rotation);
+        kept.scale = from_.Track(last_.scale);
+        kept.worldMatrix = last_.worldMatrix;
         AddProperties(last_.properties, {node, false}, from_, source_);
-        last_ = {};
     }
 
 private:
     FromViews from_;
     ClipSource& source_;
-    NodeView last_;
+    NodeView last_; ///< used again for each node: all nodes of a hierarchy have the same fields
     bool has_last_ = false;
 };
 
