@@ -277,7 +277,7 @@ void MaskBelow(const Clip& clip, std::size_t node, float factor, std::span<float
     for (std::size_t at = node + 1; at < count; ++at)
     {
         const auto parent = static_cast<std::uint32_t>(parents[at]); // -1 is beyond all
-        if (parent >= node && parent < at && std::bit_cast<std::uint32_t>(mask[parent]) == kMark)
+        if (parent < at && std::bit_cast<std::uint32_t>(mask[parent]) == kMark)
             mask[at] = mask[parent];
     }
     for (float& entry : mask.subspan(node, count - node))

@@ -266,8 +266,9 @@ TEST(ToWorld, IsThePlayersOfASampledPose)
             root.translation = ConstantTrack<TEV2_ANIMATABLE_VECTOR_3_LINEAR>({});
             root.rotation = ConstantTrack<TEV2_ANIMATABLE_QUATERNION_SLERP>({});
             tv2_tests::RandomSkeleton random(scene, seed, 20 + seed);
+            float number = 0;
             for (TEV2_MATRIX_NODE& node : scene.matrixHierarchy.nodes)
-                node.worldMatrix = {{{0, -2, 0, 1}, {1, 0, 0, 2}, {0, 0, 3, 5}}};
+                node.worldMatrix = {{{0, -2, 0, ++number}, {1, 0, 0, 2}, {0, 0, 3, 5}}};
             const Clip clip(scene, {.frame = frame});
             ASSERT_EQ(clip.UpAxis(), TEV2_UP_AXIS::PlusZ);
             Player player(clip);
