@@ -22,7 +22,8 @@ demo: build ## Export a take of a sample scene, validate the file and draw it
 
 build: packages ## Build the command (build/bin/tv2), the plug-in and the libraries
 	@cmake --preset release > /dev/null
-	@cmake --build --preset release --target tv2 tv2_motionbuilder_export_tool mobu_host
+	@cmake --build --preset release --target tv2 tv2_motionbuilder_export_tool mobu_host \
+	    tev2_playback_async tev2_playback_c
 
 test: packages ## Build everything and run all tests
 	@scripts/install_packages.sh xvfb valgrind python3-jsonschema

@@ -37,7 +37,7 @@ std::vector<Character> MakeCrowd(const Clip& clip, std::size_t count)
     for (std::size_t i = 0; i < count; ++i)
     {
         const double share = static_cast<double>(i) / static_cast<double>(count);
-        const double length = clip.TimeRange().maximum - clip.TimeRange().minimum;
+        const auto length = static_cast<double>(clip.TimeRange().maximum - clip.TimeRange().minimum);
         crowd[i].first.SetSpeed(0.8 + 0.4 * share);
         crowd[i].first.Advance(length * share);
         crowd[i].second.Advance(length * (1.0 - share));

@@ -465,7 +465,8 @@ std::int32_t tev2_player_floats(const tev2_player* player, std::int32_t property
                       {
                           const auto value = player->player.Value(typed);
                           std::memcpy(values, &value, sizeof value);
-                          return static_cast<std::int32_t>(sizeof value / sizeof(float));
+                          constexpr PropertyType type = TypeOf(decltype(typed)());
+                          return type == PropertyType::Float ? 1 : type == PropertyType::Vector3 ? 3 : 4;
                       });
 }
 
