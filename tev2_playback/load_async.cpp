@@ -43,7 +43,12 @@ public:
         if (read && GoOnTo(LoadStage::Building))
             read = Build(image);
         const std::lock_guard lock(mutex_);
-        End(cancelled_ ? Status::Failure("cancelled") : std::move(read));
+        if (cancelled_)
+        {
+            DropClip();
+            read = Status::Failure("cancelled");
+        }
+        End(std::move(read));
     }
 
     void Cancel() override
@@ -71,6 +76,10 @@ public:
         std::unique_lock lock(mutex_);
         done_.wait(lock, [this] { return progress_.stage == LoadStage::Done; });
     }
+
+    /// Gives the memory of a clip back that nobody takes: the thread may hold on to the request for a while. From the
+    /// thread, or when it is done.
+    void DropClip() { const Clip dropped(std::move(clip_)); }
 
     Status Take(Clip& clip)
     {
@@ -141,6 +150,7 @@ PendingClip::~PendingClip()
         return;
     request_->Cancel();
     request_->Wait();
+    request_->DropClip();
 }
 
 LoadProgress PendingClip::Progress() const

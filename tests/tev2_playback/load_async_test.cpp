@@ -7,6 +7,7 @@
 #include "tev2_playback/player.h"
 
 #include <algorithm>
+#include <atomic>
 #include <chrono>
 #include <cstring>
 #include <gtest/gtest.h>
@@ -147,6 +148,7 @@ class WatchedMemory : public std::pmr::memory_resource
 public:
     bool fails = false;
     std::thread::id thread;
+    std::atomic<int> pieces = 0; ///< that are taken
 
 private:
     void* do_allocate(std::size_t size, std::size_t alignment) override
@@ -154,10 +156,12 @@ private:
         thread = std::this_thread::get_id();
         if (fails)
             throw std::bad_alloc();
+        ++pieces;
         return std::pmr::new_delete_resource()->allocate(size, alignment);
     }
     void do_deallocate(void* memory, std::size_t size, std::size_t alignment) override
     {
+        --pieces;
         std::pmr::new_delete_resource()->deallocate(memory, size, alignment);
     }
     bool do_is_equal(const memory_resource& other) const noexcept override { return this == &other; }
@@ -176,6 +180,22 @@ TEST_F(AsyncLoad, BuildsOnTheThreadInTheMemoryGiven)
     Clip clip;
     EXPECT_EQ(LoadAsync(File("walk.tv2"), {.clip = {.memory = &memory}}).Take(clip).Reason(),
               folder.Path("walk.tv2") + ": out of memory");
+}
+
+TEST_F(AsyncLoad, ClipsThatNobodyTakesLeaveTheirMemoryAtOnce)
+{
+    const std::string path = File("walk.tv2");
+    WatchedMemory memory;
+    ClipLoader loader;
+    for (int load = 0; load < 1000; ++load)
+    {
+        {
+            const PendingClip pending = loader.Load(path, {.clip = {.memory = &memory}});
+            if (load % 2 == 0)
+                pending.Wait();
+        }
+        ASSERT_EQ(memory.pieces, 0) << "load " << load;
+    }
 }
 
 #if defined(__unix__)
