@@ -1,6 +1,7 @@
 #include "tev2_playback/root_motion.h"
 
 #include "tev2_playback/player.h"
+#include "tev2_playback/pose.h"
 
 #include <cmath>
 #include <vector>
@@ -24,6 +25,11 @@ RootMotion::RootMotion(const Clip& clip, std::size_t node, std::pmr::memory_reso
     start_ = pose[node];
     earlier_ = RigidOf(start_);
     lap_ = Product(end, Inverse(earlier_));
+
+    pose[node] = {};
+    std::pmr::vector<TEV2_MATRIX_3X4> world(clip.NodeCount(), memory);
+    ToWorld(clip, pose, world);
+    parent_ = world[node];
 }
 
 Transform RootMotion::Movement(std::span<const Transform> pose, const PlayedSpan& played)
@@ -31,18 +37,10 @@ Transform RootMotion::Movement(std::span<const Transform> pose, const PlayedSpan
     const Rigid later = RigidOf(pose[node_]);
     const Rigid lap = played.backward ? Inverse(lap_) : lap_;
     const Rigid laps = Power(lap, played.turns ? 0 : played.crossings);
+    const Rigid start = RigidOf(start_);
     const Rigid movement = Product(Product(Inverse(earlier_), laps), later);
     earlier_ = later;
-
-    const auto& [x, y, z, w] = movement.rotation;
-    const auto& [tx, ty, tz] = movement.translation;
-    if (!std::isfinite(x + y + z + w + tx + ty + tz))
-        return {};
-    Transform step;
-    step.rotation = {static_cast<float>(x), static_cast<float>(y), static_cast<float>(z),
-                     static_cast<float>(w)};
-    step.translation = {static_cast<float>(tx), static_cast<float>(ty), static_cast<float>(tz)};
-    return step;
+    return InWorld(Product(Product(start, movement), Inverse(start)));
 }
 
 void RootMotion::Restart(std::span<const Transform> pose)
@@ -112,6 +110,38 @@ RootMotion::Rigid RootMotion::Power(Rigid rigid, std::uint64_t exponent)
         rigid = Product(rigid, rigid);
     }
     return power;
+}
+
+/// parent * movement * inverse(parent), where the movement is in the axes of the parent.
+Transform RootMotion::InWorld(const Rigid& movement) const
+{
+    const auto at = [this](int row, int column) { return static_cast<double>(parent_.m[row][column]); };
+    const auto turned = [&](const double(&v)[3], int row)
+    { return at(row, 0) * v[0] + at(row, 1) * v[1] + at(row, 2) * v[2]; };
+    const auto& [x, y, z, w] = movement.rotation;
+    const double axis[3] = {x, y, z};
+    const double determinant = at(0, 0) * (at(1, 1) * at(2, 2) - at(1, 2) * at(2, 1)) -
+                               at(0, 1) * (at(1, 0) * at(2, 2) - at(1, 2) * at(2, 0)) +
+                               at(0, 2) * (at(1, 0) * at(2, 1) - at(1, 1) * at(2, 0));
+    // A mirror turns the other way round. The axis keeps its length, the sine of half the angle.
+    double length = std::hypot(turned(axis, 0), turned(axis, 1), turned(axis, 2));
+    length = (determinant < 0.0 ? -1.0 : 1.0) * std::hypot(x, y, z) / (length > 0.0 ? length : 1.0);
+    const Rigid rotation{{turned(axis, 0) * length, turned(axis, 1) * length, turned(axis, 2) * length, w},
+                         {}};
+    const Rigid origin = Product(rotation, {{0.0, 0.0, 0.0, 1.0}, {at(0, 3), at(1, 3), at(2, 3)}});
+
+    const auto& [rx, ry, rz, rw] = rotation.rotation;
+    double moved[3];
+    for (int row = 0; row < 3; ++row)
+        moved[row] = at(row, 3) + turned(movement.translation, row) - origin.translation[row];
+    if (!std::isfinite(rx + ry + rz + rw + moved[0] + moved[1] + moved[2]))
+        return {};
+    Transform step;
+    step.rotation = {static_cast<float>(rx), static_cast<float>(ry), static_cast<float>(rz),
+                     static_cast<float>(rw)};
+    step.translation = {static_cast<float>(moved[0]), static_cast<float>(moved[1]),
+                        static_cast<float>(moved[2])};
+    return step;
 }
 
 } // namespace TEV2_PLAYBACK

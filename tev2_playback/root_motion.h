@@ -1,5 +1,6 @@
 #pragma once
 
+#include "tev2_loader/math/matrix.h"
 #include "tev2_playback/clip.h"
 #include "tev2_playback/playhead.h"
 #include "tev2_playback/transform.h"
@@ -12,20 +13,26 @@
 namespace TEV2_PLAYBACK
 {
 
-/// How a node moves a character, so that a walk which loops goes on and on: the movement of the node from call to call,
-/// and poses without it.
+/// How a node moves a character, so that a walk which loops goes on and on: the movement of the character from call to
+/// call, and poses without it.
 ///
 ///     TEV2_PLAYBACK::RootMotion motion(clip, hips);
 ///     ...
 ///     player.Advance(1.0 / 60.0);
 ///     player.Sample(pose);
 ///     const TEV2_PLAYBACK::Transform step = motion.Movement(pose, player.GetPlayhead().Played());
-///     character = character * MatrixOfYours(step);
+///     character = Product(character, RigidMatrix(step.rotation, step.translation)); // the identity at first
 ///     motion.Hold(pose);
+///     ToWorld(clip, pose, world); // draw Product(character, world[node])
 ///
-/// A movement is that of the node relative to its parent: choose the topmost node that moves. It is what leads from the
-/// earlier place to the later one, in the axes of the earlier: earlier * movement = later, as rigid transforms. Scale
-/// is not part of it, and rotations count as made of length 1. A movement that is not finite is none at all.
+/// Choose the topmost node that moves. A movement is in the axes of the character, which are those of the clip's world,
+/// whatever the axes of the node are: a character that walks towards +Z in the clip has movements along +Z. It leads
+/// from the earlier place of the character to the later one, as rigid transforms: earlier * movement = later. Played
+/// once from the start, `character * world` of the held pose is the clip's own World(). The whole movement is taken
+/// out: a node that bobs and sways makes the character do so.
+///
+/// Scale is not part of a movement, and rotations count as made of length 1. The nodes above are taken to stay as they
+/// are at the start of the time range, with one scale along all axes. A movement that is not finite is none at all.
 ///
 /// Of one player: make one for a clip, and copies of it for other players. Small; takes memory while it is made only,
 /// and gives it back. The clip is not needed afterwards.
@@ -57,9 +64,11 @@ private:
     static Rigid Product(const Rigid& left, const Rigid& right);
     static Rigid Inverse(const Rigid& rigid);
     static Rigid Power(Rigid rigid, std::uint64_t exponent);
+    Transform InWorld(const Rigid& movement) const;
 
     std::size_t node_;
     Transform start_;
+    TEV2_LOADER::TEV2_MATRIX_3X4 parent_; ///< from the axes of the parent to the world
     Rigid lap_; ///< from the start of the range to its end, in the axes of the parent
     Rigid earlier_;
 };

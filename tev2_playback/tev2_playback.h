@@ -326,9 +326,9 @@ TEV2_PLAYBACK_API tev2_result tev2_root_motion_create(const tev2_clip* clip, int
 // Null: nothing happens.
 TEV2_PLAYBACK_API void tev2_root_motion_destroy(tev2_root_motion* motion);
 
-// The movement from the last call, or restart, to this one, at which the node is as in the pose: earlier place *
-// movement = later place. Call it once after each tev2_player_advance; it goes on across the ends of loops. All three
-// fail where the pose does not have the node.
+// The movement of the character from the last call, or restart, to this one, at which the node is as in the pose:
+// earlier place * movement = later place, in the axes of the clip's world. Call it once after each tev2_player_advance;
+// it goes on across the ends of loops. Movement, restart and hold fail where the pose does not have the node.
 TEV2_PLAYBACK_API tev2_result tev2_root_motion_movement(tev2_root_motion* motion, const tev2_player* player,
                                                         const tev2_transform* pose, int32_t count,
                                                         tev2_transform* movement);

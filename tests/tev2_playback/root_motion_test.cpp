@@ -1,5 +1,6 @@
 #include "tests/support/tracks.h"
 #include "tev2_playback/player.h"
+#include "tev2_playback/pose.h"
 #include "tev2_playback/root_motion.h"
 
 #include <gtest/gtest.h>
@@ -64,12 +65,11 @@ void FillWalk(TEV2& scene, float begin)
     scene.environment.timeRange = {begin, begin + 1};
 }
 
-/// Places are multiplied in double precision: what is measured is the movements.
-Place2 Moved(const Place2& place, const Transform& movement)
+constexpr Plane kParent = {9.0, 7.0};
+
+Place2 Product(const Place2& left, const Place2& right)
 {
-    const double angle = 2 * std::atan2(double{movement.rotation.y}, double{movement.rotation.w});
-    const Plane step{movement.translation.z, movement.translation.x};
-    return {place.at + place.turn * step, place.turn * std::polar(1.0, angle)};
+    return {left.at + left.turn * right.at, left.turn * right.turn};
 }
 
 void ExpectNear(const Place2& got, const Place2& expected, double most)
@@ -78,6 +78,8 @@ void ExpectNear(const Place2& got, const Place2& expected, double most)
     EXPECT_LT(std::abs(got.turn - expected.turn), most) << got.turn << " instead of " << expected.turn;
 }
 
+/// A character that walks with node 1 held. Its places are multiplied in double precision: what is measured is the
+/// movements.
 struct Walk
 {
     Walk(const Clip& clip, Repeat repeat, double speed)
@@ -87,16 +89,27 @@ struct Walk
         player.SetSpeed(speed);
     }
 
-    Place2 Advance(const Place2& place, double seconds)
+    void Advance(double seconds)
     {
         player.Advance(seconds);
         player.Sample(pose);
-        return Moved(place, motion.Movement(pose, player.GetPlayhead().Played()));
+        const Transform movement = motion.Movement(pose, player.GetPlayhead().Played());
+        const double angle = 2 * std::atan2(double{movement.rotation.y}, double{movement.rotation.w});
+        character =
+            Product(character, {{movement.translation.z, movement.translation.x}, std::polar(1.0, angle)});
+    }
+
+    /// Where the node is, below its parent.
+    Place2 Place() const
+    {
+        const Place2 world = Product(character, {kParent + kStart.at, kStart.turn});
+        return {world.at - kParent, world.turn};
     }
 
     Player player;
     RootMotion motion;
     std::vector<Transform> pose;
+    Place2 character;
 };
 
 TEST(RootMotion, GoesOnAcrossTheEndsOfALoop)
@@ -122,10 +135,9 @@ TEST(RootMotion, GoesOnAcrossTheEndsOfALoop)
         {
             SCOPED_TRACE(std::to_string(row.step) + " s, " + std::to_string(row.lengths) + " lengths");
             Walk walk(clip, Repeat::Loop, row.speed);
-            Place2 place = kStart;
             for (int step = 0; step < row.steps; ++step)
-                place = walk.Advance(place, row.step);
-            ExpectNear(place, AfterLengths(row.lengths, kStart), 2e-4);
+                walk.Advance(row.step);
+            ExpectNear(walk.Place(), AfterLengths(row.lengths, kStart), 2e-4);
         }
     }
 }
@@ -157,10 +169,9 @@ TEST(RootMotion, OfPartsOfALength)
     {
         SCOPED_TRACE(&row - rows);
         Walk walk(clip, row.repeat, 1.0);
-        Place2 place = kStart;
         for (const double step : row.steps)
-            place = walk.Advance(place, step);
-        ExpectNear(place, row.expected, 1e-5);
+            walk.Advance(step);
+        ExpectNear(walk.Place(), row.expected, 1e-5);
 
         walk.motion.Hold(walk.pose);
         EXPECT_EQ(walk.pose[1].translation, (TEV2_VECTOR_3{-2.0f, 1.0f, 0.5f}));
@@ -178,14 +189,70 @@ TEST(RootMotion, StartsAgainAfterAJump)
     walk.player.SetTime(0.5f);
     walk.player.Sample(walk.pose);
     walk.motion.Restart(walk.pose);
-    const Place2 half = {(kStart.at + kEnd.at) / 2.0, std::polar(1.0, 0.4 + kTurn / 2)};
-    ExpectNear(walk.Advance(half, 0.5), kEnd, 1e-5);
+    const Plane half = (kStart.at + kEnd.at) / 2.0, turned = std::polar(1.0, kTurn / 2);
+    walk.character = {kParent + half - turned * (kParent + kStart.at), turned};
+    walk.Advance(0.5);
+    ExpectNear(walk.Place(), kEnd, 1e-5);
 
     // What is not a number does not move.
     walk.pose[1].translation.x = std::numeric_limits<float>::quiet_NaN();
     const Transform none = walk.motion.Movement(walk.pose, {});
     EXPECT_EQ(none.translation, TEV2_VECTOR_3());
     EXPECT_EQ(none.rotation, TEV2_QUATERNION());
+}
+
+/// Whatever the axes of the node and of those above it are, the character goes where the clip goes.
+TEST(RootMotion, WithTheHeldPoseIsTheWorldOfTheClip)
+{
+    const TEV2_QUATERNION up = {0.5f, -0.5f, 0.5f, 0.5f}, slanted = {0.8f, 0.0f, -0.6f, 0.0f};
+    for (const float scale : {1.0f, 2.0f, -0.5f})
+        for (const Frame frame : {Frame::AsStored, Frame::RightHandedYUp})
+        {
+            SCOPED_TRACE(scale);
+            TEV2 scene;
+            scene.information.creatorText = TEV2_WIDE_STRING(u"MotionBuilder v17.00  Tev2 Exporter v1.14");
+            auto& nodes = scene.matrixHierarchy.nodes;
+            nodes.resize(4); // of the file with +Z up, above, that moves, below
+            for (std::int32_t node = 1; node < 4; ++node)
+                nodes[static_cast<std::size_t>(node)].parentIndex = node - 1;
+            nodes[0].translation = ConstantTrack<TEV2_ANIMATABLE_VECTOR_3_LINEAR>({});
+            nodes[0].rotation = ConstantTrack<TEV2_ANIMATABLE_QUATERNION_SLERP>({});
+            nodes[1].translation = ConstantTrack<TEV2_ANIMATABLE_VECTOR_3_LINEAR>({1, -2, 3});
+            nodes[1].rotation = ConstantTrack<TEV2_ANIMATABLE_QUATERNION_SLERP>(slanted);
+            nodes[1].scale = ConstantTrack<TEV2_ANIMATABLE_VECTOR_3_LINEAR>({scale, scale, scale});
+            nodes[2].translation =
+                tv2_tests::MakeTrack<TEV2_ANIMATABLE_VECTOR_3_LINEAR>({{0, {0, 1, 0}}, {1, {2, 1.5f, -1}}});
+            nodes[2].rotation = tv2_tests::MakeTrack<TEV2_ANIMATABLE_QUATERNION_SLERP>(
+                {{0, up}, {1, {0.5f, 0.5f, 0.5f, 0.5f}}});
+            nodes[3].translation = ConstantTrack<TEV2_ANIMATABLE_VECTOR_3_LINEAR>({0.25f, 0.5f, 1});
+            scene.matrixHierarchy.LinkParents();
+            scene.environment.timeRange = {0, 1};
+            const Clip clip(scene, {.frame = frame});
+            ASSERT_EQ(clip.UpAxis(), TEV2_UP_AXIS::PlusZ);
+
+            Player player(clip);
+            RootMotion motion(clip, 2);
+            std::vector<Transform> pose(4);
+            std::vector<TEV2_MATRIX_3X4> world(4);
+            TEV2_MATRIX_3X4 character;
+            for (int step = 0; step < 10; ++step)
+            {
+                player.Advance(0.1);
+                player.Sample(pose);
+                const Transform movement = motion.Movement(pose, player.GetPlayhead().Played());
+                character = Product(character, RigidMatrix(movement.rotation, movement.translation));
+                motion.Hold(pose);
+                ToWorld(clip, pose, world);
+                for (const std::size_t node : {2u, 3u})
+                {
+                    const TEV2_MATRIX_3X4 moved = Product(character, world[node]);
+                    for (int number = 0; number < 12; ++number)
+                        EXPECT_NEAR(moved.m[number / 4][number % 4],
+                                    player.World()[node].m[number / 4][number % 4], 2e-5)
+                            << "step " << step << " node " << node << " number " << number;
+                }
+            }
+        }
 }
 
 } // namespace
