@@ -78,7 +78,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     if (!loaded)
         return 0;
     for (std::size_t node = 0; node < clip.NodeCount(); ++node)
-        if (clip.Find(clip.NodeName(node)) > static_cast<int>(node) || clip.Find(clip.NodeName(node)) < 0)
+        if (clip.FindNode(clip.NodeName(node)) > static_cast<int>(node) ||
+            clip.FindNode(clip.NodeName(node)) < 0)
             __builtin_trap();
 
     Player player(clip);

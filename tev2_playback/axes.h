@@ -17,7 +17,8 @@ enum class Frame : std::uint8_t
     /// Right-handed, with +Y up. The world is turned by UpMatrix and mirrored in z, and so are the axes of every node:
     /// with S = diag(1, 1, -1), world = S * UpMatrix * stored world * S. Local translations are (x, y, -z), rotations
     /// (-x, -y, z, w), scale is as stored. Vertices in a node's axes are mirrored too: (x, y, -z). Cameras look along
-    /// -Z of their node. User properties are as stored.
+    /// -Z of their node. User properties are as stored. Where Clip::UpAxis is Unknown nothing says which way is up: the
+    /// world is mirrored and not turned.
     RightHandedYUp,
 };
 

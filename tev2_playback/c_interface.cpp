@@ -266,7 +266,7 @@ const char* tev2_clip_node_name(const tev2_clip* clip, std::int32_t node)
 
 std::int32_t tev2_clip_find_node(const tev2_clip* clip, const char* name)
 {
-    return clip->clip->Find(name);
+    return clip->clip->FindNode(name);
 }
 
 std::int32_t tev2_clip_camera_count(const tev2_clip* clip)

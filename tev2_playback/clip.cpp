@@ -31,7 +31,7 @@ std::string_view Clip::NodeName(std::size_t node) const
     return Data().nodeNames[node];
 }
 
-int Clip::Find(std::string_view utf8_name) const
+int Clip::FindNode(std::string_view utf8_name) const
 {
     return Data().nodeNames.Find(utf8_name);
 }

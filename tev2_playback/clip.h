@@ -28,6 +28,14 @@ struct ClipOptions
 
 /// The animation of a scene, laid out for playing: what moves, and when. Never changes, so any number of players on any
 /// threads may play it.
+///
+///     TEV2_PLAYBACK::Clip clip; // LoadClip fills it from a file: clip_file.h
+///     clip = TEV2_PLAYBACK::Clip(scene, {.frame = TEV2_PLAYBACK::Frame::RightHandedYUp});
+///     for (std::size_t node = 0; node < clip.NodeCount(); ++node)
+///         std::printf("%s, below node %d\n", clip.NodeName(node).data(), clip.Parent(node));
+///
+/// Indices that are passed must be below the counts that the clip gives. Throws what the memory resource throws where
+/// memory runs out. Clips are moved, not copied; one that was moved from may be assigned to or destroyed, nothing else.
 class Clip
 {
 public:
@@ -46,7 +54,7 @@ public:
     std::string_view NodeName(std::size_t node) const;
 
     /// The first node of this name, or -1. Takes the same time however many nodes there are.
-    int Find(std::string_view utf8_name) const;
+    int FindNode(std::string_view utf8_name) const;
 
     /// The direction that was up in the world of the file, as the file's own exporter is recognised.
     TEV2_LOADER::TEV2_UP_AXIS UpAxis() const;
@@ -54,7 +62,7 @@ public:
     /// As in the options.
     Frame WorldFrame() const;
 
-    /// Seconds.
+    /// Seconds: minimum and maximum, as the file has them.
     TEV2_LOADER::TEV2_FLOAT32_RANGE TimeRange() const;
 
     std::size_t CameraCount() const;
@@ -85,7 +93,7 @@ public:
     std::size_t TextCount(Property<Texts> property) const;
     std::string_view Text(Property<Texts> property, std::size_t index) const;
 
-    /// Bytes of memory.
+    /// Bytes of memory, of the one piece that the clip has.
     std::size_t Size() const { return block_.Size(); }
 
 private:

@@ -130,6 +130,8 @@ std::span<const TEV2_MATRIX_3X4> Player::World()
 
 void Player::Sample(std::span<Transform> pose)
 {
+    if (pose.size() < clip_->skeleton.parents.size())
+        return;
     Seek();
     EvaluateTransforms(clip_->skeleton, places_, pose.data());
 }

@@ -21,7 +21,7 @@ struct Place;
 /// Plays a clip: one instance of a character at a time of its own.
 ///
 ///     const TEV2_PLAYBACK::Clip clip(scene);
-///     const int hips = clip.Find("Hips");
+///     const int hips = clip.FindNode("Hips");
 ///     TEV2_PLAYBACK::Player player(clip);
 ///     player.SetRepeat(TEV2_PLAYBACK::Repeat::Loop);
 ///     for (int frame = 0; hips >= 0 && frame < 120; ++frame)
@@ -33,7 +33,7 @@ struct Place;
 ///
 /// What it gives depends on the clip and the time alone, not on the times before: the numbers of a scene just loaded,
 /// its cursors at their first keys, after one SetTime. At a key's own time that is the end of the segment before the
-/// key. (A scene that comes from above gives the next segment's beginning there, which may differ in the last bit.)
+/// key. (A scene that plays backward gives the next segment's beginning there, which may differ in the last bit.)
 ///
 /// The clip must outlive it; the Clip object may be moved meanwhile. Players of one clip may be used on any threads,
 /// each by one thread at a time. Takes one piece of memory when it is made or copied, and none afterwards.
@@ -73,19 +73,20 @@ public:
     /// The transform of each node from its own axes to the world, at the present time. Valid until the time changes.
     std::span<const TEV2_LOADER::TEV2_MATRIX_3X4> World();
 
-    /// Writes the transform of each node relative to its parent at the present time; there must be room for all.
+    /// Writes the transform of each node relative to its parent at the present time, or nothing where there is not room
+    /// for all of them.
     void Sample(std::span<Transform> pose);
 
     // Cameras and properties.
 
-    /// A camera of the clip at the present time; in the world without a lens where there is no such camera.
+    /// A camera of the clip at the present time. Where there is no such camera: one without a lens, at the origin.
     CameraView Camera(std::size_t camera);
 
     /// The camera that the clip's switcher shows, or -1: there is no switcher, or it shows none of the clip's cameras.
     int ActiveCamera() const;
 
-    /// A property at the present time: the number of the scene's own track. Zero where there is no such property, or
-    /// it has no value.
+    /// A property at the present time, as the scene's own track gives it. Zero where there is no such property, or it
+    /// has no value.
     std::int32_t Value(Property<std::int32_t> property) const;
     float Value(Property<float> property) const;
     TEV2_LOADER::TEV2_VECTOR_3 Value(Property<TEV2_LOADER::TEV2_VECTOR_3> property) const;
@@ -97,7 +98,8 @@ public:
     EventList<TEV2_LOADER::TEV2_VECTOR_3> Events(Property<TEV2_LOADER::TEV2_VECTOR_3> property) const;
     EventList<TEV2_LOADER::TEV2_VECTOR_4> Events(Property<TEV2_LOADER::TEV2_VECTOR_4> property) const;
 
-    /// What the switcher did: cameras as the file has them, maybe none of the clip's.
+    /// What the switcher did during the last Advance. Its numbers are those of the file: check that they are cameras of
+    /// the clip.
     EventList<std::int32_t> CameraCuts() const;
 
 private:

@@ -10,7 +10,7 @@ namespace TEV2_PLAYBACK
 /// What a playhead does at the ends of its range.
 enum class Repeat : std::uint8_t
 {
-    Once,     ///< stops there
+    Once,     ///< stops there; to play backward once, SetTime to the end of the range first
     Loop,     ///< jumps to the other end
     PingPong, ///< turns round
 };
@@ -69,7 +69,8 @@ public:
     /// 1 or -1: which way positive seconds go. 0: nowhere, since the speed is 0 or NaN.
     int Direction() const;
 
-    /// Whether Repeat::Once has arrived where the speed leads. Never where the speed is 0.
+    /// Whether Repeat::Once is at the end of the range that the speed leads to, if only because it began there. False
+    /// where the speed is 0.
     bool HasEnded() const;
 
     /// How often the last Advance jumped (Loop) or turned (PingPong), 2^53 at most. An end that was just reached by a

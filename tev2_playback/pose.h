@@ -18,7 +18,8 @@
 // Several poses are mixed by weights a, b, c by blending them in one after another: the second with b / (a + b), the
 // third with c / (a + b + c).
 //
-// Functions work on as many nodes as all their arrays have; the rest of the output is not touched. Outputs may be the
+// Functions work on as many nodes as all their arrays have; the rest of the output is not touched. Poses that are mixed
+// have to come from clips of one skeleton, the same nodes in the same order; nothing checks that. Outputs may be the
 // memory of inputs. A mask has a factor for each node, by which the weight is multiplied; an empty mask leaves the
 // weight as it is. Weights are not limited to 0 to 1. Rotations need not be of length 1.
 

@@ -17,13 +17,17 @@ namespace TEV2_PLAYBACK
 /// call, and poses without it.
 ///
 ///     TEV2_PLAYBACK::RootMotion motion(clip, hips);
-///     ...
-///     player.Advance(1.0 / 60.0);
-///     player.Sample(pose);
-///     const TEV2_PLAYBACK::Transform step = motion.Movement(pose, player.GetPlayhead().Played());
-///     character = Product(character, RigidMatrix(step.rotation, step.translation)); // the identity at first
-///     motion.Hold(pose);
-///     ToWorld(clip, pose, world); // draw Product(character, world[node])
+///     std::vector<TEV2_PLAYBACK::Transform> pose(clip.NodeCount());
+///     TEV2_LOADER::TEV2_MATRIX_3X4 character; // where it begins
+///     for (int frame = 0; frame < 60; ++frame)
+///     {
+///         player.Advance(1.0 / 60.0);
+///         player.Sample(pose);
+///         const TEV2_PLAYBACK::Transform step = motion.Movement(pose, player.GetPlayhead().Played());
+///         character = Product(character, RigidMatrix(step.rotation, step.translation));
+///         motion.Hold(pose);
+///         ToWorld(clip, pose, matrices); // draw Product(character, matrices[node])
+///     }
 ///
 /// Choose the topmost node that moves. A movement is in the axes of the character, which are those of the clip's world,
 /// whatever the axes of the node are: a character that walks towards +Z in the clip has movements along +Z. It leads
@@ -39,7 +43,8 @@ namespace TEV2_PLAYBACK
 class RootMotion
 {
 public:
-    /// The first movement begins where the node is at the start of the clip's time range. `memory` as in ClipOptions.
+    /// The first movement begins where the node, one of the clip's, is at the start of the clip's time range. `memory`
+    /// as in ClipOptions. Poses that are passed below must have the node.
     RootMotion(const Clip& clip, std::size_t node, std::pmr::memory_resource* memory = nullptr);
 
     /// From the last call, or Restart, to this one, at which the node is as in `pose`. Call it after every Advance:

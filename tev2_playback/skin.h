@@ -26,9 +26,10 @@ namespace TEV2_PLAYBACK
 class Skin
 {
 public:
-    /// The mesh and its scene's matrices, which are those of nodes without bind matrices in the mesh: those of a loaded
-    /// scene are made by the load. Neither mesh nor clip are needed afterwards. A mesh that is not typed or has no skin
-    /// has no bones. `memory` as in ClipOptions, taken once.
+    /// Pass scene.inverseBindMatrices: a mesh without bind matrices of its own takes those of its nodes from there. A
+    /// load makes them; in a scene that was not loaded there are none, and such a mesh is bound with the identity.
+    /// Neither mesh, matrices nor clip are needed afterwards. A mesh that is kept as bytes (IsTyped is false) or has no
+    /// skin has no bones. `memory` as in ClipOptions, taken once.
     Skin(const Clip& clip, const TEV2_LOADER::TEV2_WEIGHTED_MESH& mesh,
          std::span<const TEV2_LOADER::TEV2_MATRIX_3X4> inverse_bind_matrices,
          std::pmr::memory_resource* memory = nullptr);
@@ -36,8 +37,8 @@ public:
     std::size_t BoneCount() const { return bones_.size(); }
 
     /// Writes the matrix of each bone, from bind space to the world, as far as there is room. `world` has the world
-    /// matrices of all nodes: Player::World, or what ToWorld has made of a pose. Bones of no node leave vertices where
-    /// the file has them.
+    /// matrices of all nodes: Player::World, or what ToWorld has made of a pose. A bone whose node does not exist
+    /// leaves vertices where the file has them.
     void FormPalette(std::span<const TEV2_LOADER::TEV2_MATRIX_3X4> world,
                      std::span<TEV2_LOADER::TEV2_MATRIX_3X4> palette) const;
 

@@ -19,11 +19,12 @@
 //
 // A clip is the animation of a file: it never changes, and any number of threads may use it at once. A player is one
 // instance of it at a time of its own; it is used by one thread at a time. Clips and players may be destroyed in any
-// order: a player keeps its clip alive. Nothing else is shared between threads or calls.
+// order: a player keeps what it needs of its clip. A handle may not be used after it was destroyed. Nothing else is
+// shared between threads or calls.
 //
 // Text is UTF-8 and zero terminated. Times are in seconds, lengths in metres, angles in radians. Nodes, cameras and
-// properties are indices from 0, in the order of the file; -1 is none. Handles must not be null, but where that is
-// said; neither may pointers to results and arrays of more than 0 elements. No exception reaches the caller.
+// properties are indices from 0, in the order of the file; -1 is none. Handles, pointers to results and arrays of more
+// than 0 elements must not be null, except where that is said. No exception reaches the caller.
 //
 // The interface is stable: tev2_playback_abi_version changes when a program has to be compiled again. Structures keep
 // their layout; those that begin with their own size may grow at the end, and members beyond the size that the caller
@@ -56,7 +57,7 @@ enum
     TEV2_OK = 0,
     TEV2_ERROR_FILE = 1,    // it cannot be read, or is not a scene file
     TEV2_ERROR_MEMORY = 2,  // there is not enough; what was there before is as it was
-    TEV2_ERROR_ARGUMENT = 3 // an index of nothing, a size of nothing, an unknown number of a choice
+    TEV2_ERROR_ARGUMENT = 3 // an index or a size out of range, or a number that an enumeration does not have
 };
 
 typedef struct tev2_clip tev2_clip;
@@ -81,7 +82,7 @@ typedef struct tev2_transform
 enum // tev2_load_options.frame
 {
     TEV2_FRAME_AS_STORED = 0,        // left-handed; up is what the file has
-    TEV2_FRAME_RIGHT_HANDED_Y_UP = 1 // right-handed, +Y up
+    TEV2_FRAME_RIGHT_HANDED_Y_UP = 1 // right-handed, +Y up; only mirrored where the up axis is unknown
 };
 
 typedef struct tev2_load_options
@@ -97,8 +98,9 @@ typedef struct tev2_load_options
     uint64_t most_nesting; // nodes from any node up to the top
 } tev2_load_options;
 
-// Loads a file (or a pipe, to its end). Null options: a structure of zeros. On failure the clip is null, and `reason`
-// receives the file and the cause, truncated to fit; null and 0 if it is not wanted.
+// Loads a file (or a pipe, to its end); the path is UTF-8 on every system. Null options: as stored, without limits. On
+// failure the clip is null, and `reason` receives the file and the cause, truncated to fit; null and 0 if it is not
+// wanted. On success the reason is empty.
 TEV2_PLAYBACK_API tev2_result tev2_clip_load(const char* path, const tev2_load_options* options,
                                              tev2_clip** clip, char* reason, size_t reason_size);
 
@@ -117,10 +119,10 @@ TEV2_PLAYBACK_API void tev2_clip_time_range(const tev2_clip* clip, float* begin,
 
 TEV2_PLAYBACK_API int32_t tev2_clip_node_count(const tev2_clip* clip);
 
-// -1 at top level, and for an index of nothing.
+// -1 at top level, and for an index out of range.
 TEV2_PLAYBACK_API int32_t tev2_clip_node_parent(const tev2_clip* clip, int32_t node);
 
-// Valid while the clip or one of its players lives. Null for an index of nothing.
+// Valid while the clip or one of its players lives. Null for an index out of range.
 TEV2_PLAYBACK_API const char* tev2_clip_node_name(const tev2_clip* clip, int32_t node);
 
 // The first node of that name, or -1. Takes the same time however many nodes there are.

@@ -49,8 +49,8 @@ PLAYBACK = Program(
      "walk": "TEV2_PLAYBACK::Player&", "run": "TEV2_PLAYBACK::Player&", "hips": "std::size_t", "spine": "std::size_t",
      "footstep": "TEV2_PLAYBACK::Property<std::int32_t>", "matrices": "std::vector<TEV2_LOADER::TEV2_MATRIX_3X4>&"},
     ["tev2_playback/" + name for name in (
-        "player.h", "playhead.h", "property.h", "events.h", "camera.h", "pose.h", "skin.h", "clip_file.h",
-        "load_async.h")],
+        "clip.h", "player.h", "playhead.h", "property.h", "events.h", "camera.h", "pose.h", "root_motion.h", "skin.h",
+        "clip_file.h", "load_async.h")],
     {"docs/playback.md": "playback.inc"})
 
 

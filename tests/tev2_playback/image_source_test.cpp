@@ -236,7 +236,7 @@ TEST(ClipFile, LoadsOrLeavesTheClipAsItWas)
     Clip clip;
     ASSERT_TRUE(LoadClip(path, clip));
     EXPECT_EQ(clip.NodeCount(), 3u);
-    EXPECT_EQ(clip.Find("Hips"), 1);
+    EXPECT_EQ(clip.FindNode("Hips"), 1);
 
     TEV2_LOAD_REPORT report;
     const Image empty = SceneImage(TEV2());

@@ -47,11 +47,11 @@ TEST(ClipNames, AreUtf8HoweverTheyAreStored)
     {
         EXPECT_EQ(clip.NodeName(node), rows[node].utf8) << node;
         EXPECT_EQ(clip.NodeName(node).data()[rows[node].utf8.size()], '\0') << node;
-        EXPECT_EQ(clip.Find(rows[node].utf8), static_cast<int>(node));
+        EXPECT_EQ(clip.FindNode(rows[node].utf8), static_cast<int>(node));
     }
     for (const std::string_view absent : {"hips", "Hip", "Hips ", "\xFC", "a"})
-        EXPECT_EQ(clip.Find(absent), -1) << absent;
-    EXPECT_EQ(Clip().Find(""), -1);
+        EXPECT_EQ(clip.FindNode(absent), -1) << absent;
+    EXPECT_EQ(Clip().FindNode(""), -1);
 }
 
 TEST(ClipNames, FindTheFirstOfSeveral)
@@ -65,8 +65,8 @@ TEST(ClipNames, FindTheFirstOfSeveral)
     }
     const Clip clip = ClipOfNames(names);
     for (int node = 0; node < 10'000; node += 2)
-        ASSERT_EQ(clip.Find("bone" + std::to_string(node / 2)), node);
-    EXPECT_EQ(clip.Find("bone5000"), -1);
+        ASSERT_EQ(clip.FindNode("bone" + std::to_string(node / 2)), node);
+    EXPECT_EQ(clip.FindNode("bone5000"), -1);
 
-    EXPECT_EQ(ClipOfNames(std::vector<std::u16string>(10'000, u"same")).Find("same"), 0);
+    EXPECT_EQ(ClipOfNames(std::vector<std::u16string>(10'000, u"same")).FindNode("same"), 0);
 }

@@ -117,6 +117,19 @@ TEST(Player, OutlivesTheMoveOfItsClip)
     EXPECT_EQ(WorldNumbers(player), numbers);
 }
 
+TEST(Player, SamplesNothingWhereThereIsNotRoomForAll)
+{
+    const Clip clip = SoundClip();
+    Player player(clip);
+    const Transform untouched = {{7, 8, 9}, {}, {}};
+    std::vector<Transform> pose(clip.NodeCount(), untouched);
+    player.Sample(std::span(pose).first(clip.NodeCount() - 1));
+    for (const Transform& transform : pose)
+        EXPECT_EQ(transform.translation, untouched.translation);
+    player.Sample(pose);
+    EXPECT_NE(pose[0].translation, untouched.translation);
+}
+
 TEST(Player, TakesNoMemoryOnceItIsMade)
 {
     const Clip clip = SoundClip();

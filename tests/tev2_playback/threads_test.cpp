@@ -63,7 +63,7 @@ private:
         ToWorld(clip_, other_, worlds_);
         Put(std::span<const TEV2_MATRIX_3X4>(worlds_));
         for (std::size_t node = 0; node < clip_.NodeCount(); ++node)
-            bytes_ += std::to_string(clip_.Find(clip_.NodeName(node)));
+            bytes_ += std::to_string(clip_.FindNode(clip_.NodeName(node)));
     }
 
     void PutScene(Player& player)
