@@ -228,6 +228,22 @@ TEST(ImageSource, HasTheLimitsOfALoad)
     EXPECT_LT(least, 10'000u);
 }
 
+TEST(ImageSource, StaysNearTheLimitWhateverTheFileIs)
+{
+    TEV2 scene;
+    scene.matrixHierarchy.nodes.resize(2);
+    scene.matrixHierarchy.nodes[0].properties.stringArrays.resize(100'000);
+    const Image image = SceneImage(scene);
+    for (const std::size_t factor : {2, 4, 8, 16})
+    {
+        const AllocationPeak peak;
+        Clip clip;
+        EXPECT_FALSE(
+            LoadClipMemory(image.data(), image.size(), clip, {.limits = {.bytes = factor * image.size()}}));
+        EXPECT_LE(peak.Bytes(), 3 * factor * image.size()) << factor;
+    }
+}
+
 TEST(ClipFile, LoadsOrLeavesTheClipAsItWas)
 {
     const ScratchFolder folder;

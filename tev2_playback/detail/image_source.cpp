@@ -97,6 +97,15 @@ private:
     std::pmr::memory_resource& texts_;
 };
 
+/// Bytes of the sources of an owner's properties.
+template <typename Properties>
+std::size_t SourceBytes(const Properties& properties)
+{
+    return sizeof(PropertySource) *
+           (properties.stringArrays.size() + properties.intValues.size() + properties.floatValues.size() +
+            properties.vector3Values.size() + properties.vector4Values.size());
+}
+
 /// The nodes of a hierarchy: an array that keeps them as sources of a clip, all but the last.
 class NodeViews
 {
@@ -104,6 +113,9 @@ public:
     using value_type = NodeView;
 
     NodeViews(std::pmr::memory_resource& texts, ClipSource& source) : from_(texts), source_(source) {}
+
+    /// What the nodes are read by; sources of their properties count there. Fails it where they exceed the limits.
+    TEV2_MEMORY_CURSOR* cursor = nullptr;
 
     void clear()
     {
@@ -124,9 +136,11 @@ public:
 
     void KeepLast()
     {
-        if (!has_last_)
-            return;
+        const bool keeps =
+            has_last_ && !cursor->Failed() && cursor->TakeMemory(SourceBytes(last_.properties));
         has_last_ = false;
+        if (!keeps)
+            return;
         const auto node = static_cast<std::uint32_t>(source_.nodes.size());
         NodeSource& kept = source_.nodes.emplace_back();
         kept.name = from_.Text(last_.name);
@@ -186,6 +200,7 @@ protected:
         const RecordScope scope(cursor, "matrixHierarchy");
         if (!TEV2_MATRIX_HIERARCHY::AllowCount(cursor))
             return false;
+        hierarchy_.nodes.cursor = &cursor;
         LoadFields(hierarchy_, cursor, version);
         hierarchy_.nodes.KeepLast();
         return TEV2_MATRIX_HIERARCHY::AllowNesting(
@@ -227,6 +242,9 @@ bool ImageSource::Load(TEV2_MEMORY_CURSOR& cursor)
         for (std::size_t node = 0; node < source_.nodes.size(); ++node)
             source_.nodes[node].worldMatrix = hierarchy.nodes[node].worldMatrix;
     }
+    for (const auto& camera : rest_.cameras)
+        if (camera && !cursor.TakeMemory(SourceBytes(camera->properties)))
+            return false;
     AddRest(rest_, source_);
     return true;
 }
