@@ -56,7 +56,8 @@ public:
     /// The first node of this name, or -1. Takes the same time however many nodes there are.
     int FindNode(std::string_view utf8_name) const;
 
-    /// The direction that was up in the world of the file, as the file's own exporter is recognised.
+    /// The direction that is up in the world of the file. Unknown where the file is not as the exporter writes it
+    /// (tev2_loader/up_axis.h).
     TEV2_LOADER::TEV2_UP_AXIS UpAxis() const;
 
     /// As in the options.

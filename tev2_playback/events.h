@@ -21,7 +21,8 @@
 // jumped from one end of the range to the other. So events lead from the key value before an Advance to the one after
 // it, none is missing and none comes twice, whatever the steps, speeds and turns are: going forward from a to b passes
 // the keys in (a, b], going back again passes the same. Neighbouring keys with equal values (NaN equals NaN) make no
-// event. Neither do SetTime, which is a jump, nor tracks whose key times do not ascend.
+// event. Neither do SetTime, which is a jump, nor tracks whose key times do not ascend. What holds where playing
+// begins is no event either: ask Player::Value or ActiveCamera.
 
 namespace TEV2_PLAYBACK
 {

@@ -83,7 +83,7 @@ int Playhead::Direction() const
 bool Playhead::HasEnded() const
 {
     return repeat_ == Repeat::Once &&
-           ((speed_ > 0.0 && position_ >= length_) || (speed_ < 0.0 && position_ <= 0.0));
+           ((speed_ > 0.0 && At(position_) >= At(length_)) || (speed_ < 0.0 && At(position_) <= At(0.0)));
 }
 
 } // namespace TEV2_PLAYBACK

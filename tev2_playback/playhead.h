@@ -63,7 +63,8 @@ public:
     /// it went: any number of lengths takes one step. Nothing moves where the product is 0, NaN or infinite.
     void Advance(double seconds);
 
-    /// Seconds. A loop shows the begin of the range in place of its end.
+    /// Seconds. A loop is at the begin of its range in place of the end. Where the sum of its steps is short of the end
+    /// by less than a float can tell, as 120 times 1.0 / 60 is of 2, this is the end, and the next Advance jumps.
     float Time() const { return time_; }
 
     /// 1 or -1: which way positive seconds go. 0: nowhere, since the speed is 0 or NaN.

@@ -59,7 +59,7 @@ void Difference(std::span<const Transform> pose, std::span<const Transform> refe
 ///     std::vector<float> mask(clip.NodeCount(), 0.0f);
 ///     MaskBelow(clip, spine, 1.0f, mask);
 ///
-/// Nodes whose parents come after them count as being at top level.
+/// Nodes whose parents come after them count as being at top level. A node that the clip does not have changes nothing.
 void MaskBelow(const Clip& clip, std::size_t node, float factor, std::span<float> mask);
 
 /// World matrices of a pose, in the clip's frame. Those of a pose that a player has sampled are Player::World's, to the

@@ -15,6 +15,8 @@ RootMotion::RootMotion(const Clip& clip, std::size_t node, std::pmr::memory_reso
 {
     if (memory == nullptr)
         memory = std::pmr::new_delete_resource();
+    if (node >= clip.NodeCount())
+        return;
     Player player(clip, memory);
     std::pmr::vector<Transform> pose(clip.NodeCount(), memory);
     player.SetTime(clip.TimeRange().maximum);
@@ -34,6 +36,8 @@ RootMotion::RootMotion(const Clip& clip, std::size_t node, std::pmr::memory_reso
 
 Transform RootMotion::Movement(std::span<const Transform> pose, const PlayedSpan& played)
 {
+    if (node_ >= pose.size())
+        return {};
     const Rigid later = RigidOf(pose[node_]);
     const Rigid lap = played.backward ? Inverse(lap_) : lap_;
     const Rigid laps = Power(lap, played.turns ? 0 : played.crossings);
@@ -45,12 +49,14 @@ Transform RootMotion::Movement(std::span<const Transform> pose, const PlayedSpan
 
 void RootMotion::Restart(std::span<const Transform> pose)
 {
-    earlier_ = RigidOf(pose[node_]);
+    if (node_ < pose.size())
+        earlier_ = RigidOf(pose[node_]);
 }
 
 void RootMotion::Hold(std::span<Transform> pose) const
 {
-    pose[node_] = start_;
+    if (node_ < pose.size())
+        pose[node_] = start_;
 }
 
 /// The rotation made of length 1; none where that cannot be.

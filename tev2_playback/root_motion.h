@@ -43,8 +43,8 @@ namespace TEV2_PLAYBACK
 class RootMotion
 {
 public:
-    /// The first movement begins where the node, one of the clip's, is at the start of the clip's time range. `memory`
-    /// as in ClipOptions. Poses that are passed below must have the node.
+    /// The first movement begins where the node is at the start of the clip's time range. A node that the clip does not
+    /// have, or a pose that is passed later, does not move. `memory` as in ClipOptions.
     RootMotion(const Clip& clip, std::size_t node, std::pmr::memory_resource* memory = nullptr);
 
     /// From the last call, or Restart, to this one, at which the node is as in `pose`. Call it after every Advance:

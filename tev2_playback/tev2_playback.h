@@ -128,7 +128,7 @@ TEV2_PLAYBACK_API const char* tev2_clip_node_name(const tev2_clip* clip, int32_t
 // The first node of that name, or -1. Takes the same time however many nodes there are.
 TEV2_PLAYBACK_API int32_t tev2_clip_find_node(const tev2_clip* clip, const char* name);
 
-// The direction that was up in the world of the file, as its exporter is recognised.
+// The direction that is up in the world of the file. Unknown where the file is not as the exporter writes it.
 enum
 {
     TEV2_UP_UNKNOWN = 0,

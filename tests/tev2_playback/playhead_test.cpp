@@ -58,6 +58,9 @@ const Course kCourses[] = {
     {PingPong, 1.0, 1.0f, {4002.5}, 2.5f, -1, 2001, false},
     {PingPong, -1.0, 2.0f, {1.5}, 1.5f, 1, 1, false},
     {PingPong, -1.0, 2.0f, {1.5, 2.0}, 2.5f, -1, 1, false},
+    // Sums that are short of the end by less than a float can tell.
+    {Once, 1.0, 1.0f, std::vector<double>(120, 1.0 / 60), 3.0f, 1, 0, true},
+    {Loop, 1.0, 1.0f, std::vector<double>(120, 1.0 / 60), 3.0f, 1, 0, false},
     // From outside, and after what is not a time.
     {Once, 1.0, 9.0f, {0.5}, 3.0f, 1, 0, true},
     {Loop, 1.0, -9.0f, {0.5}, 1.5f, 1, 0, false},

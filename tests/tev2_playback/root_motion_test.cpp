@@ -199,6 +199,12 @@ TEST(RootMotion, StartsAgainAfterAJump)
     const Transform none = walk.motion.Movement(walk.pose, {});
     EXPECT_EQ(none.translation, TEV2_VECTOR_3());
     EXPECT_EQ(none.rotation, TEV2_QUATERNION());
+
+    // Nor does a node that is not there.
+    RootMotion of_nobody(clip, 2);
+    of_nobody.Restart(walk.pose);
+    of_nobody.Hold(walk.pose);
+    EXPECT_EQ(of_nobody.Movement(walk.pose, {0, 1, 0, 0, false, false, 5}).translation, TEV2_VECTOR_3());
 }
 
 /// Whatever the axes of the node and of those above it are, the character goes where the clip goes.
