@@ -1,6 +1,7 @@
 #include "tev2_playback/detail/block_plan.h"
 #include "tev2_playback/detail/channel_data.h"
 #include "tev2_playback/detail/clock_table.h"
+#include "tev2_playback/detail/extras_layout.h"
 #include "tev2_playback/detail/hash.h"
 
 #include <gtest/gtest.h>
@@ -56,4 +57,11 @@ TEST(ClipLimits, AreNeverPassedSilently)
     EXPECT_EQ(plan.Size(), 64u);
     EXPECT_THROW(plan.Take<float>(std::numeric_limits<std::size_t>::max() / 4), std::bad_alloc);
     EXPECT_THROW(plan.Take<char>(std::numeric_limits<std::size_t>::max() - 64), std::bad_alloc);
+
+    ClipSource source; // whose values are not looked at yet
+    source.properties.resize(2);
+    for (PropertySource& property : source.properties)
+        property.track = {true, TEV2_LOADER::kVector4Track, {}, nullptr, 0, 0x60000000};
+    ClockTable clocks;
+    EXPECT_THROW(ExtrasLayout(source, clocks), std::bad_alloc);
 }

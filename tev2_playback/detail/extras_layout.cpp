@@ -89,10 +89,10 @@ std::uint32_t ExtrasLayout::AddChannel(const TrackSource& track, std::uint32_t k
     if (!track.present || track.kind != kind)
         return kNobody;
     const bool moves = track.times.size() >= 2 && track.valueCount >= 2;
-    channels_.push_back({kind, moves ? clocks_.Add(track.times) : kNobody, words_,
-                         static_cast<std::uint32_t>(track.valueCount)});
+    channels_.push_back(
+        {kind, moves ? clocks_.Add(track.times) : kNobody, IndexOf(words_), IndexOf(track.valueCount)});
     tracks_.push_back(&track);
-    words_ += static_cast<std::uint32_t>(track.valueCount) * WordsOf(kind);
+    words_ += track.valueCount * WordsOf(kind);
     return static_cast<std::uint32_t>(channels_.size() - 1);
 }
 

@@ -5,6 +5,7 @@
 #include "tev2_playback/detail/clock_table.h"
 #include "tev2_playback/detail/extras_data.h"
 
+#include <cstddef>
 #include <cstdint>
 #include <vector>
 
@@ -37,7 +38,7 @@ private:
     std::uint32_t text_count_ = 0;
     std::vector<Channel> channels_;
     std::vector<const TrackSource*> tracks_; ///< of the channels
-    std::uint32_t words_ = 0;
+    std::size_t words_ = 0;
 };
 
 } // namespace TEV2_PLAYBACK
