@@ -102,7 +102,7 @@ tev2_result Make(const char* path, const tev2_load_options* given, tev2_clip** c
             LoadClipOptions options;
             if (!Read(given, options))
             {
-                Say("not options of this library", reason, reason_size);
+                Say("options: a size or a frame that this library does not have", reason, reason_size);
                 return tev2_result{TEV2_ERROR_ARGUMENT};
             }
             auto made = std::make_shared<Clip>();
