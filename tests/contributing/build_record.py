@@ -33,7 +33,7 @@ def main(source, compiler):
         sys.exit(f"CONTRIBUTING.md has {len(steps)} steps instead of 5")
     with tempfile.TemporaryDirectory() as folder:
         shutil.copy(os.path.join(source, "CMakeLists.txt"), folder)
-        for name in ("cmake", "tev2_loader"):
+        for name in ("cmake", "tev2_loader", "tev2_playback"):
             shutil.copytree(os.path.join(source, name), os.path.join(folder, name))
         for step in steps:
             if step["new"]:
@@ -45,7 +45,7 @@ def main(source, compiler):
         test = os.path.join(source, "tests", "contributing", "marker_test.cpp")
         for command in (["cmake", "-S", folder, "-B", build, "-DTV2_LIBRARY_ONLY=ON", "-DCMAKE_BUILD_TYPE=None",
                          "-DCMAKE_UNITY_BUILD=ON", f"-DCMAKE_CXX_COMPILER={compiler}"],
-                        ["cmake", "--build", build, "--parallel", "2"],
+                        ["cmake", "--build", build, "--parallel", "2", "--target", "tev2"],
                         [compiler, "-std=c++20", "-I", folder, test, os.path.join(build, "lib", "libtev2.a"),
                          "-o", os.path.join(build, "marker_test")],
                         [os.path.join(build, "marker_test"), os.path.join(build, "markers.tv2")]):
