@@ -59,7 +59,7 @@ std::string_view Clip::CameraName(std::size_t camera) const
 int Clip::CameraNode(std::size_t camera) const
 {
     const std::uint32_t node = Data().extras.cameras[camera].node;
-    return node == kNobody ? -1 : static_cast<int>(node);
+    return node == kNone ? -1 : static_cast<int>(node);
 }
 
 int Clip::FindCamera(std::string_view utf8_name) const
@@ -95,7 +95,7 @@ std::uint32_t Clip::FindProperty(Owner owner, std::string_view utf8_name, Proper
         if (info.type == type && info.name == utf8_name)
             return static_cast<std::uint32_t>(index);
     }
-    return Property<Texts>::kNone;
+    return kNone;
 }
 
 std::size_t Clip::TextCount(Property<Texts> property) const

@@ -141,7 +141,7 @@ CameraView Player::Camera(std::size_t camera)
     const auto cameras = clip_->extras.cameras;
     const CameraData data = camera < cameras.size() ? cameras[camera] : CameraData();
     CameraView view;
-    if (const std::uint32_t node = data.node != kNobody ? data.node : clip_->skeleton.top; node != kNobody)
+    if (const std::uint32_t node = data.node != kNone ? data.node : clip_->skeleton.top; node != kNone)
     {
         World();
         view.world = worlds_[node];
@@ -160,7 +160,7 @@ CameraView Player::Camera(std::size_t camera)
 int Player::ActiveCamera() const
 {
     const auto& extras = clip_->extras;
-    if (extras.switcher == kNobody)
+    if (extras.switcher == kNone)
         return -1;
     const auto camera = ValueOf<std::int32_t>(extras.switcher);
     return static_cast<std::uint32_t>(camera) < extras.cameras.size() ? camera : -1;
@@ -169,7 +169,7 @@ int Player::ActiveCamera() const
 /// Where the present time is on the clock of a channel.
 Place Player::PlaceOn(const Channel& channel) const
 {
-    if (channel.clock == kNobody)
+    if (channel.clock == kNone)
         return {};
     const Clock& clock = clip_->clocks[channel.clock];
     const bool known = channel.clock < clip_->nodeClocks && clock.ascending;
@@ -179,7 +179,7 @@ Place Player::PlaceOn(const Channel& channel) const
 template <typename Value>
 Value Player::ValueOf(std::uint32_t channel) const
 {
-    if (channel == kNobody)
+    if (channel == kNone)
         return {};
     const Channel& track = clip_->extras.channels[channel];
     const ChannelValues<Value> values{clip_->extras.words.data() + track.values, track.count};
@@ -192,10 +192,10 @@ Value Player::ValueOf(std::uint32_t channel) const
 template <typename Value>
 EventList<Value> Player::EventsOf(std::uint32_t channel) const
 {
-    if (channel == kNobody)
+    if (channel == kNone)
         return {};
     const Channel& track = clip_->extras.channels[channel];
-    if (track.clock == kNobody || !clip_->clocks[track.clock].ascending)
+    if (track.clock == kNone || !clip_->clocks[track.clock].ascending)
         return {};
     const auto times = clip_->TimesOf(clip_->clocks[track.clock]);
     return {times.first(std::min<std::size_t>(times.size(), track.count)),
@@ -207,7 +207,7 @@ std::uint32_t Player::ChannelOf(std::uint32_t property, PropertyType type) const
 {
     const auto properties = clip_->extras.properties;
     return property < properties.size() && properties[property].type == type ? properties[property].first
-                                                                             : kNobody;
+                                                                             : kNone;
 }
 
 std::int32_t Player::Value(Property<std::int32_t> property) const

@@ -251,7 +251,7 @@ void ToWorld(const Clip& clip, std::span<const Transform> pose, std::span<TEV2_M
     const std::size_t nodes = skeleton.parents.size();
     const std::size_t count = std::min({nodes, pose.size(), world.size()});
     FormLocals(pose.first(count), world);
-    const TEV2_MATRIX_3X4* const top = skeleton.top == kNobody ? nullptr : &skeleton.worlds[skeleton.top];
+    const TEV2_MATRIX_3X4* const top = skeleton.top == kNone ? nullptr : &skeleton.worlds[skeleton.top];
     const TEV2_MATRIX_3X4* late = skeleton.worlds.data() + nodes + (top != nullptr ? 1 : 0);
     for (std::size_t node = 0; node < count; ++node)
     {

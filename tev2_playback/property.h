@@ -1,5 +1,6 @@
 #pragma once
 
+#include "tev2_loader/format.h"
 #include "tev2_loader/math/vectors.h"
 
 #include <cstddef>
@@ -51,11 +52,9 @@ enum class PropertyType : std::uint8_t
 template <typename Value>
 struct Property
 {
-    static constexpr std::uint32_t kNone = 0xFFFFFFFFu;
+    std::uint32_t index = TEV2_LOADER::kNone; ///< in the clip, as of PropertyAt
 
-    std::uint32_t index = kNone; ///< in the clip, as of PropertyAt
-
-    explicit operator bool() const { return index != kNone; }
+    explicit operator bool() const { return index != TEV2_LOADER::kNone; }
 };
 
 constexpr PropertyType TypeOf(Property<Texts>)

@@ -51,7 +51,7 @@ TEST(ClockTable, IsNotSlowWhereAllHashesAgree)
 TEST(ClipLimits, AreNeverPassedSilently)
 {
     EXPECT_EQ(IndexOf(0xFFFFFFFEu), 0xFFFFFFFEu);
-    EXPECT_THROW(IndexOf(kNobody), std::bad_alloc);
+    EXPECT_THROW(IndexOf(TEV2_LOADER::kNone), std::bad_alloc);
     BlockPlan plan;
     plan.Take<float>(3);
     EXPECT_EQ(plan.Size(), 64u);

@@ -151,17 +151,17 @@ Transform Evaluation::Alone(const LoneNode& node) const
 {
     const auto value = [this]<typename Value>(std::uint32_t index, Value absent, const auto& interpolate)
     {
-        if (index == kNobody)
+        if (index == kNone)
             return absent;
         const Channel& channel = skeleton_.channels[index];
         const ChannelValues<Value> values{skeleton_.words.data() + channel.values, channel.count};
-        const Place place = channel.clock == kNobody ? Place() : places_[channel.clock];
+        const Place place = channel.clock == kNone ? Place() : places_[channel.clock];
         return ValueAt<Value>(values, place, interpolate);
     };
     Transform transform;
     transform.translation = value(node.translation, transform.translation, Linear());
     transform.scale = value(node.scale, transform.scale, Linear());
-    const std::uint32_t kind = node.rotation == kNobody ? 0 : skeleton_.channels[node.rotation].kind;
+    const std::uint32_t kind = node.rotation == kNone ? 0 : skeleton_.channels[node.rotation].kind;
     transform.rotation = value(node.rotation, transform.rotation, Turning{kind});
     return transform;
 }
@@ -261,7 +261,7 @@ void EvaluateWorlds(const SkeletonData& skeleton, const Place* places, TEV2_MATR
              ++product)
         {
             const TEV2_MATRIX_3X4& local =
-                product->resting == kNobody ? worlds[product->node] : skeleton.locals[product->resting];
+                product->resting == kNone ? worlds[product->node] : skeleton.locals[product->resting];
             worlds[product->node] = FastProduct(worlds[product->parent], local);
         }
     }

@@ -12,14 +12,14 @@
 namespace TEV2_PLAYBACK
 {
 
-/// Channels, kNobody where it has none.
+/// Channels, TEV2_LOADER::kNone where it has none.
 struct CameraData
 {
-    std::uint32_t node = kNobody; ///< none: in the world
+    std::uint32_t node = TEV2_LOADER::kNone; ///< none: in the world
     float inverseAspect = 0.0f;
-    std::uint32_t distance = kNobody;
-    std::uint32_t fieldOfView = kNobody;
-    std::uint32_t clipRange = kNobody;
+    std::uint32_t distance = TEV2_LOADER::kNone;
+    std::uint32_t fieldOfView = TEV2_LOADER::kNone;
+    std::uint32_t clipRange = TEV2_LOADER::kNone;
 };
 
 struct PropertyData
@@ -27,15 +27,15 @@ struct PropertyData
     std::uint32_t owner = 0;
     bool ofCamera = false;
     PropertyType type = PropertyType::Int;
-    std::uint32_t first = kNobody; ///< its channel; of texts the first
-    std::uint32_t count = 0;       ///< of texts
+    std::uint32_t first = TEV2_LOADER::kNone; ///< its channel; of texts the first
+    std::uint32_t count = 0;                  ///< of texts
 };
 
 struct ExtrasData
 {
     std::span<CameraData> cameras;
     NameTable cameraNames;
-    std::uint32_t switcher = kNobody; ///< a channel
+    std::uint32_t switcher = TEV2_LOADER::kNone; ///< a channel
 
     std::span<PropertyData> properties; ///< of nodes in their order, then of cameras
     NameTable propertyNames;

@@ -61,7 +61,7 @@ ExtrasLayout::ExtrasLayout(const ClipSource& source, ClockTable& clocks)
 void ExtrasLayout::AddCamera(const CameraSource& camera)
 {
     camera_names_.Add(camera.name);
-    cameras_.push_back({camera.node < source_.nodes.size() ? camera.node : kNobody, camera.inverseAspect,
+    cameras_.push_back({camera.node < source_.nodes.size() ? camera.node : kNone, camera.inverseAspect,
                         AddChannel(camera.distance, kFloatTrack), AddChannel(camera.fieldOfView, kFloatTrack),
                         AddChannel(camera.clipRange, kRangeTrack)});
 }
@@ -69,7 +69,7 @@ void ExtrasLayout::AddCamera(const CameraSource& camera)
 void ExtrasLayout::AddProperty(const PropertySource& property)
 {
     property_names_.Add(property.name);
-    PropertyData data{property.owner, property.ofCamera, TypeOf(property), kNobody, 0};
+    PropertyData data{property.owner, property.ofCamera, TypeOf(property), kNone, 0};
     if (property.isTexts)
     {
         data.first = text_count_;
@@ -87,10 +87,10 @@ void ExtrasLayout::AddProperty(const PropertySource& property)
 std::uint32_t ExtrasLayout::AddChannel(const TrackSource& track, std::uint32_t kind)
 {
     if (!track.present || track.kind != kind)
-        return kNobody;
+        return kNone;
     const bool moves = track.times.size() >= 2 && track.valueCount >= 2;
     channels_.push_back(
-        {kind, moves ? clocks_.Add(track.times) : kNobody, IndexOf(words_), IndexOf(track.valueCount)});
+        {kind, moves ? clocks_.Add(track.times) : kNone, IndexOf(words_), IndexOf(track.valueCount)});
     tracks_.push_back(&track);
     words_ += track.valueCount * WordsOf(kind);
     return static_cast<std::uint32_t>(channels_.size() - 1);

@@ -31,7 +31,7 @@ private:
     ClockTable& clocks_;
     std::vector<CameraData> cameras_;
     NameLayout camera_names_;
-    std::uint32_t switcher_ = kNobody;
+    std::uint32_t switcher_ = TEV2_LOADER::kNone;
     std::vector<PropertyData> properties_;
     NameLayout property_names_;
     NameLayout texts_{0};

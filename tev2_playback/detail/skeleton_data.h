@@ -43,7 +43,7 @@ struct Lane
 /// Up to four nodes that are evaluated at once. Lanes without a node repeat another one.
 struct Group
 {
-    std::uint32_t nodes[4] = {kNobody, kNobody, kNobody, kNobody};
+    std::uint32_t nodes[4] = {TEV2_LOADER::kNone, TEV2_LOADER::kNone, TEV2_LOADER::kNone, TEV2_LOADER::kNone};
     std::uint32_t parents[4] = {}; ///< in the world matrices; of a group that is below its parents
     std::uint32_t keys =
         0; ///< Rows: float in a row. Gathered: first of its lanes, four for each track. Alone: channels
@@ -60,16 +60,17 @@ struct Group
 struct WorldProduct
 {
     std::uint32_t node = 0;
-    std::uint32_t parent = 0;        ///< in the world matrices
-    std::uint32_t resting = kNobody; ///< in the local matrices that do not move; none: formed by a group
+    std::uint32_t parent = 0; ///< in the world matrices
+    std::uint32_t resting =
+        TEV2_LOADER::kNone; ///< in the local matrices that do not move; none: formed by a group
 };
 
-/// Channels of a node that is evaluated alone; kNobody where it has none.
+/// Channels of a node that is evaluated alone; TEV2_LOADER::kNone where it has none.
 struct LoneNode
 {
-    std::uint32_t translation = kNobody;
-    std::uint32_t rotation = kNobody;
-    std::uint32_t scale = kNobody;
+    std::uint32_t translation = TEV2_LOADER::kNone;
+    std::uint32_t rotation = TEV2_LOADER::kNone;
+    std::uint32_t scale = TEV2_LOADER::kNone;
 };
 
 struct SkeletonData
@@ -90,7 +91,7 @@ struct SkeletonData
     /// World matrices before any time: right for nodes that never move. After those of the nodes come matrices that
     /// some have for a parent: `top`, if there is one, then one for each node whose parent does not come before it.
     std::span<TEV2_LOADER::TEV2_MATRIX_3X4> worlds;
-    std::uint32_t top = kNobody; ///< in the world matrices: the parent of nodes at top level
+    std::uint32_t top = TEV2_LOADER::kNone; ///< in the world matrices: the parent of nodes at top level
 
     /// Right for what does not move.
     std::span<Transform> transforms;

@@ -234,8 +234,8 @@ void SkeletonLayout::AddGroup(NodeWay way, Moves moves, std::span<const std::uin
 std::uint32_t SkeletonLayout::AddChannel(const TrackSource& track, const TrackPlan& plan)
 {
     if (!track.present)
-        return kNobody;
-    channels_.push_back({track.kind, plan.play == Play::Resting ? kNobody : plan.clock, IndexOf(words_),
+        return kNone;
+    channels_.push_back({track.kind, plan.play == Play::Resting ? kNone : plan.clock, IndexOf(words_),
                          IndexOf(track.valueCount)});
     channel_sources_.push_back(&track);
     words_ += track.valueCount * (track.kind == kVector3Track ? std::size_t{3} : std::size_t{4});
@@ -274,9 +274,9 @@ void SkeletonLayout::PlanProducts()
             return;
         has_world[node] = 1;
         queue.push_back(node);
-        if (plan.parent == kNobody || in_group)
+        if (plan.parent == kNone || in_group)
             return;
-        WorldProduct product{node, plan.parent, kNobody};
+        WorldProduct product{node, plan.parent, kNone};
         if (plan.way == NodeWay::Resting)
         {
             product.resting = static_cast<std::uint32_t>(locals_.size());
@@ -290,7 +290,7 @@ void SkeletonLayout::PlanProducts()
         group.belowParents =
             group.way != Way::Alone &&
             std::ranges::all_of(group.nodes, [&](std::uint32_t node)
-                                { return nodes_[node].parent != kNobody && has_parent_world(node); });
+                                { return nodes_[node].parent != kNone && has_parent_world(node); });
         for (std::uint32_t lane = 0; lane < kLanes && group.belowParents; ++lane)
             group.parents[lane] = nodes_[group.nodes[lane]].parent;
         for (std::uint32_t lane = 0; lane < group.lanes; ++lane)
@@ -547,9 +547,8 @@ void SkeletonLayout::FillWorlds(SkeletonData& data) const
     {
         const NodePlan& plan = nodes_[node];
         const TEV2_MATRIX_3X4 local = MatrixOf(data.transforms[node]);
-        data.worlds[node] = plan.restsInWorld && plan.parent != kNobody
-                                ? FastProduct(data.worlds[plan.parent], local)
-                                : local;
+        data.worlds[node] =
+            plan.restsInWorld && plan.parent != kNone ? FastProduct(data.worlds[plan.parent], local) : local;
     }
     for (std::size_t at = 0; at < locals_.size(); ++at)
         data.locals[at] = MatrixOf(data.transforms[locals_[at]]);

@@ -42,8 +42,8 @@ struct NodePlan
     NodeWay way = NodeWay::Resting;
     Moves moves = Moves::Both;
     std::uint32_t depth = 0;
-    std::uint32_t parent = kNobody; ///< in the world matrices
-    bool restsInWorld = false;      ///< so do all nodes above it
+    std::uint32_t parent = TEV2_LOADER::kNone; ///< in the world matrices
+    bool restsInWorld = false;                 ///< so do all nodes above it
 };
 
 /// Decides how the nodes of a clip are laid out, and lays them out.
@@ -82,7 +82,7 @@ private:
     ClockTable& clocks_;
     std::vector<Group> groups_;
     std::vector<WorldProduct> products_;
-    std::uint32_t top_ = kNobody;
+    std::uint32_t top_ = TEV2_LOADER::kNone;
     std::vector<TEV2_LOADER::TEV2_MATRIX_3X4>
         outside_;                       ///< world matrices of parents that come after their children
     std::vector<std::uint32_t> locals_; ///< nodes that rest below a parent that moves
