@@ -145,9 +145,9 @@ public:
         NodeSource& kept = source_.nodes.emplace_back();
         kept.name = from_.Text(last_.name);
         kept.parent = last_.parentIndex;
-        kept.translation = from_.Track(last_.translation);
-        kept.rotation = from_.Track(last_.rotation);
-        kept.scale = from_.Track(last_.scale);
+        kept.translation = FromViews::Track(last_.translation);
+        kept.rotation = FromViews::Track(last_.rotation);
+        kept.scale = FromViews::Track(last_.scale);
         kept.worldMatrix = last_.worldMatrix;
         AddProperties(last_.properties, {node, false}, from_, source_);
     }

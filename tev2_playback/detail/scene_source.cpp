@@ -51,15 +51,15 @@ struct FromRecords
 
 ClipSource SourceOf(const TEV2& scene)
 {
-    constexpr FromRecords kFrom;
     ClipSource source;
     source.nodes.reserve(scene.matrixHierarchy.nodes.size());
     for (const TEV2_MATRIX_NODE& node : scene.matrixHierarchy.nodes)
     {
-        AddProperties(node.properties, {static_cast<std::uint32_t>(source.nodes.size()), false}, kFrom,
-                      source);
-        source.nodes.push_back({kFrom.Text(node.name), node.parentIndex, kFrom.Track(node.translation),
-                                kFrom.Track(node.rotation), kFrom.Track(node.scale), node.worldMatrix});
+        AddProperties(node.properties, {static_cast<std::uint32_t>(source.nodes.size()), false},
+                      FromRecords(), source);
+        source.nodes.push_back({FromRecords::Text(node.name), node.parentIndex,
+                                FromRecords::Track(node.translation), FromRecords::Track(node.rotation),
+                                FromRecords::Track(node.scale), node.worldMatrix});
     }
     AddRest(scene, source);
     return source;
@@ -67,11 +67,10 @@ ClipSource SourceOf(const TEV2& scene)
 
 void AddRest(const TEV2& scene, ClipSource& source)
 {
-    constexpr FromRecords kFrom;
     source.begin = scene.environment.timeRange.minimum;
     source.end = scene.environment.timeRange.maximum;
     source.upAxis = UpAxis(scene);
-    source.switcher = kFrom.Track(scene.cameraMan.cameraIndex);
+    source.switcher = FromRecords::Track(scene.cameraMan.cameraIndex);
     for (const auto& camera : scene.cameras)
     {
         const auto index = static_cast<std::uint32_t>(source.cameras.size());
@@ -79,13 +78,13 @@ void AddRest(const TEV2& scene, ClipSource& source)
         added.node = kNone;
         if (!camera)
             continue; // keeps its place: the switcher counts it
-        added = {kFrom.Text(camera->name),
+        added = {FromRecords::Text(camera->name),
                  camera->value,
                  camera->inverseAspect,
-                 kFrom.Track(camera->distance),
-                 kFrom.Track(camera->fieldOfView),
-                 kFrom.Track(camera->clipRange)};
-        AddProperties(camera->properties, {index, true}, kFrom, source);
+                 FromRecords::Track(camera->distance),
+                 FromRecords::Track(camera->fieldOfView),
+                 FromRecords::Track(camera->clipRange)};
+        AddProperties(camera->properties, {index, true}, FromRecords(), source);
     }
 }
 
