@@ -126,8 +126,8 @@ TEV2_HOT FourMatrices MatricesOf(const FourTransforms& transforms)
              {xz - wy, yz + wx, one - xx - yy, transforms.translation.z}}};
 }
 
-/// A row of four products, from that row of the left matrices. Sums have no zero for the last row of a matrix in the
-/// first three columns: it would be -0, which changes no number.
+/// A row of four products, from that row of the left matrices. The first three columns leave out the zero that the
+/// last row of a matrix has there: FastProduct adds -0, which never changes a sum.
 TEV2_HOT Float4x4 ProductRow(const Float4x4& left, const FourMatrices& right)
 {
     const auto& [first, second, third] = right.rows;
