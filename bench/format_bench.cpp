@@ -268,15 +268,6 @@ void Clock(benchmark::State& state)
 }
 BENCHMARK(Clock);
 
-template <typename... Arguments>
-benchmark::internal::Benchmark* Register(const std::string& name,
-                                         void (*function)(benchmark::State&, const Scenes&, Arguments...),
-                                         const Scenes& workload, Arguments... arguments)
-{
-    return benchmark::RegisterBenchmark(name.c_str(), [=, &workload](benchmark::State& state)
-                                        { function(state, workload, arguments...); });
-}
-
 void RegisterAll(const std::string& name, const Scenes& workload)
 {
     const bool real = name == "W3";

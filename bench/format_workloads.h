@@ -3,6 +3,7 @@
 #include "tev2_loader/file.h"
 #include "tev2_loader/io/file_image.h"
 
+#include <benchmark/benchmark.h>
 #include <cmath>
 #include <cstdint>
 #include <cstdio>
@@ -154,6 +155,16 @@ inline std::map<std::string, Scenes> AllScenes(int argc, char** argv)
         workloads["W3"].Add(std::move(scene));
     }
     return workloads;
+}
+
+// A benchmark function(state, workload, arguments...) under a name. The workload must outlive the run.
+template <typename... Arguments>
+benchmark::internal::Benchmark* Register(const std::string& name,
+                                         void (*function)(benchmark::State&, const Scenes&, Arguments...),
+                                         const Scenes& workload, Arguments... arguments)
+{
+    return benchmark::RegisterBenchmark(name.c_str(), [=, &workload](benchmark::State& state)
+                                        { function(state, workload, arguments...); });
 }
 
 } // namespace bench

@@ -287,15 +287,6 @@ void Spin(benchmark::State& state)
     state.SetItemsProcessed(state.iterations() * steps);
 }
 
-template <typename... Arguments>
-benchmark::internal::Benchmark* Register(const std::string& name,
-                                         void (*function)(benchmark::State&, const Scenes&, Arguments...),
-                                         const Scenes& workload, Arguments... arguments)
-{
-    return benchmark::RegisterBenchmark(name.c_str(), [=, &workload](benchmark::State& state)
-                                        { function(state, workload, arguments...); });
-}
-
 void RegisterAll(const std::string& name, const Scenes& workload)
 {
     for (const auto& [motion_name, motion] :
