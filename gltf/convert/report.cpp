@@ -1,0 +1,127 @@
+#include "gltf/convert/report.h"
+
+#include <algorithm>
+#include <array>
+#include <utility>
+
+namespace tev2_gltf
+{
+namespace
+{
+
+// clang-format off
+constexpr auto kConversionCodes = std::to_array<ConversionCode>({
+    {Code::SceneLost,             "scene-lost",              "only the scene that the file shows is converted"},
+    {Code::ShearDropped,          "shear-dropped",           "a node's matrix is sheared, which translation, rotation and scale cannot say"},
+    {Code::PrimitiveLost,         "primitive-lost",          "points and lines have no record"},
+    {Code::AttributeLost,         "attribute-lost",          "this vertex attribute has no place in the result"},
+    {Code::AttributeFilled,       "attribute-filled",        "only some primitives of a mesh have this attribute; the others got a default"},
+    {Code::WeightsNormalised,     "weights-normalised",      "weights of a vertex that do not sum to 1 were divided by their sum"},
+    {Code::SkinNameLost,          "skin-name-lost",          "a skin's name and skeleton root have no place in the result"},
+    {Code::SkinMoved,             "skin-moved",              "a skinned mesh is on a node of its own at top level, which does not place it"},
+    {Code::NodeAdded,             "node-added",              "a node was added"},
+    {Code::CameraLost,            "camera-lost",             "an orthographic camera has no record; its node stays"},
+    {Code::AspectAssumed,         "aspect-assumed",          "the camera states no aspect ratio; 16:9 is assumed"},
+    {Code::ImageRenamed,          "image-renamed",           "the path of an image led out of the folder; its file name is kept"},
+    {Code::ImageWritten,          "image-written",           "an image inside the file was written beside the result"},
+    {Code::Resampled,             "resampled",               "a smooth curve became straight lines"},
+    {Code::ExtrasLost,            "extras-lost",             "a value of extras has no place in the result"},
+    {Code::ExtensionLost,         "extension-lost",          "an extension has no place in the result"},
+    {Code::AnimationLost,         "animation-lost",          "what moves here cannot move in the result; its value at the start is kept"},
+    {Code::TimeShifted,           "time-shifted",            "times were shifted so that they start at 0"},
+    {Code::InterpolationChanged,  "interpolation-changed",   "rotations between two keys take another way"},
+    {Code::KeyDropped,            "key-dropped",             "a key whose time does not ascend was dropped"},
+    {Code::ValueDropped,          "value-dropped",           "a value that is not a finite number was dropped"},
+    {Code::RotationNormalised,    "rotation-normalised",     "a rotation was not of length 1 and was divided by its length"},
+    {Code::VertexAnimationLost,   "vertex-animation-lost",   "vertices that move one by one have too many key times; their first places are kept"},
+    {Code::MaterialApproximated,  "material-approximated",   "a standard material became the nearest metallic-roughness material"},
+    {Code::ShaderLost,            "shader-lost",             "a shader other than metallic-roughness has no place in the result"},
+    {Code::LightReduced,          "light-reduced",           "a light's beam, shadow, light lists or switch have no place in the result"},
+    {Code::LightApproximated,     "light-approximated",      "a light that is not physical keeps its factor as its intensity"},
+    {Code::LensAnimationLost,     "lens-animation-lost",     "a lens that moves keeps its value at the start"},
+    {Code::LensChanged,           "lens-changed",            "a lens that the result cannot have was changed"},
+    {Code::PropertyAnimationLost, "property-animation-lost", "a property that moves keeps its first value"},
+    {Code::RecordLost,            "record-lost",             "records of this kind have no place in the result"},
+    {Code::BodyLost,              "body-lost",               "an object is kept as bytes that nobody can read"},
+    {Code::NameChanged,           "name-changed",            "a name comes out otherwise"},
+    {Code::WorldAssumed,          "world-assumed",           "the file does not say which way is up"},
+});
+// clang-format on
+
+constexpr bool IsInOrder()
+{
+    for (std::size_t i = 0; i < kConversionCodes.size(); ++i)
+    {
+        if (kConversionCodes[i].code != static_cast<Code>(i))
+            return false;
+    }
+    return true;
+}
+static_assert(IsInOrder());
+
+} // namespace
+
+std::span<const ConversionCode> ConversionCodes()
+{
+    return kConversionCodes;
+}
+
+Severity SeverityOf(Code code)
+{
+    const std::string_view name = NameOf(code);
+    if (name.ends_with("-lost") || name.ends_with("-dropped"))
+        return Severity::Lost;
+    return name.ends_with("-assumed") ? Severity::Assumed : Severity::Changed;
+}
+
+std::string_view NameOf(Code code)
+{
+    return kConversionCodes[static_cast<std::size_t>(code)].name;
+}
+
+std::string_view NameOf(Severity severity)
+{
+    switch (severity)
+    {
+    case Severity::Lost:
+        return "lost";
+    case Severity::Assumed:
+        return "assumed";
+    case Severity::Changed:
+        break;
+    }
+    return "changed";
+}
+
+void ConversionReport::Add(Code code, std::string where, std::string text, std::size_t count)
+{
+    Found& found = found_[code];
+    ++found.places;
+    found.count += count;
+    if (found.entries.size() < kMostPlaces)
+        found.entries.push_back({code, std::move(where), std::move(text), count});
+}
+
+std::vector<ReportEntry> ConversionReport::Entries() const
+{
+    std::vector<ReportEntry> entries;
+    for (const auto& [code, found] : found_)
+    {
+        if (found.places > kMostPlaces)
+        {
+            const std::string sentence(kConversionCodes[static_cast<std::size_t>(code)].sentence);
+            entries.push_back({code, {}, sentence, found.count});
+        }
+        else
+            entries.insert(entries.end(), found.entries.begin(), found.entries.end());
+    }
+    return entries;
+}
+
+bool ConversionReport::HasLost() const
+{
+    return std::any_of(found_.begin(), found_.end(),
+                       [](const auto& entry) { return SeverityOf(entry.first) == Severity::Lost; });
+}
+
+} // namespace tev2_gltf
