@@ -1,0 +1,38 @@
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <span>
+#include <string>
+
+/// SHA-256 of bytes that come piece by piece.
+class Sha256
+{
+public:
+    using Digest = std::array<std::uint8_t, 32>;
+
+    void Add(std::span<const std::uint8_t> bytes);
+
+    /// The digest of everything added. Adding more afterwards continues where it was.
+    Digest Finish() const;
+
+private:
+    static constexpr std::size_t kBlock = 64;
+
+    void AddBlock(const std::uint8_t* block);
+
+    std::array<std::uint32_t, 8> state_{0x6a09e667, 0xbb67ae85, 0x3c6ef372, 0xa54ff53a,
+                                        0x510e527f, 0x9b05688c, 0x1f83d9ab, 0x5be0cd19};
+    std::array<std::uint8_t, kBlock> rest_{}; ///< bytes of the block that is not full yet
+    std::uint64_t size_ = 0;                  ///< of everything added, in bytes
+};
+
+/// The digest of bytes at once.
+Sha256::Digest Sha256Of(std::span<const std::uint8_t> bytes);
+
+/// Two lower-case hexadecimal digits for each byte.
+std::string HexOf(std::span<const std::uint8_t> bytes);
+
+/// Base64 (RFC 4648, with padding), as in a Content-Security-Policy.
+std::string Base64Of(std::span<const std::uint8_t> bytes);
