@@ -114,6 +114,9 @@ inline constexpr std::u16string_view kInsertedRootName = u"Exporter Inserted Roo
 inline constexpr std::string_view kCreatorBegin = "MotionBuilder v";
 inline constexpr std::string_view kCreatorExporter = "  Tev2 Exporter ";
 
+/// The creator text of scenes that were converted from glTF. Its world is that of glTF, mirrored: +Y is up.
+inline constexpr std::string_view kConverterCreator = "Tev2 glTF Converter v1";
+
 /// Begins the line of the information text that names the file.
 inline constexpr std::string_view kFileNameLine = "TEV_NAME:\t";
 

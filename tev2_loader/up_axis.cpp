@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <string>
+#include <string_view>
 
 namespace TEV2_LOADER
 {
@@ -11,9 +12,8 @@ namespace TEV2_LOADER
 namespace
 {
 
-bool IsByExporter(const TEV2_INF& information)
+bool IsByExporter(std::string_view creator)
 {
-    const std::string creator = ReadableText(information.creatorText.Text());
     return creator.starts_with(kCreatorBegin) &&
            creator.find(std::string(kCreatorExporter) + "v") != std::string::npos;
 }
@@ -45,7 +45,10 @@ bool HasRotation(const TEV2_MATRIX_NODE& node, const TEV2_QUATERNION& expected)
 
 TEV2_UP_AXIS UpAxis(const TEV2& scene)
 {
-    if (scene.matrixHierarchy.nodes.empty() || !IsByExporter(scene.information))
+    const std::string creator = ReadableText(scene.information.creatorText.Text());
+    if (creator.starts_with(kConverterCreator))
+        return TEV2_UP_AXIS::PlusY;
+    if (scene.matrixHierarchy.nodes.empty() || !IsByExporter(creator))
         return TEV2_UP_AXIS::Unknown;
     const TEV2_MATRIX_NODE& root = scene.matrixHierarchy.nodes[0];
     if (root.parentIndex >= 0 || root.scale || !IsAtOrigin(root))

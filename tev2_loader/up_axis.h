@@ -9,18 +9,18 @@ namespace TEV2_LOADER
 
 class TEV2;
 
-/// The direction of a file's world that was up (+Y) in MotionBuilder. The world is the space of the nodes'
-/// worldMatrix.
+/// The direction of a file's world that was up (+Y) in MotionBuilder, or in the glTF scene that it was converted from.
+/// The world is the space of the nodes' worldMatrix.
 enum class TEV2_UP_AXIS : std::uint8_t
 {
     Unknown,
-    PlusY,  ///< a selection was exported
+    PlusY,  ///< a selection was exported, or a glTF scene was converted
     PlusZ,  ///< the whole scene, without "Keep positive Z?"
     MinusZ, ///< the whole scene, with "Keep positive Z?"
 };
 
-/// Which way is up in a scene that was loaded. No field of a file says so; it follows from how the exporter makes
-/// node 0:
+/// Which way is up in a scene that was loaded. No field of a file says so. Where the creator text begins with
+/// kConverterCreator it is +Y. Of exported scenes it follows from how the exporter makes node 0:
 ///
 /// - the creator text is the exporter's, "MotionBuilder v17.00  Tev2 Exporter v1.14" of any versions, and node 0 is
 ///   at top level, without scale, with no translation and one rotation in all its keys;
