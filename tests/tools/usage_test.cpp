@@ -14,8 +14,8 @@ namespace
 
 using Arguments = std::vector<std::string>;
 
-const Arguments kVerbs = {"export", "scene", "menu", "info", "dump", "check", "picture"};
-const Arguments kFileVerbs = {"info", "dump", "check", "picture"}; // they read .tv2 files
+const Arguments kVerbs = {"export", "scene", "menu", "info", "tree", "dump", "check", "picture"};
+const Arguments kFileVerbs = {"info", "tree", "dump", "check", "picture"}; // they read .tv2 files
 
 // A file verb with a file; `picture` draws beside it.
 Arguments Call(const std::string& verb, const std::string& file)
@@ -119,7 +119,7 @@ TEST_F(UsageTest, BadUsageCannotRunAndSaysWhatWasProbablyMeant)
 TEST_F(UsageTest, ReadsStandardInputAndDrawsToStandardOutput)
 {
     const std::string file = Write(SoundImage());
-    for (const std::string verb : {"info", "dump", "check"})
+    for (const std::string verb : {"info", "tree", "dump", "check"})
     {
         const std::string call = "tv2 " + verb + " ";
         const std::string json = call + "--json ";
@@ -187,6 +187,7 @@ TEST_F(UsageTest, JsonOfWhatCouldNotRunHasTheError)
         {"scene", Path("none\xFF.bvh")},
         {"menu", "--plugin", Path("none\xFF.so")},
         {"info", none},
+        {"tree", none},
         {"dump", none},
         {"check", none},
         {"picture", none, Path("a.svg")},

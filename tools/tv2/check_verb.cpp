@@ -196,7 +196,7 @@ private:
 
 const VerbRegistration kCheckVerb({
     .name = "check",
-    .place = 6,
+    .place = 60,
     .help = "Errors and suspicious values in a file",
     .examples = "tv2 check takes/*.tv2\n"
                 "tv2 check --json walk.tv2 | jq -r '.files[].findings[].code'\n"

@@ -387,7 +387,7 @@ private:
 
 const VerbRegistration kDumpVerb({
     .name = "dump",
-    .place = 5,
+    .place = 50,
     .help = "Every value in a file, as an indented tree or as JSON",
     .examples = "tv2 dump --keys 3 walk.tv2\n"
                 "tv2 dump --json walk.tv2 | jq '.matrixHierarchy.nodes[].name'",

@@ -261,7 +261,7 @@ const std::string kExportHelp =
 
 const VerbRegistration kExportVerb({
     .name = "export",
-    .place = 1,
+    .place = 10,
     .help = kExportHelp,
     .examples = "tv2 export walk.bvh walk.tv2\n"
                 "tv2 export --all-takes --fps 60 robot.glb robot.tv2\n"

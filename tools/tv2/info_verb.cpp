@@ -254,7 +254,7 @@ private:
 
 const VerbRegistration kInfoVerb({
     .name = "info",
-    .place = 4,
+    .place = 40,
     .help = "What is in a file, on one screen",
     .examples = "tv2 info walk.tv2\n"
                 "tv2 info --json takes/*.tv2 | jq '.files[].nodes'",

@@ -73,7 +73,7 @@ private:
 
 const VerbRegistration kMenuVerb({
     .name = "menu",
-    .place = 3,
+    .place = 30,
     .help = "What the exporter adds to MotionBuilder's file menu",
     .examples = "tv2 menu\n"
                 "tv2 menu --json | jq -r '.entries[].extension'",

@@ -114,7 +114,7 @@ private:
 
 const VerbRegistration kPictureVerb({
     .name = "picture",
-    .place = 7,
+    .place = 70,
     .help = "Skeletons, cameras and other models at several instants, as an SVG drawing",
     .examples = "tv2 picture walk.tv2 walk.svg\n"
                 "tv2 picture --view side --figures 12 walk.tv2 walk.svg",

@@ -125,7 +125,7 @@ const std::string kSceneHelp = "What is in a scene file (" + mobu_host::Readable
 
 const VerbRegistration kSceneVerb({
     .name = "scene",
-    .place = 2,
+    .place = 20,
     .help = kSceneHelp,
     .examples = "tv2 scene walk.bvh\n"
                 "tv2 scene --json robot.glb | jq '.takes[].name'",

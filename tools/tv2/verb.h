@@ -58,7 +58,7 @@ public:
 struct VerbRow
 {
     std::string_view name;
-    int place = 0; ///< in the help: ascending
+    int place = 0; ///< in the help: ascending, with gaps for more
     std::string_view help;
     std::string_view examples;     ///< one a line
     std::string_view remarks = {}; ///< below the examples
