@@ -14,8 +14,8 @@ namespace
 
 using Arguments = std::vector<std::string>;
 
-const Arguments kVerbs = {"export", "scene", "menu", "info", "tree", "dump", "check", "picture"};
-const Arguments kFileVerbs = {"info", "tree", "dump", "check", "picture"}; // they read .tv2 files
+const Arguments kVerbs = {"export", "scene", "menu", "info", "tree", "dump", "check", "hash", "picture"};
+const Arguments kFileVerbs = {"info", "tree", "dump", "check", "hash", "picture"}; // they read .tv2 files
 
 // A file verb with a file; `picture` draws beside it.
 Arguments Call(const std::string& verb, const std::string& file)
@@ -119,7 +119,7 @@ TEST_F(UsageTest, BadUsageCannotRunAndSaysWhatWasProbablyMeant)
 TEST_F(UsageTest, ReadsStandardInputAndDrawsToStandardOutput)
 {
     const std::string file = Write(SoundImage());
-    for (const std::string verb : {"info", "tree", "dump", "check"})
+    for (const std::string verb : {"info", "tree", "dump", "check", "hash"})
     {
         const std::string call = "tv2 " + verb + " ";
         const std::string json = call + "--json ";
@@ -190,6 +190,7 @@ TEST_F(UsageTest, JsonOfWhatCouldNotRunHasTheError)
         {"tree", none},
         {"dump", none},
         {"check", none},
+        {"hash", none},
         {"picture", none, Path("a.svg")},
     };
     ASSERT_EQ(std::size(calls), kVerbs.size());
