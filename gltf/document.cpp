@@ -41,30 +41,6 @@ std::optional<std::size_t> IndexOf(JsonValue value, std::size_t count)
                            : "is " + std::to_string(*index) + ", out of 0 to " + std::to_string(count - 1));
 }
 
-template <std::size_t kCount>
-void ReadNumbers(JsonValue object, const char* member, std::array<double, kCount>& numbers,
-                 const Place& place)
-{
-    const JsonValue value = object[member];
-    if (!value)
-        return;
-    for (std::size_t i = 0; i < kCount; ++i)
-    {
-        const std::optional<double> number = value.Size() == kCount ? value[i].Number() : std::nullopt;
-        if (!number)
-            place.Fail(member, "is not " + std::to_string(kCount) + " numbers");
-        numbers[i] = *number;
-    }
-}
-
-double NumberIn(JsonValue object, const char* member, const Place& place)
-{
-    const JsonValue value = object[member];
-    if (value && !value.Number())
-        place.Fail(member, "is not a number");
-    return value.Number().value_or(0.0);
-}
-
 Target TargetOf(std::string_view path)
 {
     if (path == "translation")
@@ -109,6 +85,38 @@ std::size_t SizeIn(JsonValue object, const char* member, std::size_t least,
     if (!size || *size < least)
         place.Fail(member, "is not a whole number from " + std::to_string(least) + " on");
     return *size;
+}
+
+std::optional<double> NumberIn(JsonValue object, const char* member, const Place& place)
+{
+    const JsonValue value = object[member];
+    if (value && !value.Number())
+        place.Fail(member, "is not a number");
+    return value.Number();
+}
+
+bool ReadNumbersIn(JsonValue object, const char* member, std::span<double> numbers, const Place& place)
+{
+    const JsonValue value = object[member];
+    if (!value)
+        return false;
+    for (std::size_t i = 0; i < numbers.size(); ++i)
+    {
+        const std::optional<double> number =
+            value.Size() == numbers.size() ? value[i].Number() : std::nullopt;
+        if (!number)
+            place.Fail(member, "is not " + std::to_string(numbers.size()) + " numbers");
+        numbers[i] = *number;
+    }
+    return true;
+}
+
+bool TruthIn(JsonValue object, const char* member, const Place& place)
+{
+    const JsonValue value = object[member];
+    if (value && !value.Truth())
+        place.Fail(member, "is neither true nor false");
+    return value.Truth().value_or(false);
 }
 
 Document::Document(std::string_view bytes, SideFiles& files)
@@ -278,14 +286,14 @@ Node Document::NodeAt(std::size_t index) const
         place.Fail("is not a JSON object");
     if (node.json["matrix"])
     {
-        ReadNumbers(node.json, "matrix", node.local.emplace<ColumnMatrix>(), place);
+        ReadNumbersIn(node.json, "matrix", node.local.emplace<ColumnMatrix>(), place);
     }
     else
     {
         Trs& trs = node.local.emplace<Trs>();
-        ReadNumbers(node.json, "translation", trs.translation, place);
-        ReadNumbers(node.json, "rotation", trs.rotation, place);
-        ReadNumbers(node.json, "scale", trs.scale, place);
+        ReadNumbersIn(node.json, "translation", trs.translation, place);
+        ReadNumbersIn(node.json, "rotation", trs.rotation, place);
+        ReadNumbersIn(node.json, "scale", trs.scale, place);
     }
     node.mesh = OptionalIndexIn(node.json, "mesh", kAnyCount, place);
     node.skin = OptionalIndexIn(node.json, "skin", kAnyCount, place);
@@ -301,17 +309,17 @@ Camera Document::CameraAt(std::size_t index) const
     camera.orthographic = camera.json["type"].Text() == "orthographic";
     const Place place{"cameras", index, camera.name};
     const JsonValue lens = camera.json[camera.orthographic ? "orthographic" : "perspective"];
-    camera.near_plane = NumberIn(lens, "znear", place);
-    camera.far_plane = NumberIn(lens, "zfar", place);
+    camera.near_plane = NumberIn(lens, "znear", place).value_or(0.0);
+    camera.far_plane = NumberIn(lens, "zfar", place).value_or(0.0);
     if (camera.orthographic)
     {
-        const double height = NumberIn(lens, "ymag", place);
-        const double aspect = height > 0.0 ? NumberIn(lens, "xmag", place) / height : 0.0;
+        const double height = NumberIn(lens, "ymag", place).value_or(0.0);
+        const double aspect = height > 0.0 ? NumberIn(lens, "xmag", place).value_or(0.0) / height : 0.0;
         camera.aspect = std::isfinite(aspect) ? aspect : 0.0;
         return camera;
     }
-    camera.yfov = NumberIn(lens, "yfov", place);
-    camera.aspect = NumberIn(lens, "aspectRatio", place);
+    camera.yfov = NumberIn(lens, "yfov", place).value_or(0.0);
+    camera.aspect = NumberIn(lens, "aspectRatio", place).value_or(0.0);
     return camera;
 }
 

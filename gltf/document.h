@@ -9,8 +9,8 @@
 ///
 /// What is small compared with its JSON is made on demand, so that a document takes little more memory
 /// than its bytes. Everything throws Error, with the place, for what the document may not hold: indices out of range,
-/// members of another type, numbers that are not finite. What no function returns (meshes, materials, ...) is in the
-/// JSON, unchecked.
+/// members of another type, numbers that are not finite. Meshes, skins, materials, images and lights have headers of
+/// their own. What no function returns is in the JSON, unchecked.
 
 #include "gltf/container.h"
 #include "gltf/folder_files.h"
@@ -22,6 +22,7 @@
 #include <cstdint>
 #include <map>
 #include <optional>
+#include <span>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -170,5 +171,14 @@ std::optional<std::size_t> OptionalIndexIn(JsonValue object, const char* member,
 /// A whole number of at least `least`, `otherwise` where it is absent.
 std::size_t SizeIn(JsonValue object, const char* member, std::size_t least,
                    std::optional<std::size_t> otherwise, const Place& place);
+
+/// Nothing where it is absent.
+std::optional<double> NumberIn(JsonValue object, const char* member, const Place& place);
+
+/// An array of as many numbers as there is room for. False, and nothing changed, where it is absent.
+bool ReadNumbersIn(JsonValue object, const char* member, std::span<double> numbers, const Place& place);
+
+/// False where it is absent.
+bool TruthIn(JsonValue object, const char* member, const Place& place);
 
 } // namespace gltf

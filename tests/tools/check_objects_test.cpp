@@ -3,7 +3,7 @@
 #include "tests/tools/spoiled_scene.h"
 #include "tests/tools/tool_test.h"
 #include "tests/tools/typed_scene.h"
-#include "tools/tv2/image_path.h"
+#include "text/image_path.h"
 
 #include <filesystem>
 
@@ -236,12 +236,12 @@ TEST(ImagePath, NamesThatAnySystemMayTakeForMoreLeave)
 {
     for (const char* name : {"", "a.png", "maps/a b.png", "./a.png", "a..png", ".hidden/a", "console/a",
                              "com.png", "com10", "\xC3\xA4/\xE4\xB8\xAD.png", "a~1", "nulls"})
-        EXPECT_EQ(tv2::WhyItLeaves(name), "") << name;
+        EXPECT_EQ(WhyItLeaves(name), "") << name;
     for (const char* name :
          {"/a",   "//server/a", "\\a",     "a\\b",    "C:a",  "c:/a",     "a.png:b", "http://a/b", "..",
           "../a", "a/..",       "a/../b",  "a/.. /b", "...",  "a/.../b",  ". ",      "%2e%2e/a",   "%TEMP%/a",
           "nul",  "a/NUL.png",  "Con.txt", "aux ",    "lpt1", "COM9.png", "conin$",  "a\nb",       "a\x01"})
-        EXPECT_NE(tv2::WhyItLeaves(name), "") << name;
+        EXPECT_NE(WhyItLeaves(name), "") << name;
 }
 
 } // namespace

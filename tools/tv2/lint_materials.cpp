@@ -1,4 +1,4 @@
-#include "tools/tv2/image_path.h"
+#include "text/image_path.h"
 #include "tools/tv2/lint_group.h"
 #include "tools/tv2/track_view.h"
 

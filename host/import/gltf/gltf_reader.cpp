@@ -2,6 +2,7 @@
 
 #include "gltf/accessor.h"
 #include "gltf/document.h"
+#include "gltf/key_track.h"
 #include "host/import/base/exportable_number.h"
 #include "host/import/base/parse_error.h"
 #include "host/import/gltf/node_motion.h"
@@ -107,6 +108,7 @@ public:
           files_(folder_),
           document_(file.bytes, files_),
           accessors_(document_),
+          key_tracks_(document_, accessors_),
           options_(options),
           notes_(notes)
     {
@@ -247,16 +249,16 @@ private:
             if (!IsRead(channel, take.name))
                 continue;
             const KeyTrack track = TrackOf(animation, channel);
-            if (track.times->empty())
+            if (track.keys.times->empty())
             {
                 notes_.Add({"channel without keys is ignored", "channels without keys are ignored"},
                            NodeName(channel));
                 continue;
             }
-            take.stop = std::max(take.stop, track.times->back());
-            has_early_keys = has_early_keys || track.times->front() < 0.0;
-            if (known_keys.insert(track.times.get()).second)
-                take.keys.push_back(track.times);
+            take.stop = std::max(take.stop, track.keys.times->back());
+            has_early_keys = has_early_keys || track.keys.times->front() < 0.0;
+            if (known_keys.insert(track.keys.times.get()).second)
+                take.keys.push_back(track.keys.times);
             AddTrack(channel, track, motions);
         }
         if (has_early_keys)
@@ -330,72 +332,40 @@ private:
         place = track;
     }
 
-    // With as many values as its keys need, of the type that they need.
+    // A place is finite in centimetres, too.
     KeyTrack TrackOf(const gltf::Animation& animation, const gltf::Channel& channel)
     {
-        const gltf::Place whole = document_.PlaceOf(animation);
-        const gltf::Place place{"samplers", channel.sampler, {}, &whole};
-        const gltf::Sampler sampler = document_.SamplerAt(animation, channel.sampler);
-        const gltf::AccessorShape input = gltf::ShapeOf(document_, sampler.input);
-        const gltf::AccessorShape output = gltf::ShapeOf(document_, sampler.output);
         const std::size_t width = channel.target == gltf::Target::Rotation ? 4 : 3;
-        const bool cubic = sampler.interpolation == gltf::Interpolation::CubicSpline;
-        if (input.width != 1 || input.components != gltf::Components::Floats)
-            place.Fail("input", InAccessor(sampler.input) + "is not one float a key");
-        if (output.width != width || (width == 4 && output.components == gltf::Components::Whole))
-            place.Fail("output", InAccessor(sampler.output) +
-                                     (width == 4 ? "is not of type VEC4 with floats or normalised numbers"
-                                                 : "is not of type VEC3"));
-        if (output.count != input.count * (cubic ? 3 : 1))
-            place.Fail("output", InAccessor(sampler.output) + "has " + std::to_string(output.count) +
-                                     " values where " + std::to_string(input.count) +
-                                     (cubic ? " keys of CUBICSPLINE need 3 each" : " keys need 1 each"));
-        KeyTrack track;
-        track.times = accessors_.Read(sampler.input);
-        CheckTimes(*track.times, sampler.input, place);
-        track.values = accessors_.Read(sampler.output);
+        KeyTrack track{key_tracks_.Read(animation, channel, width)};
         if (channel.target == gltf::Target::Translation)
-            CheckPlaces(*track.values, sampler.output, place);
-        track.interpolation = sampler.interpolation;
+            CheckPlaces(animation, channel, *track.keys.values);
         return track;
     }
 
-    static std::string InAccessor(std::size_t index) { return "(accessors[" + std::to_string(index) + "]) "; }
-
-    void CheckTimes(const std::vector<double>& times, std::size_t accessor, const gltf::Place& place)
+    void CheckPlaces(const gltf::Animation& animation, const gltf::Channel& channel,
+                     const std::vector<double>& metres)
     {
-        if (!checked_times_.insert(accessor).second)
-            return;
-        for (std::size_t i = 0; i < times.size(); ++i)
-        {
-            if (std::abs(times[i]) > kLongestTime)
-                place.Fail("input", InAccessor(accessor) + "has a time beyond a million seconds at key " +
-                                        std::to_string(i));
-            if (i > 0 && times[i] < times[i - 1])
-                place.Fail("input",
-                           InAccessor(accessor) + "has times that do not ascend at key " + std::to_string(i));
-        }
-    }
-
-    // In centimetres.
-    void CheckPlaces(const std::vector<double>& metres, std::size_t accessor, const gltf::Place& place)
-    {
+        const std::size_t accessor = document_.SamplerAt(animation, channel.sampler).output;
         if (checked_places_.insert(accessor).second &&
             !std::all_of(metres.begin(), metres.end(),
                          [](double number) { return IsExportable(number * kCentimetresPerMetre); }))
-            place.Fail("output", InAccessor(accessor) +
-                                     "has a place that is not finite in centimetres in single precision");
+        {
+            const gltf::Place whole = document_.PlaceOf(animation);
+            gltf::Place{"samplers", channel.sampler, {}, &whole}.Fail(
+                "output", "(accessors[" + std::to_string(accessor) +
+                              "]) has a place that is not finite in centimetres in single precision");
+        }
     }
 
     std::filesystem::path folder_;
     gltf::FolderFiles files_;
     gltf::Document document_;
     gltf::AccessorReader accessors_;
+    gltf::KeyTrackReader key_tracks_;
     const ImportOptions& options_;
     ImportNotes& notes_;
     SceneDescription scene_;
     std::vector<std::uint32_t> models_of_nodes_; // kNoModel where the scene does not show the node
-    std::set<std::size_t> checked_times_;        // accessors
     std::set<std::size_t> checked_places_;       // accessors
     std::set<std::size_t> noted_blend_shapes_;   // nodes
     std::size_t property_bytes_ = 0;

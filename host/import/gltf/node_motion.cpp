@@ -46,16 +46,15 @@ struct KeyPosition
 {
     std::size_t key;
     double fraction;
-    double span; // seconds from `key` to the next one
 };
 
 KeyPosition Find(const KeyTrack& track, double seconds)
 {
-    const std::vector<double>& times = *track.times;
+    const std::vector<double>& times = *track.keys.times;
     if (!(seconds > times.front()))
-        return {0, 0.0, 0.0};
+        return {0, 0.0};
     if (seconds >= times.back())
-        return {times.size() - 1, 0.0, 0.0};
+        return {times.size() - 1, 0.0};
     // Times mostly come in order.
     std::size_t key = track.cursor;
     const auto holds = [&](std::size_t k)
@@ -66,45 +65,28 @@ KeyPosition Find(const KeyTrack& track, double seconds)
                                    std::upper_bound(times.begin(), times.end(), seconds) - times.begin() - 1);
     track.cursor = key;
     const double span = times[key + 1] - times[key];
-    return {key, (seconds - times[key]) / span, span};
-}
-
-template <std::size_t kWidth>
-std::array<double, kWidth> Element(const KeyTrack& track, std::size_t index)
-{
-    std::array<double, kWidth> element;
-    std::copy_n(track.values->begin() + static_cast<std::ptrdiff_t>(index * kWidth), kWidth, element.begin());
-    return element;
+    return {key, (seconds - times[key]) / span};
 }
 
 template <std::size_t kWidth>
 std::array<double, kWidth> Value(const KeyTrack& track, std::size_t key)
 {
-    return Element<kWidth>(track,
-                           track.interpolation == gltf::Interpolation::CubicSpline ? 3 * key + 1 : key);
+    std::array<double, kWidth> value;
+    std::ranges::copy(track.keys.ValueOf(key), value.begin());
+    return value;
 }
 
-// The cubic Hermite spline between two keys; tangents are slopes a second.
 template <std::size_t kWidth>
 std::array<double, kWidth> Spline(const KeyTrack& track, const KeyPosition& at)
 {
-    const auto from = Element<kWidth>(track, 3 * at.key + 1);
-    const auto out = Element<kWidth>(track, 3 * at.key + 2);
-    const auto in = Element<kWidth>(track, 3 * at.key + 3);
-    const auto to = Element<kWidth>(track, 3 * at.key + 4);
-    const double t = at.fraction;
-    const double t2 = t * t;
-    const double t3 = t2 * t;
     std::array<double, kWidth> value;
-    for (std::size_t i = 0; i < kWidth; ++i)
-        value[i] = (2.0 * t3 - 3.0 * t2 + 1.0) * from[i] + at.span * (t3 - 2.0 * t2 + t) * out[i] +
-                   (3.0 * t2 - 2.0 * t3) * to[i] + at.span * (t3 - t2) * in[i];
+    track.keys.SplineBetween(at.key, at.fraction, value);
     return value;
 }
 
 bool IsAtKey(const KeyTrack& track, const KeyPosition& at)
 {
-    return at.fraction == 0.0 || track.interpolation == gltf::Interpolation::Step;
+    return at.fraction == 0.0 || track.keys.interpolation == gltf::Interpolation::Step;
 }
 
 } // namespace
@@ -114,7 +96,7 @@ std::array<double, 3> KeyTrack::VectorAt(double seconds) const
     const KeyPosition at = Find(*this, seconds);
     if (IsAtKey(*this, at))
         return Value<3>(*this, at.key);
-    if (interpolation == gltf::Interpolation::CubicSpline)
+    if (keys.interpolation == gltf::Interpolation::CubicSpline)
         return Spline<3>(*this, at);
     const Vector from = Value<3>(*this, at.key);
     return from + (Value<3>(*this, at.key + 1) - from) * at.fraction;
@@ -125,7 +107,7 @@ std::array<double, 4> KeyTrack::RotationAt(double seconds) const
     const KeyPosition at = Find(*this, seconds);
     if (IsAtKey(*this, at))
         return Normalised(Value<4>(*this, at.key));
-    if (interpolation == gltf::Interpolation::CubicSpline)
+    if (keys.interpolation == gltf::Interpolation::CubicSpline)
         return Normalised(Spline<4>(*this, at));
     const Quaternion from = ToQuaternion(Normalised(Value<4>(*this, at.key)));
     const Quaternion to = ToQuaternion(Normalised(Value<4>(*this, at.key + 1)));

@@ -3,24 +3,20 @@
 /// The local transform of a node over one animation: three tracks of keys, each where the file has one.
 
 #include "gltf/document.h"
+#include "gltf/key_track.h"
 #include "host/import/base/scene_description.h"
 
 #include <array>
 #include <cstddef>
-#include <memory>
 #include <optional>
-#include <vector>
 
 namespace mobu_host::gltf_import
 {
 
-/// Keys of one component, which many tracks may share. The first and the last key hold outside of them. Values are as
-/// in the file: one element a key, or three (tangent in, value, tangent out) of a cubic spline.
+/// Keys of one component. The first and the last key, one at least, hold outside of them.
 struct KeyTrack
 {
-    KeyTimes times; // one at least
-    std::shared_ptr<const std::vector<double>> values;
-    gltf::Interpolation interpolation = gltf::Interpolation::Linear;
+    gltf::KeyTrack keys;
     mutable std::size_t cursor = 0; // the key before the time that was asked for last
 
     /// The element at a time.

@@ -3,11 +3,6 @@
 #include <string>
 #include <string_view>
 
-namespace tv2
-{
-
 /// Why a program on any system may leave the scene's folder when it opens an image of this name (UTF-8): a reason that
 /// completes "a name that ...". Empty for a name that stays below the folder.
 std::string WhyItLeaves(std::string_view name);
-
-} // namespace tv2

@@ -1,10 +1,7 @@
-#include "tools/tv2/image_path.h"
+#include "text/image_path.h"
 
 #include <algorithm>
 #include <array>
-
-namespace tv2
-{
 
 namespace
 {
@@ -63,5 +60,3 @@ std::string WhyItLeaves(std::string_view name)
     }
     return {};
 }
-
-} // namespace tv2
