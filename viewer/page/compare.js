@@ -9,6 +9,7 @@ class Compare {
     this.offset = 0; // seconds that B starts later than A
     this.twins = new Map();
     panel.hidden = app.scenes.length < 2;
+    document.getElementById("listed").hidden = panel.hidden;
     this.field = panel.querySelector("#offset");
     this.field.addEventListener("input", () => {
       const offset = this.field.valueAsNumber;

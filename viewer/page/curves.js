@@ -106,7 +106,7 @@ class Curves {
   }
 
   text(value) {
-    return Number.isNaN(value) ? "\u2013" : Fixed(value, this.channel.decimals) + this.channel.unit.replace(/^m$/, " m");
+    return Number.isNaN(value) ? "\u2013" : Rounded(value, this.channel.decimals) + this.channel.unit.replace(/^m$/, " m");
   }
 
   /** The values of a curve at a time of its own scene. */
@@ -173,7 +173,7 @@ class Curves {
       context.fillRect(kGutter, at - 0.5, chart.plotWidth, 1);
       context.fillStyle = theme.colour("dim");
       const unit = this.channel.unit;
-      context.fillText(Fixed(i * step, TickDecimals(step)) + (unit === "m" ? " m" : unit), kGutter - 6, at);
+      context.fillText(Rounded(i * step, TickDecimals(step)) + (unit === "m" ? " m" : unit), kGutter - 6, at);
     }
     const seconds = TickStep(64 / chart.plotWidth * (span.to - span.from));
     context.fillStyle = theme.colour("grid");

@@ -53,9 +53,10 @@ class Details {
   }
 
   /** A row of `count` values; answers their elements. */
-  row(rows, label, count) {
+  row(rows, label, count, unit = "") {
     const values = Array.from({length: count}, () => Make("span", "value"));
-    rows.append(typeof label === "string" ? Make("span", "label cut", label) : label, Make("span", "values", ...values));
+    const labelled = typeof label === "string" ? Make("span", "label cut", label, " ", Make("span", "unit", unit)) : label;
+    rows.append(labelled, Make("span", count > 3 ? "values four" : "values", ...values));
     return values;
   }
 
@@ -65,27 +66,27 @@ class Details {
     const node = scene.nodes[index];
     const angles = new Float64Array(3);
     const local = this.section("Local", "rows pose");
-    const position = this.row(local, "Position m", 3);
-    const rotation = this.row(local, "Rotation \u00b0", 3);
+    const position = this.row(local, "Position", 3, "m");
+    const rotation = this.row(local, "Rotation", 3, "\u00b0");
     const scale = node.scale ? this.row(local, "Scale", 3) : null;
     const quaternion = this.row(local, "Quaternion", 4);
     const world = this.section("World", "rows pose");
-    const worldPosition = this.row(world, "Position m", 3);
-    const worldRotation = this.row(world, "Rotation \u00b0", 3);
+    const worldPosition = this.row(world, "Position", 3, "m");
+    const worldRotation = this.row(world, "Rotation", 3, "\u00b0");
     this.updates.push(() => {
       const time = this.app.timeOf(scene);
       this.evaluate(node.translation, time, [0, 0, 0]);
       this.set(position, this.three(this.value, Metres));
       this.evaluate(node.rotation, time, [0, 0, 0, 1]);
-      this.set(rotation, this.three(EulerDegrees(this.value, angles), value => Fixed(value, 2)));
-      this.set(quaternion, Array.from(this.value.subarray(0, 4), value => Fixed(value, 4)));
+      this.set(rotation, this.three(EulerDegrees(this.value, angles), value => Rounded(value, 2)));
+      this.set(quaternion, Array.from(this.value.subarray(0, 4), value => Rounded(value, 4)));
       if (scale) {
         Evaluate(node.scale, time, this.value);
-        this.set(scale, this.three(this.value, value => Fixed(value, 4)));
+        this.set(scale, this.three(this.value, value => Rounded(value, 4)));
       }
       this.app.world(scene, index, this.world);
       this.set(worldPosition, [3, 7, 11].map(at => Metres(this.world[at])));
-      this.set(worldRotation, this.three(EulerDegrees(QuaternionOf(this.world, this.value), angles), value => Fixed(value, 2)));
+      this.set(worldRotation, this.three(EulerDegrees(QuaternionOf(this.world, this.value), angles), value => Rounded(value, 2)));
     });
   }
 
@@ -111,7 +112,7 @@ class Details {
       this.app.world(scene, node, this.world);
       this.app.world(other, twin, this.other);
       const apart = Difference(this.world, this.other);
-      this.set([distance, angle], [Fixed(apart.metres * 1000, 2) + " mm", Degrees(apart.radians) + "\u00b0"]);
+      this.set([distance, angle], [Rounded(apart.metres * 1000, 2) + " mm", Degrees(apart.radians) + "\u00b0"]);
     });
   }
 
@@ -125,12 +126,12 @@ class Details {
     const rows = this.section("Camera");
     const [angle] = this.row(rows, "Angle across", 1);
     const [clip] = this.row(rows, "Near, far", 1);
-    SetText(this.row(rows, "Aspect", 1)[0], Fixed(1 / camera.inverseAspect, 3) + ":1");
+    SetText(this.row(rows, "Aspect", 1)[0], Rounded(1 / camera.inverseAspect, 3) + ":1");
     this.updates.push(() => {
       const time = this.app.timeOf(this.app.chosen.scene);
       SetText(angle, Degrees(NumberAt(camera.fieldOfView, time, NaN)) + "\u00b0");
       this.evaluate(camera.clipRange, time, [NaN, NaN]);
-      SetText(clip, Fixed(this.value[0], 3) + ", " + Fixed(this.value[1], 1) + " m");
+      SetText(clip, Rounded(this.value[0], 3) + ", " + Rounded(this.value[1], 1) + " m");
     });
   }
 
@@ -146,7 +147,7 @@ class Details {
       const values = this.row(this.panel.lastChild, MakeName(property.name, "label cut"), track.width);
       this.updates.push(() => {
         Evaluate(track, this.app.timeOf(this.app.chosen.scene), this.value);
-        values.forEach((value, i) => SetText(value, Fixed(this.value[i], track.kind === kIntegerTrack ? 0 : 4)));
+        values.forEach((value, i) => SetText(value, Rounded(this.value[i], track.kind === kIntegerTrack ? 0 : 4)));
       });
     }
   }
@@ -156,7 +157,7 @@ class Details {
     for (const [name, strings] of entries) {
       const text = Make("bdi");
       text.dataset.lines = "";
-      ShowText(text, strings.map(string => string.slice(0, 4000)).slice(0, 200).join("\n"));
+      ShowText(text, strings.map(string => string.slice(0, 4000)).slice(0, 200).join("\n").replace(/\r\n?/g, "\n").trimEnd());
       if (name) rows.append(MakeName(name, "label cut"));
       const values = Make("span", "values text", text);
       if (!name) values.style.gridColumn = "1 / -1";

@@ -17,10 +17,11 @@ const kKeys = [
   ]],
   ["View", [
     [["f"], "F", "frame", "Frame the chosen node, or all"],
+    [["Shift+f"], "Shift + F", "frameAll", "Frame everything"],
     [["0"], "0", "free", "Free view"],
     [["1", "2", "3", "4", "5", "6", "7", "8", "9"], "1 \u2026 9", "look", "Look through a camera"],
     [["s"], "S", "switcher", "Follow the camera switcher"],
-    [["b"], "B", "bones", "Solid bones"],
+    [["b"], "B", "solid", "Solid bones"],
     [["n"], "N", "names", "Names of all nodes"],
     [["m"], "M", "meshes", "Meshes"],
   ]],
@@ -57,7 +58,8 @@ function ListenToKeys(run) {
     const target = event.target instanceof Element ? event.target : document.body;
     if (target.matches("input, textarea, select, [contenteditable]") || document.querySelector("dialog[open]")) return;
     if (event.key === " " && target.closest("button, summary, a")) return; // the button's own key
-    const key = event.key.length === 1 ? event.key.toLowerCase() : event.key;
+    const plain = event.key.length === 1 ? event.key.toLowerCase() : event.key;
+    const key = event.shiftKey && commands.has("Shift+" + plain) ? "Shift+" + plain : plain;
     if (!commands.has(key)) return;
     event.preventDefault();
     run(commands.get(key), key);

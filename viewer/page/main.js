@@ -168,7 +168,7 @@ class App {
       this.press(command, this.compare.mode === mode);
     if (shown.length === 1) this.listNodesOf(shown[0].scene);
     this.fillCameras();
-    this.viewport?.show(shown.map(({scene}) => scene));
+    this.viewport?.show(shown);
     this.details.refresh();
     this.timeline.refresh();
     this.curves.refresh();
@@ -226,6 +226,7 @@ class App {
     this.timeline.chart.host.ariaValueNow = Seconds(this.time);
     this.timeline.chart.host.ariaValueText = this.timeText(this.time);
     this.showLabel();
+    this.showNote();
   }
 
   /** Which camera is looked through, and with which lens. */
@@ -234,7 +235,7 @@ class App {
     const index = this.camera === "switcher" ? OnAir(scene, this.timeOf(scene)) : this.camera;
     const camera = scene.cameras[index];
     const lens = camera && Lens(camera, this.timeOf(scene));
-    const text = lens ? `${Fixed(lens.aspect, 2)}:1  ${Degrees(lens.across)}\u00b0` : "";
+    const text = lens ? `${Rounded(lens.aspect, 2)}:1  ${Degrees(lens.across)}\u00b0` : "";
     if (this.labelled === index && this.labelledText === text && this.labelledCamera === this.camera) return;
     [this.labelled, this.labelledText, this.labelledCamera] = [index, text, this.camera];
     if (camera) this.label.replaceChildren(MakeName(camera.name), Make("span", "lens", text));
@@ -270,6 +271,7 @@ class App {
     list.replaceChildren(new Option("Free view", "free"));
     if (scene.switcher) list.append(new Option("Switcher", "switcher"));
     scene.cameras.forEach(({name}, i) => list.append(new Option(PlainName(name), i)));
+    list.disabled = list.options.length === 1;
     this.look("free");
   }
 
@@ -286,8 +288,16 @@ class App {
       const left = Math.min(x + 12, host.clientWidth - box.width - 4);
       hover.style.transform = `translate(${left}px, ${Math.max(4, y - box.height - 6)}px)`;
     };
-    note.hidden = !this.viewport.note;
-    note.textContent = this.viewport.note ?? "";
+    this.note = note;
+  }
+
+  /** How far lines of the grid are apart, and what the view does not show. */
+  showNote() {
+    if (!this.viewport) return;
+    const {unit} = this.viewport.grid();
+    const length = unit < 0.01 ? `${Number((unit * 1000).toPrecision(1))} mm` : unit < 1 ? `${Math.round(unit * 100)} cm`
+                                                                              : `${unit.toLocaleString("en")} m`;
+    SetText(this.note, [`Grid ${length}`, this.viewport.note].filter(Boolean).join(" \u00b7 "));
   }
 
   press(command, pressed) {
@@ -343,7 +353,8 @@ class App {
       slower: () => this.setSpeed(kSpeeds.findLast(speed => speed < this.speed) ?? kSpeeds[0]),
       faster: () => this.setSpeed(kSpeeds.find(speed => speed > this.speed) ?? kSpeeds.at(-1)),
       loop: () => this.press("loop", this.looping = !this.looping),
-      frame: () => this.viewport.frame(),
+      frame: () => this.chosen ? this.viewport.frame() : this.viewport.frameFigures(),
+      frameAll: () => this.viewport.frameBoxes(({box}) => box),
       free: () => this.look("free"),
       look: () => Number(key) <= this.leading.scene.cameras.length && this.look(Number(key) - 1),
       switcher: () => this.leading.scene.switcher && this.look("switcher"),

@@ -191,7 +191,7 @@ class NodeTree {
     row.style.paddingLeft = 4 + Math.min(this.depths[index], kDeepestIndent) * 11 + "px";
     const icon = row.children[1];
     const kind = KindsOf(this.scene)[index];
-    icon.setAttribute("class", "kind " + kind);
+    icon.setAttribute("class", "kind is-" + kind);
     icon.firstChild.setAttribute("href", "#icon-" + kind);
     ShowName(row.name, node.name);
     row.keys.textContent = node.keyCount > 0 ? node.keyCount.toLocaleString("en") : "";

@@ -65,14 +65,14 @@ function SetText(element, text) {
 }
 
 /** `value` with a fixed number of decimals; very large and very small ones with an exponent. */
-function Fixed(value, decimals) {
+function Rounded(value, decimals) {
   if (!Number.isFinite(value)) return String(value);
   if (Math.abs(value) >= 1e7) return value.toExponential(3);
   const text = value.toFixed(decimals);
   return Number(text) === 0 ? (0).toFixed(decimals) : text;
 }
 
-const Metres = value => Fixed(value, 4);
-const Degrees = radians => Fixed(radians * 180 / Math.PI, 2);
-const Seconds = value => Fixed(value, 3);
+const Metres = value => Rounded(value, 4);
+const Degrees = radians => Rounded(radians * 180 / Math.PI, 2);
+const Seconds = value => Rounded(value, 3);
 const Counted = (count, one, many = one + "s") => count.toLocaleString("en") + " " + (count === 1 ? one : many);

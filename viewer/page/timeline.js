@@ -75,7 +75,7 @@ class Timeline {
     const last = Math.floor(span.to / step + 1e-6);
     context.fillStyle = theme.colour("text");
     for (let i = Math.ceil(span.from / step - 1e-6); i <= last; ++i)
-      context.fillText(Fixed(i * step, decimals) + " s", this.inside(context, chart.x(i * step), 24), 9);
+      this.label(context, Rounded(i * step, decimals) + " s", chart.x(i * step), 9);
     if (rate) this.frames(context, perSecond, rate);
     context.fillStyle = theme.colour("edge");
     context.fillRect(kGutter, kRulerHeight - 1, chart.plotWidth, 1);
@@ -84,9 +84,10 @@ class Timeline {
     if (rate) context.fillText("frames", kGutter - 8, 23);
   }
 
-  /** Where a centred label of about `half` pixels each side is not cut. */
-  inside(context, x, half) {
-    return Math.min(Math.max(x, kGutter - 8 + half), this.chart.width - half);
+  /** Centred, but inside the chart. */
+  label(context, text, x, y) {
+    const half = context.measureText(text).width / 2;
+    context.fillText(text, Math.min(Math.max(x, half + 2), this.chart.width - half - 2), y);
   }
 
   frames(context, perSecond, rate) {
@@ -102,14 +103,14 @@ class Timeline {
       const x = chart.x(f * labels / rate);
       context.fillStyle = theme.colour("dim");
       context.fillRect(Math.round(x - 0.5), kRulerHeight - 7, 1, 6);
-      context.fillText(String(Math.round(f * labels)), this.inside(context, x, 12), 22);
+      this.label(context, String(Math.round(f * labels)), x, 22);
     }
   }
 
   keys(context, row, y) {
     const chart = this.chart, span = this.app.span;
     const [first, end] = Within(row.keys, span.from - row.offset, span.to - row.offset);
-    context.fillStyle = row.letter === "B" ? theme.colour("b") : theme.colour("key");
+    context.fillStyle = theme.colour(this.app.shown().length > 1 ? row.letter.toLowerCase() : "key");
     const apart = (end - first) > 1 ? chart.plotWidth / (end - first) : Infinity;
     const r = apart > 9 ? 4 : 3;
     let drawn = -Infinity;
