@@ -54,6 +54,13 @@ int MakeWritable(const std::string& path);
 /// when no reason is known.
 std::string WhyNotWritable(const std::string& path, std::uint64_t bytes);
 
+/// Makes a new folder below the temporary one that only this user can read.
+TEV2_LOADER::Status MakePrivateFolder(std::string& path);
+
+/// Shows a file in the user's browser, without waiting for it to be closed. Fails where there is no display or nothing
+/// to open it with.
+TEV2_LOADER::Status OpenInBrowser(const std::string& absolute_path);
+
 /// From now on a write beyond the file size limit fails instead of ending the program.
 void ReportFileSizeLimit();
 

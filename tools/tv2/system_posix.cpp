@@ -7,8 +7,10 @@
 #include <cstring>
 #include <fcntl.h>
 #include <filesystem>
+#include <spawn.h>
 #include <sys/ioctl.h>
 #include <sys/stat.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 namespace tv2
@@ -129,6 +131,69 @@ std::string WhyNotWritable(const std::string& path, std::uint64_t bytes)
         error = WhyNoRoom(folder.empty() ? "." : folder, std::max<std::uint64_t>(bytes, 1));
     }
     return error == 0 ? std::string() : std::strerror(error);
+}
+
+Status MakePrivateFolder(std::string& path)
+{
+    std::error_code error;
+    const std::filesystem::path parent = std::filesystem::temp_directory_path(error);
+    if (error)
+        return Status::Failure("the temporary folder: " + error.message());
+    path = (parent / "tv2_view.XXXXXX").string();
+    return ::mkdtemp(path.data()) != nullptr ? Status() : Status::Failure(path + ": " + std::strerror(errno));
+}
+
+namespace
+{
+
+/// Starts a program in a session of its own, without input and output. Returns 0 or the error.
+int StartDetached(const char* program, const std::string& argument, pid_t& process)
+{
+    posix_spawn_file_actions_t files;
+    posix_spawn_file_actions_init(&files);
+    posix_spawn_file_actions_addopen(&files, STDIN_FILENO, "/dev/null", O_RDWR, 0);
+    posix_spawn_file_actions_adddup2(&files, STDIN_FILENO, STDOUT_FILENO);
+    posix_spawn_file_actions_adddup2(&files, STDIN_FILENO, STDERR_FILENO);
+    posix_spawnattr_t attributes;
+    posix_spawnattr_init(&attributes);
+    posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETSID);
+    std::string name = program;
+    std::string copy = argument;
+    char* arguments[] = {name.data(), copy.data(), nullptr};
+    const int error = ::posix_spawnp(&process, program, &files, &attributes, arguments, environ);
+    posix_spawnattr_destroy(&attributes);
+    posix_spawn_file_actions_destroy(&files);
+    return error;
+}
+
+} // namespace
+
+Status OpenInBrowser(const std::string& absolute_path)
+{
+    const auto is_set = [](const char* variable)
+    {
+        const char* const value = std::getenv(variable);
+        return value != nullptr && *value != '\0';
+    };
+    if (!is_set("DISPLAY") && !is_set("WAYLAND_DISPLAY"))
+        return Status::Failure("there is no display");
+    constexpr const char* kOpener = "xdg-open";
+    pid_t process = 0;
+    if (const int error = StartDetached(kOpener, absolute_path, process); error != 0)
+        return Status::Failure(std::string(kOpener) + ": " + std::strerror(error));
+    // With some desktops it runs as long as the browser; when it fails it does so soon.
+    for (int tenths = 0; tenths < 20; ++tenths)
+    {
+        int ended = 0;
+        if (::waitpid(process, &ended, WNOHANG) == process)
+        {
+            return WIFEXITED(ended) && WEXITSTATUS(ended) == 0
+                       ? Status()
+                       : Status::Failure(std::string(kOpener) + " found no browser");
+        }
+        ::usleep(100'000);
+    }
+    return {};
 }
 
 void ReportFileSizeLimit()

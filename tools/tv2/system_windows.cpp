@@ -4,6 +4,8 @@
 
 #include <windows.h>
 
+#include <shellapi.h>
+
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
@@ -92,6 +94,37 @@ std::string WhyNotWritable(const std::string& path, std::uint64_t bytes)
     // What a quota leaves to this user.
     const bool full = GetDiskFreeSpaceExA(folder.c_str(), &left, nullptr, nullptr) && left.QuadPart < bytes;
     return full ? std::strerror(ENOSPC) : std::string();
+}
+
+// The temporary folder is the user's own.
+Status MakePrivateFolder(std::string& path)
+{
+    std::error_code error;
+    const std::filesystem::path parent = std::filesystem::temp_directory_path(error);
+    if (error)
+        return Status::Failure("the temporary folder: " + error.message());
+    for (unsigned number = 0; number < 10'000; ++number)
+    {
+        const std::string name =
+            "tv2_view." + std::to_string(GetCurrentProcessId()) + '.' + std::to_string(number);
+        if (std::filesystem::create_directory(parent / name, error))
+        {
+            path = (parent / name).string();
+            return {};
+        }
+        if (error)
+            break;
+    }
+    return Status::Failure("the temporary folder: " + error.message());
+}
+
+Status OpenInBrowser(const std::string& absolute_path)
+{
+    const std::wstring wide = TEV2_LOADER::file_system::WidePath(absolute_path);
+    const HINSTANCE opened = ShellExecuteW(nullptr, L"open", wide.c_str(), nullptr, nullptr, SW_SHOWNORMAL);
+    constexpr INT_PTR kMostErrors = 32; // larger numbers are success
+    return reinterpret_cast<INT_PTR>(opened) > kMostErrors ? Status()
+                                                           : Status::Failure("Windows found no browser");
 }
 
 void ReportFileSizeLimit() {} // there is none

@@ -163,7 +163,7 @@ class Timeline {
 
 /** Colours that tell cameras apart, the same in view, strip and list. */
 function CameraColour(index) {
-  return `hsl(${(42 + index * 137.5) % 360} 62% 66%)`;
+  return `hsl(${(42 + index * 137.5) % 360}, 62%, 66%)`;
 }
 
 /** `text`, cut with an ellipsis to `width` pixels; empty where not even that has room. */
