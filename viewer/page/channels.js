@@ -12,10 +12,25 @@ function ParentOf(scene, node) {
   return parent >= 0 && parent < node ? parent : -1;
 }
 
+const kMostProperties = 500; // of a node that are shown
+const objectsOfScenes = new WeakMap();
+
+/** Cameras, lights, helpers and meshes on a node. */
+function ObjectsOn(scene, node) {
+  if (!objectsOfScenes.has(scene)) {
+    const found = new Map();
+    for (const object of [...scene.cameras, ...scene.lights, ...scene.helpers, ...scene.meshes]) {
+      if (found.has(object.node)) found.get(object.node).push(object);
+      else found.set(object.node, [object]);
+    }
+    objectsOfScenes.set(scene, found);
+  }
+  return objectsOfScenes.get(scene).get(node) ?? [];
+}
+
 /** The user's properties of a node and of the objects on it. */
 function PropertiesOf(scene, node) {
-  const objects = [...scene.cameras, ...scene.lights, ...scene.helpers, ...scene.meshes];
-  return [scene.nodes[node], ...objects.filter(object => object.node === node)].flatMap(object => object.properties);
+  return [scene.nodes[node], ...ObjectsOn(scene, node)].flatMap(({properties}) => properties).slice(0, kMostProperties);
 }
 
 /** Times of the keys of a node and of its own properties, ascending, each once. */
@@ -121,27 +136,4 @@ class ContinuousEuler {
     }
     return distance;
   }
-}
-
-const kUsualRates = [23.976, 24, 25, 29.97, 30, 48, 50, 59.94, 60, 90, 100, 119.88, 120, 240];
-
-/**
- * Samples a second. A file does not say: it is the inverse of the smallest step between keys, the last of a track
- * aside, which may be cut short by the end. Null where no track has three keys.
- */
-function SampleRate(scene) {
-  let least = Infinity;
-  const tracks = scene.nodes.flatMap(node => [node.translation, node.rotation]);
-  for (const camera of scene.cameras) tracks.push(camera.fieldOfView);
-  for (const track of tracks) {
-    if (!track || track.count < 3) continue;
-    for (let i = 0; i + 2 < track.count; ++i) {
-      const step = track.times[i + 1] - track.times[i];
-      if (step > 1e-4 && step < least) least = step;
-    }
-  }
-  if (least === Infinity) return null;
-  const near = rate => Math.abs(rate * least - 1) < 0.004;
-  return kUsualRates.filter(near).sort((a, b) => Math.abs(a * least - 1) - Math.abs(b * least - 1))[0]
-    ?? (near(Math.round(1 / least)) ? Math.round(1 / least) : 1 / least);
 }

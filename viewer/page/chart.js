@@ -9,6 +9,8 @@ class TimeSpan {
     this.end = 1;
     this.from = 0;
     this.to = 1;
+    this.length = 1;   // of the whole range; never 0
+    this.least = 1e-4; // that is shown
     this.onChange = () => {};
   }
 
@@ -16,19 +18,21 @@ class TimeSpan {
   setRange(start, end) {
     const whole = this.isWhole();
     this.start = start;
-    this.end = end > start ? end : start + 1;
-    if (whole || this.from >= this.end || this.to <= this.start) this.showAll();
+    this.end = end;
+    // Times so far from 0 that single precision does not tell them apart make no span, either.
+    this.least = Math.max(1e-4, (end - start) * 1e-4, Math.max(Math.abs(start), Math.abs(end)) * 1e-6);
+    this.length = end - start >= this.least ? end - start : Math.max(1, this.least);
+    if (whole || this.from >= end || this.to <= start) this.showAll();
     else this.show(this.from, this.to);
   }
 
   isWhole() { return this.from <= this.start && this.to >= this.end; }
 
-  showAll() { this.show(this.start, this.end); }
+  showAll() { this.show(this.start, this.start + this.length); }
 
   show(from, to) {
-    const range = this.end - this.start;
-    const length = Math.min(Math.max(to - from, Math.max(range * 1e-4, 1e-4)), range);
-    this.from = Math.min(Math.max(from, this.start), this.end - length);
+    const length = Math.min(Math.max(to - from, this.least), this.length);
+    this.from = Math.min(Math.max(from, this.start), this.start + this.length - length);
     this.to = this.from + length;
     this.onChange();
   }
@@ -181,6 +185,12 @@ function TickStep(least) {
   for (const times of [1, 2, 5, 10])
     if (power * times >= least * 0.9999) return power * times;
   return power * 10;
+}
+
+/** Whole multiples of `step` from `from` to `to`: the factors. */
+function* Ticks(from, to, step) {
+  const first = Math.ceil(from / step - 1e-4), last = Math.floor(to / step + 1e-4);
+  if (last - first < 5000) for (let i = first; i <= last; ++i) yield i;
 }
 
 /** Decimals that tell ticks of `step` apart. */

@@ -167,7 +167,7 @@ class Curves {
     const chart = this.chart, span = this.app.span;
     const step = TickStep(28 * (high - low) / Math.max(30, chart.height - 2 * kCurveMargin));
     context.textAlign = "right";
-    for (let i = Math.ceil(low / step - 0.3); i <= high / step + 0.3; ++i) {
+    for (const i of Ticks(low - step * 0.3, high + step * 0.3, step)) {
       const at = Math.round(y(i * step)) + 0.5;
       context.fillStyle = theme.colour(i === 0 ? "grid-strong" : "grid");
       context.fillRect(kGutter, at - 0.5, chart.plotWidth, 1);
@@ -177,7 +177,7 @@ class Curves {
     }
     const seconds = TickStep(64 / chart.plotWidth * (span.to - span.from));
     context.fillStyle = theme.colour("grid");
-    for (let i = Math.ceil(span.from / seconds - 1e-6); i <= span.to / seconds + 1e-6; ++i)
+    for (const i of Ticks(span.from, span.to, seconds))
       context.fillRect(Math.round(chart.x(i * seconds) - 0.5), 0, 1, chart.height);
   }
 

@@ -31,7 +31,8 @@ class Details {
     if (camera) this.camera(camera);
     this.properties(PropertiesOf(scene, index));
     if (node.text) this.texts("Text", [["", [node.text]]]);
-    this.panel.scrollTop = 0;
+    if (this.shown !== scene.nodes[index]) this.panel.scrollTop = 0;
+    this.shown = scene.nodes[index];
     this.update();
   }
 

@@ -18,6 +18,13 @@ const kKeys = [
   ["View", [
     [["f"], "F", "frame", "Frame the chosen node, or all"],
     [["Shift+f"], "Shift + F", "frameAll", "Frame everything"],
+    [["Shift+ArrowLeft"], "Shift + \u2190", "turnLeft", "Turn the free view; likewise \u2192 \u2191 \u2193"],
+    [["Shift+ArrowRight"], null, "turnRight"],
+    [["Shift+ArrowUp"], null, "turnUp"],
+    [["Shift+ArrowDown"], null, "turnDown"],
+    [["PageUp"], "Page up", "nearer", "Nearer"],
+    [["PageDown"], "Page down", "farther", "Farther away"],
+    [[], "Drag", null, "Turn; with Shift or the right button: move along"],
     [["0"], "0", "free", "Free view"],
     [["1", "2", "3", "4", "5", "6", "7", "8", "9"], "1 \u2026 9", "look", "Look through a camera"],
     [["s"], "S", "switcher", "Follow the camera switcher"],
@@ -68,6 +75,6 @@ function ListenToKeys(run) {
 
 /** The table for people. */
 function FillHelp(element) {
-  element.replaceChildren(...kKeys.map(([group, rows]) => Make("dl", "", Make("h3", "", group), ...rows.map(
+  element.replaceChildren(...kKeys.map(([group, rows]) => Make("dl", "", Make("h3", "", group), ...rows.filter(([, shown]) => shown).map(
     ([, shown, , meaning]) => Make("div", "", Make("dt", "", Make("kbd", "", shown)), Make("dd", "", meaning))))));
 }

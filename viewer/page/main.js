@@ -4,13 +4,12 @@
 // keeps a copy. Pictures are drawn only after something has changed.
 
 const kSpeeds = [0.1, 0.25, 0.5, 1, 2, 4];
-const kStep = 1 / 30; // seconds, where no keys say how often the take was sampled
 
 class App {
   constructor(scenes) {
     const byId = id => document.getElementById(id);
     this.scenes = scenes;
-    this.rate = SampleRate(scenes[0]);
+    this.samples = scenes.map(scene => new Samples(scene));
     this.time = scenes[0].start;
     this.playing = false;
     this.looping = true;
@@ -33,6 +32,7 @@ class App {
     this.seconds = byId("seconds");
     this.sample = byId("sample");
     this.playButton = document.querySelector('[data-command="play"]');
+    this.fillAbout(byId("about-files"));
     this.listen();
     this.tree.show(scenes[0]);
     this.shownChanged();
@@ -61,9 +61,6 @@ class App {
     for (let i = 0; i < 12; ++i) out[i] = pose.world[12 * node + i];
   }
 
-  /** The scene whose cameras can be looked through: the first that is shown. */
-  get leading() { return this.shown()[0]; }
-
   timeText(time) {
     return Seconds(time) + " s" + (this.rate ? " \u00b7 frame " + this.frameText(time) : "");
   }
@@ -73,13 +70,18 @@ class App {
     return Math.abs(frame - Math.round(frame)) < 0.02 ? String(Math.round(frame)) : frame.toFixed(1);
   }
 
-  /** The sample next to a time. */
+  /** The scene that leads of those shown: its samples are stepped through, its cameras are looked through. */
+  get leading() { return this.shown()[0]; }
+  get leadingSamples() { return this.samples[this.scenes.indexOf(this.leading.scene)]; }
+
+  /** Samples a second, or null. */
+  get rate() { return this.leadingSamples.rate; }
+
   snapped(time) {
-    const {start, end} = this.span;
-    const clamped = Math.min(Math.max(time, start), end);
-    if (!this.rate) return clamped;
-    const sample = start + Math.round((clamped - start) * this.rate) / this.rate;
-    return Math.abs(end - clamped) < Math.abs(sample - clamped) ? end : Math.min(sample, end);
+    const {offset} = this.leading;
+    // Beyond the leading scene's end there is only the other.
+    const inside = time - offset >= this.leadingSamples.start && time - offset <= this.leadingSamples.end;
+    return inside ? this.leadingSamples.snap(time - offset) + offset : time;
   }
 
   // Changes.
@@ -99,12 +101,11 @@ class App {
   /** To the sample before (-1) or after (1). */
   step(by) {
     this.setPlaying(false);
-    const {start, end} = this.span;
-    const rate = this.rate ?? 1 / kStep;
-    const place = (this.time - start) * rate;
-    const next = by > 0 ? Math.floor(place + 1 + 1e-3) : Math.ceil(place - 1 - 1e-3);
-    const last = this.time >= end && by < 0 ? Math.ceil((end - start) * rate - 1e-3) - 1 : next;
-    this.setTime(Math.min(start + last / rate, end));
+    const {offset} = this.leading;
+    const {start, end, stepRate} = this.leadingSamples;
+    const time = this.time - offset;
+    const inside = by > 0 ? time >= start && time < end : time > start && time <= end;
+    this.setTime((inside ? this.leadingSamples.step(time, by) : time + by / stepRate) + offset);
   }
 
   stepKey(by) {
@@ -163,7 +164,7 @@ class App {
     const start = Math.min(...shown.map(({scene, offset}) => scene.start + offset));
     const end = Math.max(...shown.map(({scene, offset}) => scene.end + offset));
     this.span.setRange(start, end);
-    this.time = Math.min(Math.max(this.time, this.span.start), end);
+    this.time = Math.min(Math.max(this.time, start), end);
     for (const [command, mode] of [["showA", "A"], ["showB", "B"], ["showBoth", "both"]])
       this.press(command, this.compare.mode === mode);
     if (shown.length === 1) this.listNodesOf(shown[0].scene);
@@ -256,6 +257,21 @@ class App {
     for (const fact of all) if (fact) facts.append(Make("li", "", fact));
   }
 
+  fillAbout(element) {
+    for (const [i, scene] of this.scenes.entries()) {
+      const list = Make("dl");
+      const line = (term, ...values) => list.append(Make("dt", "", term), Make("dd", "", ...values));
+      line(this.scenes.length > 1 ? "File " + "AB"[i] : "File", MakeName(scene.title, ""));
+      line("Time", `${Seconds(scene.start)} s to ${Seconds(scene.end)} s`);
+      line("Up", scene.up === "unknown" ? "unknown, taken as +Y" : scene.up);
+      line("Holds", ["node", "mesh", "camera", "light", "helper"].map(kind => {
+        const plural = kind === "mesh" ? "meshes" : kind + "s";
+        return Counted(scene[plural].length, kind, plural);
+      }).join(", "));
+      element.append(list);
+    }
+  }
+
   fillChoices(speed, camera) {
     for (const one of kSpeeds) speed.append(new Option(one + "\u00d7", one));
     speed.value = "1";
@@ -298,6 +314,13 @@ class App {
     const length = unit < 0.01 ? `${Number((unit * 1000).toPrecision(1))} mm` : unit < 1 ? `${Math.round(unit * 100)} cm`
                                                                               : `${unit.toLocaleString("en")} m`;
     SetText(this.note, [`Grid ${length}`, this.viewport.note].filter(Boolean).join(" \u00b7 "));
+  }
+
+  /** Moves the free view. */
+  turn(x, y, zoom = 1) {
+    this.viewport.free.orbit(x, y);
+    this.viewport.free.zoom(zoom);
+    this.viewport.invalidate();
   }
 
   press(command, pressed) {
@@ -359,6 +382,12 @@ class App {
       look: () => Number(key) <= this.leading.scene.cameras.length && this.look(Number(key) - 1),
       switcher: () => this.leading.scene.switcher && this.look("switcher"),
       search: () => this.tree.search.select(),
+      turnLeft: () => this.turn(-0.05, 0),
+      turnRight: () => this.turn(0.05, 0),
+      turnUp: () => this.turn(0, -0.05),
+      turnDown: () => this.turn(0, 0.05),
+      nearer: () => this.turn(0, 0, 0.8),
+      farther: () => this.turn(0, 0, 1.25),
       chooseNothing: () => this.choose(this.leading.scene, null),
       zoomIn: () => this.span.zoom(this.time, 1 / 1.5),
       zoomOut: () => this.span.zoom(this.time, 1.5),

@@ -208,7 +208,7 @@ class NodeTree {
   }
 
   treeKey(event) {
-    if (event.ctrlKey || event.metaKey || event.altKey) return;
+    if (event.ctrlKey || event.metaKey || event.altKey || event.shiftKey) return;
     const page = Math.max(1, Math.floor(this.tree.clientHeight / kNodeHeight) - 1);
     const chosen = this.app.chosenIn(this.scene);
     const keys = {
@@ -229,7 +229,7 @@ class NodeTree {
     if (event.key === "Enter") {
       const found = this.matches ? this.rows.filter(i => this.matches.has(i)) : [];
       const at = found.indexOf(this.app.chosenIn(this.scene));
-      if (found.length > 0) this.app.choose(this.scene, found[(at + (event.shiftKey ? found.length - 1 : 1)) % found.length]);
+      if (found.length > 0) this.app.choose(this.scene, found[(Math.max(at, event.shiftKey ? 0 : -1) + (event.shiftKey ? found.length - 1 : 1)) % found.length]);
     } else if (event.key === "ArrowDown") {
       if (this.app.chosenIn(this.scene) === null || (this.matches && !this.matches.has(this.app.chosenIn(this.scene)))) this.step(0);
       this.tree.focus();

@@ -72,9 +72,8 @@ class Timeline {
     context.textAlign = "center";
     const step = TickStep(64 / perSecond);
     const decimals = TickDecimals(step);
-    const last = Math.floor(span.to / step + 1e-6);
     context.fillStyle = theme.colour("text");
-    for (let i = Math.ceil(span.from / step - 1e-6); i <= last; ++i)
+    for (const i of Ticks(span.from, span.to, step))
       this.label(context, Rounded(i * step, decimals) + " s", chart.x(i * step), 9);
     if (rate) this.frames(context, perSecond, rate);
     context.fillStyle = theme.colour("edge");
@@ -97,9 +96,9 @@ class Timeline {
     const labels = Math.max(1, TickStep(44 / perFrame));
     const ticks = perFrame >= 5 ? 1 : Math.max(1, labels / 5);
     context.fillStyle = theme.colour("edge");
-    for (let f = Math.ceil(span.from * rate / ticks - 1e-4); f <= span.to * rate / ticks + 1e-4; ++f)
+    for (const f of Ticks(span.from * rate, span.to * rate, ticks))
       context.fillRect(Math.round(chart.x(f * ticks / rate) - 0.5), kRulerHeight - 5, 1, 4);
-    for (let f = Math.ceil(span.from * rate / labels - 1e-4); f <= span.to * rate / labels + 1e-4; ++f) {
+    for (const f of Ticks(span.from * rate, span.to * rate, labels)) {
       const x = chart.x(f * labels / rate);
       context.fillStyle = theme.colour("dim");
       context.fillRect(Math.round(x - 0.5), kRulerHeight - 7, 1, 6);
