@@ -14,7 +14,8 @@ namespace
 
 using Arguments = std::vector<std::string>;
 
-const Arguments kVerbs = {"export", "scene", "menu", "info", "tree", "dump", "check", "hash", "picture"};
+const Arguments kVerbs = {"export", "scene", "menu", "info",    "tree",
+                          "dump",   "check", "hash", "picture", "convert"};
 const Arguments kFileVerbs = {"info", "tree", "dump", "check", "hash", "picture"}; // they read .tv2 files
 
 // A file verb with a file; `picture` draws beside it.
@@ -192,6 +193,7 @@ TEST_F(UsageTest, JsonOfWhatCouldNotRunHasTheError)
         {"check", none},
         {"hash", none},
         {"picture", none, Path("a.svg")},
+        {"convert", none, Path("a.glb")},
     };
     ASSERT_EQ(std::size(calls), kVerbs.size());
     for (const Arguments& call : calls)

@@ -1,0 +1,49 @@
+#pragma once
+
+/// What `tv2 convert` makes of files, before anything is written.
+
+#include "gltf/convert/report.h"
+#include "gltf/convert/to_gltf.h"
+#include "tev2_loader/status.h"
+
+#include <cstddef>
+#include <functional>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace tv2
+{
+
+struct ConvertRequest
+{
+    std::vector<std::string> inputs; // UTF-8 paths
+    std::string output;
+    std::optional<float> at;
+    std::optional<tev2_gltf::World> world;
+    bool standard_materials = false;
+};
+
+/// A file of the result, complete in memory.
+struct ConvertedFile
+{
+    std::string path;
+    std::string what; // "40 nodes, 1 animation, 2 cameras"
+    std::function<TEV2_LOADER::Status()> write;
+};
+
+struct Converted
+{
+    std::vector<ConvertedFile> files;
+    std::vector<tev2_gltf::World> worlds; // of the inputs of a conversion to glTF
+    tev2_gltf::ConversionReport report;
+};
+
+/// The direction follows from the names. A failure names the file.
+bool IsGltfPath(const std::string& path);
+bool IsTev2Path(const std::string& path);
+
+TEV2_LOADER::Status ConvertToGltf(const ConvertRequest& request, Converted& converted);
+TEV2_LOADER::Status ConvertFromGltf(const ConvertRequest& request, Converted& converted);
+
+} // namespace tv2
