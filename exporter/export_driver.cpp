@@ -23,6 +23,8 @@ namespace
 
 using namespace TEV2_LOADER;
 
+bool reduces_keys = true;
+
 FBConstraint* ConstraintAt(FBScene& scene, int index)
 {
     FBComponent* entry = scene.Constraints[index];
@@ -161,7 +163,8 @@ bool ExportTake(ExportContext& context, const ExportOptions& options, const Outp
         KeepPositiveZ(scene.matrixHierarchy);
     if (options.RemoveNamespaceFromNames == 1)
         RemoveNamespaces(scene.matrixHierarchy);
-    ReduceKeys(scene.matrixHierarchy);
+    if (reduces_keys)
+        ReduceKeys(scene.matrixHierarchy);
     static_cast<void>(
         SaveFile(scene, Utf8Path(file.path))); // a failure keeps the old file and is not reported
     return true;
@@ -225,6 +228,11 @@ unsigned ExportScene(ExportContext& context, const ExportOptions& options, const
 
     RestoreConstraints(scene, were_active);
     return 1;
+}
+
+void SetKeyReduction(bool reduce)
+{
+    reduces_keys = reduce;
 }
 
 } // namespace tev2_exporter

@@ -20,4 +20,8 @@ ExportOptions FillOptionsFromScript(ExportContext& context, const ExportCall& ca
 /// memory runs out, which throws std::bad_alloc.
 unsigned ExportScene(ExportContext& context, const ExportOptions& options, const char* path);
 
+/// Whether the exports that follow drop keys that repeat their neighbours, as they do unless this says otherwise. With
+/// every key a file says what key reduction costs.
+void SetKeyReduction(bool reduce);
+
 } // namespace tev2_exporter

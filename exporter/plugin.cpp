@@ -79,4 +79,10 @@ extern "C" TEV2_EXPORTED unsigned python_export_tv2(const char* path, int startF
     }
 }
 
+extern "C" TEV2_EXPORTED void tv2_set_key_reduction(bool reduce) noexcept
+{
+    tev2_exporter::SetKeyReduction(reduce);
+}
+
 static_assert(std::is_convertible_v<decltype(&python_export_tv2), tev2_exporter::ScriptEntry*>);
+static_assert(std::is_convertible_v<decltype(&tv2_set_key_reduction), tev2_exporter::KeyReductionSwitch*>);

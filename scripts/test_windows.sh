@@ -19,7 +19,8 @@ expect() # what, expected, actual
 }
 expect "exports" "LIBRARY_INIT
 _Z40EntryPointtev2_motionbuilder_export_tool15kFBDllOperation
-python_export_tv2" "$(exports $plugin)"
+python_export_tv2
+tv2_set_key_reduction" "$(exports $plugin)"
 expect "imports" "ADVAPI32.dll
 KERNEL32.dll
 USER32.dll

@@ -15,6 +15,7 @@ namespace
 
 namespace regions = tev2_exporter::regions;
 
+using tev2_exporter::KeyReductionSwitch;
 using tev2_exporter::ScriptEntry;
 
 /// The dialog's buttons and their states for a call. States are assigned, not clicked: a click has no effect on a
@@ -88,6 +89,7 @@ struct Exporter::Parts
     std::unique_ptr<PrivateSettings> settings;
     std::unique_ptr<Plugin> plugin; // ends before the settings come back
     ScriptEntry* entry = nullptr;
+    KeyReductionSwitch* reduce_keys = nullptr; ///< null in plug-ins that have none
 };
 
 std::unique_ptr<Exporter> Exporter::Load(const std::string& plugin, std::string& error)
@@ -108,6 +110,7 @@ std::unique_ptr<Exporter> Exporter::Load(const std::string& plugin, std::string&
         error = plugin + " is no exporter: it has no " + tev2_exporter::kScriptEntryName;
         return nullptr;
     }
+    parts->reduce_keys = parts->plugin->Symbol<KeyReductionSwitch>(tev2_exporter::kKeyReductionSwitchName);
     return std::unique_ptr<Exporter>(new Exporter(std::move(parts)));
 }
 
@@ -122,6 +125,22 @@ bool Exporter::Run(const ExportCall& call, std::string& error) const
                          call.flags.spaces_to_underscores, call.flags.keep_positive_z,
                          call.flags.remove_namespace, call.flags.disable_constraints, call.whole_take,
                          call.flags.all_takes) == 1;
+}
+
+bool Exporter::RunWithEveryKey(const ExportCall& call, std::string& error) const
+{
+    if (parts_->reduce_keys == nullptr)
+    {
+        error = "the exporter cannot leave out key reduction";
+        return false;
+    }
+    const struct EveryKey
+    {
+        KeyReductionSwitch* reduce_keys;
+        explicit EveryKey(KeyReductionSwitch* the_switch) : reduce_keys(the_switch) { reduce_keys(false); }
+        ~EveryKey() { reduce_keys(true); }
+    } every_key(parts_->reduce_keys);
+    return Run(call, error);
 }
 
 FBMenuItem* ExportEntry()

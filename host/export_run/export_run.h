@@ -29,6 +29,9 @@ public:
     /// where that is known.
     bool Run(const ExportCall& call, std::string& error) const;
 
+    /// The same without key reduction: the files have every sampled key. False also for a plug-in that cannot do that.
+    bool RunWithEveryKey(const ExportCall& call, std::string& error) const;
+
 private:
     struct Parts;
     explicit Exporter(std::unique_ptr<Parts> parts);

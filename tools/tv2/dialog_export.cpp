@@ -213,6 +213,7 @@ private:
         if (!CheckChoices(choices))
             return;
         plan_ = tev2_exporter::PlanOfDialog(*choices_, FactsOf(request_));
+        result_.choices = *choices_;
         for (const FilePlan& file : plan_.files)
             before_.push_back(FileStamp::Of(file.path));
     }

@@ -21,6 +21,7 @@ struct DialogExportResult
 {
     std::vector<std::string> failures; ///< what went wrong beyond single files
     ExportReport report;               ///< its error says why nothing was exported
+    tev2_exporter::ExportCall choices; ///< that the dialog was left with, when something was exported
 };
 
 /// `plugin` is the exporter's module, empty for the one that belongs to this command. Of the request's question only

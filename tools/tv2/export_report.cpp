@@ -26,6 +26,8 @@ void PrintReport(std::ostream& out, const ExportReport& report, std::size_t colu
         if (entry.seconds)
             text << ", " << std::fixed << std::setprecision(2) << *entry.seconds << " s";
         text << '\n';
+        if (entry.reduction)
+            PrintCost(text, *entry.reduction);
     }
     out << text.str();
     PrintNotes(out, report.notes, columns);
@@ -57,6 +59,8 @@ Json FileJson(const ExportReport::File& file)
     json["bytes"] = exported.bytes;
     if (file.seconds)
         json["seconds"] = *file.seconds;
+    if (file.reduction)
+        json["keyReduction"] = CostJson(*file.reduction);
     return json;
 }
 

@@ -2,6 +2,7 @@
 
 #include "tools/tv2/export_check.h"
 #include "tools/tv2/json_answer.h"
+#include "tools/tv2/key_reduction_cost.h"
 
 #include <optional>
 #include <ostream>
@@ -18,8 +19,9 @@ struct ExportReport
     {
         tev2_exporter::FilePlan planned;
         ExportedFile exported;
-        double rate = 0.0;             ///< samples a second
-        std::optional<double> seconds; ///< it took, where measured
+        double rate = 0.0;                         ///< samples a second
+        std::optional<double> seconds;             ///< it took, where measured
+        std::optional<KeyReductionCost> reduction{}; ///< where asked for
     };
 
     std::vector<std::string> notes; ///< of the import

@@ -1,4 +1,5 @@
 #include "tools/tv2/dialog_export.h"
+#include "tools/tv2/every_key_export.h"
 #include "tools/tv2/export_check.h"
 #include "tools/tv2/export_report.h"
 #include "tools/tv2/export_scene.h"
@@ -32,7 +33,8 @@ struct ExportVerbOptions
     bool dialog = false;
     std::string dialog_script; ///< empty: the window
     std::string
-        settings; ///< of the dialog: "stored", "none" or empty, which means stored for the window only
+        settings;        ///< of the dialog: "stored", "none" or empty, which means stored for the window only
+    bool report = false; ///< of what key reduction cost
     bool quiet = false;
 };
 
@@ -52,8 +54,16 @@ public:
         if (!report_.error.empty())
             Complain(report_.error, kExitCouldNotRun);
         for (const ExportReport::File& file : report_.files)
+        {
             if (!file.exported.error.empty())
                 Complain(file.planned.path + ": " + file.exported.error, kExitFindings);
+            if (file.reduction && !file.reduction->error.empty())
+            {
+                Complain(file.planned.path + ": exported, but what key reduction cost was not measured: " +
+                             file.reduction->error,
+                         kExitFindings);
+            }
+        }
         Print();
     }
 
@@ -90,6 +100,14 @@ private:
         DialogExportResult result =
             ExportByDialog(request_, options_.plugin, {options_.dialog_script, stored});
         report_ = std::move(result.report);
+        if (options_.report && !report_.files.empty())
+        {
+            std::string error;
+            const auto exporter = mobu_host::Exporter::Load(ExporterPath(options_.plugin), error);
+            if (!exporter)
+                return Status::Failure(error);
+            MeasureReductions(*exporter, result.choices, report_, ProgressTerminal());
+        }
         for (const std::string& failure : result.failures)
             Complain(failure, kExitFindings);
         if (report_.cancelled.value_or(false))
@@ -108,8 +126,7 @@ private:
         std::vector<FileStamp> before;
         for (const FilePlan& file : plan_.files)
             before.push_back(FileStamp::Of(file.path));
-        const bool show = !options_.quiet && ErrorsGoToTerminal();
-        ExportWatch watch(plan_.files, show ? &context_.err : nullptr, TerminalColumns(Stream::kErrors));
+        ExportWatch watch(plan_.files, ProgressTerminal(), TerminalColumns(Stream::kErrors));
         std::string error;
         const bool completed = exporter.Run(plan_.call, error);
         watch.Finish();
@@ -121,8 +138,16 @@ private:
                                      rate, watch.Seconds(i)});
         }
         report_.notes.insert(report_.notes.end(), plan_.notes.begin(), plan_.notes.end());
+        if (options_.report)
+            MeasureReductions(exporter, plan_.call, report_, ProgressTerminal());
         if (!completed)
             Complain(error.empty() ? "the exporter gave up before its last file" : error, kExitFindings);
+    }
+
+    /// Where progress is drawn; null for nowhere.
+    std::ostream* ProgressTerminal() const
+    {
+        return !options_.quiet && ErrorsGoToTerminal() ? &context_.err : nullptr;
     }
 
     void Print() const
@@ -249,6 +274,11 @@ private:
                  "\"none\" are the defaults, and nothing is stored (default: stored for --dialog, none for "
                  "--dialog-script)",
              .one_of = {"stored", "none"}},
+            {.name = "--report",
+             .value = &options_.report,
+             .help =
+                 "Also say what key reduction cost: the error of each node's world pose, by exporting once "
+                 "more with every key into a temporary file"},
             {.name = "--quiet", .value = &options_.quiet, .help = "Print nothing but errors"},
         };
     }
@@ -266,6 +296,7 @@ const VerbRegistration kExportVerb({
     .examples = "tv2 export walk.bvh walk.tv2\n"
                 "tv2 export --all-takes --fps 60 robot.glb robot.tv2\n"
                 "tv2 export --select Hips --start-frame 10 --end-frame 60 walk.bvh hips.tv2\n"
+                "tv2 export --report walk.bvh walk.tv2\n"
                 "tv2 export --dialog --take Dance robot.glb dance.tv2\n"
                 "tv2 export --dialog-script steps.txt robot.glb robot.tv2",
     .remarks =

@@ -48,4 +48,9 @@ Json JsonFloat(float value)
     return std::isfinite(value) ? Json::parse(text) : Json(text);
 }
 
+Json JsonDouble(double value)
+{
+    return std::isfinite(value) ? Json(value) : JsonFloat(static_cast<float>(value));
+}
+
 } // namespace tv2

@@ -25,4 +25,7 @@ Json JsonFailure(const std::string& file, const std::string& error);
 /// A number with the digits of FloatText; for a non-finite value the string.
 Json JsonFloat(float value);
 
+/// A number of double precision; for a non-finite value the string.
+Json JsonDouble(double value);
+
 } // namespace tv2

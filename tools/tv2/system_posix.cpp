@@ -139,7 +139,7 @@ Status MakePrivateFolder(std::string& path)
     const std::filesystem::path parent = std::filesystem::temp_directory_path(error);
     if (error)
         return Status::Failure("the temporary folder: " + error.message());
-    path = (parent / "tv2_view.XXXXXX").string();
+    path = (parent / "tv2.XXXXXX").string();
     return ::mkdtemp(path.data()) != nullptr ? Status() : Status::Failure(path + ": " + std::strerror(errno));
 }
 

@@ -106,7 +106,7 @@ Status MakePrivateFolder(std::string& path)
     for (unsigned number = 0; number < 10'000; ++number)
     {
         const std::string name =
-            "tv2_view." + std::to_string(GetCurrentProcessId()) + '.' + std::to_string(number);
+            "tv2." + std::to_string(GetCurrentProcessId()) + '.' + std::to_string(number);
         if (std::filesystem::create_directory(parent / name, error))
         {
             path = (parent / name).string();

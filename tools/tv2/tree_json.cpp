@@ -21,11 +21,6 @@ Json Number(std::int32_t value)
     return value;
 }
 
-Json Number(double value)
-{
-    return std::isfinite(value) ? Json(value) : JsonFloat(static_cast<float>(value));
-}
-
 /// The components of a vector, a range or a quaternion.
 template <ComponentValue Value>
 Json Number(const Value& value)
@@ -145,7 +140,7 @@ private:
         const LocalPose local = LocalPoseOf(node);
         Json degrees = Json::array();
         for (const double angle : DegreesOf(local.rotation))
-            degrees.push_back(Number(angle));
+            degrees.push_back(JsonDouble(angle));
         json["local"] = {{"translation", Number(local.translation)},
                          {"rotation", Number(local.rotation)},
                          {"degrees", degrees},
