@@ -28,7 +28,7 @@ const kKeys = [
     [["0"], "0", "free", "Free view"],
     [["1", "2", "3", "4", "5", "6", "7", "8", "9"], "1 \u2026 9", "look", "Look through a camera"],
     [["s"], "S", "switcher", "Follow the camera switcher"],
-    [["b"], "B", "solid", "Solid bones"],
+    [["b"], "B", "bones", "Solid bones"],
     [["n"], "N", "names", "Names of all nodes"],
     [["m"], "M", "meshes", "Meshes"],
   ]],

@@ -37,7 +37,8 @@ class App {
     this.tree.show(scenes[0]);
     this.shownChanged();
     this.view(byId("viewport"), byId("hover"), byId("view-note"));
-    this.shownChanged();
+    const moving = scenes[0].nodes.findIndex(node => node.keyCount > 0);
+    this.choose(scenes[0], moving < 0 ? null : moving); // so that there is something to see
   }
 
   // What the parts ask for.
@@ -192,10 +193,10 @@ class App {
   }
 
   frame(now) {
-    this.pending = null;
     const began = performance.now();
     if (this.playing) this.advance(now);
     this.show();
+    this.pending = null; // what showing has asked for is drawn
     this.frames += 1;
     this.work.push(performance.now() - began);
     if (this.work.length > 600) this.work.splice(0, 300);
@@ -410,7 +411,7 @@ class App {
       this.press(option, this.options[option]);
       this.viewport.setOptions(this.options);
     };
-    commands[command]?.();
+    commands[command]();
     this.draw();
   }
 }
