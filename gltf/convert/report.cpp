@@ -51,7 +51,7 @@ constexpr auto kConversionCodes = std::to_array<ConversionCode>({
     {Code::VisibilityLost, "visibility-lost",
      "an object's visibility and shadow switches have no place in the result"},
     {Code::MaterialApproximated, "material-approximated",
-     "a standard material became the nearest metallic-roughness material"},
+     "a material became the nearest one of another kind"},
     {Code::ShaderLost, "shader-lost", "a shader other than metallic-roughness has no place in the result"},
     {Code::TextureLost, "texture-lost", "a texture that the result cannot have was left out"},
     {Code::TextureReduced, "texture-reduced",
@@ -67,6 +67,9 @@ constexpr auto kConversionCodes = std::to_array<ConversionCode>({
     {Code::BodyLost, "body-lost", "an object is kept as bytes that nobody can read"},
     {Code::NameChanged, "name-changed", "a name comes out otherwise"},
     {Code::WorldAssumed, "world-assumed", "the file does not say which way is up"},
+    {Code::UnusedLost, "unused-lost", "what no node shows has no place in the result"},
+    {Code::BindMatrixChanged, "bind-matrix-changed",
+     "the last row of an inverse bind matrix is not 0, 0, 0, 1 and was replaced"},
 });
 
 constexpr bool IsInOrder()

@@ -55,6 +55,8 @@ enum class Code : std::uint8_t
     BodyLost,
     NameChanged,
     WorldAssumed,
+    UnusedLost,
+    BindMatrixChanged,
 };
 
 enum class Severity : std::uint8_t

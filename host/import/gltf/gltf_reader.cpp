@@ -3,6 +3,7 @@
 #include "gltf/accessor.h"
 #include "gltf/document.h"
 #include "gltf/key_track.h"
+#include "gltf/trs.h"
 #include "host/import/base/exportable_number.h"
 #include "host/import/base/parse_error.h"
 #include "host/import/gltf/node_motion.h"
@@ -25,7 +26,6 @@ namespace
 using gltf_import::KeyTrack;
 using gltf_import::NodeMotion;
 using gltf_import::ToAffine;
-using gltf_import::ToTrs;
 
 constexpr double kCentimetresPerMetre = 100.0;
 constexpr double kDegreesPerRadian = 180.0 / std::numbers::pi;
@@ -320,7 +320,7 @@ private:
         {
             const gltf::Node node = document_.NodeAt(*channel.node);
             const auto* const trs = std::get_if<gltf::Trs>(&node.local);
-            motion.rest = trs ? *trs : ToTrs(std::get<gltf::ColumnMatrix>(node.local));
+            motion.rest = trs ? *trs : gltf::Decomposed(std::get<gltf::ColumnMatrix>(node.local));
         }
         std::optional<KeyTrack>& place = channel.target == gltf::Target::Translation ? motion.translation
                                          : channel.target == gltf::Target::Rotation  ? motion.rotation

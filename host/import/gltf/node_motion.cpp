@@ -144,24 +144,4 @@ Affine ToAffine(const gltf::ColumnMatrix& matrix)
     return affine;
 }
 
-gltf::Trs ToTrs(const gltf::ColumnMatrix& matrix)
-{
-    Matrix3 turn = ToAffine(matrix).linear;
-    const double sign = Determinant(turn) < 0.0 ? -1.0 : 1.0;
-    gltf::Trs trs;
-    trs.translation = {matrix[12], matrix[13], matrix[14]};
-    bool has_turn = true;
-    for (std::size_t column = 0; column < 3; ++column)
-    {
-        const double length = sign * Length(Column(turn, column));
-        trs.scale[column] = length;
-        has_turn = has_turn && length != 0.0;
-        for (auto& row : turn.at)
-            row[column] /= length;
-    }
-    if (has_turn)
-        trs.rotation = Normalised(FromQuaternion(QuaternionOf(turn)));
-    return trs;
-}
-
 } // namespace mobu_host::gltf_import

@@ -36,7 +36,4 @@ struct NodeMotion
 Affine ToAffine(const gltf::Trs& trs);
 Affine ToAffine(const gltf::ColumnMatrix& matrix);
 
-/// Shear is lost; of a mirrored matrix all three scales are negative.
-gltf::Trs ToTrs(const gltf::ColumnMatrix& matrix);
-
 } // namespace mobu_host::gltf_import
