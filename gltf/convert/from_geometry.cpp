@@ -138,10 +138,11 @@ TEV2_VECTOR_3 Cross(const TEV2_VECTOR_3& a, const TEV2_VECTOR_3& b)
 
 TEV2_VECTOR_3 Unit(const TEV2_VECTOR_3& v)
 {
-    const double length = std::sqrt(double{v.x} * v.x + double{v.y} * v.y + double{v.z} * v.z);
+    const std::array<double, 3> d{v.x, v.y, v.z};
+    const double length = std::sqrt(d[0] * d[0] + d[1] * d[1] + d[2] * d[2]);
     if (!(length > 0.0) || !std::isfinite(length))
         return {0.0f, 1.0f, 0.0f};
-    return {F(v.x / length), F(v.y / length), F(v.z / length)};
+    return {F(d[0] / length), F(d[1] / length), F(d[2] / length)};
 }
 
 /// The normals of flat triangles, whose corners follow one another clockwise seen from the front.

@@ -48,7 +48,7 @@ std::optional<std::int32_t> CameraNamed(const TEV2& scene, std::string_view name
 }
 
 /// Null where the entry is damaged.
-std::unique_ptr<TEV2_ANIMATABLE_INT32_RLE> TrackOf(JsonValue entry, const TEV2& scene)
+std::unique_ptr<TEV2_ANIMATABLE_INT32_RLE> SwitcherTrack(JsonValue entry, const TEV2& scene)
 {
     auto track = std::make_unique<TEV2_ANIMATABLE_INT32_RLE>();
     const JsonValue times = entry["times"];
@@ -58,7 +58,8 @@ std::unique_ptr<TEV2_ANIMATABLE_INT32_RLE> TrackOf(JsonValue entry, const TEV2& 
     {
         const auto time = static_cast<float>(times[i].Number().value_or(gltf::kLatestKey + 1.0));
         const std::optional<std::int32_t> camera = CameraNamed(scene, entry["cameras"][i].Text());
-        if (!camera || !(std::abs(time) <= gltf::kLatestKey) || (i > 0 && !(time > track->m_times.back())))
+        if (!camera || !(std::abs(double{time}) <= gltf::kLatestKey) ||
+            (i > 0 && !(time > track->m_times.back())))
             return nullptr;
         track->Append(time, *camera);
     }
@@ -83,7 +84,7 @@ void AddSwitcher(FromContext& context, std::size_t scene_index, std::string_view
         return;
     const gltf::Place place{"scenes", 0, context.document.Scene()["name"].Text()};
     context.budget.Take(entry["times"].Size(), sizeof(float) + sizeof(std::int32_t), place);
-    auto track = TrackOf(entry, scene);
+    auto track = SwitcherTrack(entry, scene);
     if (!track)
     {
         context.ReportMotion(Code::ExtrasLost, place, std::string(kSwitcherExtra));
