@@ -7,8 +7,8 @@ FUZZ_SECONDS := 60
 SCENES ?=
 CONFIGURE := cmake -DTV2_SCENES_DIR=$(SCENES) --preset
 
-.PHONY: help demo build test test-asan test-tsan test-arm64 test-bytes sweep fuzz coverage bench screenshot windows \
-        test-windows lint format install clean packages
+.PHONY: help demo build test test-asan test-tsan test-arm64 test-bytes test-viewers sweep fuzz coverage bench \
+        screenshot windows test-windows lint format install clean packages
 
 help: ## Show this list
 	@awk -F ':.*## ' '/^[a-z0-9-]+:.*## / { printf "  make %-12s %s\n", $$1, $$2 }' $(MAKEFILE_LIST)
@@ -53,6 +53,14 @@ test-bytes: build ## Export the samples with plug-ins of g++ and clang++ at -O0 
 	@scripts/install_packages.sh clang
 	@cmake --build --preset release --target export_rich_scene
 	scripts/same_bytes.sh
+
+test-viewers: build ## Check GLBs and pages with a validator, Blender, three.js and a browser; installs them all
+	@scripts/install_packages.sh chromium blender python3-numpy
+	@command -v npm > /dev/null || scripts/install_packages.sh nodejs npm
+	cd tests/js && npm ci --ignore-scripts --no-audit --no-fund
+	@$(CONFIGURE) release > /dev/null
+	@cmake --build --preset release --target glb_scene_files viewer_scenes
+	TV2_NO_SKIPS=1 ctest --test-dir $(BUILD) --output-on-failure --no-tests=error -j$$(nproc) -L viewers
 
 sweep: packages ## Load every damaged form of the fixtures under the sanitizers (make test-asan: a share of them)
 	@cmake --preset asan > /dev/null

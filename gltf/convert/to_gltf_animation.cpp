@@ -120,6 +120,18 @@ void GltfAnimation::AddNodes(const GltfNodes& nodes)
     for (std::size_t i = 0; i < nodes.SceneCount(); ++i)
         if (!nodes.IsVoid(i))
             AddNode(nodes, i);
+    // Each of several takes is an animation, even one that rests in the pose of the first.
+    for (std::size_t i = 0; i < nodes.SceneCount() && !first_ && context_.sources.size() > 1; ++i)
+        if (!nodes.IsVoid(i))
+            AddRest(nodes, i);
+}
+
+void GltfAnimation::AddRest(const GltfNodes& nodes, std::size_t index)
+{
+    const TEV2_MATRIX_NODE& node = context_.sources[source_].scene.matrixHierarchy.nodes[index];
+    const TEV2_VECTOR_3 place = ValueAt(node.translation, context_.RestTime(), TEV2_VECTOR_3{});
+    AddChannel(index, "translation", {0.0f},
+               Flat(std::vector<TEV2_VECTOR_3>{ToGltfTranslation(place, nodes.FrameOf(index, source_))}));
 }
 
 void GltfAnimation::AddNode(const GltfNodes& nodes, std::size_t index)

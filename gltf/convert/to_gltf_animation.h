@@ -42,6 +42,7 @@ private:
     };
 
     void AddNode(const GltfNodes& nodes, std::size_t node);
+    void AddRest(const GltfNodes& nodes, std::size_t node);
     void WriteChannel(const Channel& channel);
     void CoverTimeRange(Channel& channel) const;
 
