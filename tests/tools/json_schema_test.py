@@ -106,6 +106,8 @@ class JsonSchemaTest(unittest.TestCase):
         walk = self.exported()
         robot = os.path.join(SAMPLES, "robot_14_takes.glb")
         self.answer("export", 0, "export", "--all-takes", robot, self.path(".tv2"))
+        reduction = self.answer("export", 0, "export", "--report", robot, self.path("a.tv2"))["files"][0]["keyReduction"]
+        self.assertEqual(len(reduction["nodes"]), 75)
         os.chmod(walk, 0o444)
         missed = self.answer("export", 1, "export", robot, walk)
         self.assertTrue(missed["files"][0]["skipped"])
@@ -133,17 +135,21 @@ class JsonSchemaTest(unittest.TestCase):
         gone = self.path("gone\udcff.tv2")
         for verb in ("info", "check"):
             self.assertEqual(len(self.answer(verb, 2, verb, walk, bare, damaged, gone)["files"]), 4)
+        for arguments in ([], ["--at", "0.5"], ["--node", "Hips", "--depth", "1"]):
+            self.answer("tree", 0, "tree", walk, *arguments)
+        self.assertEqual(len(self.answer("hash", 2, "hash", walk, bare, damaged, gone)["files"]), 4)
         self.answer("checkCodes", 0, "check", "--codes")
         for file in (walk, bare):
             self.answer("dump", 0, "dump", file)
         self.answer("picture", 0, "picture", walk, self.path("walk.svg"))
-        for verb in (["dump"], ["picture", self.path("a.svg")]):
+        for verb in (["dump"], ["tree"], ["picture", self.path("a.svg")]):
             self.answer("failure", 1, verb[0], damaged, *verb[1:])
             self.answer("failure", 2, verb[0], gone, *verb[1:])
 
     def test_objects(self):
         path = self.path("objects.tv2", scene_of_objects())
         info = self.answer("info", 0, "info", path)["files"][0]
+        self.answer("tree", 0, "tree", path, "--at", "0")
         lists = ("lights", "meshes", "materials", "references", "kept")
         self.assertEqual([len(info[kind]) for kind in lists], [1, 1, 1, 3, 2])
         self.assertEqual(info["meshes"][0]["triangles"], 1)
