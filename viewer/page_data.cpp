@@ -153,6 +153,8 @@ void SceneWriter::Node(const TEV2_MATRIX_NODE& node)
     Track("translation", node.translation.get());
     Track("rotation", node.rotation.get());
     Track("scale", node.scale.get());
+    if (!node.userText.Text().empty())
+        json_.Key("text").Text(ReadableUnits(node.userText.Text()));
     Properties(node.properties);
     json_.EndObject();
 }

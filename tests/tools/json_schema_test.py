@@ -142,7 +142,8 @@ class JsonSchemaTest(unittest.TestCase):
         for file in (walk, bare):
             self.answer("dump", 0, "dump", file)
         self.answer("picture", 0, "picture", walk, self.path("walk.svg"))
-        for verb in (["dump"], ["tree"], ["picture", self.path("a.svg")]):
+        self.answer("view", 0, "view", "--no-open", walk, walk, "-o", self.path("walk.html"))
+        for verb in (["dump"], ["tree"], ["picture", self.path("a.svg")], ["view", "-o", self.path("a.html")]):
             self.answer("failure", 1, verb[0], damaged, *verb[1:])
             self.answer("failure", 2, verb[0], gone, *verb[1:])
 

@@ -14,13 +14,16 @@ namespace
 
 using Arguments = std::vector<std::string>;
 
-const Arguments kVerbs = {"export", "scene", "menu", "info",    "tree",
-                          "dump",   "check", "hash", "picture", "convert"};
-const Arguments kFileVerbs = {"info", "tree", "dump", "check", "hash", "picture"}; // they read .tv2 files
+const Arguments kVerbs = {"export", "scene", "menu",    "info", "tree",   "dump",
+                          "check",  "hash",  "picture", "view", "convert"};
+const Arguments kFileVerbs = {"info", "tree",    "dump", "check",
+                              "hash", "picture", "view"}; // they read .tv2 files
 
-// A file verb with a file; `picture` draws beside it.
+// A file verb with a file; `picture` and `view` write beside it.
 Arguments Call(const std::string& verb, const std::string& file)
 {
+    if (verb == "view")
+        return {verb, "--no-open", file, "-o", file + ".html"};
     return verb == "picture" ? Arguments{verb, file, file + ".svg"} : Arguments{verb, file};
 }
 
@@ -86,6 +89,7 @@ TEST_F(UsageTest, BadUsageCannotRunAndSaysWhatWasProbablyMeant)
         {{"menu", "a.tv2"}, "tv2 menu: one argument too many: \"a.tv2\""},
         {{"check"}, "tv2 check: FILE is required"},
         {{"picture", "a.tv2"}, "tv2 picture: OUTPUT.svg is required"},
+        {{"view"}, "tv2 view: FILE is required"},
         {{"info", "--wrong", "a.tv2"}, "tv2 info: there is no option --wrong"},
         {{"info", "--jsno", "a.tv2"}, "tv2 info: there is no option --jsno (did you mean \"--json\"?)"},
         {{"export", "--fsp=25", "a.bvh", "b.tv2"},
@@ -149,6 +153,7 @@ TEST_F(UsageTest, TerminalsAreNotShownControlCharacters)
         {"check", none},
         {"scene", none + ".bvh"},
         {"picture", file, "none\x1B"},
+        {"view", "--no-open", file, "-o", Path("c\x1B.html")},
         {"menu", "--plugin", none},
     };
     for (const Arguments& call : calls)
@@ -193,6 +198,7 @@ TEST_F(UsageTest, JsonOfWhatCouldNotRunHasTheError)
         {"check", none},
         {"hash", none},
         {"picture", none, Path("a.svg")},
+        {"view", none},
         {"convert", none, Path("a.glb")},
     };
     ASSERT_EQ(std::size(calls), kVerbs.size());

@@ -154,7 +154,7 @@ private:
 
 const VerbRegistration kViewVerb({
     .name = "view",
-    .place = 75,
+    .place = 72,
     .help = "Files as one page for a browser, which plays and compares them",
     .examples = "tv2 view walk.tv2\n"
                 "tv2 view before.tv2 after.tv2\n"

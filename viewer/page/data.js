@@ -25,6 +25,7 @@
  * @property {?Track} translation metres
  * @property {?Track} rotation quaternions
  * @property {?Track} scale
+ * @property {string} text free text of the file
  * @property {Property[]} properties
  * @property {number} keyCount different times at which translation, rotation or scale has a key
  *
@@ -169,7 +170,8 @@ class SceneReader {
   node(node, index) {
     const {name, parent} = node;
     return {
-      index, name, parent, children: [], properties: this.properties(node.properties), keyCount: 0,
+      index, name, parent, text: node.text || "", children: [], keyCount: 0,
+      properties: this.properties(node.properties),
       translation: this.track(node.translation), rotation: this.track(node.rotation), scale: this.track(node.scale),
     };
   }
