@@ -32,6 +32,10 @@ struct FromGltfOptions
     /// UTF-8. Image n inside the document becomes the file image_stem + "_image" + n + ".png" (or ".jpg", ...) in
     /// the folder of the result.
     std::string image_stem = "scene";
+
+    /// What leads from the result's folder to that of the document, which the paths of images are relative to: empty or
+    /// with a / at its end.
+    std::string image_folder = {};
 };
 
 /// An image inside the document, to be written beside the result.

@@ -383,7 +383,7 @@ std::string FromImages::BesideName(std::string_view uri, const Place& place) con
     std::string path(uri);
     try
     {
-        path = gltf::RelativePathOf(uri);
+        path = context_.options.image_folder + gltf::RelativePathOf(uri);
         if (WhyItLeaves(path).empty())
             return path;
     }

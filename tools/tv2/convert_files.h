@@ -43,6 +43,9 @@ struct Converted
 bool IsGltfPath(const std::string& path);
 bool IsTev2Path(const std::string& path);
 
+/// What leads from the folder of one file to that of another, with a / at its end; empty in the same folder.
+std::string WayBetween(const std::string& from, const std::string& to);
+
 TEV2_LOADER::Status ConvertToGltf(const ConvertRequest& request, Converted& converted);
 TEV2_LOADER::Status ConvertFromGltf(const ConvertRequest& request, Converted& converted);
 

@@ -6,12 +6,17 @@
 #include "tev2_loader/file.h"
 #include "tev2_loader/io/file_image.h"
 #include "tev2_loader/io/whole_file.h"
+#include "tev2_loader/io/wide_string.h"
 #include "tools/tv2/text.h"
 
 #include <algorithm>
 #include <filesystem>
+#include <map>
 #include <memory>
-#include <set>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
 
 namespace tv2
 {
@@ -20,6 +25,8 @@ using namespace TEV2_LOADER;
 
 namespace
 {
+
+constexpr std::string_view kExtension = ".tv2";
 
 /// A text that is part of a file name on every system.
 std::string AsFileName(std::string_view text)
@@ -35,26 +42,42 @@ std::string AsFileName(std::string_view text)
     std::size_t end = std::min(name.size(), kMostBytes);
     while (end < name.size() && end > 0 && (static_cast<unsigned char>(name[end]) & 0xC0) == 0x80)
         --end;
-    return name.substr(0, end);
+    name.resize(end);
+    return name.empty() ? "animation" : name;
 }
 
-/// One path for each scene: the output itself for one, with the animations' names for several.
-std::vector<std::string> OutputPaths(const std::string& output, const tev2_gltf::FromGltf& from)
+/// How names are compared on systems that ignore case.
+std::string LowerCase(std::string text)
 {
-    if (from.SceneCount() == 1)
-        return {output};
-    const std::string stem = output.substr(0, output.size() - std::string_view(".tv2").size());
-    std::vector<std::string> paths;
-    std::set<std::string> taken;
+    std::ranges::transform(text, text.begin(),
+                           [](char c)
+                           { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; });
+    return text;
+}
+
+/// The name of each animation, the repeated ones numbered.
+std::vector<std::u16string> TakeNames(const tev2_gltf::FromGltf& from)
+{
+    std::vector<std::u16string> names;
+    std::map<std::string, std::size_t> taken; // and how often
     for (std::size_t i = 0; i < from.SceneCount(); ++i)
     {
         const std::string name = AsFileName(from.SceneName(i));
-        const std::string first = name.empty() ? "animation" : name;
-        std::string unique = first;
-        for (std::size_t number = 1; !taken.insert(unique).second; ++number)
-            unique = first + "_" + std::to_string(number);
-        paths.push_back(stem + "_" + unique + ".tv2");
+        std::string unique = name;
+        while (!taken.try_emplace(LowerCase(unique), 0).second)
+            unique = name + "_" + std::to_string(++taken[LowerCase(name)]);
+        names.push_back(TEV2_WIDE_STRING::FromBytes(unique).Text());
     }
+    return names;
+}
+
+/// One path for each scene, as an export names its takes: the output itself for one scene.
+std::vector<std::string> OutputPaths(const std::string& output, const tev2_gltf::FromGltf& from)
+{
+    std::vector<std::string> paths;
+    for (const std::u16string& path : tev2_exporter::OutputFileNames(
+             TEV2_WIDE_STRING::FromBytes(output).Text(), TakeNames(from), from.SceneCount() > 1, false))
+        paths.push_back(NarrowUtf8(path));
     return paths;
 }
 
@@ -80,21 +103,54 @@ std::string Summary(const TEV2& scene)
     return text;
 }
 
-void AddScenes(const ConvertRequest& request, tev2_gltf::FromGltf& from, Converted& converted)
+/// A document and its conversion, with all that they refer to.
+struct Source
 {
-    const std::vector<std::string> paths = OutputPaths(request.output, from);
+    Source(const ConvertRequest& request, std::vector<std::uint8_t> bytes,
+           tev2_gltf::ConversionReport& report)
+        : image(std::move(bytes)),
+          files(FolderPath(request.inputs.front())),
+          document({reinterpret_cast<const char*>(image.data()), image.size()}, files),
+          from(document, OptionsOf(request), report)
+    {
+    }
+
+    static std::filesystem::path FolderPath(const std::string& input)
+    {
+        const std::string folder = FolderOf(input);
+        return {std::u8string(folder.begin(), folder.end())};
+    }
+
+    static tev2_gltf::FromGltfOptions OptionsOf(const ConvertRequest& request)
+    {
+        const std::string name = request.output.substr(FolderOf(request.output).size());
+        return {.standard_materials = request.standard_materials,
+                .image_stem = name.substr(0, name.size() - kExtension.size()),
+                .image_folder = WayBetween(request.output, request.inputs.front())};
+    }
+
+    std::vector<std::uint8_t> image;
+    gltf::FolderFiles files;
+    gltf::Document document;
+    tev2_gltf::FromGltf from;
+};
+
+/// Scenes repeat the meshes of the document, so they are made one at a time: once for the report, and again to be
+/// written.
+void AddScenes(const ConvertRequest& request, const std::shared_ptr<Source>& source, Converted& converted)
+{
+    const std::vector<std::string> paths = OutputPaths(request.output, source->from);
     for (std::size_t i = 0; i < paths.size(); ++i)
     {
-        const std::shared_ptr<TEV2> scene = from.MakeScene(i);
+        const std::string summary = Summary(*source->from.MakeScene(i));
         converted.files.push_back(
-            {paths[i], Summary(*scene), [path = paths[i], scene] { return SaveFile(*scene, path); }});
+            {paths[i], summary, [=] { return SaveFile(*source->from.MakeScene(i), paths[i]); }});
     }
-    for (const tev2_gltf::InsideImage& image : from.InsideImages())
+    for (const tev2_gltf::InsideImage& image : source->from.InsideImages())
     {
         const std::string path = FolderOf(request.output) + image.file_name;
-        converted.files.push_back({path, "an image", [path, bytes = std::string(image.bytes)] {
-                                       return WriteWholeFile(path, bytes);
-                                   }});
+        converted.files.push_back(
+            {path, "an image", [source, path, bytes = image.bytes] { return WriteWholeFile(path, bytes); }});
     }
 }
 
@@ -106,16 +162,9 @@ Status ConvertFromGltf(const ConvertRequest& request, Converted& converted)
     std::vector<std::uint8_t> image;
     if (const Status read = ReadFileImage(input, image); !read)
         return Status::Failure(input + ": " + read.Reason());
-    const std::string folder = FolderOf(input);
     try
     {
-        gltf::FolderFiles files(std::filesystem::path(std::u8string(folder.begin(), folder.end())));
-        gltf::Document document({reinterpret_cast<const char*>(image.data()), image.size()}, files);
-        tev2_gltf::FromGltfOptions options{.standard_materials = request.standard_materials};
-        const std::string stem = request.output.substr(FolderOf(request.output).size());
-        options.image_stem = stem.substr(0, stem.size() - std::string_view(".tv2").size());
-        tev2_gltf::FromGltf from(document, options, converted.report);
-        AddScenes(request, from, converted);
+        AddScenes(request, std::make_shared<Source>(request, std::move(image), converted.report), converted);
     }
     catch (const gltf::Error& error)
     {

@@ -28,19 +28,6 @@ std::filesystem::path PathOf(const std::string& utf8)
     return std::u8string(utf8.begin(), utf8.end());
 }
 
-/// What leads from the folder of one file to that of another; empty in the same folder.
-std::string WayBetween(const std::string& from, const std::string& to)
-{
-    std::error_code ignored;
-    const auto folder = [&](const std::string& file)
-    {
-        return std::filesystem::weakly_canonical(std::filesystem::absolute(PathOf(file), ignored), ignored)
-            .parent_path();
-    };
-    const std::string way = WithSlashes(folder(to).lexically_relative(folder(from)));
-    return way.empty() || way == "." ? std::string() : way + "/";
-}
-
 std::string StemOf(const std::string& path)
 {
     return WithSlashes(PathOf(path).stem());
@@ -95,6 +82,18 @@ void AddFiles(const std::string& output, gltf::DocumentBuilder& builder, Convert
 }
 
 } // namespace
+
+std::string WayBetween(const std::string& from, const std::string& to)
+{
+    std::error_code ignored;
+    const auto folder = [&](const std::string& file)
+    {
+        return std::filesystem::weakly_canonical(std::filesystem::absolute(PathOf(file), ignored), ignored)
+            .parent_path();
+    };
+    const std::string way = WithSlashes(folder(to).lexically_relative(folder(from)));
+    return way.empty() || way == "." ? std::string() : way + "/";
+}
 
 Status ConvertToGltf(const ConvertRequest& request, Converted& converted)
 {
