@@ -66,7 +66,7 @@ class Maker:
     def round_trips(self, samples):
         for name in ("robot_14_takes", "extras_property"):
             folder = self.folder(name + "_back")
-            self.run("convert", pathlib.Path(samples) / (name + ".glb"), folder / ".tv2", allowed=(0, 1))
+            self.run("convert", pathlib.Path(samples) / (name + ".glb"), folder / "back.tv2", allowed=(0, 1))
             takes = sorted(folder.glob("*.tv2"))
             if not takes:
                 sys.exit(f"{name}: nothing came of its conversion")
@@ -83,6 +83,7 @@ def main(command, scene_files, samples, scenes, out):
     maker = Maker(command, scene_files, out)
     maker.made_by_code()
     maker.exports(samples, scenes)
+    maker.round_trips(samples)
     (maker.out / "manifest.json").write_text(json.dumps(maker.manifest, indent=1))
     print(f"{len(maker.manifest)} GLBs made" + ("" if scenes else "; larger scenes: TV2_SCENES_DIR is not set"))
 
