@@ -188,6 +188,10 @@ class Browser:
         self._call("Emulation.setDeviceMetricsOverride", width=width, height=height, deviceScaleFactor=scale,
                    mobile=False)
 
+    def prefer(self, scheme):
+        """Has pages know that the user prefers a "dark" or a "light" scheme of colours."""
+        self._call("Emulation.setEmulatedMedia", features=[{"name": "prefers-color-scheme", "value": scheme}])
+
     def screenshot(self, path=None):
         """A PNG of the page's area, also written to a path."""
         image = base64.b64decode(self._call("Page.captureScreenshot", format="png")["data"])

@@ -221,7 +221,7 @@ class Curves {
 
   keys(context, {times, steps}, of, offset, first, end, y) {
     const count = (end - first) / steps;
-    if (count * 4 > this.chart.plotWidth) return; // too close to be told apart; the timeline has them
+    if (count * 8 > this.chart.plotWidth) return; // too close to be told apart; the timeline has them
     for (let i = Math.ceil(first / steps) * steps; i < end; i += steps)
       context.fillRect(this.chart.x(times[i] + offset) - 2.5, y(of[i]) - 2.5, 5, 5);
   }

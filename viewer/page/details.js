@@ -30,7 +30,7 @@ class Details {
     const camera = scene.cameras.find(one => one.node === index);
     if (camera) this.camera(camera);
     this.properties(PropertiesOf(scene, index));
-    if (node.text) this.texts("Text", [["", [node.text]]]);
+    if (node.text !== "") this.texts("Text", [["", [node.text]]]);
     if (this.shown !== scene.nodes[index]) this.panel.scrollTop = 0;
     this.shown = scene.nodes[index];
     this.update();

@@ -253,7 +253,8 @@ class App {
     });
     const [scene] = this.scenes;
     const all = [Seconds(scene.end - scene.start) + " s", this.rate && `${Number(this.rate.toFixed(3))} samples a second`,
-                 Counted(scene.nodes.length, "node"), scene.cameras.length && Counted(scene.cameras.length, "camera"),
+                 Counted(scene.nodes.length, "node"), scene.meshes.length && Counted(scene.meshes.length, "mesh", "meshes"),
+                 scene.cameras.length && Counted(scene.cameras.length, "camera"),
                  scene.up === "unknown" ? "up axis unknown" : scene.up + " up"];
     for (const fact of all) if (fact) facts.append(Make("li", "", fact));
   }

@@ -3,7 +3,11 @@
 // The list of nodes: a tree of which only the rows in sight exist, so that thousands of nodes cost no more than fifty.
 
 const kNodeHeight = 22;
-const kDeepestIndent = 14; // levels; deeper rows are not indented further
+
+/** Pixels before a row: each level less where it is deep, so that there is room for names. */
+function Indent(depth) {
+  return 4 + 11 * Math.min(depth, 6) + 4 * Math.min(Math.max(depth - 6, 0), 16);
+}
 
 const kKinds = [
   ["all", "All", () => true],
@@ -128,7 +132,10 @@ class NodeTree {
     this.list();
   }
 
-  /** Makes the row of a node visible, by opening what is above it and by scrolling as little as needed. */
+  /**
+   * Makes the row of a node visible, by opening what is above it and by scrolling: little to its neighbours,
+   * otherwise to the middle.
+   */
   reveal(node) {
     if (node === null) return this.draw();
     const closed = this.closed.get(this.scene);
@@ -139,7 +146,9 @@ class NodeTree {
     const row = this.rows.indexOf(node);
     if (row >= 0) {
       const top = row * kNodeHeight, height = this.tree.clientHeight;
-      if (top < this.tree.scrollTop) this.tree.scrollTop = top;
+      const away = Math.max(this.tree.scrollTop - top, top + kNodeHeight - this.tree.scrollTop - height);
+      if (away > 2 * kNodeHeight) this.tree.scrollTop = top - (height - kNodeHeight) / 2;
+      else if (top < this.tree.scrollTop) this.tree.scrollTop = top;
       else if (top + kNodeHeight > this.tree.scrollTop + height) this.tree.scrollTop = top + kNodeHeight - height;
     }
     this.draw();
@@ -188,7 +197,7 @@ class NodeTree {
     row.scene = this.scene;
     row.ariaLevel = String(this.depths[index] + 1);
     row.twisty.style.visibility = parent ? "visible" : "hidden";
-    row.style.paddingLeft = 4 + Math.min(this.depths[index], kDeepestIndent) * 11 + "px";
+    row.style.paddingLeft = Indent(this.depths[index]) + "px";
     const icon = row.children[1];
     const kind = KindsOf(this.scene)[index];
     icon.setAttribute("class", "kind is-" + kind);
