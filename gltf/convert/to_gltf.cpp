@@ -3,7 +3,12 @@
 #include "gltf/convert/to_gltf_animation.h"
 #include "gltf/convert/to_gltf_cameras.h"
 #include "gltf/convert/to_gltf_context.h"
+#include "gltf/convert/to_gltf_extras.h"
+#include "gltf/convert/to_gltf_lights.h"
+#include "gltf/convert/to_gltf_losses.h"
+#include "gltf/convert/to_gltf_meshes.h"
 #include "gltf/convert/to_gltf_nodes.h"
+#include "gltf/convert/to_gltf_switcher.h"
 #include "gltf/error.h"
 #include "tev2_loader/tracks/quaternion_tracks.h"
 #include "tev2_loader/up_axis.h"
@@ -82,19 +87,40 @@ double ReportedShift(ToGltfContext& context, const GltfSource& source)
     return shift;
 }
 
+void SetNodeExtras(ToGltfContext& context, GltfNodes& nodes)
+{
+    const auto& from = context.Scene().matrixHierarchy.nodes;
+    for (std::size_t i = 0; i < from.size(); ++i)
+        SetExtras(context, nodes.Members(i), from[i].properties,
+                  WhereOf("matrixHierarchy.nodes", i, from[i]));
+}
+
 void Convert(ToGltfContext& context)
 {
     context.out.Root()["asset"]["generator"] = "tv2 convert";
     GltfNodes nodes(context, WorldsOf(context));
     ClaimCameraNodes(context, nodes);
-    WriteCameras(context, nodes);
+    ClaimLightNodes(context, nodes);
+    const CameraIndices cameras = WriteCameras(context, nodes);
+    WriteLights(context, nodes);
+    GltfMeshes meshes(context, nodes);
+    meshes.Write();
+    SetNodeExtras(context, nodes);
+    std::vector<double> shifts;
+    for (const GltfSource& source : context.sources)
+        shifts.push_back(context.options.at ? 0.0 : ReportedShift(context, source));
+    GltfSwitcher switcher(context, nodes, cameras);
+    switcher.Write(shifts);
     for (std::size_t i = 0; !context.options.at && i < context.sources.size(); ++i)
     {
-        GltfAnimation animation(context, i, ReportedShift(context, context.sources[i]));
+        GltfAnimation animation(context, i, shifts[i]);
         animation.AddNodes(nodes);
+        meshes.Animate(animation);
+        switcher.Animate(animation);
         animation.Write();
     }
-    nodes.Write(Json::object());
+    ReportLosses(context);
+    nodes.Write(switcher.Extras());
 }
 
 } // namespace

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <limits>
+#include <set>
 
 namespace tev2_gltf
 {
@@ -113,6 +114,46 @@ void GltfAnimation::CoverTimeRange(Channel& channel) const
         const std::vector<float> held(channel.values.end() - width, channel.values.end());
         channel.values.insert(channel.values.end(), held.begin(), held.end());
     }
+}
+
+void GltfAnimation::AddWeights(std::size_t node, const std::vector<Keys<float>>& targets,
+                               const std::vector<float>& rest)
+{
+    std::set<float> union_of_times;
+    bool is_at_rest = true;
+    for (std::size_t i = 0; i < targets.size(); ++i)
+    {
+        is_at_rest &= targets[i].IsConstant() && targets[i].values[0] == rest[i];
+        if (!targets[i].IsConstant())
+            union_of_times.insert(targets[i].times.begin(), targets[i].times.end());
+    }
+    if (is_at_rest)
+        return;
+    if (union_of_times.empty())
+        union_of_times.insert(0.0f);
+    const std::vector<float> times(union_of_times.begin(), union_of_times.end());
+    context_.out.CheckRoom(times.size() * targets.size() * sizeof(float));
+    std::vector<float> values(times.size() * targets.size());
+    for (std::size_t target = 0; target < targets.size(); ++target)
+    {
+        const Keys<float>& keys = targets[target];
+        std::size_t next = 0; // the first key after the time
+        for (std::size_t i = 0; i < times.size(); ++i)
+        {
+            while (next < keys.times.size() && keys.times[next] <= times[i])
+                ++next;
+            float& value = values[i * targets.size() + target];
+            if (next == 0 || next == keys.times.size())
+                value = keys.values[next == 0 ? 0 : next - 1];
+            else
+            {
+                const float fraction =
+                    (times[i] - keys.times[next - 1]) / (keys.times[next] - keys.times[next - 1]);
+                value = keys.values[next - 1] + (keys.values[next] - keys.values[next - 1]) * fraction;
+            }
+        }
+    }
+    AddChannel(node, "weights", times, std::move(values));
 }
 
 void GltfAnimation::AddNodes(const GltfNodes& nodes)

@@ -25,6 +25,10 @@ public:
     void AddChannel(std::size_t node, const char* path, std::vector<float> times, std::vector<float> values,
                     const char* interpolation = "LINEAR");
 
+    /// The weights of a mesh's targets on the times of all of them, unless they stay at `rest`.
+    void AddWeights(std::size_t node, const std::vector<Keys<float>>& targets,
+                    const std::vector<float>& rest);
+
     /// The channels of the scene's nodes: of what moves, and of what differs from the node's own transform.
     void AddNodes(const GltfNodes& nodes);
 

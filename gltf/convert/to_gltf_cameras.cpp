@@ -1,5 +1,6 @@
 #include "gltf/convert/to_gltf_cameras.h"
 
+#include "gltf/convert/to_gltf_extras.h"
 #include "gltf/convert/to_gltf_tracks.h"
 
 #include <numbers>
@@ -82,7 +83,7 @@ private:
     const std::string& where_;
 };
 
-void ReportLosses(ToGltfContext& context, const TEV2_CAMERA& camera, const std::string& where)
+void ReportCamera(ToGltfContext& context, const TEV2_CAMERA& camera, const std::string& where)
 {
     if (Moves(camera.fieldOfView) || Moves(camera.clipRange))
         context.report.Add(Code::LensAnimationLost, where, "its lens moves; the value at the start is kept");
@@ -111,24 +112,43 @@ void ClaimCameraNodes(const ToGltfContext& context, GltfNodes& nodes)
             nodes.Claim(instance->value, Exchange::NegateZ);
 }
 
-void WriteCameras(ToGltfContext& context, GltfNodes& nodes)
+CameraIndices WriteCameras(ToGltfContext& context, GltfNodes& nodes)
 {
     const TEV2& scene = context.Scene();
+    CameraIndices written;
+    const auto attach =
+        [&](const TEV2_POSITIONAL_OBJECT& object, const std::string& where, std::size_t camera)
+    {
+        const std::size_t node =
+            nodes.Place(object.value, Exchange::NegateZ, "camera", NameFor(context, object, where), where);
+        nodes.Members(node)["camera"] = camera;
+    };
     for (std::size_t i = 0; i < scene.cameras.size(); ++i)
     {
         if (!scene.cameras[i])
             continue;
         const TEV2_CAMERA& camera = *scene.cameras[i];
         const std::string where = WhereOf("cameras", i, camera);
-        const std::string name = NameFor(context, camera, where);
-        Json json = Named(name);
+        Json json = Named(NameFor(context, camera, where));
         json["type"] = "perspective";
         json["perspective"] = Lens(context, camera, where).Perspective();
-        const std::size_t index = context.out.Append("cameras", std::move(json));
-        const std::size_t node = nodes.Place(camera.value, Exchange::NegateZ, "camera", name, where);
-        nodes.Members(node)["camera"] = index;
-        ReportLosses(context, camera, where);
+        SetExtras(context, json, camera.properties, where);
+        written[i] = {context.out.Append("cameras", std::move(json)), camera.value};
+        attach(camera, where, written[i].camera);
+        ReportCamera(context, camera, where);
     }
+    const auto& instances = scene.instanceLists[kCameraInstances];
+    for (std::size_t i = 0; i < instances.size(); ++i)
+    {
+        if (!instances[i] || !instances[i]->IsTyped())
+            continue;
+        const std::string where = WhereOf("instanceLists[2]", i, *instances[i]);
+        if (const auto source = written.find(instances[i]->source); source != written.end())
+            attach(*instances[i], where, source->second.camera);
+        else
+            context.report.Add(Code::RecordLost, where, "its source is no camera");
+    }
+    return written;
 }
 
 } // namespace tev2_gltf

@@ -86,8 +86,10 @@ void GltfNodes::LinkParents()
     for (std::size_t i = 0; i < nodes_.size(); ++i)
     {
         const auto parent = static_cast<std::size_t>(from[i].parentIndex); // a negative one is beyond all
-        if (parent < nodes_.size())
-            nodes_[i].parent = parent;
+        if (parent >= nodes_.size())
+            continue;
+        nodes_[i].parent = parent;
+        nodes_[parent].is_parent = true;
     }
     std::vector<std::uint32_t> visited(nodes_.size(), 0);
     for (std::size_t i = 0; i < nodes_.size(); ++i)
@@ -110,7 +112,12 @@ void GltfNodes::Claim(std::uint32_t node, Exchange exchange)
 
 std::size_t GltfNodes::Add(std::optional<std::size_t> parent, Exchange own, const std::string& name)
 {
-    nodes_.push_back({parent, own, false, name});
+    if (parent)
+        nodes_[*parent].is_parent = true;
+    Node& node = nodes_.emplace_back();
+    node.parent = parent;
+    node.own = own;
+    node.name = name;
     return nodes_.size() - 1;
 }
 
@@ -152,13 +159,26 @@ Frame GltfNodes::FrameOf(std::size_t node, std::size_t source) const
     const std::optional<std::size_t> parent = nodes_[node].parent;
     if (parent && parent != common_root_)
         return {nodes_[*parent].own, nodes_[node].own, false};
-    return {ExchangeOf(worlds_[source]), nodes_[node].own, IsTurned(worlds_[source])};
+    return WorldFrame(source, nodes_[node].own);
+}
+
+Frame GltfNodes::WorldFrame(std::size_t source, Exchange own) const
+{
+    return {ExchangeOf(worlds_[source]), own, IsTurned(worlds_[source])};
+}
+
+void GltfNodes::MarkBone(std::uint32_t node)
+{
+    if (node < scene_count_)
+        nodes_[node].is_bone = true;
 }
 
 bool GltfNodes::IsFreeForSkin(std::uint32_t value) const
 {
-    if (value >= scene_count_ || nodes_[value].parent || !nodes_[value].members.empty() ||
-        nodes_[value].own != Exchange::SwapYZ)
+    if (value >= scene_count_)
+        return false;
+    const Node& own = nodes_[value];
+    if (own.parent || own.is_parent || own.is_bone || !own.members.empty() || own.own != Exchange::SwapYZ)
         return false;
     const TEV2_MATRIX_NODE& node = context_.Scene().matrixHierarchy.nodes[value];
     const TEV2_VECTOR_3 ones{1.0f, 1.0f, 1.0f};

@@ -47,6 +47,7 @@ public:
     /// A node of the scene that a skinned mesh may take over, since it is at top level and does nothing else.
     bool IsFreeForSkin(std::uint32_t value) const;
     void MakeVoid(std::size_t node) { nodes_[node].is_void = true; }
+    void MarkBone(std::uint32_t node);
 
     /// A child without a transform of its own.
     std::size_t AddChild(std::size_t parent, const std::string& name);
@@ -59,7 +60,8 @@ public:
     bool IsVoid(std::size_t node) const { return nodes_[node].is_void; }
     std::optional<std::size_t> ParentOf(std::size_t node) const { return nodes_[node].parent; }
     Frame FrameOf(std::size_t node, std::size_t source = 0) const;
-    World WorldOfSource(std::size_t source) const { return worlds_[source]; }
+    /// Of a node at top level.
+    Frame WorldFrame(std::size_t source, Exchange own) const;
 
     /// What the node has besides its name, transform and children: "camera", "mesh", "extras", ...
     Json& Members(std::size_t node) { return nodes_[node].members; }
@@ -77,6 +79,8 @@ private:
         std::optional<std::size_t> parent;
         Exchange own = Exchange::SwapYZ;
         bool is_void = false;
+        bool is_parent = false;
+        bool is_bone = false;
         std::string name; // of added nodes
         Json members = Json::object();
     };
