@@ -1,6 +1,7 @@
 #include "gltf/convert/to_gltf_geometry.h"
 
 #include "gltf/convert/to_gltf_tracks.h"
+#include "gltf/convert/weights.h"
 
 #include <algorithm>
 #include <cmath>
@@ -266,45 +267,25 @@ private:
     std::size_t clamped_ = 0;
 };
 
-/// Makes the entries of one vertex those of a glTF vertex. Whether weights that count are others afterwards.
-bool Normalise(std::span<std::uint16_t> joints, std::span<float> weights)
+/// Makes the entries of one vertex those of a glTF vertex: a joint once, and 0 without weight. Whether weights that
+/// count are others afterwards.
+bool MakeEntries(std::span<std::uint16_t> joints, std::span<float> weights)
 {
-    bool changed = false;
-    double sum = 0.0;
-    std::size_t used = 0;
-    for (std::size_t i = 0; i < weights.size(); ++i)
+    for (std::size_t i = 1; i < weights.size(); ++i)
     {
-        changed |= !(weights[i] >= 0.0f) || std::isinf(weights[i]);
-        if (!(weights[i] > 0.0f) || std::isinf(weights[i]))
-            weights[i] = 0.0f;
         for (std::size_t earlier = 0; earlier < i && weights[i] > 0.0f; ++earlier)
         {
             if (joints[earlier] != joints[i] || !(weights[earlier] > 0.0f))
                 continue;
             weights[earlier] += weights[i];
             weights[i] = 0.0f;
-            break;
         }
+    }
+    const bool changed = NormaliseWeights(weights);
+    for (std::size_t i = 0; i < weights.size(); ++i)
         if (!(weights[i] > 0.0f))
             joints[i] = 0;
-    }
-    for (const float weight : weights)
-    {
-        sum += static_cast<double>(weight);
-        used += weight > 0.0f ? 1 : 0;
-    }
-    constexpr double kToleranceOfEach = 1.5e-7;
-    if (std::abs(sum - 1.0) <= kToleranceOfEach * static_cast<double>(used))
-        return changed;
-    if (!(sum > 0.0) || std::isinf(sum))
-    {
-        std::fill(weights.begin(), weights.end(), 0.0f);
-        weights[0] = 1.0f;
-        return true;
-    }
-    for (float& weight : weights)
-        weight = static_cast<float>(static_cast<double>(weight) / sum);
-    return true;
+    return changed;
 }
 
 } // namespace
@@ -340,7 +321,7 @@ void WriteWeights(ToGltfContext& context, const TEV2_SKIN& skin, GltfGeometry& g
             own_joints[i] = static_cast<std::uint16_t>(skin.boneIndices[entry]);
             own_weights[i] = skin.weights[entry];
         }
-        changed += Normalise(own_joints, own_weights) ? 1 : 0;
+        changed += MakeEntries(own_joints, own_weights) ? 1 : 0;
         for (std::size_t i = 0; i < sets * kSet; ++i)
         {
             joints[i / kSet][vertex * kSet + i % kSet] = own_joints[i];

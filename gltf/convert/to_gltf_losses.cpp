@@ -27,7 +27,10 @@ public:
         if (IsTyped(object))
             return;
         std::string where = path;
-        if constexpr (requires { object.HasPlaced(); object.name; })
+        if constexpr (requires {
+                          object.HasPlaced();
+                          object.name;
+                      })
             if (object.HasPlaced())
                 where += " \"" + Name(object) + '"';
         report_.Add(Code::BodyLost, where, std::string(kind.className) + " of another program's layout");

@@ -12,9 +12,6 @@
 namespace tev2_gltf
 {
 
-/// The name of the shader whose parameters are those of glTF's material.
-inline constexpr std::string_view kMetallicRoughness = "metallic-roughness";
-
 class GltfMaterials
 {
 public:

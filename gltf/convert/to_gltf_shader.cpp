@@ -1,7 +1,7 @@
 #include "gltf/convert/to_gltf_shader.h"
 
+#include "gltf/convert/shader_parameters.h"
 #include "gltf/convert/to_gltf_extras.h"
-#include "gltf/convert/to_gltf_materials.h"
 #include "gltf/convert/to_gltf_tracks.h"
 
 #include <algorithm>
@@ -297,7 +297,7 @@ private:
         const std::string value = ReadableText(text.value.Text());
         if (name == "alphaMode" && (value == "OPAQUE" || value == "MASK" || value == "BLEND"))
             json_[name] = value;
-        else if (name == "extras")
+        else if (name == kExtrasParameter)
         {
             bool is_deep = false; // writing JSON takes memory for each level
             Json extras = Json::parse(
