@@ -13,12 +13,14 @@ CONFIGURE := cmake -DTV2_SCENES_DIR=$(SCENES) --preset
 help: ## Show this list
 	@awk -F ':.*## ' '/^[a-z0-9-]+:.*## / { printf "  make %-12s %s\n", $$1, $$2 }' $(MAKEFILE_LIST)
 
-demo: build ## Export a take of a sample scene, validate the file and draw it
+demo: build ## Export a take of a sample scene, validate the file, draw it and write a page that plays it
 	@mkdir -p out
 	$(BUILD)/bin/tv2 export $(SAMPLE) out/dance.tv2
 	$(BUILD)/bin/tv2 info out/dance.tv2
 	$(BUILD)/bin/tv2 check out/dance.tv2
 	$(BUILD)/bin/tv2 picture out/dance.tv2 out/dance.svg
+	$(BUILD)/bin/tv2 view --no-open out/dance.tv2 -o out/dance.html
+	@echo "Open out/dance.html in a browser: it plays the take."
 
 build: packages ## Build the command (build/bin/tv2), the plug-in and the libraries
 	@cmake --preset release > /dev/null
@@ -85,9 +87,10 @@ bench: packages ## Measure speed beside a floor of the same run, 21 times each, 
 	@$(CONFIGURE) release -DTV2_BUILD_BENCH=ON > /dev/null
 	cmake --build --preset release --target bench
 
-screenshot: build ## Take the picture of the export dialog in docs/popup.png
-	@scripts/install_packages.sh xvfb imagemagick
+screenshot: build ## Take the pictures of the export dialog and of the page of tv2 view in docs/
+	@scripts/install_packages.sh xvfb imagemagick chromium
 	scripts/screenshot.sh $(BUILD)
+	scripts/view_screenshots.py $(BUILD)/bin/tv2
 
 windows: packages ## Build the command and the plug-in for 64-bit Windows (build/windows)
 	@scripts/install_packages.sh g++-mingw-w64-x86-64 libz-mingw-w64-dev googletest

@@ -35,7 +35,7 @@ public:
         return {
             {.name = "FILE",
              .value = &paths_,
-             .help = "The .tv2 files; several are shown over each other. - is standard input",
+             .help = "The .tv2 file, or two to show over each other; - is standard input",
              .required = true},
             {.name = "-o",
              .value = &output_,
@@ -43,6 +43,11 @@ public:
              .check = NotEmpty},
             {.name = "--no-open", .value = &stay_, .help = "Write the page without opening the browser"},
         };
+    }
+
+    std::string Refusal(const std::set<std::string>&) const override
+    {
+        return paths_.size() > 2 ? "a page shows one file, or two over each other" : "";
     }
 
     void Run(VerbContext& context) override
@@ -155,7 +160,7 @@ private:
 const VerbRegistration kViewVerb({
     .name = "view",
     .place = 72,
-    .help = "Files as one page for a browser, which plays and compares them",
+    .help = "A file as one page for a browser, which plays it, or two to compare",
     .examples = "tv2 view walk.tv2\n"
                 "tv2 view before.tv2 after.tv2\n"
                 "tv2 view --no-open walk.tv2 -o walk.html",
