@@ -133,7 +133,8 @@ std::size_t WriteMaterial(ToGltfContext& context, GltfTextures& textures, std::u
                     json);
     if (material.twoSided)
         json["doubleSided"] = true;
-    for (const auto& extension : json.value("extensions", Json::object()).items())
+    const Json extensions = json.value("extensions", Json::object());
+    for (const auto& extension : extensions.items())
         context.out.UseExtension(extension.key());
     return context.out.Append("materials", std::move(json));
 }
