@@ -59,6 +59,13 @@ void Sha256::Add(std::span<const std::uint8_t> bytes)
 {
     while (!bytes.empty())
     {
+        if (size_ % kBlock == 0 && bytes.size() >= kBlock)
+        {
+            AddBlock(bytes.data());
+            size_ += kBlock;
+            bytes = bytes.subspan(kBlock);
+            continue;
+        }
         const std::size_t filled = static_cast<std::size_t>(size_ % kBlock);
         const std::size_t taken = std::min(bytes.size(), kBlock - filled);
         std::copy_n(bytes.begin(), taken, rest_.begin() + static_cast<std::ptrdiff_t>(filled));

@@ -13,8 +13,8 @@ using ScriptEntry = unsigned(const char* path, int start_frame, int end_frame, i
 /// Name under which the module exports it.
 inline constexpr const char* kScriptEntryName = "python_export_tv2";
 
-/// Whether the exports that follow, through the script entry or the dialog, drop keys that repeat their neighbours. They
-/// do until this is called with false. A file with every key is the baseline for what key reduction costs.
+/// Whether the exports that follow, through the script entry or the dialog, drop keys that repeat their neighbours;
+/// they do until this is called with false. A file with every key is the baseline for what key reduction costs.
 using KeyReductionSwitch = void(bool reduce);
 
 /// Name under which the module exports it.

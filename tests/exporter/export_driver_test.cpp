@@ -57,6 +57,23 @@ TEST_F(ExportDriver, TellsUnknownUsersAndUnsavedScenes)
     EXPECT_NE(Text(scene->information.infoText).find("FBX_FILE:\t\r\n"), std::string::npos);
 }
 
+TEST_F(ExportDriver, KeyReductionCanBeTurnedOff)
+{
+    OneTake(1.0);
+    mobu_host::AddModel("Rock"); // does not move
+    for (const bool reduce : {false, true, false, true})
+    {
+        SetKeyReduction(reduce);
+        const auto scene = Export();
+        ASSERT_TRUE(scene);
+        for (const TEV2_MATRIX_NODE& node : scene->matrixHierarchy.nodes)
+        {
+            EXPECT_EQ(Translation(node).m_times.size(), reduce ? 1u : 5u);
+            EXPECT_EQ(Rotation(node).m_times.size(), reduce ? 1u : 5u);
+        }
+    }
+}
+
 TEST_F(ExportDriver, WritesOneFileForEachTake)
 {
     mobu_host::ClearTakes();

@@ -233,6 +233,17 @@ std::string NodeRow(const Node& node)
                    OneLine(node.name));
 }
 
+/// `farthest off: "Toe", 0.3 mm at 0.958 s`, or that nothing is off.
+std::string WorstText(const KeyReductionCost& cost, Errors errors, const char* label, const char* unit)
+{
+    const Node& node = *WorstOf(cost, errors);
+    const ErrorOverTime& error = node.errors.*errors;
+    if (!(error.Worst() > 0.0))
+        return std::string(label) + ": none";
+    return std::string(label) + ": " + Quoted(node.name) + ", " + ErrorText(error.Worst()) + ' ' + unit +
+           " at " + TimeText(error) + " s";
+}
+
 } // namespace
 
 void PrintCost(std::ostream& out, const KeyReductionCost& cost)
@@ -251,15 +262,15 @@ void PrintCost(std::ostream& out, const KeyReductionCost& cost)
         out << NodeRow(cost.nodes[i]);
     const ErrorOverTime& place = WorstOf(cost, kPlace)->errors.millimetres;
     const ErrorOverTime& rotation = WorstOf(cost, kRotation)->errors.degrees;
-    std::string others;
-    if (off > kMostRows)
-        others = ", " + CountText(off - kMostRows) + " more of them off";
-    if (off < cost.nodes.size())
-        others += ", " + CountText(cost.nodes.size() - off) + " of them exact";
     out << RowText({CountText(cost.keys.sampled), CountText(cost.keys.kept), ErrorText(place.Worst()),
                     TimeText(place), ErrorText(MeanOf(cost, kPlace)), ErrorText(rotation.Worst()),
                     TimeText(rotation), ErrorText(MeanOf(cost, kRotation))},
-                   "all " + CountOf(cost.nodes.size(), "node", "nodes") + others);
+                   "all " + CountOf(cost.nodes.size(), "node", "nodes"))
+        << "  " << CountOf(cost.nodes.size() - off, "node is", "nodes are") << " exact";
+    if (off > kMostRows)
+        out << ", " << CountText(off - kMostRows) << " more are off";
+    out << "\n  " << WorstText(cost, kPlace, "farthest off", "mm") << "; "
+        << WorstText(cost, kRotation, "turned most", "degrees") << '\n';
 }
 
 namespace

@@ -3,10 +3,10 @@
 #include "tools/tv2/evaluated_scene.h"
 
 #include <algorithm>
+#include <array>
 #include <bit>
 #include <cmath>
 #include <span>
-#include <vector>
 
 namespace tv2
 {
@@ -30,8 +30,8 @@ public:
     void Add(std::uint32_t word)
     {
         for (unsigned shift = 0; shift < 32; shift += 8)
-            bytes_.push_back(static_cast<std::uint8_t>(word >> shift));
-        if (bytes_.size() >= kFlushedAt)
+            bytes_[used_++] = static_cast<std::uint8_t>(word >> shift);
+        if (used_ == bytes_.size())
             Flush();
     }
 
@@ -59,16 +59,15 @@ public:
     }
 
 private:
-    static constexpr std::size_t kFlushedAt = 1 << 16;
-
     void Flush()
     {
-        hash_.Add(bytes_);
-        bytes_.clear();
+        hash_.Add(std::span(bytes_).first(used_));
+        used_ = 0;
     }
 
     Sha256& hash_;
-    std::vector<std::uint8_t> bytes_;
+    std::array<std::uint8_t, 4096> bytes_{};
+    std::size_t used_ = 0;
 };
 
 void AddPoses(const EvaluatedScene& evaluated, Words& words)

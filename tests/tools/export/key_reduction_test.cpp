@@ -94,7 +94,8 @@ TEST_F(KeyReductionTest, ErrorsAreThoseOfTheKeysThatWereDropped)
     EXPECT_EQ(cost["nodes"].back()["millimetres"]["time"], nullptr);
     ExpectParts(Report("late.bvh", "late.tv2").out,
                 {"  What key reduction cost, in the world, at 5 instants:\n", "      0.265     0.160 ",
-                 "       0.01     0.160 ", "  Hips\n", " of them exact\n"});
+                 "       0.01     0.160 ", "  Hips\n", "all 4 nodes\n  1 node is exact\n  farthest off: \"",
+                 "\", 0.265 mm at 0.160 s; turned most: \"", "\", 0.01 degrees at 0.160 s\n"});
 }
 
 TEST_F(KeyReductionTest, FilesAreThoseOfAnExportWithoutReport)
