@@ -25,6 +25,13 @@ std::string_view NameOf(Topic topic)
     return kNames[static_cast<std::size_t>(topic)];
 }
 
+std::string_view NameOf(Aspect aspect)
+{
+    constexpr std::string_view kNames[] = {"object", "namespace", "bone",      "property",
+                                           "field",  "pose",      "world pose"};
+    return kNames[static_cast<std::size_t>(aspect)];
+}
+
 double Apart(double left, double right)
 {
     if (left == right || (std::isnan(left) && std::isnan(right)))

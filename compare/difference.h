@@ -95,26 +95,43 @@ inline constexpr std::size_t kTopics = 6;
 
 std::string_view NameOf(Topic topic);
 
+/// What of an object a difference is about.
+enum class Aspect : std::uint8_t
+{
+    Object,    ///< "object": the object as such, or for nodes their place in the tree
+    Namespace, ///< "namespace": the part of names up to a colon
+    Bone,      ///< "bone": a node that a skin follows
+    Property,  ///< "property": a user property
+    Field,     ///< "field"
+    Pose,      ///< "pose": a node's own transform, seen from where the left scene has its parent
+    WorldPose, ///< "world pose": where a node is in the world
+};
+
+std::string_view NameOf(Aspect aspect);
+
 /// One difference between two scenes.
 struct Difference
 {
     Topic topic = Topic::Rig;
     Change change = Change::Changed;
-    std::string object; ///< "node", "camera", "weighted mesh", "camera switcher"
-    std::string name;   ///< of the object; of several nodes that of the first
-    std::string
-        part{}; ///< a property ("user property \"mood\""), "bones" or a field; empty: the object as such
+    std::string object;                    ///< "node", "camera", "weighted mesh", "camera switcher"
+    std::string name;                      ///< of the object, of several that of the first
+    std::vector<std::string> more_names{}; ///< of the others of the list that changed in the same way
+    Aspect aspect = Aspect::Object;
+    std::string part{}; ///< the name of the property, the field or the bone; otherwise empty
 
     /// Nodes that it is about, one beside the other where both scenes have them.
     std::vector<std::uint32_t> left_nodes{};
     std::vector<std::uint32_t> right_nodes{};
 
-    /// What each has: the parent of a moved node, a value, a number of elements; may be empty.
+    /// What each has: the parent of a node, a value, a type, a number of elements; may be empty.
     std::string left{};
     std::string right{};
 
-    std::size_t below = 0;    ///< nodes below those that it is about and that go with them
-    std::size_t animated = 0; ///< nodes that the left scene moves, among all of these
+    std::size_t below = 0;     ///< nodes below those that it is about and that go with them
+    std::size_t animated = 0;  ///< nodes that the left scene moves, among all of these
+    std::size_t differing = 0; ///< elements of an array that differ
+    std::size_t elements = 0;  ///< of how many; 0: no array, or arrays of different lengths
     std::vector<Deviation> deviations{};
 };
 

@@ -2,7 +2,6 @@
 
 #include "compare/structure.h"
 #include "compare/values.h"
-#include "tev2_loader/names.h"
 
 #include <algorithm>
 #include <cmath>
@@ -38,6 +37,7 @@ void CompareTimeRanges(const TEV2& left, const TEV2& right, std::vector<Differen
     found.push_back({.topic = Topic::Scene,
                      .object = "scene",
                      .name = {},
+                     .aspect = Aspect::Field,
                      .part = "time range",
                      .left = TimesText(range),
                      .right = TimesText(other)});
@@ -83,11 +83,7 @@ private:
             Object& other = *right[right_of[index]];
             Difference like{.topic = std::is_same_v<Object, TEV2_CAMERA> ? Topic::Camera : Topic::Object,
                             .object = Singular(list.kind.title),
-                            .name = {}};
-            if constexpr (requires { object.name; })
-                like.name = Name(object);
-            else
-                like.name = ReadableText(object.fileName.Text());
+                            .name = NameOfObject(object)};
             values_.CompareFields(FieldsOf(object), FieldsOf(other), label, like);
             if constexpr (requires { object.properties; })
             {
@@ -143,6 +139,8 @@ void CompareNodeValues(TEV2& left, TEV2& right, const SceneMatch& match, ValueCo
         values.CompareProperties(node.properties, other.properties, like);
         if (node.userText == other.userText)
             continue;
+        like.topic = Topic::Object;
+        like.aspect = Aspect::Field;
         like.part = "user text";
         like.left = '"' + ReadableText(node.userText.Text()) + '"';
         like.right = '"' + ReadableText(other.userText.Text()) + '"';

@@ -213,7 +213,7 @@ private:
                               .left_nodes = {node.left},
                               .right_nodes = {node.right}};
         const bool in_world = !node.same_parent || !node.OffItself();
-        difference.part = in_world ? "world" : "";
+        difference.aspect = in_world ? Aspect::WorldPose : Aspect::Pose;
         for (const DeviationOverTime* deviation :
              {in_world ? &node.world_millimetres : &node.millimetres,
               in_world ? &node.world_degrees : &node.degrees, &node.scale})

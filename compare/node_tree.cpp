@@ -4,6 +4,7 @@
 #include "tev2_loader/tracks/visit_keys.h"
 
 #include <algorithm>
+#include <numeric>
 #include <type_traits>
 
 namespace tev2_compare
@@ -41,6 +42,7 @@ NodeTree::NodeTree(const TEV2_LOADER::TEV2_MATRIX_HIERARCHY& hierarchy)
         const auto parent = static_cast<std::uint32_t>(node.parentIndex);
         parents_.push_back(node.parentIndex >= 0 && parent < count ? parent : kNoNode);
     }
+    FindUniqueNames();
     BreakCircles();
     SortChildren();
     Walk();
@@ -64,6 +66,18 @@ std::string NodeTree::Path(std::uint32_t node) const
     return path;
 }
 
+void NodeTree::FindUniqueNames()
+{
+    std::vector<std::uint32_t> order(names_.size());
+    std::iota(order.begin(), order.end(), 0U);
+    const auto name_of = [this](std::uint32_t node) -> const std::string& { return names_[node]; };
+    std::ranges::sort(order, {}, name_of);
+    unique_.assign(names_.size(), true);
+    for (std::size_t at = 1; at < order.size(); ++at)
+        if (name_of(order[at - 1]) == name_of(order[at]))
+            unique_[order[at - 1]] = unique_[order[at]] = false;
+}
+
 void NodeTree::BreakCircles()
 {
     constexpr std::uint32_t kNever = 0;
@@ -74,8 +88,12 @@ void NodeTree::BreakCircles()
         std::uint32_t node = start;
         for (; node != kNoNode && seen_on[node] == kNever; node = parents_[node])
             seen_on[node] = walk;
-        if (node != kNoNode && seen_on[node] == walk)
-            parents_[node] = kNoNode;
+        if (node == kNoNode || seen_on[node] != walk)
+            continue;
+        std::uint32_t first = node;
+        for (std::uint32_t on = parents_[node]; on != node; on = parents_[on])
+            first = std::min(first, on);
+        parents_[first] = kNoNode;
     }
 }
 

@@ -26,6 +26,9 @@ public:
     /// As UTF-8.
     const std::string& Name(std::uint32_t node) const { return names_[node]; }
 
+    /// Whether no other node has its name.
+    bool IsUnique(std::uint32_t node) const { return unique_[node]; }
+
     std::uint32_t Parent(std::uint32_t node) const { return parents_[node]; }
 
     /// Relative to its parent at its first key.
@@ -41,11 +44,13 @@ public:
     std::string Path(std::uint32_t node) const;
 
 private:
+    void FindUniqueNames();
     void BreakCircles();
     void SortChildren();
     void Walk();
 
     std::vector<std::string> names_;
+    std::vector<bool> unique_;
     std::vector<std::uint32_t> parents_;
     std::vector<TEV2_LOADER::TEV2_VECTOR_3> first_places_;
     std::vector<std::uint32_t> first_child_; ///< by node; the top level after the last

@@ -1,6 +1,5 @@
 #include "compare/scene_match.h"
 
-#include "tev2_loader/names.h"
 #include "tev2_loader/up_axis.h"
 
 #include <algorithm>
@@ -24,14 +23,7 @@ std::vector<std::string> NamesIn(const std::vector<std::unique_ptr<Object>>& lis
 {
     std::vector<std::string> names;
     for (const auto& object : list)
-    {
-        if (!object)
-            names.emplace_back();
-        else if constexpr (requires { object->name; })
-            names.push_back(Name(*object));
-        else
-            names.push_back(ReadableText(object->fileName.Text()));
-    }
+        names.push_back(object ? NameOfObject(*object) : std::string());
     return names;
 }
 

@@ -2,6 +2,7 @@
 
 #include "compare/node_match.h"
 #include "compare/node_tree.h"
+#include "tev2_loader/names.h"
 #include "tev2_loader/tev2.h"
 
 #include <cstddef>
@@ -39,6 +40,16 @@ std::string LabelOf(const TEV2_LOADER::TEV2_INSTANCE_LIST& list);
 
 /// The list of a label; an empty one for others.
 const SceneMatch::List& ListOf(const SceneMatch& match, const std::string& label);
+
+/// The name of an object; of a reference without one the file that it leads to.
+template <typename Object>
+std::string NameOfObject(const Object& object)
+{
+    if constexpr (requires { object.name; })
+        return TEV2_LOADER::Name(object);
+    else
+        return TEV2_LOADER::ReadableText(object.fileName.Text());
+}
 
 /// The names of things in their order as numbers of pairs: each name's first with the first of the other side, and so
 /// on.

@@ -8,6 +8,9 @@
 #include <algorithm>
 #include <concepts>
 #include <functional>
+#include <map>
+#include <optional>
+#include <tuple>
 #include <utility>
 
 namespace tev2_compare
@@ -17,6 +20,8 @@ using namespace TEV2_LOADER;
 
 namespace
 {
+
+constexpr const char* kUpAxis = "up axis";
 
 bool Moves(const TEV2_ANIMATABLE* track)
 {
@@ -178,7 +183,7 @@ private:
         Difference& difference =
             One(namespaces, {std::string(NameSpace(name)), std::string(NameSpace(other_name))},
                 Change::Renamed, name);
-        difference.part = "namespace";
+        difference.aspect = Aspect::Namespace;
         difference.left = NameSpace(name);
         difference.right = NameSpace(other_name);
         difference.left_nodes.push_back(node);
@@ -250,20 +255,48 @@ private:
     std::vector<std::size_t> added_; ///< of the right tree
 };
 
+/// The same user property of several nodes is one difference.
+class PropertyDifferences
+{
+public:
+    explicit PropertyDifferences(std::vector<Difference>& found) : found_(found) {}
+
+    Difference& Add(const Difference& owner, Change change, const PropertyName& property,
+                    std::string_view left, std::string_view right)
+    {
+        const Key key{owner.object, change, property.name, left, right};
+        const auto known = by_property_.find(key);
+        const bool grouped = known != by_property_.end() && owner.object == "node";
+        Difference& difference = grouped ? found_[known->second] : found_.emplace_back(owner);
+        if (grouped)
+        {
+            difference.left_nodes.push_back(owner.left_nodes.front());
+            difference.right_nodes.push_back(owner.right_nodes.front());
+            return difference;
+        }
+        by_property_[key] = found_.size() - 1;
+        difference.change = change;
+        difference.aspect = Aspect::Property;
+        difference.part = property.name;
+        difference.left = left;
+        difference.right = right;
+        return difference;
+    }
+
+private:
+    using Key = std::tuple<std::string, Change, std::string, std::string_view, std::string_view>;
+
+    std::vector<Difference>& found_;
+    std::map<Key, std::size_t> by_property_;
+};
+
 /// User properties by name and type.
 void CompareProperties(const TEV2_EXTENDED_PROPERTIES& left, const TEV2_EXTENDED_PROPERTIES& right,
-                       const Difference& owner, std::vector<Difference>& found)
+                       const Difference& owner, PropertyDifferences& found)
 {
     const auto left_names = PropertiesOf(left);
     const auto right_names = PropertiesOf(right);
     const SceneMatch::List match = MatchProperties(left_names, right_names);
-    const auto add = [&](Change change, const PropertyName& property) -> Difference&
-    {
-        found.push_back(owner);
-        found.back().change = change;
-        found.back().part = property.name;
-        return found.back();
-    };
     std::multimap<std::string, std::size_t> only_right;
     for (std::size_t index = 0; index < right_names.size(); ++index)
         if (match.left_of[index] == kNone)
@@ -273,23 +306,25 @@ void CompareProperties(const TEV2_EXTENDED_PROPERTIES& left, const TEV2_EXTENDED
         if (match.right_of[index] != kNone)
             continue;
         const auto same_name = only_right.find(left_names[index].name);
-        const bool retyped = same_name != only_right.end();
-        Difference& difference = add(retyped ? Change::Retyped : Change::Missing, left_names[index]);
-        difference.left = NameOf(left_names[index].type);
-        if (!retyped)
+        if (same_name == only_right.end())
+        {
+            found.Add(owner, Change::Missing, left_names[index], NameOf(left_names[index].type), {});
             continue;
-        difference.right = NameOf(right_names[same_name->second].type);
+        }
+        found.Add(owner, Change::Retyped, left_names[index], NameOf(left_names[index].type),
+                  NameOf(right_names[same_name->second].type));
         only_right.erase(same_name);
     }
     for (const auto& [name, index] : only_right)
-        add(Change::Added, right_names[index]).right = NameOf(right_names[index].type);
+        found.Add(owner, Change::Added, right_names[index], {}, NameOf(right_names[index].type));
 }
 
 /// Objects of lists: which there are, at which nodes, of which types.
 class ObjectComparison
 {
 public:
-    ObjectComparison(const SceneMatch& match, std::vector<Difference>& found) : match_(match), found_(found)
+    ObjectComparison(const SceneMatch& match, std::vector<Difference>& found)
+        : match_(match), found_(found), properties_(found)
     {
     }
 
@@ -297,33 +332,42 @@ public:
     void CompareList(const std::string& title, const SceneMatch::List& list, const TEV2::Array<Object>& left,
                      const TEV2::Array<Object>& right)
     {
+        std::optional<Difference> missing;
+        std::optional<Difference> added;
         for (std::size_t index = 0; index < left.size(); ++index)
         {
             if (!left[index])
                 continue;
             const std::uint32_t other = list.right_of[index];
             if (other == kNone || !right[other])
-                Add(Change::Missing, title, *left[index]);
+                AddName(missing, Change::Missing, title, *left[index]);
             else
                 Compare(title, *left[index], *right[other]);
         }
         for (std::size_t index = 0; index < right.size(); ++index)
             if (right[index] && (list.left_of[index] == kNone || !left[list.left_of[index]]))
-                Add(Change::Added, title, *right[index]);
+                AddName(added, Change::Added, title, *right[index]);
+        for (auto& difference : {&missing, &added})
+            if (difference->has_value())
+                found_.push_back(std::move(**difference));
     }
 
 private:
     template <typename Object>
+    static void AddName(std::optional<Difference>& difference, Change change, const std::string& title,
+                        const Object& object)
+    {
+        if (difference)
+            difference->more_names.push_back(NameOfObject(object));
+        else
+            difference = {.change = change, .object = Singular(title), .name = NameOfObject(object)};
+    }
+
+    template <typename Object>
     Difference& Add(Change change, const std::string& title, const Object& object)
     {
-        Difference& difference = found_.emplace_back();
-        difference.change = change;
-        difference.object = Singular(title);
-        if constexpr (requires { object.name; })
-            difference.name = Name(object);
-        else
-            difference.name = ReadableText(object.fileName.Text());
-        return difference;
+        return found_.emplace_back(
+            Difference{.change = change, .object = Singular(title), .name = NameOfObject(object)});
     }
 
     template <typename Object>
@@ -365,7 +409,7 @@ private:
         if constexpr (requires { left.properties; })
         {
             const Difference owner{.object = Singular(title), .name = Name(left)};
-            CompareProperties(left.properties, right.properties, owner, found_);
+            CompareProperties(left.properties, right.properties, owner, properties_);
         }
         if constexpr (requires { left.skin; })
             CompareBones(title, left, right);
@@ -409,12 +453,13 @@ private:
                  const std::string& bone)
     {
         Difference& difference = Add(change, title, mesh);
-        difference.part = "bones";
-        (change == Change::Missing ? difference.left : difference.right) = bone;
+        difference.aspect = Aspect::Bone;
+        difference.part = bone;
     }
 
     const SceneMatch& match_;
     std::vector<Difference>& found_;
+    PropertyDifferences properties_;
 };
 
 void CompareUpAxes(const TEV2& left, const TEV2& right, std::vector<Difference>& found)
@@ -425,7 +470,8 @@ void CompareUpAxes(const TEV2& left, const TEV2& right, std::vector<Difference>&
         return;
     found.push_back({.object = "scene",
                      .name = {},
-                     .part = "up axis",
+                     .aspect = Aspect::Field,
+                     .part = kUpAxis,
                      .left = UpAxisName(left_axis),
                      .right = UpAxisName(right_axis)});
 }
@@ -438,6 +484,8 @@ std::vector<bool> AnimatedNodes(const TEV2& scene)
     for (const TEV2_MATRIX_NODE& node : scene.matrixHierarchy.nodes)
         animated.push_back(Moves(node.translation.get()) || Moves(node.rotation.get()) ||
                            Moves(node.scale.get()) || Moves(node.properties));
+    if (std::ranges::find(animated, true) == animated.end())
+        animated.assign(animated.size(), true);
     return animated;
 }
 
@@ -446,6 +494,7 @@ std::vector<Difference> CompareStructure(const TEV2& left, const TEV2& right, co
     std::vector<Difference> found;
     CompareUpAxes(left, right, found);
     NodeComparison(left, match, found).Run();
+    PropertyDifferences properties(found);
     const auto& left_nodes = left.matrixHierarchy.nodes;
     for (std::uint32_t node = 0; node < left_nodes.size(); ++node)
     {
@@ -457,7 +506,7 @@ std::vector<Difference> CompareStructure(const TEV2& left, const TEV2& right, co
                                .left_nodes = {node},
                                .right_nodes = {other}};
         CompareProperties(left_nodes[node].properties, right.matrixHierarchy.nodes[other].properties, owner,
-                          found);
+                          properties);
     }
     ObjectComparison objects(match, found);
     VisitLists(left,
@@ -476,11 +525,11 @@ std::vector<std::size_t> Obstacles(const std::vector<Difference>& differences)
     for (std::size_t index = 0; index < differences.size(); ++index)
     {
         const Difference& difference = differences[index];
-        const bool node = difference.object == "node" && difference.animated > 0 &&
+        const bool node = difference.animated > 0 &&
                           (difference.change == Change::Missing || difference.change == Change::Renamed ||
                            difference.change == Change::Moved);
-        const bool axes =
-            difference.part == "up axis" && difference.left != "unknown" && difference.right != "unknown";
+        const bool axes = difference.object == "scene" && difference.part == kUpAxis &&
+                          difference.left != "unknown" && difference.right != "unknown";
         if (node || axes)
             obstacles.push_back(index);
     }

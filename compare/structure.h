@@ -32,7 +32,7 @@ std::vector<Difference> CompareStructure(const TEV2_LOADER::TEV2& left, const TE
 /// that stay as they are, except where something below them is animated.
 std::vector<std::size_t> Obstacles(const std::vector<Difference>& differences);
 
-/// By node, whether it is animated.
+/// By node, whether it is animated. In a scene where nothing moves every node is: it is a pose.
 std::vector<bool> AnimatedNodes(const TEV2_LOADER::TEV2& scene);
 
 } // namespace tev2_compare

@@ -215,7 +215,6 @@ void ValueComparison::CompareNumbers(const NumberBlock& left, const NumberBlock&
     const Meaning meaning = left.whole ? Meaning{Unit::Value, 1.0} : MeaningOf(label);
     double largest = 0.0;
     double worst = 0.0;
-    std::size_t worst_at = 0;
     std::size_t differing = 0; // elements
     std::size_t last = count;  // element
     for (std::size_t i = 0; i < count; ++i)
@@ -229,18 +228,14 @@ void ValueComparison::CompareNumbers(const NumberBlock& left, const NumberBlock&
             last = i / left.width;
             ++differing;
         }
-        if (apart > worst)
-        {
-            worst = apart;
-            worst_at = i / left.width;
-        }
+        worst = std::max(worst, apart);
     }
     const double off = DistanceOf({0.0}, {worst}, meaning, largest);
     if (!(off > tolerance_.Of(meaning.unit)))
         return;
     Difference& difference = found_.emplace_back(like);
-    difference.left = SizeText(differing, "of ") + SizeText(left.elements, "differ");
-    difference.right = "element " + std::to_string(worst_at) + " most";
+    difference.differing = differing;
+    difference.elements = left.elements;
     difference.deviations.push_back(
         {.unit = meaning.unit, .worst = left.whole ? 0.0 : off, .over_time = false});
 }
@@ -318,6 +313,7 @@ void ValueComparison::AddOnlyIn(const std::vector<FieldValue>& fields,
         last = part;
         Difference& difference = found_.emplace_back(like);
         difference.change = change;
+        difference.aspect = Aspect::Field;
         difference.part = part;
     }
 }
@@ -333,6 +329,7 @@ void ValueComparison::CompareFields(const std::vector<FieldValue>& left, const s
         if (elsewhere)
             return;
         Difference difference = like;
+        difference.aspect = Aspect::Field;
         difference.part = a.path;
         CompareField(a, b, list, difference);
     };
@@ -371,6 +368,7 @@ void ValueComparison::CompareProperties(TEV2_EXTENDED_PROPERTIES& left, TEV2_EXT
         const PropertyName& property = left_names[index];
         const std::size_t other = right_names[match.right_of[index]].index;
         Difference difference = like;
+        difference.aspect = Aspect::Property;
         difference.part = property.name;
         const auto compare = [&](auto& values, auto& others)
         { CompareTracks(values[property.index].track.get(), others[other].track.get(), "", difference); };

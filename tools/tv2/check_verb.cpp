@@ -157,6 +157,11 @@ public:
             {.name = "--files",
              .value = &look_for_.files,
              .help = "Look whether the images that a scene names are there, beside the file"},
+            {.name = "--like",
+             .value = &like_,
+             .help = "Look whether the animation fits the rig in this .tv2 file: every animated node is "
+                     "there, below the same parents",
+             .check = NotEmpty},
         };
     }
 
@@ -164,6 +169,8 @@ public:
     {
         if (look_for_.files && std::ranges::find(files_, kStandardInput) != files_.end())
             return "--files needs to know the folder of the file, but FILE is standard input";
+        if (like_ == kStandardInput)
+            return "--like cannot be standard input";
         return files_.empty() && !codes_ ? "FILE is required" : "";
     }
 
@@ -171,6 +178,14 @@ public:
     {
         if (codes_)
             return PrintCodes(context);
+        LoadedFile rig;
+        if (!like_.empty())
+        {
+            const TEV2_LOADER::Status read = ReadFile(like_, rig);
+            if (!read || !rig.loaded)
+                return context.Fail(like_, read ? WhyNotLoaded(rig) : read.Reason(), kExitCouldNotRun);
+            look_for_.like = rig.scene.get();
+        }
         AnswerForEachFile(files_, context,
                           [&](LoadedFile& file) -> Json
                           {
@@ -191,6 +206,7 @@ private:
     std::vector<std::string> files_;
     bool codes_ = false;
     bool all_ = false;
+    std::string like_;
     CheckOptions look_for_;
 };
 
@@ -201,6 +217,7 @@ const VerbRegistration kCheckVerb({
     .examples = "tv2 check takes/*.tv2\n"
                 "tv2 check --json walk.tv2 | jq -r '.files[].findings[].code'\n"
                 "tv2 check --files scene.tv2\n"
+                "tv2 check --like hero.tv2 takes/*.tv2\n"
                 "tv2 check --codes",
     .remarks =
         "Exit code: 0: no errors or warnings (notes do not count); 1: errors or warnings; 2: a file cannot "

@@ -55,7 +55,7 @@ std::string NameAt(const TEV2& scene, std::string_view path)
     return name;
 }
 
-constexpr LintGroupRow (*kGroups[])() = {FileLint, TrackLint, ObjectLint, MaterialLint, MeshLint};
+constexpr LintGroupRow (*kGroups[])() = {FileLint, TrackLint, ObjectLint, MaterialLint, MeshLint, LikeLint};
 
 /// Hands every field to every group.
 class AllGroups : public TEV2_FIELD_VISITOR

@@ -30,6 +30,9 @@ struct Finding
 struct CheckOptions
 {
     bool files = false; ///< whether the images that a scene names exist
+
+    /// The rig that the animation has to fit; not owned, null: none.
+    const TEV2_LOADER::TEV2* like = nullptr;
 };
 
 /// What the loader reported, and for a file that was loaded what looks wrong in it, by offset.

@@ -94,6 +94,7 @@ LintGroupRow TrackLint();    ///< hierarchy, tracks, numbers
 LintGroupRow ObjectLint();   ///< indices, instances, splines
 LintGroupRow MaterialLint(); ///< lights, materials, maps
 LintGroupRow MeshLint();     ///< meshes
+LintGroupRow LikeLint();     ///< whether it fits a rig
 
 inline std::string QuotedName(const TEV2_LOADER::TEV2_WIDE_STRING& name)
 {
