@@ -41,10 +41,11 @@ struct Comparison
 
 /// Compares two scenes by name. What is not in both is a difference of the structure, and its values are not compared.
 ///
-/// Values over time are compared at the key times of both and between them, floats in percent of the largest value that
-/// a track has, distances of cameras and positions of vertices in millimetres, angles of lenses in degrees, whole numbers,
-/// texts, indices and bytes exactly; indices of nodes, materials and lights count as the same where what they lead to is.
-/// The information record is left out: it says when and by whom a file was written. Changes the time of both scenes.
+/// Values over time are compared at the key times of both and between them: floats in percent of the largest value that
+/// a track has, distances of cameras and positions of vertices in millimetres, angles of lenses in degrees, and whole
+/// numbers, texts, indices and bytes exactly. Indices of nodes, materials and lights are the same where what they lead
+/// to is. The information record is left out: it says when and by whom a file was written. Changes the time of both
+/// scenes.
 Comparison CompareScenes(TEV2_LOADER::TEV2& left, TEV2_LOADER::TEV2& right, const SceneMatch& match,
                          const CompareOptions& options);
 

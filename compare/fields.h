@@ -56,8 +56,8 @@ struct FieldValue
         value;
 };
 
-/// Lists what the fields of a record hold, those of the records inside it, too, but not user properties. The record must
-/// outlive the list.
+/// Lists what the fields of a record hold, those of the records inside it, too, but not user properties. The record
+/// must outlive the list.
 class FieldArchive
 {
 public:

@@ -37,9 +37,9 @@ public:
 
     void Add(const TEV2_LOADER::TEV2_ANIMATABLE* track);
 
-    /// The key times within the span, both ends of it, and the middle of every two neighbours. Times less than a tenth of
-    /// a millisecond apart are one, the last of them: exports at different rates round them differently. Of more than
-    /// `most` every n-th is taken, and the last.
+    /// The key times within the span, both ends of it, and the middle of every two neighbours. Times less than a tenth
+    /// of a millisecond apart are one, the last of them: exports at different rates round them differently. Of more
+    /// than `most` every n-th is taken, and the last.
     Instants Take(std::size_t most);
 
 private:

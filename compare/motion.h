@@ -29,8 +29,8 @@ struct MotionComparison
 /// Compares at the key times of both scenes within `span`, and between them.
 ///
 /// A node is off by itself when its own transform, seen from the place where the left scene has its parent, is off:
-/// millimetres and degrees are those of the world. A node that has moved to another parent is compared in the world, and
-/// so is one that is off because small deviations above it add up: Aspect::WorldPose.
+/// millimetres and degrees are those of the world. A node that has moved to another parent is compared in the world,
+/// and so is one that is off because small deviations above it add up: Aspect::WorldPose.
 ///
 /// In the world, 1e-6 of the coordinate is added to the tolerance, which is what single precision keeps of it.
 MotionComparison CompareMotion(TEV2_LOADER::TEV2& left, TEV2_LOADER::TEV2& right, const SceneMatch& match,

@@ -14,8 +14,8 @@ namespace
 
 using Arguments = std::vector<std::string>;
 
-const Arguments kVerbs = {"export", "scene", "menu",    "info", "tree",   "dump",
-                          "check",  "hash",  "picture", "view", "convert"};
+const Arguments kVerbs = {"export", "scene", "menu", "info",    "tree", "dump",
+                          "check",  "diff",  "hash", "picture", "view", "convert"};
 const Arguments kFileVerbs = {"info", "tree",    "dump", "check",
                               "hash", "picture", "view"}; // they read .tv2 files
 
@@ -100,6 +100,10 @@ TEST_F(UsageTest, BadUsageCannotRunAndSaysWhatWasProbablyMeant)
          "there is no option --no-keep-positive-y (did you mean \"--no-keep-positive-z\"?)"},
         {{"export", "--select", "A", "B", "a.bvh", "b.tv2"},
          "tv2 export: one argument too many"}, // one name at a time
+        {{"diff", "a.tv2"}, "tv2 diff: OTHER is required"},
+        {{"diff", "-", "-"}, "tv2 diff: only one file can be standard input"},
+        {{"diff", "--tolerance-mm", "-1", "a.tv2", "b.tv2"}, "needs a number that is not negative"},
+        {{"check", "--like", "-", "a.tv2"}, "tv2 check: --like cannot be standard input"},
         {{"dump", "a.tv2", "b.tv2"}, "tv2 dump: one argument too many: \"b.tv2\""},
         {{"dump", "--keys", "many", "a.tv2"}, "--keys = many"},
         {{"dump", "--keys", "-1", "a.tv2"}, "--keys: is below 0"},
@@ -197,6 +201,7 @@ TEST_F(UsageTest, JsonOfWhatCouldNotRunHasTheError)
         {"tree", none},
         {"dump", none},
         {"check", none},
+        {"diff", none, none},
         {"hash", none},
         {"picture", none, Path("a.svg")},
         {"view", none},
