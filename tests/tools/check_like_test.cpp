@@ -13,7 +13,7 @@ namespace
 
 using CheckLikeTest = ToolTest;
 
-TEV2_MATRIX_NODE& Node(TEV2& scene, std::size_t index)
+TEV2_MATRIX_NODE& RigNode(TEV2& scene, std::size_t index)
 {
     return scene.matrixHierarchy.nodes[index];
 }
@@ -23,14 +23,15 @@ void AddNode(TEV2& scene, std::int32_t parent, const char* name, float to)
     TEV2_MATRIX_NODE& node = scene.matrixHierarchy.nodes.emplace_back();
     node.parentIndex = parent;
     node.translation = MakeTrack<TEV2_ANIMATABLE_VECTOR_3_LINEAR>({{0.0f, {1, 0, 0}}, {1.0f, {to, 0, 0}}});
+    node.rotation = ConstantTrack<TEV2_ANIMATABLE_QUATERNION_SLERP>({});
     ASSERT_TRUE(SetName(node, name));
 }
 
 /// Makes node 0 the root of an exported scene.
 void MakeRoot(TEV2& scene, const TEV2_QUATERNION& rotation)
 {
-    Node(scene, 0).translation = nullptr;
-    Node(scene, 0).rotation = ConstantTrack<TEV2_ANIMATABLE_QUATERNION_SLERP>(rotation);
+    RigNode(scene, 0).translation = ConstantTrack<TEV2_ANIMATABLE_VECTOR_3_LINEAR>({});
+    RigNode(scene, 0).rotation = ConstantTrack<TEV2_ANIMATABLE_QUATERNION_SLERP>(rotation);
 }
 
 // The rig is the sound scene, Scene/Hips/Camera, with a tail below the hips.
@@ -56,11 +57,11 @@ TEST_F(CheckLikeTest, EachWayNotToFitHasACode)
         {"rig-node-missing", node + "3]", R"("Nail" below "Camera" is missing)",
          [](TEV2& scene) { AddNode(scene, 2, "Nail", 2); }},
         {"rig-node-moved", node + "2]", R"("Camera" has moved, to below "Hips" from below "Scene")",
-         [](TEV2& scene) { Node(scene, 2).parentIndex = 0; }},
+         [](TEV2& scene) { RigNode(scene, 2).parentIndex = 0; }},
         {"rig-node-renamed", node + "1]", R"("Pelvis" is called "Hips")",
-         [](TEV2& scene) { ASSERT_TRUE(SetName(Node(scene, 1), "Pelvis")); }},
+         [](TEV2& scene) { ASSERT_TRUE(SetName(RigNode(scene, 1), "Pelvis")); }},
         {"rig-node-renamed", node + "1]", R"("ann:Hips" has no namespace instead of the namespace "ann:")",
-         [](TEV2& scene) { ASSERT_TRUE(SetName(Node(scene, 1), "ann:Hips")); }},
+         [](TEV2& scene) { ASSERT_TRUE(SetName(RigNode(scene, 1), "ann:Hips")); }},
         {"rig-up-axis", "", "up axis: +Z instead of -Z",
          [](TEV2& scene) {
              MakeRoot(scene, {0, 1, 0, 0});
