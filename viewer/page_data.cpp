@@ -3,6 +3,7 @@
 #include "tev2_loader/up_axis.h"
 
 #include <algorithm>
+#include <array>
 #include <type_traits>
 
 namespace tev2_viewer
@@ -33,7 +34,11 @@ private:
     void Material(const TEV2_MATERIAL* material);
     void Meshes();
     template <typename Mesh>
-    void MeshesOf(const TEV2::Array<Mesh>& meshes, std::string_view kind);
+    void MeshesOf(const TEV2::Array<Mesh>& meshes, std::string_view kind, std::size_t instance_list);
+    void Parts(const std::vector<TEV2_TRI_SUB_OBJECT>& parts);
+    void MaterialIndex(std::uint32_t material);
+    void Instances();
+    void Instance(const TEV2_INSTANCE& instance, std::int64_t mesh);
     template <typename Mesh>
     void MeshOf(const Mesh& mesh, std::string_view kind);
     void Vertices(const TEV2_RIGID_VERTICES& vertices);
@@ -64,6 +69,9 @@ private:
     const TEV2& scene_;
     JsonText& json_;
     Words& words_;
+    std::int64_t mesh_count_ = 0;
+    /// What the page calls the meshes that an instance list repeats; -1 where it does not show one.
+    std::array<std::vector<std::int64_t>, TEV2::kInstanceLists> meshes_of_list_;
 };
 
 void SceneWriter::Refer(const Words::Run& run)
@@ -270,6 +278,24 @@ void SceneWriter::Skin(const TEV2_SKIN& skin)
     json_.EndObject();
 }
 
+void SceneWriter::MaterialIndex(std::uint32_t material)
+{
+    json_.Number(material < scene_.materials.size() ? std::int64_t{material} : -1);
+}
+
+void SceneWriter::Parts(const std::vector<TEV2_TRI_SUB_OBJECT>& parts)
+{
+    json_.Key("parts").BeginArray();
+    for (const TEV2_TRI_SUB_OBJECT& part : parts)
+    {
+        json_.BeginObject().Key("material");
+        MaterialIndex(part.material);
+        Column("corners", part.triangles);
+        json_.EndObject();
+    }
+    json_.EndArray();
+}
+
 template <typename Mesh>
 void SceneWriter::MeshOf(const Mesh& mesh, std::string_view kind)
 {
@@ -278,16 +304,7 @@ void SceneWriter::MeshOf(const Mesh& mesh, std::string_view kind)
     json_.Key("kind").Text(kind);
     Track("visibility", mesh.visibility.get());
     Vertices(*mesh.vertices);
-    json_.Key("parts").BeginArray();
-    for (const TEV2_TRI_SUB_OBJECT& part : mesh.subObjects)
-    {
-        json_.BeginObject();
-        const bool has_material = part.material < scene_.materials.size();
-        json_.Key("material").Number(has_material ? std::int64_t{part.material} : -1);
-        Column("corners", part.triangles);
-        json_.EndObject();
-    }
-    json_.EndArray();
+    Parts(mesh.subObjects);
     if constexpr (requires { mesh.targets; })
         Targets(mesh.targets);
     if constexpr (requires { mesh.skin; })
@@ -296,19 +313,55 @@ void SceneWriter::MeshOf(const Mesh& mesh, std::string_view kind)
 }
 
 template <typename Mesh>
-void SceneWriter::MeshesOf(const TEV2::Array<Mesh>& meshes, std::string_view kind)
+void SceneWriter::MeshesOf(const TEV2::Array<Mesh>& meshes, std::string_view kind, std::size_t instance_list)
 {
     for (const auto& mesh : meshes)
-        if (mesh && mesh->IsTyped())
+    {
+        const bool shown = mesh && mesh->IsTyped();
+        meshes_of_list_[instance_list].push_back(shown ? mesh_count_++ : -1);
+        if (shown)
             MeshOf(*mesh, kind);
+    }
 }
 
 void SceneWriter::Meshes()
 {
-    MeshesOf(scene_.rigids, "rigid");
-    MeshesOf(scene_.animMeshes, "anim");
-    MeshesOf(scene_.morphMeshes, "morph");
-    MeshesOf(scene_.weightedMeshes, "weighted");
+    MeshesOf(scene_.rigids, "rigid", 5);
+    MeshesOf(scene_.animMeshes, "anim", 0);
+    MeshesOf(scene_.morphMeshes, "morph", 4);
+    MeshesOf(scene_.weightedMeshes, "weighted", 6);
+}
+
+/// A mesh again. Its triangles and materials are those of the mesh, unless it has its own.
+void SceneWriter::Instance(const TEV2_INSTANCE& instance, std::int64_t mesh)
+{
+    json_.BeginObject();
+    Placed(instance);
+    json_.Key("mesh").Number(mesh);
+    if (const auto* differing = dynamic_cast<const TEV2_GEOM_INSTANCE_DIFFERING_MATERIALS*>(&instance))
+    {
+        json_.Key("materials").BeginArray();
+        for (const std::uint32_t material : differing->materials)
+            MaterialIndex(material);
+        json_.EndArray();
+    }
+    if (const auto* differing = dynamic_cast<const TEV2_GEOM_INSTANCE_DIFFERING_SUB_OBJECTS*>(&instance))
+        Parts(differing->subObjects);
+    json_.EndObject();
+}
+
+void SceneWriter::Instances()
+{
+    for (std::size_t list = 0; list < TEV2::kInstanceLists; ++list)
+    {
+        const std::vector<std::int64_t>& meshes = meshes_of_list_[list];
+        for (const auto& instance : scene_.instanceLists[list])
+        {
+            const bool has_source = instance && instance->IsTyped() && instance->source < meshes.size();
+            if (has_source && meshes[instance->source] >= 0)
+                Instance(*instance, meshes[instance->source]);
+        }
+    }
 }
 
 /// Objects of which a page shows no more than that they are there.
@@ -352,6 +405,8 @@ void SceneWriter::Write(const std::string& title, bool with_meshes)
     json_.EndArray().Key("meshes").BeginArray();
     if (with_meshes)
         Meshes();
+    json_.EndArray().Key("instances").BeginArray();
+    Instances();
     json_.EndArray().EndObject();
 }
 

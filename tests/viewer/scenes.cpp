@@ -140,6 +140,10 @@ void AddMeshes(TEV2& scene)
     FillSkin(*body.skin, 25, true);
     body.targets.push_back(Target(3));
     FillSkin(*AddGrid(scene.weightedMeshes, u"Coat", kNone).skin, 25, false);
+    auto again = std::make_unique<TEV2_GEOM_INSTANCE>();
+    again->value = 9;
+    again->source = 0;
+    scene.instanceLists[4].push_back(std::move(again)); // the morph mesh
 }
 
 TEV2_CAMERA& AddCamera(TEV2& scene, std::u16string_view name, std::uint32_t node, float inverse_aspect)
@@ -233,6 +237,12 @@ void FillWrong(TEV2& scene)
     scene.rigids[0]->value = 4000;
     scene.rigids[0]->vertices->positions[0] = {kNan, INFINITY, 3e38f};
     scene.animMeshes[0]->vertices->tracks[0].position->m_times.clear();
+    for (auto& instance : scene.instanceLists[5])
+        instance->value = 4000;
+    auto& corners = dynamic_cast<TEV2_GEOM_INSTANCE_DIFFERING_SUB_OBJECTS&>(*scene.instanceLists[5][1]);
+    corners.subObjects[0].triangles = {{0, 1, 4000}};
+    scene.instanceLists[5].push_back(std::make_unique<TEV2_GEOM_INSTANCE>());
+    scene.instanceLists[5][2]->source = 4000;
 }
 
 void Save(const std::string& folder, const char* name, void (*fill)(TEV2&))

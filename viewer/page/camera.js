@@ -124,11 +124,18 @@ class FreeView {
     this.distance = Math.min(1e6, Math.max(1e-5, this.distance * factor));
   }
 
-  /** Shows a sphere whole. */
-  frame(centre, radius, aspect) {
-    this.target = [...centre];
-    const smaller = Math.atan(Math.tan(kDefaultAngle / 2) * Math.min(1, aspect));
-    this.distance = Math.min(1e6, Math.max(1e-4, radius) / Math.sin(smaller));
+  /** Shows a box whole, from where the view looks. @param {Box} box */
+  frame(box, aspect) {
+    this.target = box.centre();
+    const {world} = this.eye(0);
+    const tangent = Math.tan(kDefaultAngle / 2);
+    let distance = 1e-4;
+    for (const corner of box.corners()) {
+      const offset = corner.map((value, i) => value - this.target[i]);
+      const [x, y, z] = [0, 1, 2].map(axis => [0, 1, 2].reduce((sum, i) => sum + world[4 * i + axis] * offset[i], 0));
+      distance = Math.max(distance, z + Math.max(Math.abs(y), Math.abs(x) / aspect) / tangent);
+    }
+    this.distance = Math.min(1e6, 1.1 * distance);
   }
 }
 

@@ -19,7 +19,7 @@ const objectsOfScenes = new WeakMap();
 function ObjectsOn(scene, node) {
   if (!objectsOfScenes.has(scene)) {
     const found = new Map();
-    for (const object of [...scene.cameras, ...scene.lights, ...scene.helpers, ...scene.meshes]) {
+    for (const object of [...scene.cameras, ...scene.lights, ...scene.helpers, ...scene.meshes, ...scene.instances]) {
       if (found.has(object.node)) found.get(object.node).push(object);
       else found.set(object.node, [object]);
     }

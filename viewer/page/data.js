@@ -81,6 +81,13 @@
  * @property {Float32Array} binds from bind space to each bone, 12 numbers each: three rows of four; or empty: the
  *     inverse of the bones' world at the start
  *
+ * @typedef {Object} Instance A mesh again, at a node of its own.
+ * @property {string} name
+ * @property {number} node
+ * @property {Property[]} properties
+ * @property {number} mesh index
+ * @property {{material: number, corners: Uint32Array}[]} parts as of a mesh
+ *
  * @typedef {Object} Scene
  * @property {number} index in the page
  * @property {string} title
@@ -94,6 +101,7 @@
  * @property {Marker[]} helpers
  * @property {Material[]} materials
  * @property {Mesh[]} meshes
+ * @property {Instance[]} instances
  */
 
 /** Numbers in a value of each kind of track. */
@@ -118,13 +126,9 @@ class SceneReader {
     this.cardinals = new Uint32Array(words);
   }
 
+  /** The words at a place: [first, how many]. */
   run(place, array = this.floats) {
     return place ? array.subarray(place[0], place[0] + place[1]) : array.subarray(0, 0);
-  }
-
-  /** A column of vectors or matrices, whose place counts them. */
-  column(place, width, array = this.floats) {
-    return place ? array.subarray(place[0], place[0] + place[1] * width) : array.subarray(0, 0);
   }
 
   /** Keys that have both a time and a value; a value alone is a constant, nothing is zero or no rotation. */
@@ -193,7 +197,7 @@ class SceneReader {
   target(target) {
     return {
       name: target.name, weight: this.track(target.weight), vertices: this.run(target.vertices, this.cardinals),
-      positions: this.column(target.positions, 3), normals: this.column(target.normals, 3),
+      positions: this.run(target.positions), normals: this.run(target.normals),
     };
   }
 
@@ -205,16 +209,28 @@ class SceneReader {
     };
   }
 
+  /** Triangles, 3 corners a count; without those that a mesh has no vertices for. */
+  parts(parts, vertices) {
+    return parts.map(({material, corners}) => ({material, corners: this.run(corners, this.cardinals)}))
+        .filter(({corners}) => corners.every(corner => corner < vertices));
+  }
+
   mesh(mesh, index) {
-    const parts = mesh.parts.map(({material, corners}) => ({material, corners: this.run(corners, this.cardinals)}));
     return Object.assign(this.placed(mesh, index), {
       kind: mesh.kind, vertices: mesh.vertices, visibility: this.track(mesh.visibility),
       positions: this.run(mesh.positions), normals: this.run(mesh.normals),
       positionTracks: this.vertexTracks(mesh.positionTracks), normalTracks: this.vertexTracks(mesh.normalTracks),
-      parts: parts.filter(({corners}) => corners.every(corner => corner < mesh.vertices)),
+      parts: this.parts(mesh.parts, mesh.vertices),
       targets: (mesh.targets || []).map(target => this.target(target)),
       skin: mesh.skin ? this.skin(mesh.skin) : null,
     });
+  }
+
+  instance(instance, index, meshes) {
+    const {mesh, materials} = instance;
+    const own = instance.parts ? this.parts(instance.parts, meshes[mesh].vertices) : meshes[mesh].parts;
+    const parts = materials ? own.map((part, i) => ({...part, material: materials[i] ?? -1})) : own;
+    return Object.assign(this.placed(instance, index), {mesh, parts});
   }
 
   scene(header, index) {
@@ -231,6 +247,7 @@ class SceneReader {
       materials: header.materials.map(material => this.material(material)),
       meshes: header.meshes.map((mesh, i) => this.mesh(mesh, i)),
     };
+    scene.instances = header.instances.map((instance, i) => this.instance(instance, i, scene.meshes));
     for (const node of scene.nodes) {
       if (node.parent >= 0) scene.nodes[node.parent].children.push(node.index);
       node.keyCount = KeyTimes([node.translation, node.rotation, node.scale]).length;

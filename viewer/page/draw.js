@@ -2,10 +2,12 @@
 
 // Drawing with WebGL, by three.js. Everything that moves is worked out before and only uploaded here.
 
+class NoWebGl extends Error {}
+
 /** Whether WebGL is done by the processor, which is too slow for smooth edges. Throws where there is none. */
 function DrawsInSoftware() {
   const context = document.createElement("canvas").getContext("webgl");
-  if (!context) throw new Error("no WebGL");
+  if (!context) throw new NoWebGl("no WebGL");
   const names = context.getExtension("WEBGL_debug_renderer_info");
   const renderer = names ? String(context.getParameter(names.UNMASKED_RENDERER_WEBGL)) : "";
   const ending = context.getExtension("WEBGL_lose_context");
@@ -72,32 +74,40 @@ class GlLayer {
     this.group = HandMoved(new THREE.Group());
     Place(this.group, layer.mirror);
     const {bones, scene} = layer;
-    this.lineMaterial = new THREE.LineBasicMaterial();
+    // Bones are seen through surfaces.
+    this.lineMaterial = new THREE.LineBasicMaterial({depthTest: false, transparent: true});
     this.lines = HandMoved(new THREE.LineSegments(MovingGeometry(2 * bones.length), this.lineMaterial));
-    this.pointMaterial = new THREE.PointsMaterial({size: 4, sizeAttenuation: false});
+    this.pointMaterial = new THREE.PointsMaterial({size: 4, sizeAttenuation: false, depthTest: false, transparent: true});
     this.points = HandMoved(new THREE.Points(MovingGeometry(scene.nodes.length), this.pointMaterial));
     this.solid = null; // made when first wanted
     this.cameras = scene.cameras.map(() => {
       const material = new THREE.LineBasicMaterial();
       return HandMoved(new THREE.LineSegments(MovingGeometry(2 * kFrustumLines), material));
     });
-    this.meshes = layer.meshes.map(posed => this.makeMesh(posed));
-    this.group.add(this.lines, this.points, ...this.cameras, ...this.meshes);
+    /** What is drawn of meshes and their instances: {posed, node (-1 for the world), object}. */
+    this.meshes = layer.meshes.map(posed => this.makeMesh(posed, posed.mesh.node, posed.mesh.parts));
+    for (const {mesh, node, parts} of scene.instances)
+      this.meshes.push(this.makeMesh(layer.meshes[mesh], node, parts, this.meshes[mesh].object.geometry.attributes));
+    this.group.add(this.lines, this.points, ...this.cameras, ...this.meshes.map(({object}) => object));
   }
 
-  makeMesh(posed) {
-    const {mesh} = posed;
+  /** @param {Object} [shared] attributes of another geometry of the same mesh */
+  makeMesh(posed, node, parts, shared) {
     const geometry = new THREE.BufferGeometry();
-    const corners = [];
-    const materials = mesh.parts.map((part, i) => {
-      geometry.addGroup(corners.length, part.corners.length, i);
-      for (const corner of part.corners) corners.push(corner);
+    const corners = new Uint32Array(parts.reduce((count, part) => count + part.corners.length, 0));
+    let count = 0;
+    const materials = parts.map((part, i) => {
+      geometry.addGroup(count, part.corners.length, i);
+      corners.set(part.corners, count);
+      count += part.corners.length;
       return this.makeMaterial(part.material, posed.normals.length === 0);
     });
-    geometry.setIndex(new THREE.BufferAttribute(Uint32Array.from(corners), 1));
-    geometry.setAttribute("position", new THREE.BufferAttribute(posed.positions, 3));
-    if (posed.normals.length > 0) geometry.setAttribute("normal", new THREE.BufferAttribute(posed.normals, 3));
-    return HandMoved(new THREE.Mesh(geometry, materials));
+    geometry.setIndex(new THREE.BufferAttribute(corners, 1));
+    geometry.setAttribute("position", shared ? shared.position : new THREE.BufferAttribute(posed.positions, 3));
+    if (posed.normals.length > 0)
+      geometry.setAttribute("normal", shared ? shared.normal : new THREE.BufferAttribute(posed.normals, 3));
+    const object = HandMoved(new THREE.Mesh(geometry, materials));
+    return {posed, object, node: posed.mesh.kind === "weighted" ? -1 : node};
   }
 
   makeMaterial(index, flat) {
@@ -119,7 +129,7 @@ class GlLayer {
     this.lineMaterial.color.set(layer.colour);
     this.pointMaterial.color.set(layer.colour);
     this.lines.visible = !options.bones;
-    this.meshes.forEach((mesh, i) => mesh.visible = options.meshes && layer.meshes[i].visibility() > 0);
+    for (const {posed, object} of this.meshes) object.visible = options.meshes && posed.visibility() > 0;
     if (options.bones) this.updateSolid();
     if (this.solid) this.solid.visible = options.bones;
     this.updateCameras();
@@ -160,14 +170,12 @@ class GlLayer {
   }
 
   updateMeshes() {
-    const {layer} = this;
-    this.meshes.forEach((mesh, i) => {
-      const posed = layer.meshes[i];
-      const node = layer.placeOf(posed.mesh);
-      if (node >= 0) Place(mesh, layer.pose.world, 12 * node);
-      if (!posed.changes) return;
-      for (const attribute of Object.values(mesh.geometry.attributes)) attribute.needsUpdate = true;
-    });
+    const {world} = this.layer.pose;
+    for (const {posed, object, node} of this.meshes) {
+      if (node >= 0) Place(object, world, 12 * node);
+      if (!posed.changes) continue;
+      for (const attribute of Object.values(object.geometry.attributes)) attribute.needsUpdate = true;
+    }
   }
 
   updateCameras() {

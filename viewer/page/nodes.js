@@ -29,6 +29,7 @@ function KindsOf(scene) {
   for (const {skin} of scene.meshes) if (skin) for (const bone of skin.bones) if (bone in kinds) kinds[bone] = "bone";
   name(scene.helpers, "helper");
   name(scene.meshes, "mesh");
+  name(scene.instances, "mesh");
   name(scene.lights, "light");
   name(scene.cameras, "camera");
   kindsOfScenes.set(scene, kinds);

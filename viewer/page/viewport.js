@@ -68,6 +68,12 @@ class Box {
     return this.empty() ? [0, 0, 0] : this.least.map((value, i) => (value + this.most[i]) / 2);
   }
 
+  /** All eight; none of an empty box. */
+  corners() {
+    return this.empty() ? [] : Array.from({length: 8}, (_, corner) =>
+        this.least.map((value, i) => corner >> i & 1 ? this.most[i] : value));
+  }
+
   radius() {
     return this.empty() ? 1 : Math.hypot(...this.least.map((value, i) => this.most[i] - value)) / 2;
   }
@@ -119,8 +125,7 @@ class Layer {
     for (let i = 0; i < positions.length; i += 3) box.add([positions[i], positions[i + 1], positions[i + 2]]);
     if (box.empty()) return;
     const node = this.placeOf(mesh);
-    for (let corner = 0; corner < 8; ++corner) {
-      const point = box.least.map((value, i) => corner >> i & 1 ? box.most[i] : value);
+    for (const point of box.corners()) {
       if (node >= 0) Transform(this.pose.world.subarray(12 * node, 12 * node + 12), ...point, 1, point, 0);
       Transform(this.mirror, ...point, 1, point, 0);
       this.box.add(point);
@@ -184,8 +189,9 @@ class Viewport {
     try {
       this.painter = new GlPainter(this.canvas, this.layers, () => this.invalidate());
     } catch (error) {
-      this.trouble = error; // for tests: nothing but missing WebGL may come here
-      // A canvas that was asked for WebGL has no other context
+      this.trouble = error;
+      if (!(error instanceof NoWebGl)) console.error(error);
+      // A canvas that was asked for WebGL has no other context.
       this.canvas.remove();
       this.canvas = this.host.appendChild(document.createElement("canvas"));
       this.painter = new CanvasPainter(this.canvas, this.layers);
@@ -266,7 +272,7 @@ class Viewport {
   }
 
   frameBox(box) {
-    this.free.frame(box.centre(), 1.1 * box.radius(), this.width / this.height);
+    this.free.frame(box, this.width / this.height);
     this.invalidate();
   }
 
@@ -464,11 +470,13 @@ function DrawOverlay(context, viewport) {
     if (hovered && hovered.layer === layer) ring(layer.drawn(hovered.node), theme.colour("dim"));
   }
   if (picture.width < width || picture.height < height) {
-    context.fillStyle = "#000000a0";
+    context.globalAlpha = 0.85;
+    context.fillStyle = theme.colour("line");
     context.fillRect(0, 0, width, picture.y);
     context.fillRect(0, picture.y + picture.height, width, height);
     context.fillRect(0, picture.y, picture.x, picture.height);
     context.fillRect(picture.x + picture.width, picture.y, width, picture.height);
+    context.globalAlpha = 1;
   }
 }
 
