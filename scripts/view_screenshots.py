@@ -16,7 +16,7 @@ from chromium import Browser  # noqa: E402
 TV2 = sys.argv[1] if len(sys.argv) > 1 else ROOT / "build" / "bin" / "tv2"
 LARGEST = 250_000  # bytes of a picture
 
-CHOOSE = "(() => {{ const [scene] = app.scenes; app.choose(scene, scene.nodes.findIndex(one => one.name === '{}')); }})()"
+CHOOSE = "app.choose(app.scenes[0], app.scenes[0].nodes.findIndex(one => one.name === '{}'))"
 PICTURES = {
     "view_walk": ("walk.tv2", CHOOSE.format("LeftLeg"), "app.setTime(0.6)", "app.viewport.free.zoom(0.85)",
                   "app.viewport.free.orbit(-0.25, 0)", "app.viewport.invalidate()"),

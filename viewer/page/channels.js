@@ -50,8 +50,8 @@ function Channels(scene, node) {
   if (scale) channels.push({id: "scale", label: "Scale", unit: "\u00d7", decimals: 4, components: 3, track: scale});
   const camera = scene.cameras.find(one => one.node === node);
   if (camera?.fieldOfView)
-    channels.push({id: "angle", label: "Angle of view", unit: "\u00b0", decimals: 2, components: 1, factor: 180 / Math.PI,
-                   track: camera.fieldOfView});
+    channels.push({id: "angle", label: "Angle of view", unit: "\u00b0", decimals: 2, components: 1,
+                   factor: 180 / Math.PI, track: camera.fieldOfView});
   PropertiesOf(scene, node).forEach(({name, track}, index) => {
     if (!track) return;
     const stepped = track.kind === kIntegerTrack;

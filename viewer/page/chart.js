@@ -31,8 +31,8 @@ class TimeSpan {
   showAll() { this.show(this.start, this.start + this.length); }
 
   show(from, to) {
-    const length = Math.min(Math.max(to - from, this.least), this.length);
-    this.from = Math.min(Math.max(from, this.start), this.start + this.length - length);
+    const length = Clamp(to - from, this.least, this.length);
+    this.from = Clamp(from, this.start, this.start + this.length - length);
     this.to = this.from + length;
     this.onChange();
   }
@@ -174,10 +174,12 @@ class Chart {
       if (event.shiftKey || Math.abs(event.deltaX) > Math.abs(event.deltaY))
         this.span.pan((event.deltaX || event.deltaY) * unit / this.plotWidth * length);
       else
-        this.span.zoom(this.timeAt(place(event)[0]), Math.exp(Math.max(-200, Math.min(200, event.deltaY * unit)) * 0.002));
+        this.span.zoom(this.timeAt(place(event)[0]), Math.exp(Clamp(event.deltaY * unit, -200, 200) * 0.002));
     }, {passive: false});
   }
 }
+
+function Clamp(value, least, most) { return Math.min(Math.max(value, least), most); }
 
 /** The step of ticks that are at least `least` apart: 1, 2 or 5 times a power of ten. */
 function TickStep(least) {

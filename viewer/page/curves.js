@@ -105,8 +105,10 @@ class Curves {
     this.numbers.forEach((number, c) => SetText(number, this.text(this.value[c])));
   }
 
+  withUnit(number) { return number + (this.channel.unit === "m" ? " m" : this.channel.unit); }
+
   text(value) {
-    return Number.isNaN(value) ? "\u2013" : Rounded(value, this.channel.decimals) + this.channel.unit.replace(/^m$/, " m");
+    return Number.isNaN(value) ? "\u2013" : this.withUnit(Rounded(value, this.channel.decimals));
   }
 
   /** The values of a curve at a time of its own scene. */
@@ -172,8 +174,7 @@ class Curves {
       context.fillStyle = theme.colour(i === 0 ? "grid-strong" : "grid");
       context.fillRect(kGutter, at - 0.5, chart.plotWidth, 1);
       context.fillStyle = theme.colour("dim");
-      const unit = this.channel.unit;
-      context.fillText(Rounded(i * step, TickDecimals(step)) + (unit === "m" ? " m" : unit), kGutter - 6, at);
+      context.fillText(this.withUnit(Rounded(i * step, TickDecimals(step))), kGutter - 6, at);
     }
     const seconds = TickStep(64 / chart.plotWidth * (span.to - span.from));
     context.fillStyle = theme.colour("grid");
@@ -213,7 +214,7 @@ class Curves {
         highest = Math.max(highest, at);
       }
     }
-    if (end === times.length) context.lineTo(Math.max(chart.x(times[end - 1] + offset), chart.x(span.to)), y(of[end - 1]));
+    if (end === times.length) context.lineTo(chart.x(Math.max(times[end - 1] + offset, span.to)), y(of[end - 1]));
     context.stroke();
     context.setLineDash([]);
     this.keys(context, curve, of, offset, first, end, y);

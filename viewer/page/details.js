@@ -56,8 +56,8 @@ class Details {
   /** A row of `count` values; answers their elements. */
   row(rows, label, count, unit = "") {
     const values = Array.from({length: count}, () => Make("span", "value"));
-    const labelled = typeof label === "string" ? Make("span", "label cut", label, " ", Make("span", "unit", unit)) : label;
-    rows.append(labelled, Make("span", count > 3 ? "values four" : "values", ...values));
+    const words = typeof label === "string" ? [label, " ", Make("span", "unit", unit)] : [label];
+    rows.append(Make("span", "label cut", ...words), Make("span", count > 3 ? "values four" : "values", ...values));
     return values;
   }
 
@@ -77,17 +77,18 @@ class Details {
     this.updates.push(() => {
       const time = this.app.timeOf(scene);
       this.evaluate(node.translation, time, [0, 0, 0]);
-      this.set(position, this.three(this.value, Metres));
+      this.set(position, this.three(this.value, 4));
       this.evaluate(node.rotation, time, [0, 0, 0, 1]);
-      this.set(rotation, this.three(EulerDegrees(this.value, angles), value => Rounded(value, 2)));
+      this.set(rotation, this.three(EulerDegrees(this.value, angles), 2));
       this.set(quaternion, Array.from(this.value.subarray(0, 4), value => Rounded(value, 4)));
       if (scale) {
         Evaluate(node.scale, time, this.value);
-        this.set(scale, this.three(this.value, value => Rounded(value, 4)));
+        this.set(scale, this.three(this.value, 4));
       }
       this.app.world(scene, index, this.world);
-      this.set(worldPosition, [3, 7, 11].map(at => Metres(this.world[at])));
-      this.set(worldRotation, this.three(EulerDegrees(QuaternionOf(this.world, this.value), angles), value => Rounded(value, 2)));
+      this.set(worldPosition, [3, 7, 11].map(at => Rounded(this.world[at], 4)));
+      QuaternionOf(this.world, this.value);
+      this.set(worldRotation, this.three(EulerDegrees(this.value, angles), 2));
     });
   }
 
@@ -96,7 +97,7 @@ class Details {
     else this.value.set(absent);
   }
 
-  three(values, format) { return [format(values[0]), format(values[1]), format(values[2])]; }
+  three(values, decimals) { return [0, 1, 2].map(i => Rounded(values[i], decimals)); }
 
   difference({scene, node}) {
     const rows = this.section("A to B");
@@ -119,7 +120,8 @@ class Details {
 
   keys(node) {
     const rows = this.section("Keys");
-    for (const [label, track] of [["Translation", node.translation], ["Rotation", node.rotation], ["Scale", node.scale]])
+    const tracks = {Translation: node.translation, Rotation: node.rotation, Scale: node.scale};
+    for (const [label, track] of Object.entries(tracks))
       if (track) SetText(this.row(rows, label, 1)[0], track.count < 2 ? "constant" : Counted(track.count, "key"));
   }
 
@@ -145,7 +147,7 @@ class Details {
         this.texts("", [[property.name, property.texts ?? []]]);
         continue;
       }
-      const values = this.row(this.panel.lastChild, MakeName(property.name, "label cut"), track.width);
+      const values = this.row(this.panel.lastChild, MakeName(property.name), track.width);
       this.updates.push(() => {
         Evaluate(track, this.app.timeOf(this.app.chosen.scene), this.value);
         values.forEach((value, i) => SetText(value, Rounded(this.value[i], track.kind === kIntegerTrack ? 0 : 4)));
@@ -158,7 +160,8 @@ class Details {
     for (const [name, strings] of entries) {
       const text = Make("bdi");
       text.dataset.lines = "";
-      ShowText(text, strings.map(string => string.slice(0, 4000)).slice(0, 200).join("\n").replace(/\r\n?/g, "\n").trimEnd());
+      const lines = strings.slice(0, 200).map(string => string.slice(0, 4000)).join("\n");
+      ShowText(text, lines.replace(/\r\n?/g, "\n").trimEnd());
       if (name) rows.append(MakeName(name, "label cut"));
       const values = Make("span", "values text", text);
       if (!name) values.style.gridColumn = "1 / -1";

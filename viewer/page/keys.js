@@ -75,6 +75,8 @@ function ListenToKeys(run) {
 
 /** The table for people. */
 function FillHelp(element) {
-  element.replaceChildren(...kKeys.map(([group, rows]) => Make("dl", "", Make("h3", "", group), ...rows.filter(([, shown]) => shown).map(
-    ([, shown, , meaning]) => Make("div", "", Make("dt", "", Make("kbd", "", shown)), Make("dd", "", meaning))))));
+  const line = ([, shown, , meaning]) =>
+    Make("div", "", Make("dt", "", Make("kbd", "", shown)), Make("dd", "", meaning));
+  for (const [group, rows] of kKeys)
+    element.append(Make("dl", "", Make("h3", "", group), ...rows.filter(([, shown]) => shown).map(line)));
 }

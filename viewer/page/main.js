@@ -89,7 +89,7 @@ class App {
 
   setTime(time) {
     if (!Number.isFinite(time)) return;
-    this.time = Math.min(Math.max(time, this.span.start), this.span.end);
+    this.time = Clamp(time, this.span.start, this.span.end);
     this.span.follow(this.time);
     this.draw();
   }
@@ -165,7 +165,7 @@ class App {
     const start = Math.min(...shown.map(({scene, offset}) => scene.start + offset));
     const end = Math.max(...shown.map(({scene, offset}) => scene.end + offset));
     this.span.setRange(start, end);
-    this.time = Math.min(Math.max(this.time, start), end);
+    this.time = Clamp(this.time, start, end);
     for (const [command, mode] of [["showA", "A"], ["showB", "B"], ["showBoth", "both"]])
       this.press(command, this.compare.mode === mode);
     if (shown.length === 1) this.listNodesOf(shown[0].scene);
@@ -252,10 +252,15 @@ class App {
       files.append(Make("span", "", ...letter, MakeName(scene.title)));
     });
     const [scene] = this.scenes;
-    const all = [Seconds(scene.end - scene.start) + " s", this.rate && `${Number(this.rate.toFixed(3))} samples a second`,
-                 Counted(scene.nodes.length, "node"), scene.meshes.length && Counted(scene.meshes.length, "mesh", "meshes"),
-                 scene.cameras.length && Counted(scene.cameras.length, "camera"),
-                 scene.up === "unknown" ? "up axis unknown" : scene.up + " up"];
+    const {nodes, meshes, cameras, up} = scene;
+    const all = [
+      Seconds(scene.end - scene.start) + " s",
+      this.rate && `${Number(this.rate.toFixed(3))} samples a second`,
+      Counted(nodes.length, "node"),
+      meshes.length && Counted(meshes.length, "mesh", "meshes"),
+      cameras.length && Counted(cameras.length, "camera"),
+      up === "unknown" ? "up axis unknown" : up + " up",
+    ];
     for (const fact of all) if (fact) facts.append(Make("li", "", fact));
   }
 
@@ -278,7 +283,9 @@ class App {
     for (const one of kSpeeds) speed.append(new Option(one + "\u00d7", one));
     speed.value = "1";
     speed.addEventListener("change", () => this.setSpeed(Number(speed.value)));
-    camera.addEventListener("change", () => this.look(/^\d+$/.test(camera.value) ? Number(camera.value) : camera.value));
+    camera.addEventListener("change", () => {
+      this.look(/^\d+$/.test(camera.value) ? Number(camera.value) : camera.value);
+    });
   }
 
   fillCameras() {
@@ -313,8 +320,9 @@ class App {
   showNote() {
     if (!this.viewport) return;
     const {unit} = this.viewport.grid();
-    const length = unit < 0.01 ? `${Number((unit * 1000).toPrecision(1))} mm` : unit < 1 ? `${Math.round(unit * 100)} cm`
-                                                                              : `${unit.toLocaleString("en")} m`;
+    const length = unit < 0.01 ? `${Number((unit * 1000).toPrecision(1))} mm`
+                   : unit < 1  ? `${Math.round(unit * 100)} cm`
+                               : `${unit.toLocaleString("en")} m`;
     SetText(this.note, [`Grid ${length}`, this.viewport.note].filter(Boolean).join(" \u00b7 "));
   }
 

@@ -106,7 +106,8 @@ class NodeTree {
     this.matches = null;
     if (filtered) {
       const found = new Set(), above = new Set();
-      nodes.forEach((node, i) => { if (fits(node, this.scene) && node.name.toLowerCase().includes(text)) found.add(i); });
+      for (const node of nodes)
+        if (fits(node, this.scene) && node.name.toLowerCase().includes(text)) found.add(node.index);
       for (const i of found)
         for (let p = ParentOf(this.scene, i); p >= 0 && !above.has(p); p = ParentOf(this.scene, p)) above.add(p);
       this.rows = this.sequence.filter(i => found.has(i) || above.has(i));
@@ -205,16 +206,20 @@ class NodeTree {
     icon.firstChild.setAttribute("href", "#icon-" + kind);
     ShowName(row.name, node.name);
     row.keys.textContent = node.keyCount > 0 ? node.keyCount.toLocaleString("en") : "";
-    row.title = `${PlainName(node.name)} \u2013 ${kind}, ` + (node.keyCount > 0 ? Counted(node.keyCount, "key") : "does not move");
+    const keys = node.keyCount > 0 ? Counted(node.keyCount, "key") : "does not move";
+    row.title = `${PlainName(node.name)} \u2013 ${kind}, ${keys}`;
   }
 
-  /** Chooses the row `by` rows from the chosen one, or the first; while searching only what was found. */
-  step(by) {
+  /**
+   * Chooses the row `by` rows from the chosen one, or the first; while searching only what was found. After the last
+   * comes the first where `around` says so.
+   */
+  step(by, around = false) {
     const rows = this.matches ? this.rows.filter(i => this.matches.has(i)) : this.rows;
     if (rows.length === 0) return;
     const at = rows.indexOf(this.app.chosenIn(this.scene));
-    const next = at < 0 ? 0 : Math.min(Math.max(at + by, 0), rows.length - 1);
-    this.app.choose(this.scene, rows[next]);
+    const next = around ? (at + by + rows.length) % rows.length : Clamp(at + by, 0, rows.length - 1);
+    this.app.choose(this.scene, rows[at < 0 ? 0 : next]);
   }
 
   treeKey(event) {
@@ -237,11 +242,10 @@ class NodeTree {
 
   searchKey(event) {
     if (event.key === "Enter") {
-      const found = this.matches ? this.rows.filter(i => this.matches.has(i)) : [];
-      const at = found.indexOf(this.app.chosenIn(this.scene));
-      if (found.length > 0) this.app.choose(this.scene, found[(Math.max(at, event.shiftKey ? 0 : -1) + (event.shiftKey ? found.length - 1 : 1)) % found.length]);
+      this.step(event.shiftKey ? -1 : 1, true);
     } else if (event.key === "ArrowDown") {
-      if (this.app.chosenIn(this.scene) === null || (this.matches && !this.matches.has(this.app.chosenIn(this.scene)))) this.step(0);
+      const chosen = this.app.chosenIn(this.scene);
+      if (chosen === null || (this.matches && !this.matches.has(chosen))) this.step(0);
       this.tree.focus();
     } else if (event.key === "Escape") {
       if (this.search.value === "") this.search.blur();

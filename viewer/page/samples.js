@@ -17,7 +17,8 @@ class Samples {
 
   read(scene) {
     const lenses = scene.cameras.flatMap(camera => [camera.fieldOfView, camera.clipRange]);
-    const tracks = [...scene.nodes.flatMap(node => [node.translation, node.rotation, node.scale]), ...lenses, scene.switcher];
+    const motion = scene.nodes.flatMap(node => [node.translation, node.rotation, node.scale]);
+    const tracks = [...motion, ...lenses, scene.switcher];
     const met = new Set(); // many tracks share their times
     const all = new Set();
     let least = Infinity;
@@ -50,7 +51,7 @@ class Samples {
 
   /** The sample next to a time: the time of its key, where it has one, since times of keys are rounded. */
   snap(time) {
-    const clamped = Math.min(Math.max(time, this.start), this.end);
+    const clamped = Clamp(time, this.start, this.end);
     const near = this.start + Math.round((clamped - this.start) * this.stepRate) / this.stepRate;
     const sample = this.end - clamped < Math.abs(near - clamped) ? this.end : Math.min(near, this.end);
     const at = LowerBound(this.times, sample - 0.02 / this.stepRate);

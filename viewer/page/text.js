@@ -72,7 +72,6 @@ function Rounded(value, decimals) {
   return Number(text) === 0 ? (0).toFixed(decimals) : text;
 }
 
-const Metres = value => Rounded(value, 4);
 const Degrees = radians => Rounded(radians * 180 / Math.PI, 2);
 const Seconds = value => Rounded(value, 3);
 const Counted = (count, one, many = one + "s") => count.toLocaleString("en") + " " + (count === 1 ? one : many);

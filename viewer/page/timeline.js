@@ -53,8 +53,8 @@ class Timeline {
       context.fillRect(kGutter, y + 1, this.chart.plotWidth, kRowHeight - 3);
       context.fillStyle = theme.colour("dim");
       context.textAlign = "right";
-      const several = this.app.shown().length > 1;
-      context.fillText((row.kind === "keys" ? "keys" : "camera") + (several ? " " + row.letter : ""), kGutter - 8, y + 9);
+      const letter = this.app.shown().length > 1 ? " " + row.letter : "";
+      context.fillText((row.kind === "keys" ? "keys" : "camera") + letter, kGutter - 8, y + 9);
       context.save();
       context.beginPath();
       context.rect(kGutter - 5, y, this.chart.plotWidth + 10, kRowHeight);
