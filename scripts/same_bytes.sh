@@ -8,7 +8,7 @@
 set -eu
 cd "$(dirname "$0")/.."
 
-presets="${*:-gcc-o0 gcc-o2 clang-o0 clang-o2}"
+presets="${*:-release gcc-o0 clang-o0 clang-o2}"
 plugin=tv2_export_tool_fixed_clock
 for preset in $presets; do
     cmake --preset "$preset" >/dev/null
@@ -22,9 +22,11 @@ for preset in $presets; do
         continue
     fi
     cmake --build --preset "$preset" --target $plugin
-    (cd "build/$preset" && ../bin/export_rich_scene lib/tv2/$plugin.so exported)
+    built="build/$preset/lib/tv2/$plugin.so"
+    [ "$preset" != release ] || built="build/lib/tv2/$plugin.so" # of the preset whose folder is build/ itself
+    (cd "build/$preset" && ../bin/export_rich_scene "../../$built" exported)
     for scene in samples/*.dae samples/*.glb samples/*.fbx; do
-        build/bin/tv2 export --quiet --all-takes --plugin "build/$preset/lib/tv2/$plugin.so" \
+        build/bin/tv2 export --quiet --all-takes --plugin "$built" \
             "$scene" "build/exported/$(basename "$scene" | tr . _).tv2"
     done
     mv build/exported/* "build/$preset/exported"

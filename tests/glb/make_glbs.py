@@ -1,9 +1,9 @@
 """Makes the GLBs that the other programs check, with the command, as a user does:
 
-    make_glbs.py COMMAND SCENE_FILES SAMPLES SCENES OUT
+    make_glbs.py COMMAND SCENE_FILES VIEWER_SCENES SAMPLES SCENES OUT
 
 exported from the samples and from the larger scenes (SCENES may be empty), converted from glTF and back, and from
-scenes made by code. OUT/manifest.json lists them: "glb", "takes" (the .tv2 of each animation, in order; none where
+scenes made by code, hostile and others. OUT/manifest.json lists them: "glb", "takes" (the .tv2 of each animation, in order; none where
 poses cannot be compared) and "at", the one time that a file without animation shows.
 """
 
@@ -16,11 +16,13 @@ import sys
 SCENE_ENDINGS = (".fbx", ".bvh", ".glb", ".gltf", ".dae")
 # Model to select, so that the world of the file is that of a selection.
 SELECTED = ("mocap_walk_cameras.fbx", "Scene")
+# Scenes made by code whose poses are compared. What the others hold has no place in glTF, or comes out otherwise.
+POSED = ("sound", "typed", "deep_chain")
 
 
 class Maker:
-    def __init__(self, command, scene_files, out):
-        self.command, self.scene_files, self.out = command, scene_files, pathlib.Path(out)
+    def __init__(self, command, makers, out):
+        self.command, self.makers, self.out = command, makers, pathlib.Path(out)
         self.manifest = []
         shutil.rmtree(self.out, ignore_errors=True)
         self.out.mkdir(parents=True)
@@ -74,13 +76,14 @@ class Maker:
 
     def made_by_code(self):
         folder = self.folder("code")
-        subprocess.run([self.scene_files, "write", folder], check=True)
+        for maker in self.makers:
+            subprocess.run([maker, "make", folder], check=True)
         for scene in sorted(folder.glob("*.tv2")):
-            self.convert([scene], scene.with_suffix(".glb"), poses=False)
+            self.convert([scene], scene.with_suffix(".glb"), poses=scene.stem in POSED)
 
 
-def main(command, scene_files, samples, scenes, out):
-    maker = Maker(command, scene_files, out)
+def main(command, scene_files, viewer_scenes, samples, scenes, out):
+    maker = Maker(command, (scene_files, viewer_scenes), out)
     maker.made_by_code()
     maker.exports(samples, scenes)
     maker.round_trips(samples)

@@ -11,6 +11,7 @@ MOST_DEGREES = 0.01
 MOST_SCALE = 1e-4  # of an axis' length
 
 # Where a point of the file's world lies in that of glTF, as rows: docs/format.md, "What the exporter does".
+# Of a file that does not say which way is up, +Y is assumed.
 WORLDS = {
     ("+Y", False): ((1, 0, 0), (0, 1, 0), (0, 0, -1)),
     ("+Y", True): ((-1, 0, 0), (0, 1, 0), (0, 0, 1)),
@@ -40,7 +41,7 @@ class Expected:
         self.times = [pose["time"] for pose in self._poses]
         self.start = min([0.0, *self.times])
         self.is_turned = bool(self._poses and self.nodes and self._poses[0]["matrices"][0][0] < -0.5)
-        self.world = WORLDS[self._answer["upAxis"], self.is_turned]
+        self.world = WORLDS.get((self._answer["upAxis"], self.is_turned), WORLDS["+Y", False])
 
     def matrix(self, pose, node, axes):
         """The world matrix of a node, whose axes are called otherwise in glTF."""

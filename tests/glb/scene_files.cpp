@@ -1,5 +1,5 @@
 // Helper of the tests of GLBs:
-//     glb_scene_files write FOLDER            writes scenes made by code, FOLDER/NAME.tv2
+//     glb_scene_files make FOLDER             writes scenes made by code, FOLDER/NAME.tv2
 //     glb_scene_files poses FILE.tv2 MOST [TIME]
 //                                             prints what the format library makes of a file, as JSON: its nodes, and
 //                                             their matrices and the vertices of its meshes in the world, at a time or
@@ -117,6 +117,8 @@ void AddVertices(json& meshes, const TEV2& scene)
     };
     for (const auto& mesh : scene.rigids)
         add(*mesh, InWorld(scene, mesh->value, std::as_const(*mesh).vertices->positions));
+    for (const auto& mesh : scene.animMeshes)
+        add(*mesh, InWorld(scene, mesh->value, std::as_const(*mesh).vertices->positions));
     for (const auto& mesh : scene.morphMeshes)
     {
         std::vector<TEV2_VECTOR_3> points(std::as_const(*mesh).vertices->Count());
@@ -175,9 +177,9 @@ int PrintPoses(const std::string& path, std::size_t most, const char* only_time)
 int main(int count, char** arguments)
 {
     const std::string_view task = count > 1 ? arguments[1] : "";
-    if (task == "write" && count == 3)
+    if (task == "make" && count == 3)
         return WriteScenes(arguments[2]);
     if (task == "poses" && count >= 4)
         return PrintPoses(arguments[2], std::max(2ul, std::strtoul(arguments[3], nullptr, 10)), arguments[4]);
-    return Fail("glb_scene_files write FOLDER | poses FILE.tv2 MOST [TIME]");
+    return Fail("glb_scene_files make FOLDER | poses FILE.tv2 MOST [TIME]");
 }
