@@ -250,6 +250,8 @@ class Curves {
       this.read(line, time - line.offset, out);
       return out;
     });
+    if (this.lines.length > 1)
+      rows.push(Make("div", "row", Make("i"), ...this.lines.map(({letter}) => Make("span", "number", letter))));
     for (let c = 0; c < this.channel.components; ++c) {
       if (this.muted.has(c)) continue;
       const row = Make("div", "row", Make("i", "colour c" + c), this.channel.components === 1 ? "" : kAxes[c]);

@@ -24,8 +24,8 @@ class Details {
     const {scene, node: index} = chosen;
     const node = scene.nodes[index];
     this.title(scene, index);
-    this.pose(scene, index);
     if (this.app.scenes.length > 1) this.difference(chosen);
+    this.pose(scene, index);
     this.keys(node);
     const camera = scene.cameras.find(one => one.node === index);
     if (camera) this.camera(camera);

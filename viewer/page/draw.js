@@ -71,6 +71,8 @@ function Cross(a, b) {
 class GlLayer {
   constructor(layer) {
     this.layer = layer;
+    this.materials = [];
+    this.tint = null;
     this.group = HandMoved(new THREE.Group());
     Place(this.group, layer.mirror);
     const {bones, scene} = layer;
@@ -119,13 +121,26 @@ class GlLayer {
       const full = Math.min(1, Math.max(0, Number.isFinite(value) ? value : 0.8));
       return full ** (1 / 2.2); // colours of files are linear
     }));
+    made.userData.own = made.color.clone();
+    this.materials.push(made);
     return made;
+  }
+
+  /** Mixes a colour into those of all materials; null: none. */
+  setTint(colour) {
+    if (this.tint === colour) return;
+    this.tint = colour;
+    for (const {color, userData} of this.materials) {
+      color.copy(userData.own);
+      if (colour) color.lerp(new THREE.Color(colour), 0.6);
+    }
   }
 
   update(options, moved) {
     const {layer} = this;
     this.group.visible = layer.visible;
     if (!layer.visible) return;
+    this.setTint(layer.tinted ? layer.colour : null);
     this.lineMaterial.color.set(layer.colour);
     this.pointMaterial.color.set(layer.colour);
     this.lines.visible = !options.bones;

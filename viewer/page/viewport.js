@@ -320,6 +320,7 @@ class Viewport {
         layer.at(this.time, this.options.meshes);
       layer.camera = -1;
       layer.colour = theme.colour(layer.colourName);
+      layer.tinted = this.layers.every(({visible}) => visible) && this.layers.length > 1;
     }
     const reach = this.reach();
     const {camera, nothing} = this.shown();
@@ -445,8 +446,13 @@ function DrawOverlay(context, viewport) {
   context.font = "12px system-ui, sans-serif";
   context.textBaseline = "middle";
   const out = [0, 0, 0];
+  const taken = new Set(); // cells of the picture that have a name: others are left out there
   const label = (text, point, colour) => {
     if (!projection.project(...point, out)) return;
+    const [left, row] = [Math.round(out[0] / 8), Math.round(out[1] / 13) * 10000];
+    const cells = Array.from({length: Math.min(40, text.length) + 1}, (_, i) => row + left + i);
+    if (cells.some(cell => taken.has(cell))) return;
+    for (const cell of cells) taken.add(cell);
     context.fillStyle = colour;
     context.fillText(ShownText(text, 40), out[0] + 7, out[1]);
   };
@@ -461,11 +467,11 @@ function DrawOverlay(context, viewport) {
   for (const layer of layers) {
     if (!layer.visible) continue;
     const {nodes, cameras} = layer.scene;
-    if (options.names) for (const node of nodes) label(node.name, layer.drawn(node.index), theme.colour("dim"));
     for (const camera of cameras) {
-      if (camera.node < 0 || camera.index === layer.camera || options.names) continue;
+      if (camera.node < 0 || camera.index === layer.camera) continue;
       label(camera.name, layer.drawn(camera.node), CameraColour(camera.index));
     }
+    if (options.names) for (const node of nodes) label(node.name, layer.drawn(node.index), theme.colour("dim"));
     if (layer.chosen >= 0) ring(layer.drawn(layer.chosen), theme.colour("text"));
     if (hovered && hovered.layer === layer) ring(layer.drawn(hovered.node), theme.colour("dim"));
   }
