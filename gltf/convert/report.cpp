@@ -17,7 +17,7 @@ constexpr auto kConversionCodes = std::to_array<ConversionCode>({
     {Code::PrimitiveLost, "primitive-lost", "points and lines have no record"},
     {Code::AttributeLost, "attribute-lost", "this vertex attribute has no place in the result"},
     {Code::AttributeFilled, "attribute-filled",
-     "only some primitives of a mesh have this attribute; the others got a default"},
+     "vertices that lack this attribute got a default, or tangents that follow their texture coordinates"},
     {Code::DirectionsChanged, "directions-changed",
      "normals, tangents or binormals that were not of length 1 or not at right angles were changed"},
     {Code::WeightsNormalised, "weights-normalised",

@@ -1,5 +1,6 @@
 #include "gltf/convert/to_gltf_geometry.h"
 
+#include "gltf/convert/tangents.h"
 #include "gltf/convert/to_gltf_tracks.h"
 #include "gltf/convert/weights.h"
 
@@ -129,15 +130,6 @@ private:
             Append(numbers, normals_.back());
         }
         geometry_.attributes["NORMAL"] = context_.out.AddFloats(numbers, 3, AccessorUse::Vertex);
-    }
-
-    /// A direction at right angles to a normal.
-    static TEV2_VECTOR_3 AnyTangent(const TEV2_VECTOR_3& normal)
-    {
-        const TEV2_VECTOR_3 axis =
-            std::abs(normal.x) < 0.9f ? TEV2_VECTOR_3{1.0f, 0.0f, 0.0f} : TEV2_VECTOR_3{0.0f, 1.0f, 0.0f};
-        const TEV2_VECTOR_3 across = Cross(normal, axis);
-        return Divided(across, LengthOf(across));
     }
 
     void WriteTangents()

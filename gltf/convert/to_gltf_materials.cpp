@@ -14,7 +14,7 @@ using namespace TEV2_LOADER;
 namespace
 {
 
-constexpr std::size_t kAllSets = ~std::size_t{0};
+constexpr GltfMaterials::Surface kAnySurface{~std::size_t{0}, true};
 
 /// A standard material as the nearest metallic-roughness one.
 class StandardMaterial
@@ -118,27 +118,6 @@ private:
     float time_;
 };
 
-std::size_t WriteMaterial(ToGltfContext& context, GltfTextures& textures, std::uint32_t index,
-                          std::size_t uv_sets)
-{
-    const TEV2_MATERIAL& material = *context.Scene().materials[index];
-    const std::string where = WhereOf("materials", index, material);
-    Json json = Named(NameFor(context, material, where));
-    if (material.GetType() == TEV2_STANDARD_MATERIAL::kType)
-        StandardMaterial(context, textures, static_cast<const TEV2_STANDARD_MATERIAL&>(material), uv_sets,
-                         where)
-            .Write(json);
-    else
-        WriteShader(context, textures, static_cast<const TEV2_SHADER_MATERIAL&>(material), uv_sets, where,
-                    json);
-    if (material.twoSided)
-        json["doubleSided"] = true;
-    const Json extensions = json.value("extensions", Json::object());
-    for (const auto& extension : extensions.items())
-        context.out.UseExtension(extension.key());
-    return context.out.Append("materials", std::move(json));
-}
-
 bool IsKnown(const TEV2_MATERIAL* material)
 {
     return material != nullptr && material->IsTyped() && material->GetType() <= TEV2_SHADER_MATERIAL::kType;
@@ -171,27 +150,91 @@ std::size_t SetsNeeded(const TEV2_MATERIAL& material)
     return needed;
 }
 
+/// The set of texture coordinates of the first texture with normals; nothing where the material needs no tangents.
+std::optional<std::size_t> NormalSetOf(const Json& json)
+{
+    const Json extensions = json.value("extensions", Json::object());
+    const Json coat = extensions.value("KHR_materials_clearcoat", Json::object());
+    for (const Json& texture :
+         {json.value("normalTexture", Json()), coat.value("clearcoatNormalTexture", Json())})
+        if (!texture.is_null())
+            return texture.value("texCoord", std::size_t{0});
+    return extensions.contains("KHR_materials_anisotropy") ? std::optional<std::size_t>(0) : std::nullopt;
+}
+
+/// Whether there was anything that needs tangents.
+bool DropTangentSpace(Json& json)
+{
+    bool dropped = json.erase("normalTexture") > 0;
+    if (!json.contains("extensions"))
+        return dropped;
+    Json& extensions = json["extensions"];
+    if (extensions.contains("KHR_materials_clearcoat"))
+        dropped |= extensions["KHR_materials_clearcoat"].erase("clearcoatNormalTexture") > 0;
+    dropped |= extensions.erase("KHR_materials_anisotropy") > 0;
+    if (extensions.empty())
+        json.erase("extensions");
+    return dropped;
+}
+
 } // namespace
 
 GltfMaterials::GltfMaterials(ToGltfContext& context) : context_(context), textures_(context)
 {
     const auto& materials = context.Scene().materials;
     for (std::uint32_t i = 0; i < materials.size(); ++i)
-        if (IsKnown(materials[i].get()))
-            variants_[{i, kAllSets}] = WriteMaterial(context, textures_, i, kAllSets);
+    {
+        if (!IsKnown(materials[i].get()))
+            continue;
+        sets_needed_[i] = SetsNeeded(*materials[i]);
+        variants_[{i, kAnySurface}] = Write(i, kAnySurface);
+    }
 }
 
-std::optional<std::size_t> GltfMaterials::For(std::uint32_t material, std::size_t uv_sets)
+std::size_t GltfMaterials::Write(std::uint32_t index, const Surface& surface)
 {
-    const auto& materials = context_.Scene().materials;
-    if (material >= materials.size() || !IsKnown(materials[material].get()))
+    const TEV2_MATERIAL& material = *context_.Scene().materials[index];
+    const std::string where = WhereOf("materials", index, material);
+    Json json = Named(NameFor(context_, material, where));
+    if (material.GetType() == TEV2_STANDARD_MATERIAL::kType)
+        StandardMaterial(context_, textures_, static_cast<const TEV2_STANDARD_MATERIAL&>(material),
+                         surface.uv_sets, where)
+            .Write(json);
+    else
+        WriteShader(context_, textures_, static_cast<const TEV2_SHADER_MATERIAL&>(material), surface.uv_sets,
+                    where, json);
+    if (material.twoSided)
+        json["doubleSided"] = true;
+    if (!surface.has_tangents && DropTangentSpace(json))
+        context_.report.Add(Code::TextureLost, where, "a mesh without normals can have no normal map");
+    const Json extensions = json.value("extensions", Json::object());
+    for (const auto& extension : extensions.items())
+        context_.out.UseExtension(extension.key());
+    const std::optional<std::size_t> set = NormalSetOf(json);
+    const std::size_t written = context_.out.Append("materials", std::move(json));
+    if (set)
+        tangent_sets_[written] = *set;
+    return written;
+}
+
+std::optional<std::size_t> GltfMaterials::For(std::uint32_t material, const Surface& surface)
+{
+    const auto needed = sets_needed_.find(material);
+    if (needed == sets_needed_.end())
         return std::nullopt;
-    if (SetsNeeded(*materials[material]) <= uv_sets)
-        uv_sets = kAllSets;
-    const auto [found, is_new] = variants_.try_emplace({material, uv_sets}, 0);
+    const std::size_t whole = variants_.at({material, kAnySurface});
+    if (needed->second <= surface.uv_sets && (surface.has_tangents || !TangentSetOf(whole)))
+        return whole;
+    const auto [found, is_new] = variants_.try_emplace({material, surface}, 0);
     if (is_new)
-        found->second = WriteMaterial(context_, textures_, material, uv_sets);
+        found->second = Write(material, surface);
     return found->second;
+}
+
+std::optional<std::size_t> GltfMaterials::TangentSetOf(std::size_t written) const
+{
+    const auto found = tangent_sets_.find(written);
+    return found != tangent_sets_.end() ? std::optional(found->second) : std::nullopt;
 }
 
 } // namespace tev2_gltf

@@ -18,14 +18,31 @@ public:
     /// Writes the scene's materials, in their order.
     explicit GltfMaterials(ToGltfContext& context);
 
-    /// The material at an index in the scene for a mesh with that many sets of texture coordinates, which its textures
-    /// may not exceed. Nothing for kNone, an index beyond the materials and a kept body.
-    std::optional<std::size_t> For(std::uint32_t material, std::size_t uv_sets);
+    /// What a mesh offers to the textures of its materials.
+    struct Surface
+    {
+        std::size_t uv_sets = 0;
+        bool has_tangents = false; // or can have them
+
+        auto operator<=>(const Surface&) const = default;
+    };
+
+    /// The material at an index in the scene for a mesh, without the textures that it cannot have. Nothing for kNone,
+    /// an index beyond the materials and a kept body.
+    std::optional<std::size_t> For(std::uint32_t material, const Surface& surface);
+
+    /// The set of texture coordinates that tangents for this material of the document follow; nothing where it needs
+    /// none.
+    std::optional<std::size_t> TangentSetOf(std::size_t written) const;
 
 private:
+    std::size_t Write(std::uint32_t material, const Surface& surface);
+
     ToGltfContext& context_;
     GltfTextures textures_;
-    std::map<std::pair<std::uint32_t, std::size_t>, std::size_t> variants_; // by index and sets
+    std::map<std::pair<std::uint32_t, Surface>, std::size_t> variants_; // by index
+    std::map<std::uint32_t, std::size_t> sets_needed_;                  // by index
+    std::map<std::size_t, std::size_t> tangent_sets_;                   // by index in the document
 };
 
 } // namespace tev2_gltf

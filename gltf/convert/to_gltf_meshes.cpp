@@ -1,5 +1,6 @@
 #include "gltf/convert/to_gltf_meshes.h"
 
+#include "gltf/convert/tangents.h"
 #include "gltf/convert/to_gltf_extras.h"
 #include "gltf/convert/to_gltf_tracks.h"
 #include "tev2_loader/math/matrix.h"
@@ -265,7 +266,7 @@ std::optional<std::size_t> GltfMeshes::MeshOf(const SourceMesh& mesh, Exchange o
         context_.report.Add(Code::RecordLost, mesh.where, "it has no vertices");
         return std::nullopt;
     }
-    Json primitives = PrimitivesOf(mesh, GeometryOf(mesh, own), difference);
+    Json primitives = PrimitivesOf(mesh, own, difference);
     if (primitives.empty())
     {
         context_.report.Add(Code::RecordLost, mesh.where, "it has no triangles");
@@ -294,9 +295,9 @@ const GltfGeometry& GltfMeshes::GeometryOf(const SourceMesh& mesh, Exchange own)
     return found->second;
 }
 
-Json GltfMeshes::PrimitivesOf(const SourceMesh& mesh, const GltfGeometry& geometry,
-                              const Difference& difference)
+Json GltfMeshes::PrimitivesOf(const SourceMesh& mesh, Exchange own, const Difference& difference)
 {
+    const GltfGeometry& geometry = GeometryOf(mesh, own);
     Json primitives = Json::array();
     const SubObjects& parts =
         difference.sub_objects != nullptr ? *difference.sub_objects : mesh.object->subObjects;
@@ -306,15 +307,39 @@ Json GltfMeshes::PrimitivesOf(const SourceMesh& mesh, const GltfGeometry& geomet
         if (!indices)
             continue;
         Json primitive = {{"attributes", geometry.attributes}, {"indices", *indices}};
-        const std::uint32_t own_material =
-            difference.materials != nullptr ? (*difference.materials)[i] : parts[i].material;
-        if (const auto material = materials_.For(own_material, geometry.uv_sets))
-            primitive["material"] = *material;
+        SetMaterial(primitive, mesh, own,
+                    difference.materials != nullptr ? (*difference.materials)[i] : parts[i].material);
         if (!geometry.targets.empty())
             primitive["targets"] = geometry.targets;
         primitives.push_back(std::move(primitive));
     }
     return primitives;
+}
+
+/// The material, and the tangents that its normal map needs: viewers that make their own differ.
+void GltfMeshes::SetMaterial(Json& primitive, const SourceMesh& mesh, Exchange own, std::uint32_t material)
+{
+    const GltfGeometry& geometry = GeometryOf(mesh, own);
+    const bool has_tangents = geometry.attributes.contains("TANGENT");
+    const bool can_have = geometry.attributes.contains("NORMAL") && geometry.uv_sets > 0;
+    const auto written = materials_.For(material, {geometry.uv_sets, has_tangents || can_have});
+    if (!written)
+        return;
+    primitive["material"] = *written;
+    const std::optional<std::size_t> set = materials_.TangentSetOf(*written);
+    if (!set || has_tangents)
+        return;
+    const auto [found, is_new] = tangents_.try_emplace({mesh.object, own, *set}, 0);
+    if (is_new)
+    {
+        context_.out.CheckRoom(geometry.count * 4 * sizeof(float));
+        std::vector<float> tangents = MakeTangents(*mesh.vertices, mesh.object->subObjects, own, *set);
+        while (tangents.size() < geometry.count * 4) // its columns are of different lengths
+            tangents.insert(tangents.end(), {1.0f, 0.0f, 0.0f, 1.0f});
+        found->second = context_.out.AddFloats(tangents, 4, gltf::AccessorUse::Vertex);
+        context_.report.Add(Code::AttributeFilled, mesh.where, "it got tangents, which the normal map needs");
+    }
+    primitive["attributes"]["TANGENT"] = found->second;
 }
 
 /// The exchange of axes mirrors, so the corners change places to be seen from the same side.

@@ -71,7 +71,8 @@ private:
                       const Difference& difference);
     std::optional<std::size_t> MeshOf(const SourceMesh& mesh, Exchange own, const Difference& difference);
     const GltfGeometry& GeometryOf(const SourceMesh& mesh, Exchange own);
-    Json PrimitivesOf(const SourceMesh& mesh, const GltfGeometry& geometry, const Difference& difference);
+    Json PrimitivesOf(const SourceMesh& mesh, Exchange own, const Difference& difference);
+    void SetMaterial(Json& primitive, const SourceMesh& mesh, Exchange own, std::uint32_t material);
     std::optional<std::size_t> IndicesOf(const TEV2_LOADER::TEV2_TRI_SUB_OBJECT& part, std::size_t vertices,
                                          const std::string& where);
     void SetTargets(Json& json, const SourceMesh& mesh);
@@ -84,7 +85,8 @@ private:
     ToGltfContext& context_;
     GltfNodes& nodes_;
     GltfMaterials materials_;
-    std::map<std::pair<const void*, Exchange>, GltfGeometry> geometries_; // by object
+    std::map<std::pair<const void*, Exchange>, GltfGeometry> geometries_;            // by object
+    std::map<std::tuple<const void*, Exchange, std::size_t>, std::size_t> tangents_; // by object and set
     std::map<std::tuple<const void*, Exchange, const void*>, std::optional<std::size_t>>
         meshes_;                                                    // by object and instance that differs
     std::map<std::string, std::size_t> skins_;                      // by bones and matrices, as bytes
