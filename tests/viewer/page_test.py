@@ -234,7 +234,8 @@ class PageTest(unittest.TestCase):
         shaded = self.browser.evaluate(colours)
         # The instance of the morph mesh is where node 9 is.
         self.assertEqual(self.browser.evaluate("app.scenes[0].instances.map(({node, mesh}) => [node, mesh])"), [[9, 2]])
-        elements = self.browser.evaluate("Array.from(app.viewport.painter.layers[0].meshes[5].object.matrixWorld.elements)")
+        drawn = "app.viewport.painter.layers[0].meshes[5].object.matrixWorld.elements"
+        elements = self.browser.evaluate(f"Array.from({drawn})")
         world = self.browser.evaluate("tv2Test.world(9)")
         for column in range(4):  # up unknown: Z is mirrored
             for row, sign in enumerate((1, 1, -1)):

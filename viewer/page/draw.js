@@ -77,9 +77,10 @@ class GlLayer {
     Place(this.group, layer.mirror);
     const {bones, scene} = layer;
     // Bones are seen through surfaces.
-    this.lineMaterial = new THREE.LineBasicMaterial({depthTest: false, transparent: true});
+    const through = {depthTest: false, transparent: true};
+    this.lineMaterial = new THREE.LineBasicMaterial(through);
     this.lines = HandMoved(new THREE.LineSegments(MovingGeometry(2 * bones.length), this.lineMaterial));
-    this.pointMaterial = new THREE.PointsMaterial({size: 4, sizeAttenuation: false, depthTest: false, transparent: true});
+    this.pointMaterial = new THREE.PointsMaterial({size: 4, sizeAttenuation: false, ...through});
     this.points = HandMoved(new THREE.Points(MovingGeometry(scene.nodes.length), this.pointMaterial));
     this.solid = null; // made when first wanted
     this.cameras = scene.cameras.map(() => {
@@ -114,7 +115,8 @@ class GlLayer {
 
   makeMaterial(index, flat) {
     const material = this.layer.scene.materials[index];
-    const made = new THREE.MeshPhongMaterial({flatShading: flat, shininess: 8, specular: 0x111111, side: THREE.DoubleSide});
+    const look = {flatShading: flat, shininess: 8, specular: 0x111111, side: THREE.DoubleSide};
+    const made = new THREE.MeshPhongMaterial(look);
     const colour = [0.8, 0.8, 0.8, 1];
     if (material && material.colour) Evaluate(material.colour, this.layer.scene.start, colour);
     made.color.setRGB(...colour.slice(0, 3).map(value => {
@@ -214,15 +216,16 @@ class GlPainter {
     this.software = DrawsInSoftware();
     this.renderer = new THREE.WebGLRenderer({canvas, antialias: !this.software});
     this.scene = new THREE.Scene();
-    this.scene.autoUpdate = true;
     this.camera = new THREE.PerspectiveCamera();
     this.camera.matrixAutoUpdate = false;
-    this.light = new THREE.DirectionalLight(0xffffff, 0.6);
-    this.scene.add(new THREE.HemisphereLight(0xffffff, 0x555566, 0.7), this.light, this.light.target);
+    const unit = Number(THREE.REVISION) >= 155 ? Math.PI : 1; // of light, in later versions physical
+    this.light = new THREE.DirectionalLight(0xffffff, 0.6 * unit);
+    this.scene.add(new THREE.HemisphereLight(0xffffff, 0x555566, 0.7 * unit), this.light, this.light.target);
     this.layers = layers.map(layer => new GlLayer(layer));
     this.scene.add(...this.layers.map(({group}) => group));
     this.grid = HandMoved(new THREE.LineSegments(MovingGeometry(0), new THREE.LineBasicMaterial()));
-    this.axes = HandMoved(new THREE.LineSegments(MovingGeometry(6), new THREE.LineBasicMaterial({vertexColors: THREE.VertexColors || true})));
+    const coloured = new THREE.LineBasicMaterial({vertexColors: THREE.VertexColors || true}); // a number in old versions
+    this.axes = HandMoved(new THREE.LineSegments(MovingGeometry(6), coloured));
     this.axes.geometry.setAttribute("color", new THREE.BufferAttribute(new Float32Array(18), 3));
     this.scene.add(this.grid, this.axes);
     canvas.addEventListener("webglcontextrestored", redraw);
@@ -243,8 +246,9 @@ class GlPainter {
     this.camera.near = eye.near;
     this.camera.far = eye.far;
     this.camera.updateProjectionMatrix();
-    this.light.position.set(eye.world[3], eye.world[7], eye.world[11]);
-    this.light.target.position.set(eye.world[3] - eye.world[2], eye.world[7] - eye.world[6], eye.world[11] - eye.world[10]);
+    const [back, place] = [2, 3].map(column => [0, 4, 8].map(row => eye.world[row + column]));
+    this.light.position.set(...place);
+    this.light.target.position.set(...place.map((value, i) => value - back[i]));
     this.renderer.setClearColor(new THREE.Color(theme.colour(view.nothing ? "edge" : "ground")));
     this.renderer.setViewport(picture.x, height - picture.y - picture.height, picture.width, picture.height);
     this.renderer.render(this.scene, this.camera);

@@ -59,7 +59,7 @@ window.tv2Test = {
    */
   stats() {
     const {painter, trouble} = app.viewport;
-    return {drawing: painter.kind, software: painter.software, trouble: trouble ? String(trouble) : "", frames: app.frames,
-            work: [...app.work]};
+    return {drawing: painter.kind, software: painter.software, trouble: trouble ? String(trouble) : "",
+            frames: app.frames, work: [...app.work]};
   },
 };

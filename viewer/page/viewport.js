@@ -23,8 +23,8 @@ function AtInstants(pose, visit) {
 }
 
 /**
- * Nodes that have a line to their parent. Files do not say what is a bone: it is not below the first node, has no camera
- * or light at either end, and keeps its length within a tenth.
+ * Nodes that have a line to their parent. Files do not say what is a bone: its parent is not the first node, neither end
+ * has a camera or a light, and its length stays within a tenth.
  * @returns {number[]} indices of the lower ends
  */
 function BonesOf(pose) {
@@ -210,8 +210,8 @@ class Viewport {
   }
 
   /**
-   * @param {{scene: Scene, offset: number}[]} shown offsets are seconds by which a scene is late; the first one's cameras
-   *     are looked through
+   * @param {{scene: Scene, offset: number}[]} shown offsets are seconds by which a scene is late; the first one's
+   *     cameras are looked through
    */
   show(shown) {
     for (const layer of this.layers) {
@@ -329,8 +329,9 @@ class Viewport {
     this.eye = eye || this.free.eye(reach);
     this.picture = Letterbox(this.width, this.height, this.eye.aspect);
     this.projection = new Projection(this.eye, this.picture);
-    this.view = {eye: this.eye, picture: this.picture, width: this.width, height: this.height, ratio: this.ratio,
-                 moved: this.timeChanged, nothing, mirror: leading.mirror, projection: this.projection, grid: this.grid()};
+    const {eye: seen, picture, projection, width, height, ratio} = this;
+    this.view = {eye: seen, picture, projection, width, height, ratio, moved: this.timeChanged, nothing,
+                 mirror: leading.mirror, grid: this.grid()};
     this.timeChanged = false;
   }
 
@@ -354,7 +355,9 @@ class Viewport {
     }
     const unit = 10 ** Math.floor(Math.log10(Math.max(half, 1e-4)));
     const {target} = this.free;
-    [target[0], target[2]].forEach((value, i) => centre[i] = Math.abs(value) > 8 * unit ? Math.round(value / unit) * unit : 0);
+    [target[0], target[2]].forEach((value, i) => {
+      if (Math.abs(value) > 8 * unit) centre[i] = Math.round(value / unit) * unit;
+    });
     return {unit, lines: 12, centre};
   }
 
