@@ -249,8 +249,7 @@ class PageTest(unittest.TestCase):
         self.finish()
 
     def test_names_are_text_and_nothing_runs(self):
-        """As written; with the escaping undone, which leaves the policy alone to stop it; and without the policy, which
-        leaves the escaping."""
+        """As written; without the policy, where the escaping is left; and without the escaping, where the policy is."""
         self.open("names.tv2")
         names = self.browser.evaluate("app.scenes[0].nodes.map(({name}) => Array.from(name, c => c.codePointAt(0)))")
         self.assertIn([ord(c) for c in "</script><script>window.hit = 1</script>"], names)
@@ -271,6 +270,12 @@ class PageTest(unittest.TestCase):
         self.open("names.tv2", change=lambda text: text.replace(policy, "<meta name=\"none\""))
         self.assertIsNone(self.browser.evaluate("window.hit"))
         self.assertEqual(self.browser.evaluate("document.scripts.length"), 3)
+
+        page = self.page("names.tv2", change=lambda text: text.replace("\\u003c", "<"))
+        self.browser.open(page)
+        self.assertGreater(self.browser.evaluate("document.scripts.length"), 3)  # the name became a script
+        self.assertIsNone(self.browser.evaluate("window.hit"))
+        self.assertTrue(any("Content Security Policy" in entry["text"] for entry in self.browser.problems()))
 
     def test_the_policy_stops_what_is_injected(self):
         markup = ("<script>window.hit = 1</script><img src=x onerror='window.hit = 2'><b style='color: red'></b>"
