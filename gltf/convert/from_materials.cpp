@@ -241,8 +241,10 @@ private:
             context_.Report(Code::ExtensionLost, place_, std::string(extension));
             return;
         }
-        if (members.Size() == 0)
+        if (extension == kUnlitExtension)
             AddParameter<TEV2_ANIMATABLE_INT32_RLE>(material.ints, Named(extension), 1);
+        else if (members.Size() == 0)
+            context_.Report(Code::ExtensionLost, place_, std::string(extension) + ", which is empty");
         for (std::size_t i = 0; i < members.Size(); ++i)
         {
             const std::string name = std::string(extension) + "." + std::string(members.Name(i));
@@ -306,7 +308,7 @@ std::unique_ptr<TEV2_MATERIAL> MakeStandard(FromContext& context, FromImages& im
     const double power = 2.0 / std::pow(std::max(roughness, 0.01), 4.0) - 2.0; // of the highlight
     context.budget.Take(sizeof(TEV2_STANDARD_MATERIAL) + 6 * TEV2_ANIMATABLE::kMostBytes, place);
     auto material = std::make_unique<TEV2_STANDARD_MATERIAL>();
-    if (source.json["extensions"]["KHR_materials_unlit"])
+    if (source.json["extensions"].Find(kUnlitExtension))
         material->shading = TEV2_SHADING::Unlit;
     material->diffuse = colour([&](std::size_t i) { return base[i] * (1.0 - metallic); });
     material->specular =
@@ -338,7 +340,7 @@ std::unique_ptr<TEV2_MATERIAL> MakeStandard(FromContext& context, FromImages& im
         material->maps.push_back({texture.channel, std::move(normals)});
     }
     context.Report(Code::MaterialApproximated, place, "became a standard material");
-    context.ReportRest(source.json, place, {"KHR_materials_unlit"}, true);
+    context.ReportRest(source.json, place, {kUnlitExtension}, true);
     return material;
 }
 
