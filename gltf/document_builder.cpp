@@ -273,10 +273,10 @@ void DocumentBuilder::FinishBuffer(std::string_view uri)
 std::string DocumentBuilder::Glb()
 {
     constexpr std::size_t kHeader = 12;
-    constexpr std::size_t kChunkHeader = 8;
+    constexpr std::size_t kHeaderOfChunk = 8;
     FinishBuffer({});
     const std::string json = root_.dump(-1, ' ', false, Json::error_handler_t::replace);
-    const std::size_t all = kHeader + 2 * (kChunkHeader + kAlignment) + json.size();
+    const std::size_t all = kHeader + 2 * (kHeaderOfChunk + kAlignment) + json.size();
     CheckRoom(all);
     if (all > std::numeric_limits<std::uint32_t>::max() - binary_.size())
         throw Error("the result would be larger than 4 GiB");

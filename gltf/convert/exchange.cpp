@@ -73,7 +73,8 @@ TEV2_QUATERNION ExchangedRotation(const TEV2_QUATERNION& rotation, Exchange pare
     const TEV2_QUATERNION swapped{-rotation.x, -rotation.z, -rotation.y, rotation.w};
     if (parent == Exchange::SwapYZ && own == Exchange::SwapYZ)
         return swapped;
-    const Rotation middle{swapped.x, swapped.y, swapped.z, swapped.w};
+    const auto wide = [](float number) { return static_cast<double>(number); };
+    const Rotation middle{wide(swapped.x), wide(swapped.y), wide(swapped.z), wide(swapped.w)};
     const Rotation turned = Product(Product(AfterSwap(parent), middle), BeforeSwap(own));
     return {static_cast<float>(turned.x), static_cast<float>(turned.y), static_cast<float>(turned.z),
             static_cast<float>(turned.w)};

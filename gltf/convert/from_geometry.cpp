@@ -131,14 +131,15 @@ TEV2_VECTOR_3 Vector3(std::span<const double> numbers)
     return {F(numbers[0]), F(numbers[1]), F(numbers[2])};
 }
 
-TEV2_VECTOR_3 Cross(const TEV2_VECTOR_3& a, const TEV2_VECTOR_3& b)
+TEV2_VECTOR_3 CrossProduct(const TEV2_VECTOR_3& a, const TEV2_VECTOR_3& b)
 {
     return {a.y * b.z - a.z * b.y, a.z * b.x - a.x * b.z, a.x * b.y - a.y * b.x};
 }
 
 TEV2_VECTOR_3 Unit(const TEV2_VECTOR_3& v)
 {
-    const std::array<double, 3> d{v.x, v.y, v.z};
+    const std::array<double, 3> d{static_cast<double>(v.x), static_cast<double>(v.y),
+                                  static_cast<double>(v.z)};
     const double length = std::sqrt(d[0] * d[0] + d[1] * d[1] + d[2] * d[2]);
     if (!(length > 0.0) || !std::isfinite(length))
         return {0.0f, 1.0f, 0.0f};
@@ -151,7 +152,7 @@ void FillFlatNormals(const MeshLayout::Block& block, TEV2_RIGID_VERTICES& vertic
     for (std::size_t corner = block.first; corner + 2 < block.first + block.count; corner += 3)
     {
         const TEV2_VECTOR_3* const p = &vertices.positions[corner];
-        const TEV2_VECTOR_3 normal = Unit(Cross(p[1] - p[0], p[2] - p[0]));
+        const TEV2_VECTOR_3 normal = Unit(CrossProduct(p[1] - p[0], p[2] - p[0]));
         std::fill_n(vertices.normals.begin() + static_cast<std::ptrdiff_t>(corner), 3, normal);
     }
 }
@@ -239,7 +240,7 @@ void FillNormals(FromContext& context, const MeshLayout& layout, Exchange exchan
             {
                 const TEV2_VECTOR_3 tangent = Vector3(numbers);
                 const TEV2_VECTOR_3 normal = Exchanged(vertices.normals[vertex], exchange);
-                const TEV2_VECTOR_3 side = Cross(normal, tangent);
+                const TEV2_VECTOR_3 side = CrossProduct(normal, tangent);
                 const float sign = numbers[3] < 0.0 ? -1.0f : 1.0f;
                 vertices.frames[vertex] = {Exchanged(side * sign, exchange), Exchanged(tangent, exchange)};
             });

@@ -19,7 +19,7 @@ namespace
 
 constexpr double kAssumedAspect = 16.0 / 9.0;
 constexpr double kAssumedAngle = 0.8; // radians, vertical
-constexpr float kNoEnd = 3.4e38f;
+constexpr float kNoFarPlane = 3.4e38f;
 constexpr std::size_t kTracks = 4 * TEV2_ANIMATABLE::kMostBytes;
 
 /// Width over height.
@@ -48,7 +48,7 @@ std::unique_ptr<TEV2_CAMERA> MakeCamera(FromContext& context, const gltf::Camera
     record->inverseAspect = Single(1.0 / aspect, place);
     record->fieldOfView = ConstantTrack<TEV2_ANIMATABLE_FLOAT32_LINEAR>(Single(angle, place));
     const float begin = Single(camera.near_plane, place);
-    const float end = camera.far_plane > 0.0 ? Single(camera.far_plane, place) : kNoEnd;
+    const float end = camera.far_plane > 0.0 ? Single(camera.far_plane, place) : kNoFarPlane;
     record->clipRange = ConstantTrack<TEV2_ANIMATABLE_FLOAT32_RANGE_LINEAR>({begin, end});
     context.ReportRest(camera.json, place, {}, false);
     context.ReadExtras(camera.json, place, record->properties);

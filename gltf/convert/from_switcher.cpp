@@ -58,7 +58,7 @@ std::unique_ptr<TEV2_ANIMATABLE_INT32_RLE> SwitcherTrack(JsonValue entry, const 
     {
         const auto time = static_cast<float>(times[i].Number().value_or(gltf::kLatestKey + 1.0));
         const std::optional<std::int32_t> camera = CameraNamed(scene, entry["cameras"][i].Text());
-        if (!camera || !(std::abs(double{time}) <= gltf::kLatestKey) ||
+        if (!camera || !(std::abs(static_cast<double>(time)) <= gltf::kLatestKey) ||
             (i > 0 && !(time > track->m_times.back())))
             return nullptr;
         track->Append(time, *camera);

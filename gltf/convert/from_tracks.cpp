@@ -63,7 +63,8 @@ public:
         // Single precision cannot be closer to large values.
         for (const double value : *keys.values)
             largest_ = std::max(largest_, std::abs(value));
-        within_ = std::max(0.9 * kWithin, 4.0 * double{std::numeric_limits<float>::epsilon()} * largest_);
+        within_ = std::max(0.9 * kWithin,
+                           4.0 * static_cast<double>(std::numeric_limits<float>::epsilon()) * largest_);
     }
 
     /// Appends the keys between `key` and the next one, both left out.

@@ -12,8 +12,9 @@ namespace
 
 double LengthOf(const TEV2_QUATERNION& rotation)
 {
-    const double x = rotation.x, y = rotation.y, z = rotation.z, w = rotation.w;
-    return std::hypot(std::hypot(x, y), std::hypot(z, w));
+    const auto wide = [](float number) { return static_cast<double>(number); };
+    return std::hypot(std::hypot(wide(rotation.x), wide(rotation.y)),
+                      std::hypot(wide(rotation.z), wide(rotation.w)));
 }
 
 /// What a chain of products in single precision leaves; it moves a point a metre away by less than 0.01 mm.

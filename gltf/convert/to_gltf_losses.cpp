@@ -87,7 +87,7 @@ void ReportLosses(ToGltfContext& context)
     losses.Kind("xrefs20", typed(scene.xrefs20));
     losses.Kind("xrefObjects", typed(scene.xrefObjects));
     losses.Kind("speedTreeReferences", typed(scene.speedTreeReferences));
-    for (const std::size_t list : {1, 7, 8, 9})
+    for (const std::size_t list : {1u, 7u, 8u, 9u})
         losses.Kind("instanceLists[" + std::to_string(list) + "]", typed(scene.instanceLists[list]));
     std::size_t texts = 0;
     for (const TEV2_MATRIX_NODE& node : scene.matrixHierarchy.nodes)

@@ -153,7 +153,7 @@ void GltfTextures::ReportReductions(const TEV2_BITMAP_MATERIAL_MAP& map, Texture
 
 void GltfTextures::SetTransform(Json& info, const TEV2_BITMAP_MATERIAL_MAP_COORDINATES& coordinates)
 {
-    constexpr const char* kExtension = "KHR_texture_transform";
+    constexpr const char* kTransformExtension = "KHR_texture_transform";
     const float time = context_.RestTime();
     Json transform = Json::object();
     if (coordinates.offset)
@@ -164,8 +164,8 @@ void GltfTextures::SetTransform(Json& info, const TEV2_BITMAP_MATERIAL_MAP_COORD
         transform["scale"] = ToJson(ValueAt(coordinates.tiling, time, {1.0f, 1.0f}));
     if (transform.empty())
         return;
-    info["extensions"][kExtension] = std::move(transform);
-    context_.out.UseExtension(kExtension);
+    info["extensions"][kTransformExtension] = std::move(transform);
+    context_.out.UseExtension(kTransformExtension);
 }
 
 std::optional<Json> GltfTextures::Use(const TEV2_MATERIAL_MAP* map, TextureRole role, std::size_t uv_sets,
