@@ -220,7 +220,8 @@ public:
         Typed(label, map);
     }
 
-    void VertexCount(const char* label, std::uint32_t count, std::size_t /*least*/) { Value(label, count); }
+    /// The lengths of the columns say it.
+    static void VertexCount(const char*, std::uint32_t, std::size_t) {}
     void ColumnCount(const char* label, std::uint32_t number) { Value(label, number); }
 
     template <typename Element>

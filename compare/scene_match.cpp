@@ -86,6 +86,8 @@ SceneMatch::List MatchNames(const std::vector<std::string>& left, const std::vec
         i += order <= 0 ? 1 : 0;
         j += order >= 0 ? 1 : 0;
     }
+    match.left_names = left;
+    match.right_names = right;
     return match;
 }
 

@@ -24,6 +24,8 @@ struct SceneMatch
     {
         std::vector<std::uint32_t> right_of;
         std::vector<std::uint32_t> left_of;
+        std::vector<std::string> left_names{};
+        std::vector<std::string> right_names{};
     };
 
     NodeTree left_tree;

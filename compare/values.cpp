@@ -123,6 +123,14 @@ double DistanceOf(const Numbers& left, const Numbers& right, const Meaning& mean
     return meaning.unit == Unit::Percent ? 100.0 * worst / largest : worst * meaning.factor;
 }
 
+/// What an index leads to.
+std::string NameAt(const std::vector<std::string>& names, double index)
+{
+    if (index >= 0.0 && index < static_cast<double>(names.size()))
+        return '"' + names[static_cast<std::size_t>(index)] + '"';
+    return index == static_cast<double>(kNone) ? "none" : "number " + NumberText(index);
+}
+
 std::string_view PresenceOf(const TEV2_ANIMATABLE* track)
 {
     return track != nullptr ? "there" : "absent";
@@ -173,25 +181,32 @@ void ValueComparison::CompareTracks(TEV2_ANIMATABLE* left, TEV2_ANIMATABLE* righ
     difference.right = ValueText(ValueAt(*right, worst.worst_time), meaning);
 }
 
-double ValueComparison::Translated(double index, std::string_view label, const std::string& list) const
+const SceneMatch::List* ValueComparison::Target(std::string_view label, const std::string& list) const
 {
     static constexpr std::string_view kSources[] = {
         "animMeshes", "bezierSplines",  "cameras", "lights",      "morphMeshes",
         "rigids",     "weightedMeshes", "helpers", "xrefObjects", "speedTreeReferences"};
-    const std::vector<std::uint32_t>* right_of = nullptr;
-    if (label == "bones")
-        right_of = &match_.nodes.right_of;
-    else if (label == "material" || label == "materials")
-        right_of = &ListOf(match_, "materials").right_of;
-    else if (label == "light" || label == "lights")
-        right_of = &ListOf(match_, "lights").right_of;
-    else if (label == "library")
-        right_of = &ListOf(match_, "xrefs20").right_of;
-    else if (label == "source" && list.starts_with("instanceLists["))
-        right_of = &ListOf(match_, std::string(kSources[static_cast<std::size_t>(list[14] - '0')])).right_of;
-    if (right_of == nullptr || index < 0.0 || index >= static_cast<double>(right_of->size()))
+    if (label == "material" || label == "materials")
+        return &ListOf(match_, "materials");
+    if (label == "light" || label == "lights")
+        return &ListOf(match_, "lights");
+    if (label == "library")
+        return &ListOf(match_, "xrefs20");
+    constexpr std::string_view kInstances = "instanceLists[";
+    if (label == "source" && list.starts_with(kInstances))
+        return &ListOf(match_,
+                       std::string(kSources[static_cast<std::size_t>(list[kInstances.size()] - '0')]));
+    return nullptr;
+}
+
+double ValueComparison::Translated(double index, std::string_view label, const std::string& list) const
+{
+    const SceneMatch::List* const target = Target(label, list);
+    if (target == nullptr && label != "bones")
         return index;
-    return static_cast<double>((*right_of)[static_cast<std::size_t>(index)]);
+    const auto& right_of = target != nullptr ? target->right_of : match_.nodes.right_of;
+    const bool leads = index >= 0.0 && index < static_cast<double>(right_of.size());
+    return leads ? static_cast<double>(right_of[static_cast<std::size_t>(index)]) : index;
 }
 
 void ValueComparison::CompareNumbers(const NumberBlock& left, const NumberBlock& right,
@@ -265,8 +280,11 @@ void ValueComparison::CompareField(const FieldValue& left, const FieldValue& rig
         if (!(DistanceOf(translated, others, meaning, largest) > tolerance_.Of(meaning.unit)))
             return;
         Difference& difference = found_.emplace_back(like);
-        difference.left = ValueText(*numbers, meaning);
-        difference.right = ValueText(others, meaning);
+        const SceneMatch::List* const target = Target(left.label, list);
+        difference.left =
+            target != nullptr ? NameAt(target->left_names, numbers->front()) : ValueText(*numbers, meaning);
+        difference.right =
+            target != nullptr ? NameAt(target->right_names, others.front()) : ValueText(others, meaning);
         difference.deviations.push_back({.unit = Unit::Value, .over_time = false});
     }
     else if (const auto* text = std::get_if<std::string>(&left.value))
@@ -333,6 +351,18 @@ void ValueComparison::CompareFields(const std::vector<FieldValue>& left, const s
         difference.part = a.path;
         CompareField(a, b, list, difference);
     };
+    const auto kept = [](const std::vector<FieldValue>& fields)
+    { return std::ranges::find(fields, "body", &FieldValue::path) != fields.end(); };
+    if (kept(left) != kept(right))
+    {
+        Difference& difference = found_.emplace_back(like);
+        difference.change = Change::Retyped;
+        difference.aspect = Aspect::Field;
+        difference.part = "body";
+        difference.left = kept(left) ? "bytes of another layout" : "fields";
+        difference.right = kept(right) ? "bytes of another layout" : "fields";
+        return;
+    }
     const bool alike = std::ranges::equal(left, right, {}, &FieldValue::path, &FieldValue::path);
     if (alike)
     {

@@ -46,7 +46,10 @@ private:
     void AddOnlyIn(const std::vector<FieldValue>& fields, const std::vector<std::uint32_t>& matches,
                    Change change, const Difference& like);
 
-    /// The index on the right of what an index on the left leads to.
+    /// The list that the index in a field leads into; null: it is no index, or one of a node.
+    const SceneMatch::List* Target(std::string_view label, const std::string& list) const;
+
+    /// The index on the right of what an index on the left leads to; other numbers as they are.
     double Translated(double index, std::string_view label, const std::string& list) const;
 
     const SceneMatch& match_;
