@@ -16,8 +16,8 @@
 namespace tev2_compare
 {
 
-/// What is different between two rigs: nodes by name, parent and order, user properties by name and type, objects of all
-/// lists by name, their nodes and their types, bones of skins, and the up axis. Poses and all values are left out.
+/// What is different between two rigs: nodes by name, parent and order, user properties by name and type, objects of
+/// all lists by name, their nodes and their types, bones of skins, and the up axis. Poses and all values are left out.
 ///
 /// One thing that happened is one difference: what is below a node that is missing or has moved is counted with it,
 /// nodes that are missing or have moved from one parent are one difference, and so are names that differ in one

@@ -177,29 +177,42 @@ TEV2_EXTENDED_PROPERTIES& HipsProperties(TEV2& scene)
     return scene.matrixHierarchy.nodes[1].properties;
 }
 
-// clang-format off
 const ValueCase kValueCases[] = {
     {"texts", [](TEV2& s) { HipsProperties(s).stringArrays[0].strings[1] = Wide(u"Low"); },
      "changed node property Hips.Quality \"High\">\"Low\"", 0.0},
-    {"integers are exact", [](TEV2& s) { HipsProperties(s).intValues[0].track = MakeTrack<TEV2_ANIMATABLE_INT32_RLE>({{0.0f, 1}, {0.5f, -8}}); },
+    {"integers are exact",
+     [](TEV2& s) {
+         HipsProperties(s).intValues[0].track = MakeTrack<TEV2_ANIMATABLE_INT32_RLE>({{0.0f, 1}, {0.5f, -8}});
+     },
      "changed node property Hips.Visible -7>-8", 0.0},
-    {"floats in percent of the largest", [](TEV2& s) { HipsProperties(s).floatValues[0].track = ConstantTrack<TEV2_ANIMATABLE_FLOAT32_LINEAR>(0.2f); },
+    {"floats in percent of the largest",
+     [](TEV2& s)
+     { HipsProperties(s).floatValues[0].track = ConstantTrack<TEV2_ANIMATABLE_FLOAT32_LINEAR>(0.2f); },
      "changed node property Hips.Blend 0.25>0.2", 20.0},
-    {"vectors", [](TEV2& s) { HipsProperties(s).vector3Values[0].track = ConstantTrack<TEV2_ANIMATABLE_VECTOR_3_LINEAR>({1, 2, 4}); },
+    {"vectors",
+     [](TEV2& s) {
+         HipsProperties(s).vector3Values[0].track = ConstantTrack<TEV2_ANIMATABLE_VECTOR_3_LINEAR>({1, 2, 4});
+     },
      "changed node property Hips.Offset 1, 2, 3>1, 2, 4", 25.0},
     {"no value", [](TEV2& s) { HipsProperties(s).vector4Values[0].track = nullptr; },
      "changed node property Hips.Tint there>absent", 0.0},
     {"lens", [](TEV2& s) { s.cameras[0]->fieldOfView = ConstantTrack<TEV2_ANIMATABLE_FLOAT32_LINEAR>(0.5f); },
      "changed camera field Camera.fieldOfView 40.107>28.6479", 0.2 * 180.0 / std::numbers::pi},
-    {"distance", [](TEV2& s) { s.cameras[0]->distance = ConstantTrack<TEV2_ANIMATABLE_FLOAT32_LINEAR>(4.0f); },
+    {"distance",
+     [](TEV2& s) { s.cameras[0]->distance = ConstantTrack<TEV2_ANIMATABLE_FLOAT32_LINEAR>(4.0f); },
      "changed camera field Camera.distance 5>4", 1000.0},
-    {"cut to another camera", [](TEV2& s) { s.cameraMan.cameraIndex = MakeTrack<TEV2_ANIMATABLE_INT32_RLE>({{0.0f, 0}, {0.75f, -1}, {1.0f, 0}}); },
+    {"cut to another camera",
+     [](TEV2& s) {
+         s.cameraMan.cameraIndex = MakeTrack<TEV2_ANIMATABLE_INT32_RLE>({{0.0f, 0}, {0.75f, -1}, {1.0f, 0}});
+     },
      "changed camera switcher object  no camera>\"Camera\"", 0.0},
-    {"shape of the picture", [](TEV2& s) { s.cameras[0]->inverseAspect = 0.5f; }, "changed camera field Camera.inverseAspect 0.75>0.5", 0.0},
-    {"text of a node", [](TEV2& s) { s.matrixHierarchy.nodes[1].userText = Wide(u"x"); }, "changed node field Hips.user text \"\">\"x\"", 0.0},
-    {"ambient light", [](TEV2& s) { s.ambientLight = std::make_unique<TEV2_AMBIENT_LIGHT>(); }, "added ambient light object  >", 0.0},
+    {"shape of the picture", [](TEV2& s) { s.cameras[0]->inverseAspect = 0.5f; },
+     "changed camera field Camera.inverseAspect 0.75>0.5", 0.0},
+    {"text of a node", [](TEV2& s) { s.matrixHierarchy.nodes[1].userText = Wide(u"x"); },
+     "changed node field Hips.user text \"\">\"x\"", 0.0},
+    {"ambient light", [](TEV2& s) { s.ambientLight = std::make_unique<TEV2_AMBIENT_LIGHT>(); },
+     "added ambient light object  >", 0.0},
 };
-// clang-format on
 
 TEST(DifferencesTest, ValuesOfPropertiesCamerasAndTheScene)
 {

@@ -19,41 +19,81 @@ struct RigCase
     const char* what;
     Rig left;
     Rig right;
-    Texts differences;
-    bool fits; ///< every node is animated
+    const char* differences; ///< with "; " between them
+    bool fits;               ///< every node is animated
 };
 
-// clang-format off
 const Rig kSpine = {{"Hips", -1}, {"Spine", 0}, {"Head", 1}, {"Leg", 0}};
 const RigCase kRigCases[] = {
-    {"the same", kSpine, kSpine, {}, true},
-    {"added", kSpine, {{"Hips", -1}, {"Spine", 0}, {"Head", 1}, {"Leg", 0}, {"Tail", 0}, {"Tip", 4}},
-     {"added node object Tail >Hips +1"}, true},
-    {"missing, with what is below", kSpine, {{"Hips", -1}, {"Leg", 0}}, {"missing node object Spine Hips> +1"}, false},
-    {"several missing below one parent", kSpine, {{"Hips", -1}}, {"missing node object Spine Hips> x2 +1"}, false},
-    {"moved with what is below", {{"A", -1}, {"B", -1}, {"C", 0}, {"D", 2}, {"E", 3}},
-     {{"A", -1}, {"B", -1}, {"C", 1}, {"D", 2}, {"E", 3}}, {"moved node object C A>B +2"}, false},
-    {"two moved together", {{"A", -1}, {"B", -1}, {"C", 0}, {"D", 0}}, {{"A", -1}, {"B", -1}, {"C", 1}, {"D", 1}},
-     {"moved node object C A>B x2"}, false},
-    {"a node put between", kSpine, {{"Hips", -1}, {"Twist", 0}, {"Spine", 1}, {"Head", 2}, {"Leg", 0}},
-     {"moved node object Spine Hips>Twist +1", "added node object Twist >Hips"}, false},
-    {"parent and child changed places", {{"A", -1}, {"B", 0}}, {{"B", -1}, {"A", 0}},
-     {"moved node object A >B +1", "moved node object B A>"}, false},
-    {"a leaf renamed, at the same place", kSpine, {{"Hips", -1}, {"Spine", 0}, {"Skull", 1}, {"Leg", 0}},
-     {"renamed node object Head Head>Skull"}, false},
-    {"renamed, known by its child", kSpine, {{"Hips", -1}, {"Leg", 0}, {"Chest", 0}, {"Head", 2}},
-     {"renamed node object Spine Spine>Chest +1", "reordered node object Leg >"}, false},
-    {"other namespaces are one difference", {{"a:Hips", -1}, {"a:Spine", 0}, {"a:Head", 1}, {"Prop", -1}},
-     {{"b:Hips", -1}, {"b:Spine", 0}, {"b:Head", 1}, {"Prop", -1}}, {"renamed node namespace a:Hips a:>b: x3"}, false},
-    {"duplicates by path, then by order", {{"A", -1}, {"B", -1}, {"X", 0}, {"X", 1}, {"X", 1}},
-     {{"A", -1}, {"B", -1}, {"X", 1}, {"X", 0}}, {"missing node object X B>", "reordered node object X >"}, false},
-    {"only the order", {{"A", -1}, {"B", -1}, {"C", -1}, {"D", -1}}, {{"D", -1}, {"A", -1}, {"B", -1}, {"C", -1}},
-     {"reordered node object D >"}, true},
-    {"parents after children", {{"B", 1}, {"A", -1}}, {{"A", -1}, {"B", 0}}, {"reordered node object B >"}, true},
-    {"a circle is cut above its first node", {{"A", 1}, {"B", 0}}, {{"A", -1}, {"B", 0}}, {}, true},
-    {"nothing on one side", kSpine, {}, {"missing node object Hips > +3"}, false},
+    {"the same", kSpine, kSpine, "", true},
+    {"added",
+     kSpine,
+     {{"Hips", -1}, {"Spine", 0}, {"Head", 1}, {"Leg", 0}, {"Tail", 0}, {"Tip", 4}},
+     "added node object Tail >Hips +1",
+     true},
+    {"missing, with what is below",
+     kSpine,
+     {{"Hips", -1}, {"Leg", 0}},
+     "missing node object Spine Hips> +1",
+     false},
+    {"several missing below one parent",
+     kSpine,
+     {{"Hips", -1}},
+     "missing node object Spine Hips> x2 +1",
+     false},
+    {"moved with what is below",
+     {{"A", -1}, {"B", -1}, {"C", 0}, {"D", 2}, {"E", 3}},
+     {{"A", -1}, {"B", -1}, {"C", 1}, {"D", 2}, {"E", 3}},
+     "moved node object C A>B +2",
+     false},
+    {"two moved together",
+     {{"A", -1}, {"B", -1}, {"C", 0}, {"D", 0}},
+     {{"A", -1}, {"B", -1}, {"C", 1}, {"D", 1}},
+     "moved node object C A>B x2",
+     false},
+    {"a node put between",
+     kSpine,
+     {{"Hips", -1}, {"Twist", 0}, {"Spine", 1}, {"Head", 2}, {"Leg", 0}},
+     "moved node object Spine Hips>Twist +1; added node object Twist >Hips",
+     false},
+    {"parent and child changed places",
+     {{"A", -1}, {"B", 0}},
+     {{"B", -1}, {"A", 0}},
+     "moved node object A >B +1; moved node object B A>",
+     false},
+    {"a leaf renamed, at the same place",
+     kSpine,
+     {{"Hips", -1}, {"Spine", 0}, {"Skull", 1}, {"Leg", 0}},
+     "renamed node object Head Head>Skull",
+     false},
+    {"renamed, known by its child",
+     kSpine,
+     {{"Hips", -1}, {"Leg", 0}, {"Chest", 0}, {"Head", 2}},
+     "renamed node object Spine Spine>Chest +1; reordered node object Leg >",
+     false},
+    {"other namespaces are one difference",
+     {{"a:Hips", -1}, {"a:Spine", 0}, {"a:Head", 1}, {"Prop", -1}},
+     {{"b:Hips", -1}, {"b:Spine", 0}, {"b:Head", 1}, {"Prop", -1}},
+     "renamed node namespace a:Hips a:>b: x3",
+     false},
+    {"duplicates by path, then by order",
+     {{"A", -1}, {"B", -1}, {"X", 0}, {"X", 1}, {"X", 1}},
+     {{"A", -1}, {"B", -1}, {"X", 1}, {"X", 0}},
+     "missing node object X B>; reordered node object X >",
+     false},
+    {"only the order",
+     {{"A", -1}, {"B", -1}, {"C", -1}, {"D", -1}},
+     {{"D", -1}, {"A", -1}, {"B", -1}, {"C", -1}},
+     "reordered node object D >",
+     true},
+    {"parents after children",
+     {{"B", 1}, {"A", -1}},
+     {{"A", -1}, {"B", 0}},
+     "reordered node object B >",
+     true},
+    {"a circle is cut above its first node", {{"A", 1}, {"B", 0}}, {{"A", -1}, {"B", 0}}, "", true},
+    {"nothing on one side", kSpine, {}, "missing node object Hips > +3", false},
 };
-// clang-format on
 
 TEST(StructureTest, OneThingThatHappenedToNodesIsOneDifference)
 {
@@ -65,9 +105,9 @@ TEST(StructureTest, OneThingThatHappenedToNodesIsOneDifference)
         AddRig(right, item.right);
         const SceneMatch match(left, right);
         const auto differences = CompareStructure(left, right, match);
-        Texts texts;
+        std::string texts;
         for (const Difference& difference : differences)
-            texts.push_back(Short(difference));
+            texts += (texts.empty() ? "" : "; ") + Short(difference);
         EXPECT_EQ(texts, item.differences) << item.what;
         EXPECT_EQ(Obstacles(differences).empty(), item.fits) << item.what;
     }
@@ -104,7 +144,7 @@ struct ObjectCase
 {
     const char* what;
     void (*change)(TEV2&);
-    Texts differences;
+    const char* difference;
 };
 
 void AddProperty(TEV2& scene, const char* name)
@@ -112,21 +152,33 @@ void AddProperty(TEV2& scene, const char* name)
     ASSERT_TRUE(SetName(scene.matrixHierarchy.nodes[1].properties.intValues.emplace_back(), name));
 }
 
-// clang-format off
 const ObjectCase kObjectCases[] = {
-    {"property of another type", [](TEV2& s) { s.matrixHierarchy.nodes[1].properties.floatValues.clear(); AddProperty(s, "Blend"); },
-     {"retyped node property Hips.Blend float>integer"}},
+    {"property of another type",
+     [](TEV2& s)
+     {
+         s.matrixHierarchy.nodes[1].properties.floatValues.clear();
+         AddProperty(s, "Blend");
+     },
+     "retyped node property Hips.Blend float>integer"},
     {"property missing", [](TEV2& s) { s.matrixHierarchy.nodes[1].properties.stringArrays.clear(); },
-     {"missing node property Hips.Quality text>"}},
-    {"property new", [](TEV2& s) { AddProperty(s, "Mood"); }, {"added node property Hips.Mood >integer"}},
-    {"camera at another node", [](TEV2& s) { s.cameras[0]->value = 1; }, {"moved camera object Camera Camera>Hips"}},
-    {"camera in the world", [](TEV2& s) { s.cameras[0]->value = kNone; }, {"moved camera object Camera Camera>the world"}},
-    {"camera missing", [](TEV2& s) { s.cameras.clear(); }, {"missing camera object Camera >"}},
-    {"lights new", [](TEV2& s) {
-         for (const char16_t* name : {u"Sun", u"Moon"}) { s.lights.push_back(TEV2_LIGHT::Create(0)); s.lights.back()->name = Wide(name); } },
-     {"added light object Sun+Moon >"}},
+     "missing node property Hips.Quality text>"},
+    {"property new", [](TEV2& s) { AddProperty(s, "Mood"); }, "added node property Hips.Mood >integer"},
+    {"camera at another node", [](TEV2& s) { s.cameras[0]->value = 1; },
+     "moved camera object Camera Camera>Hips"},
+    {"camera in the world", [](TEV2& s) { s.cameras[0]->value = kNone; },
+     "moved camera object Camera Camera>the world"},
+    {"camera missing", [](TEV2& s) { s.cameras.clear(); }, "missing camera object Camera >"},
+    {"lights new",
+     [](TEV2& s)
+     {
+         for (const char16_t* name : {u"Sun", u"Moon"})
+         {
+             s.lights.push_back(TEV2_LIGHT::Create(0));
+             s.lights.back()->name = Wide(name);
+         }
+     },
+     "added light object Sun+Moon >"},
 };
-// clang-format on
 
 TEST(StructureTest, PropertiesAndObjectsByName)
 {
@@ -137,7 +189,7 @@ TEST(StructureTest, PropertiesAndObjectsByName)
         FillSoundScene(left);
         FillSoundScene(right);
         item.change(right);
-        EXPECT_EQ(ShortStructure(left, right), item.differences) << item.what;
+        EXPECT_EQ(ShortStructure(left, right), Texts{item.difference}) << item.what;
     }
 }
 
@@ -195,8 +247,6 @@ TEST(StructureTest, HundredThousandNodesOfOneName)
         FillWithOneName(left, 100'000, shape, "X");
         FillWithOneName(right, 100'000, shape, "X");
         EXPECT_EQ(ShortStructure(left, right), Texts());
-        right.matrixHierarchy.nodes.pop_back();
-        EXPECT_FALSE(ShortStructure(left, right).empty());
         for (auto& node : right.matrixHierarchy.nodes)
             node.name = Wide(u"Y");
         EXPECT_FALSE(ShortStructure(left, right).empty());

@@ -139,6 +139,11 @@ class JsonSchemaTest(unittest.TestCase):
             self.answer("tree", 0, "tree", walk, *arguments)
         self.assertEqual(len(self.answer("hash", 2, "hash", walk, bare, damaged, gone)["files"]), 4)
         self.answer("checkCodes", 0, "check", "--codes")
+        self.assertTrue(self.answer("diff", 0, "diff", walk, walk)["identical"])
+        self.assertFalse(self.answer("diff", 1, "diff", walk, bare)["equal"])
+        self.answer("diff", 1, "diff", "--structure", walk, bare)
+        self.answer("failure", 2, "diff", walk, damaged)
+        self.answer("check", 1, "check", "--like", bare, walk)
         for file in (walk, bare):
             self.answer("dump", 0, "dump", file)
         self.answer("picture", 0, "picture", walk, self.path("walk.svg"))
