@@ -73,6 +73,14 @@ function ListenToKeys(run) {
   });
 }
 
+/** Adds to the tooltips of buttons their keys. */
+function TellKeys() {
+  for (const [, shown, command] of kKeys.flatMap(([, rows]) => rows)) {
+    const button = shown && command && document.querySelector(`[data-command="${command}"]`);
+    if (button) button.title = `${button.title || button.ariaLabel || button.textContent.trim()} (${shown})`;
+  }
+}
+
 /** The table for people. */
 function FillHelp(element) {
   const line = ([, shown, , meaning]) =>

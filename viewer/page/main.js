@@ -126,7 +126,8 @@ class App {
     this.playing = playing;
     if (playing && this.time >= this.span.end) this.time = this.span.start;
     this.clock = null;
-    this.playButton.ariaLabel = this.playButton.title = playing ? "Pause" : "Play";
+    this.playButton.ariaLabel = playing ? "Pause" : "Play";
+    this.playButton.title = this.playButton.ariaLabel + " (Space)";
     this.playButton.querySelector("use").setAttribute("href", playing ? "#icon-pause" : "#icon-play");
     this.draw();
   }
@@ -194,9 +195,12 @@ class App {
 
   frame(now) {
     const began = performance.now();
-    if (this.playing) this.advance(now);
-    this.show();
-    this.pending = null; // what showing has asked for is drawn
+    try {
+      if (this.playing) this.advance(now);
+      this.show();
+    } finally {
+      this.pending = null; // what showing has asked for is drawn
+    }
     this.frames += 1;
     this.work.push(performance.now() - began);
     if (this.work.length > 600) this.work.splice(0, 300);
@@ -365,6 +369,7 @@ class App {
       this.draw();
     });
     FillHelp(document.getElementById("help-table"));
+    TellKeys();
     const root = document.documentElement;
     const most = (element, rest) => Math.max(80, element.clientHeight - rest);
     new Splitter(document.getElementById("split-main"), "--left", 1, () => [160, root.clientWidth / 2]);
