@@ -47,6 +47,10 @@ def posing_copy(document, animation, keep_meshes):
     for mesh in made.get("meshes", []):
         for primitive in mesh["primitives"]:
             primitive.pop("material", None)
+    for node in made.get("nodes", []):
+        if "mesh" in node:  # of its own: on a bone, Blender names the object after it
+            made["meshes"].append(dict(made["meshes"][node["mesh"]], name=node["name"]))
+            node["mesh"] = len(made["meshes"]) - 1
     if not keep_meshes:
         for member in ("meshes", "skins"):
             made.pop(member, None)

@@ -4,7 +4,8 @@
 
 exported from the samples and from the larger scenes (SCENES may be empty), converted from glTF and back, and from
 scenes made by code, hostile and others. OUT/manifest.json lists them: "glb", "takes" (the .tv2 of each animation, in order; none where
-poses cannot be compared) and "at", the one time that a file without animation shows.
+poses cannot be compared), "at", the one time that a file without animation shows, and "skins", whether it is skinned as
+Blender needs it: with the nodes' pose in the file for bind pose.
 """
 
 import json
@@ -41,7 +42,8 @@ class Maker:
     def convert(self, takes, glb, *options, poses=True, at=None):
         """Losses are allowed: the scenes have what glTF has no place for."""
         self.run("convert", *options, *takes, glb, allowed=(0, 1))
-        self.manifest.append({"glb": str(glb), "takes": [str(take) for take in takes] if poses else [], "at": at})
+        self.manifest.append({"glb": str(glb), "takes": [str(take) for take in takes] if poses else [], "at": at,
+                              "skins": takes[0].parent.name != "code"})
 
     def convert_export(self, scene, name, *options):
         folder = self.folder(name)

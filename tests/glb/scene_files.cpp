@@ -109,15 +109,13 @@ std::vector<TEV2_VECTOR_3> InWorld(const TEV2& scene, std::uint32_t node, std::v
     return points;
 }
 
-/// The vertices of each mesh at the present time, in the world.
+/// The vertices at the present time, in the world, of each mesh of a kind that glTF has.
 void AddVertices(json& meshes, const TEV2& scene)
 {
     const auto add = [&](const auto& mesh, const std::vector<TEV2_VECTOR_3>& points) {
         meshes.push_back({{"name", Name(mesh)}, {"positions", Numbers(points)}});
     };
     for (const auto& mesh : scene.rigids)
-        add(*mesh, InWorld(scene, mesh->value, std::as_const(*mesh).vertices->positions));
-    for (const auto& mesh : scene.animMeshes)
         add(*mesh, InWorld(scene, mesh->value, std::as_const(*mesh).vertices->positions));
     for (const auto& mesh : scene.morphMeshes)
     {
