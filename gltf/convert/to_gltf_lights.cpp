@@ -115,7 +115,7 @@ private:
 
     void SetSpot(Json& json, const TEV2_SPOT_LIGHT& light)
     {
-        constexpr auto kMost = static_cast<float>(std::numbers::pi / 2.0);
+        constexpr auto kMost = static_cast<float>(std::numbers::pi / 2.0); // rounded up
         constexpr auto kDefault = static_cast<float>(std::numbers::pi / 4.0);
         constexpr float kLeast = 1e-4f;
         SetRange(json, light.range);
@@ -123,8 +123,9 @@ private:
         const TEV2_FLOAT32_RANGE cone = ValueAt(light.cone, time_, {0.0f, kDefault});
         const float outer = Clamped(cone.maximum, kLeast, kMost, "its cone");
         const float inner = Clamped(cone.minimum, 0.0f, std::nextafter(outer, 0.0f), "its inner cone");
-        json["spot"] = {{"innerConeAngle", gltf::FloatNumber(inner)},
-                        {"outerConeAngle", gltf::FloatNumber(outer)}};
+        json["spot"] = {
+            {"innerConeAngle", gltf::FloatNumber(inner)},
+            {"outerConeAngle", outer < kMost ? gltf::FloatNumber(outer) : Json(std::numbers::pi / 2.0)}};
     }
 
     void SetMax(Json& json, const TEV2_MAX_LIGHT_PARAMS& max)

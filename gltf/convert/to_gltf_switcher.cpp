@@ -145,7 +145,10 @@ void GltfSwitcher::Write(const std::vector<double>& shift)
         Json& members = nodes_.Members(*node_);
         members["translation"] = gltf::FloatNumbers(rest.Places());
         members["rotation"] = gltf::FloatNumbers(rest.Turns());
-        members["camera"] = place.camera;
+        // Of its own: viewers such as older versions of three.js show a camera that two nodes share at one of them.
+        Json lens = context_.out.Root()["cameras"][place.camera];
+        lens["name"] = kSwitcherNode;
+        members["camera"] = context_.out.Append("cameras", std::move(lens));
         members["extras"][std::string(kSwitcherExtra)] = true;
     }
 }

@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <limits>
 
 namespace tev2_gltf
 {
@@ -89,6 +90,13 @@ TEV2_QUATERNION RotationOf(const std::array<Column, 3>& axes)
             static_cast<float>(row[2] / length), static_cast<float>(row[3] / length)};
 }
 
+/// The nearest float; 0 for NaN.
+float Finite(double value)
+{
+    constexpr double kMost = std::numeric_limits<float>::max();
+    return std::isnan(value) ? 0.0f : static_cast<float>(std::clamp(value, -kMost, kMost));
+}
+
 template <typename Track>
 typename Track::Value Moved(const std::unique_ptr<Track>& track, float time,
                             const typename Track::Value& absent)
@@ -133,7 +141,7 @@ WorldPose WorldPoses::At(float time)
     for (Joint& joint : chain_)
     {
         const Column offset = world.Turned(ColumnOf(Moved(joint.translation, time, {})));
-        std::array<Column, 3> axes = AxesOf(Moved(joint.rotation, time, {}));
+        std::array<Column, 3> axes = AxesOf(UnitRotation(Moved(joint.rotation, time, {})));
         const Column factors = ColumnOf(Moved(joint.scale, time, {1.0f, 1.0f, 1.0f}));
         for (std::size_t axis = 0; axis < 3; ++axis)
         {
@@ -144,8 +152,7 @@ WorldPose WorldPoses::At(float time)
         }
         world.axes = axes;
     }
-    return {{static_cast<float>(world.origin[0]), static_cast<float>(world.origin[1]),
-             static_cast<float>(world.origin[2])},
+    return {{Finite(world.origin[0]), Finite(world.origin[1]), Finite(world.origin[2])},
             RotationOf(world.axes)};
 }
 
