@@ -9,23 +9,22 @@ document.body.appendChild(renderer.domElement);
 
 let shown = null;
 
-// Replaces what is shown by a GLB in Base64; the number of its animations.
-window.load = async (base64) => {
+// Replaces what is shown by a GLB in Base64. Its first animation plays if asked for: revision 111 finds nodes by name,
+// so names must not be repeated.
+window.load = async (base64, plays) => {
   const bytes = Uint8Array.from(atob(base64), (letter) => letter.charCodeAt(0));
   const gltf = await new Promise((resolve, reject) => new THREE.GLTFLoader().parse(bytes.buffer, "", resolve, reject));
   const nodes = await gltf.parser.getDependencies("node");
   const scene = new THREE.Scene();
   scene.add(gltf.scene);
   const mixer = new THREE.AnimationMixer(gltf.scene);
-  const actions = gltf.animations.map((clip) => mixer.clipAction(clip));
-  if (actions.length > 0) actions[0].play();
-  shown = { gltf, nodes, scene, mixer, actions };
-  return actions.length;
+  const action = plays && gltf.animations.length > 0 ? mixer.clipAction(gltf.animations[0]).play() : null;
+  shown = { nodes, scene, mixer, action };
 };
 
 function seek(time) {
-  if (shown.actions.length > 0) {
-    shown.actions[0].time = time;
+  if (shown.action) {
+    shown.action.time = time;
     shown.mixer.update(0);
   }
   shown.scene.updateMatrixWorld(true);
@@ -41,9 +40,9 @@ window.worlds = (times) =>
     });
   });
 
-// Draws the meshes from the front so that they fill the picture; the share of it that they cover.
-window.draw = (time) => {
-  seek(time);
+// Draws the meshes so that they fill the picture, from in front or from behind; the share of it that they cover.
+window.draw = (side) => {
+  shown.scene.updateMatrixWorld(true);
   const box = new THREE.Box3();
   shown.scene.traverse((thing) => {
     if (!thing.isMesh) return;
@@ -54,7 +53,7 @@ window.draw = (time) => {
   const lamp = new THREE.HemisphereLight(0xffffff, 0x404040, 3);
   shown.scene.add(lamp);
   const camera = new THREE.PerspectiveCamera(45, 4 / 3, ball.radius / 100, ball.radius * 100);
-  camera.position.copy(ball.center).add(new THREE.Vector3(1, 0.5, 2).setLength(ball.radius * 2.5));
+  camera.position.copy(ball.center).add(new THREE.Vector3(1, 0.5, 2).setLength(side * ball.radius * 2.5));
   camera.lookAt(ball.center);
   renderer.render(shown.scene, camera);
   shown.scene.remove(lamp);

@@ -25,8 +25,8 @@ PAGE = """<!doctype html><meta charset="utf-8"><title>three.js</title><body>
 """
 
 
-def load(browser, data):
-    return browser.call("load", base64.b64encode(data).decode())
+def load(browser, data, plays):
+    browser.call("load", base64.b64encode(data).decode(), plays)
 
 
 def lacks_images(document, folder):
@@ -39,7 +39,7 @@ def compare_poses(browser, entry, animation, scene_files, copy):
     document, binary = glb_file.read(entry["glb"])
     expected = poses.Expected(scene_files, entry["takes"][animation], MOST_TIMES, entry["at"])
     glb_file.write(copy, glb_file.posing_copy(document, animation, False), binary)
-    load(browser, copy.read_bytes())
+    load(browser, copy.read_bytes(), True)
     answer = browser.call("worlds", [time - expected.start for time in expected.times])
     return poses.compare_nodes(expected, document, lambda pose, gltf: answer[pose][gltf])
 
@@ -53,8 +53,9 @@ def faults_of(browser, entry, scene_files, work):
         shown = work / "shown.glb"
         glb_file.write(shown, glb_file.posing_copy(document, 0, True), binary)
     try:
-        load(browser, shown.read_bytes())
-        covered = browser.call("draw", 0.0) if "meshes" in document and entry["takes"] else None
+        load(browser, shown.read_bytes(), False)
+        draws = "meshes" in document and entry["takes"]
+        covered = max(browser.call("draw", side) for side in (-1, 1)) if draws else None
     except chromium.PageError as error:
         return [str(error)]
     faults = []
