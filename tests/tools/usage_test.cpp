@@ -108,6 +108,9 @@ TEST_F(UsageTest, BadUsageCannotRunAndSaysWhatWasProbablyMeant)
         {{"dump", "--keys", "many", "a.tv2"}, "--keys = many"},
         {{"dump", "--keys", "-1", "a.tv2"}, "--keys: is below 0"},
         {{"dump", "--keys", "1", "--json", "a.tv2"}, "--json excludes --keys"},
+        {{"tree", "--at", "nan", "a.tv2"}, "--at: needs a time in seconds: 0.5"},
+        {{"tree", "--at", "1s", "a.tv2"}, "--at: needs a time in seconds: 0.5"},
+        {{"tree", "--depth", "-1", "a.tv2"}, "-1 not in range 0"},
         {{"picture", "--figures", "51", "a.tv2", "b.svg"}, "51 not in range 1 to 50"},
         {{"picture", "--view", "back", "a.tv2", "b.svg"}, "back not in {front,side,top}"},
     };
