@@ -44,7 +44,7 @@ public:
     {
     }
 
-    /// `width` is 4 for rotations, 3 for translations and scales, the number of morph targets for weights. Of weights an
+    /// `width` is 4 for rotations, 3 for translations and scales, the number of morph targets for weights, of which an
     /// element is as many numbers of the accessor.
     KeyTrack Read(const Animation& animation, const Channel& channel, std::size_t width);
 

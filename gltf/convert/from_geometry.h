@@ -14,8 +14,8 @@ namespace tev2_gltf
 {
 
 /// The primitives of a mesh that have triangles, and how their vertices are laid out: end to end, once for primitives
-/// that share all accessors. Primitives without normals in a mesh with normals get vertices of their own for each corner
-/// of a triangle, since flat triangles cannot share them.
+/// that share all accessors. Primitives without normals in a mesh with normals get vertices of their own for each
+/// corner of a triangle, since flat triangles cannot share them.
 class MeshLayout
 {
 public:
