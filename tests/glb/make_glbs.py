@@ -3,9 +3,9 @@
     make_glbs.py COMMAND SCENE_FILES VIEWER_SCENES SAMPLES SCENES OUT
 
 exported from the samples and from the larger scenes (SCENES may be empty), converted from glTF and back, and from
-scenes made by code, hostile and others. OUT/manifest.json lists them: "glb", "takes" (the .tv2 of each animation, in order; none where
-poses cannot be compared), "at", the one time that a file without animation shows, and "skins", whether it is skinned as
-Blender needs it: with the nodes' pose in the file for bind pose.
+scenes made by code, hostile and others. OUT/manifest.json lists them: "glb", "takes" (the .tv2 of each animation, in
+order; none where poses cannot be compared), "at", the one time that a file without animation shows, and "skins",
+whether it is skinned as Blender needs it: with the nodes' pose in the file for bind pose.
 """
 
 import json
