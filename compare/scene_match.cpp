@@ -12,12 +12,6 @@ using namespace TEV2_LOADER;
 namespace
 {
 
-/// Whether both files have the root that the exporter puts above everything: it is the same, whatever it is called.
-bool HaveExportedRoots(const TEV2& left, const TEV2& right)
-{
-    return UpAxis(left) != TEV2_UP_AXIS::Unknown && UpAxis(right) != TEV2_UP_AXIS::Unknown;
-}
-
 template <typename Object>
 std::vector<std::string> NamesIn(const std::vector<std::unique_ptr<Object>>& list)
 {
@@ -41,7 +35,8 @@ std::vector<std::size_t> SortedByName(const std::vector<std::string>& names)
 SceneMatch::SceneMatch(const TEV2& left, const TEV2& right)
     : left_tree(left.matrixHierarchy),
       right_tree(right.matrixHierarchy),
-      nodes(MatchNodes(left_tree, right_tree, HaveExportedRoots(left, right)))
+      exported_roots(UpAxis(left) != TEV2_UP_AXIS::Unknown && UpAxis(right) != TEV2_UP_AXIS::Unknown),
+      nodes(MatchNodes(left_tree, right_tree, exported_roots))
 {
     VisitLists(left,
                [&]<typename Member>(const auto& list, const Member& member)

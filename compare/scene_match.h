@@ -30,6 +30,10 @@ struct SceneMatch
 
     NodeTree left_tree;
     NodeTree right_tree;
+
+    /// Whether both files have the root that the exporter puts above everything: it is the same, whatever it is called.
+    bool exported_roots = false;
+
     NodeMatch nodes;
     std::map<std::string, List> lists; ///< by label, "lights"; of instances "instanceLists[3]"
 

@@ -86,7 +86,11 @@ class NodeComparison
 {
 public:
     NodeComparison(const TEV2& left, const SceneMatch& match, std::vector<Difference>& found)
-        : left_(match.left_tree), right_(match.right_tree), match_(match.nodes), found_(found)
+        : left_(match.left_tree),
+          right_(match.right_tree),
+          match_(match.nodes),
+          exported_roots_(match.exported_roots),
+          found_(found)
     {
         const std::vector<bool> moves = AnimatedNodes(left);
         const auto missing = [this](std::uint32_t node) { return match_.right_of[node] == kNoNode; };
@@ -151,7 +155,8 @@ private:
                 difference.left = NameOfParent(left_, node);
                 difference.right = NameOfParent(right_, other);
             }
-            if (left_.Name(node) != right_.Name(other))
+            const bool root = exported_roots_ && node == 0;
+            if (left_.Name(node) != right_.Name(other) && !root)
                 AddRenamed(node, other, namespaces);
         }
     }
@@ -246,6 +251,7 @@ private:
     const NodeTree& left_;
     const NodeTree& right_;
     const NodeMatch& match_;
+    bool exported_roots_;
     std::vector<Difference>& found_;
     // by node, at it and below it
     std::vector<std::size_t> left_size_;

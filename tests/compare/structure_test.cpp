@@ -193,6 +193,23 @@ TEST(StructureTest, PropertiesAndObjectsByName)
     }
 }
 
+TEST(StructureTest, RootsOfExportsAreTheSameWhateverTheyAreCalled)
+{
+    TEV2 scenes[2];
+    for (TEV2& scene : scenes)
+    {
+        const bool first = &scene == scenes;
+        AddRig(scene, {{first ? "Scene" : "Exporter Inserted Root", -1}, {"Hips", 0}});
+        scene.information.creatorText = Wide(u"MotionBuilder v17.00  Tev2 Exporter v1.14");
+        scene.matrixHierarchy.nodes[0].translation = ConstantTrack<TEV2_ANIMATABLE_VECTOR_3_LINEAR>({});
+    }
+    EXPECT_EQ(ShortStructure(scenes[0], scenes[1]), Texts{"changed scene field .up axis +Z>+Y"});
+    scenes[1].information.creatorText = Wide(u"Another program");
+    EXPECT_EQ(ShortStructure(scenes[0], scenes[1]),
+              (Texts{"changed scene field .up axis +Z>unknown",
+                     "renamed node object Scene Scene>Exporter Inserted Root +1"}));
+}
+
 TEST(StructureTest, BonesByTheNamesOfTheirNodes)
 {
     TEV2 scenes[2];

@@ -220,6 +220,7 @@ Json ToJson(const Difference& difference, const SceneMatch& match)
                  {"left", difference.left},
                  {"right", difference.right},
                  {"message", DifferenceText(difference, match)}};
+    json["moreNames"] = difference.more_names;
     json["leftNodes"] = JsonNodes(match.left_tree, difference.left_nodes);
     json["rightNodes"] = JsonNodes(match.right_tree, difference.right_nodes);
     json["nodesBelow"] = difference.below;
