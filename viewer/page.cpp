@@ -45,9 +45,10 @@ std::string HtmlText(std::string_view utf8)
         char32_t character = units[i];
         if (character >= 0xD800 && character < 0xDC00) // valid UTF-8 gives pairs
             character = 0x10000 + ((character - 0xD800) << 10) + (units[++i] - 0xDC00U);
-        const bool plain = (character >= '0' && character <= '9') || (character >= 'A' && character <= 'Z') ||
-                           (character >= 'a' && character <= 'z') ||
-                           (character < 0x80 && kPlain.find(static_cast<char16_t>(character)) != kPlain.npos);
+        const bool plain =
+            (character >= '0' && character <= '9') || (character >= 'A' && character <= 'Z') ||
+            (character >= 'a' && character <= 'z') ||
+            (character < 0x80 && kPlain.find(static_cast<char16_t>(character)) != std::u16string_view::npos);
         if (plain)
             text += static_cast<char>(character);
         else if (character < 0x20 || (character >= 0x7F && character < 0xA0))
@@ -70,13 +71,14 @@ std::string TitleOf(std::span<const PageScene> scenes)
 void ForEachPiece(const std::function<void(std::string_view)>& text,
                   const std::function<void(std::string_view)>& place)
 {
+    constexpr std::size_t kNowhere = std::string_view::npos;
     std::string_view rest = kPageTemplate;
     while (true)
     {
         const std::size_t begin = rest.find('@');
-        const std::size_t end = begin == rest.npos ? rest.npos : rest.find('@', begin + 1);
+        const std::size_t end = begin == kNowhere ? kNowhere : rest.find('@', begin + 1);
         text(rest.substr(0, begin));
-        if (end == rest.npos)
+        if (end == kNowhere)
             return;
         place(rest.substr(begin + 1, end - begin - 1));
         rest.remove_prefix(end + 1);

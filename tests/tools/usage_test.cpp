@@ -91,6 +91,7 @@ TEST_F(UsageTest, BadUsageCannotRunAndSaysWhatWasProbablyMeant)
         {{"picture", "a.tv2"}, "tv2 picture: OUTPUT.svg is required"},
         {{"view"}, "tv2 view: FILE is required"},
         {{"view", "a.tv2", "b.tv2", "c.tv2"}, "tv2 view: a page shows one file, or two over each other"},
+        {{"view", "a.tv2", "b.tv2", "c.tv2"}, "tv2 view: a page shows one file, or two over each other"},
         {{"info", "--wrong", "a.tv2"}, "tv2 info: there is no option --wrong"},
         {{"info", "--jsno", "a.tv2"}, "tv2 info: there is no option --jsno (did you mean \"--json\"?)"},
         {{"export", "--fsp=25", "a.bvh", "b.tv2"},

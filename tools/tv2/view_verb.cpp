@@ -24,7 +24,7 @@ namespace
 std::string FileNameOf(const std::string& path)
 {
     const std::size_t separator = path.find_last_of("/\\");
-    return separator == path.npos ? path : path.substr(separator + 1);
+    return separator == std::string::npos ? path : path.substr(separator + 1);
 }
 
 class ViewVerb : public Verb
@@ -112,7 +112,7 @@ private:
         if (!output_.empty())
             return {};
         std::string folder;
-        if (const Status made = MakePrivateFolder(folder); !made)
+        if (Status made = MakePrivateFolder(folder); !made)
             return made;
         std::string stem = FileNameOf(title);
         stem = stem.substr(0, stem.rfind('.'));
