@@ -17,8 +17,8 @@ using namespace TEV2_LOADER;
 namespace
 {
 
-/// Nodes that may be evaluated for one animation. Real scenes need a few thousands.
-constexpr std::size_t kMostWork = 20'000'000;
+/// Nodes that may be evaluated at keys for one animation. Real scenes need a few thousands.
+constexpr std::size_t kMostWork = 2'000'000;
 
 /// The keys of a node that follows cameras.
 class Follower
@@ -29,17 +29,18 @@ public:
     /// Appends the pose of a camera at a time of the animation, unless a key at or after it is there.
     void Append(WorldPoses& poses, float time)
     {
-        if (!times_.empty() && !(time > times_.back()))
+        if (times_.empty() || time > times_.back())
+            Append(time, PoseAt(poses, time));
+    }
+
+    /// The same, with keys in between where a straight line would leave the camera's way.
+    void FollowTo(WorldPoses& poses, float time)
+    {
+        if (!(time > times_.back()))
             return;
-        const WorldPose pose = poses.At(static_cast<float>(static_cast<double>(time) - shift_));
-        const TEV2_VECTOR_3 place = ToGltfTranslation(pose.translation, frame_);
-        TEV2_QUATERNION turn = UnitRotation(ToGltfRotation(pose.rotation, frame_));
-        if (!turns_.empty() && Dot(last_, turn) < 0.0f)
-            turn = -turn;
-        last_ = turn;
-        times_.push_back(time);
-        places_.insert(places_.end(), {place.x, place.y, place.z});
-        turns_.insert(turns_.end(), {turn.x, turn.y, turn.z, turn.w});
+        const Key end{time, PoseAt(poses, time)};
+        Refine(poses, {times_.back(), last_}, end, kMostHalvings);
+        Append(end.time, end.pose);
     }
 
     void AddTo(GltfAnimation& animation, std::size_t node, const char* interpolation)
@@ -52,12 +53,62 @@ public:
     const std::vector<float>& Turns() const { return turns_; }
 
 private:
+    struct Key
+    {
+        float time;
+        WorldPose pose; // in the axes of glTF
+    };
+
+    static constexpr int kMostHalvings = 5;
+
+    WorldPose PoseAt(WorldPoses& poses, float time) const
+    {
+        const WorldPose pose = poses.At(static_cast<float>(static_cast<double>(time) - shift_));
+        return {ToGltfTranslation(pose.translation, frame_),
+                UnitRotation(ToGltfRotation(pose.rotation, frame_))};
+    }
+
+    void Append(float time, WorldPose pose)
+    {
+        if (!turns_.empty() && Dot(last_.rotation, pose.rotation) < 0.0f)
+            pose.rotation = -pose.rotation;
+        last_ = pose;
+        times_.push_back(time);
+        places_.insert(places_.end(), {pose.translation.x, pose.translation.y, pose.translation.z});
+        turns_.insert(turns_.end(), {pose.rotation.x, pose.rotation.y, pose.rotation.z, pose.rotation.w});
+    }
+
+    /// Whether a pose is where players are half way between two others.
+    static bool IsHalfWay(const WorldPose& from, const WorldPose& pose, const WorldPose& to)
+    {
+        constexpr float kTolerance = 1e-4f; // metres
+        constexpr float kTurn = 1e-7f;      // of the dot product: 0.05 degrees
+        const TEV2_VECTOR_3 off = pose.translation - (from.translation + to.translation) * 0.5f;
+        const TEV2_QUATERNION closing = Dot(from.rotation, to.rotation) < 0.0f ? -to.rotation : to.rotation;
+        const TEV2_QUATERNION middle = UnitRotation((from.rotation + closing) * 0.5f);
+        return std::max({std::abs(off.x), std::abs(off.y), std::abs(off.z)}) <= kTolerance &&
+               1.0f - std::abs(Dot(middle, pose.rotation)) <= kTurn;
+    }
+
+    void Refine(WorldPoses& poses, const Key& from, const Key& to, int halvings)
+    {
+        const float time = from.time + (to.time - from.time) * 0.5f;
+        if (halvings == 0 || !(time > from.time) || !(time < to.time))
+            return;
+        const Key middle{time, PoseAt(poses, time)};
+        if (IsHalfWay(from.pose, middle.pose, to.pose))
+            return;
+        Refine(poses, from, middle, halvings - 1);
+        Append(middle.time, middle.pose);
+        Refine(poses, middle, to, halvings - 1);
+    }
+
     Frame frame_;
     double shift_;
     std::vector<float> times_;
     std::vector<float> places_;
     std::vector<float> turns_;
-    TEV2_QUATERNION last_;
+    WorldPose last_;
 };
 
 } // namespace
@@ -189,10 +240,10 @@ void GltfSwitcher::Animate(GltfAnimation& animation)
         {
             if (!(Later(*time, animation.Shift()) < end))
                 break;
-            follower.Append(camera, Later(*time, animation.Shift()));
+            follower.FollowTo(camera, Later(*time, animation.Shift()));
         }
         if (end < kForever) // the camera before the cut, up to it
-            follower.Append(camera, std::nextafter(end, 0.0f));
+            follower.FollowTo(camera, std::nextafter(end, 0.0f));
     }
     follower.AddTo(animation, *node_, moves ? "LINEAR" : "STEP");
 }

@@ -147,6 +147,9 @@ class JsonSchemaTest(unittest.TestCase):
         for file in (walk, bare):
             self.answer("dump", 0, "dump", file)
         self.answer("picture", 0, "picture", walk, self.path("walk.svg"))
+        converted = self.answer("convert", 0, "convert", walk, self.path("walk.glb"))
+        self.assertEqual(converted["worlds"], ["z-up-turned"])
+        self.answer("convertCodes", 0, "convert", "--codes")
         self.answer("view", 0, "view", "--no-open", walk, walk, "-o", self.path("walk.html"))
         for verb in (["dump"], ["tree"], ["picture", self.path("a.svg")], ["view", "-o", self.path("a.html")]):
             self.answer("failure", 1, verb[0], damaged, *verb[1:])

@@ -28,7 +28,7 @@ struct ConvertRequest
 struct ConvertedFile
 {
     std::string path;
-    std::string what; // "40 nodes, 1 animation, 2 cameras"
+    std::string what; // "40 nodes, 1 animation, 2 cameras"; empty for files beside the main one
     std::function<TEV2_LOADER::Status()> write;
 };
 

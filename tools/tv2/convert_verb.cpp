@@ -172,9 +172,9 @@ private:
                 context.out << Printable(file.path) << ": " << file.what << '\n';
             return PrintReport(converted, context.out);
         }
-        Json json = {{"inputs", request_.inputs}, {"outputs", Json::array()}, {"worlds", Json::array()}};
+        Json json = {{"inputs", request_.inputs}, {"files", Json::array()}, {"worlds", Json::array()}};
         for (const ConvertedFile& file : converted.files)
-            json["outputs"].push_back({{"output", file.path}, {"holds", file.what}});
+            json["files"].push_back({{"output", file.path}, {"holds", file.what}});
         for (const tev2_gltf::World world : converted.worlds)
             json["worlds"].push_back(tev2_gltf::NameOf(world));
         json["report"] = ToJson(converted.report);
