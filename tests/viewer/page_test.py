@@ -209,12 +209,18 @@ class PageTest(unittest.TestCase):
             drawn = browser.evaluate("tv2Test.world(7)")
             for ours, theirs in zip(drawn, expected(self.root / "figure.tv2", 0.5)["nodes"][7]["world"]):
                 self.assertAlmostEqual(ours, theirs, 5)
-            colours = browser.evaluate("""(() => {
-                const canvas = app.viewport.canvas;
+            nodes = browser.evaluate("""(() => {
+                const {canvas, layers} = app.viewport;
                 const {data} = canvas.getContext('2d').getImageData(0, 0, canvas.width, canvas.height);
-                return new Set(new Uint32Array(data.buffer)).size;
+                const wanted = layers[0].colour;
+                let count = 0;
+                for (let i = 0; i < data.length; i += 4) {
+                    const pixel = Array.from(data.subarray(i, i + 3), value => value.toString(16).padStart(2, '0'));
+                    if ('#' + pixel.join('') === wanted) ++count;
+                }
+                return count;
             })()""")
-            self.assertGreater(colours, 3)  # ground, grid, bones
+            self.assertGreater(nodes, 14 * 4)  # 14 nodes, each a few pixels
             self.finish(browser)
 
     def test_draws_something(self):
@@ -305,6 +311,8 @@ class PageTest(unittest.TestCase):
                     self.browser.call("camera => tv2Test.camera(camera)", camera)
             for node in range(self.browser.evaluate("app.scenes[0].nodes.length")):
                 self.browser.call("node => { app.choose(app.scenes[0], node); app.run('frame'); app.show(); }", node)
+            self.assertTrue(self.browser.evaluate("""app.scenes[0].instances.every(({mesh, parts}) => parts.every(
+                ({corners}) => corners.every(corner => corner < app.scenes[0].meshes[mesh].vertices)))"""))
             self.browser.evaluate("app.choose(app.scenes[0], null), app.run('frame'), app.run('bones'), app.show(), 0")
             self.assertTrue(self.browser.evaluate("app.viewport.eye.world.every(Number.isFinite)"))
             self.assertEqual(self.browser.evaluate("tv2Test.stats().drawing"), "webgl")

@@ -116,7 +116,7 @@ void FillSkin(TEV2_SKIN& skin, std::size_t vertices, bool with_binds)
     skin.bones = {2, 5, 4000, 7};
     for (std::size_t i = 0; i < 3 * vertices; ++i)
     {
-        skin.boneIndices.push_back(static_cast<std::uint32_t>(i * i % 4));
+        skin.boneIndices.push_back(static_cast<std::uint32_t>((i + i / 3) % 4));
         skin.weights.push_back(0.5f + 0.4f * Wave(i, 0.0f)); // the sum is not 1
     }
     for (std::size_t i = 0; with_binds && i < skin.bones.size(); ++i)
