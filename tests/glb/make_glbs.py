@@ -1,8 +1,8 @@
 """Makes the GLBs that the other programs check, with the command, as a user does:
 
-    make_glbs.py COMMAND SCENE_FILES VIEWER_SCENES SAMPLES SCENES OUT
+    make_glbs.py COMMAND SCENE_FILES VIEWER_SCENES SAMPLES OUT [SCENES]
 
-exported from the samples and from the larger scenes (SCENES may be empty), converted from glTF and back, and from
+exported from the samples and from larger scenes (SCENES), converted from glTF and back, and from
 scenes made by code, hostile and others. OUT/manifest.json lists them: "glb", "takes" (the .tv2 of each animation, in
 order; none where poses cannot be compared), "at", the one time that a file without animation shows, and "skins",
 whether it is skinned as Blender needs it: with the nodes' pose in the file for bind pose.
@@ -84,7 +84,7 @@ class Maker:
             self.convert([scene], scene.with_suffix(".glb"), poses=scene.stem in POSED)
 
 
-def main(command, scene_files, viewer_scenes, samples, scenes, out):
+def main(command, scene_files, viewer_scenes, samples, out, scenes=""):
     maker = Maker(command, (scene_files, viewer_scenes), out)
     maker.made_by_code()
     maker.exports(samples, scenes)
