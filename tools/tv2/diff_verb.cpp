@@ -138,7 +138,9 @@ private:
             break;
         case Topic::Motion:
             out_ << "  motion: " << CountText(motion.differences.size()) << " of "
-                 << CountOf(motion.compared, "node moves", "nodes move") << " differently, the worst first\n";
+                 << CountOf(motion.compared, "node", "nodes")
+                 << (motion.differences.size() == 1 ? " moves" : " move")
+                 << " differently, the worst first\n";
             break;
         case Topic::Property:
             out_ << "  user properties, the worst first\n";
