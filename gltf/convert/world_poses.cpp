@@ -93,7 +93,7 @@ TEV2_QUATERNION RotationOf(const std::array<Column, 3>& axes)
 /// The nearest float; 0 for NaN.
 float Finite(double value)
 {
-    constexpr double kMost = std::numeric_limits<float>::max();
+    constexpr double kMost = static_cast<double>(std::numeric_limits<float>::max());
     return std::isnan(value) ? 0.0f : static_cast<float>(std::clamp(value, -kMost, kMost));
 }
 
