@@ -105,7 +105,8 @@ def cycles(edges):
 
 
 def check_widths():
-    for path in tracked("*.h", "*.cpp", "*.py", "*.sh", "*.cmake", "*CMakeLists.txt", "Makefile", "*.md"):
+    for path in tracked("*.h", "*.cpp", "*.py", "*.js", "*.css", "*.sh", "*.cmake", "*CMakeLists.txt", "Makefile",
+                        "*.md"):
         shown = False  # output of programs, as it is
         for number, line in enumerate(read_lines(path), 1):
             if path.endswith(".md"):

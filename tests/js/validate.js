@@ -14,7 +14,8 @@ async function problemsOf(file) {
   const report = await validator.validateBytes(new Uint8Array(fs.readFileSync(file)), {
     uri: path.basename(file),
     maxIssues: 0, // all of them
-    externalResourceFunction: async (uri) => new Uint8Array(fs.readFileSync(path.join(folder, decodeURIComponent(uri)))),
+    externalResourceFunction: async (uri) =>
+        new Uint8Array(fs.readFileSync(path.join(folder, decodeURIComponent(uri)))),
   });
   return report.issues.messages.filter(
     ({ code, severity, pointer }) =>

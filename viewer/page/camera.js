@@ -15,7 +15,7 @@ const kMirrors = {
 function MirrorOf(scene) {
   if (scene.up === "+Y") {
     // "Keep positive Z" has turned node 0 by half a turn about Y.
-    const {rotation} = scene.nodes[0];
+    const rotation = scene.nodes[0]?.rotation;
     if (rotation && Math.abs(rotation.values[1]) === 1) return kMirrors["+Y turned"];
   }
   return kMirrors[scene.up] || kMirrors["+Y"];

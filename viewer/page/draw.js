@@ -224,7 +224,7 @@ class GlPainter {
     this.layers = layers.map(layer => new GlLayer(layer));
     this.scene.add(...this.layers.map(({group}) => group));
     this.grid = HandMoved(new THREE.LineSegments(MovingGeometry(0), new THREE.LineBasicMaterial()));
-    const coloured = new THREE.LineBasicMaterial({vertexColors: THREE.VertexColors || true}); // a number in old versions
+    const coloured = new THREE.LineBasicMaterial({vertexColors: THREE.VertexColors || true}); // once a number
     this.axes = HandMoved(new THREE.LineSegments(MovingGeometry(6), coloured));
     this.axes.geometry.setAttribute("color", new THREE.BufferAttribute(new Float32Array(18), 3));
     this.scene.add(this.grid, this.axes);

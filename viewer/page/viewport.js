@@ -23,8 +23,8 @@ function AtInstants(pose, visit) {
 }
 
 /**
- * Nodes that have a line to their parent. Files do not say what is a bone: its parent is not the first node, neither end
- * has a camera or a light, and its length stays within a tenth.
+ * Nodes that have a line to their parent. Files do not say what is a bone: its parent is not the first node, neither
+ * end has a camera or a light, and its length stays within a tenth.
  * @returns {number[]} indices of the lower ends
  */
 function BonesOf(pose) {
