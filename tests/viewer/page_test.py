@@ -303,8 +303,11 @@ class PageTest(unittest.TestCase):
         self.assertEqual(self.browser.evaluate("typeof tv2Test"), "object")  # our own script runs
 
     def test_wrong_files_are_shown(self):
-        for file in ("wrong.tv2", "typed.tv2"):
+        (self.root / "empty.gltf").write_text('{"asset": {"version": "2.0"}}', encoding="utf-8")
+        run(TV2, "convert", str(self.root / "empty.gltf"), str(self.root / "empty.tv2"))
+        for file in ("wrong.tv2", "typed.tv2", "empty.tv2"):
             self.open(file)
+            self.assertEqual(self.browser.evaluate("app.scenes[0].nodes.length === 0"), file == "empty.tv2")
             for time in (-1.0, 0.0, 0.25, 0.5, 1.0):
                 self.browser.call("time => tv2Test.seek(time)", time)
                 for camera in ("switcher", "free", 0, 1, 2):

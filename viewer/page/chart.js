@@ -62,7 +62,7 @@ const theme = {
   forget() { this.colours = null; },
 };
 
-const kGutter = 58; // pixels on the left of timeline and curves, for labels
+const kGutter = 68; // pixels on the left of timeline and curves, for labels
 const kRightMargin = 14;
 
 /**

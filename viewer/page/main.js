@@ -256,14 +256,17 @@ class App {
       files.append(Make("span", "", ...letter, MakeName(scene.title)));
     });
     const [scene] = this.scenes;
-    const {nodes, meshes, cameras, up} = scene;
+    const {nodes, meshes, cameras} = scene;
+    const ups = this.scenes.map(({up}) => up === "unknown" ? "up axis unknown" : up + " up");
+    const turned = ups.some(up => up !== ups[0]); // the figures lie across each other
     const all = [
+      turned && ups.map((up, i) => `${"AB"[i]}: ${up}`).join(", "),
       Seconds(scene.end - scene.start) + " s",
       this.rate && `${Number(this.rate.toFixed(3))} samples a second`,
       Counted(nodes.length, "node"),
       meshes.length && Counted(meshes.length, "mesh", "meshes"),
       cameras.length && Counted(cameras.length, "camera"),
-      up === "unknown" ? "up axis unknown" : up + " up",
+      !turned && ups[0],
     ];
     for (const fact of all) if (fact) facts.append(Make("li", "", fact));
   }
@@ -318,6 +321,9 @@ class App {
       hover.style.transform = `translate(${left}px, ${Math.max(4, y - box.height - 6)}px)`;
     };
     this.note = note;
+    this.hasMeshes = this.viewport.drawing === "webgl" && this.scenes.some(({meshes}) => meshes.length > 0);
+    document.querySelector('[data-command="meshes"]').disabled = !this.hasMeshes;
+    this.press("meshes", this.hasMeshes);
   }
 
   /** How far lines of the grid are apart, and what the view does not show. */
@@ -421,6 +427,7 @@ class App {
       about: () => document.getElementById("about").showModal(),
     };
     for (const option of ["bones", "names", "meshes"]) commands[option] = () => {
+      if (option === "meshes" && !this.hasMeshes) return;
       this.options[option] = !this.options[option];
       this.press(option, this.options[option]);
       this.viewport.setOptions(this.options);

@@ -140,7 +140,7 @@ class Timeline {
       const camera = row.scene.cameras[cut.camera];
       context.fillStyle = camera ? CameraColour(cut.camera) : theme.colour("raised");
       context.fillRect(from, y, Math.max(1, to - from - 1), kRowHeight - 3);
-      context.fillStyle = camera ? "#101215" : theme.colour("dim");
+      context.fillStyle = theme.colour(camera ? "on-camera" : "dim");
       const name = ShortText(context, camera ? PlainName(camera.name) : "nothing on air", to - from - 12);
       if (name) context.fillText(name, from + 6, y + kRowHeight / 2 - 1.5);
     }
@@ -160,9 +160,9 @@ class Timeline {
   }
 }
 
-/** Colours that tell cameras apart, the same in view, strip and list. */
+/** Colours that tell cameras apart, the same in view and strip; dark or light enough for the theme's ground. */
 function CameraColour(index) {
-  return `hsl(${(42 + index * 137.5) % 360}, 62%, 66%)`;
+  return `hsl(${(42 + index * 137.5) % 360}, 62%, ${theme.colour("camera")})`;
 }
 
 /** `text`, cut with an ellipsis to `width` pixels; empty where not even that has room. */
