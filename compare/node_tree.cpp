@@ -82,6 +82,7 @@ void NodeTree::BreakCircles()
 {
     constexpr std::uint32_t kNever = 0;
     std::vector<std::uint32_t> seen_on(parents_.size(), kNever); // the walk that came by first, from 1
+    cut_.resize(parents_.size());
     for (std::uint32_t start = 0; start < parents_.size(); ++start)
     {
         const std::uint32_t walk = start + 1;
@@ -94,6 +95,7 @@ void NodeTree::BreakCircles()
         for (std::uint32_t on = parents_[node]; on != node; on = parents_[on])
             first = std::min(first, on);
         parents_[first] = kNoNode;
+        cut_[first] = true;
     }
 }
 

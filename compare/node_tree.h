@@ -31,13 +31,16 @@ public:
 
     std::uint32_t Parent(std::uint32_t node) const { return parents_[node]; }
 
+    /// Whether it is the first node of a circle of parents.
+    bool IsCut(std::uint32_t node) const { return cut_[node]; }
+
     /// Relative to its parent at its first key.
     const TEV2_LOADER::TEV2_VECTOR_3& FirstPlace(std::uint32_t node) const { return first_places_[node]; }
 
     /// In file order. kNoNode: those at top level.
     std::span<const std::uint32_t> Children(std::uint32_t node) const;
 
-    /// Every node once, parents before their children.
+    /// Every node once, each directly followed by all that is below it, siblings in file order.
     std::span<const std::uint32_t> PreOrder() const { return pre_order_; }
 
     /// The names from the top level to the node, "Hips/Spine/Head"; of more than 16 the last, after "...".
@@ -52,6 +55,7 @@ private:
     std::vector<std::string> names_;
     std::vector<bool> unique_;
     std::vector<std::uint32_t> parents_;
+    std::vector<bool> cut_;
     std::vector<TEV2_LOADER::TEV2_VECTOR_3> first_places_;
     std::vector<std::uint32_t> first_child_; ///< by node; the top level after the last
     std::vector<std::uint32_t> children_;

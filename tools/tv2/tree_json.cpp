@@ -118,7 +118,7 @@ private:
         json["path"] = "matrixHierarchy.nodes[" + std::to_string(shown.node) + ']';
         json["parent"] = node.parentIndex;
         json["depth"] = shown.depth;
-        json["children"] = view_.tree.ChildCount(shown.node);
+        json["children"] = view_.tree.Children(shown.node).size();
         json["kinds"] = view_.objects.KindsAt(shown.node);
         json["objects"] = Json::array();
         for (const NodeObject& object : view_.objects.At(shown.node))

@@ -112,7 +112,7 @@ public:
         Keys("  S ", KeyCount(node.scale));
         if (view_.tree.IsCut(shown.node))
             out_ << "  (its parents form a circle)";
-        if (const std::size_t children = view_.tree.ChildCount(shown.node);
+        if (const std::size_t children = view_.tree.Children(shown.node).size();
             children > 0 && !shown.shows_children)
             out_ << "  (" << CountOf(children, "child", "children") << " not shown)";
         out_ << '\n';

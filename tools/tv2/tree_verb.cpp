@@ -16,6 +16,8 @@ namespace tv2
 {
 
 using namespace TEV2_LOADER;
+using tev2_compare::kNoNode;
+using tev2_compare::NodeTree;
 
 namespace
 {
@@ -29,18 +31,18 @@ std::string RangeText(const TEV2_FLOAT32_RANGE& range)
 std::vector<std::string> NotesOf(const TEV2_MATRIX_HIERARCHY& hierarchy, const NodeTree& tree)
 {
     std::vector<std::string> early, lost, cut;
-    for (std::size_t i = 0; i < hierarchy.nodes.size(); ++i)
+    for (std::uint32_t i = 0; i < tree.Count(); ++i)
     {
         const std::int32_t parent = hierarchy.nodes[i].parentIndex;
         if (parent < 0)
             continue;
-        const auto index = static_cast<std::size_t>(parent);
+        const auto index = static_cast<std::uint32_t>(parent);
         if (tree.IsCut(i))
-            cut.push_back(Name(hierarchy.nodes[i]));
-        if (index >= hierarchy.nodes.size())
-            lost.push_back(Name(hierarchy.nodes[i]));
+            cut.push_back(tree.Name(i));
+        if (index >= tree.Count())
+            lost.push_back(tree.Name(i));
         else if (index >= i)
-            early.push_back(Name(hierarchy.nodes[i]));
+            early.push_back(tree.Name(i));
     }
     std::vector<std::string> notes;
     if (!cut.empty())
@@ -138,21 +140,23 @@ private:
     /// Whole subtrees, from top level or from the nodes of a name.
     void VisitShown(const TreeView& view, TreeWriter& writer) const
     {
-        const auto most = depth_ ? static_cast<std::size_t>(*depth_) : NodeTree::kNoNode;
-        std::size_t first = NodeTree::kNoNode; // depth of the node that the present subtree is below
-        view.tree.Visit(
-            [&](const NodeTree::Place& place)
-            {
-                if (first == NodeTree::kNoNode || place.depth <= first)
-                    first = node_.empty()                          ? 0
-                            : Name(view.Node(place.node)) == node_ ? place.depth
-                                                                   : NodeTree::kNoNode;
-                if (first == NodeTree::kNoNode || place.depth - first > most)
-                    return;
-                const std::size_t depth = place.depth - first;
-                writer.Node(
-                    {place.node, depth, place.last, depth < most && view.tree.ChildCount(place.node) > 0});
-            });
+        const NodeTree& tree = view.tree;
+        std::vector<std::size_t> depths(tree.Count());
+        std::optional<std::size_t> first; // depth of the node that the present subtree is below
+        for (const std::uint32_t node : tree.PreOrder())
+        {
+            const std::uint32_t parent = tree.Parent(node);
+            const std::size_t depth = depths[node] = parent == kNoNode ? 0 : depths[parent] + 1;
+            if (node_.empty())
+                first = 0;
+            else if (!first || depth <= *first)
+                first = tree.Name(node) == node_ ? std::optional(depth) : std::nullopt;
+            if (!first || (depth_ && depth - *first > static_cast<std::size_t>(*depth_)))
+                continue;
+            const bool shows_children = !tree.Children(node).empty() &&
+                                        (!depth_ || depth - *first < static_cast<std::size_t>(*depth_));
+            writer.Node({node, depth - *first, tree.Children(parent).back() == node, shows_children});
+        }
     }
 
     std::string file_;

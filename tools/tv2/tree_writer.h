@@ -1,11 +1,12 @@
 #pragma once
 
+#include "compare/node_tree.h"
 #include "tools/tv2/evaluated_scene.h"
 #include "tools/tv2/loaded_file.h"
 #include "tools/tv2/node_objects.h"
-#include "tools/tv2/node_tree.h"
 
 #include <cstddef>
+#include <cstdint>
 #include <memory>
 #include <optional>
 #include <ostream>
@@ -20,7 +21,7 @@ struct TreeView
 {
     const LoadedFile& file;
     const EvaluatedScene& evaluated;
-    const NodeTree& tree;
+    const tev2_compare::NodeTree& tree;
     const NodeObjects& objects;
     std::optional<float> time; ///< with poses, as evaluated at this time
     bool outside_range = false;
@@ -34,7 +35,7 @@ struct TreeView
 
 struct ShownNode
 {
-    std::size_t node = 0;
+    std::uint32_t node = 0;
     std::size_t depth = 0;       ///< below the first node that is shown with it
     bool last = false;           ///< of its siblings
     bool shows_children = false; ///< false: it has none, or they are too deep
