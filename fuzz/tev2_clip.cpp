@@ -1,4 +1,4 @@
-#include "tests/tev2_playback/rewound_scene.h"
+#include "tests/tev2_playback/player_difference.h"
 #include "tev2_playback/clip_file.h"
 
 #include <cstdio>
@@ -83,7 +83,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
             __builtin_trap();
 
     Player player(clip);
-    tv2_tests::RewoundScene rewound(scene);
+    tev2_compare::RewoundScene rewound(scene);
     const bool comparable = HasAscendingTimes(scene);
     for (const float time : {player.Time(), 100.0f, 0.5f, 1.7f, -1.0f, 0.0f, std::nanf("")})
     {
@@ -92,7 +92,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
             player.SetTime(time);
             player.World();
         }
-        else if (const std::string difference = rewound.Difference(player, time); !difference.empty())
+        else if (const std::string difference = tv2_tests::Difference(rewound, player, time);
+                 !difference.empty())
         {
             std::fprintf(stderr, "%s\n", difference.c_str());
             __builtin_trap();

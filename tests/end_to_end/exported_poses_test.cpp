@@ -2,7 +2,7 @@
 // and with that of a player.
 
 #include "tests/end_to_end/opened_scene.h"
-#include "tests/tev2_playback/rewound_scene.h"
+#include "tests/tev2_playback/player_difference.h"
 
 #include "tev2_loader/file.h"
 
@@ -180,12 +180,12 @@ void ExpectPlayedAlike(const std::string& path)
         for (const float key : node.rotation->m_times)
             times.insert(times.end(), {key, std::nextafter(key, 1e9f), key + 0.003f});
     }
-    tv2_tests::RewoundScene rewound(file);
+    tev2_compare::RewoundScene rewound(file);
     const TEV2_PLAYBACK::Clip clip(file);
     TEV2_PLAYBACK::Player player(clip);
     const std::size_t step = 1 + times.size() / 500;
     for (std::size_t at = 0; at < times.size(); at += step)
-        ASSERT_EQ(rewound.Difference(player, times[at]), "") << path;
+        ASSERT_EQ(tv2_tests::Difference(rewound, player, times[at]), "") << path;
 }
 
 TEST_P(ExportedPoses, AreThoseOfTheScene)

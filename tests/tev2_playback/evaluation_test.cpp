@@ -1,6 +1,6 @@
 #include "tests/support/allocation_watch.h"
+#include "tests/tev2_playback/player_difference.h"
 #include "tests/tev2_playback/random_skeleton.h"
-#include "tests/tev2_playback/rewound_scene.h"
 
 #include <algorithm>
 #include <gtest/gtest.h>
@@ -15,13 +15,13 @@ namespace
 /// Goes to all times in three orders with one player: what it searched before must not show.
 void ExpectSetTime(TEV2& scene, std::vector<float> times, const std::string& what)
 {
-    RewoundScene rewound(scene);
+    tev2_compare::RewoundScene rewound(scene);
     const Clip clip(scene);
     Player player(clip);
     const auto compare = [&]
     {
         for (const float time : times)
-            ASSERT_EQ(rewound.Difference(player, time), "") << what;
+            ASSERT_EQ(Difference(rewound, player, time), "") << what;
     };
     compare();
     std::erase_if(times, [](float time) { return std::isnan(time); });
@@ -58,7 +58,7 @@ TEST(Evaluation, OfPlayersOfOneClipIsTheirOwnAndAllocatesNothing)
 {
     TEV2 scene;
     RandomSkeleton skeleton(scene, 6, 50);
-    RewoundScene rewound(scene);
+    tev2_compare::RewoundScene rewound(scene);
     const Clip clip(scene);
     Player ahead(clip);
     Player behind(clip);
@@ -75,8 +75,8 @@ TEST(Evaluation, OfPlayersOfOneClipIsTheirOwnAndAllocatesNothing)
     EXPECT_EQ(AllocationCount(), before);
     for (const float time : {0.3f, 0.1f})
     {
-        EXPECT_EQ(rewound.Difference(ahead, time), "");
-        EXPECT_EQ(rewound.Difference(behind, time - 0.2f), "");
+        EXPECT_EQ(Difference(rewound, ahead, time), "");
+        EXPECT_EQ(Difference(rewound, behind, time - 0.2f), "");
     }
 }
 

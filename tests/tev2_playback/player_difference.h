@@ -1,6 +1,6 @@
 #pragma once
 
-#include "tev2_loader/tev2.h"
+#include "compare/rewound_scene.h"
 #include "tev2_playback/player.h"
 
 #include <algorithm>
@@ -32,77 +32,37 @@ bool SameFloats(const Floats& left, const Floats& right)
                               });
 }
 
-/// What a player has to show: a scene that is rewound before every time. The scene must outlive it.
-class RewoundScene
+/// The transform of a node relative to its parent, as evaluated.
+inline TEV2_PLAYBACK::Transform TransformOf(const TEV2_LOADER::TEV2_MATRIX_NODE& node)
 {
-public:
-    /// World matrices as the scene has them now are those of the rewound scene.
-    explicit RewoundScene(TEV2_LOADER::TEV2& scene) : hierarchy_(scene.matrixHierarchy)
-    {
-        hierarchy_.LinkParents();
-        for (const auto& node : hierarchy_.nodes)
-            worlds_.push_back(node.worldMatrix);
-        pose_.resize(worlds_.size());
-    }
+    TEV2_PLAYBACK::Transform transform;
+    if (node.translation)
+        transform.translation = node.translation->GetValue();
+    if (node.rotation)
+        transform.rotation = node.rotation->GetValue();
+    if (node.scale)
+        transform.scale = node.scale->GetValue();
+    return transform;
+}
 
-    void SetTime(float time)
+/// Sends scene and player to a time; where they differ then in a world matrix or in a transform, or nothing.
+inline std::string Difference(tev2_compare::RewoundScene& scene, TEV2_PLAYBACK::Player& player, float time)
+{
+    scene.SetTime(time);
+    player.SetTime(time);
+    const auto worlds = player.World();
+    std::vector<TEV2_PLAYBACK::Transform> pose(scene.NodeCount());
+    player.Sample(pose);
+    if (worlds.size() != scene.NodeCount())
+        return std::to_string(worlds.size()) + " world matrices";
+    for (std::size_t node = 0; node < worlds.size(); ++node)
     {
-        Rewind();
-        hierarchy_.SetTime(time);
+        const bool world = SameFloats(worlds[node], scene.Node(node).worldMatrix);
+        if (!world || !SameFloats(pose[node], TransformOf(scene.Node(node))))
+            return (world ? "transform of node " : "world matrix of node ") + std::to_string(node) + " at " +
+                   std::to_string(time);
     }
-
-    void Rewind()
-    {
-        for (std::size_t index = 0; index < worlds_.size(); ++index)
-        {
-            auto& node = hierarchy_.nodes[index];
-            node.worldMatrix = worlds_[index];
-            for (TEV2_LOADER::TEV2_ANIMATABLE* track : std::initializer_list<TEV2_LOADER::TEV2_ANIMATABLE*>{
-                     node.translation.get(), node.rotation.get(), node.scale.get()})
-            {
-                if (track == nullptr)
-                    continue;
-                track->m_current_key = 0;
-                track->m_fraction = 0.0f;
-            }
-        }
-    }
-
-    /// Sends scene and player to a time; where they differ then in a world matrix or in a transform, or nothing.
-    std::string Difference(TEV2_PLAYBACK::Player& player, float time)
-    {
-        SetTime(time);
-        player.SetTime(time);
-        const auto worlds = player.World();
-        player.Sample(pose_);
-        if (worlds.size() != worlds_.size())
-            return std::to_string(worlds.size()) + " world matrices";
-        for (std::size_t node = 0; node < worlds.size(); ++node)
-        {
-            const bool world = SameFloats(worlds[node], hierarchy_.nodes[node].worldMatrix);
-            if (!world || !SameFloats(pose_[node], TransformOf(hierarchy_.nodes[node])))
-                return (world ? "transform of node " : "world matrix of node ") + std::to_string(node) +
-                       " at " + std::to_string(time);
-        }
-        return {};
-    }
-
-private:
-    static TEV2_PLAYBACK::Transform TransformOf(const TEV2_LOADER::TEV2_MATRIX_NODE& node)
-    {
-        TEV2_PLAYBACK::Transform transform;
-        if (node.translation)
-            transform.translation = node.translation->GetValue();
-        if (node.rotation)
-            transform.rotation = node.rotation->GetValue();
-        if (node.scale)
-            transform.scale = node.scale->GetValue();
-        return transform;
-    }
-
-    TEV2_LOADER::TEV2_MATRIX_HIERARCHY& hierarchy_;
-    std::vector<TEV2_LOADER::TEV2_MATRIX_3X4> worlds_;
-    std::vector<TEV2_PLAYBACK::Transform> pose_;
-};
+    return {};
+}
 
 } // namespace tv2_tests

@@ -1,5 +1,5 @@
+#include "tests/tev2_playback/player_difference.h"
 #include "tests/tev2_playback/random_skeleton.h"
-#include "tests/tev2_playback/rewound_scene.h"
 #include "tev2_playback/player.h"
 #include "tev2_playback/pose.h"
 
