@@ -6,8 +6,9 @@
 
 #include <algorithm>
 #include <cmath>
+#include <functional>
+#include <map>
 #include <memory>
-#include <optional>
 #include <string>
 
 namespace tev2_gltf
@@ -35,16 +36,13 @@ JsonValue EntryOf(JsonValue entries, std::size_t scene_index, std::string_view a
     return entries.Size() == 1 ? entries[std::size_t{0}] : JsonValue{};
 }
 
-/// -1 for no name; nothing for a name that no camera has.
-std::optional<std::int32_t> CameraNamed(const TEV2& scene, std::string_view name)
+/// The first camera of each name, and -1 for no name.
+std::map<std::string, std::int32_t, std::less<>> CamerasByName(const TEV2& scene)
 {
-    if (name.empty())
-        return -1;
-    const auto found =
-        std::ranges::find_if(scene.cameras, [name](const auto& camera) { return Name(*camera) == name; });
-    if (found == scene.cameras.end())
-        return std::nullopt;
-    return static_cast<std::int32_t>(found - scene.cameras.begin());
+    std::map<std::string, std::int32_t, std::less<>> cameras{{std::string(), -1}};
+    for (std::size_t i = 0; i < scene.cameras.size(); ++i)
+        cameras.try_emplace(Name(*scene.cameras[i]), static_cast<std::int32_t>(i));
+    return cameras;
 }
 
 /// Null where the entry is damaged.
@@ -54,14 +52,15 @@ std::unique_ptr<TEV2_ANIMATABLE_INT32_RLE> SwitcherTrack(JsonValue entry, const 
     const JsonValue times = entry["times"];
     if (times.Size() == 0 || entry["cameras"].Size() != times.Size())
         return nullptr;
+    const auto cameras = CamerasByName(scene);
     for (std::size_t i = 0; i < times.Size(); ++i)
     {
         const auto time = static_cast<float>(times[i].Number().value_or(gltf::kLatestKey + 1.0));
-        const std::optional<std::int32_t> camera = CameraNamed(scene, entry["cameras"][i].Text());
-        if (!camera || !(std::abs(static_cast<double>(time)) <= gltf::kLatestKey) ||
+        const auto camera = cameras.find(entry["cameras"][i].Text());
+        if (camera == cameras.end() || !(std::abs(static_cast<double>(time)) <= gltf::kLatestKey) ||
             (i > 0 && !(time > track->m_times.back())))
             return nullptr;
-        track->Append(time, *camera);
+        track->Append(time, camera->second);
     }
     return track;
 }

@@ -2,6 +2,8 @@
 
 #include "gltf/convert/to_gltf_tracks.h"
 
+#include <set>
+
 namespace tev2_gltf
 {
 
@@ -49,14 +51,15 @@ private:
     void Set(const TEV2_ENTITY& property, Json value)
     {
         const std::string name = Name(property);
-        if (json_.contains(name))
+        if (!names_.insert(name).second)
             return context_.report.Add(Code::ExtrasLost, PlaceOf(property), "another one has this name");
-        json_[name] = std::move(value);
+        json_.get_ref<Json::object_t&>().push_back({name, std::move(value)}); // [] searches all members
     }
 
     ToGltfContext& context_;
     const std::string& where_;
     Json json_ = Json::object();
+    std::set<std::string> names_; // of its members
 };
 
 } // namespace

@@ -7,7 +7,7 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
-#include <map>
+#include <set>
 
 namespace tev2_gltf
 {
@@ -209,16 +209,21 @@ void GltfSwitcher::Animate(GltfAnimation& animation)
     const std::vector<Cut> shots = ShotsOf(animation.Source());
     if (!node_ || shots.empty())
         return;
-    std::map<std::int32_t, WorldPoses> poses;
+    // Made for each shot again: those of all cameras below a long chain of nodes would fill the memory.
+    const auto poses_of = [&](const Cut& shot)
+    {
+        return WorldPoses(context_, nodes_, animation.Source(),
+                          cameras_.at(static_cast<std::size_t>(shot.camera)).node);
+    };
+    std::set<std::int32_t> met;
     bool moves = false;
     std::size_t work = 0;
     for (const Cut& shot : shots)
     {
-        const auto [found, is_new] =
-            poses.try_emplace(shot.camera, context_, nodes_, animation.Source(),
-                              cameras_.at(static_cast<std::size_t>(shot.camera)).node);
-        moves |= found->second.Moves();
-        work += (is_new ? found->second.Times().size() + 2 : 2) * (found->second.NodeCount() + 1);
+        const WorldPoses camera = poses_of(shot);
+        moves |= camera.Moves();
+        const std::size_t poses = met.insert(shot.camera).second ? camera.Times().size() + 2 : 2;
+        work += poses * (camera.NodeCount() + 1) + camera.Times().size();
         if (work > kMostWork)
             return context_.report.Add(Code::AnimationLost, std::string(kSwitcherNode),
                                        "the cameras have too many keys for one node to follow them");
@@ -227,7 +232,7 @@ void GltfSwitcher::Animate(GltfAnimation& animation)
     for (std::size_t i = 0; i < shots.size(); ++i)
     {
         constexpr float kForever = std::numeric_limits<float>::infinity();
-        WorldPoses& camera = poses.at(shots[i].camera);
+        WorldPoses camera = poses_of(shots[i]);
         const float begin = i == 0 ? 0.0f : shots[i].time;
         const float end = i + 1 < shots.size() ? shots[i + 1].time : kForever;
         follower.Append(camera, begin);

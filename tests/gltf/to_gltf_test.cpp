@@ -1,5 +1,6 @@
 #include "gltf/convert/to_gltf.h"
 
+#include "tests/support/allocation_watch.h"
 #include "tests/support/document_poses.h"
 #include "tests/support/sample_records.h"
 #include "tests/support/sample_scenes.h"
@@ -8,6 +9,7 @@
 
 #include <gtest/gtest.h>
 
+#include <ctime>
 #include <functional>
 #include <limits>
 #include <numbers>
@@ -281,6 +283,53 @@ TEST(ToGltf, CamerasHaveTheVerticalAngleAndTheSwitcherComesAlong)
         expect_at(time, 2);
     for (const double time : {1.0, 1.25, 2.0})
         expect_at(time, 6);
+}
+
+/// The most bytes at one time for converting as many cameras as nodes, each camera below all nodes.
+std::size_t PeakForCamerasBelowAChain(std::int32_t size)
+{
+    TEV2 scene;
+    auto cuts = std::make_unique<TEV2_ANIMATABLE_INT32_RLE>();
+    scene.matrixHierarchy.nodes.resize(static_cast<std::size_t>(size));
+    for (std::int32_t i = 0; i < size; ++i)
+    {
+        TEV2_MATRIX_NODE& node = scene.matrixHierarchy.nodes[static_cast<std::size_t>(i)];
+        node.parentIndex = i - 1;
+        node.translation = ConstantTrack<Places>({1.0f, 0.0f, 0.0f});
+        scene.cameras.push_back(std::make_unique<TEV2_CAMERA>());
+        scene.cameras.back()->value = static_cast<std::uint32_t>(size - 1);
+        cuts->Append(static_cast<float>(i), i);
+    }
+    scene.cameraMan.cameraIndex = std::move(cuts);
+    const tv2_tests::AllocationPeak peak;
+    EXPECT_TRUE(Convert(scene).status);
+    return peak.Bytes();
+}
+
+TEST(ToGltf, MemoryGrowsWithCamerasPlusNodesAndNotWithTheirProduct)
+{
+    EXPECT_LE(PeakForCamerasBelowAChain(300), PeakForCamerasBelowAChain(150) * 23 / 10);
+}
+
+/// Ticks of the processor for converting a node with this many properties.
+std::clock_t TimeForProperties(int count)
+{
+    TEV2 scene;
+    auto& values = scene.matrixHierarchy.nodes.emplace_back().properties.intValues;
+    for (int i = 0; i < count; ++i)
+    {
+        auto& value = values.emplace_back();
+        value.name = TEV2_WIDE_STRING::FromBytes("p" + std::to_string(i));
+        value.track = ConstantTrack<TEV2_ANIMATABLE_INT32_RLE>(i);
+    }
+    const std::clock_t begin = std::clock();
+    EXPECT_TRUE(Convert(scene).status);
+    return std::clock() - begin;
+}
+
+TEST(ToGltf, TimeGrowsWithPropertiesAndNotWithTheirSquare)
+{
+    EXPECT_LT(TimeForProperties(40'000), 24 * TimeForProperties(5'000)); // the square: 64 times
 }
 
 TEST(ToGltf, MeshesKeepTheirVerticesAndFronts)

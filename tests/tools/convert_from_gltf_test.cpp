@@ -48,6 +48,21 @@ TEST_F(ConvertFromGltfTest, NamesFilesAsExportsNameTakesAndWritesImagesBeside)
     EXPECT_NE(run.out.find("image-written"), std::string::npos);
 }
 
+TEST_F(ConvertFromGltfTest, ReplacesNoFileThatTheDocumentRefersTo)
+{
+    const std::string input = WriteText(R"({"asset":{"version":"2.0"},"textures":[{"source":0},{"source":1}],
+            "materials":[{"emissiveTexture":{"index":0},"occlusionTexture":{"index":1}}],
+            "images":[{"uri":"data:image/jpeg;base64,/9j/AA=="},{"uri":"out_image0.jpg"}]})",
+                                        "in.gltf");
+    WriteText("painted by hand", "out_image0.jpg");
+    const auto run = RunTv2({"convert", input, Path("out.tv2")});
+    EXPECT_EQ(run.exit_code, 2);
+    EXPECT_NE(run.err.find("out_image0.jpg: the result would replace a file that"), std::string::npos)
+        << run.err;
+    EXPECT_EQ(Files(), (std::set<std::string>{"in.gltf", "out_image0.jpg"}));
+    EXPECT_EQ(RunTv2({"convert", input, Path("other.tv2")}).exit_code, 0);
+}
+
 TEST_F(ConvertFromGltfTest, StrictWritesNothingWhereSomethingWouldBeLost)
 {
     const std::string lossy =

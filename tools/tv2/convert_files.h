@@ -35,6 +35,7 @@ struct ConvertedFile
 struct Converted
 {
     std::vector<ConvertedFile> files;
+    std::vector<std::string> beside; // files that the input refers to, which a result may not replace either
     std::vector<tev2_gltf::World> worlds; // of the inputs of a conversion to glTF
     tev2_gltf::ConversionReport report;
 };

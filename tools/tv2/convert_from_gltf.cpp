@@ -139,12 +139,15 @@ struct Source
 /// written.
 void AddScenes(const ConvertRequest& request, const std::shared_ptr<Source>& source, Converted& converted)
 {
+    for (const std::string& path : source->document.SideFilePaths())
+        converted.beside.push_back(FolderOf(request.inputs.front()) + path);
     const std::vector<std::string> paths = OutputPaths(request.output, source->from);
     for (std::size_t i = 0; i < paths.size(); ++i)
     {
         const std::string summary = Summary(*source->from.MakeScene(i));
-        converted.files.push_back(
-            {paths[i], summary, [=] { return SaveFile(*source->from.MakeScene(i), paths[i]); }});
+        converted.files.push_back({paths[i], summary, [source, i, path = paths[i]] {
+                                       return SaveFile(*source->from.MakeScene(i), path);
+                                   }});
     }
     for (const tev2_gltf::InsideImage& image : source->from.InsideImages())
     {

@@ -10,6 +10,7 @@
 #include <charconv>
 #include <cmath>
 #include <filesystem>
+#include <set>
 
 namespace tv2
 {
@@ -35,6 +36,13 @@ bool IsSameFile(const std::string& a, const std::string& b)
 {
     std::error_code ignored; // a missing file equals no other
     return a == b || std::filesystem::equivalent(a, b, ignored);
+}
+
+std::filesystem::path RealPath(const std::string& utf8)
+{
+    std::error_code ignored;
+    const std::filesystem::path path(std::u8string(utf8.begin(), utf8.end()));
+    return std::filesystem::weakly_canonical(std::filesystem::absolute(path, ignored), ignored);
 }
 
 Json ToJson(const tev2_gltf::ConversionReport& report)
@@ -155,10 +163,18 @@ private:
 
     std::string WhyNotWritten(const Converted& converted) const
     {
+        std::set<std::filesystem::path> beside;
+        for (const std::string& path : converted.beside)
+            beside.insert(RealPath(path));
         for (const ConvertedFile& file : converted.files)
+        {
             for (const std::string& input : request_.inputs)
                 if (IsSameFile(file.path, input))
                     return file.path + ": the result would replace the file that is converted";
+            if (!beside.empty() && beside.contains(RealPath(file.path)))
+                return file.path + ": the result would replace a file that " + request_.inputs[0] +
+                       " refers to";
+        }
         return strict_ && converted.report.HasLost()
                    ? request_.output + ": not written, since something would be lost"
                    : "";
