@@ -1,9 +1,9 @@
 #include "gltf/uri.h"
 
 #include "gltf/error.h"
+#include "text/base64.h"
 
 #include <algorithm>
-#include <array>
 #include <cstdint>
 
 namespace gltf
@@ -13,36 +13,11 @@ namespace
 
 constexpr std::string_view kBase64Mark = ";base64";
 
-// The value of each character, or kNoDigit.
-constexpr std::uint8_t kNoDigit = 64;
-constexpr std::array<std::uint8_t, 256> kBase64Values = []
-{
-    constexpr std::string_view kDigits = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
-    std::array<std::uint8_t, 256> values{};
-    values.fill(kNoDigit);
-    for (std::size_t i = 0; i < kDigits.size(); ++i)
-        values[static_cast<unsigned char>(kDigits[i])] = static_cast<std::uint8_t>(i);
-    return values;
-}();
-
 std::string FromBase64(std::string_view text)
 {
-    for (int i = 0; i < 2 && text.ends_with('='); ++i)
-        text.remove_suffix(1);
     std::string bytes;
-    bytes.reserve(text.size() / 4 * 3 + 3);
-    std::uint32_t bits = 0;
-    for (std::size_t i = 0; i < text.size(); ++i)
-    {
-        const std::uint8_t value = kBase64Values[static_cast<unsigned char>(text[i])];
-        if (value == kNoDigit)
-            throw Error("holds a character that base64 does not have");
-        bits = bits << 6 | value;
-        if (i % 4 != 0)
-            bytes.push_back(static_cast<char>(static_cast<unsigned char>(bits >> (6 - i % 4 * 2))));
-    }
-    if (text.size() % 4 == 1)
-        throw Error("ends inside a byte of its base64");
+    if (const std::string_view wrong = ReadBase64(text, bytes); !wrong.empty())
+        throw Error(std::string(wrong));
     return bytes;
 }
 

@@ -110,20 +110,3 @@ std::string HexOf(std::span<const std::uint8_t> bytes)
     }
     return text;
 }
-
-std::string Base64Of(std::span<const std::uint8_t> bytes)
-{
-    constexpr std::string_view kDigits = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
-    std::string text;
-    text.reserve((bytes.size() + 2) / 3 * 4);
-    for (std::size_t i = 0; i < bytes.size(); i += 3)
-    {
-        const std::size_t count = std::min<std::size_t>(bytes.size() - i, 3);
-        std::uint32_t group = 0;
-        for (std::size_t byte = 0; byte < 3; ++byte)
-            group = group << 8U | (byte < count ? bytes[i + byte] : 0U);
-        for (std::size_t digit = 0; digit < 4; ++digit)
-            text += digit <= count ? kDigits[group >> (18U - 6U * digit) & 63U] : '=';
-    }
-    return text;
-}

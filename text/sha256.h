@@ -33,6 +33,3 @@ Sha256::Digest Sha256Of(std::span<const std::uint8_t> bytes);
 
 /// Two lower-case hexadecimal digits for each byte.
 std::string HexOf(std::span<const std::uint8_t> bytes);
-
-/// Base64 (RFC 4648, with padding), as in a Content-Security-Policy.
-std::string Base64Of(std::span<const std::uint8_t> bytes);

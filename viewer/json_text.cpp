@@ -72,23 +72,13 @@ std::u16string Utf16Text(std::string_view utf8)
     std::u16string units;
     while (!utf8.empty())
     {
-        const std::size_t length = Utf8Length(utf8);
-        char32_t character = 0xFFFD;
-        if (length == 1)
-            character = static_cast<unsigned char>(utf8[0]);
-        else if (length > 1)
-        {
-            character = static_cast<unsigned char>(utf8[0]) & (0xFFU >> (length + 1));
-            for (const char byte : utf8.substr(1, length - 1))
-                character = (character << 6) | (static_cast<unsigned char>(byte) & 0x3FU);
-        }
+        char32_t character = TakeCharacter(utf8);
         if (character > 0xFFFF)
         {
             units += static_cast<char16_t>(0xD800 + ((character - 0x10000) >> 10));
             character = 0xDC00 + ((character - 0x10000) & 0x3FF);
         }
         units += static_cast<char16_t>(character);
-        utf8.remove_prefix(length == 0 ? 1 : length);
     }
     return units;
 }

@@ -1,8 +1,9 @@
 #include "viewer/page.h"
 
+#include "text/base64.h"
 #include "text/sha256.h"
+#include "text/utf8.h"
 #include "viewer/embedded.h"
-#include "viewer/json_text.h"
 #include "viewer/page_data.h"
 
 #include <functional>
@@ -37,18 +38,15 @@ std::string Policy(const std::string& three)
 /// Text of an element: whatever is not plain becomes a reference, what HTML cannot have U+FFFD.
 std::string HtmlText(std::string_view utf8)
 {
-    constexpr std::u16string_view kPlain = u" -_.,()\n";
+    constexpr std::string_view kPlain = " -_.,()\n";
     std::string text;
-    const std::u16string units = Utf16Text(utf8);
-    for (std::size_t i = 0; i < units.size(); ++i)
+    while (!utf8.empty())
     {
-        char32_t character = units[i];
-        if (character >= 0xD800 && character < 0xDC00) // valid UTF-8 gives pairs
-            character = 0x10000 + ((character - 0xD800) << 10) + (units[++i] - 0xDC00U);
+        const char32_t character = TakeCharacter(utf8);
         const bool plain =
             (character >= '0' && character <= '9') || (character >= 'A' && character <= 'Z') ||
             (character >= 'a' && character <= 'z') ||
-            (character < 0x80 && kPlain.find(static_cast<char16_t>(character)) != std::u16string_view::npos);
+            (character < 0x80 && kPlain.find(static_cast<char>(character)) != std::string_view::npos);
         if (plain)
             text += static_cast<char>(character);
         else if (character < 0x20 || (character >= 0x7F && character < 0xA0))

@@ -1,6 +1,6 @@
 #include "viewer/words.h"
 
-#include "text/sha256.h"
+#include "text/base64.h"
 
 #include <algorithm>
 #include <array>

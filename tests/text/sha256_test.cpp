@@ -45,21 +45,4 @@ TEST(Sha256, PiecesOfAnySizeGiveTheSameDigest)
     }
 }
 
-// RFC 4648, section 10.
-TEST(Sha256, Base64)
-{
-    const std::vector<std::pair<std::string, std::string>> cases{
-        {"", ""},
-        {"f", "Zg=="},
-        {"fo", "Zm8="},
-        {"foo", "Zm9v"},
-        {"foob", "Zm9vYg=="},
-        {"fooba", "Zm9vYmE="},
-        {"foobar", "Zm9vYmFy"},
-        {"\xff\xff\xfe", "///+"},
-    };
-    for (const auto& [text, base64] : cases)
-        EXPECT_EQ(Base64Of(Bytes(text)), base64);
-}
-
 } // namespace

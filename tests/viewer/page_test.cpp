@@ -3,6 +3,7 @@
 #include "viewer/page.h"
 
 #include "tests/support/sample_scenes.h"
+#include "text/base64.h"
 #include "text/sha256.h"
 #include "viewer/embedded.h"
 
