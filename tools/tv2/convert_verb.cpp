@@ -7,8 +7,6 @@
 #include "tools/tv2/verb.h"
 
 #include <algorithm>
-#include <charconv>
-#include <cmath>
 #include <filesystem>
 #include <set>
 
@@ -64,15 +62,6 @@ class ConvertVerb : public Verb
 public:
     std::vector<OptionRow> Options() override
     {
-        const auto take_time = [this](const std::string& text) -> std::string
-        {
-            float time = 0.0f;
-            const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), time);
-            if (error != std::errc() || end != text.data() + text.size() || !std::isfinite(time))
-                return "needs a time in seconds: 0.5";
-            request_.at = time;
-            return {};
-        };
         return {
             {.name = "FILE",
              .value = &paths_,
@@ -80,7 +69,7 @@ public:
                  "The files to convert, then the file to write: .tv2 files and a .glb or .gltf file, or a "
                  "glTF file and a .tv2 file. Several .tv2 files of one skeleton become an animation each"},
             {.name = "--at",
-             .value = TakeText(take_time),
+             .value = TakeTime(request_.at),
              .help = "To glTF: only the pose at this time in seconds, without animation"},
             {.name = "--world",
              .value = &world_,

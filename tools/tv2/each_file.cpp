@@ -19,4 +19,18 @@ void AnswerForEachFile(const std::vector<std::string>& files, VerbContext& conte
         context.out << JsonAnswer(json);
 }
 
+void AnswerForEachScene(const std::vector<std::string>& files, VerbContext& context,
+                        const std::function<Json(LoadedFile& file)>& examine)
+{
+    AnswerForEachFile(files, context,
+                      [&](LoadedFile& file) -> Json
+                      {
+                          if (file.loaded)
+                              return examine(file);
+                          const std::string why = WhyNotLoaded(file);
+                          context.Complain(why, kExitFindings);
+                          return JsonFailure(file.argument, why);
+                      });
+}
+
 } // namespace tv2

@@ -14,4 +14,8 @@ namespace tv2
 void AnswerForEachFile(const std::vector<std::string>& files, VerbContext& context,
                        const std::function<Json(LoadedFile& file)>& examine);
 
+/// The same for files that load. The others are complained about as findings.
+void AnswerForEachScene(const std::vector<std::string>& files, VerbContext& context,
+                        const std::function<Json(LoadedFile& file)>& examine);
+
 } // namespace tv2

@@ -25,22 +25,16 @@ public:
 
     void Run(VerbContext& context) override
     {
-        AnswerForEachFile(files_, context,
-                          [&](LoadedFile& file) -> Json
-                          {
-                              if (!file.loaded)
-                              {
-                                  const std::string why = WhyNotLoaded(file);
-                                  context.Complain(why, kExitFindings);
-                                  return JsonFailure(file.argument, why);
-                              }
-                              const std::string contents = HexOf(HashContents(file));
-                              const std::string poses = HexOf(HashPoses(file));
-                              if (!context.json)
-                                  context.out << contents << ' ' << poses << "  " << Printable(file.title)
-                                              << '\n';
-                              return {{"file", file.argument}, {"contents", contents}, {"poses", poses}};
-                          });
+        AnswerForEachScene(files_, context,
+                           [&](LoadedFile& file) -> Json
+                           {
+                               const std::string contents = HexOf(HashContents(file));
+                               const std::string poses = HexOf(HashPoses(file));
+                               if (!context.json)
+                                   context.out << contents << ' ' << poses << "  " << Printable(file.title)
+                                               << '\n';
+                               return {{"file", file.argument}, {"contents", contents}, {"poses", poses}};
+                           });
     }
 
 private:

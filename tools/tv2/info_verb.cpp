@@ -229,23 +229,17 @@ public:
     void Run(VerbContext& context) override
     {
         const char* separator = "";
-        AnswerForEachFile(files_, context,
-                          [&](LoadedFile& file) -> Json
-                          {
-                              if (!file.loaded)
-                              {
-                                  const std::string why = WhyNotLoaded(file);
-                                  context.Complain(why, kExitFindings);
-                                  return JsonFailure(file.argument, why);
-                              }
-                              const Summary summary = Summarise(file);
-                              if (context.json)
-                                  return ToJson(file, summary);
-                              context.out << separator;
-                              separator = "\n";
-                              Screen(context.out, file, summary).Print();
-                              return {};
-                          });
+        AnswerForEachScene(files_, context,
+                           [&](LoadedFile& file) -> Json
+                           {
+                               const Summary summary = Summarise(file);
+                               if (context.json)
+                                   return ToJson(file, summary);
+                               context.out << separator;
+                               separator = "\n";
+                               Screen(context.out, file, summary).Print();
+                               return {};
+                           });
     }
 
 private:

@@ -5,8 +5,25 @@
 #include "tools/tv2/loaded_file.h"
 #include "tools/tv2/text.h"
 
+#include <charconv>
+#include <cmath>
+
 namespace tv2
 {
+
+TakeText TakeTime(std::optional<float>& time)
+{
+    return [&time](const std::string& text) -> std::string
+    {
+        float number = 0.0f;
+        const char* const end = text.data() + text.size();
+        const auto [stop, error] = std::from_chars(text.data(), end, number);
+        if (error != std::errc() || stop != end || !std::isfinite(number))
+            return "needs a time in seconds: 0.5";
+        time = number;
+        return {};
+    };
+}
 
 std::string NotEmpty(const std::string& text)
 {

@@ -31,6 +31,9 @@ struct OptionRow
     std::optional<std::pair<int, int>> range = {}; ///< the numbers that are allowed
 };
 
+/// Takes a finite time in seconds.
+TakeText TakeTime(std::optional<float>& time);
+
 /// Refuses an empty text.
 std::string NotEmpty(const std::string& text);
 

@@ -8,8 +8,6 @@
 #include "tools/tv2/verb.h"
 
 #include <algorithm>
-#include <charconv>
-#include <cmath>
 #include <limits>
 
 namespace tv2
@@ -60,15 +58,6 @@ class TreeVerb : public Verb
 public:
     std::vector<OptionRow> Options() override
     {
-        const auto take_time = [this](const std::string& text) -> std::string
-        {
-            float time = 0.0f;
-            const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), time);
-            if (error != std::errc() || end != text.data() + text.size() || !std::isfinite(time))
-                return "needs a time in seconds: 0.5";
-            time_ = time;
-            return {};
-        };
         return {
             {.name = "FILE", .value = &file_, .help = "The .tv2 file; - is standard input", .required = true},
             {.name = "--node",
@@ -80,7 +69,7 @@ public:
              .help = "How many levels to show below the first (default: all)",
              .range = {{0, std::numeric_limits<int>::max()}}},
             {.name = "--at",
-             .value = TakeText(take_time),
+             .value = TakeTime(time_),
              .help = "Show poses and lenses at this time in seconds: of each node translation, rotation and "
                      "scale relative to its parent, and where it is in the world"},
         };
