@@ -80,6 +80,12 @@ void ReportUnused(const FromContext& context, const NodePlan& plan)
         if (const auto light = gltf::LightOfNode(context.document, entry.node))
             used["lights"].insert(*light);
     }
+    for (const auto& [index, record] : plan.skin_nodes)
+    {
+        const gltf::Node node = context.document.NodeAt(index);
+        used["meshes"].insert(*node.mesh);
+        used["skins"].insert(*node.skin);
+    }
     if (plan.switcher_node)
     {
         if (const auto camera = context.document.NodeAt(*plan.switcher_node).camera)

@@ -105,6 +105,8 @@ void FromMeshes::AddTo(TEV2& scene, const gltf::Animation* animation,
         if (node.mesh && !entry.is_light_child)
             AddNode(entry, node);
     }
+    for (const auto& [node, record] : plan_.skin_nodes)
+        AddNode({node, -1, Exchange::SwapYZ, kWorldExchange}, context_.document.NodeAt(node));
 }
 
 const MeshLayout& FromMeshes::LayoutOf(std::size_t mesh, bool is_skinned)
@@ -162,7 +164,7 @@ FromMeshes::Source FromMeshes::AddObject(const NodePlan::Entry& entry, const Mes
     const auto fill = [&](auto& object)
     {
         object.name = ObjectName(context_, mesh.name, entry.node);
-        object.value = plan_.RecordOf(entry.node);
+        object.value = plan_.RecordOfMeshAt(entry.node);
         context_.ReadExtras(mesh.json, place, object.properties, "targetNames");
         *object.vertices = MakeVertices(context_, layout, exchange);
         object.subObjects = MakeSubObjects(context_, layout);
@@ -216,7 +218,7 @@ void FromMeshes::AddInstance(const NodePlan::Entry& entry, const MeshLayout& lay
     else
         instance = std::make_unique<TEV2_GEOM_INSTANCE>();
     instance->name = ObjectName(context_, mesh.name, entry.node);
-    instance->value = plan_.RecordOf(entry.node);
+    instance->value = plan_.RecordOfMeshAt(entry.node);
     instance->source = source.index;
     if (!is_same)
         context_.ReadExtras(mesh.json, place, instance->properties, "targetNames");

@@ -1,12 +1,14 @@
 #include "gltf/convert/from_nodes.h"
 
 #include "gltf/convert/from_switcher.h"
+#include "gltf/convert/to_gltf.h"
 #include "gltf/light.h"
 #include "gltf/trs.h"
 #include "tev2_loader/tracks/linear_tracks.h"
 #include "tev2_loader/tracks/quaternion_tracks.h"
 
 #include <algorithm>
+#include <set>
 #include <string>
 
 namespace tev2_gltf
@@ -166,7 +168,69 @@ const char* WordOf(Target target)
     return "what it moves";
 }
 
+/// Whether a node is there for a skinned mesh alone, as the conversion to glTF adds them.
+bool IsForSkin(const gltf::Document& document, std::size_t index)
+{
+    const gltf::JsonValue node = document.Root()["nodes"][index];
+    return node["extras"].Size() == 1 && node["extras"].Find(kSkinExtra).Kind() == gltf::JsonKind::Object &&
+           node["mesh"] && node["skin"] && node["children"].Size() == 0 && !node["camera"] &&
+           !node["extensions"];
+}
+
+/// The node that such a node names, kNone where it names none; nothing for one that is not among `owners`.
+std::optional<std::uint32_t> OwnerOf(const gltf::Document& document, std::uint32_t skin_node,
+                                     const std::set<std::int64_t>& owners)
+{
+    const gltf::JsonValue nodes = document.Root()["nodes"];
+    const gltf::JsonValue mark = nodes[skin_node]["extras"].Find(kSkinExtra);
+    if (mark.Size() == 0)
+        return kNone;
+    const std::int64_t owner = mark["node"].Whole().value_or(-1);
+    if (!owners.contains(owner) ||
+        nodes[static_cast<std::size_t>(owner)]["name"].Text() != mark["name"].Text())
+        return std::nullopt;
+    return static_cast<std::uint32_t>(owner);
+}
+
+/// By node that is there for a skinned mesh alone the node that it names, which is shown, too; kNone where it names
+/// none. Joints of skins are no such nodes.
+std::map<std::uint32_t, std::uint32_t> SkinNodes(const gltf::Document& document,
+                                                 const std::vector<ShownNode>& shown)
+{
+    std::map<std::uint32_t, std::uint32_t> found;
+    std::set<std::int64_t> owners;
+    for (const ShownNode& node : shown)
+    {
+        if (IsForSkin(document, node.index))
+            found[node.index] = kNone;
+        else if (!IsSwitcherNode(document, node.index))
+            owners.insert(node.index);
+    }
+    const gltf::JsonValue skins = document.Root()["skins"];
+    for (std::size_t i = 0; i < skins.Size() && !found.empty(); ++i)
+    {
+        const gltf::JsonValue joints = skins[i]["joints"];
+        for (std::size_t k = 0; k < joints.Size(); ++k)
+            found.erase(static_cast<std::uint32_t>(joints[k].Whole().value_or(kNone)));
+    }
+    for (auto entry = found.begin(); entry != found.end();)
+    {
+        const std::optional<std::uint32_t> owner = OwnerOf(document, entry->first, owners);
+        if (owner)
+            (entry++)->second = *owner;
+        else
+            entry = found.erase(entry);
+    }
+    return found;
+}
+
 } // namespace
+
+std::uint32_t NodePlan::RecordOfMeshAt(std::uint32_t node) const
+{
+    const auto found = skin_nodes.find(node);
+    return found == skin_nodes.end() ? RecordOf(node) : found->second;
+}
 
 NodePlan MakeNodePlan(FromContext& context)
 {
@@ -175,6 +239,7 @@ NodePlan MakeNodePlan(FromContext& context)
     plan.record_of_node.assign(count, kNone);
     plan.light_record_of_node.assign(count, kNone);
     const std::vector<ShownNode> shown = InOrder(context.document.ShownNodes(kDeepestNode));
+    const std::map<std::uint32_t, std::uint32_t> skin_nodes = SkinNodes(context.document, shown);
     std::vector<std::int32_t> entry_of_shown(shown.size(), -1);
     for (std::size_t i = 0; i < shown.size(); ++i)
     {
@@ -184,6 +249,8 @@ NodePlan MakeNodePlan(FromContext& context)
             plan.switcher_node = node;
             continue;
         }
+        if (skin_nodes.contains(node))
+            continue;
         const std::int32_t parent = shown[i].parent ? entry_of_shown[*shown[i].parent] : -1;
         const Exchange parent_exchange =
             parent < 0 ? kWorldExchange : plan.entries[static_cast<std::size_t>(parent)].own;
@@ -197,6 +264,8 @@ NodePlan MakeNodePlan(FromContext& context)
             plan.entries.push_back({node, entry_of_shown[i], Exchange::NegateX, own, true});
         plan.light_record_of_node[node] = static_cast<std::uint32_t>(plan.entries.size() - 1);
     }
+    for (const auto& [node, owner] : skin_nodes)
+        plan.skin_nodes[node] = owner == kNone ? kNone : plan.RecordOf(owner);
     if (shown.size() < count)
         context.report->Add(Code::SceneLost, "nodes", "nodes that the scene does not show",
                             count - shown.size());
@@ -214,7 +283,11 @@ std::map<std::size_t, NodeMotion> ReadMotions(const FromContext& context, const 
         const gltf::Channel channel = context.document.ChannelAt(animation, i);
         if (channel.node && plan.switcher_node == channel.node)
             continue;
-        if (channel.target == Target::Other || !channel.node || plan.RecordOf(*channel.node) == kNone)
+        const bool is_known =
+            channel.node && (plan.RecordOf(*channel.node) != kNone ||
+                             (channel.target == Target::Weights &&
+                              plan.skin_nodes.contains(static_cast<std::uint32_t>(*channel.node))));
+        if (channel.target == Target::Other || !is_known)
         {
             ++elsewhere;
             continue;

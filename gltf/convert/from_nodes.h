@@ -30,11 +30,16 @@ struct NodePlan
     };
 
     std::vector<Entry> entries;
+    /// Nodes that were only added for a skinned mesh, which are not among the entries, and the record that the mesh
+    /// belongs to; kNone: the world.
+    std::map<std::uint32_t, std::uint32_t> skin_nodes;
     std::vector<std::uint32_t> record_of_node; // kNone: the scene does not show it
     std::vector<std::uint32_t> light_record_of_node;
     std::optional<std::uint32_t> switcher_node; // follows the active camera; not among the entries
 
     std::uint32_t RecordOf(std::size_t node) const { return record_of_node[node]; }
+    /// The record of the node that a mesh on this one belongs to.
+    std::uint32_t RecordOfMeshAt(std::uint32_t node) const;
     Exchange ExchangeOf(std::size_t node) const { return entries[record_of_node[node]].own; }
 };
 

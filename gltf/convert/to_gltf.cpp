@@ -117,7 +117,7 @@ void Convert(ToGltfContext& context)
         animation.AddNodes(nodes);
         meshes.Animate(animation);
         switcher.Animate(animation);
-        animation.Write();
+        animation.Write(nodes);
     }
     ReportLosses(context);
     nodes.Write(switcher.Extras());

@@ -161,14 +161,16 @@ void GltfAnimation::AddNodes(const GltfNodes& nodes)
     for (std::size_t i = 0; i < nodes.SceneCount(); ++i)
         if (!nodes.IsVoid(i))
             AddNode(nodes, i);
-    // Each of several takes is an animation, even one that rests in the pose of the first.
-    for (std::size_t i = 0; i < nodes.SceneCount() && !first_ && context_.sources.size() > 1; ++i)
-        if (!nodes.IsVoid(i))
-            AddRest(nodes, i);
 }
 
-void GltfAnimation::AddRest(const GltfNodes& nodes, std::size_t index)
+/// A channel of a node that rests: the first one that has a transform.
+void GltfAnimation::AddRest(const GltfNodes& nodes)
 {
+    std::size_t index = 0;
+    while (index < nodes.SceneCount() && nodes.IsVoid(index))
+        ++index;
+    if (index == nodes.SceneCount())
+        return;
     const TEV2_MATRIX_NODE& node = context_.sources[source_].scene.matrixHierarchy.nodes[index];
     const TEV2_VECTOR_3 place = ValueAt(node.translation, context_.RestTime(), TEV2_VECTOR_3{});
     AddChannel(index, "translation", {0.0f},
@@ -210,8 +212,12 @@ void GltfAnimation::AddNode(const GltfNodes& nodes, std::size_t index)
     }
 }
 
-void GltfAnimation::Write()
+void GltfAnimation::Write(const GltfNodes& nodes)
 {
+    const TEV2_FLOAT32_RANGE& range = context_.sources[source_].scene.environment.timeRange;
+    const bool lasts = range.maximum > 0.0f && range.maximum > range.minimum && std::isfinite(range.maximum);
+    if (!first_ && (lasts || context_.sources.size() > 1))
+        AddRest(nodes);
     if (!first_)
         return;
     CoverTimeRange(*first_);

@@ -32,8 +32,8 @@ public:
     /// The channels of the scene's nodes: of what moves, and of what differs from the node's own transform.
     void AddNodes(const GltfNodes& nodes);
 
-    /// Writes the animation if it has channels.
-    void Write();
+    /// Writes the animation if it has channels, lasts, or is one of several.
+    void Write(const GltfNodes& nodes);
 
 private:
     struct Channel
@@ -46,7 +46,7 @@ private:
     };
 
     void AddNode(const GltfNodes& nodes, std::size_t node);
-    void AddRest(const GltfNodes& nodes, std::size_t node);
+    void AddRest(const GltfNodes& nodes);
     void WriteChannel(const Channel& channel);
     void CoverTimeRange(Channel& channel) const;
 

@@ -238,6 +238,8 @@ void GltfMeshes::PlaceSkinned(const SourceMesh& mesh, int kind, std::size_t inde
     nodes_.Members(node)["mesh"] = *made;
     if (skin)
         nodes_.Members(node)["skin"] = *skin;
+    if (skin && node != object.value)
+        MarkSkinNode(node, object.value);
     if (!mesh.targets->empty())
         placed_.push_back({node, kind, index});
 }
@@ -253,6 +255,15 @@ std::size_t GltfMeshes::SkinNode(std::uint32_t value, const std::string& name, c
     context_.report.Add(Code::SkinMoved, where,
                         "it is on a node of its own at top level, since bones alone move it");
     return nodes_.AddVoid(name);
+}
+
+/// With the node that the mesh comes back to.
+void GltfMeshes::MarkSkinNode(std::size_t node, std::uint32_t value)
+{
+    Json& mark = nodes_.Members(node)["extras"][std::string(kSkinExtra)] = Json::object();
+    if (value < nodes_.SceneCount())
+        mark = {{"node", value},
+                {"name", ReadableText(context_.Scene().matrixHierarchy.nodes[value].name.Text())}};
 }
 
 std::optional<std::size_t> GltfMeshes::MeshOf(const SourceMesh& mesh, Exchange own,
@@ -374,15 +385,15 @@ void GltfMeshes::SetTargets(Json& json, const SourceMesh& mesh)
         return;
     Json names = Json::array();
     Json weights = Json::array();
-    bool is_plain = true;
+    bool has_tracks = false; // a mesh without any has no weights
     for (const TEV2_MORPH_TARGET& target : *mesh.targets)
     {
         const float weight = ValueAt(target.track, context_.RestTime(), 0.0f);
-        is_plain &= weight == 0.0f;
+        has_tracks |= target.track != nullptr;
         weights.push_back(gltf::FloatNumber(weight));
         names.push_back(NameFor(context_, target, mesh.where));
     }
-    if (!is_plain)
+    if (has_tracks)
         json["weights"] = std::move(weights);
     json["extras"]["targetNames"] = std::move(names);
 }

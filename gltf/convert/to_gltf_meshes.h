@@ -80,6 +80,7 @@ private:
     std::size_t JointOf(std::uint32_t bone, std::vector<bool>& used, const std::string& where);
     TEV2_LOADER::TEV2_MATRIX_3X4 BindMatrixOf(const TEV2_LOADER::TEV2_SKIN& skin, std::size_t bone);
     std::size_t SkinNode(std::uint32_t value, const std::string& name, const std::string& where);
+    void MarkSkinNode(std::size_t node, std::uint32_t value);
     void ReportSwitches(const TEV2_LOADER::TEV2_GEOM_OBJECT& object, const std::string& where);
 
     ToGltfContext& context_;

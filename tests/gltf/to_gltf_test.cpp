@@ -1,5 +1,6 @@
 #include "gltf/convert/to_gltf.h"
 
+#include "tests/gltf/converted.h"
 #include "tests/support/allocation_watch.h"
 #include "tests/support/document_poses.h"
 #include "tests/support/sample_records.h"
@@ -215,6 +216,65 @@ TEST(ToGltf, AnimationLastsAsLongAsTheScene)
     EXPECT_EQ(input["min"], Json({0.25}));
     EXPECT_EQ(input["max"], Json({4.0}));
     EXPECT_EQ(made.json["animations"][0]["name"], "walk");
+
+    scene.matrixHierarchy.nodes[0].translation = ConstantTrack<Places>({1, 2, 3}); // also where nothing moves
+    const auto back = FromDocument(Convert(scene).glb);
+    EXPECT_EQ(back.scenes[0]->environment.timeRange.maximum, 4.0f);
+    EXPECT_EQ(back.scenes[0]->matrixHierarchy.nodes[0].translation->GetValue(), (TEV2_VECTOR_3{1, 2, 3}));
+    scene.environment.timeRange = {0.0f, 0.0f};
+    EXPECT_FALSE(Convert(scene).json.contains("animations"));
+}
+
+TEST(ToGltf, SkinnedMeshesComeBackToTheirNodes)
+{
+    constexpr std::uint32_t kWorld = 0xFFFFFFFF;
+    TEV2 scene;
+    FillChain(scene, 0.0f);
+    const std::uint32_t nodes[] = {4, 2, kWorld};
+    for (const std::uint32_t node : nodes)
+    {
+        TEV2_WEIGHTED_MESH& mesh = AddSkin(scene, "Body", node, {0, 1});
+        AddTarget(mesh.targets, "Smile").track = MakeTrack<Floats>({{0.0f, 0.0f}, {1.0f, 0.5f}});
+    }
+    auto& instance = *scene.instanceLists[6].emplace_back(std::make_unique<TEV2_GEOM_INSTANCE>());
+    instance.source = 0;
+    instance.value = 5;
+    AddTarget(AddMesh(scene.morphMeshes, "Resting", 1).targets, "Smile").track = ConstantTrack<Floats>(0.0f);
+    AddTarget(AddMesh(scene.morphMeshes, "Plain", 5).targets, "Smile");
+    const Made made = Convert(scene);
+    const std::size_t count = scene.matrixHierarchy.nodes.size();
+    ASSERT_EQ(made.json["nodes"].size(), count + 4);
+    const FromDocument back(made.glb);
+    const TEV2& result = *back.scenes[0];
+    EXPECT_EQ(result.matrixHierarchy.nodes.size(), count);
+    ASSERT_EQ(result.weightedMeshes.size() + result.instanceLists[6].size(), 4u);
+    for (std::size_t i = 0; i < result.weightedMeshes.size(); ++i)
+        EXPECT_EQ(result.weightedMeshes[i]->targets[0].track->m_times.size(), 2u);
+    std::multiset<std::uint32_t> owners;
+    for (const auto& mesh : result.weightedMeshes)
+        owners.insert(mesh->value);
+    for (const auto& each : result.instanceLists[6])
+        owners.insert(each->value);
+    EXPECT_EQ(owners, (std::multiset<std::uint32_t>{2, 4, 5, kWorld}));
+    EXPECT_EQ(CodesOf(back.report), std::set<std::string>{});
+    // Weights that rest at 0 have a track where they had one.
+    EXPECT_EQ(result.morphMeshes[0]->targets[0].track->m_times.size(), 1u);
+    EXPECT_EQ(result.morphMeshes[1]->targets[0].track, nullptr);
+
+    // A node that its mark does not fit any more, or that something else uses, stays.
+    const std::function<void(tv2_tests::Json&)> changes[] = {
+        [&](tv2_tests::Json& json) { json["nodes"][4]["name"] = "Other"; },
+        [&](tv2_tests::Json& json) { json["nodes"][count]["extras"]["more"] = 1; },
+        [&](tv2_tests::Json& json) { json["nodes"][count]["camera"] = 0; },
+        [&](tv2_tests::Json& json) { json["nodes"][count]["extras"]["skinnedMeshOf"]["node"] = 1e9; },
+        [&](tv2_tests::Json& json) { json["skins"][0]["joints"][0] = count; },
+    };
+    for (const auto& change : changes)
+    {
+        RawGltf spoiled(made.glb);
+        change(spoiled.root);
+        EXPECT_EQ(FromDocument(spoiled.Glb()).scenes[0]->matrixHierarchy.nodes.size(), count + 1);
+    }
 }
 
 TEST(ToGltf, PoseAtATimeHasNoAnimation)
