@@ -1,5 +1,6 @@
 #include "tests/glb/hostile_scenes.h"
 
+#include "tests/support/hostile_names.h"
 #include "tests/support/sample_scenes.h"
 #include "tests/tools/typed_scene.h"
 
@@ -214,18 +215,7 @@ void Names(TEV2& scene)
 {
     FillTypedScene(scene);
     auto& nodes = scene.matrixHierarchy.nodes;
-    const std::u16string names[] = {u"",
-                                    u"Hips",
-                                    u"</script><script>alert(1)</script>",
-                                    u"__proto__",
-                                    std::u16string(1, u'\0') + u"after",
-                                    u"\xD800",
-                                    u"\xDC00\xD800",
-                                    u"\u2028 \u202E \"quoted\" \\ / ~ ~1",
-                                    u"\x00C3\x00A9",
-                                    u"\xFFFF\x0001\x001F\x007F",
-                                    std::u16string(5000, u'x')};
-    for (const std::u16string& name : names)
+    for (const std::u16string& name : HostileNames())
     {
         TEV2_MATRIX_NODE& node = nodes.emplace_back();
         node.name = Wide(name);
@@ -246,7 +236,7 @@ void Names(TEV2& scene)
     }
     scene.matrixHierarchy.LinkParents();
     scene.information.creatorText = Wide(u"\xD800\x0001");
-    scene.information.infoText = Wide(names[4]);
+    scene.information.infoText = Wide(std::u16string(1, u'\0') + u"after");
 }
 
 void Vertices(TEV2& scene)

@@ -3,6 +3,7 @@
 // Scenes to test with. The library of test builders, `tv2_test_support`, is:
 //     bytes.h           files byte by byte
 //     dialog_regions.h  the names of the regions of the exporter's dialog
+//     hostile_names.h   names that no program expects
 //     records.h         what a record writes, and how many bytes it reads
 //     run_command.h     runs a program and collects its output
 //     sample_records.h  records with every field

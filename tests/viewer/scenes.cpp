@@ -3,6 +3,7 @@
 //     viewer_scenes make FOLDER          figure.tv2, typed.tv2, names.tv2, wrong.tv2, crowd.tv2
 //     viewer_scenes vertices FILE TIME   positions and normals of all meshes, as JSON
 
+#include "tests/support/hostile_names.h"
 #include "tests/support/sample_scenes.h"
 #include "tests/tools/typed_scene.h"
 #include "tev2_loader/file.h"
@@ -176,26 +177,10 @@ void FillFigure(TEV2& scene)
     AddMeshes(scene);
 }
 
-/// Names that mean something to HTML, JavaScript, JSON or the direction of writing.
 void FillNames(TEV2& scene)
 {
     FillSoundScene(scene);
-    const std::u16string names[] = {
-        u"</script><script>window.hit = 1</script>",
-        u"<!--<script>",
-        u"<img src=x onerror=\"window.hit = 1\">",
-        u"\u2028\u2029]]>",
-        std::u16string(u"a\0b", 3),
-        u"__proto__",
-        u"constructor",
-        u"\xD800x\xDC00",
-        u"\u202Egnp.exe",
-        u"\"'`${window.hit = 1}\\",
-        u"javascript:window.hit=1",
-        u"",
-        std::u16string(5000, u'w'),
-    };
-    for (const std::u16string& name : names)
+    for (const std::u16string& name : HostileNames())
     {
         AddNode(scene, name, 0).userText = Wide(name);
         TEV2_EXTENDED_PROPERTIES& properties = scene.matrixHierarchy.nodes.back().properties;
