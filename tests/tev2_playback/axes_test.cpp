@@ -1,5 +1,5 @@
 #include "tests/support/sample_scenes.h"
-#include "tests/tev2_playback/skeletons.h"
+#include "tests/tev2_playback/random_skeleton.h"
 #include "tev2_playback/player.h"
 
 #include <gtest/gtest.h>
@@ -63,7 +63,7 @@ void Fill(TEV2& scene, const Case& item)
     root.name = TEV2_WIDE_STRING(item.name);
     root.translation = tv2_tests::SampleTrack<TEV2_ANIMATABLE_VECTOR_3_LINEAR>({}, {});
     root.rotation = tv2_tests::SampleTrack<TEV2_ANIMATABLE_QUATERNION_SLERP>(item.root, item.root);
-    tv2_tests::AddOddNodes(scene, 60, 7);
+    tv2_tests::RandomSkeleton(scene, 7, 60, tv2_tests::Oddity::Nodes);
     for (TEV2_MATRIX_NODE& node : scene.matrixHierarchy.nodes) // what late parents leave for their children
         node.worldMatrix = {{{0, -2, 0, 1}, {1, 0, 0, 2}, {0, 0, 3, 5}}};
 }

@@ -1,7 +1,7 @@
 #include "tests/support/allocation_watch.h"
 #include "tests/support/sample_scenes.h"
 #include "tests/support/scratch_folder.h"
-#include "tests/tev2_playback/skeletons.h"
+#include "tests/tev2_playback/random_skeleton.h"
 #include "tev2_playback/clip_file.h"
 #include "tev2_playback/detail/image_source.h"
 #include "tev2_playback/detail/scene_source.h"
@@ -167,7 +167,7 @@ Image EverythingImage()
 Image OddImage()
 {
     TEV2 scene;
-    AddOddNodes(scene, 40, 7);
+    RandomSkeleton(scene, 7, 40, Oddity::Nodes);
     scene.weightedMeshes.push_back(std::make_unique<TEV2_WEIGHTED_MESH>());
     scene.cameras.push_back(std::make_unique<TEV2_CAMERA>());
     return SceneImage(scene);

@@ -1,7 +1,7 @@
 #include "tests/support/allocation_watch.h"
 #include "tests/support/sample_scenes.h"
 #include "tests/tev2_playback/counter.h"
-#include "tests/tev2_playback/skeletons.h"
+#include "tests/tev2_playback/random_skeleton.h"
 #include "tev2_loader/skinning.h"
 #include "tev2_playback/player.h"
 #include "tev2_playback/root_motion.h"
@@ -29,7 +29,7 @@ std::vector<std::uint8_t> MeshImage()
     TEV2_MATRIX_NODE& root = scene.matrixHierarchy.nodes.emplace_back();
     root.translation = ConstantTrack<TEV2_ANIMATABLE_VECTOR_3_LINEAR>({});
     root.rotation = ConstantTrack<TEV2_ANIMATABLE_QUATERNION_SLERP>({});
-    tv2_tests::AddOddNodes(scene, kNodes - 1, 5);
+    tv2_tests::RandomSkeleton(scene, 5, kNodes - 1, tv2_tests::Oddity::Nodes);
     for (const bool own : {true, false})
     {
         auto mesh = std::make_unique<TEV2_WEIGHTED_MESH>();

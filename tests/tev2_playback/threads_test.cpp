@@ -1,6 +1,6 @@
 #include "tests/support/sample_scenes.h"
 #include "tests/support/scratch_folder.h"
-#include "tests/tev2_playback/skeletons.h"
+#include "tests/tev2_playback/random_skeleton.h"
 #include "tev2_playback/load_async.h"
 #include "tev2_playback/player.h"
 #include "tev2_playback/pose.h"
@@ -92,7 +92,7 @@ private:
 void FillPlayedScene(TEV2& scene)
 {
     FillSoundScene(scene);
-    AddOddNodes(scene, 40, 7);
+    RandomSkeleton(scene, 7, 40, Oddity::Nodes);
 }
 
 /// One after another, then all at once.
