@@ -16,8 +16,8 @@
 /// - scenes[0].extras.cameraSwitcher: for each scene that was converted {"animation": its name, "times": seconds,
 ///   "cameras": names}, where cameras[i] is active from times[i] on, "" none. Present where one has a switcher.
 /// - The camera node that follows the active camera is called "Camera Switcher", with extras {"cameraSwitcher": true}.
-/// - A node that was added for a skinned mesh has extras {"skinnedMeshOf": {"node": n, "name": its name}}: the node that
-///   the mesh belongs to; {} for one in the world.
+/// - A node that was added for a skinned mesh has extras {"skinnedMeshOf": {"node": n, "name": its name}}: the node
+///   that the mesh belongs to; {} for one in the world.
 /// - The extras of a node, mesh, camera or light are the user properties of the node or object.
 
 #include "gltf/convert/report.h"
