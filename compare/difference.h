@@ -124,9 +124,14 @@ struct Difference
     std::vector<std::uint32_t> left_nodes{};
     std::vector<std::uint32_t> right_nodes{};
 
-    /// What each has: the parent of a node, a value, a type, a number of elements; may be empty.
+    /// What each has: the parent of a node, a value, a type, a number of elements; may be empty. Nodes by their names,
+    /// where these do not say which by their paths.
     std::string left{};
     std::string right{};
+
+    /// The same as numbers, where they are numbers: a value in the units of the file, the ends of the time range.
+    std::vector<double> left_numbers{};
+    std::vector<double> right_numbers{};
 
     std::size_t below = 0;     ///< nodes below those that it is about and that go with them
     std::size_t animated = 0;  ///< nodes that the left scene moves, among all of these

@@ -34,13 +34,16 @@ void CompareTimeRanges(const TEV2& left, const TEV2& right, std::vector<Differen
     { return Apart(static_cast<double>(a), static_cast<double>(b)) <= kOneInstant; };
     if (same(range.minimum, other.minimum) && same(range.maximum, other.maximum))
         return;
-    found.push_back({.topic = Topic::Scene,
-                     .object = "scene",
-                     .name = {},
-                     .aspect = Aspect::Field,
-                     .part = "time range",
-                     .left = TimesText(range),
-                     .right = TimesText(other)});
+    found.push_back(
+        {.topic = Topic::Scene,
+         .object = "scene",
+         .name = {},
+         .aspect = Aspect::Field,
+         .part = "time range",
+         .left = TimesText(range),
+         .right = TimesText(other),
+         .left_numbers = {static_cast<double>(range.minimum), static_cast<double>(range.maximum)},
+         .right_numbers = {static_cast<double>(other.minimum), static_cast<double>(other.maximum)}});
 }
 
 /// The values of everything but nodes: records that a scene has once, and the objects of lists.

@@ -61,8 +61,7 @@ void InstantCollector::Add(const TEV2_ANIMATABLE* track)
 void InstantCollector::Shrink()
 {
     std::ranges::sort(times_);
-    const auto repeated = std::ranges::unique(times_);
-    times_.erase(repeated.begin(), repeated.end());
+    times_.erase(std::unique(times_.begin(), times_.end()), times_.end());
 }
 
 Instants InstantCollector::Take(std::size_t most)

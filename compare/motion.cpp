@@ -6,8 +6,9 @@
 
 #include <algorithm>
 #include <array>
+#include <bit>
 #include <cmath>
-#include <cstring>
+#include <cstdint>
 #include <initializer_list>
 #include <tuple>
 
@@ -52,7 +53,8 @@ struct Local
 template <typename Value>
 bool SameBits(const Value& left, const Value& right)
 {
-    return std::memcmp(&left, &right, sizeof left) == 0;
+    using Words = std::array<std::uint32_t, sizeof(Value) / sizeof(std::uint32_t)>;
+    return std::bit_cast<Words>(left) == std::bit_cast<Words>(right);
 }
 
 bool IsFinite(const TEV2_MATRIX_3X4& matrix)
@@ -228,7 +230,7 @@ private:
         if (result.followers++ > 0 && off.worst <= result.farthest.worst)
             return;
         result.farthest = off;
-        result.farthest_follower = match_.left_tree.Name(node.left);
+        result.farthest_follower = match_.left_tree.Label(node.left);
     }
 
     RewoundScene left_;

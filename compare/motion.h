@@ -22,7 +22,7 @@ struct MotionComparison
 
     /// Nodes that are elsewhere in the world only because something above them is: how many, and the farthest.
     std::size_t followers = 0;
-    std::string farthest_follower;
+    std::string farthest_follower; ///< its name, or its path where others have that name
     Deviation farthest;
 };
 

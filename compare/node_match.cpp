@@ -192,11 +192,9 @@ private:
         const bool only_one = left.size() == 1 && right.size() == 1;
         for (std::size_t i = 0, j = 0; i < left.size() && j < right.size();)
         {
-            if (left[i].place < right[j].place)
-                ++i;
-            else if (right[j].place < left[i].place)
+            if (right[j].place < left[i].place)
                 ++j;
-            else if (left[i].AtParent() && !only_one)
+            else if (left[i].place < right[j].place || (left[i].AtParent() && !only_one))
                 ++i;
             else
                 Join(left[i++].node, right[j++].node);

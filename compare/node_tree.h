@@ -26,9 +26,6 @@ public:
     /// As UTF-8.
     const std::string& Name(std::uint32_t node) const { return names_[node]; }
 
-    /// Whether no other node has its name.
-    bool IsUnique(std::uint32_t node) const { return unique_[node]; }
-
     std::uint32_t Parent(std::uint32_t node) const { return parents_[node]; }
 
     /// Whether it is the first node of a circle of parents.
@@ -45,6 +42,9 @@ public:
 
     /// The names from the top level to the node, "Hips/Spine/Head"; of more than 16 the last, after "...".
     std::string Path(std::uint32_t node) const;
+
+    /// Its name where no other node has that, otherwise its path.
+    std::string Label(std::uint32_t node) const { return unique_[node] ? names_[node] : Path(node); }
 
 private:
     void FindUniqueNames();

@@ -58,6 +58,25 @@ std::vector<std::size_t> Sums(const NodeTree& tree, const std::function<std::siz
     return sums;
 }
 
+/// What a node is called; `none` for no node.
+std::string NodeText(const NodeTree& tree, std::uint32_t node, const char* none)
+{
+    if (node == kNoNode)
+        return none;
+    return node < tree.Count() ? tree.Label(node) : "node " + std::to_string(node);
+}
+
+/// What two different nodes are called, one of each tree: where that is the same, their paths.
+std::pair<std::string, std::string> ToldApart(const NodeTree& left_tree, std::uint32_t left,
+                                              const NodeTree& right_tree, std::uint32_t right,
+                                              const char* none)
+{
+    std::pair labels(NodeText(left_tree, left, none), NodeText(right_tree, right, none));
+    if (labels.first == labels.second && left < left_tree.Count() && right < right_tree.Count())
+        labels = {left_tree.Path(left), right_tree.Path(right)};
+    return labels;
+}
+
 /// The indices in `values` of one of the longest ascending runs through it.
 std::vector<bool> LongestAscent(const std::vector<std::uint32_t>& values)
 {
@@ -121,10 +140,10 @@ private:
         return found_[at->second];
     }
 
-    std::string NameOfParent(const NodeTree& tree, std::uint32_t node) const
+    static std::string LabelOfParent(const NodeTree& tree, std::uint32_t node)
     {
         const std::uint32_t parent = tree.Parent(node);
-        return parent == kNoNode ? std::string() : tree.Name(parent);
+        return parent == kNoNode ? std::string() : tree.Label(parent);
     }
 
     void CompareLeft()
@@ -142,7 +161,7 @@ private:
                     continue;
                 Difference& difference = One(missing, parent, Change::Missing, left_.Name(node));
                 difference.left_nodes.push_back(node);
-                difference.left = NameOfParent(left_, node);
+                difference.left = LabelOfParent(left_, node);
                 difference.below += missing_[node] - 1;
                 difference.animated += animated_missing_[node];
                 continue;
@@ -152,8 +171,8 @@ private:
                 Difference& difference =
                     One(moved, {parent, right_.Parent(other)}, Change::Moved, left_.Name(node));
                 AddPair(difference, node, other);
-                difference.left = NameOfParent(left_, node);
-                difference.right = NameOfParent(right_, other);
+                std::tie(difference.left, difference.right) =
+                    ToldApart(left_, parent, right_, right_.Parent(other), "");
             }
             const bool root = exported_roots_ && node == 0;
             if (left_.Name(node) != right_.Name(other) && !root)
@@ -208,7 +227,7 @@ private:
                 continue;
             Difference& difference = One(added, parent, Change::Added, right_.Name(node));
             difference.right_nodes.push_back(node);
-            difference.right = NameOfParent(right_, node);
+            difference.right = LabelOfParent(right_, node);
             difference.below += added_[node] - 1;
         }
     }
@@ -387,14 +406,6 @@ private:
             return kNone;
     }
 
-    /// The name of an object's node, and what it is where it is no node.
-    static std::string NodeName(const NodeTree& tree, std::uint32_t node)
-    {
-        if (node == kNone)
-            return "the world";
-        return node < tree.Count() ? tree.Name(node) : "node " + std::to_string(node);
-    }
-
     template <typename Object>
     void Compare(const std::string& title, const Object& left, const Object& right)
     {
@@ -405,8 +416,8 @@ private:
         if (expected != right_node && !(has_node && expected == kNoNode && right_node == kNone))
         {
             Difference& difference = Add(Change::Moved, title, left);
-            difference.left = NodeName(match_.left_tree, left_node);
-            difference.right = NodeName(match_.right_tree, right_node);
+            std::tie(difference.left, difference.right) =
+                ToldApart(match_.left_tree, left_node, match_.right_tree, right_node, "the world");
         }
         if constexpr (requires { left.GetType(); })
             CompareTypes(title, left, left.GetType(), right.GetType());
@@ -441,7 +452,7 @@ private:
         {
             std::vector<std::string> all;
             for (const std::uint32_t bone : bones)
-                all.push_back(NodeName(tree, bone));
+                all.push_back(NodeText(tree, bone, "the world"));
             return all;
         };
         const auto left_names = names(match_.left_tree, left.skin->bones);

@@ -177,8 +177,10 @@ void ValueComparison::CompareTracks(TEV2_ANIMATABLE* left, TEV2_ANIMATABLE* righ
         worst.worst_time = worst.first_time;
     }
     difference.deviations.push_back(worst);
-    difference.left = ValueText(ValueAt(*left, worst.worst_time), meaning);
-    difference.right = ValueText(ValueAt(*right, worst.worst_time), meaning);
+    difference.left_numbers = ValueAt(*left, worst.worst_time);
+    difference.right_numbers = ValueAt(*right, worst.worst_time);
+    difference.left = ValueText(difference.left_numbers, meaning);
+    difference.right = ValueText(difference.right_numbers, meaning);
 }
 
 const SceneMatch::List* ValueComparison::Target(std::string_view label, const std::string& list) const
@@ -281,10 +283,18 @@ void ValueComparison::CompareField(const FieldValue& left, const FieldValue& rig
             return;
         Difference& difference = found_.emplace_back(like);
         const SceneMatch::List* const target = Target(left.label, list);
-        difference.left =
-            target != nullptr ? NameAt(target->left_names, numbers->front()) : ValueText(*numbers, meaning);
-        difference.right =
-            target != nullptr ? NameAt(target->right_names, others.front()) : ValueText(others, meaning);
+        if (target != nullptr)
+        {
+            difference.left = NameAt(target->left_names, numbers->front());
+            difference.right = NameAt(target->right_names, others.front());
+        }
+        else
+        {
+            difference.left_numbers = *numbers;
+            difference.right_numbers = others;
+            difference.left = ValueText(*numbers, meaning);
+            difference.right = ValueText(others, meaning);
+        }
         difference.deviations.push_back({.unit = Unit::Value, .over_time = false});
     }
     else if (const auto* text = std::get_if<std::string>(&left.value))

@@ -141,6 +141,8 @@ TEST(DifferencesTest, OnlyTheTimeThatBothHaveIsCompared)
     Comparison comparison = pair.Compare();
     ASSERT_EQ(comparison.differences.size(), 1U);
     EXPECT_EQ(Short(comparison.differences[0]), "changed scene field .time range 0 to 1 s>0 to 0.5 s");
+    EXPECT_EQ(comparison.differences[0].left_numbers, (std::vector<double>{0.0, 1.0}));
+    EXPECT_EQ(comparison.differences[0].right_numbers, (std::vector<double>{0.0, 0.5}));
     EXPECT_EQ(comparison.span.end, 0.5f);
     pair.right.environment.timeRange = {5.0f, 6.0f};
     comparison = pair.Compare();

@@ -51,6 +51,11 @@ const RigCase kRigCases[] = {
      {{"A", -1}, {"B", -1}, {"C", 1}, {"D", 1}},
      "moved node object C A>B x2",
      false},
+    {"below a parent with the same name",
+     {{"R", -1}, {"R", 0}, {"T", 1}},
+     {{"R", -1}, {"T", 0}},
+     "missing node object R R>; moved node object T R/R>R",
+     false},
     {"a node put between",
      kSpine,
      {{"Hips", -1}, {"Twist", 0}, {"Spine", 1}, {"Head", 2}, {"Leg", 0}},
@@ -208,6 +213,20 @@ TEST(StructureTest, RootsOfExportsAreTheSameWhateverTheyAreCalled)
     EXPECT_EQ(ShortStructure(scenes[0], scenes[1]),
               (Texts{"changed scene field .up axis +Z>unknown",
                      "renamed node object Scene Scene>Exporter Inserted Root +1"}));
+}
+
+TEST(StructureTest, ParentsWithOneNameAreToldApartByTheirPaths)
+{
+    TEV2 scenes[2];
+    AddRig(scenes[0], {{"Scene", -1}, {"Rig", 0}, {"Hips", 1}});
+    AddRig(scenes[1], {{"Rig", -1}, {"Hips", 0}});
+    for (TEV2& scene : scenes) // the roots of exports are the same node, and Rig is not
+    {
+        scene.information.creatorText = Wide(u"MotionBuilder v17.00  Tev2 Exporter v1.14");
+        scene.matrixHierarchy.nodes[0].translation = nullptr;
+    }
+    EXPECT_EQ(ShortStructure(scenes[0], scenes[1]),
+              (Texts{"missing node object Rig Scene>", "moved node object Hips Scene/Rig>Rig"}));
 }
 
 TEST(StructureTest, BonesByTheNamesOfTheirNodes)

@@ -46,6 +46,67 @@ TEST_F(DiffTest, SaysWhatDiffersFirstThenHowMuchAndWhere)
     ExpectParts(structure.out, {"have the same rig"});
 }
 
+TEST_F(DiffTest, NodesWithRepeatedNamesAreToldApart)
+{
+    // two arms, and a tip below the first
+    const auto with_arms = [](TEV2& scene)
+    {
+        const std::pair<const char16_t*, std::int32_t> added[] = {{u"Arm", 0}, {u"Arm", 1}, {u"Tip", 3}};
+        for (const auto& [name, parent] : added)
+        {
+            TEV2_MATRIX_NODE& node = scene.matrixHierarchy.nodes.emplace_back();
+            node.name = Wide(name);
+            node.parentIndex = parent;
+            node.translation = MakeTrack<TEV2_ANIMATABLE_VECTOR_3_LINEAR>({{0.0f, {5, 0, 0}}});
+        }
+        scene.cameras[0]->value = 3;
+    };
+    const struct
+    {
+        void (*change)(TEV2&);
+        std::vector<std::string> parts;
+    } cases[] = {
+        {[](TEV2& s) { s.matrixHierarchy.nodes[5].parentIndex = 4; },
+         {R"("Tip" has moved, to below "Scene/Hips/Arm" from below "Scene/Arm")",
+          "s, in the world: it has another parent\n"}},
+        {[](TEV2& s) { s.cameras[0]->value = 4; },
+         {R"(camera "Camera" is at "Scene/Hips/Arm" instead of "Scene/Arm")"}},
+        {[](TEV2& s) { s.matrixHierarchy.nodes[4].name = Wide(u"Leg"); },
+         {R"("Scene/Hips/Arm" is called "Leg")"}},
+        {[](TEV2& s) { s.matrixHierarchy.nodes[1].rotation = nullptr; },
+         {R"(the farthest "Scene/Hips/Arm": )"}},
+    };
+    const std::string left = SaveSound(with_arms, "left.tv2");
+    for (const auto& item : cases)
+    {
+        const std::string right = SaveSound(
+            [&](TEV2& scene)
+            {
+                with_arms(scene);
+                item.change(scene);
+            },
+            "right.tv2");
+        ExpectParts(RunTv2({"diff", left, right}).out, item.parts);
+    }
+}
+
+TEST_F(DiffTest, DeviationsThatAddUpAreSaidToDoSo)
+{
+    const std::string sound = Write(SoundImage(), "sound.tv2");
+    const std::string moved = SaveSound(
+        [](TEV2& scene)
+        {
+            for (const std::size_t node : {1U, 2U}) // 3 mm each
+                scene.matrixHierarchy.nodes[node].translation = MakeTrack<TEV2_ANIMATABLE_VECTOR_3_LINEAR>(
+                    {{0.0f, {0, 1, 0.003f}}, {0.5f, {1, 1, 0.003f}}, {1.0f, {0, 1, -1.997f}}});
+        },
+        "moved.tv2");
+    const auto run = RunTv2({"diff", "--tolerance-mm", "5", sound, moved});
+    EXPECT_EQ(run.exit_code, 1);
+    ExpectParts(run.out,
+                {"    \"Camera\": 6 mm at ", ", in the world: smaller deviations above it add up\n"});
+}
+
 TEST_F(DiffTest, TwentyLinesAreEnoughUnlessAllAreAskedFor)
 {
     const auto with_properties = [](const char* prefix)

@@ -140,7 +140,11 @@ class JsonSchemaTest(unittest.TestCase):
         self.assertEqual(len(self.answer("hash", 2, "hash", walk, bare, damaged, gone)["files"]), 4)
         self.answer("checkCodes", 0, "check", "--codes")
         self.assertTrue(self.answer("diff", 0, "diff", walk, walk)["identical"])
-        self.assertFalse(self.answer("diff", 1, "diff", walk, bare)["equal"])
+        different = self.answer("diff", 1, "diff", walk, bare)
+        self.assertFalse(different["equal"])
+        span = next(one for one in different["differences"] if one["part"] == "time range")
+        info = self.answer("info", 2, "info", walk, bare)["files"]
+        self.assertEqual([span["leftNumbers"], span["rightNumbers"]], [[one["start"], one["end"]] for one in info])
         self.answer("diff", 1, "diff", "--structure", walk, bare)
         self.answer("failure", 2, "diff", walk, damaged)
         self.answer("check", 1, "check", "--like", bare, walk)

@@ -58,7 +58,7 @@ std::string Summary(const gltf::Json& root)
 
 Status Load(const std::string& path, LoadedFile& file)
 {
-    if (const Status read = ReadFile(path, file); !read)
+    if (Status read = ReadFile(path, file); !read)
         return read;
     return file.loaded ? Status() : Status::Failure(WhyNotLoaded(file));
 }
@@ -101,7 +101,7 @@ Status ConvertToGltf(const ConvertRequest& request, Converted& converted)
     std::vector<tev2_gltf::GltfSource> sources;
     for (std::size_t i = 0; i < files.size(); ++i)
     {
-        if (const Status loaded = Load(request.inputs[i], files[i]); !loaded)
+        if (Status loaded = Load(request.inputs[i], files[i]); !loaded)
             return loaded;
         const std::string name =
             files[i].argument == kStandardInput ? "animation" : StemOf(request.inputs[i]);

@@ -211,6 +211,18 @@ Json JsonNodes(const NodeTree& tree, const std::vector<std::uint32_t>& nodes)
     return json;
 }
 
+Json JsonNumbers(const std::vector<double>& numbers)
+{
+    Json json = Json::array();
+    for (const double number : numbers) // floats, or integers that a float need not hold
+    {
+        const auto single = static_cast<float>(number);
+        const bool exact = static_cast<double>(single) == number || !std::isfinite(number);
+        json.push_back(exact ? JsonFloat(single) : Json(number));
+    }
+    return json;
+}
+
 Json ToJson(const Difference& difference, const SceneMatch& match)
 {
     Json json = {{"topic", NameOf(difference.topic)},
@@ -223,6 +235,8 @@ Json ToJson(const Difference& difference, const SceneMatch& match)
                  {"right", difference.right},
                  {"message", DifferenceText(difference, match)}};
     json["moreNames"] = difference.more_names;
+    json["leftNumbers"] = JsonNumbers(difference.left_numbers);
+    json["rightNumbers"] = JsonNumbers(difference.right_numbers);
     json["leftNodes"] = JsonNodes(match.left_tree, difference.left_nodes);
     json["rightNodes"] = JsonNodes(match.right_tree, difference.right_nodes);
     json["nodesBelow"] = difference.below;
@@ -355,7 +369,14 @@ const VerbRegistration kDiffVerb({
                 "tv2 diff --structure walk.tv2 hero.tv2\n"
                 "tv2 diff --tolerance-mm 1 --tolerance-degrees 0.1 walk.tv2 smaller.tv2\n"
                 "git show HEAD:walk.tv2 | tv2 diff - walk.tv2",
-    .remarks = "Exit code: 0: equal within the tolerances; 1: different; 2: a file cannot be read.",
+    .remarks =
+        "A node is listed where its own transform is off, seen from its parent. Two kinds of nodes are "
+        "compared "
+        "by their place in the world instead: those with another parent, and those that are farther off "
+        "there "
+        "than the tolerance because deviations above them add up, each of them within the tolerance. What is "
+        "below a listed node follows it and is counted only. "
+        "Exit code: 0: equal within the tolerances; 1: different; 2: a file cannot be read.",
     .json_help = "Print JSON: an object with one entry of \"differences\" for each",
     .make = Make<DiffVerb>,
 });

@@ -60,14 +60,16 @@ public:
 private:
     bool Several() const { return difference_.left_nodes.size() > 1 || difference_.right_nodes.size() > 1; }
 
-    /// The names of the nodes that it is about.
+    /// The nodes that it is about; where their parent is told, too, their names are enough.
     std::string Nodes() const
     {
+        const bool below = difference_.change == Change::Missing || difference_.change == Change::Added;
+        const bool names_only = below && difference_.aspect == Aspect::Object;
         const bool left = !difference_.left_nodes.empty();
         const NodeTree& tree = left ? match_.left_tree : match_.right_tree;
         std::vector<std::string> names;
         for (const std::uint32_t node : left ? difference_.left_nodes : difference_.right_nodes)
-            names.push_back(tree.Name(node));
+            names.push_back(names_only ? tree.Name(node) : tree.Label(node));
         return Listed(names);
     }
 
@@ -101,7 +103,7 @@ private:
         case Change::Renamed:
             return difference_.aspect == Aspect::Namespace
                        ? NamespaceText()
-                       : Quoted(difference_.left) + " is called " + Quoted(difference_.right);
+                       : NodeName() + " is called " + Quoted(difference_.right);
         default:
             return Nodes() + are + " elsewhere in the file: the order of nodes is another";
         }
@@ -146,9 +148,7 @@ private:
     {
         if (difference_.left_nodes.empty())
             return Quoted(difference_.name);
-        const std::uint32_t node = difference_.left_nodes.front();
-        return match_.left_tree.IsUnique(node) ? Quoted(difference_.name)
-                                               : Quoted(match_.left_tree.Path(node));
+        return Quoted(match_.left_tree.Label(difference_.left_nodes.front()));
     }
 
     std::string ObjectText() const
@@ -198,8 +198,13 @@ private:
 
     std::string MotionText() const
     {
-        return NodeName() + ": " + Deviations() +
-               (difference_.aspect == Aspect::WorldPose ? ", where it is in the world" : "");
+        const std::string text = NodeName() + ": " + Deviations();
+        if (difference_.aspect != Aspect::WorldPose)
+            return text;
+        const bool same_parent = match_.nodes.SameParent(match_.left_tree, difference_.left_nodes.front(),
+                                                         match_.right_tree, difference_.right_nodes.front());
+        return text + (same_parent ? ", in the world: smaller deviations above it add up"
+                                   : ", in the world: it has another parent");
     }
 
     std::string ValueText() const
