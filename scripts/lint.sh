@@ -9,6 +9,7 @@ echo "formatting: clean"
 scripts/check_tree.py
 
 cmake --preset lint >/dev/null
+cmake --build build/lint --target tv2_viewer_page >/dev/null
 sed -n 's/^ *"file": "\(.*\)".*/\1/p' build/lint/compile_commands.json | sort -u |
     xargs -n 1 -P "$(nproc)" clang-tidy -p build/lint --quiet --checks=-bugprone-suspicious-include \
         --extra-arg=-Wno-unknown-warning-option 2>/dev/null

@@ -223,7 +223,7 @@ TEST(StructureTest, ParentsWithOneNameAreToldApartByTheirPaths)
     for (TEV2& scene : scenes) // the roots of exports are the same node, and Rig is not
     {
         scene.information.creatorText = Wide(u"MotionBuilder v17.00  Tev2 Exporter v1.14");
-        scene.matrixHierarchy.nodes[0].translation = nullptr;
+        scene.matrixHierarchy.nodes[0].translation = ConstantTrack<TEV2_ANIMATABLE_VECTOR_3_LINEAR>({});
     }
     EXPECT_EQ(ShortStructure(scenes[0], scenes[1]),
               (Texts{"missing node object Rig Scene>", "moved node object Hips Scene/Rig>Rig"}));

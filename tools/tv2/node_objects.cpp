@@ -79,8 +79,9 @@ NodeObjects::NodeObjects(const TEV2& scene) : joints_(scene.matrixHierarchy.node
 
 std::span<const NodeObject> NodeObjects::At(std::size_t node) const
 {
-    const auto found = std::ranges::equal_range(objects_, node, {}, &NodeObject::node);
-    return {found.begin(), found.end()};
+    const auto begin = std::ranges::lower_bound(objects_, node, {}, &NodeObject::node);
+    const auto end = std::ranges::upper_bound(objects_, node, {}, &NodeObject::node);
+    return {begin, end};
 }
 
 std::vector<std::string> NodeObjects::KindsAt(std::size_t node) const
