@@ -131,6 +131,14 @@ std::string NameAt(const std::vector<std::string>& names, double index)
     return index == static_cast<double>(kNone) ? "none" : "number " + NumberText(index);
 }
 
+void SetNumbers(Difference& difference, const Numbers& left, const Numbers& right, const Meaning& meaning)
+{
+    difference.left = ValueText(left, meaning);
+    difference.right = ValueText(right, meaning);
+    difference.left_numbers = left;
+    difference.right_numbers = right;
+}
+
 std::string_view PresenceOf(const TEV2_ANIMATABLE* track)
 {
     return track != nullptr ? "there" : "absent";
@@ -177,10 +185,7 @@ void ValueComparison::CompareTracks(TEV2_ANIMATABLE* left, TEV2_ANIMATABLE* righ
         worst.worst_time = worst.first_time;
     }
     difference.deviations.push_back(worst);
-    difference.left_numbers = ValueAt(*left, worst.worst_time);
-    difference.right_numbers = ValueAt(*right, worst.worst_time);
-    difference.left = ValueText(difference.left_numbers, meaning);
-    difference.right = ValueText(difference.right_numbers, meaning);
+    SetNumbers(difference, ValueAt(*left, worst.worst_time), ValueAt(*right, worst.worst_time), meaning);
 }
 
 const SceneMatch::List* ValueComparison::Target(std::string_view label, const std::string& list) const
@@ -282,20 +287,14 @@ void ValueComparison::CompareField(const FieldValue& left, const FieldValue& rig
         if (!(DistanceOf(translated, others, meaning, largest) > tolerance_.Of(meaning.unit)))
             return;
         Difference& difference = found_.emplace_back(like);
-        const SceneMatch::List* const target = Target(left.label, list);
-        if (target != nullptr)
+        difference.deviations.push_back({.unit = Unit::Value, .over_time = false});
+        if (const SceneMatch::List* const target = Target(left.label, list))
         {
             difference.left = NameAt(target->left_names, numbers->front());
             difference.right = NameAt(target->right_names, others.front());
+            return;
         }
-        else
-        {
-            difference.left_numbers = *numbers;
-            difference.right_numbers = others;
-            difference.left = ValueText(*numbers, meaning);
-            difference.right = ValueText(others, meaning);
-        }
-        difference.deviations.push_back({.unit = Unit::Value, .over_time = false});
+        SetNumbers(difference, *numbers, others, meaning);
     }
     else if (const auto* text = std::get_if<std::string>(&left.value))
     {
