@@ -16,6 +16,7 @@ template <typename Object>
 std::vector<std::string> NamesIn(const std::vector<std::unique_ptr<Object>>& list)
 {
     std::vector<std::string> names;
+    names.reserve(list.size());
     for (const auto& object : list)
         names.push_back(object ? NameOfObject(*object) : std::string());
     return names;
@@ -129,6 +130,7 @@ SceneMatch::List MatchProperties(const std::vector<PropertyName>& left,
     const auto keys = [](const std::vector<PropertyName>& properties)
     {
         std::vector<std::string> texts;
+        texts.reserve(properties.size());
         for (const PropertyName& property : properties)
             texts.push_back(std::string(NameOf(property.type)) + ' ' + property.name);
         return texts;

@@ -451,6 +451,7 @@ private:
         const auto names = [](const NodeTree& tree, const std::vector<std::uint32_t>& bones)
         {
             std::vector<std::string> all;
+            all.reserve(bones.size());
             for (const std::uint32_t bone : bones)
                 all.push_back(NodeText(tree, bone, "the world"));
             return all;

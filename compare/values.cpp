@@ -382,6 +382,7 @@ void ValueComparison::CompareFields(const std::vector<FieldValue>& left, const s
     const auto paths = [](const std::vector<FieldValue>& fields)
     {
         std::vector<std::string> all;
+        all.reserve(fields.size());
         for (const FieldValue& field : fields)
             all.push_back(field.path);
         return all;
