@@ -198,7 +198,7 @@ private:
 
     std::string MotionText() const
     {
-        const std::string text = NodeName() + ": " + Deviations();
+        std::string text = NodeName() + ": " + Deviations();
         if (difference_.aspect != Aspect::WorldPose)
             return text;
         const bool same_parent = match_.nodes.SameParent(match_.left_tree, difference_.left_nodes.front(),
