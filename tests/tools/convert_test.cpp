@@ -51,6 +51,9 @@ TEST_F(ConvertTest, WritesGlbAndGltfWithABufferBesideIt)
     EXPECT_EQ(json["animations"][0]["name"], "walk");
     EXPECT_EQ(json["nodes"][1]["translation"], nlohmann::json({0.0, 1.0, 0.0})); // Z was up
 
+    EXPECT_EQ(RunTv2({"convert", walk, Path("WALK.GLB")}).exit_code, 0);
+    EXPECT_EQ(ReadText(Path("WALK.GLB")), ReadText(Path("walk.glb")));
+    EXPECT_EQ(RunTv2({"convert", Path("WALK.GLB"), Path("BACK.TV2")}).exit_code, 0);
     EXPECT_EQ(RunTv2({"convert", walk, Path("a b.gltf")}).exit_code, 0);
     const nlohmann::json text = nlohmann::json::parse(ReadText(Path("a b.gltf")));
     EXPECT_EQ(text["buffers"][0]["uri"], "a%20b.bin");
@@ -64,6 +67,8 @@ TEST_F(ConvertTest, OptionsDecideOnTimeAndWorldAndSeveralFilesAreAnimations)
     EXPECT_EQ(RunTv2({"convert", "--at", "0.5", walk, Path("pose.glb")}).exit_code, 0);
     EXPECT_EQ(JsonOf(Path("pose.glb"))["nodes"][1]["translation"], nlohmann::json({1.0, 1.0, 0.0}));
     EXPECT_FALSE(JsonOf(Path("pose.glb")).contains("animations"));
+    ExpectParts(RunTv2({"convert", "--at", "2", walk, Path("pose.glb")}).out,
+                {"note: 2.0 s is outside the file's time range, 0.0 to 1.0 s: "});
     EXPECT_EQ(RunTv2({"convert", "--world", "y-up", walk, Path("y.glb")}).exit_code, 0);
     EXPECT_TRUE(JsonOf(Path("y.glb"))["nodes"][0].contains("rotation")); // the world is another
     EXPECT_EQ(RunTv2({"convert", walk, run, Path("both.glb")}).exit_code, 0);
@@ -127,6 +132,8 @@ TEST_F(ConvertTest, RefusesWhatItCannotConvert)
         {{"--at", "1", Path("a.glb"), Path("a.tv2")}, "--at is for conversions to glTF"},
         {{"--standard-materials", walk, Path("a.glb")}, "--standard-materials is for conversions from glTF"},
         {{"--codes", walk}, "takes no files"},
+        {{"--at", "1", walk, walk, Path("a.glb")}, "--at makes a pose of one .tv2 file"},
+        {{"-", Path("a.tv2")}, "-: only .tv2 files are read from standard input"},
         {{"--world", "up", walk, Path("a.glb")}, "--world"},
     };
     for (const auto& c : cases)

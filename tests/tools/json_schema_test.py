@@ -153,6 +153,11 @@ class JsonSchemaTest(unittest.TestCase):
         self.answer("picture", 0, "picture", walk, self.path("walk.svg"))
         converted = self.answer("convert", 0, "convert", walk, self.path("walk.glb"))
         self.assertEqual(converted["worlds"], ["z-up-turned"])
+        nodes = self.answer("dump", 0, "dump", walk)["matrixHierarchy"]["nodes"]
+        self.assertEqual(converted["files"][0]["nodes"], len(nodes))
+        lossy = self.path("lossy.gltf", b'{"asset": {"version": "2.0"}, "extras": {}}')
+        refused = self.answer("failure", 2, "convert", "--strict", lossy, self.path("lossy.tv2"))
+        self.assertEqual([entry["code"] for entry in refused["report"]], ["extras-lost"])
         self.answer("convertCodes", 0, "convert", "--codes")
         self.answer("view", 0, "view", "--no-open", walk, walk, "-o", self.path("walk.html"))
         for verb in (["dump"], ["tree"], ["picture", self.path("a.svg")], ["view", "-o", self.path("a.html")]):

@@ -10,6 +10,7 @@
 #include <functional>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace tv2
@@ -27,8 +28,16 @@ struct ConvertRequest
 /// A file of the result, complete in memory.
 struct ConvertedFile
 {
+    struct Count
+    {
+        std::size_t number;
+        const char* one;
+        const char* more;
+    };
+
     std::string path;
-    std::string what; // "40 nodes, 1 animation, 2 cameras"; empty for files beside the main one
+    std::string_view holds;    // "scene", "buffer", "image"
+    std::vector<Count> counts; // of what a scene has
     std::function<TEV2_LOADER::Status()> write;
 };
 
@@ -38,7 +47,11 @@ struct Converted
     std::vector<std::string> beside; // files that the input refers to, which a result may not replace either
     std::vector<tev2_gltf::World> worlds; // of the inputs of a conversion to glTF
     tev2_gltf::ConversionReport report;
+    std::vector<std::string> notes;
 };
+
+/// Whether a path ends so, in letters of either case.
+bool HasExtension(const std::string& path, std::string_view extension);
 
 /// The direction follows from the names. A failure names the file.
 bool IsGltfPath(const std::string& path);

@@ -87,20 +87,14 @@ std::string FolderOf(const std::string& path)
     return slash == std::string::npos ? std::string() : path.substr(0, slash + 1);
 }
 
-std::string Summary(const TEV2& scene)
+std::vector<ConvertedFile::Count> CountsOf(const TEV2& scene)
 {
     const std::size_t meshes = scene.rigids.size() + scene.morphMeshes.size() + scene.weightedMeshes.size();
-    std::string text = CountOf(scene.matrixHierarchy.nodes.size(), "node", "nodes");
-    const auto add = [&text](std::size_t count, const char* one, const char* more)
-    {
-        if (count > 0)
-            text += ", " + CountOf(count, one, more);
-    };
-    add(meshes, "mesh", "meshes");
-    add(scene.materials.size(), "material", "materials");
-    add(scene.cameras.size(), "camera", "cameras");
-    add(scene.lights.size(), "light", "lights");
-    return text;
+    return {{scene.matrixHierarchy.nodes.size(), "node", "nodes"},
+            {meshes, "mesh", "meshes"},
+            {scene.materials.size(), "material", "materials"},
+            {scene.cameras.size(), "camera", "cameras"},
+            {scene.lights.size(), "light", "lights"}};
 }
 
 /// A document and its conversion, with all that they refer to.
@@ -144,16 +138,15 @@ void AddScenes(const ConvertRequest& request, const std::shared_ptr<Source>& sou
     const std::vector<std::string> paths = OutputPaths(request.output, source->from);
     for (std::size_t i = 0; i < paths.size(); ++i)
     {
-        const std::string summary = Summary(*source->from.MakeScene(i));
-        converted.files.push_back({paths[i], summary, [source, i, path = paths[i]] {
-                                       return SaveFile(*source->from.MakeScene(i), path);
-                                   }});
+        converted.files.push_back({paths[i], "scene", CountsOf(*source->from.MakeScene(i)),
+                                   [source, i, path = paths[i]]
+                                   { return SaveFile(*source->from.MakeScene(i), path); }});
     }
     for (const tev2_gltf::InsideImage& image : source->from.InsideImages())
     {
         const std::string path = FolderOf(request.output) + image.file_name;
         converted.files.push_back(
-            {path, "an image", [source, path, bytes = image.bytes] { return WriteWholeFile(path, bytes); }});
+            {path, "image", {}, [source, path, bytes = image.bytes] { return WriteWholeFile(path, bytes); }});
     }
 }
 

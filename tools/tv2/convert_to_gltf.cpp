@@ -3,6 +3,7 @@
 #include "gltf/error.h"
 #include "tev2_loader/io/whole_file.h"
 #include "tools/tv2/loaded_file.h"
+#include "tools/tv2/notes.h"
 #include "tools/tv2/text.h"
 
 #include <algorithm>
@@ -33,27 +34,24 @@ std::string StemOf(const std::string& path)
     return WithSlashes(PathOf(path).stem());
 }
 
-void AppendCount(std::string& text, const gltf::Json& root, const char* list, const char* one,
-                 const char* more)
+std::vector<ConvertedFile::Count> CountsOf(const gltf::Json& root)
 {
-    const auto found = root.find(list);
-    if (found != root.end())
-        text += (text.empty() ? "" : ", ") + CountOf(found->size(), one, more);
-}
-
-std::string Summary(const gltf::Json& root)
-{
-    std::string text;
-    AppendCount(text, root, "nodes", "node", "nodes");
-    AppendCount(text, root, "animations", "animation", "animations");
-    AppendCount(text, root, "meshes", "mesh", "meshes");
-    AppendCount(text, root, "skins", "skin", "skins");
-    AppendCount(text, root, "materials", "material", "materials");
-    AppendCount(text, root, "cameras", "camera", "cameras");
-    if (const auto extensions = root.find("extensions"); extensions != root.end())
-        AppendCount(text, extensions->value("KHR_lights_punctual", gltf::Json::object()), "lights", "light",
-                    "lights");
-    return text.empty() ? "an empty scene" : text;
+    const auto size = [](const gltf::Json& object, const char* list)
+    {
+        const auto found = object.find(list);
+        return found == object.end() ? std::size_t{0} : found->size();
+    };
+    const gltf::Json none = gltf::Json::object();
+    const gltf::Json& extensions = root.contains("extensions") ? root["extensions"] : none;
+    const gltf::Json& lights =
+        extensions.contains("KHR_lights_punctual") ? extensions["KHR_lights_punctual"] : none;
+    return {{size(root, "nodes"), "node", "nodes"},
+            {size(root, "animations"), "animation", "animations"},
+            {size(root, "meshes"), "mesh", "meshes"},
+            {size(root, "skins"), "skin", "skins"},
+            {size(root, "materials"), "material", "materials"},
+            {size(root, "cameras"), "camera", "cameras"},
+            {size(lights, "lights"), "light", "lights"}};
 }
 
 Status Load(const std::string& path, LoadedFile& file)
@@ -66,19 +64,21 @@ Status Load(const std::string& path, LoadedFile& file)
 /// The files of a finished document, as bytes.
 void AddFiles(const std::string& output, gltf::DocumentBuilder& builder, Converted& converted)
 {
-    const std::string what = Summary(builder.Root());
-    const auto add = [&](const std::string& path, const std::string& text, std::string bytes)
+    const auto add = [&](const std::string& path, std::string_view holds,
+                         std::vector<ConvertedFile::Count> counts, std::string bytes)
     {
         const auto shared = std::make_shared<std::string>(std::move(bytes));
-        converted.files.push_back({path, text, [path, shared] { return WriteWholeFile(path, *shared); }});
+        converted.files.push_back(
+            {path, holds, std::move(counts), [path, shared] { return WriteWholeFile(path, *shared); }});
     };
-    if (!output.ends_with(".gltf"))
-        return add(output, what, builder.Glb());
+    if (!HasExtension(output, ".gltf"))
+        return add(output, "scene", CountsOf(builder.Root()), builder.Glb());
     const std::string binary = output.substr(0, output.size() - std::string_view(".gltf").size()) + ".bin";
     const auto bytes = builder.Binary();
     if (!bytes.empty())
-        add(binary, "its buffer", {bytes.begin(), bytes.end()});
-    add(output, what, builder.Gltf(PercentEncoded(WithSlashes(PathOf(binary).filename()))));
+        add(binary, "buffer", {}, {bytes.begin(), bytes.end()});
+    add(output, "scene", CountsOf(builder.Root()),
+        builder.Gltf(PercentEncoded(WithSlashes(PathOf(binary).filename()))));
 }
 
 } // namespace
@@ -112,6 +112,9 @@ Status ConvertToGltf(const ConvertRequest& request, Converted& converted)
     tev2_gltf::ToGltfOptions options{.world = request.world, .at = request.at};
     if (request.inputs[0] != kStandardInput)
         options.image_folder = WayBetween(request.output, request.inputs[0]);
+    const TEV2_FLOAT32_RANGE& range = files[0].scene->environment.timeRange;
+    if (request.at && (*request.at < range.minimum || *request.at > range.maximum))
+        converted.notes.push_back(OutsideRangeNote(*request.at, range));
     gltf::DocumentBuilder builder;
     const Status made = tev2_gltf::ToGltf(sources, options, builder, converted.report);
     if (!made)

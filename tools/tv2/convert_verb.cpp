@@ -15,14 +15,23 @@ namespace tv2
 
 using TEV2_LOADER::Status;
 
+bool HasExtension(const std::string& path, std::string_view extension)
+{
+    const auto is_same = [](char a, char b)
+    { return a == b || (a >= 'A' && a <= 'Z' && a - 'A' + 'a' == b); };
+    return path.size() >= extension.size() &&
+           std::equal(path.end() - static_cast<std::ptrdiff_t>(extension.size()), path.end(),
+                      extension.begin(), is_same);
+}
+
 bool IsGltfPath(const std::string& path)
 {
-    return path.ends_with(".glb") || path.ends_with(".gltf");
+    return HasExtension(path, ".glb") || HasExtension(path, ".gltf");
 }
 
 bool IsTev2Path(const std::string& path)
 {
-    return path.ends_with(".tv2");
+    return HasExtension(path, ".tv2");
 }
 
 namespace
@@ -114,7 +123,14 @@ public:
         {
             if (!context.json)
                 PrintReport(converted, context.err);
-            return context.Fail(request_.inputs[0], why, kExitCouldNotRun);
+            context.Complain(why, kExitCouldNotRun);
+            if (!context.json)
+                return;
+            Json json = JsonFailure(request_.inputs[0], why);
+            json["report"] = ToJson(converted.report);
+            json["lost"] = converted.report.HasLost();
+            context.out << JsonAnswer(json);
+            return;
         }
         for (const ConvertedFile& file : converted.files)
         {
@@ -137,6 +153,8 @@ private:
         for (auto input = paths_.begin(); input != paths_.end() - 1; ++input)
         {
             const bool fits = to_gltf ? IsTev2Path(*input) || *input == kStandardStream : IsGltfPath(*input);
+            if (!fits && *input == kStandardStream)
+                return "-: only .tv2 files are read from standard input";
             if (!fits)
                 return *input + (to_gltf ? ": only .tv2 files become glTF"
                                          : ": only .glb and .gltf files become .tv2");
@@ -145,6 +163,8 @@ private:
         }
         if (to_gltf && request_.standard_materials)
             return "--standard-materials is for conversions from glTF";
+        if (to_gltf && request_.at && paths_.size() > 2)
+            return "--at makes a pose of one .tv2 file";
         if (!to_gltf && (request_.at || !world_.empty()))
             return std::string(request_.at ? "--at" : "--world") + " is for conversions to glTF";
         return !to_gltf && paths_.size() > 2 ? "only one glTF file at a time becomes .tv2" : "";
@@ -174,17 +194,36 @@ private:
         if (!context.json)
         {
             for (const ConvertedFile& file : converted.files)
-                context.out << Printable(file.path) << ": " << file.what << '\n';
+                context.out << Printable(file.path) << ": " << TextOf(file) << '\n';
+            for (const std::string& note : converted.notes)
+                context.out << "  note: " << Printable(note) << '\n';
             return PrintReport(converted, context.out);
         }
         Json json = {{"inputs", request_.inputs}, {"files", Json::array()}, {"worlds", Json::array()}};
         for (const ConvertedFile& file : converted.files)
-            json["files"].push_back({{"output", file.path}, {"holds", file.what}});
+        {
+            Json& entry = json["files"].emplace_back(Json{{"output", file.path}, {"holds", file.holds}});
+            for (const ConvertedFile::Count& count : file.counts)
+                entry[count.more] = count.number;
+        }
         for (const tev2_gltf::World world : converted.worlds)
             json["worlds"].push_back(tev2_gltf::NameOf(world));
         json["report"] = ToJson(converted.report);
         json["lost"] = converted.report.HasLost();
+        json["notes"] = converted.notes;
         context.out << JsonAnswer(json);
+    }
+
+    /// "40 nodes, 1 animation, 2 cameras", or what else the file holds.
+    static std::string TextOf(const ConvertedFile& file)
+    {
+        if (file.counts.empty())
+            return std::string(file.holds);
+        std::string text;
+        for (const ConvertedFile::Count& count : file.counts)
+            if (count.number > 0)
+                text += (text.empty() ? "" : ", ") + CountOf(count.number, count.one, count.more);
+        return text.empty() ? "an empty scene" : text;
     }
 
     static void PrintReport(const Converted& converted, std::ostream& out)

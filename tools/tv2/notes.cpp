@@ -15,4 +15,11 @@ void PrintNotes(std::ostream& out, const std::vector<std::string>& notes, std::s
         out << Wrapped(std::string(kHead) + Printable(note), width, kHead.size()) << '\n';
 }
 
+std::string OutsideRangeNote(float time, const TEV2_LOADER::TEV2_FLOAT32_RANGE& range)
+{
+    return FloatText(time) + " s is outside the file's time range, " + FloatText(range.minimum) + " to " +
+           FloatText(range.maximum) +
+           " s: tracks show their first key before they begin and their last key after they end";
+}
+
 } // namespace tv2

@@ -2,6 +2,7 @@
 
 #include "tev2_loader/names.h"
 #include "text/closest_name.h"
+#include "tools/tv2/notes.h"
 #include "tools/tv2/system.h"
 #include "tools/tv2/text.h"
 #include "tools/tv2/tree_writer.h"
@@ -19,11 +20,6 @@ using tev2_compare::NodeTree;
 
 namespace
 {
-
-std::string RangeText(const TEV2_FLOAT32_RANGE& range)
-{
-    return FloatText(range.minimum) + " to " + FloatText(range.maximum) + " s";
-}
 
 /// What a reader of the tree cannot see in it.
 std::vector<std::string> NotesOf(const TEV2_MATRIX_HIERARCHY& hierarchy, const NodeTree& tree)
@@ -114,10 +110,7 @@ private:
             view.outside_range = *time_ < range.minimum || *time_ > range.maximum;
             if (view.outside_range)
             {
-                view.notes.push_back(FloatText(*time_) + " s is outside the file's time range, " +
-                                     RangeText(range) +
-                                     ": tracks show their first key before they begin and their last key "
-                                     "after they end");
+                view.notes.push_back(OutsideRangeNote(*time_, range));
             }
         }
         const auto writer = context.json ? MakeJsonTree(view, context.out) : MakeTextTree(view, context.out);
