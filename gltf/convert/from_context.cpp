@@ -131,6 +131,8 @@ FromContext::FromContext(gltf::Document& the_document, FromGltfOptions the_optio
 void FromContext::ReportRest(JsonValue object, const Place& place,
                              std::initializer_list<std::string_view> known, bool loses_extras) const
 {
+    if (!reports_shared)
+        return;
     const JsonValue extensions = object["extensions"];
     for (std::size_t i = 0; i < extensions.Size(); ++i)
     {

@@ -49,6 +49,7 @@ struct FromContext
     gltf::AccessorReader accessors;
     gltf::KeyTrackReader keys;
     Budget budget;
+    bool reports_shared = true;      // false once a scene was made: long lists are not walked in vain
     ConversionReport* report;        // of what all scenes share: at present
     ConversionReport* motion_report; // of what belongs to one animation: at present
 

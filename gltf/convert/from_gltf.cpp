@@ -106,6 +106,8 @@ void ReportUnused(const FromContext& context, const NodePlan& plan)
 /// What belongs to no object that is converted.
 void ReportDocument(const FromContext& context)
 {
+    if (!context.reports_shared)
+        return;
     const gltf::Document& document = context.document;
     if (const std::size_t scenes = document.Count("scenes"); scenes > 1)
         context.report->Add(Code::SceneLost, "scenes", "scenes that the file does not show", scenes - 1);
@@ -152,6 +154,7 @@ public:
     {
         const bool is_new = made_.insert(index).second;
         context_.budget.BeginScene(is_new);
+        context_.reports_shared = !has_reported_;
         context_.report = has_reported_ ? &unwanted_ : &report_;
         context_.motion_report = is_new ? &report_ : &unwanted_;
         has_reported_ = true;
