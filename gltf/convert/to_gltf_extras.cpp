@@ -34,6 +34,8 @@ public:
             return context_.report.Add(Code::ExtrasLost, PlaceOf(value), "it has no value");
         if (!IsFinite(values[0]))
             return context_.report.Add(Code::ValueDropped, PlaceOf(value), "it is not a finite number");
+        if (context_.options.at)
+            return Set(value, ToJson(ValueAt(value.track, *context_.options.at, values[0])));
         if (Moves(value.track))
             context_.report.Add(Code::PropertyAnimationLost, PlaceOf(value),
                                 "it moves; its first value is kept");

@@ -285,6 +285,14 @@ TEST(ToGltf, PoseAtATimeHasNoAnimation)
     EXPECT_FALSE(made.json.contains("animations"));
     scene.SetTime(1.0f);
     EXPECT_EQ(made.json["nodes"][0]["translation"], Json({2.5, 4.0, -6.0})); // half way, z negated
+
+    auto& speed = scene.matrixHierarchy.nodes[0].properties.floatValues.emplace_back();
+    ASSERT_TRUE(SetName(speed, "speed"));
+    speed.track = MakeTrack<Floats>({{0.0f, 2.0f}, {2.0f, 8.0f}});
+    const Made later = Convert(scene, {.world = World::YUp, .at = 1.0f});
+    EXPECT_EQ(later.json["nodes"][0]["extras"]["speed"], 5.0);
+    EXPECT_EQ(later.Codes(), std::vector<std::string>{});
+    EXPECT_EQ(Convert(scene).json["nodes"][0]["extras"]["speed"], 2.0);
 }
 
 TEST(ToGltf, SeveralScenesAreAnAnimationEachAndMustFit)
