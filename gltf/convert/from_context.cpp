@@ -1,5 +1,6 @@
 #include "gltf/convert/from_context.h"
 
+#include "gltf/document_builder.h"
 #include "tev2_loader/tracks/linear_tracks.h"
 #include "tev2_loader/tracks/stepped_integer_track.h"
 
@@ -45,6 +46,17 @@ std::optional<std::array<float, kCount>> NumbersOf(JsonValue value)
 bool IsShortText(JsonValue value)
 {
     return value.Kind() == JsonKind::Text && value.Text().size() <= kMostStringUnits;
+}
+
+/// Whether single precision keeps every digit of a number, or of each in an array.
+bool IsKept(JsonValue value)
+{
+    if (const std::optional<double> number = value.Number())
+        return gltf::FloatNumber(static_cast<float>(*number)).get<double>() == *number;
+    for (std::size_t i = 0; i < value.Size(); ++i)
+        if (!IsKept(value[i]))
+            return false;
+    return true;
 }
 
 /// A text, or texts; nothing for other values, and for texts that no file can hold.
@@ -170,6 +182,8 @@ void FromContext::ReadExtras(JsonValue owner, const Place& place, TEV2_EXTENDED_
             continue;
         if (!ReadExtra(extras[i], WideText(name, place), place, properties))
             Report(Code::ExtrasLost, place, std::string(name));
+        else if (!IntegerOf(extras[i]) && !IsKept(extras[i]))
+            Report(Code::NumberRounded, place, std::string(name));
     }
 }
 

@@ -35,6 +35,7 @@ constexpr auto kConversionCodes = std::to_array<ConversionCode>({
     {Code::ImageWritten, "image-written", "an image inside the file was written beside the result"},
     {Code::Resampled, "resampled", "a smooth curve became straight lines"},
     {Code::ExtrasLost, "extras-lost", "a value of extras has no place in the result"},
+    {Code::NumberRounded, "number-rounded", "a number of extras has more digits than single precision keeps"},
     {Code::ExtensionLost, "extension-lost", "an extension has no place in the result"},
     {Code::AnimationLost, "animation-lost",
      "what moves here cannot move in the result; its value at the start is kept"},

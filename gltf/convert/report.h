@@ -32,6 +32,7 @@ enum class Code : std::uint8_t
     ImageWritten,
     Resampled,
     ExtrasLost,
+    NumberRounded,
     ExtensionLost,
     AnimationLost,
     TimeShifted,

@@ -1,6 +1,7 @@
 #include "gltf/convert/to_gltf_animation.h"
 
 #include "gltf/convert/rotation_keys.h"
+#include "gltf/key_track.h"
 
 #include <algorithm>
 #include <limits>
@@ -13,6 +14,8 @@ using namespace TEV2_LOADER;
 
 namespace
 {
+
+constexpr auto kLatest = static_cast<float>(gltf::kLatestKey);
 
 template <typename Value>
 std::vector<float> Flat(const std::vector<Value>& values)
@@ -29,7 +32,7 @@ void Earliest(const TEV2_ANIMATABLE* track, float& earliest)
     if (track == nullptr || track->m_times.size() < 2)
         return;
     for (const float time : track->m_times)
-        if (time < earliest && time > -std::numeric_limits<float>::infinity())
+        if (time < earliest && time >= -kLatest)
             earliest = time;
 }
 
@@ -71,6 +74,9 @@ GltfAnimation::GltfAnimation(ToGltfContext& context, std::size_t source, double 
 void GltfAnimation::AddChannel(std::size_t node, const char* path, std::vector<float> times,
                                std::vector<float> values, const char* interpolation)
 {
+    DropFarKeys(node, times, values);
+    if (times.empty())
+        return;
     earliest_ = std::min(earliest_, times.front());
     latest_ = std::max(latest_, times.back());
     Channel channel{node, path, std::move(times), std::move(values), interpolation};
@@ -78,6 +84,21 @@ void GltfAnimation::AddChannel(std::size_t node, const char* path, std::vector<f
         first_ = std::move(channel);
     else
         WriteChannel(channel);
+}
+
+/// Keys that no reader of glTF here accepts, and those before the time 0.
+void GltfAnimation::DropFarKeys(std::size_t node, std::vector<float>& times, std::vector<float>& values) const
+{
+    const auto from = std::ranges::lower_bound(times, 0.0f) - times.begin();
+    const auto to = std::ranges::upper_bound(times, kLatest) - times.begin();
+    const std::size_t dropped = times.size() - static_cast<std::size_t>(to - from);
+    if (dropped == 0)
+        return;
+    const auto width = static_cast<std::ptrdiff_t>(values.size() / times.size());
+    times = {times.begin() + from, times.begin() + to};
+    values = {values.begin() + from * width, values.begin() + to * width};
+    context_.report.Add(Code::KeyDropped, "nodes/" + std::to_string(node),
+                        "a key beyond a million seconds was dropped", dropped);
 }
 
 void GltfAnimation::WriteChannel(const Channel& channel)
@@ -108,7 +129,7 @@ void GltfAnimation::CoverTimeRange(Channel& channel) const
         const std::vector<float> held(channel.values.begin(), channel.values.begin() + width);
         channel.values.insert(channel.values.begin(), held.begin(), held.end());
     }
-    if (std::isfinite(end) && end > latest_ && end > channel.times.back())
+    if (end <= kLatest && end > latest_ && end > channel.times.back())
     {
         channel.times.push_back(end);
         const std::vector<float> held(channel.values.end() - width, channel.values.end());

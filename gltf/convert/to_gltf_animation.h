@@ -47,6 +47,7 @@ private:
 
     void AddNode(const GltfNodes& nodes, std::size_t node);
     void AddRest(const GltfNodes& nodes);
+    void DropFarKeys(std::size_t node, std::vector<float>& times, std::vector<float>& values) const;
     void WriteChannel(const Channel& channel);
     void CoverTimeRange(Channel& channel) const;
 

@@ -112,6 +112,8 @@ TEST(FromGltf, ReportsEachLossOfOtherThings)
              d.root["nodes"][0]["camera"] = 0;
          }},
         {"extras-lost", [](RawGltf& d) { d.root["nodes"][0]["extras"]["deep"]["er"] = 1; }},
+        {"number-rounded", [](RawGltf& d) { d.root["nodes"][0]["extras"]["big"] = 3000000001; }},
+        {"number-rounded", [](RawGltf& d) { d.root["nodes"][0]["extras"]["fine"] = 0.12345678901234; }},
         {"extension-lost", [](RawGltf& d) { d.root["nodes"][0]["extensions"]["EXT_x"] = Json::object(); }},
         {"resampled",
          [](RawGltf& d) {

@@ -555,6 +555,10 @@ TEST(ToGltf, ReportsLossesAndChangesOfNodes)
          [](TEV2& s) {
              s.matrixHierarchy.nodes[0].translation = MakeTrack<Places>({{1, {}}, {1, {1, 1, 1}}});
          }},
+        {"key-dropped",
+         [](TEV2& s) {
+             s.matrixHierarchy.nodes[0].translation = MakeTrack<Places>({{0, {}}, {2e6f, {1, 1, 1}}});
+         }},
         {"rotation-normalised",
          [](TEV2& s) {
              s.matrixHierarchy.nodes[0].rotation = ConstantTrack<Turns>({0, 0, 0, 2});
