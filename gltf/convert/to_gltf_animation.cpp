@@ -202,7 +202,9 @@ void GltfAnimation::AddNode(const GltfNodes& nodes, std::size_t index)
 {
     const TEV2_MATRIX_NODE& node = context_.sources[source_].scene.matrixHierarchy.nodes[index];
     const TEV2_MATRIX_NODE& first = context_.Scene().matrixHierarchy.nodes[index];
-    const std::string where = WhereOf("matrixHierarchy.nodes", index, node);
+    const std::string scene =
+        context_.sources.size() > 1 ? context_.sources[source_].animation_name + ": " : std::string();
+    const std::string where = scene + WhereOf("matrixHierarchy.nodes", index, node);
     const Frame frame = nodes.FrameOf(index, source_);
     const Frame first_frame = nodes.FrameOf(index);
     const float rest = context_.RestTime();
