@@ -46,7 +46,10 @@ TEST(UpAxis, FollowsFromTheFirstNodeOfAnExport)
         {"another root, turned about X", u"Scene", {1.0f, 0.0f, 0.0f, 0.0f}, TEV2_UP_AXIS::Unknown},
         {"another program", u"Scene", kNone, TEV2_UP_AXIS::Unknown,
          [](TEV2& scene) { scene.information.creatorText = Wide(u"NATIVE WIN32"); }},
-        {"converted from glTF", u"Scene", {1.0f, 0.0f, 0.0f, 0.0f}, TEV2_UP_AXIS::PlusY,
+        {"converted from glTF",
+         u"Scene",
+         {1.0f, 0.0f, 0.0f, 0.0f},
+         TEV2_UP_AXIS::PlusY,
          [](TEV2& scene) { scene.information.creatorText = Wide(u"Tev2 glTF Converter v1"); }},
         {"converted, without a node", u"", kNone, TEV2_UP_AXIS::PlusY,
          [](TEV2& scene)

@@ -19,8 +19,8 @@ struct ExportReport
     {
         tev2_exporter::FilePlan planned;
         ExportedFile exported;
-        double rate = 0.0;                         ///< samples a second
-        std::optional<double> seconds;             ///< it took, where measured
+        double rate = 0.0;                           ///< samples a second
+        std::optional<double> seconds;               ///< it took, where measured
         std::optional<KeyReductionCost> reduction{}; ///< where asked for
     };
 
