@@ -101,12 +101,12 @@ Sha256::Digest Sha256Of(std::span<const std::uint8_t> bytes)
 
 std::string HexOf(std::span<const std::uint8_t> bytes)
 {
-    constexpr std::string_view kDigits = "0123456789abcdef";
+    constexpr std::string_view kHexDigits = "0123456789abcdef";
     std::string text;
     for (const std::uint8_t byte : bytes)
     {
-        text += kDigits[byte >> 4U];
-        text += kDigits[byte & 15U];
+        text += kHexDigits[byte >> 4U];
+        text += kHexDigits[byte & 15U];
     }
     return text;
 }

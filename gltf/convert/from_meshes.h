@@ -16,6 +16,7 @@
 #include <optional>
 #include <set>
 #include <string>
+#include <tuple>
 #include <vector>
 
 namespace tev2_gltf
@@ -40,7 +41,11 @@ private:
         std::size_t skin = kNoIndex;
         std::size_t weights = kNoIndex; // node that has its own
 
-        auto operator<=>(const Key&) const = default;
+        bool operator<(const Key& other) const
+        {
+            return std::tie(vertices, exchange, skin, weights) <
+                   std::tie(other.vertices, other.exchange, other.skin, other.weights);
+        }
     };
 
     /// An object that is there.

@@ -26,17 +26,24 @@ public:
     {
         if (IsTyped(object))
             return;
-        std::string where = path;
+        report_.Add(Code::BodyLost, path + NameIn(object),
+                    std::string(kind.className) + " of another program's layout");
+    }
+
+private:
+    /// As it follows a path; empty where an object has none, or none that can be read.
+    template <typename Object>
+    static std::string NameIn(const Object& object)
+    {
         if constexpr (requires {
                           object.HasPlaced();
                           object.name;
                       })
-            if (object.HasPlaced())
-                where += " \"" + Name(object) + '"';
-        report_.Add(Code::BodyLost, where, std::string(kind.className) + " of another program's layout");
+            return object.HasPlaced() ? " \"" + Name(object) + '"' : std::string();
+        else
+            return {};
     }
 
-private:
     template <typename Object>
     static bool IsTyped(const Object& object)
     {

@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <map>
 #include <optional>
+#include <tuple>
 #include <utility>
 
 namespace tev2_gltf
@@ -24,7 +25,10 @@ public:
         std::size_t uv_sets = 0;
         bool has_tangents = false; // or can have them
 
-        auto operator<=>(const Surface&) const = default;
+        bool operator<(const Surface& other) const
+        {
+            return std::tie(uv_sets, has_tangents) < std::tie(other.uv_sets, other.has_tangents);
+        }
     };
 
     /// The material at an index in the scene for a mesh, without the textures that it cannot have. Nothing for kNone,
