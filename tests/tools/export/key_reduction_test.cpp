@@ -118,7 +118,8 @@ TEST_F(KeyReductionTest, FilesAreThoseOfAnExportWithoutReport)
     const CommandResult takes =
         Report("takes.gltf", "t.tv2", {"--json", "--all-takes", "--no-spaces-to-underscores"});
     EXPECT_EQ(takes.exit_code, 0) << takes.err;
-    for (const auto& file : takes.Json()["files"])
+    const nlohmann::json answer = takes.Json();
+    for (const auto& file : answer["files"])
         EXPECT_EQ(file["keyReduction"].value("instants", 0), 1) << file;
     Write("steps.txt", "click \"EXPORT_BUTTON_REGION_NAME\"\n");
     const CommandResult dialog =
