@@ -80,7 +80,7 @@ private:
     bool beyond_ = false;
 };
 
-/// The parts of a comparison, in the order in which they are told.
+/// The parts of a comparison, in the order in which they are reported.
 enum class Topic : std::uint8_t
 {
     Rig,      ///< "rig": what there is

@@ -42,7 +42,7 @@ enum class AccessorUse : std::uint8_t
 class DocumentBuilder
 {
 public:
-    /// Results of at most this many bytes unless the constructor is told otherwise; no GLB can have 4 GiB.
+    /// Results of at most this many bytes unless the constructor says otherwise; no GLB can have 4 GiB.
     static constexpr std::size_t kMostBytes = std::size_t{1} << 30;
 
     explicit DocumentBuilder(std::size_t most_bytes = kMostBytes);

@@ -60,7 +60,7 @@ public:
 private:
     bool Several() const { return difference_.left_nodes.size() > 1 || difference_.right_nodes.size() > 1; }
 
-    /// The nodes that it is about; where their parent is told, too, their names are enough.
+    /// The nodes that it is about; where their parent is given, too, their names are enough.
     std::string Nodes() const
     {
         const bool below = difference_.change == Change::Missing || difference_.change == Change::Added;
