@@ -205,7 +205,7 @@ TEST(FromGltf, RefusesWhatWouldTakeFarMoreMemoryThanTheFile)
     }
 }
 
-// Within 0.0001 of the curve, whose formula is that of the specification, and no more keys than that takes.
+// Within 0.0001 of the curve, a cubic Hermite spline worked out here, with no more keys than that takes.
 TEST(FromGltf, ReplacesCurvesByLinesThatAreClose)
 {
     RawGltf document = Triangle();

@@ -1,7 +1,6 @@
 #pragma once
 
-// glTF as its specification has it, without the converter's reader and writer: documents made by hand, and numbers read
-// from bytes.
+// glTF without the converter's reader and writer: documents made by hand, and numbers read from bytes.
 
 #include <nlohmann/json.hpp>
 

@@ -208,7 +208,7 @@ private:
         return nullptr;
     }
 
-    /// The vertex of each corner of a list, strip or fan, as the specification of glTF orders them.
+    /// The vertex of each corner of a list, strip or fan, in the order that makes all triangles face one way.
     static std::vector<std::size_t> CornersOf(const RawGltf& document, const Json& primitive)
     {
         std::vector<std::size_t> order;
