@@ -1,5 +1,6 @@
 #pragma once
 
+#include "compare/components.h"
 #include "tev2_loader/archive/boxed.h"
 #include "tev2_loader/tev2.h"
 
@@ -81,14 +82,7 @@ public:
     template <typename Number>
     void Value(const char* label, const Number& value, TEV2_LOADER::Counts = TEV2_LOADER::Counts::kBoth)
     {
-        std::vector<double> numbers;
-        if constexpr (std::is_arithmetic_v<Number>)
-            numbers.push_back(static_cast<double>(value));
-        else
-            std::apply([&numbers](const auto&... component)
-                       { (numbers.push_back(static_cast<double>(component)), ...); },
-                       value.Components());
-        Add(label, std::move(numbers));
+        Add(label, ComponentsOf(value));
     }
 
     static void Constant(const char*, auto, auto, TEV2_LOADER::Counts = TEV2_LOADER::Counts::kBoth) {}

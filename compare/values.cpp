@@ -1,5 +1,6 @@
 #include "compare/values.h"
 
+#include "compare/components.h"
 #include "compare/rewound_scene.h"
 #include "tev2_loader/names.h"
 #include "tev2_loader/tracks/visit_keys.h"
@@ -61,18 +62,6 @@ std::string ValueText(const Numbers& numbers, const Meaning& meaning)
         text += (text.empty() ? "" : ", ") + NumberText(degrees ? number * meaning.factor : number);
     }
     return text;
-}
-
-Numbers ComponentsOf(const auto& value)
-{
-    Numbers numbers;
-    if constexpr (std::is_arithmetic_v<std::remove_cvref_t<decltype(value)>>)
-        numbers.push_back(static_cast<double>(value));
-    else
-        std::apply([&numbers](const auto&... component)
-                   { (numbers.push_back(static_cast<double>(component)), ...); },
-                   value.Components());
-    return numbers;
 }
 
 Numbers ValueAt(TEV2_ANIMATABLE& track, float time)
