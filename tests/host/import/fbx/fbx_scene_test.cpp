@@ -450,6 +450,11 @@ TEST_F(FbxSceneTest, NumbersOfTextFilesThatAreNotFinite)
     }
     for (const char* const number : {"1e-400", "0.5", "3e38"})
         OpenFile(file(number, number));
+
+    // Of an object that is no model the name comes as it is in the file.
+    std::string other = file("0", "nan");
+    other.replace(other.find("Model: 1, \"Model::a"), 18, std::string("Other: 1, \"Other::\0", 19));
+    EXPECT_NE(CauseOf(other).find("\\x00a.Lcl Rotation: a key at "), std::string::npos) << CauseOf(other);
 }
 
 } // namespace
