@@ -104,6 +104,30 @@ std::set<std::string> GivenOptions(const CLI::App& command)
     return given;
 }
 
+/// An option's argument with one text of its results; flags have "true" or "false".
+std::vector<std::string> ArgumentsFor(const CLI::Option& option, const std::string& text)
+{
+    const std::string name = option.get_name();
+    const bool flag = option.get_items_expected_max() == 0;
+    if (flag && text == "true")
+        return {name};
+    if (flag && text == "false" && option.get_lnames().size() > 1) // --flag,!--no-flag
+        return {"--" + option.get_lnames().back()};
+    if (text.empty() || !name.starts_with("--"))
+        return {name, text};
+    return {name + "=" + text};
+}
+
+std::vector<GivenOption> OptionsInOrder(const CLI::App& command)
+{
+    std::vector<GivenOption> given;
+    std::map<const CLI::Option*, std::size_t> used; // results of an option
+    for (const CLI::Option* const option : command.parse_order())
+        if (option->nonpositional())
+            given.push_back({option->get_name(), ArgumentsFor(*option, option->results()[used[option]++])});
+    return given;
+}
+
 std::vector<std::string> OptionsOf(const CLI::App& command)
 {
     std::vector<std::string> names;
@@ -244,6 +268,7 @@ int RunVerb(const CLI::App& app, const std::vector<NamedVerb>& named, VerbContex
     const auto found = std::find_if(named.begin(), named.end(),
                                     [&](const NamedVerb& candidate) { return candidate.command == command; });
     context.verb = found->row.name;
+    context.given = OptionsInOrder(*command);
     if (const std::string why = found->verb->Refusal(GivenOptions(*command)); !why.empty())
         return Refuse("tv2 " + command->get_name(), why, argc, argv);
     found->verb->Run(context);

@@ -20,13 +20,22 @@ enum ExitCode : int
     kExitCouldNotRun = 2 ///< could not start: bad usage, or a file that cannot be read or written
 };
 
+/// One occurrence of an option that was given. Positional arguments are none.
+struct GivenOption
+{
+    std::string name; ///< "--fps", "--spaces-to-underscores" for "--no-spaces-to-underscores" as well
+    std::vector<std::string>
+        arguments; ///< that say the same again: {"--fps=60"}, {"--no-spaces-to-underscores"}
+};
+
 /// The environment of a run: output, and the exit code that it ends with.
 struct VerbContext
 {
     std::string_view verb; ///< its name
     std::ostream& out;
     std::ostream& err;
-    bool json = false; ///< --json: write one JSON object to `out` and nothing else
+    bool json = false;                   ///< --json: write one JSON object to `out` and nothing else
+    std::vector<GivenOption> given = {}; ///< all options of the run, --json included, in the order given
     int exit_code = kExitDone;
 
     /// Reports a problem, on a line of its own.
