@@ -22,10 +22,10 @@ demo: build ## Export a take of a sample scene, validate the file, draw it and w
 	$(BUILD)/bin/tv2 view --no-open out/dance.tv2 -o out/dance.html
 	@echo "Open out/dance.html in a browser: it plays the take."
 
-build: packages ## Build the command (build/bin/tv2), the plug-in and the libraries
+build: packages ## Build the command (build/bin/tv2), the plug-in, the libraries and the Python package
 	@cmake --preset release > /dev/null
 	@cmake --build --preset release --target tv2 tv2_motionbuilder_export_tool mobu_host \
-	    tev2_playback_async tev2_playback_c
+	    tev2_playback_async tev2_playback_c tev2_python
 
 test: packages ## Build everything and run all tests
 	@scripts/install_packages.sh xvfb valgrind python3-jsonschema

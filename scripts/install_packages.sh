@@ -4,7 +4,7 @@
 set -eu
 
 packages="g++ cmake ninja-build pkg-config libpugixml-dev zlib1g-dev libcli11-dev nlohmann-json3-dev libgtest-dev
-          libfltk1.3-dev libjs-three python3 $*"
+          libfltk1.3-dev libjs-three python3 python3-dev pybind11-dev python3-numpy $*"
 
 missing=""
 for package in $packages; do

@@ -36,6 +36,11 @@ Status FailureOf(const TEV2_LOAD_REPORT& report)
     return Status::Failure(error != report.findings.end() ? FindingText(*error) : "not a sound scene file");
 }
 
+std::string WhyNotLoaded(const std::string& title, const TEV2_LOAD_REPORT& report)
+{
+    return title + ": not a sound .tv2 file: " + FailureOf(report).Reason();
+}
+
 Status SaveFile(const TEV2& scene, const std::string& path, TEV2_SAVE_REPORT* report)
 {
     TEV2_SAVE_REPORT own;

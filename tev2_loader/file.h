@@ -58,6 +58,9 @@ Status LoadMemory(const void* bytes, std::size_t size, TEV2& scene, const LoadOp
 /// What a failed load says: the report's error on one line.
 Status FailureOf(const TEV2_LOAD_REPORT& report);
 
+/// The same for users, who know the file as `title`: "walk.tv2: not a sound .tv2 file: bad-magic at byte 0: ...".
+std::string WhyNotLoaded(const std::string& title, const TEV2_LOAD_REPORT& report);
+
 /// Saves a scene. On success the file is complete and loads. On failure an existing file is unchanged, except where
 /// WriteWholeFile (io/whole_file.h) has to write to it directly; the reason is the system's, or names the object whose
 /// Save was false. The report, if given, is replaced; of a path that cannot be written to it says nothing.

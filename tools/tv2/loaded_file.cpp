@@ -50,13 +50,7 @@ std::optional<TEV2_ARRAY_LENGTH_HELPER> AnnouncedLengths(const LoadedFile& file)
 
 std::string WhyNotLoaded(const LoadedFile& file)
 {
-    const auto error = std::find_if(file.report.findings.begin(), file.report.findings.end(),
-                                    [](const TEV2_LOAD_FINDING& finding)
-                                    { return finding.severity == TEV2_LOAD_SEVERITY::Error; });
-    std::string text = file.title + ": not a sound .tv2 file";
-    if (error != file.report.findings.end())
-        text += ": " + FindingText(*error);
-    return text;
+    return TEV2_LOADER::WhyNotLoaded(file.title, file.report);
 }
 
 } // namespace tv2

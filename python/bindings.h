@@ -1,0 +1,12 @@
+#pragma once
+
+#include <pybind11/pybind11.h>
+
+namespace tev2_python
+{
+
+// Each adds one concept to the module; module.cpp calls them in the order in which they need each other.
+void BindScene(pybind11::module_& module);
+void BindLoad(pybind11::module_& module);
+
+} // namespace tev2_python

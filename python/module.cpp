@@ -1,0 +1,9 @@
+#include "python/bindings.h"
+
+PYBIND11_MODULE(_tev2, module)
+{
+    module.doc() = "The compiled part of tev2.";
+    module.attr("__version__") = TV2_VERSION;
+    tev2_python::BindScene(module);
+    tev2_python::BindLoad(module);
+}

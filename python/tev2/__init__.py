@@ -1,0 +1,10 @@
+"""TEV2 scene files: load, look at, change, make and save them.
+
+Lengths are metres, angles radians, times seconds. Arrays are NumPy arrays; those of a scene are read-only views of its
+memory, without a copy, which keep the scene alive. A scene, and everything taken from it, is for one thread at a time.
+"""
+
+from tev2._errors import Error, Finding, LoadError, SaveError
+from tev2._tev2 import Scene, __version__, load, loads
+
+__all__ = ["Error", "Finding", "LoadError", "SaveError", "Scene", "__version__", "load", "loads"]
