@@ -1,6 +1,6 @@
 #include "exporter/rules/file_name_rules.h"
 
-#include "exporter/rules/message_text.h"
+#include "text/message_text.h"
 
 #include <algorithm>
 #include <array>

@@ -1,4 +1,4 @@
-#include "exporter/rules/message_text.h"
+#include "text/message_text.h"
 #include "exporter/rules/rule.h"
 #include "exporter/rules/sampling_rate.h"
 

@@ -1,6 +1,6 @@
 #include "exporter/rules/rules.h"
 
-#include "exporter/rules/message_text.h"
+#include "text/message_text.h"
 #include "exporter/rules/rule.h"
 
 #include <algorithm>

@@ -1,9 +1,9 @@
 // tv2 check: errors and suspicious values in a file.
 
+#include "check/check_codes.h"
+#include "check/lint.h"
 #include "tev2_loader/up_axis.h"
-#include "tools/tv2/check_codes.h"
 #include "tools/tv2/each_file.h"
-#include "tools/tv2/lint.h"
 #include "tools/tv2/text.h"
 
 #include <algorithm>
@@ -15,6 +15,8 @@
 
 namespace tv2
 {
+
+using namespace tev2_check;
 
 namespace
 {

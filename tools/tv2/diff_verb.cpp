@@ -1,8 +1,8 @@
 // tv2 diff: what is different between two files.
 
+#include "compare/difference_text.h"
 #include "compare/differences.h"
 #include "compare/structure.h"
-#include "tools/tv2/difference_text.h"
 #include "tools/tv2/json_answer.h"
 #include "tools/tv2/loaded_file.h"
 #include "tools/tv2/text.h"

@@ -1,9 +1,9 @@
 #include "tools/tv2/dump_writer.h"
 
+#include "check/track_view.h"
 #include "tev2_loader/format.h"
 #include "tools/tv2/json_answer.h"
 #include "tools/tv2/text.h"
-#include "tools/tv2/track_view.h"
 
 #include <cmath>
 #include <vector>
@@ -12,6 +12,7 @@ namespace tv2
 {
 
 using namespace TEV2_LOADER;
+using tev2_check::TrackView;
 
 namespace
 {

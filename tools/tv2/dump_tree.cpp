@@ -1,8 +1,8 @@
 #include "tools/tv2/dump_writer.h"
 
+#include "check/track_view.h"
 #include "tev2_loader/format.h"
 #include "tools/tv2/text.h"
-#include "tools/tv2/track_view.h"
 
 #include <algorithm>
 #include <vector>
@@ -11,6 +11,7 @@ namespace tv2
 {
 
 using namespace TEV2_LOADER;
+using tev2_check::TrackView;
 
 namespace
 {

@@ -1,56 +1,24 @@
 #include "tools/tv2/loaded_file.h"
 
-#include "tev2_loader/file.h"
 #include "tev2_loader/io/file_image.h"
-#include "tev2_loader/io/memory_cursor.h"
 #include "tools/tv2/system.h"
-
-#include <algorithm>
 
 namespace tv2
 {
 
-using namespace TEV2_LOADER;
+using TEV2_LOADER::Status;
 
 Status ReadFile(const std::string& argument, LoadedFile& file)
 {
     const bool piped = argument == kStandardInput;
     file.argument = argument;
     file.title = piped ? "standard input" : argument;
-    file.scene = std::make_unique<TEV2>();
-    const Status read = piped ? ReadStandardInput(file.image) : ReadFileImage(argument, file.image);
+    const Status read =
+        piped ? ReadStandardInput(file.image) : TEV2_LOADER::ReadFileImage(argument, file.image);
     if (!read)
         return Status::Failure(file.title + ": " + read.Reason());
-    const LoadOptions options = {.applyStartTime = false, .report = &file.report};
-    file.loaded = LoadMemory(file.image.data(), file.image.size(), *file.scene, options).Ok();
+    LoadSceneOf(file);
     return {};
-}
-
-const TEV2_CHUNK_SPAN* LastChunk(const LoadedFile& file, std::uint32_t id)
-{
-    const auto& chunks = file.report.chunks;
-    const auto found = std::find_if(chunks.rbegin(), chunks.rend(),
-                                    [id](const TEV2_CHUNK_SPAN& chunk) { return chunk.id == id; });
-    return found == chunks.rend() ? nullptr : &*found;
-}
-
-std::optional<TEV2_ARRAY_LENGTH_HELPER> AnnouncedLengths(const LoadedFile& file)
-{
-    const TEV2_CHUNK_SPAN* lengths = LastChunk(file, kArrayLengthsChunk);
-    if (lengths == nullptr)
-        return std::nullopt;
-    const TEV2_CHUNK_SPAN* information = LastChunk(file, kInformationChunk);
-    const bool has_version = information != nullptr && information->offset < lengths->offset;
-    TEV2_MEMORY_CURSOR cursor(file.image.data(), file.image.size());
-    cursor.current += lengths->offset + kChunkHeader;
-    TEV2_ARRAY_LENGTH_HELPER announced;
-    announced.Load(cursor, has_version ? file.report.version : 0.0F);
-    return announced;
-}
-
-std::string WhyNotLoaded(const LoadedFile& file)
-{
-    return TEV2_LOADER::WhyNotLoaded(file.title, file.report);
 }
 
 } // namespace tv2

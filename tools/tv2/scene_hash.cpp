@@ -37,8 +37,8 @@ public:
 
     void Add(float value)
     {
-        constexpr std::uint32_t kNaN = 0x7FC00000;
-        Add(std::isnan(value) ? kNaN : std::bit_cast<std::uint32_t>(value == 0.0f ? 0.0f : value));
+        constexpr std::uint32_t kCanonicalNaN = 0x7FC00000;
+        Add(std::isnan(value) ? kCanonicalNaN : std::bit_cast<std::uint32_t>(value == 0.0f ? 0.0f : value));
     }
 
     void Add(const TEV2_FLOAT32_RANGE& range)

@@ -1,8 +1,8 @@
 #include "tools/tv2/scene_summary.h"
 
+#include "check/track_view.h"
 #include "tev2_loader/walk.h"
 #include "tools/tv2/text.h"
-#include "tools/tv2/track_view.h"
 
 #include <sstream>
 
@@ -10,6 +10,7 @@ namespace tv2
 {
 
 using namespace TEV2_LOADER;
+using tev2_check::TrackView;
 
 namespace
 {

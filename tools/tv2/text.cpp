@@ -1,11 +1,6 @@
 #include "tools/tv2/text.h"
 
 #include <algorithm>
-#include <array>
-#include <bit>
-#include <charconv>
-#include <cmath>
-#include <cstdio>
 
 namespace tv2
 {
@@ -90,37 +85,6 @@ std::string PercentEncoded(std::string_view bytes)
         encoded += plain ? std::string(1, c) : PercentByte(c);
     }
     return encoded;
-}
-
-std::string FloatText(float value)
-{
-    if (std::isnan(value))
-    {
-        const auto bits = std::bit_cast<std::uint32_t>(value);
-        return bits == 0x7FC00000U ? "NaN" : "NaN(" + HexText(bits) + ")";
-    }
-    if (std::isinf(value))
-        return value > 0.0F ? "Infinity" : "-Infinity";
-    std::array<char, 32> buffer{};
-    const auto result = std::to_chars(buffer.data(), buffer.data() + buffer.size(), value);
-    std::string text(buffer.data(), result.ptr);
-    if (text.find_first_of(".e") == std::string::npos)
-        text += ".0";
-    return text;
-}
-
-std::string ShortNumber(double value)
-{
-    std::array<char, 32> buffer{};
-    std::snprintf(buffer.data(), buffer.size(), "%.6g", value);
-    return buffer.data();
-}
-
-std::string HexText(std::uint64_t value, int digits)
-{
-    std::array<char, 32> buffer{};
-    std::snprintf(buffer.data(), buffer.size(), "0x%0*llx", digits, static_cast<unsigned long long>(value));
-    return buffer.data();
 }
 
 } // namespace tv2

@@ -1,14 +1,14 @@
 #pragma once
 
-#include "tools/tv2/check_codes.h"
-#include "tools/tv2/loaded_file.h"
+#include "check/check_codes.h"
+#include "check/loaded_file.h"
 
 #include <cstdint>
 #include <optional>
 #include <string>
 #include <vector>
 
-namespace tv2
+namespace tev2_check
 {
 
 /// Something that `tv2 check` has to say about a file.
@@ -41,4 +41,4 @@ std::vector<Finding> Examine(const LoadedFile& file, const CheckOptions& options
 /// The codes of what loads but looks wrong.
 std::vector<CheckCode> LintCodes();
 
-} // namespace tv2
+} // namespace tev2_check

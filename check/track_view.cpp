@@ -1,4 +1,4 @@
-#include "tools/tv2/track_view.h"
+#include "check/track_view.h"
 
 #include "tev2_loader/tracks/visit_keys.h"
 #include "tev2_loader/walk.h"
@@ -6,7 +6,7 @@
 #include <tuple>
 #include <type_traits>
 
-namespace tv2
+namespace tev2_check
 {
 
 using namespace TEV2_LOADER;
@@ -79,4 +79,4 @@ std::uint64_t TrackView::ValueOffset(std::size_t key) const
     return TrackSize(track_) - kNumber * width_ * (value_count_ - key);
 }
 
-} // namespace tv2
+} // namespace tev2_check

@@ -5,17 +5,17 @@
 
 #include <string>
 
-namespace tv2
+namespace tev2_compare
 {
 
 /// A difference in words, on one line: what the right scene has instead of what the left one has. It is about the right
 /// scene: `"LeftHand" below "LeftArm" is missing, and 15 nodes below it`.
-std::string DifferenceText(const tev2_compare::Difference& difference, const tev2_compare::SceneMatch& match);
+std::string DifferenceText(const Difference& difference, const SceneMatch& match);
 
 /// "3.2 mm at 0.417 s, first at 0.3 s"
-std::string DeviationText(const tev2_compare::Deviation& deviation);
+std::string DeviationText(const Deviation& deviation);
 
 /// A time in seconds, with at most three places: "0.417 s".
 std::string TimeText(float time);
 
-} // namespace tv2
+} // namespace tev2_compare

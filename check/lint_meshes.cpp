@@ -1,11 +1,11 @@
-#include "tools/tv2/lint_group.h"
-#include "tools/tv2/track_view.h"
+#include "check/lint_group.h"
+#include "check/track_view.h"
 
 #include <algorithm>
 #include <cmath>
 #include <set>
 
-namespace tv2
+namespace tev2_check
 {
 
 using namespace TEV2_LOADER;
@@ -352,4 +352,4 @@ LintGroupRow MeshLint()
             { return std::make_unique<MeshGroup>(file, findings); }};
 }
 
-} // namespace tv2
+} // namespace tev2_check

@@ -7,9 +7,6 @@
 #include <string_view>
 #include <vector>
 
-namespace tev2_exporter
-{
-
 /// The text on one line (text/printable.h), in double quotes.
 std::string Quoted(std::string_view text);
 
@@ -26,4 +23,12 @@ std::string CountOf(std::uint64_t count, std::string_view singular, std::string_
 std::string NumberText(float value);
 std::string NumberText(double value);
 
-} // namespace tev2_exporter
+/// The shortest decimal that reads back to the same bits, always with a point or an exponent ("1.0", "-0.0", "1e+20").
+/// Non-finite values: "Infinity", "-Infinity", "NaN", and "NaN(0xffc00001)" when the bits are not 0x7fc00000.
+std::string FloatText(float value);
+
+/// The number with at most six digits: "59.94", "30".
+std::string ShortNumber(double value);
+
+/// "0x0000002c"
+std::string HexText(std::uint64_t value, int digits = 8);

@@ -1,9 +1,9 @@
-#include "tools/tv2/lint_group.h"
+#include "check/lint_group.h"
 
 #include <algorithm>
 #include <cmath>
 
-namespace tv2
+namespace tev2_check
 {
 
 using namespace TEV2_LOADER;
@@ -339,4 +339,4 @@ LintGroupRow ObjectLint()
             { return std::make_unique<ObjectGroup>(file, findings); }};
 }
 
-} // namespace tv2
+} // namespace tev2_check

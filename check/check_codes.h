@@ -3,7 +3,7 @@
 #include <span>
 #include <string_view>
 
-namespace tv2
+namespace tev2_check
 {
 
 /// How much a finding weighs. Notes never change the exit code.
@@ -31,4 +31,4 @@ std::span<const CheckCode> CheckCodes();
 /// The entry of a code; one with an empty sentence when there is none.
 const CheckCode& FindCheckCode(std::string_view code);
 
-} // namespace tv2
+} // namespace tev2_check

@@ -1,8 +1,8 @@
 #pragma once
 
+#include "check/lint.h"
 #include "tev2_loader/walk.h"
-#include "tools/tv2/lint.h"
-#include "tools/tv2/text.h"
+#include "text/message_text.h"
 
 #include <cstdint>
 #include <map>
@@ -15,7 +15,7 @@
 
 // The checks of tv2 check, in groups. Each group has a file of its own, which states its codes and raises them.
 
-namespace tv2
+namespace tev2_check
 {
 
 /// Collects what the groups find.
@@ -108,4 +108,4 @@ std::string BeyondText(std::string_view singular, std::string_view plural, std::
 /// The index that follows `list` at the front of `path`; none when the path begins otherwise.
 std::optional<std::size_t> IndexBehind(std::string_view list, std::string_view path);
 
-} // namespace tv2
+} // namespace tev2_check

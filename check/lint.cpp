@@ -1,12 +1,12 @@
-#include "tools/tv2/lint.h"
+#include "check/lint.h"
 
-#include "tools/tv2/lint_group.h"
-#include "tools/tv2/text.h"
+#include "check/lint_group.h"
+#include "text/message_text.h"
 
 #include <algorithm>
 #include <charconv>
 
-namespace tv2
+namespace tev2_check
 {
 
 using namespace TEV2_LOADER;
@@ -151,4 +151,4 @@ std::vector<Finding> Examine(const LoadedFile& file, const CheckOptions& options
     return std::move(findings.all);
 }
 
-} // namespace tv2
+} // namespace tev2_check

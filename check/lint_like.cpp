@@ -1,11 +1,11 @@
+#include "check/lint_group.h"
+#include "compare/difference_text.h"
 #include "compare/structure.h"
 #include "tev2_loader/up_axis.h"
-#include "tools/tv2/difference_text.h"
-#include "tools/tv2/lint_group.h"
 
 #include <map>
 
-namespace tv2
+namespace tev2_check
 {
 
 using namespace TEV2_LOADER;
@@ -106,4 +106,4 @@ LintGroupRow LikeLint()
             }};
 }
 
-} // namespace tv2
+} // namespace tev2_check

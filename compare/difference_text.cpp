@@ -1,15 +1,14 @@
-#include "tools/tv2/difference_text.h"
+#include "compare/difference_text.h"
 
-#include "tools/tv2/text.h"
+#include "text/message_text.h"
+#include "text/printable.h"
 
 #include <array>
 #include <cmath>
 #include <cstdio>
 
-namespace tv2
+namespace tev2_compare
 {
-
-using namespace tev2_compare;
 
 namespace
 {
@@ -267,4 +266,4 @@ std::string DifferenceText(const Difference& difference, const SceneMatch& match
     return DifferenceWords(difference, match).Text();
 }
 
-} // namespace tv2
+} // namespace tev2_compare

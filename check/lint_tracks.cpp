@@ -1,6 +1,6 @@
-#include "tools/tv2/lint_group.h"
+#include "check/lint_group.h"
 
-#include "tools/tv2/track_view.h"
+#include "check/track_view.h"
 
 #include <algorithm>
 #include <cmath>
@@ -8,7 +8,7 @@
 #include <map>
 #include <utility>
 
-namespace tv2
+namespace tev2_check
 {
 
 using namespace TEV2_LOADER;
@@ -363,4 +363,4 @@ LintGroupRow TrackLint()
             { return std::make_unique<TrackGroup>(file, findings); }};
 }
 
-} // namespace tv2
+} // namespace tev2_check

@@ -1,13 +1,13 @@
+#include "check/lint_group.h"
+#include "check/track_view.h"
 #include "text/image_path.h"
-#include "tools/tv2/lint_group.h"
-#include "tools/tv2/track_view.h"
 
 #include <algorithm>
 #include <array>
 #include <filesystem>
 #include <set>
 
-namespace tv2
+namespace tev2_check
 {
 
 using namespace TEV2_LOADER;
@@ -255,4 +255,4 @@ LintGroupRow MaterialLint()
             { return std::make_unique<MaterialGroup>(file, options, findings); }};
 }
 
-} // namespace tv2
+} // namespace tev2_check

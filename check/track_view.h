@@ -6,7 +6,7 @@
 #include <cstddef>
 #include <cstdint>
 
-namespace tv2
+namespace tev2_check
 {
 
 /// Reads the keys of any track, whatever its kind, without knowing its class.
@@ -41,4 +41,4 @@ private:
     std::size_t value_count_ = 0;
 };
 
-} // namespace tv2
+} // namespace tev2_check

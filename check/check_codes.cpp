@@ -1,12 +1,12 @@
-#include "tools/tv2/check_codes.h"
+#include "check/check_codes.h"
 
+#include "check/lint.h"
 #include "tev2_loader/io/load_report.h"
-#include "tools/tv2/lint.h"
 
 #include <algorithm>
 #include <vector>
 
-namespace tv2
+namespace tev2_check
 {
 
 using namespace TEV2_LOADER;
@@ -42,4 +42,4 @@ const CheckCode& FindCheckCode(std::string_view code)
     return found == codes.end() ? none : *found;
 }
 
-} // namespace tv2
+} // namespace tev2_check

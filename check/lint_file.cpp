@@ -1,6 +1,6 @@
-#include "tools/tv2/lint_group.h"
+#include "check/lint_group.h"
 
-namespace tv2
+namespace tev2_check
 {
 
 using namespace TEV2_LOADER;
@@ -120,4 +120,4 @@ LintGroupRow FileLint()
             { return std::make_unique<FileGroup>(file, findings); }};
 }
 
-} // namespace tv2
+} // namespace tev2_check
