@@ -36,7 +36,7 @@ __all__ = ["ExportError", "Files", "Model", "Option", "Plan", "Take", "export", 
            "plan", "scene_rate", "take_names", "takes"]
 
 _WINDOWS = os.name == "nt"
-_FOLDER = os.path.dirname(os.path.abspath(__file__))
+_FOLDER = os.path.dirname(os.path.realpath(__file__))
 _SUFFIX = u".dll" if _WINDOWS else u".so"
 _MODULE = u"tv2_motionbuilder_export_tool" + _SUFFIX
 _RULES = u"tv2_export_rules" + _SUFFIX
