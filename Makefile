@@ -8,10 +8,11 @@ SCENES ?=
 CONFIGURE := cmake -DTV2_SCENES_DIR=$(SCENES) --preset
 
 .PHONY: help demo build test test-asan test-tsan test-arm64 test-bytes test-viewers sweep fuzz coverage bench \
-        screenshot windows test-windows lint format install clean packages
+        screenshot package package-debian package-windows test-packages compare-packages windows test-windows lint \
+        format install clean packages
 
 help: ## Show this list
-	@awk -F ':.*## ' '/^[a-z0-9-]+:.*## / { printf "  make %-12s %s\n", $$1, $$2 }' $(MAKEFILE_LIST)
+	@awk -F ':.*## ' '/^[a-z0-9-]+:.*## / { printf "  make %-16s %s\n", $$1, $$2 }' $(MAKEFILE_LIST)
 
 demo: build ## Export a take of a sample scene, validate the file, draw it and write a page that plays it
 	@mkdir -p out
@@ -93,10 +94,30 @@ screenshot: build ## Take the pictures of the export dialog and of the page of t
 	scripts/screenshot.sh $(BUILD)
 	scripts/view_screenshots.py $(BUILD)/bin/tv2
 
+package: package-debian package-windows ## Build the Debian packages and the zip for Windows, in out/packages
+
+package-debian: packages
+	@scripts/install_packages.sh debhelper dh-python dpkg-dev lintian
+	scripts/package_debian.sh out/packages $(BUILD)/packages
+	lintian --allow-root --fail-on error,warning out/packages/*.changes
+
+package-windows: windows
+	@scripts/install_packages.sh dpkg-dev
+	scripts/package_windows.py $(BUILD)/windows out/packages
+
+test-packages: ## Install what make package built in a bare Debian 12 and try it there; try the zip under Wine
+	@scripts/install_packages.sh mmdebstrap uidmap wine64 xvfb xauth
+	scripts/test_packages.sh out/packages $(BUILD)/bare
+	scripts/test_windows_package.sh out/packages $(BUILD)/windows_package
+
+compare-packages: ## Build the packages again, elsewhere and for another user: they must be the same bytes
+	scripts/compare_packages.sh out/packages $(BUILD)/packages_again
+
 windows: packages ## Build the command and the plug-in for 64-bit Windows (build/windows)
 	@scripts/install_packages.sh g++-mingw-w64-x86-64 libz-mingw-w64-dev googletest
 	@cmake --preset windows > /dev/null
-	@cmake --build --preset windows --target tv2 tv2_motionbuilder_export_tool
+	@cmake --build --preset windows --target tv2 tv2_motionbuilder_export_tool \
+	    tv2_export_rules_module mobu_host
 
 test-windows: build windows ## Run the tests of the Windows build under Wine; compare its files with those of Linux
 	@scripts/install_packages.sh wine64 xvfb xauth
