@@ -1,14 +1,11 @@
 #include "python/scene.h"
 
-#include "python/bindings.h"
-
 #include <algorithm>
 #include <utility>
 
 namespace tev2_python
 {
 
-namespace py = pybind11;
 using namespace TEV2_LOADER;
 
 std::shared_ptr<Keeper> Scene::KeeperOf(const void* part)
@@ -50,25 +47,33 @@ std::shared_ptr<Keeper> Scene::KeeperOfNode(std::size_t index)
     return keeper;
 }
 
-void Scene::RemoveNode(std::size_t index)
+void Scene::RemoveNodes(const std::vector<bool>& gone)
 {
     Changed();
     auto& nodes = records.matrixHierarchy.nodes;
-    const auto place = static_cast<std::ptrdiff_t>(index);
-    if (index < node_keepers_.size())
+    node_keepers_.resize(nodes.size());
+    std::size_t kept = 0;
+    for (std::size_t index = 0; index < nodes.size(); ++index)
     {
-        if (const std::shared_ptr<Keeper> keeper = node_keepers_[index].lock())
+        const std::shared_ptr<Keeper> keeper = node_keepers_[index].lock();
+        if (gone[index])
         {
-            auto removed = std::make_shared<TEV2_MATRIX_NODE>(std::move(nodes[index]));
-            removed->parentMatrix = nullptr;
-            keeper->removed = std::move(removed);
+            if (keeper)
+                keeper->removed = std::make_shared<TEV2_MATRIX_NODE>(std::move(nodes[index]));
+            continue;
         }
-        node_keepers_.erase(node_keepers_.begin() + place);
-        for (std::size_t after = index; after < node_keepers_.size(); ++after)
-            if (const std::shared_ptr<Keeper> keeper = node_keepers_[after].lock())
-                keeper->index = after;
+        if (keeper)
+            keeper->index = kept;
+        if (kept != index)
+        {
+            nodes[kept] = std::move(nodes[index]);
+            node_keepers_[kept] = std::move(node_keepers_[index]);
+        }
+        ++kept;
     }
-    nodes.erase(nodes.begin() + place);
+    nodes.resize(kept);
+    node_keepers_.resize(kept);
+    records.matrixHierarchy.LinkParents();
 }
 
 void Scene::SetTime(float time)
@@ -89,11 +94,6 @@ void Scene::Evaluate()
         return;
     records.SetTime(Time());
     evaluated_ = true;
-}
-
-void BindScene(py::module_& module)
-{
-    py::class_<Scene, std::shared_ptr<Scene>>(module, "Scene", "A whole scene.").def(py::init<>());
 }
 
 } // namespace tev2_python

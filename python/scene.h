@@ -45,8 +45,8 @@ public:
     /// The keeper of a node, which knows its index.
     std::shared_ptr<Keeper> KeeperOfNode(std::size_t index);
 
-    /// Takes a node out; all after it move down by one. Its keeper becomes that of a TEV2_MATRIX_NODE.
-    void RemoveNode(std::size_t index);
+    /// Takes out the nodes for which `gone` is true; the others close up. The keeper of each gets a TEV2_MATRIX_NODE.
+    void RemoveNodes(const std::vector<bool>& gone);
 
     /// To be called after every edit: world matrices are evaluated again when asked for.
     void Changed() { evaluated_ = false; }
@@ -68,22 +68,6 @@ private:
     std::vector<std::weak_ptr<Keeper>> node_keepers_; ///< by index; may be shorter than the nodes
     std::optional<float> time_;
     bool evaluated_ = false;
-};
-
-/// A reference to a record that its scene owns through a pointer: a camera, a light, a mesh.
-template <typename Record>
-struct Part
-{
-    std::shared_ptr<Scene> scene;
-    std::shared_ptr<Keeper> keeper;
-    Record* record;
-
-    Part(std::shared_ptr<Scene> the_scene, Record& the_record)
-        : scene(std::move(the_scene)), keeper(scene->KeeperOf(&the_record)), record(&the_record)
-    {
-    }
-
-    bool operator==(const Part& other) const { return record == other.record; }
 };
 
 } // namespace tev2_python
