@@ -12,5 +12,6 @@ void BindNode(pybind11::module_& module);
 void BindCamera(pybind11::module_& module);
 void BindScene(pybind11::module_& module);
 void BindLoad(pybind11::module_& module);
+void BindClip(pybind11::module_& module);
 
 } // namespace tev2_python

@@ -1,3 +1,5 @@
+#include "python/load.h"
+
 #include "python/bindings.h"
 #include "python/scene.h"
 #include "python/text.h"
@@ -40,7 +42,8 @@ py::object FindingOf(const TEV2_LOAD_FINDING& finding)
     throw py::error_already_set();
 }
 
-/// Reads a file without the GIL; takes it now and then, so that ctrl-C ends the wait for a pipe.
+} // namespace
+
 Status Read(const std::string& path, std::vector<std::uint8_t>& image, std::size_t most_bytes)
 {
     bool interrupted = false;
@@ -59,6 +62,25 @@ Status Read(const std::string& path, std::vector<std::uint8_t>& image, std::size
         throw py::error_already_set();
     return read;
 }
+
+std::vector<std::uint8_t> ReadOrRaise(const std::string& path, std::size_t most_bytes)
+{
+    std::vector<std::uint8_t> image;
+    if (const Status read = Read(path, image, most_bytes); !read)
+        RaiseLoadError(path + ": " + read.Reason(), path, read.Reason(), py::list());
+    return image;
+}
+
+void RaiseNotLoaded(const std::string& file, const TEV2_LOAD_REPORT& report)
+{
+    py::list findings;
+    for (const TEV2_LOAD_FINDING& finding : report.findings)
+        findings.append(FindingOf(finding));
+    RaiseLoadError(WhyNotLoaded(file, report), file, FailureOf(report).Reason(), findings);
+}
+
+namespace
+{
 
 struct Limits
 {
@@ -93,9 +115,7 @@ std::shared_ptr<Scene> Load(const py::object& path, std::size_t max_file_bytes, 
                             const std::optional<py::list>& report)
 {
     const std::string name = PathText(path);
-    std::vector<std::uint8_t> image;
-    if (const Status read = Read(name, image, max_file_bytes); !read)
-        RaiseLoadError(name + ": " + read.Reason(), name, read.Reason(), py::list());
+    const std::vector<std::uint8_t> image = ReadOrRaise(name, max_file_bytes);
     return LoadImage(image.data(), image.size(), name, {max_bytes, max_nodes, max_nesting}, report);
 }
 

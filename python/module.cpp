@@ -10,4 +10,5 @@ PYBIND11_MODULE(_tev2, module)
     tev2_python::BindCamera(module);
     tev2_python::BindScene(module);
     tev2_python::BindLoad(module);
+    tev2_python::BindClip(module);
 }

@@ -5,7 +5,7 @@ memory, without a copy, which keep the scene alive. A scene, and everything take
 """
 
 from tev2._errors import Error, Finding, LoadError, SaveError
-from tev2._tev2 import Camera, Node, Nodes, Properties, Scene, Track, __version__, load, loads
+from tev2._tev2 import Camera, Clip, Node, Nodes, Properties, Scene, Track, __version__, load, load_clip, loads
 
-__all__ = ["Camera", "Error", "Finding", "LoadError", "Node", "Nodes", "Properties", "SaveError", "Scene", "Track",
-           "__version__", "load", "loads"]
+__all__ = ["Camera", "Clip", "Error", "Finding", "LoadError", "Node", "Nodes", "Properties", "SaveError", "Scene",
+           "Track", "__version__", "load", "load_clip", "loads"]
