@@ -14,7 +14,7 @@ namespace tv2
 TEST(ProgressLine, FitsTheTerminalAndCutsTheNameLast)
 {
     ProgressText text;
-    text.take = "Dance";
+    text.name = "Dance";
     text.file = 3;
     text.files = 14;
     text.part = 0.6;
@@ -36,14 +36,14 @@ TEST(ProgressLine, FitsTheTerminalAndCutsTheNameLast)
     };
     for (const auto& c : cases)
         EXPECT_EQ(ProgressLine(text, c.columns), c.line);
-    text.take = std::string(200, 'x') + "\x1B[2J";
+    text.name = std::string(200, 'x') + "\x1B[2J";
     for (std::size_t columns = 1; columns < 120; ++columns)
         EXPECT_LE(ProgressLine(text, columns).size(), columns);
     text = {};
-    text.take = "\xC3\xA9\xC3\xA9\xC3\xA9\xC3\xA9";
-    EXPECT_EQ(ProgressLine(text, 4), text.take);
+    text.name = "\xC3\xA9\xC3\xA9\xC3\xA9\xC3\xA9";
+    EXPECT_EQ(ProgressLine(text, 4), text.name);
     EXPECT_EQ(ProgressLine(text, 3), "\xC3\xA9\xC3\xA9\xC3\xA9");
-    EXPECT_EQ(ProgressLine(text, 30), text.take + "   0 %");
+    EXPECT_EQ(ProgressLine(text, 30), text.name + "   0 %");
 }
 
 TEST(Wrapped, BreaksBetweenWordsAlone)

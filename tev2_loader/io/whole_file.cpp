@@ -1,10 +1,13 @@
 #include "tev2_loader/io/whole_file.h"
 
 #include "tev2_loader/io/detail/file_system.h"
+#include "tev2_loader/io/detail/part_file_name.h"
 #include "tev2_loader/io/file_writer.h"
 
+#include <algorithm>
 #include <atomic>
 #include <cerrno>
+#include <filesystem>
 
 namespace TEV2_LOADER
 {
@@ -139,6 +142,22 @@ Status WriteWholeFile(const std::string& path, std::string_view bytes)
 {
     return WriteWholeFile(path, [bytes](std::unique_ptr<TEV2_FILE_STREAM>& stream)
                           { return stream->Write(bytes.data(), bytes.size()) == bytes.size(); });
+}
+
+void RemovePartFiles(const std::string& folder, unsigned long process)
+{
+    std::error_code error;
+    std::filesystem::directory_iterator entries(file_system::NativePath(folder.empty() ? "." : folder),
+                                                error);
+    for (; !error && entries != std::filesystem::directory_iterator(); entries.increment(error))
+    {
+        const std::string name = entries->path().filename().string();
+        // ".NAME.<process>-<number>.part"
+        const std::size_t dot = name.rfind('.', name.size() - std::min(name.size(), kPartSuffix.size() + 1));
+        if (dot != std::string::npos && name.front() == '.' &&
+            file_system::ProcessInName(name, name.substr(0, dot + 1), kPartSuffix) == process)
+            std::filesystem::remove(entries->path(), error);
+    }
 }
 
 } // namespace TEV2_LOADER

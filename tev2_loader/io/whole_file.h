@@ -38,4 +38,8 @@ Status WriteWholeFile(const std::string& path, const FileContent& content, std::
 /// The same for content in memory.
 Status WriteWholeFile(const std::string& path, std::string_view bytes);
 
+/// Removes the part files that a process which was killed, and has ended, left in a folder. For the program that
+/// started it; `process` is the system's number.
+void RemovePartFiles(const std::string& folder, unsigned long process);
+
 } // namespace TEV2_LOADER

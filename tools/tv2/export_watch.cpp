@@ -1,7 +1,5 @@
 #include "tools/tv2/export_watch.h"
 
-#include "tools/tv2/progress_line.h"
-
 #include <mobu_host/scene.h>
 
 #include <algorithm>
@@ -12,12 +10,6 @@ namespace tv2
 namespace
 {
 
-constexpr std::chrono::milliseconds kBetweenDrawings{100};
-
-/// The remaining time is shown after this many seconds and this part of the work.
-constexpr double kBeforeEstimate = 1.0;
-constexpr double kLeastPartToEstimate = 0.02;
-
 double SecondsBetween(ExportWatch::Clock::time_point from, ExportWatch::Clock::time_point to)
 {
     return std::chrono::duration<double>(to - from).count();
@@ -27,7 +19,7 @@ double SecondsBetween(ExportWatch::Clock::time_point from, ExportWatch::Clock::t
 
 ExportWatch::ExportWatch(const std::vector<tev2_exporter::FilePlan>& files, std::ostream* terminal,
                          std::size_t columns)
-    : files_(files), terminal_(terminal), columns_(columns), seconds_(files.size()), begun_(files.size())
+    : files_(files), line_(terminal, columns), seconds_(files.size()), begun_(files.size())
 {
     for (std::size_t i = 0; i < files.size(); ++i)
     {
@@ -49,7 +41,7 @@ void ExportWatch::Finish()
 {
     observer_.reset();
     EndFile();
-    Erase();
+    line_.Erase();
 }
 
 void ExportWatch::OnGoto(double seconds, FBTake* take)
@@ -70,8 +62,8 @@ void ExportWatch::OnGoto(double seconds, FBTake* take)
     }
     ++samples_;
     if (samples_ >= samples_of_[file_])
-        Erase(); // the exporter may have a question before the next file
-    else if (terminal_ != nullptr && Clock::now() - last_drawn_ >= kBetweenDrawings)
+        line_.Erase(); // the exporter may have a question before the next file
+    else if (line_.IsDue())
         Draw(seconds);
 }
 
@@ -80,30 +72,15 @@ void ExportWatch::Draw(double seconds)
     const tev2_exporter::FilePlan& file = files_[file_];
     const double part = static_cast<double>(samples_) / static_cast<double>(samples_of_[file_]);
     const double whole = static_cast<double>(done_ + samples_) / static_cast<double>(total_);
-    last_drawn_ = Clock::now();
-    const double elapsed = SecondsBetween(start_, last_drawn_);
-
     ProgressText text;
-    text.take = file.take_name;
+    text.name = file.take_name;
     text.file = files_.size() > 1 ? file_ + 1 : 0;
     text.files = files_.size();
     text.part = part;
     text.seconds = seconds;
     text.end = static_cast<double>(file.range.end);
-    if (elapsed >= kBeforeEstimate && whole >= kLeastPartToEstimate)
-        text.seconds_left = elapsed / whole - elapsed;
-    // The last column stays free: some terminals wrap when it is filled.
-    *terminal_ << "\r\x1b[K" << ProgressLine(text, columns_ - 1) << std::flush;
-    drawn_ = true;
-}
-
-void ExportWatch::Erase()
-{
-    if (drawn_)
-    {
-        *terminal_ << "\r\x1b[K" << std::flush;
-        drawn_ = false;
-    }
+    text.seconds_left = SecondsLeft(SecondsBetween(start_, Clock::now()), whole);
+    line_.Draw(text);
 }
 
 void ExportWatch::EndFile()

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "exporter/rules/rules.h"
+#include "tools/tv2/progress_line.h"
 
 #include <fbsdk/fbsdk.h>
 
@@ -42,13 +43,11 @@ private:
 
     void OnGoto(double seconds, FBTake* take);
     void Draw(double seconds);
-    void Erase();
     void EndFile();
 
     const std::vector<tev2_exporter::FilePlan>& files_;
     std::vector<std::size_t> samples_of_; ///< each file
-    std::ostream* terminal_;
-    std::size_t columns_;
+    DrawnProgress line_;
     std::vector<double> seconds_;
     std::vector<bool> begun_;
     std::unordered_map<const FBTake*, std::size_t> file_of_; ///< index in the files
@@ -56,10 +55,8 @@ private:
     std::size_t samples_ = 0;                                ///< of that file
     std::size_t total_ = 0;                                  ///< of all files of the plan
     std::size_t done_ = 0;                                   ///< of the files before
-    bool drawn_ = false;
     Clock::time_point start_ = Clock::now();
     Clock::time_point file_start_;
-    Clock::time_point last_drawn_;
     std::unique_ptr<mobu_host::SceneObserver> observer_;
 };
 

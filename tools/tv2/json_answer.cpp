@@ -27,14 +27,24 @@ void AddBytesOfTexts(Json& json)
         json[key] = bytes;
 }
 
-} // namespace
-
-std::string JsonAnswer(const Json& members)
+std::string AnswerText(const Json& members, int indent)
 {
     Json answer = {{"schema", kJsonSchema}};
     answer.update(members);
     AddBytesOfTexts(answer);
-    return answer.dump(2, ' ', false, Json::error_handler_t::replace) + '\n';
+    return answer.dump(indent, ' ', false, Json::error_handler_t::replace) + '\n';
+}
+
+} // namespace
+
+std::string JsonAnswer(const Json& members)
+{
+    return AnswerText(members, 2);
+}
+
+std::string JsonLine(const Json& members)
+{
+    return AnswerText(members, -1);
 }
 
 Json JsonFailure(const std::string& file, const std::string& error)

@@ -19,6 +19,9 @@ inline constexpr int kJsonSchema = 1;
 /// each invalid byte, and a member "<name>Bytes" with all of its bytes, percent-encoded.
 std::string JsonAnswer(const Json& members);
 
+/// The same on one line, for a run with an answer for each part of its work.
+std::string JsonLine(const Json& members);
+
 /// The members for a file that could not be processed.
 Json JsonFailure(const std::string& file, const std::string& error);
 

@@ -15,7 +15,12 @@ namespace
 {
 
 constexpr std::size_t kBarWidth = 24;
-constexpr std::size_t kLongestTake = 30;
+constexpr std::size_t kLongestName = 30;
+constexpr std::chrono::milliseconds kBetweenDrawings{100};
+
+/// The remaining time is shown after this many seconds and this part of the work.
+constexpr double kBeforeEstimate = 1.0;
+constexpr double kLeastPartToEstimate = 0.02;
 
 std::string Fixed(double value, int decimals)
 {
@@ -51,10 +56,11 @@ std::string ProgressLine(const ProgressText& text, std::size_t columns)
         text.file > 0 ? " (" + std::to_string(text.file) + '/' + std::to_string(text.files) + ')' : "",
         std::string(4 - std::min<std::size_t>(percent.size(), 3), ' ') + percent + " %",
         " [" + std::string(filled, '#') + std::string(kBarWidth - filled, '.') + ']',
-        "  " + Fixed(text.seconds, 2) + " of " + Fixed(text.end, 2) + " s",
+        text.end ? "  " + Fixed(text.seconds, 2) + " of " + Fixed(*text.end, 2) + " s" : "",
+        text.failed > 0 ? "  " + std::to_string(text.failed) + " failed" : "",
         text.seconds_left ? "  ETA " + Fixed(*text.seconds_left, 0) + " s" : "",
     };
-    std::string line = Shortened(Printable(text.take), std::min(kLongestTake, columns));
+    std::string line = Shortened(Printable(text.name), std::min(kLongestName, columns));
     std::size_t used = ColumnsOf(line);
     for (const std::string& piece : pieces)
     {
@@ -64,6 +70,35 @@ std::string ProgressLine(const ProgressText& text, std::size_t columns)
         used += piece.size();
     }
     return line;
+}
+
+std::optional<double> SecondsLeft(double elapsed, double part)
+{
+    if (elapsed < kBeforeEstimate || part < kLeastPartToEstimate)
+        return std::nullopt;
+    return elapsed / part - elapsed;
+}
+
+bool DrawnProgress::IsDue() const
+{
+    return terminal_ != nullptr && std::chrono::steady_clock::now() - last_drawn_ >= kBetweenDrawings;
+}
+
+void DrawnProgress::Draw(const ProgressText& text)
+{
+    last_drawn_ = std::chrono::steady_clock::now();
+    // The last column stays free: some terminals wrap when it is filled.
+    *terminal_ << "\r\x1b[K" << ProgressLine(text, columns_ - 1) << std::flush;
+    drawn_ = true;
+}
+
+void DrawnProgress::Erase()
+{
+    if (drawn_)
+    {
+        *terminal_ << "\r\x1b[K" << std::flush;
+        drawn_ = false;
+    }
 }
 
 } // namespace tv2

@@ -61,6 +61,20 @@ TEV2_LOADER::Status MakePrivateFolder(std::string& path);
 /// to open it with.
 TEV2_LOADER::Status OpenInBrowser(const std::string& absolute_path);
 
+/// Number of processors that this program may use; at least 1.
+std::size_t ProcessorCount();
+
+/// From now on ctrl-C, and what else asks this program to end, is noted for Interruption. The second one ends it at
+/// once.
+void CatchInterruptions();
+
+/// 0, or the number of the first signal that asked this program to end.
+int Interruption();
+
+/// Ends this program as that signal does, so that its caller stops, too: with exit code 128 + its number in a shell,
+/// on Windows with 0xC000013A.
+[[noreturn]] void EndInterrupted();
+
 /// From now on a write beyond the file size limit fails instead of ending the program.
 void ReportFileSizeLimit();
 

@@ -7,6 +7,7 @@
 #include <cstring>
 #include <fcntl.h>
 #include <filesystem>
+#include <sched.h>
 #include <spawn.h>
 #include <sys/ioctl.h>
 #include <sys/stat.h>
@@ -194,6 +195,60 @@ Status OpenInBrowser(const std::string& absolute_path)
         ::usleep(100'000);
     }
     return {};
+}
+
+std::size_t ProcessorCount()
+{
+    cpu_set_t processors;
+    CPU_ZERO(&processors);
+    const int count =
+        ::sched_getaffinity(0, sizeof processors, &processors) == 0 ? CPU_COUNT(&processors) : 1;
+    return static_cast<std::size_t>(std::max(count, 1));
+}
+
+namespace
+{
+
+volatile std::sig_atomic_t interruption = 0;
+
+void NoteInterruption(int signal)
+{
+    if (interruption == 0)
+    {
+        interruption = signal;
+        return;
+    }
+    std::signal(signal, SIG_DFL);
+    std::raise(signal); // comes when this function returns
+}
+
+} // namespace
+
+void CatchInterruptions()
+{
+    for (const int signal : {SIGINT, SIGTERM, SIGHUP})
+    {
+        struct sigaction action
+        {
+        };
+        if (::sigaction(signal, nullptr, &action) != 0 || action.sa_handler == SIG_IGN)
+            continue; // as nohup and shells arrange it
+        action.sa_handler = NoteInterruption;
+        action.sa_flags = 0; // calls that wait return
+        ::sigaction(signal, &action, nullptr);
+    }
+}
+
+int Interruption()
+{
+    return interruption;
+}
+
+void EndInterrupted()
+{
+    std::signal(interruption, SIG_DFL);
+    std::raise(interruption);
+    std::_Exit(128 + interruption); // where the signal is blocked
 }
 
 void ReportFileSizeLimit()

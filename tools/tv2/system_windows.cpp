@@ -6,7 +6,10 @@
 
 #include <shellapi.h>
 
+#include <algorithm>
+#include <atomic>
 #include <cerrno>
+#include <csignal>
 #include <cstdio>
 #include <cstring>
 #include <fcntl.h>
@@ -125,6 +128,41 @@ Status OpenInBrowser(const std::string& absolute_path)
     constexpr INT_PTR kMostErrors = 32; // larger numbers are success
     return reinterpret_cast<INT_PTR>(opened) > kMostErrors ? Status()
                                                            : Status::Failure("Windows found no browser");
+}
+
+std::size_t ProcessorCount()
+{
+    SYSTEM_INFO system{};
+    GetSystemInfo(&system);
+    return std::max<std::size_t>(system.dwNumberOfProcessors, 1);
+}
+
+namespace
+{
+
+std::atomic<int> interruption = 0;
+
+// On a thread of the system's.
+BOOL WINAPI NoteInterruption(DWORD)
+{
+    return interruption.exchange(SIGINT) == 0;
+}
+
+} // namespace
+
+void CatchInterruptions()
+{
+    SetConsoleCtrlHandler(NoteInterruption, TRUE);
+}
+
+int Interruption()
+{
+    return interruption;
+}
+
+void EndInterrupted()
+{
+    ExitProcess(0xC000013A);
 }
 
 void ReportFileSizeLimit() {} // there is none
