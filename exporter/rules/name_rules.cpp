@@ -42,9 +42,14 @@ Objection TooLong(const std::string& path)
                                  " can be written to"};
 }
 
+bool NamesOfAllTakes(const ExportQuestion& question)
+{
+    return question.flags.all_takes || !question.takes.empty();
+}
+
 bool TakeNamesTheFile(const ExportQuestion& question)
 {
-    return question.flags.all_takes ||
+    return NamesOfAllTakes(question) ||
            question.path.substr(question.path.find_last_of("/\\") + 1) == kExtension;
 }
 
@@ -147,7 +152,10 @@ std::vector<FilePlan> NameFiles(const ExportQuestion& question, const SceneFacts
     std::vector<std::u16string> take_names;
     for (std::size_t i = 0; i < scene.takes.size(); ++i)
     {
-        if (question.flags.all_takes || scene.current_take == i)
+        const bool chosen = question.takes.empty()
+                                ? question.flags.all_takes || scene.current_take == i
+                                : std::ranges::find(question.takes, i) != question.takes.end();
+        if (chosen)
         {
             FilePlan& file = files.emplace_back();
             file.take = i;
@@ -157,7 +165,7 @@ std::vector<FilePlan> NameFiles(const ExportQuestion& question, const SceneFacts
     }
     const auto names_of = [&](const std::string& path)
     {
-        return OutputFileNames(Widen(path), take_names, question.flags.all_takes,
+        return OutputFileNames(Widen(path), take_names, NamesOfAllTakes(question),
                                question.flags.spaces_to_underscores);
     };
     const std::vector<std::u16string> paths = names_of(question.path);
@@ -166,6 +174,7 @@ std::vector<FilePlan> NameFiles(const ExportQuestion& question, const SceneFacts
     {
         files[i].path = Narrow(paths[i]);
         files[i].named = Narrow(named[i]);
+        files[i].kept = question.keep_existing && FileStamp::Of(files[i].path).regular;
     }
     return files;
 }

@@ -47,7 +47,7 @@ Objection TakesExist(const Case& c)
 
 Objection TargetsAreFree(const Case& c)
 {
-    return CheckTargets(c.plan.files, *c.scene);
+    return CheckTargets(c.question, c.plan.files, *c.scene);
 }
 
 constexpr Rule* kRulesWithoutScene[] = {EndsInTv2, PathFits, RateCanBeRead, RangeGoesForward};
@@ -90,6 +90,22 @@ ExportPlan PlanExport(const ExportQuestion& question, const SceneFacts* scene)
     if (!plan.objection)
         AddNotes(c);
     return plan;
+}
+
+std::vector<CallOfPlan> CallsOf(const ExportQuestion& question, const ExportPlan& plan)
+{
+    std::vector<CallOfPlan> calls;
+    if (question.takes.empty() && std::ranges::none_of(plan.files, &FilePlan::kept))
+        return {{plan.call, std::nullopt}};
+    for (const FilePlan& file : plan.files)
+    {
+        if (file.kept)
+            continue;
+        CallOfPlan& call = calls.emplace_back(CallOfPlan{plan.call, file.take});
+        call.call.flags.all_takes = false;
+        call.call.path = file.named;
+    }
+    return calls;
 }
 
 ExportPlan PlanOfDialog(const ExportCall& chosen, const SceneFacts& scene)

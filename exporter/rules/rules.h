@@ -36,6 +36,10 @@ struct ExportQuestion
     std::optional<std::int32_t> start_frame; ///< frames of the transport rate; none: the take's own ends
     std::optional<std::int32_t> end_frame;
     ExportFlags flags;
+    std::vector<std::size_t>
+        takes{};                ///< indices of takes, with names as of all takes; empty: what the flags say
+    bool keep_existing = false; ///< files that are there already stay as they are
+    bool make_folders = false;  ///< folders of files may be missing
     bool whole_rates_only = false; ///< the exporter can only be reached through its script entry
     Wording wording = Wording::kCommandLine;
     FileNames file_names = FileNames::kOfThisSystem;
@@ -82,12 +86,13 @@ struct FilePlan
     std::string path;
     std::string named; ///< the same file as the exporter names it: from the path of the call
     SamplingRange range;
+    bool kept = false; ///< is there already and stays as it is: not written
 };
 
 struct ExportPlan
 {
     Objection objection;   ///< the rest is complete only when there is none
-    ExportCall call;       ///< what to start the exporter with
+    ExportCall call;       ///< what to start the exporter with, see CallsOf
     std::size_t nodes = 0; ///< in each file
     std::size_t cameras = 0;
     std::vector<FilePlan> files;    ///< in the order of the takes
@@ -96,6 +101,15 @@ struct ExportPlan
 
 /// Applies the rules in order until one objects. Without a scene only those apply that need none.
 ExportPlan PlanExport(const ExportQuestion& question, const SceneFacts* scene);
+
+/// The calls of the exporter that write the files of a plan, and no others: one for all of them where that is possible,
+/// otherwise one for each file, whose take is then the current one.
+struct CallOfPlan
+{
+    ExportCall call;
+    std::optional<std::size_t> take; ///< to make current; none: as it is
+};
+std::vector<CallOfPlan> CallsOf(const ExportQuestion& question, const ExportPlan& plan);
 
 /// The plan of an export that the dialog has started, with the choices it was left with. Only the rules about sampling
 /// apply, which the exporter itself applies too.
@@ -112,6 +126,7 @@ std::vector<FilePlan> NameFiles(const ExportQuestion& question, const SceneFacts
 std::string PathForExporter(const std::string& path, const SceneFacts& scene);
 
 /// Whether the files can be written where they would be.
-Objection CheckTargets(const std::vector<FilePlan>& files, const SceneFacts& scene);
+Objection CheckTargets(const ExportQuestion& question, const std::vector<FilePlan>& files,
+                       const SceneFacts& scene);
 
 } // namespace tev2_exporter

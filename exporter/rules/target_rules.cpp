@@ -16,9 +16,23 @@ Objection CannotWrite(const std::string& path, const char* code, const std::stri
     return {code, "cannot write " + Quoted(path) + ": " + because};
 }
 
-Objection CheckFolder(const std::string& path)
+/// The folder of a path or, where folders will be made, the lowest one above it that is there.
+std::string FolderThatIsThere(const ExportQuestion& question, const std::string& path)
 {
-    const std::string folder = FolderOf(path);
+    std::string folder = FolderOf(path);
+    while (question.make_folders && FileStamp::Of(folder).error == ENOENT)
+    {
+        const std::string above = FolderOf(folder);
+        if (above == folder)
+            break;
+        folder = above;
+    }
+    return folder;
+}
+
+Objection CheckFolder(const ExportQuestion& question, const std::string& path)
+{
+    const std::string folder = FolderThatIsThere(question, path);
     const FileStamp place = FileStamp::Of(folder);
     if (place.exists && place.folder)
         return {};
@@ -27,9 +41,9 @@ Objection CheckFolder(const std::string& path)
                            Quoted(folder));
 }
 
-Objection CheckPlace(const std::string& path)
+Objection CheckPlace(const ExportQuestion& question, const std::string& path)
 {
-    const std::string folder = FolderOf(path);
+    const std::string folder = FolderThatIsThere(question, path);
     const FileStamp target = FileStamp::Of(path);
     if (!target.exists && target.error != ENOENT)
         return CannotWrite(path, "not-writable", std::strerror(target.error));
@@ -84,14 +98,15 @@ std::string FolderOf(const std::string& path)
     return folder.empty() ? "." : folder;
 }
 
-Objection CheckTargets(const std::vector<FilePlan>& files, const SceneFacts& scene)
+Objection CheckTargets(const ExportQuestion& question, const std::vector<FilePlan>& files,
+                       const SceneFacts& scene)
 {
     const SourceFiles sources(scene.files);
     for (const FilePlan& file : files)
     {
         for (const Objection& objection :
-             {CheckFolder(file.path), sources.Check(file.path), CheckPlace(file.path)})
-            if (objection)
+             {CheckFolder(question, file.path), sources.Check(file.path), CheckPlace(question, file.path)})
+            if (objection && !file.kept)
                 return objection;
     }
     return {};

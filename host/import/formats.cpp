@@ -64,13 +64,13 @@ SceneDescription ReadBytes(const SceneFile& file, const ImportOptions& options, 
 }
 
 constexpr Format kFormats[] = {
-    {"FBX", IsFbx, ReadBytes<fbx::ReadFbx>},
-    {"BVH", IsBvh, ReadBytes<bvh::ReadBvh>},
-    {"glTF", IsGltf, ReadGltf},
+    {"FBX", ".fbx ", IsFbx, ReadBytes<fbx::ReadFbx>},
+    {"BVH", ".bvh ", IsBvh, ReadBytes<bvh::ReadBvh>},
+    {"glTF", ".gltf .glb ", IsGltf, ReadGltf},
 #ifdef TV2_HAS_PUGIXML
-    {"Collada", IsCollada, ReadBytes<collada::ReadScene>},
+    {"Collada", ".dae ", IsCollada, ReadBytes<collada::ReadScene>},
 #else
-    {"Collada", IsCollada, nullptr, "pugixml"},
+    {"Collada", ".dae ", IsCollada, nullptr, "pugixml"},
 #endif
 };
 
@@ -91,6 +91,19 @@ std::span<const Format> Formats()
 const Format* FormatOf(std::string_view bytes)
 {
     return FirstOf([bytes](const Format& format) { return format.sniff(bytes); });
+}
+
+bool IsNamedAsScene(std::string_view file_name)
+{
+    const std::size_t dot = file_name.rfind('.');
+    if (dot == std::string_view::npos || dot == 0 || file_name.find(' ', dot) != std::string_view::npos)
+        return false;
+    std::string extension(file_name.substr(dot));
+    for (char& letter : extension)
+        letter = static_cast<char>(std::tolower(static_cast<unsigned char>(letter)));
+    return FirstOf([&](const Format& format)
+                   { return (format.extensions.find(extension + ' ') != std::string_view::npos); }) !=
+           nullptr;
 }
 
 const Format* FormatNamed(std::string_view name)

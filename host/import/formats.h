@@ -19,6 +19,9 @@ struct Format
 {
     const char* name;
 
+    /// By which its files are found in folders, each with a blank after it: ".gltf .glb ".
+    std::string_view extensions;
+
     /// Whether bytes are of this format, by how they begin.
     bool (*sniff)(std::string_view bytes);
 
@@ -32,6 +35,9 @@ std::span<const Format> Formats();
 
 /// The one of these bytes. Null when none recognises them.
 const Format* FormatOf(std::string_view bytes);
+
+/// Whether the name of a file ends as those of scenes do, in any case. Says nothing about what is in it.
+bool IsNamedAsScene(std::string_view file_name);
 
 /// Null when there is none of this name.
 const Format* FormatNamed(std::string_view name);

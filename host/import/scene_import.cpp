@@ -22,6 +22,8 @@ void Import(const SceneFile& file, const ImportOptions& options, SceneImportResu
         result.error = file.path + " is not a scene that can be read (" + ReadableFormats() + " are)";
         return;
     }
+    if (options.sources != nullptr)
+        options.sources->push_back(SourceOf(file.path, file.bytes));
     ImportNotes notes;
     try
     {

@@ -15,9 +15,9 @@ namespace tv2
 
 // What --newer knows: ".tv2-stamps" at the root of the output folder. Every batch writes it, --newer reads it.
 
-/// What the bytes of all exports of a batch depend on besides their scenes: the options as they were given, without
-/// those that change no file (-j, --quiet, --json ...), SOURCE_DATE_EPOCH, the version of this command and the bytes
-/// of its modules, `exporter` among them (ExporterPath). One line.
+/// What the bytes of all exports of a batch depend on besides their scenes, for BatchStamps: the options as they were
+/// given, without those that change no file (-j, --quiet, --json ...); SOURCE_DATE_EPOCH; the bytes of this command and
+/// of its modules, `exporter` among them (ExporterPath).
 std::string CircumstancesOf(const std::vector<GivenOption>& given, const std::string& exporter);
 
 /// The stamps of one output folder. A scene is up to date when its path, its bytes and those of every file that it was
@@ -29,7 +29,7 @@ std::string CircumstancesOf(const std::vector<GivenOption>& given, const std::st
 class BatchStamps
 {
 public:
-    BatchStamps(std::string folder, std::string circumstances);
+    BatchStamps(std::string folder, const std::string& circumstances);
 
     /// Reads the stamps. A note (one line) says why what is there cannot be used; then nothing is up to date. Without
     /// this call nothing is either. Empty: nothing to remark.
@@ -54,7 +54,7 @@ private:
     std::string Path() const;
 
     std::string folder_;
-    std::string circumstances_;
+    Json circumstances_;
     Stamps known_;    ///< as read
     Stamps recorded_; ///< of this run
     bool written_ = true;

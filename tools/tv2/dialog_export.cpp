@@ -131,9 +131,12 @@ private:
             return checked;
         if (Status opened = tv2::OpenScene(request_, result_.report.notes); !opened)
             return opened;
-        if (Status prepared = PrepareScene(request_); !prepared)
+        if (Status prepared = PrepareScene(request_, result_.report.notes); !prepared)
             return prepared;
-        return StatusOf(request_, tev2_exporter::CheckTargets(FilesOfAnyChoice(), FactsOf(request_)));
+        if (!request_.question.takes.empty())
+            return Status::Failure("the dialog exports one take or all: give one --take, by its name");
+        return StatusOf(
+            request_, tev2_exporter::CheckTargets(request_.question, FilesOfAnyChoice(), FactsOf(request_)));
     }
 
     /// The files that the dialog can name: once it is shown, nothing can refuse a target.

@@ -98,7 +98,7 @@ void MeasureReductions(const mobu_host::Exporter& exporter, tev2_exporter::Expor
     call.flags.all_takes = false;
     for (ExportReport::File& file : report.files)
     {
-        if (!file.exported.error.empty())
+        if (!file.exported.error.empty() || file.planned.kept)
             continue;
         KeyReductionCost& cost = file.reduction.emplace();
         const Status measured = made ? Measure(exporter, call, file.planned, terminal, cost) : made;

@@ -145,7 +145,12 @@ ExportedFile CheckExportedFile(const FilePlan& planned, const ExportPlan& plan, 
 {
     ExportedFile result;
     const FileStamp now = FileStamp::Of(planned.path);
-    if (!now.exists)
+    if (planned.kept)
+    {
+        result.kept = result.skipped = true;
+        result.reason = kItExists;
+    }
+    else if (!now.exists)
     {
         result.error = WithReason("was not written", planned, plan);
     }
@@ -165,6 +170,19 @@ ExportedFile CheckExportedFile(const FilePlan& planned, const ExportPlan& plan, 
         result.bytes = static_cast<std::uint64_t>(now.size);
         result.error = ReadBack(planned, plan, result);
     }
+    return result;
+}
+
+ExportedFile PlannedFile(const FilePlan& planned, const ExportPlan& plan, bool overwrite_read_only)
+{
+    ExportedFile result;
+    if (planned.kept)
+        result.reason = kItExists;
+    else if (!overwrite_read_only && FileStamp::Of(planned.path).read_only)
+        result.error = "would be skipped: it is read-only (--yes overwrites it)";
+    result.nodes = plan.nodes;
+    result.cameras = plan.cameras;
+    result.samples = tev2_exporter::SampledInstants(planned.range).size();
     return result;
 }
 

@@ -14,7 +14,8 @@ struct ExportedFile
 {
     std::string error;    ///< empty: the file is whole and as planned
     bool kept = false;    ///< the file is the one that was there before
-    bool skipped = false; ///< and is so because it is read-only
+    bool skipped = false; ///< and is so because it is read-only, or was to be kept
+    std::string reason{}; ///< why it was to be kept; there is no error then
     std::size_t nodes = 0;
     std::size_t cameras = 0;
     std::size_t samples = 0;
@@ -23,8 +24,15 @@ struct ExportedFile
     std::uint64_t bytes = 0;
 };
 
+/// Why --no-clobber keeps a file.
+inline constexpr const char* kItExists = "it exists (--no-clobber)";
+
 /// Reads back one file of an export; `before` is what was there when the export began.
 ExportedFile CheckExportedFile(const tev2_exporter::FilePlan& planned, const tev2_exporter::ExportPlan& plan,
                                const FileStamp& before);
+
+/// What would come out of it, as far as the plan says.
+ExportedFile PlannedFile(const tev2_exporter::FilePlan& planned, const tev2_exporter::ExportPlan& plan,
+                         bool overwrite_read_only);
 
 } // namespace tv2

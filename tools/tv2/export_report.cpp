@@ -18,6 +18,14 @@ void PrintReport(std::ostream& out, const ExportReport& report, std::size_t colu
         const ExportedFile& file = entry.exported;
         if (!file.error.empty())
             continue;
+        if (report.dry_run || planned.kept)
+        {
+            const std::string would = report.dry_run ? "would be " : "";
+            text << Printable(planned.path) << ": " << would
+                 << (planned.kept ? "kept, " + file.reason : "written") << ": take \""
+                 << OneLine(planned.take_name) << "\"\n";
+            continue;
+        }
         text << Printable(planned.path) << ": take \"" << OneLine(planned.take_name) << "\", "
              << CountOf(file.nodes, "node", "nodes") << ", " << CountOf(file.cameras, "camera", "cameras")
              << ", " << CountOf(file.samples, "sample", "samples") << " (" << ShortNumber(entry.rate)
@@ -36,11 +44,34 @@ void PrintReport(std::ostream& out, const ExportReport& report, std::size_t colu
 namespace
 {
 
+/// Of a dry run.
+Json PlannedJson(const ExportReport::File& file)
+{
+    const std::string& why_not = file.exported.error.empty() ? file.exported.reason : file.exported.error;
+    Json json = {
+        {"output", file.planned.path}, {"take", file.planned.take_name}, {"wouldWrite", why_not.empty()}};
+    if (!why_not.empty())
+        json["reason"] = why_not;
+    json["start"] = JsonFloat(file.planned.range.start);
+    json["end"] = JsonFloat(file.planned.range.end);
+    json["rate"] = JsonFloat(static_cast<float>(file.rate));
+    json["nodes"] = file.exported.nodes;
+    json["cameras"] = file.exported.cameras;
+    json["samples"] = file.exported.samples;
+    return json;
+}
+
 Json FileJson(const ExportReport::File& file)
 {
     const ExportedFile& exported = file.exported;
     Json json = {
         {"output", file.planned.path}, {"take", file.planned.take_name}, {"ok", exported.error.empty()}};
+    if (file.planned.kept)
+    {
+        json["kept"] = json["skipped"] = true;
+        json["reason"] = exported.reason;
+        return json;
+    }
     if (!exported.error.empty())
     {
         json["error"] = exported.error;
@@ -71,6 +102,10 @@ Json ReportJson(const std::string& scene, const ExportReport& report)
     Json json = {{"file", scene}, {"notes", report.notes}};
     if (!report.error.empty())
         json["error"] = report.error;
+    if (!report.code.empty())
+        json["code"] = report.code;
+    if (report.dry_run)
+        json["dryRun"] = true;
     if (report.cancelled)
     {
         json["cancelled"] = *report.cancelled;
@@ -79,7 +114,10 @@ Json ReportJson(const std::string& scene, const ExportReport& report)
     }
     json["files"] = Json::array();
     for (const ExportReport::File& file : report.files)
-        json["files"].push_back(FileJson(file));
+        json["files"].push_back(report.dry_run ? PlannedJson(file) : FileJson(file));
+    for (const mobu_host::SourceBytes& source : report.sources)
+        json["sources"].push_back(
+            {{"file", source.path}, {"bytes", source.bytes}, {"sha256", source.sha256}});
     return json;
 }
 

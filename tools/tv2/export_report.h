@@ -1,5 +1,6 @@
 #pragma once
 
+#include "host/import/base/import_options.h"
 #include "tools/tv2/export_check.h"
 #include "tools/tv2/json_answer.h"
 #include "tools/tv2/key_reduction_cost.h"
@@ -24,10 +25,13 @@ struct ExportReport
         std::optional<KeyReductionCost> reduction{}; ///< where asked for
     };
 
-    std::vector<std::string> notes; ///< of the import
-    std::string error;              ///< why nothing was started; empty otherwise
-    std::optional<bool> cancelled;  ///< whether nothing was exported, with the dialog
-    std::string why_cancelled;      ///< where the dialog did it, not the user
+    std::vector<std::string> notes;              ///< of the import
+    std::string error;                           ///< why nothing was started; empty otherwise
+    std::string code;                            ///< of the rule that refused it, where one did
+    bool dry_run = false;                        ///< the files are those that would be written
+    std::vector<mobu_host::SourceBytes> sources; ///< what was read
+    std::optional<bool> cancelled;               ///< whether nothing was exported, with the dialog
+    std::string why_cancelled;                   ///< where the dialog did it, not the user
     std::vector<File> files;
 };
 

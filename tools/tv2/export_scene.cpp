@@ -2,6 +2,7 @@
 
 #include "host/import/scene_import.h"
 #include "text/closest_name.h"
+#include "text/wildcard.h"
 #include "tools/tv2/system.h"
 #include "tools/tv2/text.h"
 
@@ -9,7 +10,9 @@
 
 #include <algorithm>
 #include <cstring>
+#include <filesystem>
 #include <map>
+#include <set>
 
 namespace tv2
 {
@@ -48,19 +51,41 @@ std::string MeantOrAll(const std::string& name, const std::vector<std::string>& 
     return DidYouMeanOr(name, names, "; the scene has " + Listed(names));
 }
 
-Status ChooseTake(const std::string& name)
+/// The takes with a name or, where there is none, those that it matches as a wildcard.
+std::vector<std::size_t> TakesNamed(const std::string& name, const std::vector<std::string>& names)
 {
-    std::vector<std::string> names;
-    for (FBTake* take : TakesOfScene())
+    if (const auto exact = std::ranges::find(names, name); exact != names.end())
+        return {static_cast<std::size_t>(exact - names.begin())};
+    std::vector<std::size_t> found;
+    const Wildcard wildcard(name);
+    for (std::size_t i = 0; i < names.size(); ++i)
+        if (wildcard.HasWildcards() && wildcard.Matches(names[i]))
+            found.push_back(i);
+    return found;
+}
+
+Objection ChooseTakes(ExportRequest& request, std::vector<std::string>& notes)
+{
+    const std::vector<FBTake*> takes = TakesOfScene();
+    std::vector<std::string> names(takes.size());
+    std::ranges::transform(takes, names.begin(), [](FBTake* take) { return NameOf(*take); });
+    std::vector<std::string> missing;
+    std::set<std::size_t> chosen;
+    for (const std::string& name : request.takes)
     {
-        names.push_back(NameOf(*take));
-        if (names.back() == name)
-        {
-            FBSystem().CurrentTake = take;
-            return {};
-        }
+        const std::vector<std::size_t> found = TakesNamed(name, names);
+        chosen.insert(found.begin(), found.end());
+        if (found.empty())
+            missing.push_back("there is no take " + Quoted(name) + MeantOrAll(name, names));
     }
-    return Status::Failure("there is no take " + Quoted(name) + MeantOrAll(name, names));
+    if (chosen.empty())
+        return {kNoSuchTake, missing.front()};
+    if (request.takes.size() == 1 && names[*chosen.begin()] == request.takes.front())
+        FBSystem().CurrentTake = takes[*chosen.begin()];
+    else
+        request.question.takes.assign(chosen.begin(), chosen.end());
+    notes.insert(notes.end(), missing.begin(), missing.end());
+    return {};
 }
 
 Status SelectModel(const std::string& name)
@@ -104,7 +129,7 @@ std::vector<tev2_exporter::SceneModel> ModelsOfScene()
 
 } // namespace
 
-Status CheckRequest(const ExportRequest& request)
+Status CheckRequest(ExportRequest& request)
 {
     return StatusOf(request, tev2_exporter::PlanExport(request.question, nullptr).objection);
 }
@@ -113,18 +138,19 @@ Status OpenScene(ExportRequest& request, std::vector<std::string>& notes)
 {
     mobu_host::ImportOptions options;
     options.scene_rate = request.scene_rate;
+    options.sources = request.hash_sources ? &request.sources : nullptr;
     const mobu_host::SceneImportResult scene = mobu_host::ImportScene(request.scene, options);
     notes = scene.notes;
     request.source_files = scene.source_files;
     return scene.ok ? Status() : Status::Failure(scene.error);
 }
 
-Status PrepareScene(const ExportRequest& request)
+Status PrepareScene(ExportRequest& request, std::vector<std::string>& notes)
 {
     if (const Objection nothing = tev2_exporter::CheckScene(FactsOf(request)))
         return StatusOf(request, nothing);
-    if (const Status chosen = request.take.empty() ? Status() : ChooseTake(request.take); !chosen)
-        return OfScene(request, chosen);
+    if (const Objection none = request.takes.empty() ? Objection() : ChooseTakes(request, notes))
+        return StatusOf(request, none);
     for (const std::string& name : request.select)
         if (const Status selected = SelectModel(name); !selected)
             return OfScene(request, selected);
@@ -150,20 +176,38 @@ SceneFacts FactsOf(const ExportRequest& request)
     return scene;
 }
 
+Status MakeFolders(const std::vector<FilePlan>& files)
+{
+    for (const FilePlan& file : files)
+    {
+        std::error_code error;
+        const std::filesystem::path folder = std::filesystem::path(file.path).parent_path();
+        if (!file.kept && !folder.empty() && !FileStamp::Of(folder.string()).folder)
+            std::filesystem::create_directories(folder, error);
+        if (error)
+            return Status::Failure("cannot make the folder " + Quoted(folder.string()) + ": " +
+                                   error.message());
+    }
+    return {};
+}
+
 Status MakeTargetsWritable(const std::vector<FilePlan>& files)
 {
     for (const FilePlan& file : files)
     {
-        const int error = FileStamp::Of(file.path).read_only ? MakeWritable(file.path) : 0;
+        const int error = !file.kept && FileStamp::Of(file.path).read_only ? MakeWritable(file.path) : 0;
         if (error != 0)
             return Status::Failure("cannot make " + Quoted(file.path) + " writable: " + std::strerror(error));
     }
     return {};
 }
 
-Status StatusOf(const ExportRequest& request, const Objection& objection)
+Status StatusOf(ExportRequest& request, const Objection& objection)
 {
-    return objection ? OfScene(request, Status::Failure(objection.text)) : Status();
+    if (!objection)
+        return {};
+    request.refusal = objection.code;
+    return OfScene(request, Status::Failure(objection.text));
 }
 
 } // namespace tv2

@@ -15,9 +15,12 @@
 #include "host/export_run/export_run.h"
 #include "host/import/formats.h"
 
+#include <mobu_host/scene.h>
+
 namespace tv2
 {
 
+using tev2_exporter::CallOfPlan;
 using tev2_exporter::ExportPlan;
 using tev2_exporter::FilePlan;
 using tev2_exporter::Option;
@@ -51,8 +54,11 @@ public:
     {
         const bool dialog = options_.dialog || !options_.dialog_script.empty();
         report_.error = (dialog ? UseDialog() : UseScriptEntry()).Reason();
+        report_.code = request_.refusal;
+        report_.sources = request_.sources;
+        report_.dry_run = request_.dry_run;
         if (!report_.error.empty())
-            Complain(report_.error, kExitCouldNotRun);
+            Complain(report_.error, request_.dry_run ? kExitFindings : kExitCouldNotRun);
         for (const ExportReport::File& file : report_.files)
         {
             if (!file.exported.error.empty())
@@ -76,21 +82,38 @@ private:
             return checked;
         if (Status opened = OpenScene(request_, report_.notes); !opened)
             return opened;
-        if (Status prepared = PrepareScene(request_); !prepared)
+        if (Status prepared = PrepareScene(request_, report_.notes); !prepared)
             return prepared;
         const tev2_exporter::SceneFacts scene = FactsOf(request_);
         plan_ = tev2_exporter::PlanExport(request_.question, &scene);
         if (Status allowed = StatusOf(request_, plan_.objection); !allowed)
             return allowed;
+        if (request_.dry_run)
+        {
+            ListFiles();
+            return {};
+        }
         std::string error;
         const auto exporter = mobu_host::Exporter::Load(ExporterPath(options_.plugin), error);
         if (!exporter)
             return Status::Failure(error);
+        if (Status made = request_.question.make_folders ? MakeFolders(plan_.files) : Status(); !made)
+            return made;
         if (Status writable = request_.overwrite_read_only ? MakeTargetsWritable(plan_.files) : Status();
             !writable)
             return writable;
         Export(*exporter);
         return {};
+    }
+
+    /// What the plan would write.
+    void ListFiles()
+    {
+        const auto rate = static_cast<double>(static_cast<float>(plan_.call.rate));
+        for (const FilePlan& file : plan_.files)
+            report_.files.push_back(
+                {file, PlannedFile(file, plan_, request_.overwrite_read_only), rate, std::nullopt});
+        report_.notes.insert(report_.notes.end(), plan_.notes.begin(), plan_.notes.end());
     }
 
     Status UseDialog()
@@ -119,6 +142,23 @@ private:
         return report_.error.empty() ? Status() : Status::Failure(report_.error);
     }
 
+    /// Runs the calls one after the other; false with the first reason when one of them was not completed.
+    static bool RunCalls(const mobu_host::Exporter& exporter, const std::vector<CallOfPlan>& calls,
+                         std::string& error)
+    {
+        bool completed = true;
+        for (const CallOfPlan& call : calls)
+        {
+            std::string reason;
+            if (call.take)
+                FBSystem().CurrentTake = mobu_host::Scene().Takes[static_cast<int>(*call.take)];
+            const bool done = exporter.Run(call.call, reason);
+            error = completed && !done ? reason : error;
+            completed = completed && done;
+        }
+        return completed;
+    }
+
     void Complain(const std::string& what, ExitCode code) { context_.Complain(what, code); }
 
     void Export(const mobu_host::Exporter& exporter)
@@ -128,7 +168,7 @@ private:
             before.push_back(FileStamp::Of(file.path));
         ExportWatch watch(plan_.files, ProgressTerminal(), TerminalColumns(Stream::kErrors));
         std::string error;
-        const bool completed = exporter.Run(plan_.call, error);
+        const bool completed = RunCalls(exporter, tev2_exporter::CallsOf(request_.question, plan_), error);
         watch.Finish();
 
         const auto rate = static_cast<double>(static_cast<float>(plan_.call.rate));
@@ -186,8 +226,10 @@ public:
             ValueOption(Option("start_frame"), &question.start_frame),
             ValueOption(Option("end_frame"), &question.end_frame),
             {.name = "--take",
-             .value = &request.take,
-             .help = "Export this take (default: the one that is current in the scene)",
+             .value = &request.takes,
+             .help = "Export this take, or those that a wildcard matches (\"walk*\"); may be given more than "
+                     "once. One name keeps OUTPUT as it is, otherwise files are named as with --all-takes "
+                     "(default: the take that is current in the scene)",
              .check = NotEmpty},
             {.name = CommandLineName(kAllTakes),
              .value = &question.flags.all_takes,
@@ -209,6 +251,14 @@ public:
     std::string Refusal(const std::set<std::string>& given) const override
     {
         const bool dialog = options_.dialog || !options_.dialog_script.empty();
+        const auto needs_no_dialog = [&](const char* name)
+        {
+            return dialog && given.contains(name) ? std::string(name) + " works without the dialog only"
+                                                  : std::string();
+        };
+        for (const char* name : {"--no-clobber", "--make-folders", "--dry-run"})
+            if (std::string why = needs_no_dialog(name); !why.empty())
+                return why;
         if (!dialog)
         {
             return options_.settings.empty()
@@ -227,6 +277,7 @@ public:
     void Run(VerbContext& context) override
     {
         SurviveClosedPipes();
+        options_.request.hash_sources = context.json;
         ExportRun(options_, context).Run();
     }
 
@@ -257,6 +308,17 @@ private:
             {.name = "--yes",
              .value = &options_.request.overwrite_read_only,
              .help = "Overwrite read-only files without asking"},
+            {.name = "--no-clobber",
+             .value = &options_.request.question.keep_existing,
+             .help = "Keep files that exist, and export the others"},
+            {.name = "--make-folders",
+             .value = &options_.request.question.make_folders,
+             .help = "Make the folders of OUTPUT that are missing"},
+            {.name = "--dry-run",
+             .value = &options_.request.dry_run,
+             .help =
+                 "Open the scene and list the files that would be written, with the reason for those that "
+                 "would not; write nothing"},
             ExporterOption(options_.plugin),
             {.name = "--dialog",
              .value = &options_.dialog,

@@ -3,7 +3,9 @@
 #include "host/import/base/parse_error.h"
 
 #include <cstddef>
+#include <cstdint>
 #include <string>
+#include <vector>
 
 namespace mobu_host
 {
@@ -12,6 +14,14 @@ inline constexpr std::size_t kMostModels = 250'000; // 2 GiB of scene at most
 
 inline constexpr double kHighestRate = 1.0e6; // frames per second
 
+/// What was read of a file: from its beginning, and of a scene file all of it.
+struct SourceBytes
+{
+    std::string path;
+    std::uint64_t bytes = 0;
+    std::string sha256; // of these bytes, 64 hexadecimal digits
+};
+
 struct ImportOptions
 {
     /// Frames per second of the scene, at most kHighestRate. 0: the rate that the file states, else the lowest common
@@ -19,6 +29,9 @@ struct ImportOptions
     double scene_rate = 0.0;
 
     std::size_t most_models = kMostModels; // a file with more is refused
+
+    /// Receives every file that is read, the scene file first; not owned. Null: nothing is hashed.
+    std::vector<SourceBytes>* sources = nullptr;
 };
 
 /// `models` as far as they are read.

@@ -1,5 +1,7 @@
 #include "host/import/base/scene_file.h"
 
+#include "text/sha256.h"
+
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
@@ -68,6 +70,12 @@ bool ReadSceneFile(const std::string& path, SceneFile& file, std::string& error)
         return false;
     }
     return true;
+}
+
+SourceBytes SourceOf(const std::string& path, std::string_view bytes)
+{
+    const std::span data(reinterpret_cast<const std::uint8_t*>(bytes.data()), bytes.size());
+    return {path, bytes.size(), HexOf(Sha256Of(data))};
 }
 
 } // namespace mobu_host

@@ -71,6 +71,12 @@ bool MotionNeeds(std::string_view extension)
                         { return known.ends_with('_') ? extension.starts_with(known) : extension == known; });
 }
 
+/// Of a path in UTF-8, as documents have it.
+std::string PathBeside(const std::filesystem::path& folder, const std::string& path)
+{
+    return (folder / std::u8string(path.begin(), path.end())).string();
+}
+
 std::optional<PropertyDescription::Value> PropertyValue(gltf::JsonValue value)
 {
     if (value.Kind() == gltf::JsonKind::Text)
@@ -100,12 +106,34 @@ std::optional<PropertyDescription::Value> PropertyValue(gltf::JsonValue value)
     return std::array<double, 3>{numbers[0], numbers[1], numbers[2]};
 }
 
+/// The files beside the scene; what is read of them goes into the options' list.
+class RecordedFiles : public gltf::FolderFiles
+{
+public:
+    RecordedFiles(const std::filesystem::path& folder, const ImportOptions& options)
+        : FolderFiles(folder), folder_(folder), options_(options)
+    {
+    }
+
+    std::string Read(const std::string& path, std::size_t most_bytes) override
+    {
+        std::string bytes = FolderFiles::Read(path, most_bytes);
+        if (options_.sources != nullptr)
+            options_.sources->push_back(SourceOf(PathBeside(folder_, path), bytes));
+        return bytes;
+    }
+
+private:
+    std::filesystem::path folder_;
+    const ImportOptions& options_;
+};
+
 class GltfReader
 {
 public:
     GltfReader(const SceneFile& file, const ImportOptions& options, ImportNotes& notes)
         : folder_(std::filesystem::path(file.path).parent_path()),
-          files_(folder_),
+          files_(folder_, options),
           document_(file.bytes, files_),
           accessors_(document_),
           key_tracks_(document_, accessors_),
@@ -123,7 +151,7 @@ public:
         ReadModels();
         ReadTakes();
         for (const std::string& path : document_.SideFilePaths())
-            scene_.source_files.push_back((folder_ / std::u8string(path.begin(), path.end())).string());
+            scene_.source_files.push_back(PathBeside(folder_, path));
         return std::move(scene_);
     }
 
@@ -358,7 +386,7 @@ private:
     }
 
     std::filesystem::path folder_;
-    gltf::FolderFiles files_;
+    RecordedFiles files_;
     gltf::Document document_;
     gltf::AccessorReader accessors_;
     gltf::KeyTrackReader key_tracks_;
