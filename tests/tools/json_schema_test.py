@@ -91,7 +91,9 @@ class JsonSchemaTest(unittest.TestCase):
         """Runs the command; its answer must be as the definition says."""
         run = subprocess.run([COMMAND, *arguments, "--json"], capture_output=True, check=False)
         self.assertEqual(run.returncode, exit_code, run.stderr)
-        answer = json.loads(run.stdout)
+        return self.valid(definition, json.loads(run.stdout), arguments)
+
+    def valid(self, definition, answer, arguments):
         rules = {"$ref": "#/$defs/" + definition, "$defs": strict(self.schema["$defs"])}
         error = jsonschema.exceptions.best_match(jsonschema.Draft202012Validator(rules).iter_errors(answer))
         self.assertIsNone(error, "%s: %s" % (arguments, error))
@@ -115,6 +117,20 @@ class JsonSchemaTest(unittest.TestCase):
         steps = self.path("steps.txt", b'click "CANCEL_BUTTON_REGION_NAME"\n')
         arguments = ["export", "--dialog-script", steps, robot, self.path("b.tv2")]
         self.assertTrue(self.answer("export", 1, *arguments)["cancelled"])
+
+    def test_batch(self):
+        scenes = [os.path.join(SAMPLES, "extras_property.glb"), self.path("gone.bvh")]
+        arguments = ["export", "--json", *scenes, "-o", self.path("out")]
+        for more in (["--dry-run"], [], ["--newer"]):
+            run = subprocess.run([COMMAND, *arguments, *more], capture_output=True, check=False)
+            self.assertEqual(run.returncode, 1, run.stderr)
+            *lines, last = [json.loads(line) for line in run.stdout.splitlines()]
+            states = {self.valid("batchScene", line, arguments)["file"]: line["state"] for line in lines}
+            done = {"--dry-run": "wouldExport", "--newer": "upToDate"}.get("".join(more), "exported")
+            self.assertEqual(states, dict(zip(scenes, (done, "failed"))))
+            summary = self.valid("batchSummary", last, arguments)["summary"]
+            self.assertEqual([summary[done], summary["failed"], summary["failures"][0]["file"]], [1, 1, scenes[1]])
+        self.answer("failure", 2, "export", SAMPLES + "/none*", "-o", self.path("out"))
 
     def test_scene(self):
         kinds = set()

@@ -32,6 +32,12 @@ std::uint64_t NumberIn(const Json& object, const char* member)
     return found != object.end() && found->is_number_unsigned() ? found->get<std::uint64_t>() : 0;
 }
 
+/// A file that was written, or would be.
+bool IsWritten(const Json& file)
+{
+    return (FlagIn(file, "ok") || FlagIn(file, "wouldWrite")) && !FlagIn(file, "kept");
+}
+
 constexpr std::size_t kMostComplaints = 10; ///< of a process, in a reason
 
 std::string Joined(const std::vector<std::string>& texts)
@@ -77,18 +83,15 @@ std::vector<std::string> MissedFiles(const Json& answer)
     return reasons;
 }
 
+/// Of an export that did what it should.
 SceneState StateOf(const Json& answer)
 {
     const Json& files = answer.at("files");
-    const auto is = [&](const char* member) {
-        return std::any_of(files.begin(), files.end(),
-                           [&](const Json& file) { return FlagIn(file, member); });
-    };
-    const bool dry =
-        std::any_of(files.begin(), files.end(), [](const Json& file) { return file.contains("wouldWrite"); });
-    if (dry)
-        return is("wouldWrite") ? SceneState::kWouldExport : SceneState::kSkipped;
-    return is("ok") || files.empty() ? SceneState::kExported : SceneState::kSkipped;
+    const bool all_kept = !files.empty() && std::all_of(files.begin(), files.end(),
+                                                        [](const Json& file) { return !IsWritten(file); });
+    if (all_kept)
+        return SceneState::kSkipped;
+    return FlagIn(answer, "dryRun") ? SceneState::kWouldExport : SceneState::kExported;
 }
 
 std::string StateName(SceneState state)
@@ -245,12 +248,9 @@ void BatchReport::AddFiles(const Json& files)
         if (file.contains("wouldWrite"))
         {
             const std::string reason = TextIn(file, "reason");
-            planned_.push_back(output + (reason.empty() ? "" : ": not written: " + reason));
+            planned_.push_back(output + ": would be " + (reason.empty() ? "written" : "kept, " + reason));
         }
-        if (FlagIn(file, "ok") || FlagIn(file, "wouldWrite"))
-            ++files_;
-        else if (FlagIn(file, "kept"))
-            ++kept_files_;
+        ++(IsWritten(file) ? files_ : kept_files_);
         bytes_ += NumberIn(file, "bytes");
         keys_sampled_ += NumberIn(file, "keysSampled");
         keys_kept_ += NumberIn(file, "keysKept");
@@ -279,8 +279,8 @@ std::string BatchReport::Sums(double seconds) const
         {up_to_date_, "up to date"}, {skipped_, "skipped"},
         {failed_, "failed"},         {scenes_ - Ended(), "not exported"},
     };
-    text << CountOf(scenes_, "scene", "scenes") << ": ";
-    const char* between = "";
+    text << CountOf(scenes_, "scene", "scenes");
+    const char* between = ": ";
     for (const auto& [count, what] : parts)
     {
         if (count == 0)

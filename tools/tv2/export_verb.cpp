@@ -1,3 +1,4 @@
+#include "tools/tv2/batch_export.h"
 #include "tools/tv2/dialog_export.h"
 #include "tools/tv2/every_key_export.h"
 #include "tools/tv2/export_check.h"
@@ -14,8 +15,13 @@
 #include "exporter/rules/sampling_rate.h"
 #include "host/export_run/export_run.h"
 #include "host/import/formats.h"
+#include "text/wildcard.h"
 
 #include <mobu_host/scene.h>
+
+#include <algorithm>
+#include <filesystem>
+#include <system_error>
 
 namespace tv2
 {
@@ -39,6 +45,8 @@ struct ExportVerbOptions
         settings;        ///< of the dialog: "stored", "none" or empty, which means stored for the window only
     bool report = false; ///< of what key reduction cost
     bool quiet = false;
+    std::vector<std::string> arguments; ///< SCENE OUTPUT, or the inputs of a batch
+    BatchOptions batch;                 ///< with a folder it is one
 };
 
 /// One run of the verb, from the scene file to the report.
@@ -213,13 +221,7 @@ public:
         ExportRequest& request = options_.request;
         tev2_exporter::ExportQuestion& question = request.question;
         std::vector<OptionRow> rows = {
-            SceneFileOption(request.scene),
-            {.name = "OUTPUT",
-             .value = &question.path,
-             .help = "The file to write, ending in .tv2; with --all-takes the pattern of the names: out.tv2 "
-                     "gives "
-                     "out_<take>.tv2, a bare .tv2 gives <take>.tv2",
-             .required = true},
+            SceneArguments(),
             ValueOption(Option("fps"), &question.rate,
                         std::string(": ") + tev2_exporter::kRatesThatAreUnderstood),
             SceneRateOption(request.scene_rate),
@@ -245,10 +247,86 @@ public:
                 rows.push_back(CheckBoxOption(box, question.flags));
         for (OptionRow& row : OptionsOfTheCommand())
             rows.push_back(std::move(row));
+        for (OptionRow& row : BatchExportOptions(options_.batch))
+            rows.push_back(std::move(row));
         return rows;
     }
 
     std::string Refusal(const std::set<std::string>& given) const override
+    {
+        const std::string refusal =
+            options_.batch.question.folder.empty() ? RefusalOfOne(given) : RefusalOfBatch();
+        return refusal.empty() ? RefusalOfDialog(given) : refusal;
+    }
+
+    void Run(VerbContext& context) override
+    {
+        SurviveClosedPipes();
+        BatchOptions& batch = options_.batch;
+        if (batch.question.folder.empty())
+        {
+            options_.request.scene = options_.arguments[0];
+            options_.request.question.path = options_.arguments[1];
+            options_.request.hash_sources = context.json;
+            ExportRun(options_, context).Run();
+            return;
+        }
+        batch.question.inputs = options_.arguments;
+        batch.question.spaces_to_underscores = options_.request.question.flags.spaces_to_underscores;
+        const std::vector<std::string>& takes = options_.request.takes;
+        const auto wild =
+            std::count_if(takes.begin(), takes.end(),
+                          [](const std::string& take) { return Wildcard(take).HasWildcards(); });
+        batch.question.takes_name_files =
+            options_.request.question.flags.all_takes || takes.size() > 1 || wild > 0;
+        batch.takes_optional = !takes.empty() && wild == std::ssize(takes);
+        batch.by_dialog = !options_.dialog_script.empty();
+        batch.quiet = options_.quiet;
+        batch.exporter = options_.plugin;
+        ExportBatch(batch, context);
+    }
+
+private:
+    static constexpr const tev2_exporter::ExportOption& kAllTakes = Option("all_takes");
+
+    OptionRow SceneArguments()
+    {
+        OptionRow row = SceneFileOption(options_.request.scene);
+        row.value = &options_.arguments;
+        row.help = "The scene file and OUTPUT, the file to write, ending in .tv2; with --all-takes the "
+                   "pattern of the "
+                   "names: out.tv2 gives out_<take>.tv2, a bare .tv2 gives <take>.tv2. With -o scenes alone";
+        return row;
+    }
+
+    /// Why the arguments are not those of a single export.
+    std::string RefusalOfOne(const std::set<std::string>& given) const
+    {
+        for (const char* const option : {"--jobs", "--newer", "--recursive", "--shard"})
+            if (given.contains(option))
+                return std::string(option) + " is for batches: give -o FOLDER as well";
+        if (options_.arguments.size() < 2)
+            return "OUTPUT is required, or -o FOLDER";
+        if (options_.arguments.size() > 2)
+            return "one argument too many: \"" + options_.arguments.back() +
+                   "\" (-o FOLDER exports several scenes)";
+        return {};
+    }
+
+    std::string RefusalOfBatch() const
+    {
+        if (options_.dialog && options_.dialog_script.empty())
+            return "--dialog is for one scene: leave it out, or give --dialog-script";
+        const std::string& folder = options_.batch.question.folder;
+        std::error_code error;
+        if (folder.ends_with(".tv2") && !std::filesystem::is_directory(folder, error))
+            return "-o names a folder: leave it out to name the file";
+        tev2_exporter::ExportQuestion question = options_.request.question;
+        question.path = "any.tv2";
+        return tev2_exporter::PlanExport(question, nullptr).objection.text;
+    }
+
+    std::string RefusalOfDialog(const std::set<std::string>& given) const
     {
         const bool dialog = options_.dialog || !options_.dialog_script.empty();
         const auto needs_no_dialog = [&](const char* name)
@@ -273,16 +351,6 @@ public:
         }
         return {};
     }
-
-    void Run(VerbContext& context) override
-    {
-        SurviveClosedPipes();
-        options_.request.hash_sources = context.json;
-        ExportRun(options_, context).Run();
-    }
-
-private:
-    static constexpr const tev2_exporter::ExportOption& kAllTakes = Option("all_takes");
 
     template <typename Value>
     static OptionRow ValueOption(const tev2_exporter::ExportOption& option, Value* value,
@@ -359,13 +427,17 @@ const VerbRegistration kExportVerb({
                 "tv2 export --all-takes --fps 60 robot.glb robot.tv2\n"
                 "tv2 export --select Hips --start-frame 10 --end-frame 60 walk.bvh hips.tv2\n"
                 "tv2 export --report walk.bvh walk.tv2\n"
+                "tv2 export -j 4 --recursive scenes -o out\n"
+                "tv2 export --newer --all-takes 'scenes/*.fbx' -o out\n"
                 "tv2 export --dialog --take Dance robot.glb dance.tv2\n"
                 "tv2 export --dialog-script steps.txt robot.glb robot.tv2",
     .remarks =
         "A file counts as exported when it has been read back whole. Exit code: 0: every file was; 1: at "
         "least "
         "one was not, or was skipped as read-only, or the dialog was cancelled; 2: nothing was started.",
-    .json_help = "Print JSON: an object with one entry of \"files\" for each file",
+    .json_help =
+        "Print JSON: an object with one entry of \"files\" for each file; with -o one on a line for each "
+        "scene, and one with the sums",
     .writes_files = true,
     .make = Make<ExportVerb>,
 });
