@@ -110,6 +110,9 @@ class JsonSchemaTest(unittest.TestCase):
         self.answer("export", 0, "export", "--all-takes", robot, self.path(".tv2"))
         reported = self.answer("export", 0, "export", "--report", robot, self.path("a.tv2"))["files"][0]
         self.assertEqual(len(reported["keyReduction"]["nodes"]), 75)
+        self.assertTrue(self.answer("export", 0, "export", "--no-clobber", robot, walk)["files"][0]["kept"])
+        takeless = self.answer("export", 2, "export", "--take", "x*", robot, walk)
+        self.assertEqual(takeless["code"], "no-such-take")
         os.chmod(walk, 0o444)
         missed = self.answer("export", 1, "export", robot, walk)
         self.assertTrue(missed["files"][0]["skipped"])
