@@ -87,19 +87,19 @@ std::size_t Count(const Properties& self)
 }
 
 /// The value of the first property of that name; null where there is none.
-py::object Find(const Properties& self, const py::object& name)
+py::object Find(const Properties& self, const py::str& name)
 {
     py::object found;
     VisitProperties(self,
                     [&](const auto& entry)
                     {
-                        if (!found && Text(entry.name).equal(name))
+                        if (!found && Same(Text(entry.name), name))
                             found = ValueOf(self, entry);
                     });
     return found;
 }
 
-py::object Get(const Properties& self, const py::object& name)
+py::object Get(const Properties& self, const py::str& name)
 {
     const py::object found = Find(self, name);
     if (found)
@@ -127,7 +127,7 @@ std::size_t Delete(const Properties& self, const py::str& name, const void* list
                            std::erase_if(list,
                                          [&](auto& entry)
                                          {
-                                             if (!Text(entry.name).equal(name))
+                                             if (!Same(Text(entry.name), name))
                                                  return false;
                                              ++found;
                                              if (std::exchange(keep, false))
@@ -147,7 +147,7 @@ Entry& EntryOf(const Properties& self, std::vector<Entry>& list, const py::str& 
     SetText(made.name, name, "name");
     Delete(self, name, &list);
     const auto found = std::find_if(list.begin(), list.end(),
-                                    [&](const Entry& entry) { return Text(entry.name).equal(name); });
+                                    [&](const Entry& entry) { return Same(Text(entry.name), name); });
     return found != list.end() ? *found : list.emplace_back(std::move(made));
 }
 
@@ -160,11 +160,13 @@ void SetTexts(const Properties& self, const py::str& name, const py::sequence& t
 }
 
 template <typename Family>
-void SetValue(const Properties& self, std::vector<TEV2_NAMED_ANIMATABLE<Family>>& list, const py::str& name,
-              const py::object& value)
+using ValueList = std::vector<TEV2_NAMED_ANIMATABLE<Family>> TEV2_EXTENDED_PROPERTIES::*;
+
+template <typename Family>
+void SetValue(const Properties& self, ValueList<Family> list, const py::str& name, const py::object& value)
 {
-    std::unique_ptr<Family> made = TrackFrom<Family>(value);
-    self.scene->Remove(std::exchange(EntryOf(self, list, name).track, std::move(made)));
+    std::unique_ptr<Family> made = TrackFrom<Family>(value); // first: it may run code that changes the scene
+    SetTrack(*self.scene, EntryOf(self, self.record().*list, name).track, std::move(made));
 }
 
 bool AreTexts(const py::object& value)
@@ -188,7 +190,6 @@ std::uint32_t KindFor(const py::object& value)
 
 void Set(const Properties& self, const py::str& name, const py::object& value)
 {
-    TEV2_EXTENDED_PROPERTIES& record = self.record();
     if (value.is_none())
         throw py::type_error("a property is a Track, a number, 3 or 4 numbers, a str or several, not None");
     if (py::isinstance<py::str>(value))
@@ -197,13 +198,14 @@ void Set(const Properties& self, const py::str& name, const py::object& value)
         return SetTexts(self, name, value);
     const std::uint32_t kind = KindFor(value);
     if (kind == kIntegerTrack)
-        SetValue(self, record.intValues, name, value);
+        SetValue(self, &TEV2_EXTENDED_PROPERTIES::intValues, name, value);
     else if (kind == kFloatTrack)
-        SetValue(self, record.floatValues, name, value);
+        SetValue(self, &TEV2_EXTENDED_PROPERTIES::floatValues, name, value);
     else if (kind == kVector4Track)
-        SetValue(self, record.vector4Values, name, value);
+        SetValue(self, &TEV2_EXTENDED_PROPERTIES::vector4Values, name, value);
     else
-        SetValue(self, record.vector3Values, name, value); // which refuses all other kinds
+        SetValue(self, &TEV2_EXTENDED_PROPERTIES::vector3Values, name,
+                 value); // which refuses all other kinds
 }
 
 } // namespace
@@ -228,7 +230,7 @@ Where a file has a name several times, keys(), values() and items() have all of 
     type.def("__len__", Count)
         .def("__iter__", [](const Properties& self) { return py::iter(Names(self)); })
         .def("__contains__",
-             [](const Properties& self, const py::object& name) { return bool(Find(self, name)); })
+             [](const Properties& self, const py::str& name) { return bool(Find(self, name)); })
         .def("__getitem__", Get, py::arg("name"))
         .def("__setitem__", Set, py::arg("name"), py::arg("value"))
         .def("__delitem__",
@@ -239,7 +241,7 @@ Where a file has a name several times, keys(), values() and items() have all of 
              })
         .def(
             "get",
-            [](const Properties& self, const py::object& name, const py::object& otherwise)
+            [](const Properties& self, const py::str& name, const py::object& otherwise)
             {
                 const py::object found = Find(self, name);
                 return found ? found : otherwise;

@@ -38,8 +38,9 @@ public:
     template <typename Part>
     void Remove(std::unique_ptr<Part> part)
     {
+        const void* const address = part.get();
         if (part)
-            HandOver(part.get(), std::shared_ptr<void>(std::move(part)));
+            HandOver(address, std::shared_ptr<void>(std::move(part)));
     }
 
     /// The keeper of a node, which knows its index.

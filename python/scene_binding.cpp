@@ -37,7 +37,7 @@ py::object FindNode(const ScenePointer& scene, const py::str& name)
 {
     const auto& nodes = scene->records.matrixHierarchy.nodes;
     for (std::size_t index = 0; index < nodes.size(); ++index)
-        if (Text(nodes[index].name).equal(name))
+        if (Same(Text(nodes[index].name), name))
             return py::cast(Node(scene, index));
     return py::none();
 }
@@ -72,10 +72,10 @@ Node AddNode(const ScenePointer& scene, const py::str& name, const py::object& p
 {
     TEV2_MATRIX_NODE made;
     SetText(made.name, name, "name");
-    made.parentIndex = static_cast<std::int32_t>(NodeIndex(*scene, parent)); // kNone is -1
     made.translation = TrackFrom<TEV2_ANIMATABLE_VECTOR_3>(translation);
     made.rotation = TrackFrom<TEV2_ANIMATABLE_QUATERNION>(rotation);
     made.scale = TrackFrom<TEV2_ANIMATABLE_VECTOR_3>(scale);
+    made.parentIndex = static_cast<std::int32_t>(NodeIndex(*scene, parent)); // kNone is -1
     TEV2_MATRIX_HIERARCHY& hierarchy = scene->records.matrixHierarchy;
     hierarchy.nodes.push_back(std::move(made));
     hierarchy.LinkParents();
@@ -89,11 +89,11 @@ Camera AddCamera(const ScenePointer& scene, const py::str& name, const py::objec
 {
     auto made = std::make_unique<TEV2_CAMERA>();
     SetText(made->name, name, "name");
-    made->value = NodeIndex(*scene, node);
     made->fieldOfView = TrackFrom<TEV2_ANIMATABLE_FLOAT32>(field_of_view);
     made->distance = TrackFrom<TEV2_ANIMATABLE_FLOAT32>(distance);
     made->clipRange = TrackFrom<TEV2_ANIMATABLE_FLOAT32_RANGE>(clip_range);
     made->inverseAspect = inverse_aspect;
+    made->value = NodeIndex(*scene, node);
     return {scene, *scene->records.cameras.emplace_back(std::move(made))};
 }
 
@@ -108,7 +108,8 @@ py::list Cameras(const ScenePointer& scene)
 {
     py::list cameras;
     for (const auto& camera : scene->records.cameras)
-        cameras.append(Camera(scene, *camera));
+        if (camera)
+            cameras.append(Camera(scene, *camera));
     return cameras;
 }
 
@@ -129,11 +130,16 @@ py::list Cuts(const ScenePointer& scene)
     for (std::size_t key = 0; key < std::min(switcher->m_times.size(), switcher->m_values.size()); ++key)
     {
         const auto camera = static_cast<std::size_t>(switcher->m_values[key]); // negative: beyond all
-        cuts.append(py::make_tuple(switcher->m_times[key], camera < cameras.size()
+        cuts.append(py::make_tuple(switcher->m_times[key], camera < cameras.size() && cameras[camera]
                                                                ? py::cast(Camera(scene, *cameras[camera]))
                                                                : py::none()));
     }
     return cuts;
+}
+
+void SetSwitcher(const ScenePointer& scene, const py::object& track)
+{
+    SetTrack(*scene, scene->records.cameraMan.cameraIndex, TrackFrom<TEV2_ANIMATABLE_INT32>(track));
 }
 
 void SetCuts(const ScenePointer& scene, const std::vector<std::pair<double, py::object>>& cuts)
@@ -153,7 +159,7 @@ void SetCuts(const ScenePointer& scene, const std::vector<std::pair<double, py::
         cameras.append(CameraIndex(handle));
     }
     const py::object track = cuts.empty() ? py::none() : py::type::of<Track>()("integer", times, cameras);
-    SetTrack(*scene, scene->records.cameraMan.cameraIndex, track);
+    SetSwitcher(scene, track);
 }
 
 void SetTimeRange(const ScenePointer& scene, const std::pair<float, float>& range)
@@ -186,8 +192,8 @@ void SetTime(const ScenePointer& scene, float time)
 
 py::array_t<float> WorldMatrices(const ScenePointer& scene)
 {
-    scene->Evaluate();
     const auto& nodes = scene->records.matrixHierarchy.nodes;
+    scene->Evaluate();
     py::array_t<float> matrices({static_cast<py::ssize_t>(nodes.size()), py::ssize_t{4}, py::ssize_t{4}});
     float* out = matrices.mutable_data();
     for (const TEV2_MATRIX_NODE& node : nodes)
@@ -226,7 +232,8 @@ void BindNodes(py::module_& module)
         .def("__iter__", [](const Nodes& self) { return py::iter(AllNodes(self)); })
         .def("__getitem__", NodeOf, py::arg("index"))
         .def("__getitem__", NodeNamed, py::arg("name"))
-        .def("__getitem__", [](const Nodes& self, const py::slice& slice) { return AllNodes(self)[slice]; })
+        .def("__getitem__",
+             [](const Nodes& self, const py::slice& slice) { return py::list(AllNodes(self)[slice]); })
         .def("__contains__",
              [](const Nodes& self, const py::str& name) { return !FindNode(self.scene, name).is_none(); })
         .def("__contains__", [](const Nodes& self, const Node& node)
@@ -289,9 +296,7 @@ void DefineCameras(SceneClass& type)
             "has\n"
             "instances or if the scene has objects of another layout, which may refer to it.")
         .def_property(
-            "switcher", Switcher,
-            [](const ScenePointer& scene, const py::object& track)
-            { SetTrack(*scene, scene->records.cameraMan.cameraIndex, track); },
+            "switcher", Switcher, SetSwitcher,
             "The camera switcher: a Track of kind \"integer\" with places in scene.cameras, -1 for none, or "
             "None.\n"
             "A file may hold any numbers.")

@@ -42,7 +42,7 @@ py::str Text(const TEV2_WIDE_STRING& text)
 
 void SetText(TEV2_WIDE_STRING& text, const py::str& value, const char* what)
 {
-    if (Text(text).equal(value))
+    if (Same(Text(text), value))
         return;
     TEV2_WIDE_STRING made;
     if (const char* const utf8 = PyUnicode_AsUTF8(value.ptr()); utf8 != nullptr)

@@ -16,6 +16,12 @@ pybind11::str Text(const TEV2_LOADER::TEV2_WIDE_STRING& text);
 /// the text is longer than a file can hold: "the name is longer than 65535 bytes".
 void SetText(TEV2_LOADER::TEV2_WIDE_STRING& text, const pybind11::str& value, const char* what = "text");
 
+/// Whether two texts are the same, without running code of subclasses.
+inline bool Same(const pybind11::str& left, const pybind11::str& right)
+{
+    return PyUnicode_Compare(left.ptr(), right.ptr()) == 0;
+}
+
 /// A path for the system: str, bytes or os.PathLike. Raises TypeError for anything else.
 std::string PathText(const pybind11::object& path);
 

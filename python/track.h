@@ -39,7 +39,7 @@ std::uint32_t UsualKind()
 {
     std::uint32_t kind = TEV2_LOADER::kSlerpTrack;
     while (!Family::Has(kind))
-        kind = (kind + 1) % std::size(TEV2_LOADER::kTrackKinds);
+        kind = (kind + 1) % std::uint32_t{std::size(TEV2_LOADER::kTrackKinds)};
     return kind;
 }
 
@@ -61,11 +61,11 @@ std::unique_ptr<Family> TrackFrom(pybind11::handle value)
     return std::unique_ptr<Family>(static_cast<Family*>(made.release()));
 }
 
-/// Replaces a track of a scene with what TrackFrom makes.
+/// Puts a track into its place in a scene, and takes the old one out.
 template <typename Family>
-void SetTrack(Scene& scene, std::unique_ptr<Family>& place, pybind11::handle value)
+void SetTrack(Scene& scene, std::unique_ptr<Family>& place, std::unique_ptr<Family> track)
 {
-    scene.Remove(std::exchange(place, TrackFrom<Family>(value)));
+    scene.Remove(std::exchange(place, std::move(track)));
     scene.Changed();
 }
 
@@ -79,7 +79,11 @@ void DefineTrack(pybind11::class_<Handle, Options...>& type, const char* name,
         [track](const Handle& self)
         { return TrackOf(self.scene, self.keeper, (self.Record().*track).get()); },
         [track](const Handle& self, const pybind11::object& value)
-        { SetTrack(*self.scene, self.Record().*track, value); },
+        {
+            std::unique_ptr<Family> made =
+                TrackFrom<Family>(value); // first: it may run code that changes the scene
+            SetTrack(*self.scene, self.Record().*track, std::move(made));
+        },
         doc);
 }
 
