@@ -33,14 +33,13 @@ py::object NodeAt(const std::shared_ptr<Scene>& scene, std::uint32_t index)
     return index < scene->records.matrixHierarchy.nodes.size() ? py::cast(Node(scene, index)) : py::none();
 }
 
-std::uint32_t NodeIndex(const Scene& scene, const py::object& node)
+std::uint32_t NodeIndex(const Scene& scene, const Node* node)
 {
-    if (node.is_none())
+    if (node == nullptr)
         return kNone;
-    const auto& handle = node.cast<const Node&>();
-    if (handle.scene.get() != &scene)
-        throw py::value_error("node " + Quoted(Text(handle.Record().name)) + " is of another scene");
-    return static_cast<std::uint32_t>(handle.Index());
+    if (node->scene.get() != &scene)
+        throw py::value_error("node " + Quoted(Text(node->Record().name)) + " is of another scene");
+    return static_cast<std::uint32_t>(node->Index());
 }
 
 std::string Quoted(const py::str& name)
@@ -56,12 +55,12 @@ py::object Parent(const Node& self)
     return NodeAt(self.scene, static_cast<std::uint32_t>(self.Record().parentIndex)); // negative: beyond all
 }
 
-void SetParent(const Node& self, const py::object& parent)
+void SetParent(const Node& self, const Node* parent)
 {
     const std::uint32_t index = NodeIndex(*self.scene, parent);
     if (index != kNone && index >= self.Index())
         throw py::value_error("node " + Quoted(Text(self.Record().name)) + " is not after its new parent " +
-                              Quoted(py::str(parent.attr("name"))) + " in the list of nodes");
+                              Quoted(Text(parent->Record().name)) + " in the list of nodes");
     self.Record().parentIndex = static_cast<std::int32_t>(index); // kNone is -1
     self.scene->records.matrixHierarchy.LinkParents();
     self.scene->Changed();

@@ -36,8 +36,8 @@ struct Node
 /// The Node of an index of a file, or None where there is no such node.
 pybind11::object NodeAt(const std::shared_ptr<Scene>& scene, std::uint32_t index);
 
-/// The index of a Node of this scene, kNone for None. Raises ValueError for a node of another scene.
-std::uint32_t NodeIndex(const Scene& scene, const pybind11::object& node);
+/// The index of a Node of this scene, kNone for null. Raises ValueError for a node of another scene.
+std::uint32_t NodeIndex(const Scene& scene, const Node* node);
 
 /// How a repr shows a name: as Python does.
 std::string Quoted(const pybind11::str& name);

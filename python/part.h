@@ -77,8 +77,7 @@ void DefinePlaced(pybind11::class_<Part<Record>, Options...>& type, const char* 
                 "x, y, z. A Track of kind \"box\", or None.");
     type.def_property(
         "node", [](const Handle& self) { return NodeAt(self.scene, self.Record().value); },
-        [](const Handle& self, const py::object& node)
-        { self.Record().value = NodeIndex(*self.scene, node); },
+        [](const Handle& self, const Node* node) { self.Record().value = NodeIndex(*self.scene, node); },
         "The Node that places the object, or None: it is placed in the world.");
 }
 

@@ -67,7 +67,7 @@ py::object NodeNamed(const Nodes& self, const py::str& name)
     throw py::error_already_set();
 }
 
-Node AddNode(const ScenePointer& scene, const py::str& name, const py::object& parent,
+Node AddNode(const ScenePointer& scene, const py::str& name, const Node* parent,
              const py::object& translation, const py::object& rotation, const py::object& scale)
 {
     TEV2_MATRIX_NODE made;
@@ -83,7 +83,7 @@ Node AddNode(const ScenePointer& scene, const py::str& name, const py::object& p
     return {scene, hierarchy.nodes.size() - 1};
 }
 
-Camera AddCamera(const ScenePointer& scene, const py::str& name, const py::object& node,
+Camera AddCamera(const ScenePointer& scene, const py::str& name, const Node* node,
                  const py::object& field_of_view, const py::object& distance, const py::object& clip_range,
                  float inverse_aspect)
 {
@@ -142,21 +142,16 @@ void SetSwitcher(const ScenePointer& scene, const py::object& track)
     SetTrack(*scene, scene->records.cameraMan.cameraIndex, TrackFrom<TEV2_ANIMATABLE_INT32>(track));
 }
 
-void SetCuts(const ScenePointer& scene, const std::vector<std::pair<double, py::object>>& cuts)
+void SetCuts(const ScenePointer& scene, const std::vector<std::pair<double, const Camera*>>& cuts)
 {
     py::list times;
     py::list cameras;
     for (const auto& [time, camera] : cuts)
     {
         times.append(time);
-        if (camera.is_none())
-        {
-            cameras.append(-1);
-            continue;
-        }
-        const auto& handle = camera.cast<const Camera&>();
-        CheckScene(scene, handle.scene);
-        cameras.append(CameraIndex(handle));
+        if (camera != nullptr)
+            CheckScene(scene, camera->scene);
+        cameras.append(camera != nullptr ? static_cast<std::int32_t>(CameraIndex(*camera)) : -1);
     }
     const py::object track = cuts.empty() ? py::none() : py::type::of<Track>()("integer", times, cameras);
     SetSwitcher(scene, track);
