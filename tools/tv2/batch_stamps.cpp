@@ -120,22 +120,31 @@ std::string Absolute(const std::string& path)
     return error ? path : absolute;
 }
 
-/// The files that are this command; one is the program, or a module of it.
-std::string HashOfCommand(const std::string& exporter)
+std::string HashOfFiles(const std::vector<std::string>& paths)
 {
-    const std::filesystem::path modules = std::filesystem::path(ModulePath("tv2_host_verbs")).parent_path();
     Sha256 all;
-    for (const std::string& path :
-         {ProgramPath(), ModulePath("tv2_host_verbs"),
-          (modules.parent_path() / ModuleFileName("libfbsdk")).string(),
-          (std::filesystem::path(ProgramPath()).parent_path() / ModuleFileName("libfbsdk")).string(),
-          exporter})
+    for (const std::string& path : paths)
     {
         const std::optional<Beginning> file = ReadBeginning(path);
         const std::string digest = (file ? file->sha256 : std::string("none")) + '\n';
         all.Add({reinterpret_cast<const std::uint8_t*>(digest.data()), digest.size()});
     }
     return HexOf(all.Finish());
+}
+
+/// Of this program and its modules, as far as they are files of their own.
+const std::string& HashOfCommand()
+{
+    namespace fs = std::filesystem;
+    static const std::string hash = []
+    {
+        const std::string verbs = ModulePath("tv2_host_verbs");
+        const std::string host = ModuleFileName("libfbsdk");
+        return HashOfFiles({ProgramPath(), verbs,
+                            (fs::path(verbs).parent_path().parent_path() / host).string(),
+                            (fs::path(ProgramPath()).parent_path() / host).string()});
+    }();
+    return hash;
 }
 
 std::string ReadText(const std::string& path)
@@ -179,7 +188,8 @@ std::string CircumstancesOf(const std::vector<GivenOption>& given, const std::st
     const char* const epoch = std::getenv("SOURCE_DATE_EPOCH");
     return Json{{"options", options},
                 {"SOURCE_DATE_EPOCH", Encoded(epoch != nullptr ? epoch : "")},
-                {"command", HashOfCommand(exporter)}}
+                {"command", HashOfCommand()},
+                {"exporter", HashOfFiles({exporter})}}
         .dump();
 }
 
@@ -246,9 +256,8 @@ std::string BatchStamps::WhyExport(const BatchScene& scene) const
     if (stamp.value("scene", "") != Encoded(Absolute(scene.scene)))
         return "its stamp is of another scene";
     const std::pair<const char*, const char*> reasons[] = {
-        {"options", "its options have changed"},
-        {"SOURCE_DATE_EPOCH", "SOURCE_DATE_EPOCH has changed"},
-        {"command", "this command or the exporter has changed"},
+        {"options", "its options have changed"},       {"SOURCE_DATE_EPOCH", "SOURCE_DATE_EPOCH has changed"},
+        {"command", "this command has changed"},       {"exporter", "the exporter has changed"},
         {"folder", "the output folder was elsewhere"},
     };
     for (const auto& [member, reason] : reasons)

@@ -28,6 +28,15 @@ TEST(Formats, AreKnownByTheirFirstBytes)
     }
 }
 
+TEST(Formats, ScenesInFoldersAreKnownByTheirExtension)
+{
+    for (const char* name : {"a.fbx", "a.FBX", "a.b.bvh", "a.glTF", "a.glb", "a.dae", " .bvh"})
+        EXPECT_TRUE(IsNamedAsScene(name)) << name;
+    for (const char* name :
+         {"", "a", "fbx", ".fbx", "a.", "a.fb", "a.fbxx", "a.gltf .glb", "a.glb ", "a.bvh.txt"})
+        EXPECT_FALSE(IsNamedAsScene(name)) << name;
+}
+
 TEST(Formats, AreAllDocumentedAndListed)
 {
     const std::string page = tv2_tests::ReadText(TV2_DOCS_DIR "/scene_files.md");
