@@ -66,12 +66,6 @@ def files_below(folder):
                   for place, _, names in os.walk(folder) for name in names if not name.endswith(".pyc"))
 
 
-def listed(name):
-    """The files of the tree that a list of the Debian packages names."""
-    with open(os.path.join(TREE, "debian", name), encoding="utf-8") as file:
-        return output_of("sh", "-c", "ls -d " + file.read().replace("\n", " ")).split()
-
-
 def collect(build):
     """{name in the archive: bytes}."""
     files = {"README.txt": README.format(version=changelog("Version")).replace("\n", "\r\n").encode()}
@@ -83,12 +77,13 @@ def collect(build):
     for source in SOURCES:
         path = os.path.join(TREE, source)
         for name in files_below(path) if os.path.isdir(path) else [""]:
-            files[os.path.join("motionbuilder", source, name).rstrip("/")] = content(os.path.join(path, name).rstrip("/"))
+            member = os.path.join(source, name).rstrip("/")
+            files["motionbuilder/" + member] = content(os.path.join(TREE, member))
     files["motionbuilder/README.md"] = content(os.path.join(TREE, "docs/motionbuilder.md"))
-    for name in listed("tv2.docs"):
+    for name in content(os.path.join(TREE, "debian/tv2.docs")).decode().split():  # the same as for Debian
         files["docs/" + os.path.basename(name)] = content(os.path.join(TREE, name))
-    for name in listed("tv2.examples"):
-        files["samples/" + os.path.basename(name)] = content(os.path.join(TREE, name))
+    samples = os.path.join(TREE, "samples")
+    files.update(("samples/" + name, content(os.path.join(samples, name))) for name in files_below(samples))
     files["licences/tv2.txt"] = content(os.path.join(TREE, "debian/copyright"))
     for package in PARTS:
         files[f"licences/{package}.txt"] = content(f"/usr/share/doc/{package}/copyright")
