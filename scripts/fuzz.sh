@@ -11,7 +11,8 @@ case "$seconds" in
     exit 2
     ;;
 esac
-build=build/fuzzing # build/fuzz is where the other builds play the corpus
+programs=build/asan/bin
+build=build/asan/fuzz
 # Recording the stack of every allocation would take most of the time. Replay a finding with the default options to see
 # where its memory came from.
 export ASAN_OPTIONS="quarantine_size_mb=1:malloc_context_size=1"
@@ -40,12 +41,12 @@ run_target()
 {
     name="$1"
     log="$build/logs/$name.log"
-    seeds="$(cat "$build/fuzz/seeds/$name")"
+    seeds="$(cat "$build/seeds/$name")"
     mkdir -p "$build/corpus/$name"
     # -reduce_inputs=0 and -use_counters=0: an input is kept when it reaches something new, not when it does so with
     # fewer bytes or more often. Otherwise the search slows down with thousands of long inputs that reach no more.
     # shellcheck disable=SC2086 # several folders
-    if "$build/bin/fuzz_$name" -max_total_time="$seconds" -max_len="$(largest_input "$name")" -timeout=1 \
+    if "$programs/fuzz_$name" -max_total_time="$seconds" -max_len="$(largest_input "$name")" -timeout=1 \
         -mutate_depth="$(most_mutations "$name")" -rss_limit_mb=1024 -malloc_limit_mb=64 \
         -entropic=0 -reload=0 -reduce_inputs=0 -use_counters=0 -print_final_stats=1 \
         -artifact_prefix="$build/findings/$name-" "$build/corpus/$name" $seeds >"$log" 2>&1 &&
@@ -66,9 +67,9 @@ if [ "${2:-}" ]; then
     run_target "$2"
     exit
 fi
-targets="$(find $build/bin/ -name 'fuzz_*' -type f 2>/dev/null | sed 's/.*fuzz_//' | sort)"
+targets="$(ls $build/seeds 2>/dev/null || true)"
 if [ -z "$targets" ]; then
-    echo "no fuzz target in $build/bin: make fuzz builds them"
+    echo "no fuzz target in $programs: make fuzz builds them"
     exit 1
 fi
 echo "$targets" | xargs -P "$(nproc)" -n 1 "$0" "$seconds"

@@ -13,12 +13,8 @@ namespace
 constexpr double kMostSeconds = 1.0;
 constexpr long kMostKilobytes = 64 << 10;
 
-// AddressSanitizer takes time and memory of its own.
-#if defined(__SANITIZE_ADDRESS__)
-constexpr bool kMeasures = false;
-#else
-constexpr bool kMeasures = true;
-#endif
+// The sanitizers take time and memory of their own.
+constexpr bool kMeasures = !TV2_SANITIZED;
 
 struct HostileScene
 {
