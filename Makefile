@@ -2,9 +2,14 @@
 
 BUILD := build
 SAMPLE := samples/robot_14_takes.glb
-FUZZ_SECONDS := 60
+FUZZ_SECONDS ?= 60
+# Presets whose plug-ins make test-bytes compares with that of the build.
+BYTES ?= gcc-o0 clang-o0 clang-o2
 # A folder of larger scenes to test and measure with; without one, the tests that need it are skipped.
 SCENES ?=
+CLANG_SANITIZERS := clang libclang-rt-dev llvm
+# Debian's npm, unless there is one.
+NPM = $(shell command -v npm > /dev/null || echo nodejs npm)
 CONFIGURE := cmake -DTV2_SCENES_DIR=$(SCENES) --preset
 
 .PHONY: help demo build test test-asan test-tsan test-arm64 test-bytes test-viewers sweep fuzz coverage bench \
@@ -36,7 +41,7 @@ test: packages ## Build everything and run all tests
 	@echo "Left out: checks with Blender, a browser and the glTF validator. make test-viewers runs them."
 
 test-asan: packages ## Run all tests under AddressSanitizer and UndefinedBehaviorSanitizer
-	@scripts/install_packages.sh xvfb
+	@scripts/install_packages.sh xvfb $(CLANG_SANITIZERS)
 	@$(CONFIGURE) asan > /dev/null
 	@cmake --build --preset asan
 	scripts/run_tests.sh $(BUILD)/asan -LE viewers
@@ -53,20 +58,20 @@ test-arm64: packages ## Test format library and playback built for 64-bit ARM, i
 	ctest --test-dir $(BUILD)/arm64 --output-on-failure --no-tests=error -j$$(nproc) \
 	    -R '^tev2_(loader|playback|evaluation)_tests$$'
 
-test-bytes: build ## Export the samples with plug-ins of the build, of g++ -O0 and of clang++ -O0 and -O2; compare
+test-bytes: build ## Export the samples with plug-ins of the build, and of the compilers and levels BYTES; compare
 	@scripts/install_packages.sh clang
 	@cmake --build --preset release --target export_rich_scene
-	scripts/same_bytes.sh
+	scripts/same_bytes.sh release $(BYTES)
 
 test-viewers: build ## Check GLBs and pages with a validator, Blender, three.js and a browser; installs them all
-	@scripts/install_packages.sh chromium blender python3-numpy
-	@command -v npm > /dev/null || scripts/install_packages.sh nodejs npm
+	@scripts/install_packages.sh chromium blender python3-numpy $(NPM)
 	cd tests/js && npm ci --ignore-scripts --no-audit --no-fund
 	@$(CONFIGURE) release > /dev/null
 	@cmake --build --preset release --target glb_scene_files viewer_scenes
 	TV2_NO_SKIPS=1 ctest --test-dir $(BUILD) --output-on-failure --no-tests=error -j$$(nproc) -L viewers
 
 sweep: packages ## Load every damaged form of the fixtures under the sanitizers (make test-asan: a share of them)
+	@scripts/install_packages.sh $(CLANG_SANITIZERS)
 	@cmake --preset asan > /dev/null
 	@cmake --build --preset asan --target tev2_robustness_tests scene_import_tests
 	TV2_SWEEP=all $(BUILD)/asan/bin/tev2_robustness_tests --gtest_brief=1 --gtest_filter='*Damage*'
@@ -79,9 +84,9 @@ coverage: packages ## Report the line coverage of format library and exporter: a
 	scripts/coverage.sh
 
 fuzz: packages ## Search for files that break the readers, FUZZ_SECONDS=60 with each target
-	@scripts/install_packages.sh clang libclang-rt-dev
-	@cmake --preset fuzz > /dev/null
-	@cmake --build --preset fuzz
+	@scripts/install_packages.sh $(CLANG_SANITIZERS)
+	@cmake --preset asan > /dev/null
+	@cmake --build --preset asan --target fuzz_targets
 	scripts/fuzz.sh $(FUZZ_SECONDS)
 
 bench: packages ## Measure speed beside a floor of the same run, 21 times each, and print one table

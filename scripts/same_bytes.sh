@@ -2,13 +2,13 @@
 # One scene gives one file, whatever compiler, optimisation level and system the exporter was built with: builds the
 # plug-in (exporter and format library) in several ways, exports the samples and a scene made in code with each, with a
 # fixed clock and user name, and compares the bytes with those of the first.
-#     scripts/same_bytes.sh [PRESET...]
-# The command and its host are those of build/. Preset windows has a host of its own, run under Wine, and exports the
-# scene made in code alone.
+#     scripts/same_bytes.sh PRESET...
+# The command and its host are those of build/. Preset asan has its own of both, built with the sanitizers like the
+# plug-in; preset windows has a host of its own, run under Wine, and exports the scene made in code alone.
 set -eu
 cd "$(dirname "$0")/.."
 
-presets="${*:-release gcc-o0 clang-o0 clang-o2}"
+presets="$*"
 plugin=tv2_export_tool_fixed_clock
 for preset in $presets; do
     cmake --preset "$preset" >/dev/null
@@ -21,12 +21,19 @@ for preset in $presets; do
             /usr/lib/wine/wine64 bin/export_rich_scene.exe lib/tv2/$plugin.dll exported)
         continue
     fi
+    built="$PWD/build/$preset/lib/tv2/$plugin.so"
+    bin="$PWD/build/bin"
+    case "$preset" in
+    release) built="$PWD/build/lib/tv2/$plugin.so" ;; # its folder is build/ itself
+    asan)
+        bin="$PWD/build/asan/bin"
+        cmake --build --preset "$preset" --target tv2 export_rich_scene
+        ;;
+    esac
     cmake --build --preset "$preset" --target $plugin
-    built="build/$preset/lib/tv2/$plugin.so"
-    [ "$preset" != release ] || built="build/lib/tv2/$plugin.so" # of the preset whose folder is build/ itself
-    (cd "build/$preset" && ../bin/export_rich_scene "../../$built" exported)
+    (cd "build/$preset" && "$bin/export_rich_scene" "$built" exported)
     for scene in samples/*.dae samples/*.glb samples/*.fbx; do
-        build/bin/tv2 export --quiet --all-takes --plugin "$built" \
+        "$bin/tv2" export --quiet --all-takes --plugin "$built" \
             "$scene" "build/exported/$(basename "$scene" | tr . _).tv2"
     done
     mv build/exported/* "build/$preset/exported"
