@@ -89,9 +89,12 @@ public:
         if (options_.newer)
             Remark(stamps_.Read());
         clashes_ = FindClashes(scenes_, [this](const BatchScene& scene) { return FilesOf(scene); });
-        while ((StartNext() || pool_.Running() > 0) && Interruption() == 0)
+        StartNext();
+        while (pool_.Running() > 0 && Interruption() == 0)
         {
-            for (EndedProcess& ended : pool_.Wait())
+            const std::vector<EndedProcess> all_ended = pool_.Wait();
+            StartNext(); // before this program looks at what has ended
+            for (const EndedProcess& ended : all_ended)
                 End(ended);
             DrawProgress();
         }
@@ -109,12 +112,11 @@ private:
             report_.AddNotes("", {note});
     }
 
-    /// Starts exports until `jobs_` run. False when there is nothing more to start.
-    bool StartNext()
+    /// Starts exports until `jobs_` run.
+    void StartNext()
     {
         for (; next_ < scenes_.chosen.size() && pool_.Running() < jobs_ && Interruption() == 0; ++next_)
             Start(next_);
-        return next_ < scenes_.chosen.size();
     }
 
     void Start(std::size_t place)
