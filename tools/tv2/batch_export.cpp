@@ -73,7 +73,7 @@ public:
           scenes_(std::move(scenes)),
           command_(context.given, options.by_dialog),
           stamps_(options.question.folder, CircumstancesOf(context.given, ExporterPath(options.exporter))),
-          report_(scenes_.chosen.size()),
+          report_(scenes_.chosen.size(), options.dry_run),
           line_(!options.quiet && ErrorsGoToTerminal() ? &context.err : nullptr,
                 TerminalColumns(Stream::kErrors))
     {
@@ -191,6 +191,8 @@ private:
     std::vector<std::string> FilesOf(const BatchScene& scene)
     {
         std::vector<std::string> paths;
+        if (options_.newer && stamps_.WhyExport(scene).empty())
+            return stamps_.FilesOf(scene);
         if (!pool_.Start(0, command_.For(scene, {"--dry-run"})))
             return paths;
         while (pool_.Running() > 0 && Interruption() == 0)
@@ -199,7 +201,7 @@ private:
                 const Json answer = Json::parse(ended.out, nullptr, false);
                 if (answer.is_object() && answer.contains("files"))
                     for (const Json& file : answer.at("files"))
-                        paths.push_back(file.value("output", std::string()));
+                        paths.push_back(PathIn(file, "output"));
             }
         return paths;
     }
@@ -222,6 +224,9 @@ private:
     {
         line_.Erase();
         const bool interrupted = Interruption() != 0;
+        // Of a part it is no failure: others may have the takes.
+        if (options_.question.shard.count == 1 && report_.NoSceneHasTheTake())
+            report_.AddFailure("no scene has a take that --take asks for");
         const double seconds = SecondsSince(start_);
         if (context_.json)
             context_.out << JsonLine(report_.SummaryJson(seconds, interrupted));

@@ -17,7 +17,8 @@ struct BatchOptions
     BatchQuestion question;
     std::optional<int> jobs; ///< exports at a time; none: the number of processors
     bool newer = false;
-    bool takes_optional = false; ///< only wildcards name them: a scene without such a take is skipped
+    bool dry_run = false;
+    bool takes_optional = false; ///< --take names them: a scene without one is skipped
     bool by_dialog = false;      ///< whose script decides on the rest
     bool quiet = false;
     std::string exporter; ///< the path of the module

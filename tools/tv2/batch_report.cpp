@@ -83,6 +83,12 @@ std::vector<std::string> MissedFiles(const Json& answer)
     return reasons;
 }
 
+/// Of an export that was refused since the scene has none of the takes.
+bool WithoutTake(const Json& answer)
+{
+    return answer.is_object() && TextIn(answer, "code") == "no-such-take";
+}
+
 /// Of an export that did what it should.
 SceneState StateOf(const Json& answer)
 {
@@ -192,7 +198,7 @@ SceneOutcome OutcomeOf(const BatchScene& scene, const EndedProcess& ended, bool 
         outcome.reasons = {Complaint(ended.err)};
     if (ended.exit_code == 0)
         outcome.state = StateOf(answer);
-    else if (take_optional && TextIn(answer, "code") == "no-such-take")
+    else if (take_optional && WithoutTake(answer))
         outcome.state = SceneState::kSkipped;
     outcome.answer = std::move(answer);
     return outcome;
@@ -207,6 +213,11 @@ Json OutcomeJson(const SceneOutcome& outcome)
     }
     if (outcome.state == SceneState::kFailed && !json.contains("error"))
         json["error"] = Joined(outcome.reasons);
+    if (outcome.state == SceneState::kSkipped && json.contains("error"))
+    {
+        json["reason"] = json["error"];
+        json.erase("error");
+    }
     json["state"] = StateName(outcome.state);
     json["seconds"] = outcome.seconds;
     return json;
@@ -227,6 +238,7 @@ void BatchReport::Add(const SceneOutcome& outcome)
         break;
     case SceneState::kSkipped:
         ++skipped_;
+        without_take_ += WithoutTake(outcome.answer) ? 1 : 0;
         break;
     case SceneState::kFailed:
         ++failed_;
@@ -234,6 +246,10 @@ void BatchReport::Add(const SceneOutcome& outcome)
             failures_.emplace_back(outcome.scene, reason);
         break;
     }
+    if (outcome.state == SceneState::kUpToDate && dry_run_)
+        planned_.push_back(outcome.scene + ": is up to date");
+    if (outcome.state == SceneState::kSkipped && !outcome.reasons.empty())
+        AddNotes(outcome.scene, {"skipped: " + Joined(outcome.reasons)});
     if (!outcome.answer.is_object())
         return;
     AddFiles(outcome.answer.at("files"));

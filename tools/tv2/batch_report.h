@@ -33,8 +33,7 @@ struct SceneOutcome
     double seconds = 0.0;                  ///< it took
 };
 
-/// What a process that exported one scene has done. `take_optional`: the takes were asked for by wildcards, and a scene
-/// where none matches is skipped.
+/// What a process that exported one scene has done. `take_optional`: a scene without the takes is skipped.
 SceneOutcome OutcomeOf(const BatchScene& scene, const EndedProcess& ended, bool take_optional);
 
 /// A line of --json: the answer of the export, and the state.
@@ -45,7 +44,7 @@ class BatchReport
 {
 public:
     /// The scenes of this run.
-    explicit BatchReport(std::size_t scenes) : scenes_(scenes) {}
+    BatchReport(std::size_t scenes, bool dry_run) : scenes_(scenes), dry_run_(dry_run) {}
 
     void Add(const SceneOutcome& outcome);
 
@@ -55,6 +54,8 @@ public:
 
     bool HasFailures() const { return failed_ > 0 || !others_.empty(); }
     std::size_t Failed() const { return failed_; }
+    /// Whether that is why every scene was skipped.
+    bool NoSceneHasTheTake() const { return scenes_ > 0 && without_take_ == scenes_; }
     std::size_t Ended() const { return exported_ + would_export_ + up_to_date_ + skipped_ + failed_; }
 
     /// The failures, one line each: sorted by scene, each once.
@@ -72,7 +73,9 @@ private:
     std::string Sums(double seconds) const;
 
     std::size_t scenes_;
+    bool dry_run_;
     std::size_t exported_ = 0, would_export_ = 0, up_to_date_ = 0, skipped_ = 0, failed_ = 0;
+    std::size_t without_take_ = 0; ///< of the skipped ones
     std::uint64_t files_ = 0, kept_files_ = 0, bytes_ = 0, keys_sampled_ = 0, keys_kept_ = 0;
     std::vector<std::string> others_;
     std::vector<std::pair<std::string, std::string>> failures_; ///< scene and reason

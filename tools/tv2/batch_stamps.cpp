@@ -106,13 +106,6 @@ std::string Decoded(const std::string& text)
     return bytes;
 }
 
-/// A path of an answer, which has all its bytes in another member where it is not UTF-8.
-std::string PathIn(const Json& answer, const std::string& member)
-{
-    const auto bytes = answer.find(member + "Bytes");
-    return bytes == answer.end() ? answer.at(member).get<std::string>() : Decoded(bytes->get<std::string>());
-}
-
 std::string Absolute(const std::string& path)
 {
     std::error_code error;
@@ -172,6 +165,12 @@ std::string WhyChanged(const std::string& path, const Json& stamped, bool whole)
 }
 
 } // namespace
+
+std::string PathIn(const Json& answer, const std::string& member)
+{
+    const auto bytes = answer.find(member + "Bytes");
+    return bytes == answer.end() ? answer.at(member).get<std::string>() : Decoded(bytes->get<std::string>());
+}
 
 std::string CircumstancesOf(const std::vector<GivenOption>& given, const std::string& exporter)
 {
@@ -275,6 +274,15 @@ std::string BatchStamps::WhyExport(const BatchScene& scene) const
         is_scene = false;
     }
     return is_scene ? "its stamp has no scene" : "";
+}
+
+std::vector<std::string> BatchStamps::FilesOf(const BatchScene& scene) const
+{
+    std::vector<std::string> paths;
+    if (const auto found = known_.find(Encoded(scene.name)); found != known_.end())
+        for (const Json& file : found->second.at("files"))
+            paths.push_back(JoinPath(folder_, Decoded(file.at("file"))));
+    return paths;
 }
 
 Status BatchStamps::Record(const BatchScene& scene, const Json& answer)

@@ -20,6 +20,9 @@ namespace tv2
 /// of its modules, `exporter` among them (ExporterPath).
 std::string CircumstancesOf(const std::vector<GivenOption>& given, const std::string& exporter);
 
+/// A path in the answer of an export: all its bytes, also where it is not UTF-8.
+std::string PathIn(const Json& answer, const std::string& member);
+
 /// The stamps of one output folder. A scene is up to date when its path, its bytes and those of every file that it was
 /// read from, and the circumstances are those of its last export, and every file of that export is still there with
 /// the same bytes. Nothing is concluded from times.
@@ -38,6 +41,9 @@ public:
     /// Why a scene has to be exported, in words ("its options have changed"); empty: it is up to date. Reads the scene
     /// and its files from disk.
     std::string WhyExport(const BatchScene& scene) const;
+
+    /// The files of the last export of a scene, which WhyExport calls up to date.
+    std::vector<std::string> FilesOf(const BatchScene& scene) const;
 
     /// Stamps a scene that was exported completely, with the answer of its export: `sources` and `files`. Writes the
     /// file when that was last done more than a second ago.

@@ -274,12 +274,10 @@ public:
         batch.question.inputs = options_.arguments;
         batch.question.spaces_to_underscores = options_.request.question.flags.spaces_to_underscores;
         const std::vector<std::string>& takes = options_.request.takes;
-        const auto wild =
-            std::count_if(takes.begin(), takes.end(),
-                          [](const std::string& take) { return Wildcard(take).HasWildcards(); });
-        batch.question.takes_name_files =
-            options_.request.question.flags.all_takes || takes.size() > 1 || wild > 0;
-        batch.takes_optional = !takes.empty() && wild == std::ssize(takes);
+        batch.question.takes_name_files = options_.request.question.flags.all_takes || takes.size() > 1 ||
+                                          (takes.size() == 1 && Wildcard(takes.front()).HasWildcards());
+        batch.takes_optional = !takes.empty();
+        batch.dry_run = options_.request.dry_run;
         batch.by_dialog = !options_.dialog_script.empty();
         batch.quiet = options_.quiet;
         batch.exporter = options_.plugin;
