@@ -31,10 +31,10 @@ demo: build ## Export a take of a sample scene, validate the file, draw it and w
 build: packages ## Build the command (build/bin/tv2), the plug-in, the libraries and the Python package
 	@cmake --preset release > /dev/null
 	@cmake --build --preset release --target tv2 tv2_motionbuilder_export_tool mobu_host \
-	    tev2_playback_async tev2_playback_c tev2_python
+	    tev2_playback_async tev2_playback_c tev2_python tv2_manual
 
 test: packages ## Build everything and run all tests
-	@scripts/install_packages.sh xvfb valgrind python3-jsonschema
+	@scripts/install_packages.sh xvfb valgrind python3-jsonschema man-db bash-completion
 	@$(CONFIGURE) release > /dev/null
 	@cmake --build --preset release
 	scripts/run_tests.sh $(BUILD) -LE viewers

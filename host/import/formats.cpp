@@ -93,6 +93,14 @@ const Format* FormatOf(std::string_view bytes)
     return FirstOf([bytes](const Format& format) { return format.sniff(bytes); });
 }
 
+std::string SceneExtensions()
+{
+    std::string extensions;
+    for (const Format& format : Formats())
+        extensions += format.extensions;
+    return extensions;
+}
+
 bool IsNamedAsScene(std::string_view file_name)
 {
     const std::size_t dot = file_name.rfind('.');

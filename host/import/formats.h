@@ -36,6 +36,9 @@ std::span<const Format> Formats();
 /// The one of these bytes. Null when none recognises them.
 const Format* FormatOf(std::string_view bytes);
 
+/// Those of all formats, each with a blank after it.
+std::string SceneExtensions();
+
 /// Whether the name of a file ends as those of scenes do, in any case. Says nothing about what is in it.
 bool IsNamedAsScene(std::string_view file_name);
 

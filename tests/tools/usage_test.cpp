@@ -52,9 +52,12 @@ TEST_F(UsageTest, HelpListsTheVerbsAndVersionIsPrinted)
 {
     const auto help = RunTv2({"--help"});
     EXPECT_EQ(help.exit_code, 0);
-    std::size_t place = 0;
-    for (const std::string& verb : kVerbs) // in this order
-        ASSERT_NE(place = help.out.find("\n  " + verb + " ", place), std::string::npos) << verb << help.out;
+    Arguments listed;
+    std::istringstream lines(help.out.substr(help.out.find("Commands:\n")));
+    for (std::string line; std::getline(lines, line);)
+        if (line.starts_with("  ") && line[2] != ' ')
+            listed.push_back(line.substr(2, line.find(' ', 2) - 2));
+    EXPECT_EQ(listed, kVerbs); // a new verb goes into these lists
     EXPECT_EQ(RunTv2({"--version"}).out, "tv2 " TV2_EXPECTED_VERSION "\n");
 }
 

@@ -272,7 +272,8 @@ std::vector<OptionRow> BatchExportOptions(BatchOptions& options)
          .help =
              "Export all SCENEs into this folder: files, folders (the scenes in them) and wildcards; what is "
              "below a folder has the same place below this one",
-         .check = NotEmpty},
+         .check = NotEmpty,
+         .files = "/"},
         {.name = "-j,--jobs",
          .value = &options.jobs,
          .help = "With -o: how many scenes are exported at a time (default: the number of processors)",

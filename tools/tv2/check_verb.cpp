@@ -149,7 +149,10 @@ public:
     std::vector<OptionRow> Options() override
     {
         return {
-            {.name = "FILE", .value = &files_, .help = "The .tv2 files; - is standard input"},
+            {.name = "FILE",
+             .value = &files_,
+             .help = "The .tv2 files; - is standard input",
+             .files = ".tv2"},
             {.name = "--codes",
              .value = &codes_,
              .help = "List all codes, each with a sentence, and do nothing else"},
@@ -163,7 +166,8 @@ public:
              .value = &like_,
              .help = "Look whether the animation fits the rig in this .tv2 file: every animated node is "
                      "there, below the same parents",
-             .check = NotEmpty},
+             .check = NotEmpty,
+             .files = ".tv2"},
         };
     }
 

@@ -1,6 +1,7 @@
 #include "tools/tv2/command_line.h"
 
 #include "text/closest_name.h"
+#include "tools/tv2/config_file.h"
 #include "tools/tv2/fitted_help.h"
 #include "tools/tv2/host_verbs.h"
 #include "tools/tv2/json_answer.h"
@@ -25,17 +26,15 @@ namespace
 
 CLI::Option* AddToParser(CLI::App& command, const OptionRow& row, bool* flag)
 {
-    constexpr std::string_view kEitherWay = "--[no-]";
-    if (!row.name.starts_with(kEitherWay))
-        return command.add_flag(row.name, *flag, row.help);
-    const std::string name = row.name.substr(kEitherWay.size());
-    return command.add_flag("--" + name + ",!--no-" + name, *flag, row.help);
+    const std::vector<std::string> names = NamesOf(row);
+    const bool either_way = row.name.starts_with("--[");
+    return command.add_flag(either_way ? names[0] + ",!" + names[1] : row.name, *flag, row.help);
 }
 
 CLI::Option* AddToParser(CLI::App& command, const OptionRow& row, std::vector<std::string>* texts)
 {
     CLI::Option* const option = command.add_option(row.name, *texts, row.help);
-    return row.name.starts_with('-') ? option->allow_extra_args(false)->option_text("TEXT") : option;
+    return IsOption(row) ? option->allow_extra_args(false)->option_text("TEXT") : option;
 }
 
 CLI::Option* AddToParser(CLI::App& command, const OptionRow& row, const TakeText& take)
@@ -54,11 +53,40 @@ CLI::Option* AddToParser(CLI::App& command, const OptionRow& row, Value* value)
     return command.add_option(row.name, *value, row.help);
 }
 
+// The parser would split a text in brackets at its commas. This byte before it, which an option removes, prevents that.
+constexpr char kShield = '\x01';
+
+std::string WithoutShield(std::string text)
+{
+    return text.starts_with(kShield) ? text.substr(1) : text;
+}
+
+/// The arguments in the order in which the parser takes them: the last first.
+std::vector<std::string> ReversedArguments(int argc, char** argv)
+{
+    std::vector<std::string> arguments(argv + 1, argv + argc);
+    for (std::string& argument : arguments)
+        if (argument.starts_with('[') || argument.starts_with(kShield))
+            argument.insert(argument.begin(), kShield);
+    std::reverse(arguments.begin(), arguments.end());
+    return arguments;
+}
+
 void AddOption(CLI::App& command, const OptionRow& row)
 {
     CLI::Option* const option =
         std::visit([&](const auto& value) { return AddToParser(command, row, value); }, row.value);
     option->required(row.required);
+    if (!IsFlag(row))
+    {
+        option->transform(CLI::Validator(
+            [](std::string& text)
+            {
+                text = WithoutShield(text);
+                return std::string();
+            },
+            ""));
+    }
     if (row.excludes != nullptr)
         option->excludes(command.get_option(row.excludes));
     if (row.check)
@@ -83,18 +111,27 @@ std::string FooterOf(const VerbRow& row)
     return footer + (row.remarks.empty() ? "" : "\n") + std::string(row.remarks);
 }
 
-/// Makes a verb and declares its options, which set its members.
-std::unique_ptr<Verb> DeclareOptions(CLI::App& command, const VerbRow& row, VerbContext& context)
+/// A verb that the arguments name, and its options, which set its members and `common`.
+struct NamedVerb
 {
-    std::unique_ptr<Verb> verb = row.make();
-    command.add_flag("--json", context.json, std::string(row.json_help));
-    for (const OptionRow& option : verb->Options())
+    CLI::App* command = nullptr;
+    VerbRow row;
+    std::unique_ptr<Verb> verb;
+    std::unique_ptr<CommonOptions> common;
+    std::vector<OptionRow> options;
+};
+
+NamedVerb DeclareOptions(CLI::App& command, const VerbRow& row)
+{
+    NamedVerb named{&command, row, row.make(), std::make_unique<CommonOptions>(), {}};
+    named.options = AllOptions(row, *named.verb, *named.common);
+    for (const OptionRow& option : named.options)
         AddOption(command, option);
     command.footer(FooterOf(row));
-    return verb;
+    return named;
 }
 
-/// The names of the options that the command line gave.
+/// The names of the options that were given.
 std::set<std::string> GivenOptions(const CLI::App& command)
 {
     std::set<std::string> given;
@@ -118,14 +155,97 @@ std::vector<std::string> ArgumentsFor(const CLI::Option& option, const std::stri
     return {name + "=" + text};
 }
 
-std::vector<GivenOption> OptionsInOrder(const CLI::App& command)
+/// Every occurrence of an option: those of the configuration file, then those of the command line.
+std::vector<GivenOption> OptionsInOrder(const CLI::App& command, const std::vector<CLI::Option*>& from_file)
 {
+    std::vector<const CLI::Option*> order;
+    for (const CLI::Option* const option : from_file)
+        order.insert(order.end(), option->count(), option);
+    order.insert(order.end(), command.parse_order().begin(), command.parse_order().end());
     std::vector<GivenOption> given;
     std::map<const CLI::Option*, std::size_t> used; // results of an option
-    for (const CLI::Option* const option : command.parse_order())
-        if (option->nonpositional())
-            given.push_back({option->get_name(), ArgumentsFor(*option, option->results()[used[option]++])});
+    for (const CLI::Option* const option : order)
+    {
+        const std::string name = option->get_name();
+        if (option->nonpositional() && name != "--config")
+            given.push_back({name, ArgumentsFor(*option, option->results()[used[option]++])});
+    }
     return given;
+}
+
+/// Whether a flag is to be as it is without it.
+bool SaysNothing(const CLI::Option& option, const ConfigOption& from_file)
+{
+    const bool flag = option.get_items_expected_max() == 0;
+    return from_file.texts.empty() ||
+           (flag && option.get_lnames().size() == 1 && from_file.texts.front() == "false");
+}
+
+/// Sets options from a configuration file. Those that were given already stay as they are, and so do those that one of
+/// these excludes. Returns what was set. Throws a CLI::Error.
+std::vector<CLI::Option*> ApplyConfig(CLI::App& command, const std::vector<ConfigOption>& file)
+{
+    const auto is_given = [](const CLI::Option* option) { return option->count() > 0; };
+    std::vector<std::pair<CLI::Option*, const ConfigOption*>> wanted;
+    for (const ConfigOption& from_file : file)
+    {
+        CLI::Option* const option = command.get_option(from_file.name);
+        const std::set<CLI::Option*> excluded = option->get_excludes();
+        if (!SaysNothing(*option, from_file) && !is_given(option) &&
+            std::none_of(excluded.begin(), excluded.end(), is_given))
+            wanted.emplace_back(option, &from_file);
+    }
+    std::vector<CLI::Option*> set;
+    for (const auto& [option, from_file] : wanted)
+    {
+        const std::set<CLI::Option*> excluded = option->get_excludes();
+        const auto other = std::find_if(excluded.begin(), excluded.end(), is_given);
+        if (other != excluded.end())
+            throw CLI::Error("Excludes", from_file->place + ": " + option->get_name() + " excludes " +
+                                             (*other)->get_name());
+        try
+        {
+            option->add_result(from_file->texts);
+            option->run_callback();
+        }
+        catch (const CLI::ParseError& error)
+        {
+            throw CLI::Error(error.get_name(), from_file->place + ": " + error.what());
+        }
+        set.push_back(option);
+    }
+    return set;
+}
+
+/// Reads the configuration file of a run, if it has one. Values that the command line overrides are checked, too.
+/// Throws a CLI::Error.
+std::vector<CLI::Option*> UseConfigFile(const NamedVerb& named)
+{
+    if (named.common->config.empty())
+        return {};
+    std::vector<ConfigOption> file;
+    if (const TEV2_LOADER::Status read = ReadConfigFile(named.common->config, named.options, file); !read)
+        throw CLI::Error("FileError", read.Reason());
+    CLI::App alone;
+    const NamedVerb only_file = DeclareOptions(alone, named.row);
+    ApplyConfig(alone, file);
+    return ApplyConfig(*named.command, file);
+}
+
+/// Answers --print-config.
+void PrintConfig(const NamedVerb& named, std::ostream& out)
+{
+    std::map<std::string, std::vector<std::string>> given;
+    for (const OptionRow& row : named.options)
+    {
+        const std::string name = NamesOf(row).front();
+        const CLI::Option* const option = named.command->get_option(name);
+        if (option->count() > 0)
+            given[name] = option->results();
+    }
+    const std::unique_ptr<Verb> fresh = named.row.make();
+    CommonOptions common;
+    out << ConfigText(named.row.name, named.options, AllOptions(named.row, *fresh, common), given);
 }
 
 std::vector<std::string> OptionsOf(const CLI::App& command)
@@ -142,15 +262,9 @@ std::vector<std::string> OptionsOf(const CLI::App& command)
 std::vector<VerbRow> VerbsFor(int argc, char** argv, std::string& error)
 {
     std::vector<VerbRow> rows = Verbs();
-    if (argc > 1 &&
-        std::none_of(rows.begin(), rows.end(), [&](const VerbRow& row) { return row.name == argv[1]; }))
-    {
-        const std::vector<VerbRow> more = HostVerbs(error);
-        rows.insert(rows.end(), more.begin(), more.end());
-        std::sort(rows.begin(), rows.end(),
-                  [](const VerbRow& a, const VerbRow& b) { return a.place < b.place; });
-    }
-    return rows;
+    const bool own = argc < 2 || std::any_of(rows.begin(), rows.end(),
+                                             [&](const VerbRow& row) { return row.name == argv[1]; });
+    return own ? rows : AllVerbs(error);
 }
 
 /// Why the first argument is no command; empty when it is one, or an option.
@@ -177,7 +291,7 @@ std::string Complaint(const CLI::App& command, const CLI::ParseError& error)
     const auto option = std::find_if(unexpected.begin(), unexpected.end(),
                                      [](const std::string& text) { return text.starts_with('-'); });
     if (option == unexpected.end())
-        return "one argument too many: \"" + unexpected.front() + '"';
+        return "one argument too many: \"" + WithoutShield(unexpected.front()) + '"';
     const std::string& first = *option;
     const std::string name = first.substr(0, first.find('='));
     return "there is no option " + name + DidYouMean(name, OptionsOf(command));
@@ -237,44 +351,65 @@ void SetUpParser(CLI::App& app)
                "Exit code: 0: success; 1: finished, but with problems; 2: could not start.");
 }
 
-/// A verb that the arguments name.
-struct NamedVerb
-{
-    CLI::App* command = nullptr;
-    VerbRow row;
-    std::unique_ptr<Verb> verb;
-};
-
 /// Adds all verbs to the parser; only those that the arguments name get options.
-std::vector<NamedVerb> AddVerbs(CLI::App& app, const std::vector<VerbRow>& rows, int argc, char** argv,
-                                VerbContext& context)
+std::vector<NamedVerb> AddVerbs(CLI::App& app, const std::vector<VerbRow>& rows, int argc, char** argv)
 {
     std::vector<NamedVerb> named;
     for (const VerbRow& row : rows)
     {
         CLI::App* const command = app.add_subcommand(std::string(row.name), std::string(row.help));
-        command->group("Commands");
+        command->group(row.hidden ? "" : "Commands");
         if (std::find(argv + 1, argv + argc, row.name) != argv + argc)
-            named.push_back({command, row, DeclareOptions(*command, row, context)});
+            named.push_back(DeclareOptions(*command, row));
     }
     return named;
 }
 
-/// Runs the verb that was parsed.
-int RunVerb(const CLI::App& app, const std::vector<NamedVerb>& named, VerbContext& context, int argc,
-            char** argv)
+/// Parses the arguments; --print-config needs no others. Throws a CLI::Error.
+void Parse(CLI::App& app, const std::vector<NamedVerb>& named, int argc, char** argv)
 {
-    const CLI::App* const command = app.get_subcommands().front();
-    const auto found = std::find_if(named.begin(), named.end(),
-                                    [&](const NamedVerb& candidate) { return candidate.command == command; });
-    context.verb = found->row.name;
-    context.given = OptionsInOrder(*command);
-    if (const std::string why = found->verb->Refusal(GivenOptions(*command)); !why.empty())
-        return Refuse("tv2 " + command->get_name(), why, argc, argv);
-    found->verb->Run(context);
-    return std::cout.flush()
-               ? context.exit_code
-               : OutputWasLost(found->row.writes_files && context.exit_code != kExitCouldNotRun);
+    try
+    {
+        app.parse(ReversedArguments(argc, argv));
+    }
+    catch (const CLI::RequiredError&)
+    {
+        const auto print = std::find_if(named.begin(), named.end(),
+                                        [](const NamedVerb& verb) { return verb.common->print_config; });
+        if (print == named.end())
+            throw;
+        for (CLI::Option* const option : print->command->get_options({}))
+            option->required(false);
+        app.parse(ReversedArguments(argc, argv));
+    }
+}
+
+/// Runs the verb that was parsed.
+int RunVerb(const NamedVerb& named, VerbContext& context, int argc, char** argv)
+{
+    const std::string caller = "tv2 " + named.command->get_name();
+    context.verb = named.row.name;
+    context.json = named.common->json;
+    std::vector<CLI::Option*> from_file;
+    try
+    {
+        from_file = UseConfigFile(named);
+    }
+    catch (const CLI::Error& error)
+    {
+        return Refuse(caller, error.what(), argc, argv);
+    }
+    if (named.common->print_config)
+    {
+        PrintConfig(named, context.out);
+        return std::cout.flush() ? kExitDone : OutputWasLost(false);
+    }
+    context.given = OptionsInOrder(*named.command, from_file);
+    if (const std::string why = named.verb->Refusal(GivenOptions(*named.command)); !why.empty())
+        return Refuse(caller, why, argc, argv);
+    named.verb->Run(context);
+    return std::cout.flush() ? context.exit_code
+                             : OutputWasLost(named.row.writes_files && context.exit_code != kExitCouldNotRun);
 }
 
 } // namespace
@@ -292,12 +427,12 @@ int RunCommandLine(int argc, char** argv)
         std::cerr << "tv2: " << Printable(host_error) << '\n';
     CLI::App app("Inspects, validates, draws and makes .tv2 scene files.", "tv2");
     SetUpParser(app);
-    const std::vector<NamedVerb> named = AddVerbs(app, rows, argc, argv, context);
+    const std::vector<NamedVerb> named = AddVerbs(app, rows, argc, argv);
     if (const std::string why = MissingValue(app, argc, argv); !why.empty())
         return Refuse("tv2 " + std::string(argv[1]), why, argc, argv);
     try
     {
-        app.parse(argc, argv);
+        Parse(app, named, argc, argv);
     }
     catch (const CLI::Success& wish) // help or version
     {
@@ -311,7 +446,10 @@ int RunCommandLine(int argc, char** argv)
         return Refuse(commands.empty() ? "tv2" : "tv2 " + command.get_name(), Complaint(command, error), argc,
                       argv);
     }
-    return RunVerb(app, named, context, argc, argv);
+    const auto parsed =
+        std::find_if(named.begin(), named.end(),
+                     [&](const NamedVerb& verb) { return verb.command == app.get_subcommands().front(); });
+    return RunVerb(*parsed, context, argc, argv);
 }
 
 } // namespace tv2

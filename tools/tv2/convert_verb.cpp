@@ -76,7 +76,8 @@ public:
              .value = &paths_,
              .help =
                  "The files to convert, then the file to write: .tv2 files and a .glb or .gltf file, or a "
-                 "glTF file and a .tv2 file. Several .tv2 files of one skeleton become an animation each"},
+                 "glTF file and a .tv2 file. Several .tv2 files of one skeleton become an animation each",
+             .files = ".tv2 .glb .gltf"},
             {.name = "--at",
              .value = TakeTime(request_.at),
              .help = "To glTF: only the pose at this time in seconds, without animation"},

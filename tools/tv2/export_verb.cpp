@@ -222,8 +222,10 @@ public:
         tev2_exporter::ExportQuestion& question = request.question;
         std::vector<OptionRow> rows = {
             SceneArguments(),
-            ValueOption(Option("fps"), &question.rate,
-                        std::string(": ") + tev2_exporter::kRatesThatAreUnderstood),
+            {.name = CommandLineName(Option("fps")),
+             .value = &question.rate,
+             .help = std::string(Option("fps").help) + ": " + tev2_exporter::kRatesThatAreUnderstood,
+             .check = IsRate},
             SceneRateOption(request.scene_rate),
             ValueOption(Option("start_frame"), &question.start_frame),
             ValueOption(Option("end_frame"), &question.end_frame),
@@ -289,11 +291,12 @@ private:
 
     OptionRow SceneArguments()
     {
-        OptionRow row = SceneFileOption(options_.request.scene);
+        OptionRow row = SceneFileOption(options_.request.scene, mobu_host::SceneExtensions());
         row.value = &options_.arguments;
         row.help = "The scene file and OUTPUT, the file to write, ending in .tv2; with --all-takes the "
                    "pattern of the "
                    "names: out.tv2 gives out_<take>.tv2, a bare .tv2 gives <take>.tv2. With -o scenes alone";
+        row.files += ".tv2";
         return row;
     }
 
@@ -350,14 +353,19 @@ private:
         return {};
     }
 
-    template <typename Value>
-    static OptionRow ValueOption(const tev2_exporter::ExportOption& option, Value* value,
-                                 const std::string& more_help = {})
+    static std::string IsRate(const std::string& text)
     {
-        return {.name = CommandLineName(option),
-                .value = value,
-                .help = option.help + more_help,
-                .check = NotEmpty};
+        if (text.empty())
+            return NotEmpty(text);
+        return tev2_exporter::RateOfText(text, 1.0)
+                   ? ""
+                   : Quoted(text) + " is not a rate: give " + tev2_exporter::kRatesThatAreUnderstood;
+    }
+
+    template <typename Value>
+    static OptionRow ValueOption(const tev2_exporter::ExportOption& option, Value* value)
+    {
+        return {.name = CommandLineName(option), .value = value, .help = option.help, .check = NotEmpty};
     }
 
     static OptionRow CheckBoxOption(const tev2_exporter::ExportOption& box, tev2_exporter::ExportFlags& flags)
@@ -394,7 +402,8 @@ private:
              .value = &options_.dialog_script,
              .help = "Play the steps of this file to the dialog instead of showing it: click \"REGION\", set "
                      "\"REGION\" on|off, edit \"REGION\" NUMBER, move LEFT TOP, close",
-             .check = NotEmpty},
+             .check = NotEmpty,
+             .files = "*"},
             {.name = "--settings",
              .value = &options_.settings,
              .help =
@@ -437,6 +446,7 @@ const VerbRegistration kExportVerb({
         "Print JSON: an object with one entry of \"files\" for each file; with -o one on a line for each "
         "scene, and one with the sums",
     .writes_files = true,
+    .has_config = true,
     .make = Make<ExportVerb>,
 });
 

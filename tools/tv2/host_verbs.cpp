@@ -2,6 +2,8 @@
 
 #include "tools/tv2/module_path.h"
 
+#include <algorithm>
+
 #ifndef _WIN32
 #include <dlfcn.h>
 #endif
@@ -34,5 +36,14 @@ std::vector<VerbRow> HostVerbs(std::string& error)
 }
 
 #endif
+
+std::vector<VerbRow> AllVerbs(std::string& error)
+{
+    std::vector<VerbRow> rows = Verbs();
+    const std::vector<VerbRow> more = HostVerbs(error);
+    rows.insert(rows.end(), more.begin(), more.end());
+    std::sort(rows.begin(), rows.end(), [](const VerbRow& a, const VerbRow& b) { return a.place < b.place; });
+    return rows;
+}
 
 } // namespace tv2

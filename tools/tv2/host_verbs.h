@@ -12,4 +12,7 @@ namespace tv2
 /// host. None when it cannot be loaded; `error` then says why. On Windows they are in the program, and this is empty.
 std::vector<VerbRow> HostVerbs(std::string& error);
 
+/// All verbs of the command, in the order of the help. Without those of the host where `error` says why.
+std::vector<VerbRow> AllVerbs(std::string& error);
+
 } // namespace tv2

@@ -222,7 +222,8 @@ public:
             {.name = "FILE",
              .value = &files_,
              .help = "The .tv2 files; - is standard input",
-             .required = true},
+             .required = true,
+             .files = ".tv2"},
         };
     }
 

@@ -7,9 +7,47 @@
 
 #include <charconv>
 #include <cmath>
+#include <sstream>
+#include <string_view>
+#include <utility>
 
 namespace tv2
 {
+
+std::vector<std::string> NamesOf(const OptionRow& row)
+{
+    if (constexpr std::string_view kEitherWay = "--[no-]"; row.name.starts_with(kEitherWay))
+    {
+        const std::string name = row.name.substr(kEitherWay.size());
+        return {"--" + name, "--no-" + name};
+    }
+    std::vector<std::string> names;
+    std::istringstream parts(row.name);
+    for (std::string name; std::getline(parts, name, ',');)
+        names.push_back(name);
+    return names;
+}
+
+bool IsOption(const OptionRow& row)
+{
+    return row.name.starts_with('-');
+}
+
+bool IsFlag(const OptionRow& row)
+{
+    return std::holds_alternative<bool*>(row.value);
+}
+
+std::string ValueName(const OptionRow& row)
+{
+    if (IsFlag(row))
+        return {};
+    const bool number = std::holds_alternative<std::optional<int>*>(row.value) ||
+                        std::holds_alternative<std::size_t*>(row.value);
+    if (number)
+        return "NUMBER";
+    return row.files.empty() ? "TEXT" : row.files == "/" ? "FOLDER" : "FILE";
+}
 
 TakeText TakeTime(std::optional<float>& time)
 {
@@ -34,10 +72,11 @@ OptionRow ExporterOption(std::string& path)
 {
     return {.name = "--plugin",
             .value = &path,
-            .help = "The exporter's module (default: the one beside this command)"};
+            .help = "The exporter's module (default: the one beside this command)",
+            .files = "*"};
 }
 
-OptionRow SceneFileOption(std::string& path)
+OptionRow SceneFileOption(std::string& path, std::string extensions)
 {
     const auto is_a_file = [](const std::string& text) -> std::string
     {
@@ -47,7 +86,12 @@ OptionRow SceneFileOption(std::string& path)
                      "other files may belong to it: save it to a file (./- is a file of the name -)"
                    : "";
     };
-    return {.name = "SCENE", .value = &path, .help = "The scene file", .required = true, .check = is_a_file};
+    return {.name = "SCENE",
+            .value = &path,
+            .help = "The scene file",
+            .required = true,
+            .check = is_a_file,
+            .files = std::move(extensions)};
 }
 
 OptionRow SceneRateOption(double& rate)

@@ -33,11 +33,16 @@ public:
     std::vector<OptionRow> Options() override
     {
         return {
-            {.name = "FILE", .value = &file_, .help = "The .tv2 file; - is standard input", .required = true},
+            {.name = "FILE",
+             .value = &file_,
+             .help = "The .tv2 file; - is standard input",
+             .required = true,
+             .files = ".tv2"},
             {.name = "OUTPUT.svg",
              .value = &output_,
              .help = "The drawing, ending in .svg; - is standard output",
-             .required = true},
+             .required = true,
+             .files = ".svg"},
             {.name = "--figures",
              .value = &figures_,
              .help = "How many instants, spread over the time range (one where nothing moves)",

@@ -99,7 +99,7 @@ class SceneVerb : public Verb
 public:
     std::vector<OptionRow> Options() override
     {
-        return {SceneFileOption(scene_), SceneRateOption(import_.scene_rate)};
+        return {SceneFileOption(scene_, mobu_host::SceneExtensions()), SceneRateOption(import_.scene_rate)};
     }
 
     void Run(VerbContext& context) override

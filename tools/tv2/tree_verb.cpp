@@ -55,7 +55,11 @@ public:
     std::vector<OptionRow> Options() override
     {
         return {
-            {.name = "FILE", .value = &file_, .help = "The .tv2 file; - is standard input", .required = true},
+            {.name = "FILE",
+             .value = &file_,
+             .help = "The .tv2 file; - is standard input",
+             .required = true,
+             .files = ".tv2"},
             {.name = "--node",
              .value = &node_,
              .help = "Only the nodes of this name and what is below them",

@@ -55,4 +55,28 @@ std::vector<VerbRow> Verbs()
     return rows;
 }
 
+std::vector<OptionRow> AllOptions(const VerbRow& row, Verb& verb, CommonOptions& common)
+{
+    std::vector<OptionRow> rows;
+    if (!row.json_help.empty())
+        rows.push_back({.name = "--json", .value = &common.json, .help = std::string(row.json_help)});
+    for (OptionRow& option : verb.Options())
+        rows.push_back(std::move(option));
+    if (row.has_config)
+    {
+        rows.push_back({.name = "--config",
+                        .value = &common.config,
+                        .help = "Read options from this file; those of the command line override them",
+                        .check = NotEmpty,
+                        .files = "*"});
+        rows.push_back(
+            {.name = "--print-config",
+             .value = &common.print_config,
+             .help = "Print a file for --config with all options: those that were given, and as comments "
+                     "all others",
+             .excludes = "--json"});
+    }
+    return rows;
+}
+
 } // namespace tv2

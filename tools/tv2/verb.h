@@ -63,16 +63,26 @@ public:
     virtual void Run(VerbContext& context) = 0;
 };
 
+/// The options that the parser itself answers.
+struct CommonOptions
+{
+    bool json = false;
+    std::string config; ///< path of the configuration file; empty: none
+    bool print_config = false;
+};
+
 /// What the command knows of a verb before it is used.
 struct VerbRow
 {
     std::string_view name;
     int place = 0; ///< in the help: ascending, with gaps for more
     std::string_view help;
-    std::string_view examples;     ///< one a line
-    std::string_view remarks = {}; ///< below the examples
-    std::string_view json_help = "Print JSON";
-    bool writes_files = false; ///< complete even when the output cannot be printed
+    std::string_view examples;                 ///< one a line
+    std::string_view remarks = {};             ///< below the examples
+    std::string_view json_help = "Print JSON"; ///< empty: it has no --json
+    bool writes_files = false;                 ///< complete even when the output cannot be printed
+    bool has_config = false;                   ///< --config and --print-config: its options can be in a file
+    bool hidden = false;                       ///< from the help: no verb of users
     std::unique_ptr<Verb> (*make)() = nullptr;
 };
 
@@ -85,6 +95,9 @@ public:
 
 /// All verbs, in the order of the help.
 std::vector<VerbRow> Verbs();
+
+/// All options of a verb, in the order of the help; only --help, the parser's own, is missing.
+std::vector<OptionRow> AllOptions(const VerbRow& row, Verb& verb, CommonOptions& common);
 
 /// For VerbRow::make.
 template <typename Made>

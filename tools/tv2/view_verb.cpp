@@ -36,11 +36,13 @@ public:
             {.name = "FILE",
              .value = &paths_,
              .help = "The .tv2 file, or two to show over each other; - is standard input",
-             .required = true},
+             .required = true,
+             .files = ".tv2"},
             {.name = "-o",
              .value = &output_,
              .help = "The page to write, ending in .html; otherwise a new one in the temporary folder",
-             .check = NotEmpty},
+             .check = NotEmpty,
+             .files = ".html"},
             {.name = "--no-open", .value = &stay_, .help = "Write the page without opening the browser"},
         };
     }

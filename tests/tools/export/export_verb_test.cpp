@@ -109,7 +109,7 @@ std::vector<Refusal> Refusals(const PathOf& at)
         {{at("old.fbx"), out}, "the file ends inside its header"},
         {{at("nothing.gltf"), out}, at("nothing.gltf") + ": the scene has no models"},
         {{"--fps", "-30", bvh, out}, "--fps takes numbers above 0"},
-        {{"--fps", "fast", bvh, out}, "--fps \"fast\" is not a rate: give a number (50, 29.97)"},
+        {{"--fps", "fast", bvh, out}, "--fps: \"fast\" is not a rate: give a number (50, 29.97)"},
         {{"--scene-rate", "0", bvh, out}, "--scene-rate: needs a rate above 0"},
         {{"--fps", "", bvh, out}, "--fps: is empty"},
         {{"--take", "", bvh, out}, "--take: is empty"},
