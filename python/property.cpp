@@ -31,7 +31,7 @@ void VisitPropertyLists(Record& record, const Visit& visit)
     visit(record.vector4Values);
 }
 
-py::object ValueOf(const Properties&, const TEV2_NAMED_STRING_ARRAY& entry)
+py::object PropertyValue(const Properties&, const TEV2_NAMED_STRING_ARRAY& entry)
 {
     py::list texts;
     for (const TEV2_WIDE_STRING& text : entry.strings)
@@ -40,7 +40,7 @@ py::object ValueOf(const Properties&, const TEV2_NAMED_STRING_ARRAY& entry)
 }
 
 template <typename Family>
-py::object ValueOf(const Properties& self, const TEV2_NAMED_ANIMATABLE<Family>& entry)
+py::object PropertyValue(const Properties& self, const TEV2_NAMED_ANIMATABLE<Family>& entry)
 {
     return TrackOf(self.scene, self.keeper, entry.track.get());
 }
@@ -57,29 +57,29 @@ void VisitProperties(const Properties& self, const Visit& visit)
                        });
 }
 
-py::list Names(const Properties& self)
+py::list PropertyNames(const Properties& self)
 {
     py::list names;
     VisitProperties(self, [&](const auto& entry) { names.append(Text(entry.name)); });
     return names;
 }
 
-py::list Values(const Properties& self)
+py::list PropertyValues(const Properties& self)
 {
     py::list values;
-    VisitProperties(self, [&](const auto& entry) { values.append(ValueOf(self, entry)); });
+    VisitProperties(self, [&](const auto& entry) { values.append(PropertyValue(self, entry)); });
     return values;
 }
 
-py::list Items(const Properties& self)
+py::list PropertyItems(const Properties& self)
 {
     py::list items;
     VisitProperties(self, [&](const auto& entry)
-                    { items.append(py::make_tuple(Text(entry.name), ValueOf(self, entry))); });
+                    { items.append(py::make_tuple(Text(entry.name), PropertyValue(self, entry))); });
     return items;
 }
 
-std::size_t Count(const Properties& self)
+std::size_t PropertyCount(const Properties& self)
 {
     std::size_t count = 0;
     VisitPropertyLists(self.record(), [&](const auto& list) { count += list.size(); });
@@ -87,21 +87,21 @@ std::size_t Count(const Properties& self)
 }
 
 /// The value of the first property of that name; null where there is none.
-py::object Find(const Properties& self, const py::str& name)
+py::object FindProperty(const Properties& self, const py::str& name)
 {
     py::object found;
     VisitProperties(self,
                     [&](const auto& entry)
                     {
                         if (!found && Same(Text(entry.name), name))
-                            found = ValueOf(self, entry);
+                            found = PropertyValue(self, entry);
                     });
     return found;
 }
 
-py::object Get(const Properties& self, const py::str& name)
+py::object GetProperty(const Properties& self, const py::str& name)
 {
-    const py::object found = Find(self, name);
+    const py::object found = FindProperty(self, name);
     if (found)
         return found;
     PyErr_SetObject(PyExc_KeyError, name.ptr());
@@ -117,7 +117,7 @@ void Discard(Scene& scene, TEV2_NAMED_ANIMATABLE<Family>& entry)
 }
 
 /// Deletes the properties of a name but the first of the list to keep; returns how many there were.
-std::size_t Delete(const Properties& self, const py::str& name, const void* list_to_keep = nullptr)
+std::size_t DeleteProperties(const Properties& self, const py::str& name, const void* list_to_keep = nullptr)
 {
     std::size_t found = 0;
     VisitPropertyLists(self.record(),
@@ -145,7 +145,7 @@ Entry& EntryOf(const Properties& self, std::vector<Entry>& list, const py::str& 
 {
     Entry made;
     SetText(made.name, name, "name");
-    Delete(self, name, &list);
+    DeleteProperties(self, name, &list);
     const auto found = std::find_if(list.begin(), list.end(),
                                     [&](const Entry& entry) { return Same(Text(entry.name), name); });
     return found != list.end() ? *found : list.emplace_back(std::move(made));
@@ -188,7 +188,7 @@ std::uint32_t KindFor(const py::object& value)
     return py::isinstance<py::sequence>(value) && py::len(value) == 4 ? kVector4Track : kVector3Track;
 }
 
-void Set(const Properties& self, const py::str& name, const py::object& value)
+void SetProperty(const Properties& self, const py::str& name, const py::object& value)
 {
     if (value.is_none())
         throw py::type_error("a property is a Track, a number, 3 or 4 numbers, a str or several, not None");
@@ -227,31 +227,31 @@ Where a file has a name several times, keys(), values() and items() have all of 
 ['Tags', 'Mass']
 >>> node.properties["Mass"].values.tolist()
 [12.5])");
-    type.def("__len__", Count)
-        .def("__iter__", [](const Properties& self) { return py::iter(Names(self)); })
+    type.def("__len__", PropertyCount)
+        .def("__iter__", [](const Properties& self) { return py::iter(PropertyNames(self)); })
         .def("__contains__",
-             [](const Properties& self, const py::str& name) { return bool(Find(self, name)); })
-        .def("__getitem__", Get, py::arg("name"))
-        .def("__setitem__", Set, py::arg("name"), py::arg("value"))
+             [](const Properties& self, const py::str& name) { return bool(FindProperty(self, name)); })
+        .def("__getitem__", GetProperty, py::arg("name"))
+        .def("__setitem__", SetProperty, py::arg("name"), py::arg("value"))
         .def("__delitem__",
              [](const Properties& self, const py::str& name)
              {
-                 Get(self, name);
-                 Delete(self, name);
+                 GetProperty(self, name);
+                 DeleteProperties(self, name);
              })
         .def(
             "get",
             [](const Properties& self, const py::str& name, const py::object& otherwise)
             {
-                const py::object found = Find(self, name);
+                const py::object found = FindProperty(self, name);
                 return found ? found : otherwise;
             },
             py::arg("name"), py::arg("default") = py::none(), "The value of a name, or the default.")
-        .def("keys", Names, "All names, a list.")
-        .def("values", Values, "All values, a list.")
-        .def("items", Items, "Names with their values, a list of tuples.")
+        .def("keys", PropertyNames, "All names, a list.")
+        .def("values", PropertyValues, "All values, a list.")
+        .def("items", PropertyItems, "Names with their values, a list of tuples.")
         .def("__repr__", [](const Properties& self)
-             { return "<tev2.Properties " + std::string(py::repr(Names(self))) + ">"; });
+             { return "<tev2.Properties " + std::string(py::repr(PropertyNames(self))) + ">"; });
 }
 
 } // namespace tev2_python

@@ -33,7 +33,7 @@ struct Nodes
     std::size_t Count() const { return scene->records.matrixHierarchy.nodes.size(); }
 };
 
-py::object FindNode(const ScenePointer& scene, const py::str& name)
+py::object NodeOrNone(const ScenePointer& scene, const py::str& name)
 {
     const auto& nodes = scene->records.matrixHierarchy.nodes;
     for (std::size_t index = 0; index < nodes.size(); ++index)
@@ -60,7 +60,7 @@ py::object NodeOf(const Nodes& self, py::ssize_t index)
 
 py::object NodeNamed(const Nodes& self, const py::str& name)
 {
-    const py::object found = FindNode(self.scene, name);
+    const py::object found = NodeOrNone(self.scene, name);
     if (!found.is_none())
         return found;
     PyErr_SetObject(PyExc_KeyError, name.ptr());
@@ -104,7 +104,7 @@ void CheckScene(const ScenePointer& scene, const ScenePointer& other)
         throw py::value_error("it is of another scene");
 }
 
-py::list Cameras(const ScenePointer& scene)
+py::list AllCameras(const ScenePointer& scene)
 {
     py::list cameras;
     for (const auto& camera : scene->records.cameras)
@@ -119,7 +119,7 @@ py::object Switcher(const ScenePointer& scene)
     return TrackOf(scene, nullptr, scene->records.cameraMan.cameraIndex.get());
 }
 
-py::list Cuts(const ScenePointer& scene)
+py::list SwitcherCuts(const ScenePointer& scene)
 {
     py::list cuts;
     const auto* const switcher =
@@ -142,7 +142,7 @@ void SetSwitcher(const ScenePointer& scene, const py::object& track)
     SetTrack(*scene, scene->records.cameraMan.cameraIndex, TrackFrom<TEV2_ANIMATABLE_INT32>(track));
 }
 
-void SetCuts(const ScenePointer& scene, const std::vector<std::pair<double, const Camera*>>& cuts)
+void SetSwitcherCuts(const ScenePointer& scene, const std::vector<std::pair<double, const Camera*>>& cuts)
 {
     py::list times;
     py::list cameras;
@@ -167,7 +167,7 @@ void SetTimeRange(const ScenePointer& scene, const std::pair<float, float>& rang
 }
 
 /// The lines "label:\ttext" of the information text.
-py::dict Information(const ScenePointer& scene)
+py::dict InformationLines(const ScenePointer& scene)
 {
     py::dict lines;
     for (const py::handle line : Text(scene->records.information.infoText).attr("splitlines")())
@@ -178,7 +178,7 @@ py::dict Information(const ScenePointer& scene)
     return lines;
 }
 
-void SetTime(const ScenePointer& scene, float time)
+void SetSceneTime(const ScenePointer& scene, float time)
 {
     if (std::isnan(time))
         throw py::value_error("the time is NaN");
@@ -199,7 +199,7 @@ py::array_t<float> WorldMatrices(const ScenePointer& scene)
     return matrices;
 }
 
-py::list Save(const ScenePointer& scene, const py::object& path)
+py::list SaveScene(const ScenePointer& scene, const py::object& path)
 {
     const std::string file = PathText(path);
     TEV2_SAVE_REPORT report;
@@ -230,7 +230,7 @@ void BindNodes(py::module_& module)
         .def("__getitem__",
              [](const Nodes& self, const py::slice& slice) { return py::list(AllNodes(self)[slice]); })
         .def("__contains__",
-             [](const Nodes& self, const py::str& name) { return !FindNode(self.scene, name).is_none(); })
+             [](const Nodes& self, const py::str& name) { return !NodeOrNone(self.scene, name).is_none(); })
         .def("__contains__", [](const Nodes& self, const Node& node)
              { return node.scene == self.scene && node.keeper->InScene(); })
         .def("__repr__",
@@ -244,7 +244,7 @@ void DefineNodes(SceneClass& type)
     type.def_property_readonly(
             "nodes", [](const ScenePointer& scene) { return Nodes{scene}; },
             "All nodes: a sequence, see Nodes.")
-        .def("find", FindNode, py::arg("name"), "The first node of a name, or None.")
+        .def("find", NodeOrNone, py::arg("name"), "The first node of a name, or None.")
         .def("add_node", AddNode, py::arg("name"), py::arg("parent") = py::none(),
              py::arg("translation") = py::none(), py::arg("rotation") = py::none(),
              py::arg("scale") = py::none(),
@@ -262,7 +262,7 @@ void DefineNodes(SceneClass& type)
             "nothing, if a camera, a mesh or another object is at one of them, or if the scene has objects "
             "of another\n"
             "layout, which may be.")
-        .def("set_time", SetTime, py::arg("time"),
+        .def("set_time", SetSceneTime, py::arg("time"),
              "Evaluates the scene at a time in seconds, clamped to the keys of each track.")
         .def_property_readonly("time", &Scene::Time,
                                "That of the last set_time; before it, the start of the time range.")
@@ -274,7 +274,7 @@ void DefineNodes(SceneClass& type)
 
 void DefineCameras(SceneClass& type)
 {
-    type.def_property_readonly("cameras", Cameras, "All cameras: a new list of them.")
+    type.def_property_readonly("cameras", AllCameras, "All cameras: a new list of them.")
         .def("add_camera", AddCamera, py::arg("name"), py::arg("node") = py::none(),
              py::arg("field_of_view") = py::none(), py::arg("distance") = py::none(),
              py::arg("clip_range") = py::none(), py::arg("inverse_aspect") = 0.5625f,
@@ -295,7 +295,7 @@ void DefineCameras(SceneClass& type)
             "The camera switcher: a Track of kind \"integer\" with places in scene.cameras, -1 for none, or "
             "None.\n"
             "A file may hold any numbers.")
-        .def_property("cuts", Cuts, SetCuts,
+        .def_property("cuts", SwitcherCuts, SetSwitcherCuts,
                       "The camera switcher as a list of (time, Camera or None). No cuts: no switcher.");
 }
 
@@ -329,7 +329,7 @@ void DefineInformation(SceneClass& type)
             { SetText(scene->records.information.infoText, text, "information text"); },
             "What the creator says about the scene, lines that end in \"\\r\\n\".")
         .def_property_readonly(
-            "information", Information,
+            "information", InformationLines,
             "The lines \"label:\\ttext\" of the information text: a new dict. The exporter writes the\n"
             "paths of the scene and the file, the user and the date.");
 }
@@ -357,7 +357,7 @@ void BindScene(py::module_& module)
     DefineNodes(type);
     DefineCameras(type);
     DefineInformation(type);
-    type.def("save", Save, py::arg("path"),
+    type.def("save", SaveScene, py::arg("path"),
              "Saves the scene: the file is complete, or as it was before. Raises SaveError with the "
              "reason.\n\n"
              "Returns the objects whose changes the file does not have, because they are kept as the bytes "

@@ -74,13 +74,11 @@ py::array ArrayOf(std::span<const Value> values, py::handle owner)
 using Numbers = py::array_t<double, py::array::c_style | py::array::forcecast>;
 
 /// Numbers of a Python object, of which every 32-bit number is exact. Raises TypeError for anything else.
-Numbers NumbersOf(py::handle object, const char* what, bool whole)
+Numbers NumbersFrom(py::handle object, const char* what, bool whole)
 {
     const py::array array = py::array::ensure(object);
-    if (!array)
-        PyErr_Clear();
     const char kind = array ? array.dtype().kind() : 'O';
-    if (array && array.size() != 0 && (kind == 'i' || kind == 'u' || (kind == 'f' && !whole)))
+    if (array && array.size() != 0 && (kind == 'b' || kind == 'i' || kind == 'u' || (kind == 'f' && !whole)))
         return array;
     if (array && array.size() == 0)
         return Numbers(std::vector<py::ssize_t>(array.shape(), array.shape() + array.ndim()));
@@ -101,9 +99,9 @@ Component Narrowed(double number, const char* what, std::size_t row)
     return static_cast<Component>(number);
 }
 
-std::vector<float> TimesOf(py::handle object)
+std::vector<float> TimesFrom(py::handle object)
 {
-    const Numbers numbers = NumbersOf(object, "times", false);
+    const Numbers numbers = NumbersFrom(object, "times", false);
     if (numbers.ndim() != 1 || numbers.size() == 0)
         throw py::value_error("times: expected the shape (n,) with at least one key, got " +
                               std::string(py::str(numbers.attr("shape"))));
@@ -120,10 +118,10 @@ std::vector<float> TimesOf(py::handle object)
 }
 
 template <typename Value>
-std::vector<Value> ValuesOf(py::handle object, std::size_t count)
+std::vector<Value> ValuesFrom(py::handle object, std::size_t count)
 {
     using Component = ComponentOf<Value>;
-    const Numbers numbers = NumbersOf(object, "values", std::is_integral_v<Component>);
+    const Numbers numbers = NumbersFrom(object, "values", std::is_integral_v<Component>);
     const std::vector<py::ssize_t> shape = ShapeOf<Value>(count);
     if (!std::equal(shape.begin(), shape.end(), numbers.shape(), numbers.shape() + numbers.ndim()))
         throw py::value_error("values: expected the shape " +
@@ -161,7 +159,7 @@ Track Owned(std::unique_ptr<TEV2_ANIMATABLE> made)
     return {owner, owner.get()};
 }
 
-std::uint32_t KindOf(const std::string& name)
+std::uint32_t KindNamed(const std::string& name)
 {
     const auto found = std::find(kKindNames.begin(), kKindNames.end(), name);
     if (found != kKindNames.end())
@@ -174,12 +172,12 @@ std::uint32_t KindOf(const std::string& name)
 
 Track NewTrack(const std::string& kind, const py::object& times, const py::object& values)
 {
-    return Owned(MakeTrack(KindOf(kind),
+    return Owned(MakeTrack(KindNamed(kind),
                            [&](auto& track)
                            {
                                using Value = typename std::remove_reference_t<decltype(track)>::Value;
-                               track.m_times = TimesOf(times);
-                               track.m_values = ValuesOf<Value>(values, track.m_times.size());
+                               track.m_times = TimesFrom(times);
+                               track.m_values = ValuesFrom<Value>(values, track.m_times.size());
                            }));
 }
 
@@ -200,9 +198,9 @@ py::array Sampled(Class& track, const std::vector<float>& times)
 }
 
 /// The values at times: one for a number, otherwise a row for each.
-py::object Sample(const Track& self, const py::object& times)
+py::object SampleTrack(const Track& self, const py::object& times)
 {
-    const Numbers numbers = NumbersOf(times, "times", false);
+    const Numbers numbers = NumbersFrom(times, "times", false);
     if (numbers.ndim() > 1)
         throw py::value_error("times: expected a number or the shape (n,), got " +
                               std::string(py::str(numbers.attr("shape"))));
@@ -217,13 +215,13 @@ py::object Sample(const Track& self, const py::object& times)
     return numbers.ndim() == 0 ? py::object(samples[py::int_(0)]) : samples;
 }
 
-py::object Times(const py::object& self)
+py::object KeyTimes(const py::object& self)
 {
     const std::vector<float>& times = self.cast<const Track&>().keys->m_times;
     return ArrayOf(std::span<const float>(times), self);
 }
 
-py::object Values(const py::object& self)
+py::object KeyValues(const py::object& self)
 {
     py::object array;
     VisitKeys(*self.cast<const Track&>().keys,
@@ -246,7 +244,7 @@ std::unique_ptr<TEV2_ANIMATABLE> Constant(std::uint32_t kind, py::handle value)
                      [&](auto& track)
                      {
                          using Value = typename std::remove_reference_t<decltype(track)>::Value;
-                         track.Append(0.0f, ValuesOf<Value>(row, 1)[0]);
+                         track.Append(0.0f, ValuesFrom<Value>(row, 1)[0]);
                      });
 }
 
@@ -274,13 +272,13 @@ Rotations are quaternions x, y, z, w. Values between keys are interpolated; inte
         .def_property_readonly(
             "kind", [](const Track& self) { return KindName(self.keys->GetType()); },
             "The kind: \"vector3\".")
-        .def_property_readonly("times", &Times, "Key times in seconds: float32 (n,), read-only.")
+        .def_property_readonly("times", &KeyTimes, "Key times in seconds: float32 (n,), read-only.")
         .def_property_readonly(
-            "values", &Values,
+            "values", &KeyValues,
             "Values: float32 or int32, (n,) or (n, components), read-only. A damaged file may have\n"
             "more or fewer of them than times. One value is a constant.")
         .def("__len__", [](const Track& self) { return self.keys->m_times.size(); })
-        .def("sample", &Sample, py::arg("times"),
+        .def("sample", &SampleTrack, py::arg("times"),
              "The values at times in seconds: one value for a number, a row for each of an array of times.\n"
              "Before the first key and after the last one it is theirs.")
         .def(
@@ -292,8 +290,7 @@ Rotations are quaternions x, y, z, w. Values between keys are interpolated; inte
                  const std::size_t keys = self.keys->m_times.size();
                  return "<tev2.Track " + std::string(KindName(self.keys->GetType())) + ", " +
                         std::to_string(keys) + (keys == 1 ? " key>" : " keys>");
-             })
-        .attr("__hash__") = py::none();
+             });
 }
 
 py::object TrackOf(const std::shared_ptr<Scene>& scene, const std::shared_ptr<Keeper>& keeper,

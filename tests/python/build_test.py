@@ -81,6 +81,8 @@ class Tracks(unittest.TestCase):
         self.assertEqual(track, tev2.Track("float", [0, 1], [1, 2]))
         for other in (tev2.Track("float", [0, 2], [1, 2]), tev2.Track("integer", [0, 1], [1, 2]), 7):
             self.assertNotEqual(track, other)
+        with self.assertRaises(TypeError):
+            hash(track)
 
 
 class Scenes(unittest.TestCase):
@@ -176,7 +178,7 @@ class Scenes(unittest.TestCase):
 
     def test_take_properties_of_every_kind(self):
         keys = tev2.Track("vector4", TIMES, np.arange(12).reshape(3, 4))
-        cases = (("texts", ["a", "b"], ["a", "b"]), ("text", "a", ["a"]), ("none", [], []), ("int", 7, [7]),
+        cases = (("texts", ["a", "b"], ["a", "b"]), ("text", "a", ["a"]), ("none", [], []), ("int", 7, [7]), ("bool", True, [1]),
                  ("int32", np.int32(8), [8]), ("float", 0.5, [0.5]), ("float32", np.float32(0.25), [0.25]),
                  ("vector", (1, 2, 3), [[1, 2, 3]]), ("colour", np.arange(4), [[0, 1, 2, 3]]),
                  ("keys", keys, keys.values.tolist()))
