@@ -91,8 +91,8 @@ Numbers NumbersFrom(py::handle object, const char* what, bool whole)
 template <typename Component>
 Component Narrowed(double number, const char* what, std::size_t row)
 {
-    constexpr auto most = double{std::numeric_limits<Component>::max()};
-    if (!(number >= double{std::numeric_limits<Component>::lowest()} && number <= most))
+    constexpr auto most = static_cast<double>(std::numeric_limits<Component>::max());
+    if (!(number >= static_cast<double>(std::numeric_limits<Component>::lowest()) && number <= most))
         throw py::value_error(
             std::string(what) + "[" + std::to_string(row) + "]: " + std::string(py::str(py::float_(number))) +
             (std::is_integral_v<Component> ? " is no 32-bit integer" : " is no finite 32-bit number"));
