@@ -6,6 +6,7 @@
 #include <csignal>
 #include <cstdlib>
 #include <fcntl.h>
+#include <map>
 #include <sys/resource.h>
 #include <sys/stat.h>
 
@@ -88,6 +89,127 @@ TEST_F(ExportVerbTest, TakesAndNames)
     const auto scene = Load("run_C.tv2");
     ASSERT_EQ(scene->cameras.size(), 1u);
     EXPECT_EQ(scene->cameras[0]->properties.floatValues.size(), 1u);
+}
+
+// With the same paths everywhere, since they are in the files.
+TEST_F(ExportVerbTest, TakesByWildcardAreThoseOfAllTakes)
+{
+    std::string text = tv2_tests::kThreeTakes; // "A b", "A_b", "C"
+    text.replace(text.find("A_b"), 3, "A*");
+    Write("takes.gltf", text);
+    setenv("SOURCE_DATE_EPOCH", "1", 1);
+    struct Case
+    {
+        Arguments takes;
+        std::set<std::string> files;
+    };
+    const Case cases[] = {
+        {{"A?b", "C"}, {"o_A_b.tv2", "o_C.tv2"}},
+        {{"[AC]*"}, {"o_A_b.tv2", "o_A*.tv2", "o_C.tv2"}},
+        {{"A*", "none"}, {"o_A*.tv2"}}, // a take of just that name comes first
+        {{"A[*]"}, {"o_A*.tv2"}},
+        {{"C", "C"}, {"o_C.tv2"}},
+        {{"A*"}, {"o.tv2"}}, // one take by its name
+    };
+    for (const std::string rate : {"24", "29.97"}) // through both entries of the plug-in
+    {
+        EXPECT_EQ(Export({"--all-takes", "--fps", rate, Path("takes.gltf"), Path("o.tv2")}).exit_code, 0);
+        std::map<std::string, std::string> all;
+        for (const char* name : {"o_A_b.tv2", "o_A*.tv2", "o_C.tv2"})
+        {
+            all[name] = Content(name);
+            fs::remove(Path(name));
+        }
+        for (const Case& c : cases)
+        {
+            Arguments arguments = {"--fps", rate, Path("takes.gltf"), Path("o.tv2")};
+            for (const std::string& take : c.takes)
+                arguments.insert(arguments.end(), {"--take", take});
+            const CommandResult run = Export(arguments);
+            EXPECT_EQ(run.exit_code, 0) << run.err;
+            EXPECT_EQ(run.out.find("there is no take \"none\"") != std::string::npos,
+                      c.takes.back() == "none");
+            std::set<std::string> written = Files();
+            written.erase("walk.bvh");
+            written.erase("takes.gltf");
+            EXPECT_EQ(written, c.files) << c.takes.front();
+            for (const std::string& name : written)
+            {
+                EXPECT_TRUE(name == "o.tv2" || Content(name) == all[name]) << name;
+                fs::remove(Path(name));
+            }
+        }
+    }
+    unsetenv("SOURCE_DATE_EPOCH");
+    const CommandResult none =
+        Export({"--json", "--take", "walk*", "--take", "B", Path("takes.gltf"), Path("o.tv2")});
+    EXPECT_EQ(none.exit_code, 2);
+    EXPECT_EQ(none.Json()["code"], "no-such-take");
+    EXPECT_NE(none.err.find("there is no take \"walk*\"; the scene has \"A b\", \"A*\", \"C\""),
+              std::string::npos);
+}
+
+TEST_F(ExportVerbTest, NoClobberKeepsWhatIsThere)
+{
+    std::string text = tv2_tests::kThreeTakes;
+    text.replace(text.find("A_b"), 3, "B");
+    Write("takes.gltf", text);
+    Write("o_B.tv2", "old");
+    const Arguments arguments = {"--all-takes", "--no-clobber", "--json", Path("takes.gltf"), Path("o.tv2")};
+    const CommandResult run = Export(arguments);
+    EXPECT_EQ(run.exit_code, 0) << run.err;
+    EXPECT_EQ(Content("o_B.tv2"), "old");
+    EXPECT_NE(Content("o_A_b.tv2"), Content("o_C.tv2"));
+    const nlohmann::json files = run.Json()["files"];
+    EXPECT_EQ(files[1]["reason"], "it exists (--no-clobber)");
+    EXPECT_FALSE(files[0].contains("reason") || files[2].contains("reason"));
+    const std::string first = Content("o_A_b.tv2");
+    EXPECT_EQ(Export(arguments).exit_code, 0); // all are there now
+    EXPECT_EQ(Content("o_A_b.tv2"), first);
+}
+
+TEST_F(ExportVerbTest, DryRunsWriteNothing)
+{
+    Write("read_only.tv2", "old");
+    fs::permissions(Path("read_only.tv2"), fs::perms::owner_read);
+    const std::set<std::string> before = Files();
+    struct Case
+    {
+        Arguments arguments;
+        int exit_code;
+        std::string said;
+    };
+    const std::string walk = Path("walk.bvh"), takes = Path("takes.gltf");
+    const Case cases[] = {
+        {{walk, Path("o.tv2")}, 0, Path("o.tv2") + ": would be written: take \"Motion\"\n"},
+        {{walk, Path("new/er/o.tv2"), "--make-folders"}, 0, "er/o.tv2: would be written"},
+        {{walk, Path("new/er/o.tv2")}, 1, "No such file or directory"},
+        {{walk, Path("walk.bvh/o.tv2"), "--make-folders"}, 1, "Not a directory"},
+        {{walk, Path("read_only.tv2")}, 1, "would be skipped: it is read-only (--yes overwrites it)"},
+        {{walk, Path("read_only.tv2"), "--yes"}, 0, "read_only.tv2: would be written"},
+        {{walk, Path("read_only.tv2"), "--no-clobber"}, 0, "would be kept, it exists (--no-clobber)"},
+        {{takes, Path("o.tv2"), "--all-takes"}, 1, "would both be written to"},
+        {{takes, Path("o.tv2"), "--take", "x*"}, 1, "there is no take \"x*\""},
+        {{Path("gone.bvh"), Path("o.tv2")}, 1, "there is no such file"},
+    };
+    for (const Case& c : cases)
+    {
+        Arguments arguments = c.arguments;
+        arguments.insert(arguments.begin(), "--dry-run");
+        const CommandResult run = Export(arguments);
+        EXPECT_EQ(run.exit_code, c.exit_code) << c.said;
+        EXPECT_NE((run.out + run.err).find(c.said), std::string::npos) << c.said << run.out << run.err;
+        EXPECT_EQ(Files(), before);
+        EXPECT_EQ(Content("read_only.tv2"), "old");
+    }
+    const nlohmann::json json =
+        Export({"--dry-run", "--json", "--end-frame", "1", walk, Path("o.tv2")}).Json();
+    EXPECT_EQ(json["dryRun"], true);
+    EXPECT_EQ(json["files"][0]["wouldWrite"], true);
+    EXPECT_EQ(json["files"][0]["samples"], 2); // frames 0 and 1, one sample each
+    EXPECT_EQ(json["sources"][0]["bytes"], std::string(tv2_tests::kTwoJoints).size());
+    EXPECT_EQ(ExportWalk("new/er/o.tv2", {"--make-folders"}).exit_code, 0);
+    EXPECT_TRUE(fs::exists(Path("new/er/o.tv2")));
 }
 
 struct Refusal
