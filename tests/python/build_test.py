@@ -167,8 +167,28 @@ class Scenes(unittest.TestCase):
         self.assertEqual(files.run("check", saved(scene)).returncode, 1)  # warnings alone: nodes without tracks
         self.assertEqual([node["parent"] for node in files.answer("tree", saved(scene))["nodes"]], [-1, 0, 1])
 
+    def test_keep_bones_and_objects_at_their_nodes(self):
+        files.run("convert", files.SAMPLES / "robot_14_takes.glb", files.FOLDER / "robot.tv2")
+        source, copy = files.FOLDER / "robot_Dance.tv2", files.FOLDER / "thinned.tv2"
+
+        def tree(path):
+            nodes = files.answer("tree", "--at", 0.5, path)["nodes"]
+            return [(node["name"], nodes[node["parent"]]["name"] if node["parent"] >= 0 else None, node["kinds"],
+                     [item["name"] for item in node["objects"]], node["world"])
+                    for node in nodes if not node["name"].endswith("_end")]
+
+        scene = tev2.load(source)
+        with self.assertRaisesRegex(ValueError, r"node 'Thumb2.R' is needed by 'Hand.R' \(weighted meshes\)"):
+            scene.remove_node(scene.nodes["Thumb2.R"])
+        for node in scene.nodes:
+            if node.name.endswith("_end"):
+                scene.remove_node(node)
+        scene.save(copy)
+        self.assertEqual(len(tev2.load(copy).nodes), len(tree(source)))
+        self.assertEqual(tree(copy), tree(source))
+
     def test_keep_what_they_cannot_read_in_place(self):
-        # A camera whose effects are of another layout may refer to nodes.
+        # A helper of another layout may refer to nodes.
         kept = files.chunk(17, files.units("H") + files.units("") * 2 + struct.pack("<I", 0) + files.properties() +
                            files.NO_TRACK + b"other")
         scene = tev2.loads(files.scene_file(files.node("a"), more=kept))
