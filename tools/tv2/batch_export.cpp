@@ -163,7 +163,10 @@ private:
         report_.Add(outcome);
         last_ = scene.name;
         if (context_.json)
+        {
+            line_.Erase(); // both may be on one terminal
             context_.out << JsonLine(OutcomeJson(outcome)) << std::flush;
+        }
         if (!CanBeStamped(outcome))
             return;
         if (const Status recorded = stamps_.Record(scene, outcome.answer); !recorded && !stamp_failed_)
