@@ -64,9 +64,9 @@ SystemHandle MakeTemporary()
     if (GetTempPathA(static_cast<DWORD>(folder.size()), folder.data()) == 0 ||
         GetTempFileNameA(folder.data(), "tv2", 0, name.data()) == 0)
         return {};
-    return SystemHandle(CreateFileA(name.data(), GENERIC_READ | GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE,
-                              nullptr, CREATE_ALWAYS, FILE_ATTRIBUTE_TEMPORARY | FILE_FLAG_DELETE_ON_CLOSE,
-                              nullptr));
+    return SystemHandle(CreateFileA(name.data(), GENERIC_READ | GENERIC_WRITE,
+                                    FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr, CREATE_ALWAYS,
+                                    FILE_ATTRIBUTE_TEMPORARY | FILE_FLAG_DELETE_ON_CLOSE, nullptr));
 }
 
 std::string ContentOf(const SystemHandle& file, std::size_t most)
@@ -74,8 +74,9 @@ std::string ContentOf(const SystemHandle& file, std::size_t most)
     std::string text;
     std::array<char, 1 << 16> piece;
     SetFilePointer(file.Get(), 0, nullptr, FILE_BEGIN);
-    for (DWORD got = 0; ReadFile(file.Get(), piece.data(), static_cast<DWORD>(piece.size()), &got, nullptr) &&
-                        got > 0 && text.size() < most;)
+    for (DWORD got = 0;
+         ::ReadFile(file.Get(), piece.data(), static_cast<DWORD>(piece.size()), &got, nullptr) && got > 0 &&
+         text.size() < most;)
         text.append(piece.data(), got);
     return text;
 }
@@ -173,7 +174,7 @@ Status ProcessPool::Start(std::size_t tag, const std::vector<std::string>& comma
     process.out = MakeTemporary();
     process.err = MakeTemporary();
     const SystemHandle input(CreateFileA("NUL", GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr,
-                                   OPEN_EXISTING, 0, nullptr));
+                                         OPEN_EXISTING, 0, nullptr));
     if (!process.out || !process.err || !input)
         return LastFailure();
     STARTUPINFOA start{};
