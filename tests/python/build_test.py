@@ -198,10 +198,10 @@ class Scenes(unittest.TestCase):
 
     def test_take_properties_of_every_kind(self):
         keys = tev2.Track("vector4", TIMES, np.arange(12).reshape(3, 4))
-        cases = (("texts", ["a", "b"], ["a", "b"]), ("text", "a", ["a"]), ("none", [], []), ("int", 7, [7]), ("bool", True, [1]),
-                 ("int32", np.int32(8), [8]), ("float", 0.5, [0.5]), ("float32", np.float32(0.25), [0.25]),
-                 ("vector", (1, 2, 3), [[1, 2, 3]]), ("colour", np.arange(4), [[0, 1, 2, 3]]),
-                 ("keys", keys, keys.values.tolist()))
+        cases = (("texts", ["a", "b"], ["a", "b"]), ("text", "a", ["a"]), ("none", [], []), ("int", 7, [7]),
+                 ("bool", True, [1]), ("int32", np.int32(8), [8]), ("float", 0.5, [0.5]),
+                 ("float32", np.float32(0.25), [0.25]), ("vector", (1, 2, 3), [[1, 2, 3]]),
+                 ("colour", np.arange(4), [[0, 1, 2, 3]]), ("keys", keys, keys.values.tolist()))
         scene = tev2.Scene()
         owners = (scene.add_node("Hips"), scene.add_camera("Shot"))
         for owner in owners:
