@@ -158,12 +158,16 @@ std::string Named(const std::vector<std::pair<std::string, std::string>>& items)
 std::string Files()
 {
     return ".SH FILES\n" +
-           Named({{"~/.config/Tev2_Exporter_MB/settings",
-                   "The settings of the export dialog; in $XDG_CONFIG_HOME instead of ~/.config where it is "
-                   "set."},
-                  {".NAME.PROCESS-NUMBER.part", "A file that is being written, beside its place. One that a "
-                                                "killed process left is removed by the "
-                                                "next one that writes the same file."}});
+           Named(
+               {{"~/.config/Tev2_Exporter_MB/settings",
+                 "The settings of the export dialog; in $XDG_CONFIG_HOME instead of ~/.config where it is "
+                 "set."},
+                {".tv2-stamps",
+                 "In the folder of a batch: of which scene, options and version of the command each file is. "
+                 "tv2 export --newer reads it; without it every scene is exported."},
+                {".NAME.PROCESS-NUMBER.part", "A file that is being written, beside its place. One that a "
+                                              "killed process left is removed by the "
+                                              "next one that writes the same file."}});
 }
 
 std::string Environment()
