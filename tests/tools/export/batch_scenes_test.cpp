@@ -7,10 +7,8 @@
 #include <map>
 #include <set>
 
-#if !defined(_WIN32)
 #include <sys/stat.h>
 #include <unistd.h>
-#endif
 
 namespace
 {
@@ -219,8 +217,6 @@ TEST_F(BatchScenesTest, ClashesOfTakesAreFound)
     EXPECT_EQ(Short(reasons[2]), "\"walk_a_b_c.tv2\" would also be written by \"in/walk a.bvh\"");
 }
 
-#if !defined(_WIN32)
-
 TEST_F(BatchScenesTest, LinksAndNamesOfAllKinds)
 {
     Make("in/real/a.bvh");
@@ -271,7 +267,5 @@ TEST_F(BatchScenesTest, FoldersThatCannotBeReadAreFailures)
     ASSERT_EQ(found_.unreadable.size(), 1u);
     EXPECT_EQ(Short(found_.unreadable[0]), "cannot read the folder \"in/closed\": Permission denied");
 }
-
-#endif
 
 } // namespace
