@@ -146,7 +146,7 @@ public:
         for (PooledProcess& process : processes)
         {
             const std::pair<PrintedText*, std::size_t> both[] = {{&process.out, static_cast<std::size_t>(-1)},
-                                                             {&process.err, kMostErrors}};
+                                                                 {&process.err, kMostErrors}};
             for (const auto& reader : both)
             {
                 if (reader.first->file < 0)
