@@ -34,7 +34,7 @@ build: packages ## Build the command (build/bin/tv2), the plug-in, the libraries
 	    tev2_playback_async tev2_playback_c tev2_python tv2_manual
 
 test: packages ## Build everything and run all tests
-	@scripts/install_packages.sh xvfb valgrind python3-jsonschema man-db bash-completion
+	@scripts/install_packages.sh xvfb valgrind python3-jsonschema man-db bash-completion python3-matplotlib mypy
 	@$(CONFIGURE) release > /dev/null
 	@cmake --build --preset release
 	scripts/run_tests.sh $(BUILD) -LE viewers

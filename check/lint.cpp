@@ -117,6 +117,17 @@ std::optional<std::size_t> IndexBehind(std::string_view list, std::string_view p
     return index;
 }
 
+std::string FindingText(const Finding& finding)
+{
+    std::string text = std::string(SeverityName(finding.severity)) + ' ' + finding.code + " at byte " +
+                       std::to_string(finding.offset);
+    if (!finding.path.empty())
+        text += ", " + finding.path + (finding.name.empty() ? "" : ' ' + Quoted(finding.name));
+    else if (finding.chunk_id)
+        text += ", chunk " + std::to_string(*finding.chunk_id) + " (" + ChunkTitle(*finding.chunk_id) + ")";
+    return text + ": " + finding.message;
+}
+
 std::vector<CheckCode> LintCodes()
 {
     std::vector<CheckCode> codes;

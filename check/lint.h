@@ -26,6 +26,9 @@ struct Finding
         0; ///< how many numbers, texts or records of the same path it is about, besides the first
 };
 
+/// A finding on one line: `warning key-order at byte 120, matrixHierarchy.nodes[3].rotation "Hips": ...`.
+std::string FindingText(const Finding& finding);
+
 /// What to look for besides what is in the file.
 struct CheckOptions
 {

@@ -13,5 +13,8 @@ void BindCamera(pybind11::module_& module);
 void BindScene(pybind11::module_& module);
 void BindLoad(pybind11::module_& module);
 void BindClip(pybind11::module_& module);
+void BindRecords(pybind11::module_& module);
+void BindCheck(pybind11::module_& module);
+void BindConvert(pybind11::module_& module);
 
 } // namespace tev2_python

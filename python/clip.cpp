@@ -275,7 +275,7 @@ py::array_t<std::int32_t> ParentsOf(const Clip& clip)
     return parents;
 }
 
-std::size_t NodeOf(const Clip& clip, const std::string& name)
+std::size_t ClipNode(const Clip& clip, const std::string& name)
 {
     const int node = clip.FindNode(name);
     if (node < 0)
@@ -339,7 +339,7 @@ void BindClip(py::module_& module)
         "time_range",
         [](const Clip& self) { return std::pair(self.TimeRange().minimum, self.TimeRange().maximum); },
         "Start and end, in seconds.");
-    clip.def("find_node", NodeOf, py::arg("name"),
+    clip.def("find_node", ClipNode, py::arg("name"),
              "The index of the first node of this name. Raises KeyError where there is none.");
     BindSampling(clip);
     module.def("load_clip", LoadClipFile, py::arg("path"), py::kw_only(), py::arg("right_handed") = false,

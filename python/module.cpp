@@ -11,4 +11,7 @@ PYBIND11_MODULE(_tev2, module)
     tev2_python::BindScene(module);
     tev2_python::BindLoad(module);
     tev2_python::BindClip(module);
+    tev2_python::BindRecords(module);
+    tev2_python::BindCheck(module);
+    tev2_python::BindConvert(module);
 }

@@ -1,5 +1,8 @@
 #include "gltf/convert/report.h"
 
+#include "text/message_text.h"
+#include "text/printable.h"
+
 #include <algorithm>
 #include <array>
 #include <utility>
@@ -116,6 +119,13 @@ std::string_view NameOf(Severity severity)
         break;
     }
     return "changed";
+}
+
+std::string EntryText(const ReportEntry& entry)
+{
+    return std::string(NameOf(SeverityOf(entry.code))) + ": " + std::string(NameOf(entry.code)) + ": " +
+           (entry.count > 1 ? CountText(entry.count) + " x " : "") +
+           (entry.where.empty() ? "" : Printable(entry.where) + ": ") + Printable(entry.text);
 }
 
 void ConversionReport::Add(Code code, std::string where, std::string text, std::size_t count)

@@ -94,6 +94,9 @@ struct ReportEntry
     std::size_t count = 1; // of things, or of places
 };
 
+/// An entry on one line: `lost: material-lost: 3 x materials[2]: ...`.
+std::string EntryText(const ReportEntry& entry);
+
 /// What a conversion could not bring over as it was. The same code at more than kMostPlaces places is one entry.
 class ConversionReport
 {

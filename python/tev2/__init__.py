@@ -6,11 +6,14 @@ memory, without a copy, which keep the scene alive. A scene, and everything take
 
 from collections.abc import MutableMapping, Sequence
 
-from tev2._errors import Error, Finding, LoadError, SaveError
-from tev2._tev2 import Camera, Clip, Node, Nodes, Properties, Scene, Track, __version__, load, load_clip, loads
+from tev2._errors import CheckFinding, Conversion, ConversionError, Error, Finding, LoadError, SaveError
+from tev2._record import Record
+from tev2._tev2 import (Camera, Clip, Node, Nodes, Properties, Scene, Track, __version__, check, check_codes, from_glb,
+                        load, load_clip, loads, to_glb)
 
-__all__ = ["Camera", "Clip", "Error", "Finding", "LoadError", "Node", "Nodes", "Properties", "SaveError", "Scene",
-           "Track", "__version__", "load", "load_clip", "loads"]
+__all__ = ["Camera", "CheckFinding", "Clip", "Conversion", "ConversionError", "Error", "Finding", "LoadError", "Node",
+           "Nodes", "Properties", "Record", "SaveError", "Scene", "Track", "__version__", "check", "check_codes",
+           "from_glb", "load", "load_clip", "loads", "to_glb"]
 
 # What follows from their own methods.
 for _of, _class, _names in ((MutableMapping, Properties, ("clear", "pop", "popitem", "setdefault", "update")),

@@ -90,3 +90,71 @@ class SaveError(Error):
 
     def __str__(self):
         return self.args[0]
+
+
+class CheckFinding(NamedTuple):
+    """One thing that a check found: an error, a suspicious value or a note.
+
+    `str(finding)` is one line, the same that `tv2 check` prints.
+    """
+
+    code: str
+    """A name that never changes; check_codes() has them all."""
+    severity: str
+    """"error", "warning" or "note"."""
+    offset: int
+    """The byte of the file."""
+    chunk: Optional[int]
+    """The kind of the chunk that contains it, or None outside every chunk."""
+    chunk_offset: int
+    """The first byte of that chunk."""
+    path: str
+    """The record, such as "matrixHierarchy.nodes[3].rotation"; may be empty."""
+    name: str
+    """Of the node or object that the record is or belongs to; may be empty."""
+    message: str
+    """What is the matter, with the numbers."""
+    text: str
+    """All of it on one line."""
+
+    def __str__(self):
+        return self.text
+
+
+class Conversion(NamedTuple):
+    """One thing that a conversion could not bring over as it was.
+
+    `str(entry)` is one line, the same that `tv2 convert` prints.
+    """
+
+    code: str
+    """A name that never changes; `tv2 convert --codes` lists them."""
+    severity: str
+    """"lost", "assumed" or "changed"."""
+    where: str
+    """The record or place in the document; may be empty."""
+    message: str
+    """What happened there."""
+    count: int
+    """Of things, or of places."""
+    text: str
+    """All of it on one line."""
+
+    def __str__(self):
+        return self.text
+
+
+class ConversionError(Error):
+    """Scenes that cannot be converted, or only with losses that the caller does not accept."""
+
+    def __init__(self, message: str, file: str, reason: str, report: List[Conversion] = ()):
+        super().__init__(message, file, reason, list(report))
+        self.file = file
+        """The path, as given."""
+        self.reason = reason
+        """What is wrong, without the file."""
+        self.report = list(report)
+        """What would be lost or changed, as far as it is known."""
+
+    def __str__(self):
+        return self.args[0]

@@ -62,22 +62,6 @@ std::string CountsText(const std::array<std::size_t, 3>& counts)
     return text;
 }
 
-void PrintFinding(const Finding& finding, std::ostream& out)
-{
-    out << "  " << SeverityName(finding.severity) << ' ' << finding.code << " at byte " << finding.offset;
-    if (!finding.path.empty())
-    {
-        out << ", " << finding.path;
-        if (!finding.name.empty())
-            out << ' ' << Quoted(finding.name);
-    }
-    else if (finding.chunk_id)
-    {
-        out << ", chunk " << *finding.chunk_id << " (" << TEV2_LOADER::ChunkTitle(*finding.chunk_id) << ")";
-    }
-    out << ": " << finding.message << '\n';
-}
-
 Json ToJson(const Finding& finding)
 {
     Json json;
@@ -113,7 +97,7 @@ void PrintFile(const LoadedFile& file, const std::vector<Finding>& findings, con
     {
         Rest& rest = rests[finding.code];
         if (++rest.found <= kMostOfOneCode || all)
-            PrintFinding(finding, out);
+            out << "  " << FindingText(finding) << '\n';
         else if (!finding.name.empty() && (rest.names.empty() || rest.names.back() != finding.name))
             rest.names.push_back(finding.name);
     }

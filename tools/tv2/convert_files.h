@@ -50,16 +50,9 @@ struct Converted
     std::vector<std::string> notes;
 };
 
-/// Whether a path ends so, in letters of either case.
-bool HasExtension(const std::string& path, std::string_view extension);
-
-/// The direction follows from the names. A failure names the file.
-bool IsGltfPath(const std::string& path);
 bool IsTev2Path(const std::string& path);
 
-/// What leads from the folder of one file to that of another, with a / at its end; empty in the same folder.
-std::string WayBetween(const std::string& from, const std::string& to);
-
+/// The direction follows from the names. A failure names the file.
 TEV2_LOADER::Status ConvertToGltf(const ConvertRequest& request, Converted& converted);
 TEV2_LOADER::Status ConvertFromGltf(const ConvertRequest& request, Converted& converted);
 

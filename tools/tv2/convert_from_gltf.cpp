@@ -1,6 +1,7 @@
 #include "tools/tv2/convert_files.h"
 
 #include "exporter/rules/file_naming.h"
+#include "gltf/convert/document_files.h"
 #include "gltf/convert/from_gltf.h"
 #include "gltf/error.h"
 #include "tev2_loader/file.h"
@@ -9,9 +10,7 @@
 #include "tev2_loader/io/wide_string.h"
 #include "tools/tv2/text.h"
 
-#include <algorithm>
 #include <filesystem>
-#include <map>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -28,55 +27,15 @@ namespace
 
 constexpr std::string_view kExtension = ".tv2";
 
-/// A text that is part of a file name on every system.
-std::string AsFileName(std::string_view text)
-{
-    constexpr std::string_view kNotInNames = "/\\:*?\"<>|";
-    std::string name(text);
-    std::replace_if(
-        name.begin(), name.end(),
-        [&](char c)
-        { return static_cast<unsigned char>(c) < 0x20 || kNotInNames.find(c) != std::string::npos; },
-        '_');
-    constexpr std::size_t kMostBytes = 100;
-    std::size_t end = std::min(name.size(), kMostBytes);
-    while (end < name.size() && end > 0 && (static_cast<unsigned char>(name[end]) & 0xC0) == 0x80)
-        --end;
-    name.resize(end);
-    return name.empty() ? "animation" : name;
-}
-
-/// How names are compared on systems that ignore case.
-std::string LowerCase(std::string text)
-{
-    std::ranges::transform(text, text.begin(),
-                           [](char c)
-                           { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; });
-    return text;
-}
-
-/// The name of each animation, the repeated ones numbered.
-std::vector<std::u16string> TakeNames(const tev2_gltf::FromGltf& from)
-{
-    std::vector<std::u16string> names;
-    std::map<std::string, std::size_t> taken; // and how often
-    for (std::size_t i = 0; i < from.SceneCount(); ++i)
-    {
-        const std::string name = AsFileName(from.SceneName(i));
-        std::string unique = name;
-        while (!taken.try_emplace(LowerCase(unique), 0).second)
-            unique = name + "_" + std::to_string(++taken[LowerCase(name)]);
-        names.push_back(TEV2_WIDE_STRING::FromBytes(unique).Text());
-    }
-    return names;
-}
-
 /// One path for each scene, as an export names its takes: the output itself for one scene.
 std::vector<std::string> OutputPaths(const std::string& output, const tev2_gltf::FromGltf& from)
 {
     std::vector<std::string> paths;
+    std::vector<std::u16string> takes;
+    for (const std::string& name : tev2_gltf::TakeNames(from))
+        takes.push_back(TEV2_WIDE_STRING::FromBytes(name).Text());
     for (const std::u16string& path : tev2_exporter::OutputFileNames(
-             TEV2_WIDE_STRING::FromBytes(output).Text(), TakeNames(from), from.SceneCount() > 1, false))
+             TEV2_WIDE_STRING::FromBytes(output).Text(), takes, from.SceneCount() > 1, false))
         paths.push_back(NarrowUtf8(path));
     return paths;
 }
@@ -120,7 +79,7 @@ struct Source
         const std::string name = request.output.substr(FolderOf(request.output).size());
         return {.standard_materials = request.standard_materials,
                 .image_stem = name.substr(0, name.size() - kExtension.size()),
-                .image_folder = WayBetween(request.output, request.inputs.front())};
+                .image_folder = tev2_gltf::WayBetween(request.output, request.inputs.front())};
     }
 
     std::vector<std::uint8_t> image;

@@ -1,14 +1,14 @@
 #include "tools/tv2/convert_files.h"
 
+#include "gltf/convert/document_files.h"
 #include "gltf/error.h"
 #include "tev2_loader/io/whole_file.h"
 #include "tools/tv2/loaded_file.h"
 #include "tools/tv2/notes.h"
 #include "tools/tv2/text.h"
 
-#include <algorithm>
-#include <filesystem>
 #include <memory>
+#include <utility>
 
 namespace tv2
 {
@@ -17,22 +17,6 @@ using namespace TEV2_LOADER;
 
 namespace
 {
-
-std::string WithSlashes(const std::filesystem::path& path)
-{
-    const std::u8string text = path.generic_u8string();
-    return {text.begin(), text.end()};
-}
-
-std::filesystem::path PathOf(const std::string& utf8)
-{
-    return std::u8string(utf8.begin(), utf8.end());
-}
-
-std::string StemOf(const std::string& path)
-{
-    return WithSlashes(PathOf(path).stem());
-}
 
 std::vector<ConvertedFile::Count> CountsOf(const gltf::Json& root)
 {
@@ -64,36 +48,17 @@ Status Load(const std::string& path, LoadedFile& file)
 /// The files of a finished document, as bytes.
 void AddFiles(const std::string& output, gltf::DocumentBuilder& builder, Converted& converted)
 {
-    const auto add = [&](const std::string& path, std::string_view holds,
-                         std::vector<ConvertedFile::Count> counts, std::string bytes)
+    for (tev2_gltf::DocumentFile& file : tev2_gltf::DocumentFiles(output, builder))
     {
-        const auto shared = std::make_shared<std::string>(std::move(bytes));
+        const auto shared = std::make_shared<std::string>(std::move(file.bytes));
         converted.files.push_back(
-            {path, holds, std::move(counts), [path, shared] { return WriteWholeFile(path, *shared); }});
-    };
-    if (!HasExtension(output, ".gltf"))
-        return add(output, "scene", CountsOf(builder.Root()), builder.Glb());
-    const std::string binary = output.substr(0, output.size() - std::string_view(".gltf").size()) + ".bin";
-    const auto bytes = builder.Binary();
-    if (!bytes.empty())
-        add(binary, "buffer", {}, {bytes.begin(), bytes.end()});
-    add(output, "scene", CountsOf(builder.Root()),
-        builder.Gltf(PercentEncoded(WithSlashes(PathOf(binary).filename()))));
+            {file.path, file.is_buffer ? "buffer" : "scene",
+             file.is_buffer ? std::vector<ConvertedFile::Count>() : CountsOf(builder.Root()),
+             [path = file.path, shared] { return WriteWholeFile(path, *shared); }});
+    }
 }
 
 } // namespace
-
-std::string WayBetween(const std::string& from, const std::string& to)
-{
-    std::error_code ignored;
-    const auto folder = [&](const std::string& file)
-    {
-        return std::filesystem::weakly_canonical(std::filesystem::absolute(PathOf(file), ignored), ignored)
-            .parent_path();
-    };
-    const std::string way = WithSlashes(folder(to).lexically_relative(folder(from)));
-    return way.empty() || way == "." ? std::string() : way + "/";
-}
 
 Status ConvertToGltf(const ConvertRequest& request, Converted& converted)
 {
@@ -104,14 +69,14 @@ Status ConvertToGltf(const ConvertRequest& request, Converted& converted)
         if (Status loaded = Load(request.inputs[i], files[i]); !loaded)
             return loaded;
         const std::string name =
-            files[i].argument == kStandardInput ? "animation" : StemOf(request.inputs[i]);
+            files[i].argument == kStandardInput ? "animation" : tev2_gltf::StemOf(request.inputs[i]);
         sources.push_back({*files[i].scene, name});
         converted.worlds.push_back(
             request.world.value_or(tev2_gltf::WorldOf(*files[i].scene).value_or(tev2_gltf::World::YUp)));
     }
     tev2_gltf::ToGltfOptions options{.world = request.world, .at = request.at};
     if (request.inputs[0] != kStandardInput)
-        options.image_folder = WayBetween(request.output, request.inputs[0]);
+        options.image_folder = tev2_gltf::WayBetween(request.output, request.inputs[0]);
     const TEV2_FLOAT32_RANGE& range = files[0].scene->environment.timeRange;
     if (request.at && (*request.at < range.minimum || *request.at > range.maximum))
         converted.notes.push_back(OutsideRangeNote(*request.at, range));

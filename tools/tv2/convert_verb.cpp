@@ -1,5 +1,6 @@
 // tv2 convert: scenes to glTF and back, with a report of what was lost or changed.
 
+#include "gltf/convert/document_files.h"
 #include "tools/tv2/convert_files.h"
 #include "tools/tv2/json_answer.h"
 #include "tools/tv2/system.h"
@@ -13,21 +14,9 @@
 namespace tv2
 {
 
+using tev2_gltf::HasExtension;
+using tev2_gltf::IsGltfPath;
 using TEV2_LOADER::Status;
-
-bool HasExtension(const std::string& path, std::string_view extension)
-{
-    const auto is_same = [](char a, char b)
-    { return a == b || (a >= 'A' && a <= 'Z' && a - 'A' + 'a' == b); };
-    return path.size() >= extension.size() &&
-           std::equal(path.end() - static_cast<std::ptrdiff_t>(extension.size()), path.end(),
-                      extension.begin(), is_same);
-}
-
-bool IsGltfPath(const std::string& path)
-{
-    return HasExtension(path, ".glb") || HasExtension(path, ".gltf");
-}
 
 bool IsTev2Path(const std::string& path)
 {
@@ -230,15 +219,7 @@ private:
     static void PrintReport(const Converted& converted, std::ostream& out)
     {
         for (const tev2_gltf::ReportEntry& entry : converted.report.Entries())
-        {
-            out << "  " << tev2_gltf::NameOf(tev2_gltf::SeverityOf(entry.code)) << ": "
-                << tev2_gltf::NameOf(entry.code) << ": ";
-            if (entry.count > 1)
-                out << CountText(entry.count) << " x ";
-            if (!entry.where.empty())
-                out << Printable(entry.where) << ": ";
-            out << Printable(entry.text) << '\n';
-        }
+            out << "  " << tev2_gltf::EntryText(entry) << '\n';
     }
 
     static void ListCodes(VerbContext& context)

@@ -5,19 +5,6 @@
 namespace tv2
 {
 
-namespace
-{
-
-/// "%0A"
-std::string PercentByte(char byte)
-{
-    constexpr std::string_view kDigits = "0123456789ABCDEF";
-    const auto value = static_cast<unsigned char>(byte);
-    return {'%', kDigits[value >> 4U], kDigits[value & 0xFU]};
-}
-
-} // namespace
-
 bool TextTellsUnits(std::u16string_view units)
 {
     const auto ascii = [](char16_t unit) { return unit < 0x80; };
@@ -73,18 +60,6 @@ std::string Wrapped(std::string_view text, std::size_t width, std::size_t indent
         used = indent;
         text.remove_prefix(end + 1);
     }
-}
-
-std::string PercentEncoded(std::string_view bytes)
-{
-    std::string encoded;
-    for (const char c : bytes)
-    {
-        const bool plain = (c >= '0' && c <= '9') || (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z') ||
-                           std::string_view("-._~/").find(c) != std::string_view::npos;
-        encoded += plain ? std::string(1, c) : PercentByte(c);
-    }
-    return encoded;
 }
 
 } // namespace tv2

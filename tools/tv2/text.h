@@ -2,6 +2,7 @@
 
 #include "tev2_loader/io/wide_string.h"
 #include "text/message_text.h"
+#include "text/percent.h"
 #include "text/printable.h"
 #include "text/utf8.h"
 
@@ -29,8 +30,5 @@ std::string Wrapped(std::string_view text, std::size_t width, std::size_t indent
 
 /// Number of terminal columns of a text, one per character.
 std::size_t ColumnsOf(std::string_view text);
-
-/// Every byte but ASCII letters, digits and -._~/ as %XX.
-std::string PercentEncoded(std::string_view bytes);
 
 } // namespace tv2

@@ -1,0 +1,63 @@
+#!/usr/bin/env python3
+"""Measures clip.sample beside the C++ player doing the same: W2 at 1,000 times, into an array that is there.
+
+    bench/python_bench.py BUILD [--repetitions 21]
+
+Both take turns, so that a busy machine slows both. Prints medians and bests, and the mark: at most 1.2 times.
+"""
+
+import argparse
+import os
+import statistics
+import subprocess
+import sys
+import tempfile
+import time
+
+TIMES = 1000
+MARK = 1.2
+
+
+def main():
+    parser = argparse.ArgumentParser()
+    parser.add_argument("build")
+    parser.add_argument("--repetitions", type=int, default=21)
+    arguments = parser.parse_args()
+    sys.path.insert(0, os.path.join(arguments.build, "python"))
+    import numpy as np
+    import tev2
+
+    ours, floor, fresh = [], [], []
+    with tempfile.TemporaryDirectory() as folder:
+        path = os.path.join(folder, "w2.tv2")
+        with subprocess.Popen([os.path.join(arguments.build, "bin", "sample_bench"), path, str(TIMES)], text=True,
+                              stdin=subprocess.PIPE, stdout=subprocess.PIPE) as player:
+            player.stdout.readline()
+            clip = tev2.load_clip(path)
+            times = np.linspace(0, clip.time_range[1], TIMES)
+            out = np.zeros((TIMES, len(clip.nodes), 4, 4), np.float32)
+
+            def seconds(work):
+                start = time.perf_counter()
+                work()
+                return time.perf_counter() - start
+
+            for turn in range(arguments.repetitions + 1):
+                player.stdin.write("\n")
+                player.stdin.flush()
+                taken = float(player.stdout.readline())
+                if turn > 0:  # the first is for the caches
+                    floor.append(taken)
+                    ours.append(seconds(lambda: clip.sample(times, out=out)))
+                    fresh.append(seconds(lambda: clip.sample(times)))
+            player.stdin.close()
+    ratio = statistics.median(ours) / statistics.median(floor)
+    for title, values in (("clip.sample of W2 at 1,000 times", ours), ("the same into a new array", fresh),
+                          ("the C++ player", floor)):
+        print(f"{title:<52} {1e3 * statistics.median(values):8.2f} ms ({1e3 * min(values):.2f})")
+    print(f"{'clip.sample beside the C++ player':<52} {ratio:8.2f} x, at most {MARK}: "
+          f"{'reached' if ratio <= MARK else 'MISSED'}")
+
+
+if __name__ == "__main__":
+    main()
