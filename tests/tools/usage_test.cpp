@@ -133,6 +133,13 @@ TEST_F(UsageTest, BadUsageCannotRunAndSaysWhatWasProbablyMeant)
     }
 }
 
+TEST_F(UsageTest, ANameInBracketsIsOneName)
+{
+    const std::string file = Write(SoundImage());
+    EXPECT_EQ(Shell("cd " + Path("") + " && cp " + file + " '[a,b]' && tv2 info '[a,b]' > printed"), 0);
+    ExpectParts(ReadText(Path("printed")), {"[a,b]\n"});
+}
+
 TEST_F(UsageTest, ReadsStandardInputAndDrawsToStandardOutput)
 {
     const std::string file = Write(SoundImage());
