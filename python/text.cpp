@@ -45,18 +45,22 @@ void SetText(TEV2_WIDE_STRING& text, const py::str& value, const char* what)
     if (Same(Text(text), value))
         return;
     TEV2_WIDE_STRING made;
-    if (const char* const utf8 = PyUnicode_AsUTF8(value.ptr()); utf8 != nullptr)
+    py::ssize_t size = 0;
+    if (const char* const utf8 = PyUnicode_AsUTF8AndSize(value.ptr(), &size); utf8 != nullptr)
     {
-        py::ssize_t size = 0;
-        made = TEV2_WIDE_STRING::FromBytes(
-            {PyUnicode_AsUTF8AndSize(value.ptr(), &size), static_cast<std::size_t>(size)});
+        made = TEV2_WIDE_STRING::FromBytes({utf8, static_cast<std::size_t>(size)});
     }
     else
     {
         PyErr_Clear(); // unpaired surrogates have no UTF-8
-        const std::string bytes = value.attr("encode")("utf-16-le", "surrogatepass").cast<py::bytes>();
-        std::u16string units(bytes.size() / sizeof(char16_t), u'\0');
-        bytes.copy(reinterpret_cast<char*>(units.data()), bytes.size());
+        std::u16string units;
+        for (py::ssize_t index = 0; index < PyUnicode_GET_LENGTH(value.ptr()); ++index)
+        {
+            const char32_t point = PyUnicode_READ_CHAR(value.ptr(), index);
+            if (point >= 0x10000)
+                units += static_cast<char16_t>(0xD7C0 + (point >> 10));
+            units += static_cast<char16_t>(point < 0x10000 ? point : 0xDC00 + (point & 0x3FF));
+        }
         made = TEV2_WIDE_STRING(std::move(units));
     }
     if (made.Text().size() > kMostStringUnits)

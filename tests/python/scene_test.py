@@ -124,7 +124,7 @@ class Names(unittest.TestCase):
         (list("骨😀".encode()), "骨😀"),
         ([0x9AA8, 0xD83D, 0xDE00], "骨😀"),
         ([0x41, 0xD800, 0x42], "A\ud800B"),  # an unpaired surrogate
-        ([0xDC00, 0xD800], "\udc00\ud800"),
+        ([0xDC00, 0xD83D, 0xDE00, 0xD800], "\udc00😀\ud800"),
         ([0x41, 0, 0x42], "A\0B"),
     )
 
