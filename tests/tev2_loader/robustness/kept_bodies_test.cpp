@@ -69,7 +69,8 @@ void ExpectKept(const Chunk& chunk)
         const auto image = WrittenBy([&](TEV2_FILE_WRITER& writer) { saved = outcome->scene.Save(writer); });
         EXPECT_TRUE(saved || version != kVersion);
         EXPECT_FALSE(saved && version != kVersion && !has_placed);
-        EXPECT_FALSE(std::ranges::search(image, chunk.Whole().data).empty());
+        const auto whole = chunk.Whole().data;
+        EXPECT_NE(std::search(image.begin(), image.end(), whole.begin(), whole.end()), image.end());
     }
 }
 
@@ -96,7 +97,8 @@ TEST(KeptBodies, OfEveryKindAreSavedAsTheyWere)
         damaged.body.resize(sample.body.size() - 1);
         ExpectKept(damaged);
         damaged = sample;
-        const auto number = std::ranges::search(damaged.body, layout.data).begin();
+        const auto number =
+            std::search(damaged.body.begin(), damaged.body.end(), layout.data.begin(), layout.data.end());
         ASSERT_NE(number, damaged.body.end());
         ++*number;
         ExpectKept(damaged);
