@@ -249,8 +249,8 @@ TEST(Splines, HavePointsAtTheirPresentTime)
     auto& moving = static_cast<TEV2_ANIM_BEZIER_SPLINE&>(*object.splines[1]);
     moving.curves.emplace_back(); // starts where the first one ends
     object.SetTime(1.5f);
-    EXPECT_EQ(moving.Curve(0).end, TEV2_VECTOR_3(7.5f, 0, 0));
-    EXPECT_EQ(moving.Curve(1).start, TEV2_VECTOR_3(7.5f, 0, 0));
+    EXPECT_EQ(moving.Curve(0).end, (TEV2_VECTOR_3{7.5f, 0, 0}));
+    EXPECT_EQ(moving.Curve(1).start, (TEV2_VECTOR_3{7.5f, 0, 0}));
     EXPECT_EQ(moving.Curve(1).end, TEV2_VECTOR_3());
     for (const auto& spline : object.splines)
         for (std::size_t curve = 0; curve < spline->CurveCount(); ++curve)
@@ -262,7 +262,7 @@ TEST(Splines, HavePointsAtTheirPresentTime)
                 EXPECT_NEAR(point.y, expected.y, 1e-5f);
                 EXPECT_NEAR(point.z, expected.z, 1e-5f);
             }
-    EXPECT_EQ(moving.curves[0].Point(1.0f), TEV2_VECTOR_3(7.5f, 0, 0));
+    EXPECT_EQ(moving.curves[0].Point(1.0f), (TEV2_VECTOR_3{7.5f, 0, 0}));
 }
 
 } // namespace
