@@ -52,6 +52,13 @@ def output_of(*command):
     return subprocess.run(command, check=True, stdout=subprocess.PIPE, text=True, cwd=TREE).stdout
 
 
+def install(build, component, prefix):
+    # Stripping would write the present time.
+    environment = {**os.environ, "SOURCE_DATE_EPOCH": changelog("Timestamp")}
+    subprocess.run(["cmake", "--install", build, "--prefix", prefix, "--component", component, "--strip"], check=True,
+                   stdout=subprocess.DEVNULL, env=environment)
+
+
 def changelog(field):
     return output_of("dpkg-parsechangelog", "--show-field", field).strip()
 
@@ -71,8 +78,7 @@ def collect(build):
     files = {"README.txt": README.format(version=changelog("Version")).replace("\n", "\r\n").encode()}
     with tempfile.TemporaryDirectory() as prefix:
         for component in ("command", "exporter"):
-            output_of("cmake", "--install", os.path.abspath(build), "--prefix", prefix, "--component", component,
-                      "--strip")
+            install(build, component, prefix)
         files.update((name, content(os.path.join(prefix, name))) for name in files_below(prefix))
     for source in SOURCES:
         path = os.path.join(TREE, source)

@@ -24,7 +24,7 @@ package="$(echo "$work"/tv2-*-windows)"
 contents() { build/bin/tv2 hash "$1" | cut -c1-64; } # of all bytes but the texts with path, user and time
 windows() { timeout 120 scripts/with_wine.sh /usr/lib/wine/wine64 "$package/bin/tv2.exe" "$@"; }
 build/bin/tv2 export --quiet --all-takes samples/robot_14_takes.glb "$work/linux.tv2"
-windows export --quiet --all-takes "$package/samples/robot_14_takes.glb" "$package/windows.tv2"
+windows export --quiet --all-takes "Z:$package/samples/robot_14_takes.glb" "Z:$package/windows.tv2"
 takes=0
 for file in "$work"/linux_*.tv2; do
     other="$package/windows_${file#*linux_}"
@@ -50,8 +50,8 @@ installed="$work/MotionBuilder/bin/x64/plugins"
 for file in tv2_export.py tv2_export_rules.dll; do
     [ -e "$installed/$file" ] || fail "$installed/$file is not installed"
 done
-windows export --quiet --take Dance --plugin "$installed/tv2_motionbuilder_export_tool.dll" \
-    "$package/samples/robot_14_takes.glb" "$package/built.tv2"
+windows export --quiet --take Dance --plugin "Z:$installed/tv2_motionbuilder_export_tool.dll" \
+    "Z:$package/samples/robot_14_takes.glb" "Z:$package/built.tv2"
 [ "$(contents "$package/built.tv2")" = "$(contents "$work/linux_Dance.tv2")" ] ||
     fail "the plug-in built from the sources in the zip exports something else"
 echo "the sources in the zip: MinGW-w64 builds a plug-in of them, which exports the same"
