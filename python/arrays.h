@@ -2,6 +2,7 @@
 
 #include <pybind11/numpy.h>
 
+#include <string>
 #include <vector>
 
 namespace tev2_python
@@ -15,6 +16,23 @@ inline pybind11::array ViewOf(const pybind11::dtype& type, std::vector<pybind11:
     pybind11::array view(type, std::move(shape), std::move(strides), data, owner);
     view.attr("setflags")(pybind11::arg("write") = false);
     return view;
+}
+
+using Numbers = pybind11::array_t<double, pybind11::array::c_style | pybind11::array::forcecast>;
+
+/// Numbers of a Python object, of which every 32-bit number is exact. Raises TypeError for anything else.
+inline Numbers NumbersFrom(pybind11::handle object, const char* what, bool whole)
+{
+    const pybind11::array array = pybind11::array::ensure(object);
+    const char kind = array ? array.dtype().kind() : 'O';
+    if (array && array.size() != 0 && (kind == 'b' || kind == 'i' || kind == 'u' || (kind == 'f' && !whole)))
+        return array;
+    if (array && array.size() == 0)
+        return Numbers(std::vector<pybind11::ssize_t>(array.shape(), array.shape() + array.ndim()));
+    throw pybind11::type_error(
+        std::string(what) + ": expected " + (whole ? "whole numbers" : "numbers") + ", got " +
+        std::string(pybind11::str(array && kind != 'O' ? pybind11::object(array.dtype())
+                                                       : pybind11::object(pybind11::type::of(object)))));
 }
 
 } // namespace tev2_python

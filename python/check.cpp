@@ -1,5 +1,6 @@
 #include "check/lint.h"
 #include "python/bindings.h"
+#include "python/gil.h"
 #include "python/load.h"
 #include "python/scene.h"
 #include "python/text.h"
@@ -57,7 +58,7 @@ LoadedFile FileOf(const py::object& scene_or_path)
         file.argument = file.title = PathText(scene_or_path);
         file.image = ReadOrRaise(file.argument);
     }
-    const py::gil_scoped_release no_gil;
+    const WithoutGil no_gil;
     LoadSceneOf(file);
     return file;
 }
@@ -67,8 +68,8 @@ py::object ToPython(const Finding& finding)
     return py::module_::import("tev2._errors")
         .attr("CheckFinding")(finding.code, SeverityName(finding.severity), finding.offset,
                               finding.chunk_id ? py::object(py::int_(*finding.chunk_id)) : py::none(),
-                              finding.chunk_offset, PathTitle(finding.path), PathTitle(finding.name),
-                              PathTitle(finding.message), PathTitle(FindingText(finding)));
+                              finding.chunk_offset, Utf8Text(finding.path), Utf8Text(finding.name),
+                              Utf8Text(finding.message), Utf8Text(FindingText(finding)));
 }
 
 py::list Check(const py::object& scene_or_path, const py::object& like, bool files)
@@ -85,7 +86,7 @@ py::list Check(const py::object& scene_or_path, const py::object& like, bool fil
         throw py::value_error("files needs to know the folder of the file: give its path instead of a scene");
     std::vector<Finding> findings;
     {
-        const py::gil_scoped_release no_gil;
+        const WithoutGil no_gil;
         findings = Examine(file, {.files = files, .like = like.is_none() ? nullptr : rig.scene.get()});
     }
     py::list list;

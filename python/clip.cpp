@@ -1,6 +1,8 @@
 #include "tev2_playback/clip.h"
 
+#include "python/arrays.h"
 #include "python/bindings.h"
+#include "python/gil.h"
 #include "python/load.h"
 #include "python/matrices.h"
 #include "python/scene.h"
@@ -12,7 +14,10 @@
 #include <pybind11/numpy.h>
 #include <pybind11/stl.h>
 
+#include <algorithm>
+#include <cmath>
 #include <cstring>
+#include <limits>
 #include <span>
 #include <string>
 #include <string_view>
@@ -41,10 +46,19 @@ Frame FrameOf(bool right_handed)
 
 std::vector<float> TimesOf(const py::object& times)
 {
-    const py::array_t<float, py::array::c_style | py::array::forcecast> array(times);
-    if (array.ndim() > 1)
+    const Numbers numbers = NumbersFrom(times, "times", false);
+    if (numbers.ndim() > 1)
         throw py::value_error("times is not one number or a list of numbers");
-    return {array.data(), array.data() + array.size()};
+    std::vector<float> seconds(static_cast<std::size_t>(numbers.size()));
+    for (std::size_t row = 0; row < seconds.size(); ++row)
+    {
+        const double time = numbers.data()[row];
+        if (std::isnan(time))
+            throw py::value_error("times[" + std::to_string(row) + "] is NaN");
+        constexpr double kMost = std::numeric_limits<float>::max();
+        seconds[row] = static_cast<float>(std::clamp(time, -kMost, kMost));
+    }
+    return seconds;
 }
 
 /// A new array of this shape, or `out` where it fits.
@@ -69,14 +83,14 @@ Floats Output(const py::object& out, const std::vector<py::ssize_t>& shape)
 template <typename Step>
 void AtEach(const Clip& clip, const std::vector<float>& times, Step step)
 {
-    const py::gil_scoped_release no_gil;
+    const WithoutGil no_gil;
     Player player(clip);
     const std::size_t rows_between_looks = 1 + kNodesBetweenLooks / (1 + clip.NodeCount());
     for (std::size_t row = 0; row < times.size(); ++row)
     {
         if (row % rows_between_looks == rows_between_looks - 1)
         {
-            const py::gil_scoped_acquire gil;
+            const WithGil gil;
             if (PyErr_CheckSignals() != 0)
                 throw py::error_already_set();
         }
@@ -135,16 +149,18 @@ std::size_t CameraOf(const Clip& clip, const py::object& camera)
 {
     if (py::isinstance<py::str>(camera))
     {
-        const int found = clip.FindCamera(camera.cast<std::string>());
+        const int found = clip.FindCamera(std::string(py::str(camera)));
         if (found < 0)
             throw py::key_error("there is no camera " + std::string(py::repr(camera)));
         return static_cast<std::size_t>(found);
     }
-    const auto index = camera.cast<std::size_t>();
-    if (index >= clip.CameraCount())
+    const py::ssize_t index = PyNumber_AsSsize_t(camera.ptr(), PyExc_IndexError); // or TypeError
+    if (index == -1 && PyErr_Occurred() != nullptr)
+        throw py::error_already_set();
+    if (index < 0 || static_cast<std::size_t>(index) >= clip.CameraCount())
         throw py::index_error("camera " + std::to_string(index) + " of " +
                               std::to_string(clip.CameraCount()));
-    return index;
+    return static_cast<std::size_t>(index);
 }
 
 py::dict SampleCamera(const Clip& clip, const py::object& which, const py::object& when)
@@ -239,7 +255,7 @@ Clip LoadClipFile(const py::object& path, bool right_handed)
     TEV2_LOAD_REPORT report;
     Status loaded;
     {
-        const py::gil_scoped_release no_gil;
+        const WithoutGil no_gil;
         const LoadClipOptions options = {.clip = {.frame = FrameOf(right_handed)}, .report = &report};
         loaded = LoadClipMemory(image.data(), image.size(), clip, options);
     }
@@ -294,7 +310,7 @@ void BindSampling(py::class_<Clip>& clip)
         "row (0, 0, 0, 1). Times are rounded to float32; those outside the clip hold its first and last "
         "keys.\n"
         "World poses are those of the C++ player, to the last bit.\n\n"
-        "times: a number, or a list or array of them.\n"
+        "times: a number, or a list or array of them. Raises ValueError for NaN.\n"
         "out: the array to write to and return, in place of a new one.\n\n"
         "Other threads of Python run meanwhile, and may sample the same clip.");
     clip.def("sample_camera", SampleCamera, py::arg("camera"), py::arg("times"),
@@ -341,6 +357,12 @@ void BindClip(py::module_& module)
         "Start and end, in seconds.");
     clip.def("find_node", ClipNode, py::arg("name"),
              "The index of the first node of this name. Raises KeyError where there is none.");
+    clip.def("__repr__",
+             [](const Clip& self)
+             {
+                 return "<tev2.Clip, " + std::to_string(self.NodeCount()) + " nodes, " +
+                        std::to_string(self.CameraCount()) + " cameras>";
+             });
     BindSampling(clip);
     module.def("load_clip", LoadClipFile, py::arg("path"), py::kw_only(), py::arg("right_handed") = false,
                "Load the clip of a file without its scene, which is faster. Raises LoadError, as load does.");

@@ -35,8 +35,8 @@ py::list ToPython(const ConversionReport& report)
     py::list list;
     for (const ReportEntry& entry : report.Entries())
         list.append(type(py::str(NameOf(entry.code)), py::str(NameOf(SeverityOf(entry.code))),
-                         PathTitle(entry.where), PathTitle(entry.text), entry.count,
-                         PathTitle(EntryText(entry))));
+                         Utf8Text(entry.where), Utf8Text(entry.text), entry.count,
+                         Utf8Text(EntryText(entry))));
     return list;
 }
 
@@ -57,22 +57,27 @@ py::list Checked(const ConversionReport& report, bool strict, const std::string&
     return list;
 }
 
+ScenePointer SceneOf(py::handle object)
+{
+    return Expected<Scene>(object, "a Scene").cast<ScenePointer>();
+}
+
 /// One scene, a list of them or a dict from names to them.
 std::vector<std::pair<std::string, ScenePointer>> SourcesOf(const py::object& scenes, const std::string& path)
 {
     if (py::isinstance<Scene>(scenes))
         return {{StemOf(path), scenes.cast<ScenePointer>()}};
     std::vector<std::pair<std::string, ScenePointer>> sources;
-    if (py::isinstance<py::dict>(scenes))
+    if (py::hasattr(scenes, "items"))
     {
-        for (const auto& [name, scene] : scenes.cast<py::dict>())
-            sources.emplace_back(name.cast<std::string>(), scene.cast<ScenePointer>());
+        const py::dict named(scenes);
+        for (const auto& [name, scene] : named)
+            sources.emplace_back(std::string(py::str(Expected<py::str>(name, "a name"))), SceneOf(scene));
     }
     else
     {
         for (const py::handle scene : scenes)
-            sources.emplace_back("animation " + std::to_string(sources.size() + 1),
-                                 scene.cast<ScenePointer>());
+            sources.emplace_back("animation " + std::to_string(sources.size() + 1), SceneOf(scene));
     }
     if (sources.empty())
         throw py::value_error("there is no scene to convert");
@@ -149,11 +154,11 @@ py::dict FromGlb(const py::object& input, bool standard_materials, bool strict,
         {
             const auto scene = std::make_shared<Scene>();
             Take(*from.MakeScene(next++), scene->records);
-            scenes[PathTitle(name)] = scene;
+            scenes[Utf8Text(name)] = scene;
         }
         for (const InsideImage& inside : from.InsideImages())
             if (images)
-                (*images)[PathTitle(inside.file_name)] = py::bytes(inside.bytes.data(), inside.bytes.size());
+                (*images)[Utf8Text(inside.file_name)] = py::bytes(inside.bytes.data(), inside.bytes.size());
         const py::list entries = Checked(found, strict, path, "not converted");
         if (report)
             for (const py::handle entry : entries)

@@ -1,6 +1,7 @@
 #include "python/load.h"
 
 #include "python/bindings.h"
+#include "python/gil.h"
 #include "python/scene.h"
 #include "python/text.h"
 #include "tev2_loader/file.h"
@@ -49,13 +50,13 @@ Status Read(const std::string& path, std::vector<std::uint8_t>& image, std::size
     bool interrupted = false;
     const auto watch = [&interrupted](std::uint64_t, std::uint64_t)
     {
-        const py::gil_scoped_acquire gil;
+        const WithGil gil;
         interrupted = PyErr_CheckSignals() != 0;
         return !interrupted;
     };
     Status read;
     {
-        const py::gil_scoped_release no_gil;
+        const WithoutGil no_gil;
         read = ReadFileImage(path, image, most_bytes, watch);
     }
     if (interrupted)
@@ -96,7 +97,7 @@ std::shared_ptr<Scene> LoadImage(const void* bytes, std::size_t size, const std:
     TEV2_LOAD_REPORT found;
     bool loaded = false;
     {
-        const py::gil_scoped_release no_gil;
+        const WithoutGil no_gil;
         const LoadOptions options = {.applyStartTime = false,
                                      .limits = {limits.bytes, limits.nodes, limits.nesting},
                                      .report = &found};

@@ -151,7 +151,7 @@ Entry& EntryOf(const Properties& self, std::vector<Entry>& list, const py::str& 
     return found != list.end() ? *found : list.emplace_back(std::move(made));
 }
 
-void SetTexts(const Properties& self, const py::str& name, const py::sequence& texts)
+void SetTexts(const Properties& self, const py::str& name, const py::tuple& texts)
 {
     std::vector<TEV2_WIDE_STRING> made;
     for (const py::handle text : texts)
@@ -169,10 +169,9 @@ void SetValue(const Properties& self, ValueList<Family> list, const py::str& nam
     SetTrack(*self.scene, EntryOf(self, self.record().*list, name).track, std::move(made));
 }
 
-bool AreTexts(const py::object& value)
+bool AreTexts(const py::tuple& values)
 {
-    return (py::isinstance<py::list>(value) || py::isinstance<py::tuple>(value)) &&
-           std::all_of(value.begin(), value.end(),
+    return std::all_of(values.begin(), values.end(),
                        [](py::handle text) { return py::isinstance<py::str>(text); });
 }
 
@@ -194,8 +193,9 @@ void SetProperty(const Properties& self, const py::str& name, const py::object& 
         throw py::type_error("a property is a Track, a number, 3 or 4 numbers, a str or several, not None");
     if (py::isinstance<py::str>(value))
         return SetTexts(self, name, py::make_tuple(value));
-    if (AreTexts(value))
-        return SetTexts(self, name, value);
+    if (py::isinstance<py::list>(value) || py::isinstance<py::tuple>(value))
+        if (const py::tuple values(value); AreTexts(values)) // a subclass may iterate otherwise another time
+            return SetTexts(self, name, values);
     const std::uint32_t kind = KindFor(value);
     if (kind == kIntegerTrack)
         SetValue(self, &TEV2_EXTENDED_PROPERTIES::intValues, name, value);
@@ -231,6 +231,7 @@ Where a file has a name several times, keys(), values() and items() have all of 
         .def("__iter__", [](const Properties& self) { return py::iter(PropertyNames(self)); })
         .def("__contains__",
              [](const Properties& self, const py::str& name) { return bool(FindProperty(self, name)); })
+        .def("__contains__", [](const Properties&, const py::object&) { return false; })
         .def("__getitem__", GetProperty, py::arg("name"))
         .def("__setitem__", SetProperty, py::arg("name"), py::arg("value"))
         .def("__delitem__",

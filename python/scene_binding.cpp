@@ -142,18 +142,26 @@ void SetSwitcher(const ScenePointer& scene, const py::object& track)
     SetTrack(*scene, scene->records.cameraMan.cameraIndex, TrackFrom<TEV2_ANIMATABLE_INT32>(track));
 }
 
-void SetSwitcherCuts(const ScenePointer& scene, const std::vector<std::pair<double, const Camera*>>& cuts)
+void SetSwitcherCuts(const ScenePointer& scene, const py::iterable& cuts)
 {
     py::list times;
     py::list cameras;
-    for (const auto& [time, camera] : cuts)
+    for (const py::handle cut : cuts)
     {
-        times.append(time);
-        if (camera != nullptr)
-            CheckScene(scene, camera->scene);
-        cameras.append(camera != nullptr ? static_cast<std::int32_t>(CameraIndex(*camera)) : -1);
+        const py::tuple pair(py::reinterpret_borrow<py::object>(cut));
+        if (pair.size() != 2)
+            throw py::type_error("a cut is a time and a Camera or None");
+        times.append(pair[0]);
+        std::int32_t index = -1;
+        if (const py::object which = pair[1]; !which.is_none())
+        {
+            const auto& camera = Expected<Camera>(which, "a Camera or None").cast<const Camera&>();
+            CheckScene(scene, camera.scene);
+            index = static_cast<std::int32_t>(CameraIndex(camera));
+        }
+        cameras.append(index);
     }
-    const py::object track = cuts.empty() ? py::none() : py::type::of<Track>()("integer", times, cameras);
+    const py::object track = times.empty() ? py::none() : py::type::of<Track>()("integer", times, cameras);
     SetSwitcher(scene, track);
 }
 
@@ -233,6 +241,7 @@ void BindNodes(py::module_& module)
              [](const Nodes& self, const py::str& name) { return !NodeOrNone(self.scene, name).is_none(); })
         .def("__contains__", [](const Nodes& self, const Node& node)
              { return node.scene == self.scene && node.keeper->InScene(); })
+        .def("__contains__", [](const Nodes&, const py::object&) { return false; })
         .def("__repr__",
              [](const Nodes& self) { return "<tev2.Nodes, " + std::to_string(self.Count()) + " of them>"; });
 }

@@ -77,6 +77,11 @@ std::string PathText(const py::object& path)
     return py::reinterpret_steal<py::bytes>(bytes);
 }
 
+py::str Utf8Text(const std::string& text)
+{
+    return Checked<py::str>(PyUnicode_DecodeUTF8(text.data(), SizeOf(text.size()), "surrogateescape"));
+}
+
 py::str PathTitle(const std::string& path)
 {
     return Checked<py::str>(PyUnicode_DecodeFSDefaultAndSize(path.data(), SizeOf(path.size())));

@@ -25,6 +25,9 @@ inline bool Same(const pybind11::str& left, const pybind11::str& right)
 /// A path for the system: str, bytes or os.PathLike. Raises TypeError for anything else.
 std::string PathText(const pybind11::object& path);
 
+/// UTF-8 in any locale: names and what is said about them. Other bytes, of paths, become surrogates of the str.
+pybind11::str Utf8Text(const std::string& text);
+
 /// What messages call a file: its path as str.
 pybind11::str PathTitle(const std::string& path);
 

@@ -2,7 +2,10 @@
 
 #include "python/arrays.h"
 #include "python/bindings.h"
+#include "python/gil.h"
 #include "tev2_loader/tracks/visit_keys.h"
+
+#include <pybind11/stl.h>
 
 #include <algorithm>
 #include <array>
@@ -69,23 +72,6 @@ py::array ArrayOf(std::span<const Value> values, py::handle owner)
         strides.push_back(sizeof(Component));
     const void* const data = values.empty() ? nullptr : ComponentsOf(values[0]);
     return ViewOf(py::dtype::of<Component>(), ShapeOf<Value>(values.size()), std::move(strides), data, owner);
-}
-
-using Numbers = py::array_t<double, py::array::c_style | py::array::forcecast>;
-
-/// Numbers of a Python object, of which every 32-bit number is exact. Raises TypeError for anything else.
-Numbers NumbersFrom(py::handle object, const char* what, bool whole)
-{
-    const py::array array = py::array::ensure(object);
-    const char kind = array ? array.dtype().kind() : 'O';
-    if (array && array.size() != 0 && (kind == 'b' || kind == 'i' || kind == 'u' || (kind == 'f' && !whole)))
-        return array;
-    if (array && array.size() == 0)
-        return Numbers(std::vector<py::ssize_t>(array.shape(), array.shape() + array.ndim()));
-    throw py::type_error(std::string(what) + ": expected " + (whole ? "whole numbers" : "numbers") +
-                         ", got " +
-                         std::string(py::str(array && kind != 'O' ? py::object(array.dtype())
-                                                                  : py::object(py::type::of(object)))));
 }
 
 template <typename Component>
@@ -187,7 +173,7 @@ py::array Sampled(Class& track, const std::vector<float>& times)
     using Value = typename Class::Value;
     py::array_t<ComponentOf<Value>> samples(ShapeOf<Value>(times.size()));
     ComponentOf<Value>* out = samples.mutable_data();
-    const py::gil_scoped_release no_gil;
+    const WithoutGil no_gil;
     for (const float time : times)
     {
         track.SetTime(time);

@@ -16,7 +16,8 @@ __all__ = ["Camera", "CheckFinding", "Clip", "Conversion", "ConversionError", "E
            "from_glb", "load", "load_clip", "loads", "to_glb"]
 
 # What follows from their own methods.
-for _of, _class, _names in ((MutableMapping, Properties, ("clear", "pop", "popitem", "setdefault", "update")),
+for _of, _class, _names in ((MutableMapping, Properties, ("__eq__", "__hash__", "clear", "pop", "popitem", "setdefault",
+                                                          "update")),
                             (Sequence, Nodes, ("__reversed__", "count", "index"))):
     _of.register(_class)
     for _name in _names:

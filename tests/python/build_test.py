@@ -23,6 +23,13 @@ def saved(scene, name="made.tv2"):
     return path
 
 
+class Fickle(list):
+    """Numbers that are text when they are looked at one by one."""
+
+    def __iter__(self):
+        return iter("ab")
+
+
 class Tracks(unittest.TestCase):
     def test_hold_what_they_are_made_of(self):
         for kind, width in KINDS.items():
@@ -143,6 +150,8 @@ class Scenes(unittest.TestCase):
         loaded.remove_camera(near)
         self.assertEqual((loaded.cameras, loaded.cuts), ([far], [(0, None), (1, None), (2.5, far)]))
         self.assertEqual((near.name, near.node, far.index), ("Near", None, 0))
+        loaded.cuts = ((time, loaded.cameras[0]) for time in range(2))  # nobody else holds these Camera objects
+        self.assertEqual(loaded.cuts, [(0, far), (1, far)])
         loaded.cuts = []
         self.assertIsNone(loaded.switcher)
 
@@ -199,6 +208,7 @@ class Scenes(unittest.TestCase):
     def test_take_properties_of_every_kind(self):
         keys = tev2.Track("vector4", TIMES, np.arange(12).reshape(3, 4))
         cases = (("texts", ["a", "b"], ["a", "b"]), ("text", "a", ["a"]), ("none", [], []), ("int", 7, [7]),
+                 ("fickle", Fickle([1, 2]), ["a", "b"]),
                  ("bool", True, [1]), ("int32", np.int32(8), [8]), ("float", 0.5, [0.5]),
                  ("float32", np.float32(0.25), [0.25]), ("vector", (1, 2, 3), [[1, 2, 3]]),
                  ("colour", np.arange(4), [[0, 1, 2, 3]]), ("keys", keys, keys.values.tolist()))
@@ -237,6 +247,9 @@ class Scenes(unittest.TestCase):
                 (put(camera, "node", camera), TypeError, ""),
                 (put(scene, "cuts", [(0, other.add_camera("y"))]), ValueError, "another scene"),
                 (put(scene, "cuts", [(1, None), (0, None)]), ValueError, "is before the one before it"),
+                (put(scene, "cuts", [(0, node)]), TypeError, "expected a Camera or None, got <class"),
+                (put(scene, "cuts", [(0, camera, 1)]), TypeError, "a cut is a time and a Camera or None"),
+                (put(scene, "cuts", None), TypeError, ""),
                 (put(scene, "switcher", turn), TypeError, "expected a track of kind integer, got slerp"),
                 (put(scene, "time_range", (1, 0)), ValueError, "start not after the end"),
                 (put(scene, "time_range", (0, np.inf)), ValueError, "finite"),

@@ -2,6 +2,9 @@
 
 import ctypes
 import os
+import subprocess
+import sys
+import textwrap
 import threading
 import time
 import unittest
@@ -74,8 +77,9 @@ class Clips(unittest.TestCase):
         for bad in (np.empty(shape), np.empty((3, *shape[1:]), np.float32), out[:, ::-1], read_only, [0.0]):
             with self.assertRaisesRegex(ValueError, "writable C-contiguous float32 array of the shape"):
                 self.clip.sample([0, 1], out=bad)
-        with self.assertRaises(ValueError):
-            self.clip.sample([[0, 1]])
+        for times, error in (([[0, 1]], ValueError), ([0, np.nan], ValueError), (None, TypeError), ("0.5", TypeError)):
+            self.assertRaises(error, self.clip.sample, times)
+        self.assertEqual(self.clip.sample([np.inf, -1e300]).tobytes(), self.clip.sample([9, -9]).tobytes())
         self.assertEqual(self.clip.sample([]).shape, (0, *shape[1:]))
 
     def test_many_threads_sample_one_clip(self):
@@ -100,6 +104,18 @@ class Clips(unittest.TestCase):
             time.sleep(0)
         self.assertGreater(turns, 10)
 
+    def test_threads_of_daemons_do_not_end_the_program(self):
+        done = subprocess.run([sys.executable, "-c", textwrap.dedent(f"""
+            import numpy as np, tev2, threading, time
+            clip = tev2.load_clip({self.path!r})
+            def play():
+                while True:
+                    clip.sample(np.zeros(100))
+            for _ in range(4):
+                threading.Thread(target=play, daemon=True).start()
+            time.sleep(0.2)""")], capture_output=True, text=True, check=False)
+        self.assertEqual((done.returncode, done.stderr), (0, ""))
+
     def test_cameras_and_properties(self):
         scene = tev2.Scene()
         scene.time_range = (0, 1)
@@ -117,7 +133,9 @@ class Clips(unittest.TestCase):
         for ask in (lambda: clip.sample_camera("none", 0), lambda: clip.find_node("none"),
                     lambda: clip.sample_property("Stand", "none", 0)):
             self.assertRaises(KeyError, ask)
-        self.assertRaises(IndexError, clip.sample_camera, 1, 0)
+        for error, cameras in ((IndexError, (1, -1, 2 ** 70)), (TypeError, (0.5, None))):
+            for camera in cameras:
+                self.assertRaises(error, clip.sample_camera, camera, 0)
 
     def test_refuses_what_is_no_scene(self):
         with self.assertRaises(tev2.LoadError) as caught:

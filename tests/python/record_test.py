@@ -2,7 +2,11 @@
 
 import gc
 import json
+import os
 import struct
+import subprocess
+import sys
+import types
 import unittest
 
 import numpy as np
@@ -139,9 +143,17 @@ class Conversions(unittest.TestCase):
     def test_several_scenes_are_animations(self):
         scene = tev2.load(exported("robot_14_takes.glb"))
         out = FOLDER / "both.glb"
-        tev2.to_glb({"walk": scene, "run": scene}, out)
+        tev2.to_glb(types.MappingProxyType({"walk": scene, "run": scene}), out)
         self.assertEqual([animation["name"] for animation in Glb(out).json["animations"]], ["walk", "run"])
         self.assertEqual(list(tev2.from_glb(ROBOT)), [animation["name"] for animation in Glb(ROBOT).json["animations"]])
+
+    def test_names_are_those_of_the_file_in_any_locale(self):
+        out = FOLDER / "names.glb"
+        tev2.to_glb({"Gang \u00e9\u4e00": tev2.load(exported("robot_14_takes.glb"))}, out)
+        done = subprocess.run([sys.executable, "-c", f"import tev2; print(ascii(list(tev2.from_glb({str(out)!r}))))"],
+                              env={**os.environ, "LC_ALL": "C", "PYTHONCOERCECLOCALE": "0", "PYTHONUTF8": "0"},
+                              capture_output=True, text=True, check=False)
+        self.assertEqual((done.stdout, done.stderr), ("['Gang \\xe9\\u4e00']\n", ""))
 
     def test_strict_refuses_losses_with_the_words_of_the_command(self):
         scene = tev2.Scene()
@@ -162,6 +174,9 @@ class Conversions(unittest.TestCase):
         self.assertEqual(str(caught.exception), answer("convert", bad, FOLDER / "bad.tv2")["error"])
         self.assertRaises(ValueError, tev2.to_glb, tev2.Scene(), FOLDER / "scene.tv2")
         self.assertRaises(ValueError, tev2.to_glb, [], FOLDER / "scene.glb")
+        for scenes in (None, [None], {"walk": None}, [7], {7: tev2.Scene()}, "walk"):
+            with self.subTest(scenes), self.assertRaises(TypeError):
+                tev2.to_glb(scenes, FOLDER / "scene.glb")
         self.assertRaises(tev2.LoadError, tev2.from_glb, FOLDER / "missing.glb")
 
 

@@ -169,7 +169,7 @@ class Sequences(unittest.TestCase):
         nodes = scene.nodes
         self.assertEqual([node.index for node in nodes], [0, 1, 2])
         self.assertEqual((nodes[-1].index, nodes["a"].index, len(nodes[1:]), scene.find("x")), (2, 0, 2, None))
-        self.assertEqual(("b" in nodes, "x" in nodes, nodes[1] in nodes), (True, False, True))
+        self.assertEqual(("b" in nodes, "x" in nodes, nodes[1] in nodes, None in nodes), (True, False, True, False))
         self.assertEqual(len({nodes[0], scene.nodes[0], nodes["b"]}), 2)
         for key, error in ((3, IndexError), (-4, IndexError), ("x", KeyError), (1.5, TypeError), (None, TypeError)):
             with self.subTest(key), self.assertRaises(error):
@@ -185,6 +185,8 @@ class Sequences(unittest.TestCase):
         self.assertEqual(properties.items(), [("A", ["z"]), ("B", []), ("C", None)])
         del properties["A"]
         self.assertNotIn("A", properties)
+        self.assertNotIn(7, properties)
+        self.assertEqual(properties, {"B": [], "C": None})
         for name in ("A", "D"):
             with self.assertRaises(KeyError):
                 del properties[name]
