@@ -1,6 +1,7 @@
 #pragma once
 
 #include <pybind11/pybind11.h>
+#include <pybind11/stl.h> // here, so that no source casts lists differently
 
 #include <string>
 

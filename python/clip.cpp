@@ -12,7 +12,6 @@
 #include "tev2_playback/player.h"
 
 #include <pybind11/numpy.h>
-#include <pybind11/stl.h>
 
 #include <algorithm>
 #include <cmath>

@@ -8,8 +8,6 @@
 #include "python/text.h"
 #include "tev2_loader/io/whole_file.h"
 
-#include <pybind11/stl.h>
-
 #include <filesystem>
 #include <memory>
 #include <optional>

@@ -7,8 +7,6 @@
 #include "tev2_loader/file.h"
 #include "tev2_loader/io/file_image.h"
 
-#include <pybind11/stl.h>
-
 #include <cstdint>
 #include <optional>
 #include <string>

@@ -7,8 +7,6 @@
 #include "tev2_loader/tracks/stepped_integer_track.h"
 #include "tev2_loader/up_axis.h"
 
-#include <pybind11/stl.h>
-
 #include <cmath>
 #include <string>
 #include <utility>
