@@ -54,7 +54,7 @@ std::vector<float> TimesOf(const py::object& times)
         const double time = numbers.data()[row];
         if (std::isnan(time))
             throw py::value_error("times[" + std::to_string(row) + "] is NaN");
-        constexpr double kMost = std::numeric_limits<float>::max();
+        constexpr auto kMost = static_cast<double>(std::numeric_limits<float>::max());
         seconds[row] = static_cast<float>(std::clamp(time, -kMost, kMost));
     }
     return seconds;
