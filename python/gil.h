@@ -9,8 +9,8 @@
 namespace tev2_python
 {
 
-/// Calls take, which takes the GIL. Python ends the threads that want it while the interpreter ends, which no destructor
-/// survives: they wait for the end of the process instead.
+/// Calls take, which takes the GIL. Python ends the threads that want it while the interpreter ends, which no
+/// destructor survives: they wait for the end of the process instead.
 template <typename Take>
 void TakeGil(const Take& take)
 {

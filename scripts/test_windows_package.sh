@@ -1,6 +1,6 @@
 #!/bin/sh
-# Tries the zip for Windows: its command under Wine, which must export what that of Linux exports, and the sources in it,
-# which MinGW-w64 builds against the headers of the headless SDK in place of MotionBuilder's.
+# Tries the zip for Windows: its command under Wine, which must export what that of Linux exports, and the sources in
+# it, which MinGW-w64 builds against the headers of the headless SDK in place of MotionBuilder's.
 #     scripts/test_windows_package.sh PACKAGES WORK
 # Needs the builds in build/ and build/windows.
 set -eu

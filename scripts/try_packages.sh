@@ -16,7 +16,8 @@ install_packages()
 files() # but what apt, dpkg and their tools write for themselves
 {
     find / -xdev \( -path /proc -o -path /dev -o -path /packages -o -path /tmp -o -path /var/log -o -path /var/cache \
-        -o -path /var/lib/apt -o -path /var/lib/dpkg -o -path /var/lib/systemd -o -path /etc/ld.so.cache \) -prune -o -print |
+        -o -path /var/lib/apt -o -path /var/lib/dpkg -o -path /var/lib/systemd -o -path /etc/ld.so.cache \) \
+        -prune -o -print |
         sort
 }
 

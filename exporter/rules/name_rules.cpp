@@ -1,10 +1,10 @@
 #include "exporter/base/text.h"
 #include "exporter/rules/file_name_rules.h"
 #include "exporter/rules/file_naming.h"
-#include "text/message_text.h"
 #include "exporter/rules/rule.h"
 #include "tev2_loader/io/detail/file_system.h"
 #include "tev2_loader/io/file_writer.h"
+#include "text/message_text.h"
 
 #include <algorithm>
 #include <filesystem>
