@@ -1,6 +1,6 @@
-#include "text/message_text.h"
 #include "exporter/rules/rule.h"
 #include "exporter/rules/sampling_rate.h"
+#include "text/message_text.h"
 
 #include <cmath>
 #include <limits>

@@ -1,7 +1,7 @@
 #include "exporter/rules/rules.h"
 
-#include "text/message_text.h"
 #include "exporter/rules/rule.h"
+#include "text/message_text.h"
 
 #include <algorithm>
 #include <span>

@@ -1,5 +1,5 @@
-#include "text/message_text.h"
 #include "exporter/rules/rule.h"
+#include "text/message_text.h"
 
 #include <cerrno>
 #include <cstring>

@@ -32,8 +32,7 @@ TEST(Formats, ScenesInFoldersAreKnownByTheirExtension)
 {
     for (const char* name : {"a.fbx", "a.FBX", "a.b.bvh", "a.glTF", "a.glb", "a.dae", " .bvh"})
         EXPECT_TRUE(IsNamedAsScene(name)) << name;
-    for (const char* name :
-         {"", "a", "fbx", ".fbx", "a.", "a.fb", "a.fbxx", "a.glb ", "a.bvh.txt"})
+    for (const char* name : {"", "a", "fbx", ".fbx", "a.", "a.fb", "a.fbxx", "a.glb ", "a.bvh.txt"})
         EXPECT_FALSE(IsNamedAsScene(name)) << name;
 }
 
