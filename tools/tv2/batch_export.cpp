@@ -100,8 +100,7 @@ public:
         }
         if (Interruption() != 0)
             StopExports();
-        if (const Status written = stamps_.Write(); !written)
-            Remark("the stamps for --newer: " + written.Reason());
+        RemarkOnStamps(stamps_.Write());
         Finish();
     }
 
@@ -112,29 +111,53 @@ private:
             report_.AddNotes("", {note});
     }
 
-    /// Starts exports until `jobs_` run.
-    void StartNext()
+    /// Once.
+    void RemarkOnStamps(const Status& written)
     {
-        for (; next_ < scenes_.chosen.size() && pool_.Running() < jobs_ && Interruption() == 0; ++next_)
-            Start(next_);
+        if (!written && !stamp_failed_)
+            Remark("the stamps for --newer: " + written.Reason());
+        stamp_failed_ = stamp_failed_ || !written;
     }
 
-    void Start(std::size_t place)
+    /// Starts exports until `jobs_` run, or as many as the system allows.
+    void StartNext()
+    {
+        while (next_ < scenes_.chosen.size() && pool_.Running() < jobs_ && Interruption() == 0 &&
+               Start(next_))
+            ++next_;
+    }
+
+    /// False when it has to wait for the end of others.
+    bool Start(std::size_t place)
     {
         const BatchScene& scene = SceneAt(place);
         if (!clashes_[place].empty())
-            return Add(scene, {.scene = scene.scene, .reasons = {clashes_[place]}});
-        if (options_.newer && stamps_.WhyExport(scene).empty())
-            return Add(scene, {.scene = scene.scene, .state = SceneState::kUpToDate});
-        if (options_.by_dialog && !MakeFolderOf(scene))
-            return;
+            Add(scene, {.scene = scene.scene, .reasons = {clashes_[place]}});
+        else if (options_.newer && stamps_.WhyExport(scene).empty())
+            Add(scene, {.scene = scene.scene, .state = SceneState::kUpToDate});
+        else if (!options_.by_dialog || MakeFolderOf(scene))
+            return StartExport(place);
+        DrawProgress();
+        return true;
+    }
+
+    bool StartExport(std::size_t place)
+    {
+        const BatchScene& scene = SceneAt(place);
         started_.resize(scenes_.chosen.size());
         started_[place] = Clock::now();
-        if (const Status started = pool_.Start(place, command_.For(scene)); !started)
+        const Status started = pool_.Start(place, command_.For(scene));
+        if (!started && pool_.Running() > 0)
+        {
+            jobs_ = std::max<std::size_t>(pool_.Running() - 1, 1); // leaves open files for the stamps
+            return false;
+        }
+        if (!started)
         {
             const std::string why = "its export could not be started: " + started.Reason();
             Add(scene, {.scene = scene.scene, .reasons = {why}});
         }
+        return true;
     }
 
     /// For exports that make none. False when that failed, which is reported.
@@ -169,11 +192,7 @@ private:
         }
         if (!CanBeStamped(outcome))
             return;
-        if (const Status recorded = stamps_.Record(scene, outcome.answer); !recorded && !stamp_failed_)
-        {
-            stamp_failed_ = true;
-            Remark("the stamps for --newer: " + recorded.Reason());
-        }
+        RemarkOnStamps(stamps_.Record(scene, outcome.answer));
     }
 
     /// Ends what still runs. Scenes that were not finished are as before.
@@ -196,7 +215,7 @@ private:
         std::vector<std::string> paths;
         if (options_.newer && stamps_.WhyExport(scene).empty())
             return stamps_.FilesOf(scene);
-        if (!pool_.Start(0, command_.For(scene, {"--dry-run"})))
+        if (Interruption() != 0 || !pool_.Start(0, command_.For(scene, {"--dry-run"})))
             return paths;
         while (pool_.Running() > 0 && Interruption() == 0)
             for (const EndedProcess& ended : pool_.Wait())

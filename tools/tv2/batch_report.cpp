@@ -38,6 +38,12 @@ bool IsWritten(const Json& file)
     return (FlagIn(file, "ok") || FlagIn(file, "wouldWrite")) && !FlagIn(file, "kept");
 }
 
+/// A file that is the old one, or would be.
+bool IsKept(const Json& file)
+{
+    return FlagIn(file, "kept") || (file.contains("wouldWrite") && !FlagIn(file, "wouldWrite"));
+}
+
 constexpr std::size_t kMostComplaints = 10; ///< of a process, in a reason
 
 std::string Joined(const std::vector<std::string>& texts)
@@ -266,7 +272,8 @@ void BatchReport::AddFiles(const Json& files)
             const std::string reason = TextIn(file, "reason");
             planned_.push_back(output + ": would be " + (reason.empty() ? "written" : "kept, " + reason));
         }
-        ++(IsWritten(file) ? files_ : kept_files_);
+        files_ += IsWritten(file) ? 1 : 0;
+        kept_files_ += IsKept(file) ? 1 : 0;
         bytes_ += NumberIn(file, "bytes");
         keys_sampled_ += NumberIn(file, "keysSampled");
         keys_kept_ += NumberIn(file, "keysKept");

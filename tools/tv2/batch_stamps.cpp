@@ -28,8 +28,10 @@ namespace
 constexpr const char* kFileName = ".tv2-stamps";
 constexpr const char* kVersionMember = "tv2Stamps";
 constexpr int kVersion = 1;
-constexpr auto kWrittenEvery = std::chrono::seconds(1);
-constexpr int kMostWrites = 4; // while other runs write too
+constexpr std::chrono::steady_clock::duration kWrittenEvery = std::chrono::seconds(1);
+constexpr int kPartOfTime = 10; // that writing takes at most: with many stamps it is done less often
+constexpr int kMostWrites = 4;  // while other runs write too
+constexpr int kDeepest = 8;     // of what a line holds; more would only cost stack
 
 /// Options that change no byte of an exported file. All others count, also those that are yet to come.
 constexpr std::string_view kChangeNoFile[] = {
@@ -140,14 +142,25 @@ const std::string& HashOfCommand()
     return hash;
 }
 
+/// Empty where it is no regular file: others may have no end.
 std::string ReadText(const std::string& path)
 {
     std::string text;
-    const std::unique_ptr<std::FILE, CloseFile> file(std::fopen(path.c_str(), "rb"));
+    const std::unique_ptr<std::FILE, CloseFile> file(
+        FileStamp::Of(path).regular ? std::fopen(path.c_str(), "rb") : nullptr);
     char block[1 << 14];
     while (const std::size_t count = file ? std::fread(block, 1, sizeof block, file.get()) : 0)
         text.append(block, count);
     return text;
+}
+
+/// A line of the stamps. Fails like a line that is no JSON where it is nested too deep.
+Json ParsedLine(const std::string& line)
+{
+    bool is_deep = false;
+    const auto look = [&](int depth, Json::parse_event_t, Json&) { return !(is_deep |= depth > kDeepest); };
+    Json parsed = Json::parse(line, look, false);
+    return is_deep ? Json() : parsed;
 }
 
 /// Why the bytes of a file are not those of a stamp; empty when they are.
@@ -209,11 +222,11 @@ bool BatchStamps::Parse(const std::string& text, Stamps& stamps)
     std::string line;
     try
     {
-        if (!std::getline(lines, line) || Json::parse(line).at(kVersionMember) != kVersion)
+        if (!std::getline(lines, line) || ParsedLine(line).at(kVersionMember) != kVersion)
             return false;
         while (std::getline(lines, line))
         {
-            Json stamp = Json::parse(line);
+            Json stamp = ParsedLine(line);
             if (!stamp.at("scene").is_string())
                 return false;
             for (const char* files : {"sources", "files"})
@@ -262,6 +275,8 @@ std::string BatchStamps::WhyExport(const BatchScene& scene) const
     for (const auto& [member, reason] : reasons)
         if (stamp.value(member, Json()) != circumstances_.at(member))
             return reason;
+    if (stamp.at("files").empty())
+        return "its stamp has no files";
     for (const Json& file : stamp.at("files"))
         if (std::string why = WhyChanged(JoinPath(folder_, Decoded(file.at("file"))), file, true);
             !why.empty())
@@ -309,12 +324,15 @@ Status BatchStamps::Record(const BatchScene& scene, const Json& answer)
     }
     recorded_.insert_or_assign(Encoded(scene.name), std::move(stamp));
     written_ = false;
-    return std::chrono::steady_clock::now() - last_written_ < kWrittenEvery ? Status() : Write();
+    const auto due = last_written_ + std::max(kWrittenEvery, kPartOfTime * writing_took_);
+    return std::chrono::steady_clock::now() < due ? Status() : Write();
 }
 
 Status BatchStamps::Write()
 {
-    Status status;
+    const auto start = std::chrono::steady_clock::now();
+    const FileStamp there = FileStamp::Of(Path());
+    Status status = !there.exists || there.regular ? Status() : Status::Failure("it is not a file");
     for (int write = 0; !written_ && status && write < kMostWrites; ++write)
     {
         Stamps all;
@@ -333,6 +351,7 @@ Status BatchStamps::Write()
                                 { return now.contains(mine.first) && now.at(mine.first) == mine.second; });
     }
     last_written_ = std::chrono::steady_clock::now();
+    writing_took_ = last_written_ - start;
     return status ? Status() : Status::Failure("cannot write " + Quoted(Path()) + ": " + status.Reason());
 }
 

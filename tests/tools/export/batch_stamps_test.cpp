@@ -165,14 +165,19 @@ TEST_F(BatchStampsTest, DamageMakesEverythingOutOfDate)
         EXPECT_NE(stamps.Read().find(".tv2-stamps\" cannot be used"), std::string::npos) << size;
         EXPECT_EQ(stamps.WhyExport(Scene()), "it has no stamp") << size;
     }
-    for (const std::string& text : {"{\"tv2Stamps\":2}" + good.substr(good.find('\n')), std::string("[]\n"),
-                                    good + "{}\n", good + "null\n", std::string(4000, '\0')})
+    for (const std::string& text :
+         {"{\"tv2Stamps\":2}" + good.substr(good.find('\n')), std::string("[]\n"), good + "{}\n",
+          good + "null\n", std::string(4000, '\0'),
+          good + "{\"output\":" + std::string(2'000'000, '[') + std::string(2'000'000, ']') + "}\n"})
     {
         folder_.Make("out/.tv2-stamps", text);
         BatchStamps stamps(Path("out"), circumstances);
-        EXPECT_NE(stamps.Read(), "") << text;
-        EXPECT_NE(stamps.WhyExport(Scene()), "") << text;
+        EXPECT_NE(stamps.Read(), "") << text.substr(0, 4000);
+        EXPECT_NE(stamps.WhyExport(Scene()), "") << text.substr(0, 4000);
     }
+    const std::size_t files = good.find("\"files\":[") + 9;
+    folder_.Make("out/.tv2-stamps", good.substr(0, files) + good.substr(good.rfind("]}")));
+    EXPECT_EQ(WhyExport(Scene()), "its stamp has no files");
     Record(Scene(), Answer());
     EXPECT_EQ(WhyExport(Scene()), "");
 }

@@ -155,6 +155,50 @@ class BatchTest(unittest.TestCase):
         lines = said.stderr.splitlines()
         self.assertEqual([sum(name in line for line in lines) for name in sorted(failed)], [1] * 4, said.stderr)
 
+    def test_fewer_run_at_a_time_where_the_system_has_no_more(self):
+        for number in range(12):
+            self.scene("%d.bvh" % number)
+        run = subprocess.run(["sh", "-c", 'ulimit -n 20; exec "$@"', "sh", COMMAND, "export", self.path("scenes"), "-o",
+                              self.out, "-j", "12"], capture_output=True, text=True, check=False)
+        self.assertEqual((run.returncode, run.stderr), (0, ""))
+        self.assertEqual(len(contents(self.out)), 12)
+
+    def test_files_that_were_never_there_are_not_kept(self):
+        self.scene("a.bvh")
+        run = subprocess.run(["sh", "-c", 'ulimit -f 0; exec "$@"', "sh", COMMAND, "export", self.path("scenes"), "-o",
+                              self.out, "--json"], capture_output=True, text=True, check=False)
+        scene, summary = [json.loads(line) for line in run.stdout.splitlines()]
+        self.assertFalse(scene["files"][0]["kept"])
+        summary = summary["summary"]
+        self.assertEqual((summary["failed"], summary["files"], summary["filesKept"]), (1, 0, 0))
+
+    @unittest.skipUnless(hasattr(os, "mkfifo"), "no pipes with names")
+    def test_stamps_that_are_no_file_are_left_alone(self):
+        self.scene("a.bvh")
+        os.mkdir(self.out)
+        os.mkfifo(self.path("out", ".tv2-stamps"))
+        run = subprocess.run([COMMAND, "export", self.path("scenes"), "-o", self.out], capture_output=True, text=True,
+                             check=False, timeout=60)
+        self.assertEqual(run.returncode, 0, run.stderr)
+        self.assertEqual(run.stdout.count("the stamps for --newer"), 1)
+        self.assertNotIn("more scene", run.stdout)
+
+    def test_interrupted_before_the_first_export_it_ends_at_once(self):
+        for number in range(1, 40):  # names of takes may meet, so each scene is looked at first
+            self.scene("a" + "_b" * number + ".bvh", bvh(3000, number))
+        run = self.start("--all-takes")
+        time.sleep(0.2)
+        run.send_signal(signal.SIGINT)
+        most = 0
+        while run.poll() is None:
+            try:
+                with open("/proc/%d/task/%d/children" % (run.pid, run.pid), encoding="ascii") as children:
+                    most = max(most, len(children.read().split()))
+            except OSError:
+                break
+        run.communicate(timeout=60)
+        self.assertLessEqual(most, 2)
+
     def test_nothing_starts_without_scenes(self):
         walk = self.scene("walk.bvh")
         os.mkdir(self.path("empty"))
