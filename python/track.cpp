@@ -5,8 +5,6 @@
 #include "python/gil.h"
 #include "tev2_loader/tracks/visit_keys.h"
 
-#include <pybind11/stl.h>
-
 #include <algorithm>
 #include <array>
 #include <cstdint>
