@@ -56,6 +56,15 @@ def is_running(process):
         return False
 
 
+def children(process):
+    """The processes that a process started and that still run; none where it has ended."""
+    try:
+        with open("/proc/%d/task/%d/children" % (process, process), encoding="utf-8") as file:
+            return [int(child) for child in file.read().split()]
+    except OSError:
+        return []
+
+
 class BatchTest(unittest.TestCase):
     def setUp(self):
         folder = tempfile.TemporaryDirectory()
@@ -309,8 +318,11 @@ class BatchTest(unittest.TestCase):
             for _ in range(numbers.randrange(4)):
                 run.stdout.readline()
             time.sleep(numbers.uniform(0, 0.03))
+            exports = children(run.pid)
             run.send_signal(signal.SIGKILL if kill % 2 else signal.SIGINT)
             run.communicate(timeout=60)
+            while any(os.path.exists("/proc/%d" % export) for export in exports):
+                time.sleep(0.01)  # the part file of a process that still ends is not abandoned yet
             found = {name: value for name, value in contents(self.out).items() if not name.endswith(".part")}
             self.assertEqual(found, {name: whole.get(name) for name in found}, "only whole files")
             partial += 0 < len(found) < len(whole)
