@@ -290,7 +290,7 @@ std::vector<std::string> BatchReport::Failures() const
 {
     std::vector<std::string> lines = others_;
     for (const auto& [scene, reason] : SortedByScene(failures_))
-        lines.push_back(reason.find(scene) != std::string::npos ? reason : scene + ": " + reason);
+        lines.push_back((reason.find(scene) != std::string::npos ? "" : scene + ": ").append(reason));
     return lines;
 }
 

@@ -43,7 +43,7 @@ public:
     Status Add(const std::string& input)
     {
         SceneSearch search(question_.recursive, FileStamp::Of(question_.folder));
-        if (const Status searched = search.Search(input); !searched)
+        if (Status searched = search.Search(input); !searched)
             return searched;
         for (const FoundScene& scene : search.scenes)
         {
@@ -191,12 +191,12 @@ Status FindScenes(const BatchQuestion& question, BatchScenes& found)
         return Status::Failure("the output " + Quoted(question.folder) + " is not a folder");
     Collection collection(question, found);
     for (const std::string& input : question.inputs)
-        if (const Status added = collection.Add(input); !added)
+        if (Status added = collection.Add(input); !added)
             return added;
     if (found.all.empty() && found.unreadable.empty())
         return Status::Failure(found.notes.empty() ? "there are no scenes" : found.notes.front());
     std::ranges::sort(found.all, [](const BatchScene& a, const BatchScene& b) { return a.scene < b.scene; });
-    if (const Status allowed = CheckOutputs(question, found.all); !allowed)
+    if (Status allowed = CheckOutputs(question, found.all); !allowed)
         return allowed;
     if (question.takes_name_files)
         FindRivals(question, found.all);

@@ -56,7 +56,7 @@ CLI::Option* AddToParser(CLI::App& command, const OptionRow& row, Value* value)
 // The parser would split a text in brackets at its commas. This byte before it, which an option removes, prevents that.
 constexpr char kShield = '\x01';
 
-std::string WithoutShield(std::string text)
+std::string WithoutShield(const std::string& text)
 {
     return text.starts_with(kShield) ? text.substr(1) : text;
 }

@@ -141,7 +141,8 @@ Status ReadConfigFile(const std::string& path, const std::vector<OptionRow>& row
         if (row == rows.end())
             return Status::Failure(place + ": " + UnknownKey(entry.key, rows));
         if (const std::string why = WrongType(entry, *row); !why.empty())
-            return Status::Failure(place + ": " + entry.key + ": " + why);
+            return Status::Failure(
+                std::string(place).append(": ").append(entry.key).append(": ").append(why));
         ConfigOption option{NamesOf(*row).front(), {}, place};
         for (const ConfigValue& value : entry.values)
             option.texts.push_back(value.text);

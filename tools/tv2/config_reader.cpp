@@ -190,7 +190,7 @@ private:
     std::string TakeWord(Belongs belongs)
     {
         const auto end = std::find_if_not(rest_.begin(), rest_.end(), belongs);
-        const std::string word(rest_.begin(), end);
+        std::string word(rest_.begin(), end);
         rest_.remove_prefix(word.size());
         return word;
     }

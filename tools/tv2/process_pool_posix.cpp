@@ -179,6 +179,7 @@ Status ProcessPool::Start(std::size_t tag, const std::vector<std::string>& comma
 {
     std::vector<std::string> texts = command;
     std::vector<char*> arguments;
+    arguments.reserve(texts.size() + 1);
     for (std::string& text : texts)
         arguments.push_back(text.data());
     arguments.push_back(nullptr);
