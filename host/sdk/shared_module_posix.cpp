@@ -5,28 +5,11 @@
 namespace mobu_host
 {
 
-namespace
-{
-
-// clang++ lets modules go, and LeakSanitizer then reports what their statics still own. The modules of g++ stay.
-#ifdef __clang__
-#if __has_feature(address_sanitizer)
-#define TV2_MODULES_STAY
-#endif
-#endif
-#ifdef TV2_MODULES_STAY
-constexpr int kOpenFlags = RTLD_NOW | RTLD_LOCAL | RTLD_NODELETE;
-#else
-constexpr int kOpenFlags = RTLD_NOW | RTLD_LOCAL;
-#endif
-
-} // namespace
-
 void* OpenModule(const std::string& path, std::string& cause)
 {
     // A name without a slash would be searched for in the library path instead of the current folder.
     const std::string file = path.find('/') == std::string::npos ? "./" + path : path;
-    void* module = dlopen(file.c_str(), kOpenFlags);
+    void* module = dlopen(file.c_str(), RTLD_NOW | RTLD_LOCAL);
     if (!module)
     {
         const char* text = dlerror();
