@@ -79,7 +79,7 @@ Component Narrowed(double number, const char* what, std::size_t row)
     if (!(number >= static_cast<double>(std::numeric_limits<Component>::lowest()) && number <= most))
         throw py::value_error(
             std::string(what) + "[" + std::to_string(row) + "]: " + std::string(py::str(py::float_(number))) +
-            (std::is_integral_v<Component> ? " is no 32-bit integer" : " is no finite 32-bit number"));
+            (std::is_integral_v<Component> ? " is not a 32-bit integer" : " is not a finite 32-bit number"));
     return static_cast<Component>(number);
 }
 
@@ -252,7 +252,7 @@ Rotations are quaternions x, y, z, w. Values between keys are interpolated; inte
              "Makes a track from ascending times in seconds and a value for each.\n\n"
              "Raises ValueError for times that descend, numbers that are not finite or do not fit 32 bits, "
              "shapes that\n"
-             "do not match and unknown kinds, TypeError for what is no number.")
+             "do not match and unknown kinds, TypeError for anything but numbers.")
         .def_property_readonly(
             "kind", [](const Track& self) { return KindName(self.keys->GetType()); },
             "The kind: \"vector3\".")

@@ -240,7 +240,7 @@ private:
                 return Fail(entry.key + ": " +
                             (value.text.empty()
                                  ? "needs a value"
-                                 : value.text + " is no number, true or false: put texts in quotes"));
+                                 : value.text + " is not a number, true or false: put texts in quotes"));
             }
             value.kind = boolean ? Kind::kBoolean : Kind::kNumber;
         }
