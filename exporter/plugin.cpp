@@ -43,6 +43,7 @@ bool FBLibrary::LibRelease()
     FBMenuItemHandle(Tev2MotionBuilderExportTool, tool);
     if (tool)
         tool->FBDelete();
+    Tev2MotionBuilderExportTool::gTev2MotionBuilderExportTool = nullptr; // it may be started again
     return true;
 }
 
