@@ -2,6 +2,10 @@
 
 #include <pybind11/numpy.h>
 
+#include <algorithm>
+#include <cmath>
+#include <cstddef>
+#include <limits>
 #include <string>
 #include <vector>
 
@@ -33,6 +37,25 @@ inline Numbers NumbersFrom(pybind11::handle object, const char* what, bool whole
         std::string(what) + ": expected " + (whole ? "whole numbers" : "numbers") + ", got " +
         std::string(pybind11::str(array && kind != 'O' ? pybind11::object(array.dtype())
                                                        : pybind11::object(pybind11::type::of(object)))));
+}
+
+/// Times to evaluate at, in seconds: a number or a list of them. Raises TypeError or ValueError for anything else, and
+/// for NaN; what no float reaches becomes the nearest that one does.
+inline std::vector<float> SampleTimes(const Numbers& times)
+{
+    if (times.ndim() > 1)
+        throw pybind11::value_error("times: expected a number or the shape (n,), got " +
+                                    std::string(pybind11::str(times.attr("shape"))));
+    std::vector<float> seconds(static_cast<std::size_t>(times.size()));
+    for (std::size_t row = 0; row < seconds.size(); ++row)
+    {
+        const double time = times.data()[row];
+        if (std::isnan(time))
+            throw pybind11::value_error("times[" + std::to_string(row) + "] is NaN");
+        constexpr auto kMost = static_cast<double>(std::numeric_limits<float>::max());
+        seconds[row] = static_cast<float>(std::clamp(time, -kMost, kMost));
+    }
+    return seconds;
 }
 
 } // namespace tev2_python

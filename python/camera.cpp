@@ -1,6 +1,7 @@
 #include "python/camera.h"
 
 #include "python/bindings.h"
+#include "python/class.h"
 #include "tev2_loader/tracks/stepped_integer_track.h"
 
 #include <algorithm>
@@ -30,8 +31,8 @@ std::size_t CameraIndex(const Camera& camera)
 
 void BindCamera(py::module_& module)
 {
-    py::class_<Camera> type(module, "Camera",
-                            R"(A camera, whose position and rotation are those of its node.
+    auto type = NewClass<Camera>(module, "Camera",
+                                 R"(A camera, whose position and rotation are those of its node.
 
 Tracks may be set to a Track, to a constant or to None.)");
     DefinePlaced(type, "Camera");

@@ -2,6 +2,7 @@
 
 #include "python/arrays.h"
 #include "python/bindings.h"
+#include "python/class.h"
 #include "python/gil.h"
 #include "python/load.h"
 #include "python/matrices.h"
@@ -14,9 +15,7 @@
 #include <pybind11/numpy.h>
 
 #include <algorithm>
-#include <cmath>
 #include <cstring>
-#include <limits>
 #include <span>
 #include <string>
 #include <string_view>
@@ -45,19 +44,7 @@ Frame FrameOf(bool right_handed)
 
 std::vector<float> TimesOf(const py::object& times)
 {
-    const Numbers numbers = NumbersFrom(times, "times", false);
-    if (numbers.ndim() > 1)
-        throw py::value_error("times is not one number or a list of numbers");
-    std::vector<float> seconds(static_cast<std::size_t>(numbers.size()));
-    for (std::size_t row = 0; row < seconds.size(); ++row)
-    {
-        const double time = numbers.data()[row];
-        if (std::isnan(time))
-            throw py::value_error("times[" + std::to_string(row) + "] is NaN");
-        constexpr auto kMost = static_cast<double>(std::numeric_limits<float>::max());
-        seconds[row] = static_cast<float>(std::clamp(time, -kMost, kMost));
-    }
-    return seconds;
+    return SampleTimes(NumbersFrom(times, "times", false));
 }
 
 /// A new array of this shape, or `out` where it fits.
@@ -144,11 +131,18 @@ Floats Sample(const Clip& clip, const py::object& when, bool world, const py::ob
     return poses;
 }
 
+/// A name as clips have it, from one of a scene: what is not a character is U+FFFD.
+std::string ClipName(const py::str& name)
+{
+    const py::object units = name.attr("encode")("utf-16-le", "surrogatepass");
+    return units.attr("decode")("utf-16-le", "replace").cast<std::string>();
+}
+
 std::size_t CameraOf(const Clip& clip, const py::object& camera)
 {
     if (py::isinstance<py::str>(camera))
     {
-        const int found = clip.FindCamera(std::string(py::str(camera)));
+        const int found = clip.FindCamera(ClipName(camera));
         if (found < 0)
             throw py::key_error("there is no camera " + std::string(py::repr(camera)));
         return static_cast<std::size_t>(found);
@@ -263,22 +257,12 @@ Clip LoadClipFile(const py::object& path, bool right_handed)
     return clip;
 }
 
-/// UTF-8 of a clip as str; what is no character is as in the names of scenes.
-py::str NameText(std::string_view utf8)
-{
-    PyObject* const text =
-        PyUnicode_DecodeUTF8(utf8.data(), static_cast<py::ssize_t>(utf8.size()), "surrogatepass");
-    if (text == nullptr)
-        throw py::error_already_set();
-    return py::reinterpret_steal<py::str>(text);
-}
-
 template <typename Name>
 py::list ListOf(std::size_t count, Name name)
 {
     py::list names;
     for (std::size_t i = 0; i < count; ++i)
-        names.append(NameText(name(i)));
+        names.append(py::str(std::string(name(i))));
     return names;
 }
 
@@ -290,11 +274,11 @@ py::array_t<std::int32_t> ParentsOf(const Clip& clip)
     return parents;
 }
 
-std::size_t ClipNode(const Clip& clip, const std::string& name)
+std::size_t ClipNode(const Clip& clip, const py::str& name)
 {
-    const int node = clip.FindNode(name);
+    const int node = clip.FindNode(ClipName(name));
     if (node < 0)
-        throw py::key_error("there is no node \"" + name + "\"");
+        throw py::key_error("there is no node " + std::string(py::repr(name)));
     return static_cast<std::size_t>(node);
 }
 
@@ -329,12 +313,12 @@ void BindSampling(py::class_<Clip>& clip)
 
 void BindClip(py::module_& module)
 {
-    py::class_<Clip> clip(
-        module, "Clip",
-        "What moves in a scene, laid out for playing. It never changes, so any number of "
-        "threads may sample it.\n\n"
-        "scene: not needed afterwards.\n"
-        "right_handed: deliver right-handed axes with +Y up, instead of those of the file.");
+    auto clip =
+        NewClass<Clip>(module, "Clip",
+                       "What moves in a scene, laid out for playing. It never changes, so any number of "
+                       "threads may sample it.\n\n"
+                       "scene: not needed afterwards.\n"
+                       "right_handed: deliver right-handed axes with +Y up, instead of those of the file.");
     clip.def(py::init([](const Scene& scene, bool right_handed)
                       { return Clip(scene.records, {.frame = FrameOf(right_handed)}); }),
              py::arg("scene"), py::kw_only(), py::arg("right_handed") = false);

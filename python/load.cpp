@@ -118,12 +118,16 @@ std::shared_ptr<Scene> Load(const py::object& path, std::size_t max_file_bytes, 
     return LoadImage(image.data(), image.size(), name, {max_bytes, max_nodes, max_nesting}, report);
 }
 
-std::shared_ptr<Scene> LoadBytes(const py::bytes& data, const std::string& file, std::size_t max_bytes,
+std::shared_ptr<Scene> LoadBytes(const py::buffer& data, const py::object& file, std::size_t max_bytes,
                                  std::size_t max_nodes, std::size_t max_nesting,
                                  const std::optional<py::list>& report)
 {
-    const std::string_view bytes = data;
-    return LoadImage(bytes.data(), bytes.size(), file, {max_bytes, max_nodes, max_nesting}, report);
+    // A copy, unless it is bytes already: others could be changed by another thread.
+    const auto unchanging = py::reinterpret_steal<py::object>(PyBytes_FromObject(data.ptr()));
+    if (!unchanging)
+        throw py::error_already_set();
+    const std::string_view bytes = py::reinterpret_borrow<py::bytes>(unchanging);
+    return LoadImage(bytes.data(), bytes.size(), PathText(file), {max_bytes, max_nodes, max_nesting}, report);
 }
 
 } // namespace
@@ -146,7 +150,9 @@ void BindLoad(py::module_& module)
     module.def("loads", LoadBytes, py::arg("data"), py::kw_only(), py::arg("file") = "<bytes>",
                py::arg("max_bytes") = 0, py::arg("max_nodes") = 0, py::arg("max_nesting") = 0,
                py::arg("report") = py::none(),
-               "Load a scene from the bytes of a file, which errors call `file`. See load.");
+               "Load a scene from the bytes of a file (bytes, bytearray, memoryview ...), which errors call "
+               "`file`.\n"
+               "See load.");
 }
 
 } // namespace tev2_python

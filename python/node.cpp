@@ -2,6 +2,7 @@
 
 #include "python/arrays.h"
 #include "python/bindings.h"
+#include "python/class.h"
 #include "python/matrices.h"
 #include "python/part.h"
 
@@ -91,8 +92,8 @@ py::object WorldMatrix(const Node& self)
 
 void BindNode(py::module_& module)
 {
-    py::class_<Node> type(module, "Node",
-                          R"(A joint of the skeleton: a transform relative to its parent, over time.
+    auto type = NewClass<Node>(module, "Node",
+                               R"(A joint of the skeleton: a transform relative to its parent, over time.
 
 Tracks may be set to a Track, to a constant or to None. A node that was removed from its scene keeps what it had.)");
     DefineNamed(type, "Node");

@@ -57,10 +57,12 @@ void DefineProperties(pybind11::class_<Handle, Options...>& type)
 {
     type.def_property_readonly(
         "properties",
-        [](const Handle& self) {
-        return Properties{self.scene, self.keeper, [self]() -> auto& {return self.Record().properties; }
-};
-},
+        [](const Handle& self)
+        {
+            const auto find = [self]() -> decltype(self.Record().properties)&
+            { return self.Record().properties; };
+            return Properties{self.scene, self.keeper, find};
+        },
         "The user's own properties: Properties.");
 }
 

@@ -1,6 +1,7 @@
 #include "python/property.h"
 
 #include "python/bindings.h"
+#include "python/class.h"
 #include "python/node.h"
 #include "python/text.h"
 #include "python/track.h"
@@ -212,8 +213,8 @@ void SetProperty(const Properties& self, const py::str& name, const py::object& 
 
 void BindProperties(py::module_& module)
 {
-    py::class_<Properties> type(module, "Properties",
-                                R"(The user's own properties of a node or an object, by name.
+    auto type = NewClass<Properties>(module, "Properties",
+                                     R"(The user's own properties of a node or an object, by name.
 
 A property is a list of str or a Track of kind "integer", "float", "vector3" or "vector4". Set it to one of these, or to
 a constant: a str, an int, a float, 3 or 4 numbers. They are in the order of the file: texts, integers, floats, vectors.

@@ -1,6 +1,7 @@
 #include "python/arrays.h"
 #include "python/bindings.h"
 #include "python/camera.h"
+#include "python/class.h"
 #include "python/matrices.h"
 #include "python/remove.h"
 #include "tev2_loader/file.h"
@@ -225,7 +226,7 @@ py::list SaveScene(const ScenePointer& scene, const py::object& path)
 
 void BindNodes(py::module_& module)
 {
-    py::class_<Nodes>(
+    NewClass<Nodes>(
         module, "Nodes",
         "The nodes of a scene, a sequence in which every parent comes before its children. Takes an\n"
         "index or a name: the first node of that name, or KeyError.")
@@ -345,7 +346,8 @@ void DefineInformation(SceneClass& type)
 
 void BindScene(py::module_& module)
 {
-    SceneClass type(module, "Scene", R"(A whole scene: nodes, cameras and everything else of a file.
+    SceneClass type = NewClass<Scene, ScenePointer>(
+        module, "Scene", R"(A whole scene: nodes, cameras and everything else of a file.
 
 >>> import tempfile, tev2
 >>> scene = tev2.Scene()

@@ -2,6 +2,7 @@
 
 #include "python/arrays.h"
 #include "python/bindings.h"
+#include "python/class.h"
 #include "python/gil.h"
 #include "tev2_loader/tracks/visit_keys.h"
 
@@ -185,12 +186,7 @@ py::array Sampled(Class& track, const std::vector<float>& times)
 py::object SampleTrack(const Track& self, const py::object& times)
 {
     const Numbers numbers = NumbersFrom(times, "times", false);
-    if (numbers.ndim() > 1)
-        throw py::value_error("times: expected a number or the shape (n,), got " +
-                              std::string(py::str(numbers.attr("shape"))));
-    std::vector<float> seconds;
-    for (py::ssize_t row = 0; row < numbers.size(); ++row)
-        seconds.push_back(Narrowed<float>(numbers.data()[row], "times", static_cast<std::size_t>(row)));
+    const std::vector<float> seconds = SampleTimes(numbers);
     const std::unique_ptr<TEV2_ANIMATABLE> copy = self.keys->Clone(); // the cursor of the scene's own stays
     copy->m_current_key = 0;
     copy->m_fraction = 0.0f;
@@ -234,8 +230,8 @@ std::unique_ptr<TEV2_ANIMATABLE> Constant(std::uint32_t kind, py::handle value)
 
 void BindTrack(py::module_& module)
 {
-    py::class_<Track>(module, "Track",
-                      R"(An animated value: key times in seconds, and a value at each.
+    NewClass<Track>(module, "Track",
+                    R"(An animated value: key times in seconds, and a value at each.
 
 A track never changes: to change a scene, put another track, or a constant, in its place. The arrays of a track that
 comes from a scene are read-only views of the scene's memory, and keep it alive.

@@ -11,6 +11,7 @@ from tev2._record import Record
 __version__: str
 
 _Path = Union[str, bytes, "PathLike[str]", "PathLike[bytes]"]
+_Bytes = Union[bytes, bytearray, memoryview]
 _Floats = NDArray[np.float32]
 _Integers = NDArray[np.int32]
 _Keys = Union["Track", ArrayLike, None]
@@ -166,7 +167,7 @@ class Clip:
 
 def load(path: _Path, *, max_file_bytes: int = 0, max_bytes: int = 0, max_nodes: int = 0, max_nesting: int = 0,
          report: Optional[List[Finding]] = None) -> Scene: ...
-def loads(data: bytes, *, file: str = "<bytes>", max_bytes: int = 0, max_nodes: int = 0, max_nesting: int = 0,
+def loads(data: _Bytes, *, file: _Path = "<bytes>", max_bytes: int = 0, max_nodes: int = 0, max_nesting: int = 0,
           report: Optional[List[Finding]] = None) -> Scene: ...
 def load_clip(path: _Path, *, right_handed: bool = False) -> Clip: ...
 def check(scene_or_path: Union[Scene, _Path], like: Union[Scene, _Path, None] = None, *,

@@ -83,6 +83,9 @@ class Tracks(unittest.TestCase):
             with self.subTest(times), self.assertRaises((TypeError, ValueError)):
                 tev2.Track("float", [0], [1]).sample(times)
 
+        ends = tev2.Track("float", [0, 4], [1, 3]).sample([-np.inf, 1e300, np.inf])
+        self.assertEqual(ends.tolist(), [1, 3, 3])
+
     def test_are_equal_by_their_keys(self):
         track = tev2.Track("float", [0, 1], [1, 2])
         self.assertEqual(track, tev2.Track("float", [0, 1], [1, 2]))

@@ -67,6 +67,19 @@ class Clips(unittest.TestCase):
         np.testing.assert_allclose(matrix @ (1, 0, 0, 1), (1, 4, 3, 1), atol=1e-6)  # a quarter turn about z
         np.testing.assert_allclose(matrix @ (0, 1, 1, 1), (-2, 2, 7, 1), atol=1e-6)
 
+    def test_finds_nodes_and_cameras_by_the_names_of_the_scene(self):
+        scene = tev2.Scene()
+        names = ["a", "\u00df \U0001f600", "half \ud83d", "\udc00\ude00 two"]
+        for name in names:
+            scene.add_camera(name, node=scene.add_node(name))
+        clip = tev2.Clip(scene)
+        self.assertEqual([clip.find_node(name) for name in names], [0, 1, 2, 3])
+        self.assertEqual(clip.nodes, names[:2] + ["half \ufffd", "\ufffd\ufffd two"])
+        for camera in names:
+            self.assertEqual(clip.sample_camera(camera, [0])["world"].shape, (1, 4, 4))
+        with self.assertRaisesRegex(KeyError, "no node 'b'"):
+            clip.find_node("b")
+
     def test_writes_into_an_array_that_fits(self):
         shape = (2, len(self.clip.nodes), 4, 4)
         out = np.empty(shape, np.float32)

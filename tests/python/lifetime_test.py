@@ -1,7 +1,10 @@
 """Arrays, tracks, nodes and cameras outlive everything that may happen to their scene."""
 
+import copy
+import functools
 import gc
 import os
+import pickle
 import random
 import resource
 import unittest
@@ -21,6 +24,41 @@ def scribble():
     """Uses memory that may have been freed."""
     gc.collect()
     return [np.full(600, np.nan, np.float32) for _ in range(200)]
+
+
+class Objects(unittest.TestCase):
+    def test_come_from_calls_alone(self):
+        scene = tev2.Scene()
+        node = scene.add_node("a", translation=keys(1))
+        camera = scene.add_camera("c", node=node)
+        for thing in (scene, node, camera, node.translation, node.properties, scene.nodes, tev2.Clip(scene)):
+            kind = type(thing)
+            with self.subTest(kind.__name__):
+                self.assertRaisesRegex(TypeError, "call the class", kind.__new__, kind)
+                for take in (copy.copy, copy.deepcopy, *(functools.partial(pickle.dumps, protocol=protocol)
+                                                         for protocol in range(pickle.HIGHEST_PROTOCOL + 1))):
+                    self.assertRaisesRegex(TypeError, "save the scene", take, thing)
+
+    def test_may_be_of_classes_of_users(self):
+        class Shot(tev2.Scene):
+            def __new__(cls, name):
+                tev2.Scene()  # another, before this one
+                return super().__new__(cls)
+
+            def __init__(self, name):
+                super().__init__()
+                self.name = name
+
+        class Forgetful(tev2.Scene):
+            def __init__(self):
+                pass
+
+        shot = Shot("walk")
+        shot.add_node("a")
+        self.assertEqual((shot.name, len(shot.nodes)), ("walk", 1))
+        self.assertRaisesRegex(TypeError, "__init__", Forgetful)
+        self.assertRaisesRegex(TypeError, "call the class", tev2.Scene.__new__, Shot)
+        self.assertRaises(TypeError, tev2.Node)
 
 
 class Views(unittest.TestCase):

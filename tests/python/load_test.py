@@ -1,6 +1,7 @@
 """Loading: the errors of the command, the report as a list, limits, and hostile files."""
 
 import os
+import pathlib
 import pickle
 import signal
 import struct
@@ -55,6 +56,13 @@ class Errors(unittest.TestCase):
         for path in (7, None, "a\0b"):
             with self.subTest(path), self.assertRaises((TypeError, ValueError)):
                 tev2.load(path)
+
+    def test_any_bytes_and_any_path_may_name_them(self):
+        for data in (bytearray(TWO), memoryview(TWO), memoryview(TWO * 2)[:len(TWO)]):
+            self.assertEqual(len(tev2.loads(data).nodes), len(tev2.loads(TWO).nodes))
+        for data in ("text", [84, 69], 5, None):
+            self.assertRaises(TypeError, tev2.loads, data)
+        self.assertEqual(self.failure_of(tev2.loads, b"other", file=pathlib.Path("a.tv2")).file, "a.tv2")
 
     def test_survive_pickling(self):
         error = self.failure_of(tev2.loads, b"other", file="a.tv2")
