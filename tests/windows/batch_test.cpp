@@ -4,6 +4,8 @@
 
 #include "tests/support/scene_texts.h"
 
+#include <cstdio>
+#include <io.h>
 #include <process.h>
 
 namespace
@@ -34,6 +36,19 @@ TEST(Batch, ExportsEachSceneInAProcessOfItsOwn)
             EXPECT_GT(folder.Content(name).size(), 500U);
         EXPECT_FALSE(folder.Has(u"out/broken.tv2"));
     }
+}
+
+// "/takes/walk.bvh" is a path of the current drive, not an option.
+TEST(Batch, TakesPathsThatBeginWithASlash)
+{
+    const ScratchFolder folder(u"slash");
+    const std::string said = folder.BytePath(u"said");
+    const int before = _dup(_fileno(stderr));
+    ASSERT_NE(std::freopen(said.c_str(), "w", stderr), nullptr); // which the command shares
+    EXPECT_EQ(_spawnl(_P_WAIT, TV2_COMMAND, TV2_COMMAND, "export", "/takes/walk.bvh", "o.tv2", nullptr), 2);
+    _dup2(before, _fileno(stderr));
+    _close(before);
+    EXPECT_EQ(folder.Content(u"said"), "tv2 export: cannot read /takes/walk.bvh: there is no such file\r\n");
 }
 
 } // namespace

@@ -347,6 +347,7 @@ void SetUpParser(CLI::App& app)
     app.formatter(std::make_shared<FittedHelp>());
     app.set_version_flag("--version", "tv2 " TV2_VERSION);
     app.require_subcommand(1);
+    app.allow_windows_style_options(false); // "/takes/walk.bvh" is a path there, too
     app.footer("Each command has its own help: tv2 info --help\n"
                "Exit code: 0: success; 1: finished, but with problems; 2: could not start.");
 }
