@@ -88,7 +88,7 @@ public:
         report_.AddNotes("", scenes_.notes);
         if (options_.newer)
             Remark(stamps_.Read());
-        clashes_ = FindClashes(scenes_, [this](const BatchScene& scene) { return FilesOf(scene); });
+        clashes_ = FindClashes(scenes_, FilesToCompare());
         StartNext();
         while (pool_.Running() > 0 && Interruption() == 0)
         {
@@ -96,7 +96,7 @@ public:
             StartNext(); // before this program looks at what has ended
             for (const EndedProcess& ended : all_ended)
                 End(ended);
-            DrawProgress();
+            DrawProgress(last_, report_.Ended(), scenes_.chosen.size());
         }
         if (Interruption() != 0)
             StopExports();
@@ -137,7 +137,7 @@ private:
             Add(scene, {.scene = scene.scene, .state = SceneState::kUpToDate});
         else if (!options_.by_dialog || MakeFolderOf(scene))
             return StartExport(place);
-        DrawProgress();
+        DrawProgress(last_, report_.Ended(), scenes_.chosen.size());
         return true;
     }
 
@@ -209,33 +209,54 @@ private:
         TEV2_LOADER::RemovePartFiles(folder.string(), ended.id);
     }
 
-    /// The files that an export of a scene would write.
-    std::vector<std::string> FilesOf(const BatchScene& scene)
+    /// The files that exports of ScenesToCompare would write.
+    FilesOfScenes FilesToCompare()
+    {
+        FilesOfScenes files;
+        const std::vector<std::size_t> compared = ScenesToCompare(scenes_);
+        std::size_t next = 0;
+        while ((next < compared.size() || pool_.Running() > 0) && Interruption() == 0)
+        {
+            while (next < compared.size() && pool_.Running() < jobs_ && AskForFiles(compared[next], files))
+                ++next;
+            if (pool_.Running() > 0)
+                for (const EndedProcess& ended : pool_.Wait())
+                    files[ended.tag] = FilesIn(ended.out);
+            DrawProgress("comparing takes", files.size(), compared.size());
+        }
+        pool_.Stop();
+        return files;
+    }
+
+    /// False when it has to wait for the end of others.
+    bool AskForFiles(std::size_t index, FilesOfScenes& files)
+    {
+        const BatchScene& scene = scenes_.all[index];
+        if (options_.newer && stamps_.WhyExport(scene).empty())
+            files[index] = stamps_.FilesOf(scene);
+        else if (!pool_.Start(index, command_.For(scene, {"--dry-run"})))
+            return pool_.Running() == 0; // its export will say why
+        return true;
+    }
+
+    static std::vector<std::string> FilesIn(const std::string& answer)
     {
         std::vector<std::string> paths;
-        if (options_.newer && stamps_.WhyExport(scene).empty())
-            return stamps_.FilesOf(scene);
-        if (Interruption() != 0 || !pool_.Start(0, command_.For(scene, {"--dry-run"})))
-            return paths;
-        while (pool_.Running() > 0 && Interruption() == 0)
-            for (const EndedProcess& ended : pool_.Wait())
-            {
-                const Json answer = Json::parse(ended.out, nullptr, false);
-                if (answer.is_object() && answer.contains("files"))
-                    for (const Json& file : answer.at("files"))
-                        paths.push_back(PathIn(file, "output"));
-            }
+        if (const Json read = Json::parse(answer, nullptr, false); read.is_object() && read.contains("files"))
+            for (const Json& file : read.at("files"))
+                paths.push_back(PathIn(file, "output"));
         return paths;
     }
 
-    void DrawProgress()
+    /// Of what was done last, and how many scenes are done.
+    void DrawProgress(const std::string& name, std::size_t done, std::size_t scenes)
     {
-        if (!line_.IsDue() || report_.Ended() == 0)
+        if (!line_.IsDue() || done == 0)
             return;
         ProgressText text;
-        text.name = last_;
-        text.file = report_.Ended();
-        text.files = scenes_.chosen.size();
+        text.name = name;
+        text.file = done;
+        text.files = scenes;
         text.part = static_cast<double>(text.file) / static_cast<double>(text.files);
         text.failed = report_.Failed();
         text.seconds_left = SecondsLeft(SecondsSince(start_), text.part);

@@ -270,7 +270,8 @@ void BatchReport::AddFiles(const Json& files)
         if (file.contains("wouldWrite"))
         {
             const std::string reason = TextIn(file, "reason");
-            planned_.push_back(output + ": would be " + (reason.empty() ? "written" : "kept, " + reason));
+            const std::string end = FlagIn(file, "kept") ? "would be kept, " + reason : reason;
+            planned_.push_back(output + ": " + (reason.empty() ? "would be written" : end));
         }
         files_ += IsWritten(file) ? 1 : 0;
         kept_files_ += IsKept(file) ? 1 : 0;

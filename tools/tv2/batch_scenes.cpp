@@ -205,24 +205,29 @@ Status FindScenes(const BatchQuestion& question, BatchScenes& found)
     return {};
 }
 
-std::vector<std::string> FindClashes(const BatchScenes& found, const FilesOfScene& files_of)
+std::vector<std::size_t> ScenesToCompare(const BatchScenes& found)
 {
-    std::map<std::size_t, std::set<std::string>> known;
-    const auto files = [&](std::size_t index) -> const std::set<std::string>&
-    {
-        const auto [place, is_new] = known.try_emplace(index);
-        if (is_new)
-            for (const std::string& path : files_of(found.all[index]))
-                place->second.insert(Folded(path));
-        return place->second;
-    };
+    std::set<std::size_t> compared;
+    for (const std::size_t index : found.chosen)
+        for (const std::size_t rival : found.all[index].rivals)
+            if (rival < index)
+                compared.insert({index, rival});
+    return {compared.begin(), compared.end()};
+}
+
+std::vector<std::string> FindClashes(const BatchScenes& found, const FilesOfScenes& files)
+{
+    std::map<std::size_t, std::set<std::string>> folded;
+    for (const auto& [index, paths] : files)
+        for (const std::string& path : paths)
+            folded[index].insert(Folded(path));
     std::vector<std::string> reasons;
     for (const std::size_t index : found.chosen)
     {
         std::string& reason = reasons.emplace_back();
         for (const std::size_t rival : found.all[index].rivals)
-            for (const std::string& path : files(index))
-                if (reason.empty() && rival < index && files(rival).contains(path))
+            for (const std::string& path : folded[index])
+                if (reason.empty() && rival < index && folded[rival].contains(path))
                     reason = Quoted(path) + " would also be written by " + Quoted(found.all[rival].scene);
     }
     return reasons;

@@ -4,7 +4,7 @@
 #include "tools/tv2/option_row.h"
 
 #include <cstddef>
-#include <functional>
+#include <map>
 #include <string>
 #include <vector>
 
@@ -76,11 +76,16 @@ struct BatchScenes
 /// one of the scenes.
 TEV2_LOADER::Status FindScenes(const BatchQuestion& question, BatchScenes& found);
 
-/// The files that an export of the scene would write: from a child with --dry-run. Empty when it would fail.
-using FilesOfScene = std::function<std::vector<std::string>(const BatchScene&)>;
+/// Of scenes, by their indices in BatchScenes::all: the files that their exports would write, from children with
+/// --dry-run. Of a scene whose export would fail: none.
+using FilesOfScenes = std::map<std::size_t, std::vector<std::string>>;
+
+/// Indices in `found.all` of the scenes whose files FindClashes compares: those chosen that have rivals before them in
+/// the batch, and these rivals.
+std::vector<std::size_t> ScenesToCompare(const BatchScenes& found);
 
 /// For each of `found.chosen` why it must not be exported: a file of it would also be written by a scene that comes
-/// before it in the batch (of any shard), which the reason names. Asks only for scenes with rivals.
-std::vector<std::string> FindClashes(const BatchScenes& found, const FilesOfScene& files_of);
+/// before it in the batch (of any shard), which the reason names.
+std::vector<std::string> FindClashes(const BatchScenes& found, const FilesOfScenes& files);
 
 } // namespace tv2

@@ -52,6 +52,8 @@ Json PlannedJson(const ExportReport::File& file)
         {"output", file.planned.path}, {"take", file.planned.take_name}, {"wouldWrite", why_not.empty()}};
     if (!why_not.empty())
         json["reason"] = why_not;
+    if (file.planned.kept)
+        json["kept"] = true;
     json["start"] = JsonFloat(file.planned.range.start);
     json["end"] = JsonFloat(file.planned.range.end);
     json["rate"] = JsonFloat(static_cast<float>(file.rate));

@@ -128,6 +128,10 @@ class BatchChoiceTest(unittest.TestCase):
         self.assertIn("in/sub/a.bvh: is up to date\n", plan.stdout)
         self.assertIn("out/b.tv2: would be kept, it exists (--no-clobber)\n", plan.stdout)
         self.assertEqual(self.export("in", "--no-clobber", "--recursive")[1]["in/b.bvh"], "skipped")
+        os.chmod(os.path.join(self.folder, "out/b.tv2"), 0o444)
+        plan = subprocess.run([COMMAND, "export", "--dry-run", "in", "-o", "out"], cwd=self.folder,
+                              capture_output=True, text=True, check=False)
+        self.assertIn("out/b.tv2: would be skipped: it is read-only", plan.stdout)
         with open(os.path.join(self.folder, "out/b.tv2"), encoding="utf-8") as file:
             self.assertEqual(file.read(), "old")
 

@@ -198,20 +198,15 @@ TEST_F(BatchScenesTest, ClashesOfTakesAreFound)
     EXPECT_EQ(Find(question), (Texts{"in/run.bvh > run.tv2", "in/sub/walk_a.bvh > sub/walk_a.tv2",
                                      "in/walk a.bvh > walk a.tv2", "in/walk.bvh > walk.tv2",
                                      "in/walk_a_b.bvh > walk_a_b.tv2"}));
-    std::map<std::string, Texts> files = {{"walk a.tv2", {"walk_a_b_c.tv2", "walk_a_x.tv2"}},
-                                          {"walk.tv2", {"walk_x.tv2"}},
-                                          {"walk_a_b.tv2", {"walk_a_b_c.tv2"}}};
-    Texts asked;
-    const FilesOfScene files_of = [&](const BatchScene& scene)
-    {
-        asked.push_back(scene.name);
-        return files[scene.name];
-    };
-    EXPECT_EQ(FindClashes(found_, files_of), (Texts{"", ""}));
-    EXPECT_EQ(asked, (Texts{"walk.tv2", "walk a.tv2"})); // the others come later, or cannot clash
+    using Indices = std::vector<std::size_t>;
+    const FilesOfScenes files = {
+        {2, {"walk_a_b_c.tv2", "walk_a_x.tv2"}}, {3, {"walk_x.tv2"}}, {4, {"walk_a_b_c.tv2"}}};
+    EXPECT_EQ(ScenesToCompare(found_), (Indices{2, 3})); // the others come later, or cannot clash
+    EXPECT_EQ(FindClashes(found_, files), (Texts{"", ""}));
     question.shard = {1, 2};
     Find(question);
-    const Texts reasons = FindClashes(found_, files_of);
+    EXPECT_EQ(ScenesToCompare(found_), (Indices{2, 3, 4}));
+    const Texts reasons = FindClashes(found_, files);
     ASSERT_EQ(reasons.size(), 3u);
     EXPECT_EQ(reasons[0] + reasons[1], "");
     EXPECT_EQ(Short(reasons[2]), "\"walk_a_b_c.tv2\" would also be written by \"in/walk a.bvh\"");
