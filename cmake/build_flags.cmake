@@ -57,6 +57,18 @@ if(TV2_BUILD_FUZZ)
     add_compile_options(-fsanitize=fuzzer-no-link -fno-sanitize-coverage=trace-cmp)
 endif()
 
+# Of tests. What they call is optimised, not they: that would take longer than it saves.
+set(TV2_TEST_OPTIONS -O0)
+if(WIN32)
+    set(TV2_TEST_OPTIONS -O1)
+endif()
+if(CMAKE_CXX_COMPILER_ID MATCHES "Clang")
+    list(APPEND TV2_TEST_OPTIONS -w) # g++ warns of what is wrong in them
+endif()
+if(TV2_SANITIZE MATCHES "undefined")
+    list(APPEND TV2_TEST_OPTIONS -fno-sanitize=undefined) # it is half the work, and looks at what they call anyway
+endif()
+
 # Makes 8-bit text of a program UTF-8 on Windows, as it is elsewhere.
 function(tv2_use_utf8 program)
     if(WIN32)
