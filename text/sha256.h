@@ -1,5 +1,7 @@
 #pragma once
 
+#include "text/sha256_block.h"
+
 #include <array>
 #include <cstddef>
 #include <cstdint>
@@ -18,14 +20,11 @@ public:
     Digest Finish() const;
 
 private:
-    static constexpr std::size_t kBlock = 64;
-
-    void AddBlock(const std::uint8_t* block);
-
-    std::array<std::uint32_t, 8> state_{0x6a09e667, 0xbb67ae85, 0x3c6ef372, 0xa54ff53a,
-                                        0x510e527f, 0x9b05688c, 0x1f83d9ab, 0x5be0cd19};
-    std::array<std::uint8_t, kBlock> rest_{}; ///< bytes of the block that is not full yet
-    std::uint64_t size_ = 0;                  ///< of everything added, in bytes
+    Sha256Step* step_ = Sha256StepOfProcessor() != nullptr ? Sha256StepOfProcessor() : AddSha256Block;
+    Sha256State state_{0x6a09e667, 0xbb67ae85, 0x3c6ef372, 0xa54ff53a,
+                       0x510e527f, 0x9b05688c, 0x1f83d9ab, 0x5be0cd19};
+    std::array<std::uint8_t, kSha256Block> rest_{}; ///< bytes of the block that is not full yet
+    std::uint64_t size_ = 0;                        ///< of everything added, in bytes
 };
 
 /// The digest of bytes at once.

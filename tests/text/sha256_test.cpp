@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <random>
 #include <string>
 #include <vector>
 
@@ -28,6 +29,27 @@ TEST(Sha256, KnownDigests)
     };
     for (const auto& [text, digest] : cases)
         EXPECT_EQ(HexOf(Sha256Of(Bytes(text))), digest) << text.size() << " bytes";
+}
+
+TEST(Sha256, InstructionsOfTheProcessorGiveTheSame)
+{
+    Sha256Step* const step = Sha256StepOfProcessor();
+    if (step == nullptr)
+        GTEST_SKIP() << "this processor has none";
+    std::mt19937 random(1);
+    Sha256State by_instructions{};
+    for (std::uint32_t& word : by_instructions)
+        word = static_cast<std::uint32_t>(random());
+    Sha256State plain = by_instructions;
+    std::array<std::uint8_t, kSha256Block> block{};
+    for (int i = 0; i < 1000; ++i)
+    {
+        for (std::uint8_t& byte : block)
+            byte = static_cast<std::uint8_t>(random());
+        step(by_instructions, block.data());
+        AddSha256Block(plain, block.data());
+        ASSERT_EQ(by_instructions, plain) << i;
+    }
 }
 
 TEST(Sha256, PiecesOfAnySizeGiveTheSameDigest)
