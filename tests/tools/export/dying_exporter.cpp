@@ -1,4 +1,4 @@
-#include <fbsdk/fbsdk.h>
+#include "tests/tools/export/exporter_library.h"
 
 #include <csignal>
 #include <cstdio>
@@ -9,30 +9,6 @@
 #include <unistd.h>
 
 // Fails as the name of the file says; other files are for the exporter that TRUE_EXPORTER names.
-
-FBLibraryDeclare(dying_exporter) {}
-FBLibraryDeclareEnd;
-
-bool FBLibrary::LibInit()
-{
-    return true;
-}
-bool FBLibrary::LibOpen()
-{
-    return true;
-}
-bool FBLibrary::LibReady()
-{
-    return true;
-}
-bool FBLibrary::LibClose()
-{
-    return true;
-}
-bool FBLibrary::LibRelease()
-{
-    return true;
-}
 
 namespace
 {
