@@ -109,7 +109,7 @@ TEST_F(UsageTest, BadUsageCannotRunAndSaysWhatWasProbablyMeant)
         {{"diff", "--tolerance-mm", "-1", "a.tv2", "b.tv2"}, "needs a number that is not negative"},
         {{"check", "--like", "-", "a.tv2"}, "tv2 check: --like cannot be standard input"},
         {{"dump", "a.tv2", "b.tv2"}, "tv2 dump: one argument too many: \"b.tv2\""},
-        {{"dump", "--keys", "many", "a.tv2"}, "--keys = many"},
+        {{"dump", "--keys", "many", "a.tv2"}, "--keys: \"many\" is not a whole number"},
         {{"dump", "--keys", "-1", "a.tv2"}, "--keys: is below 0"},
         {{"dump", "--keys", "1", "--json", "a.tv2"}, "--json excludes --keys"},
         {{"tree", "--at", "nan", "a.tv2"}, "--at: needs a time in seconds: 0.5"},

@@ -15,6 +15,7 @@
 #include <memory>
 #include <set>
 #include <sstream>
+#include <string>
 
 // All that the parser sees, in one place: its header takes longer to compile than the rest of the command.
 
@@ -56,6 +57,16 @@ CLI::Option* AddToParser(CLI::App& command, const OptionRow& row, Value* value)
 // The parser would split a text in brackets at its commas. This byte before it, which an option removes, prevents that.
 constexpr char kShield = '\x01';
 
+/// Takes the zeros from the front of a whole number: the parser would read "010" as 8. Returns why a text is refused.
+std::string TakeZeros(std::string& text)
+{
+    const std::size_t digits = text.starts_with('-') || text.starts_with('+') ? 1 : 0;
+    if (text.size() == digits || text.find_first_not_of("0123456789", digits) != std::string::npos)
+        return Quoted(text) + " is not a whole number";
+    text.erase(digits, std::min(text.find_first_not_of('0', digits), text.size() - 1) - digits);
+    return {};
+}
+
 std::string WithoutShield(const std::string& text)
 {
     return text.starts_with(kShield) ? text.substr(1) : text;
@@ -77,6 +88,8 @@ void AddOption(CLI::App& command, const OptionRow& row)
     CLI::Option* const option =
         std::visit([&](const auto& value) { return AddToParser(command, row, value); }, row.value);
     option->required(row.required);
+    if (IsNumber(row)) // transformations run the last one first
+        option->transform(CLI::Validator(TakeZeros, ""));
     if (!IsFlag(row))
     {
         option->transform(CLI::Validator(

@@ -38,13 +38,17 @@ bool IsFlag(const OptionRow& row)
     return std::holds_alternative<bool*>(row.value);
 }
 
+bool IsNumber(const OptionRow& row)
+{
+    return std::holds_alternative<std::optional<int>*>(row.value) ||
+           std::holds_alternative<std::size_t*>(row.value);
+}
+
 std::string ValueName(const OptionRow& row)
 {
     if (IsFlag(row))
         return {};
-    const bool number = std::holds_alternative<std::optional<int>*>(row.value) ||
-                        std::holds_alternative<std::size_t*>(row.value);
-    if (number)
+    if (IsNumber(row))
         return "NUMBER";
     return row.files.empty() ? "TEXT" : row.files == "/" ? "FOLDER" : "FILE";
 }

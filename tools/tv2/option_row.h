@@ -41,6 +41,9 @@ bool IsOption(const OptionRow& row);
 
 bool IsFlag(const OptionRow& row);
 
+/// Whether it takes a whole number.
+bool IsNumber(const OptionRow& row);
+
 /// What the help calls the value: "TEXT", "NUMBER", "FILE", "FOLDER"; empty for flags.
 std::string ValueName(const OptionRow& row);
 
