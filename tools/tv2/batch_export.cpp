@@ -10,8 +10,11 @@
 #include "tools/tv2/text.h"
 
 #include <algorithm>
+#include <atomic>
 #include <chrono>
 #include <filesystem>
+#include <future>
+#include <iterator>
 #include <set>
 
 namespace tv2
@@ -86,9 +89,10 @@ public:
         for (const std::string& folder : scenes_.unreadable)
             report_.AddFailure(folder);
         report_.AddNotes("", scenes_.notes);
+        const std::vector<std::size_t> compared = ScenesToCompare(scenes_);
         if (options_.newer)
-            Remark(stamps_.Read());
-        clashes_ = FindClashes(scenes_, FilesToCompare());
+            FindWhatIsNewer(compared);
+        clashes_ = FindClashes(scenes_, FilesToCompare(compared));
         StartNext();
         while (pool_.Running() > 0 && Interruption() == 0)
         {
@@ -119,6 +123,33 @@ private:
         stamp_failed_ = stamp_failed_ || !written;
     }
 
+    /// Why each of the chosen and the compared scenes has to be exported. All their files are read for that, on all
+    /// processors that exports may use.
+    void FindWhatIsNewer(const std::vector<std::size_t>& compared)
+    {
+        Remark(stamps_.Read());
+        std::vector<std::size_t> asked;
+        std::ranges::set_union(scenes_.chosen, compared, std::back_inserter(asked));
+        why_.assign(scenes_.all.size(), "it was not looked at");
+        std::atomic<std::size_t> next = 0;
+        const auto look = [&](const auto& after_each)
+        {
+            for (std::size_t place = 0; (place = next++) < asked.size() && Interruption() == 0;)
+            {
+                why_[asked[place]] = stamps_.WhyExport(scenes_.all[asked[place]]);
+                after_each(place);
+            }
+        };
+        std::vector<std::future<void>> others; // of threads, or where the system has none left of later calls
+        while (others.size() + 1 < std::min({jobs_, ProcessorCount(), asked.size()}))
+            others.push_back(std::async(look, [](std::size_t) {}));
+        look([&](std::size_t place) { DrawProgress("looking for changes", place + 1, asked.size()); });
+        for (std::future<void>& other : others)
+            other.get();
+    }
+
+    bool IsUpToDate(std::size_t index) const { return options_.newer && why_[index].empty(); }
+
     /// Starts exports until `jobs_` run, or as many as the system allows.
     void StartNext()
     {
@@ -133,7 +164,7 @@ private:
         const BatchScene& scene = SceneAt(place);
         if (!clashes_[place].empty())
             Add(scene, {.scene = scene.scene, .reasons = {clashes_[place]}});
-        else if (options_.newer && stamps_.WhyExport(scene).empty())
+        else if (IsUpToDate(scenes_.chosen[place]))
             Add(scene, {.scene = scene.scene, .state = SceneState::kUpToDate});
         else if (!options_.by_dialog || MakeFolderOf(scene))
             return StartExport(place);
@@ -178,6 +209,8 @@ private:
             RemoveParts(scene, ended);
         SceneOutcome outcome = OutcomeOf(scene, ended, options_.takes_optional);
         outcome.seconds = SecondsSince(started_[ended.tag]);
+        if (options_.newer && IsExported(outcome))
+            outcome.reasons.push_back(why_[scenes_.chosen[ended.tag]]);
         Add(scene, outcome);
     }
 
@@ -209,11 +242,10 @@ private:
         TEV2_LOADER::RemovePartFiles(folder.string(), ended.id);
     }
 
-    /// The files that exports of ScenesToCompare would write.
-    FilesOfScenes FilesToCompare()
+    /// The files that exports of these scenes would write.
+    FilesOfScenes FilesToCompare(const std::vector<std::size_t>& compared)
     {
         FilesOfScenes files;
-        const std::vector<std::size_t> compared = ScenesToCompare(scenes_);
         std::size_t next = 0;
         while ((next < compared.size() || pool_.Running() > 0) && Interruption() == 0)
         {
@@ -232,7 +264,7 @@ private:
     bool AskForFiles(std::size_t index, FilesOfScenes& files)
     {
         const BatchScene& scene = scenes_.all[index];
-        if (options_.newer && stamps_.WhyExport(scene).empty())
+        if (IsUpToDate(index))
             files[index] = stamps_.FilesOf(scene);
         else if (!pool_.Start(index, command_.For(scene, {"--dry-run"})))
             return pool_.Running() == 0; // its export will say why
@@ -299,6 +331,7 @@ private:
     ProcessPool pool_;
     std::size_t jobs_ = 1;
     std::size_t next_ = 0;             ///< place in the chosen scenes
+    std::vector<std::string> why_;     ///< with --newer, of each scene in `all`: why it is not up to date
     std::vector<std::string> clashes_; ///< of each place
     std::vector<Clock::time_point> started_;
     std::string last_; ///< name of the scene that ended last

@@ -210,6 +210,11 @@ SceneOutcome OutcomeOf(const BatchScene& scene, const EndedProcess& ended, bool 
     return outcome;
 }
 
+bool IsExported(const SceneOutcome& outcome)
+{
+    return outcome.state == SceneState::kExported || outcome.state == SceneState::kWouldExport;
+}
+
 Json OutcomeJson(const SceneOutcome& outcome)
 {
     Json json = outcome.answer;
@@ -224,6 +229,8 @@ Json OutcomeJson(const SceneOutcome& outcome)
         json["reason"] = json["error"];
         json.erase("error");
     }
+    if (IsExported(outcome) && !outcome.reasons.empty())
+        json["reason"] = Joined(outcome.reasons);
     json["state"] = StateName(outcome.state);
     json["seconds"] = outcome.seconds;
     return json;
@@ -258,11 +265,11 @@ void BatchReport::Add(const SceneOutcome& outcome)
         AddNotes(outcome.scene, {"skipped: " + Joined(outcome.reasons)});
     if (!outcome.answer.is_object())
         return;
-    AddFiles(outcome.answer.at("files"));
+    AddFiles(outcome.answer.at("files"), IsExported(outcome) ? Joined(outcome.reasons) : "");
     AddNotes(outcome.scene, outcome.answer.value("notes", std::vector<std::string>()));
 }
 
-void BatchReport::AddFiles(const Json& files)
+void BatchReport::AddFiles(const Json& files, const std::string& why)
 {
     for (const Json& file : files)
     {
@@ -271,7 +278,8 @@ void BatchReport::AddFiles(const Json& files)
         {
             const std::string reason = TextIn(file, "reason");
             const std::string end = FlagIn(file, "kept") ? "would be kept, " + reason : reason;
-            planned_.push_back(output + ": " + (reason.empty() ? "would be written" : end));
+            const std::string would = "would be written" + (why.empty() ? "" : ", since " + why);
+            planned_.push_back(output + ": " + (reason.empty() ? would : end));
         }
         files_ += IsWritten(file) ? 1 : 0;
         kept_files_ += IsKept(file) ? 1 : 0;

@@ -28,13 +28,16 @@ struct SceneOutcome
 {
     std::string scene;
     SceneState state = SceneState::kFailed;
-    std::vector<std::string> reasons = {}; ///< why it failed or was skipped, and files of it that are missing
-    Json answer = {};                      ///< of its export; null where there was none
-    double seconds = 0.0;                  ///< it took
+    /// Why it failed or was skipped, and files of it that are missing; with --newer why it was exported.
+    std::vector<std::string> reasons = {};
+    Json answer = {};     ///< of its export; null where there was none
+    double seconds = 0.0; ///< it took
 };
 
 /// What a process that exported one scene has done. `take_optional`: a scene without the takes is skipped.
 SceneOutcome OutcomeOf(const BatchScene& scene, const EndedProcess& ended, bool take_optional);
+
+bool IsExported(const SceneOutcome& outcome); ///< or would be, in a dry run
 
 /// A line of --json: the answer of the export, and the state.
 Json OutcomeJson(const SceneOutcome& outcome);
@@ -69,7 +72,7 @@ public:
     Json SummaryJson(double seconds, bool interrupted) const;
 
 private:
-    void AddFiles(const Json& files);
+    void AddFiles(const Json& files, const std::string& why);
     std::string Sums(double seconds) const;
 
     std::size_t scenes_;

@@ -39,7 +39,7 @@ public:
     std::string Read();
 
     /// Why a scene has to be exported, in words ("its options have changed"); empty: it is up to date. Reads the scene
-    /// and its files from disk.
+    /// and its files from disk. Several threads may ask at once.
     std::string WhyExport(const BatchScene& scene) const;
 
     /// The files of the last export of a scene, which WhyExport calls up to date.

@@ -105,7 +105,13 @@ class BatchChoiceTest(unittest.TestCase):
         self.write("in/a.bin", struct.pack("<4f", 0, 1, 2, 4))
         self.assertEqual(exported(), ["in/a.gltf"])
         os.remove(os.path.join(self.folder, "out/b.tv2"))
-        self.assertEqual(exported(), ["in/b.bvh"])
+        why = '"out/b.tv2" is not there'
+        plan = subprocess.run([COMMAND, "export", "--dry-run", "--newer", "in", "-o", "out"], cwd=self.folder,
+                              capture_output=True, text=True, check=False)
+        self.assertIn("in/a.gltf: is up to date\nout/b.tv2: would be written, since %s\n" % why, plan.stdout)
+        _, states, lines, _ = self.export("in", "--newer")
+        self.assertEqual(states, {"in/a.gltf": "upToDate", "in/b.bvh": "exported"})
+        self.assertEqual([line.get("reason") for line in lines if line.get("file") == "in/b.bvh"], [why])
         self.assertEqual(sorted(exported("--fps", "50")), ["in/a.gltf", "in/b.bvh"])
         self.assertEqual(exported("--fps", "50"), [])
         self.write("out/.tv2-stamps", "damaged")
