@@ -1,6 +1,6 @@
 #!/bin/sh
 # Formatting of every source; dependencies, widths and lengths of the tree; clang-tidy over the product (not the tests),
-# in the batches that its preset makes.
+# all sources of a target at once.
 set -eu
 cd "$(dirname "$0")/.."
 

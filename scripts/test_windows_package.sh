@@ -43,7 +43,7 @@ cp build/windows/lib/libfbsdk.dll.a "$sdk/lib/x64/fbsdk.lib"
 (
     cd "$package/motionbuilder"
     cmake --preset motionbuilder -G Ninja --toolchain "$tree/cmake/mingw_w64.cmake" -DCMAKE_BUILD_TYPE=None \
-        -DCMAKE_CXX_FLAGS=-O1 -DCMAKE_UNITY_BUILD=ON -DCMAKE_UNITY_BUILD_BATCH_SIZE=12 \
+        -DCMAKE_CXX_FLAGS=-O1 -DCMAKE_UNITY_BUILD=ON -DCMAKE_UNITY_BUILD_BATCH_SIZE=0 \
         -DMOTIONBUILDER_ROOT="$work/MotionBuilder" >/dev/null
     cmake --build --preset motionbuilder >"$work/build.log" || fail "$(tail -n 40 "$work/build.log")"
     cmake --install build/motionbuilder --component exporter --prefix "$work/MotionBuilder" >/dev/null

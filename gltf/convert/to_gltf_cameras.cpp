@@ -15,7 +15,7 @@ namespace
 
 constexpr std::size_t kCameraInstances = 2;
 constexpr double kDefaultFieldOfView = std::numbers::pi / 4.0;
-constexpr float kNoFarPlane = 1e30f; // from there on no end is meant
+constexpr float kEndlessFrom = 1e30f; // from there on no end is meant
 
 class Lens
 {
@@ -41,10 +41,10 @@ public:
             near_plane = 0.01f;
             Changed("the near plane at " + std::to_string(clip.minimum) + " m is now at 0.01 m");
         }
-        if (clip.maximum < kNoFarPlane && !(clip.maximum > near_plane))
+        if (clip.maximum < kEndlessFrom && !(clip.maximum > near_plane))
             Changed("the far plane at " + std::to_string(clip.maximum) +
                     " m, not beyond the near one, was left out");
-        else if (clip.maximum < kNoFarPlane)
+        else if (clip.maximum < kEndlessFrom)
             json["zfar"] = gltf::FloatNumber(clip.maximum);
         json["znear"] = gltf::FloatNumber(near_plane);
         return json;

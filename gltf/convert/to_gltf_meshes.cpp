@@ -33,7 +33,7 @@ const Mesh* TypedAt(const std::vector<std::unique_ptr<Mesh>>& list, std::size_t 
     return index < list.size() && list[index] && list[index]->IsTyped() ? list[index].get() : nullptr;
 }
 
-bool IsFinite(const TEV2_MATRIX_3X4& matrix)
+bool IsFiniteMatrix(const TEV2_MATRIX_3X4& matrix)
 {
     for (const auto& row : matrix.m)
         for (const float value : row)
@@ -442,7 +442,7 @@ std::optional<std::size_t> GltfMeshes::SkinOf(const SourceMesh& mesh)
     {
         const bool is_node = skin.bones[i] < nodes_.SceneCount();
         TEV2_MATRIX_3X4 bind = is_node ? BindMatrixOf(skin, i) : TEV2_MATRIX_3X4{};
-        if (!IsFinite(bind))
+        if (!IsFiniteMatrix(bind))
         {
             bind = {};
             ++not_finite;

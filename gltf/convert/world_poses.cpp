@@ -19,7 +19,7 @@ namespace
 using Column = std::array<double, 3>;
 
 /// Three axes and the origin.
-struct Place
+struct Basis
 {
     std::array<Column, 3> axes{Column{1.0, 0.0, 0.0}, {0.0, 1.0, 0.0}, {0.0, 0.0, 1.0}};
     Column origin{};
@@ -137,7 +137,7 @@ WorldPoses::WorldPoses(const ToGltfContext& context, const GltfNodes& nodes, std
 
 WorldPose WorldPoses::At(float time)
 {
-    Place world;
+    Basis world;
     for (Joint& joint : chain_)
     {
         const Column offset = world.Turned(ColumnOf(Moved(joint.translation, time, {})));

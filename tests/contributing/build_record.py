@@ -44,7 +44,8 @@ def main(source, compiler):
         build = os.path.join(folder, "build")
         test = os.path.join(source, "tests", "contributing", "marker_test.cpp")
         for command in (["cmake", "-S", folder, "-B", build, "-DTV2_LIBRARY_ONLY=ON", "-DCMAKE_BUILD_TYPE=None",
-                         "-DCMAKE_UNITY_BUILD=ON", f"-DCMAKE_CXX_COMPILER={compiler}"],
+                         "-DCMAKE_UNITY_BUILD=ON", "-DCMAKE_UNITY_BUILD_BATCH_SIZE=0",
+                         f"-DCMAKE_CXX_COMPILER={compiler}"],
                         ["cmake", "--build", build, "--parallel", "2", "--target", "tev2"],
                         [compiler, "-std=c++20", "-I", folder, test, os.path.join(build, "lib", "libtev2.a"),
                          "-o", os.path.join(build, "marker_test")],

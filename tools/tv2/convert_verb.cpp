@@ -3,6 +3,7 @@
 #include "gltf/convert/document_files.h"
 #include "tools/tv2/convert_files.h"
 #include "tools/tv2/json_answer.h"
+#include "tools/tv2/loaded_file.h"
 #include "tools/tv2/system.h"
 #include "tools/tv2/text.h"
 #include "tools/tv2/verb.h"
@@ -27,12 +28,6 @@ namespace
 {
 
 constexpr const char* kStandardStream = "-";
-
-bool IsSameFile(const std::string& a, const std::string& b)
-{
-    std::error_code ignored; // a missing file equals no other
-    return a == b || std::filesystem::equivalent(a, b, ignored);
-}
 
 std::filesystem::path RealPath(const std::string& utf8)
 {

@@ -65,10 +65,10 @@ std::array<std::size_t, kTopics> LinesByTopic(const std::vector<Difference>& dif
     return lines;
 }
 
-class Screen
+class DiffScreen
 {
 public:
-    Screen(const Answer& answer, bool all, std::ostream& out) : answer_(answer), all_(all), out_(out) {}
+    DiffScreen(const Answer& answer, bool all, std::ostream& out) : answer_(answer), all_(all), out_(out) {}
 
     void Print()
     {
@@ -345,7 +345,7 @@ public:
         if (context.json)
             context.out << JsonAnswer(ToJson(answer));
         else
-            Screen(answer, all_, context.out).Print();
+            DiffScreen(answer, all_, context.out).Print();
     }
 
 private:

@@ -91,10 +91,10 @@ Json ToJson(const LoadedFile& file, const Summary& summary)
     return json;
 }
 
-class Screen
+class InfoScreen
 {
 public:
-    Screen(std::ostream& out, const LoadedFile& file, const Summary& summary)
+    InfoScreen(std::ostream& out, const LoadedFile& file, const Summary& summary)
         : out_(out), file_(file), scene_(*file.scene), summary_(summary)
     {
     }
@@ -238,7 +238,7 @@ public:
                                    return ToJson(file, summary);
                                context.out << separator;
                                separator = "\n";
-                               Screen(context.out, file, summary).Print();
+                               InfoScreen(context.out, file, summary).Print();
                                return {};
                            });
     }

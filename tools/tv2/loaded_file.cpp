@@ -3,6 +3,8 @@
 #include "tev2_loader/io/file_image.h"
 #include "tools/tv2/system.h"
 
+#include <filesystem>
+
 namespace tv2
 {
 
@@ -19,6 +21,12 @@ Status ReadFile(const std::string& argument, LoadedFile& file)
         return Status::Failure(file.title + ": " + read.Reason());
     LoadSceneOf(file);
     return {};
+}
+
+bool IsSameFile(const std::string& a, const std::string& b)
+{
+    std::error_code ignored;
+    return a == b || std::filesystem::equivalent(a, b, ignored);
 }
 
 } // namespace tv2

@@ -11,7 +11,6 @@
 #include "tools/tv2/verb.h"
 
 #include <algorithm>
-#include <filesystem>
 
 namespace tv2
 {
@@ -20,12 +19,6 @@ using TEV2_LOADER::Status;
 
 namespace
 {
-
-bool IsSameFile(const std::string& a, const std::string& b)
-{
-    std::error_code ignored; // a missing file equals no other
-    return a == b || std::filesystem::equivalent(a, b, ignored);
-}
 
 class PictureVerb : public Verb
 {

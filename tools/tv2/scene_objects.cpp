@@ -216,7 +216,7 @@ private:
     std::map<std::uint64_t, const TEV2_LOAD_FINDING*> reasons_; ///< by the chunk
 };
 
-constexpr std::size_t kMostLines = 10;
+constexpr std::size_t kMostListed = 10;
 
 std::string QuotedMember(const Json& entry, const char* member)
 {
@@ -320,10 +320,10 @@ void PrintObjects(const Json& objects, std::ostream& out)
         line(kind.member) << CountText(count) << '\n';
         if (kind.text == nullptr)
             continue;
-        for (std::size_t i = 0; i < std::min(count, kMostLines); ++i)
+        for (std::size_t i = 0; i < std::min(count, kMostListed); ++i)
             line("") << kind.text(list[i]) << '\n';
-        if (count > kMostLines)
-            line("") << "... " << CountText(count - kMostLines) << " more\n";
+        if (count > kMostListed)
+            line("") << "... " << CountText(count - kMostListed) << " more\n";
     }
 }
 

@@ -11,7 +11,7 @@ namespace
 
 using namespace fbx_writer;
 
-constexpr std::int32_t kHold = 2;
+constexpr std::int32_t kHoldKey = 2;
 
 // FBX files made in code, opened into the host's scene.
 class FbxSceneTest : public SceneImportTest
@@ -311,7 +311,7 @@ TEST_F(FbxSceneTest, MutedAndSoloLayersCount)
                 Object("AnimationLayer", id, "l", "",
                        switched ? std::vector<Node>{P(switch_name, "bool", "", {1})} : std::vector<Node>()));
             objects.push_back(Object("AnimationCurveNode", id + 10, "T", "", {}));
-            objects.push_back(CurveObject(id + 20, {{0.0, static_cast<float>(id), kHold}}));
+            objects.push_back(CurveObject(id + 20, {{0.0, static_cast<float>(id), kHoldKey}}));
             connections.push_back(Child(id, 20));
             connections.push_back(Child(id + 10, id));
             connections.push_back(ToProperty(id + 10, 1, "Lcl Translation"));
