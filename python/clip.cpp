@@ -53,7 +53,7 @@ Floats Output(const py::object& out, const std::vector<py::ssize_t>& shape)
     if (out.is_none())
         return Floats(shape);
     const bool fits = py::isinstance<Floats>(out);
-    const auto array = fits ? py::reinterpret_borrow<Floats>(out) : Floats();
+    auto array = fits ? py::reinterpret_borrow<Floats>(out) : Floats();
     if (!fits || !array.writeable() ||
         !std::equal(shape.begin(), shape.end(), array.shape(), array.shape() + array.ndim()))
     {
@@ -202,7 +202,8 @@ py::array SampleActiveCamera(const Clip& clip, const py::object& when)
 template <typename Value, typename Number>
 py::array SampleValues(const Clip& clip, Property<Value> property, const std::vector<float>& times)
 {
-    constexpr py::ssize_t kComponents = sizeof(Value) / sizeof(Number);
+    constexpr py::ssize_t kBytes = sizeof(Value);
+    constexpr py::ssize_t kComponents = kBytes / py::ssize_t{sizeof(Number)};
     std::vector<py::ssize_t> shape{static_cast<py::ssize_t>(times.size())};
     if constexpr (kComponents > 1)
         shape.push_back(kComponents);

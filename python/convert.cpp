@@ -98,6 +98,7 @@ py::list ToGlb(const py::object& scenes, const py::object& output, const std::op
         throw py::value_error(path + ": the file to write ends in .glb or .gltf");
     const auto named = SourcesOf(scenes, path);
     std::vector<GltfSource> sources;
+    sources.reserve(named.size());
     for (const auto& [name, scene] : named)
         sources.push_back({scene->records, name});
     if (at && sources.size() > 1)

@@ -102,7 +102,7 @@ py::object FindProperty(const Properties& self, const py::str& name)
 
 py::object GetProperty(const Properties& self, const py::str& name)
 {
-    const py::object found = FindProperty(self, name);
+    py::object found = FindProperty(self, name);
     if (found)
         return found;
     PyErr_SetObject(PyExc_KeyError, name.ptr());

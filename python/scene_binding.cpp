@@ -59,7 +59,7 @@ py::object NodeOf(const Nodes& self, py::ssize_t index)
 
 py::object NodeNamed(const Nodes& self, const py::str& name)
 {
-    const py::object found = NodeOrNone(self.scene, name);
+    py::object found = NodeOrNone(self.scene, name);
     if (!found.is_none())
         return found;
     PyErr_SetObject(PyExc_KeyError, name.ptr());
