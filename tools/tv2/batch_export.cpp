@@ -140,7 +140,7 @@ private:
                 after_each(place);
             }
         };
-        std::vector<std::future<void>> others; // of threads, or where the system has none left of later calls
+        std::vector<std::future<void>> others; // where the system has no thread left: done by get()
         while (others.size() + 1 < std::min({jobs_, ProcessorCount(), asked.size()}))
             others.push_back(std::async(look, [](std::size_t) {}));
         look([&](std::size_t place) { DrawProgress("looking for changes", place + 1, asked.size()); });
